@@ -1,0 +1,20 @@
+# One place for how everything is compiled: language level, warnings as errors, sanitizers.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -fvisibility=hidden)
+if(WIN32)
+  # "%ld", "%zu" and "%lld" mean on Windows what they mean on Linux.
+  target_compile_definitions(project_options INTERFACE __USE_MINGW_ANSI_STDIO=1)
+  add_link_options(-static)
+endif()
+if(MQAMOD_SANITIZE)
+  target_compile_options(project_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_definitions(project_options INTERFACE MQAMOD_CHECK_INVARIANTS)
+  add_link_options(-fsanitize=address,undefined)
+endif()
