@@ -1,5 +1,6 @@
-// The codes that PIDMMain hands to the host as the outcome of a request. They stand at the bottom of the module
-// because every layer returns them; entry/host_interface.h, the host's view of the module, includes them.
+// The codes that PIDMMain hands to the host as the outcome of a request. They stand at the bottom of the
+// module because every layer returns them; entry/host_interface.h, the host's view of the module, includes
+// them.
 #pragma once
 
 #include <cstdint>

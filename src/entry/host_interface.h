@@ -1,15 +1,16 @@
-// The host's view of the module: the exported entry point, its two blocks, the option numbers, the return codes
-// and the position that GetPos hands out. A host, and the tests, need no other header of the module.
+// The host's view of the module: the exported entry point, its two blocks, the option numbers, the return
+// codes and the position that GetPos hands out. A host, and the tests, need no other header of the module.
 //
-// The blocks are packed and little-endian, and the host owns them. They may stand at any address and a host may
-// pass a data block that ends behind the last field of the request: the module touches only the fields named
-// here for the option, never a whole structure.
+// The blocks are packed and little-endian, and the host owns them. They may stand at any address and a host
+// may pass a data block that ends behind the last field of the request: the module touches only the fields
+// named here for the option, never a whole structure.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "diag/return_codes.h"
+#include "recovery/position_data.h"
 
 inline constexpr std::uint32_t pmiPIDMOptInit = 1;
 inline constexpr std::uint32_t pmiPIDMOptOpen = 2;
@@ -28,7 +29,6 @@ inline constexpr std::uint16_t kFirstInterfaceVersion = 1001;
 inline constexpr std::uint16_t kSecondInterfaceVersion = 2001;
 inline constexpr std::int16_t kOpenForReading = 1;
 inline constexpr std::size_t kAttributeNameBytes = 255;
-inline constexpr std::uint32_t kPositionBytes = 16;
 
 #pragma pack(push, 1)
 
@@ -54,11 +54,11 @@ struct InitBlock {
 
 struct OpenBlock {
     std::uint8_t unused0[42];
-    std::int16_t openMode;           ///< in: kOpenForReading
-    std::uint16_t zero0;             ///< out: 0
-    std::uint32_t maxRecordBytes;    ///< out: the BKSZ setting
-    std::uint8_t zero1[8];           ///< out: zeros
-    std::uint16_t pathNameLength;    ///< in: a path name is not needed; above 0 draws a warning
+    std::int16_t openMode;         ///< in: kOpenForReading
+    std::uint16_t zero0;           ///< out: 0
+    std::uint32_t maxRecordBytes;  ///< out: the BKSZ setting
+    std::uint8_t zero1[8];         ///< out: zeros
+    std::uint16_t pathNameLength;  ///< in: a path name is not needed; above 0 draws a warning
 };
 
 struct ReadBlock {
@@ -95,14 +95,6 @@ struct AttributeBlock {
     char value[1];                   ///< in: valueLength bytes
 };
 
-/// The position of a checkpoint, kept by the host with its own restart information and meaningful only to
-/// this module.
-struct PositionData {
-    std::int32_t CkPtSeq;       ///< sequence number of the checkpoint
-    std::int32_t CkPtMsgCount;  ///< records returned since Open when GetPos was called
-    std::int64_t CkPtOffset;    ///< stream position of the last record written to or read from the checkpoint file
-};
-
 #pragma pack(pop)
 
 static_assert(offsetof(RequestBlock, OptCode) == 34 && offsetof(RequestBlock, ReturnCode) == 38 &&
@@ -121,11 +113,10 @@ static_assert(offsetof(IdBlock, identification) == 34 && offsetof(IdBlock, versi
               offsetof(IdBlock, zero) == 98);
 static_assert(offsetof(AttributeBlock, name) == 46 && offsetof(AttributeBlock, valueLength) == 301 &&
               offsetof(AttributeBlock, value) == 305);
-static_assert(sizeof(PositionData) == kPositionBytes);
 
 /// Carries out one request.
-///   request  in/out  OptCode names the request; ReturnCode, ErrorTextLength and ErrorText receive its outcome
-///   data     in/out  the block of the option, see above
+///   request  in/out  OptCode names the request; ReturnCode, ErrorTextLength and ErrorText receive its
+///   outcome data     in/out  the block of the option, see above
 /// Called from one thread, one call at a time. Returns nothing: the outcome is in the request block.
 extern "C" void PIDMMain(RequestBlock* request, void* data);
 using PIDMMainFunction = void (*)(RequestBlock* request, void* data);

@@ -244,9 +244,10 @@ constexpr MQMD MqmdDefault() {
     md.Expiry = -1;  // MQEI_UNLIMITED
     md.Encoding = MQENC_NATIVE;
     md.CodedCharSetId = MQCCSI_Q_MGR;
-    for (MQCHAR& c : md.Format) c = ' ';  // MQFMT_NONE
-    md.Priority = -1;                     // MQPRI_PRIORITY_AS_Q_DEF
-    md.Persistence = 2;                   // MQPER_PERSISTENCE_AS_Q_DEF
+    for (MQCHAR& c : md.Format)
+        c = ' ';         // MQFMT_NONE
+    md.Priority = -1;    // MQPRI_PRIORITY_AS_Q_DEF
+    md.Persistence = 2;  // MQPER_PERSISTENCE_AS_Q_DEF
     return md;
 }
 

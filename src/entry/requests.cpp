@@ -1,0 +1,137 @@
+#include "entry/requests.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/identification.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "entry/attributes.h"
+#include "entry/module_state.h"
+#include "mqi/session.h"
+#include "params/host_attributes.h"
+#include "params/parse_parms.h"
+#include "params/record_buffer.h"
+#include "params/settings.h"
+#include "queue/close.h"
+#include "queue/open.h"
+#include "queue/read.h"
+#include "recovery/checkpoint.h"
+#include "recovery/position.h"
+#include "recovery/restart.h"
+
+namespace {
+
+constexpr char kFunction[] = "PIDMMain";
+
+void TraceJobEvent(const char* text) {
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
+}
+
+}  // namespace
+
+// A failed Init leaves the module initialized: the host must Shut before it can Init again.
+ReturnCode RunInit(void* data) {
+    InitBlock& block = *static_cast<InitBlock*>(data);
+    if (block.firstVersion != kFirstInterfaceVersion || block.secondVersion != kSecondInterfaceVersion) {
+        return pmrcBadVersion;
+    }
+    const ReturnCode rc = ParseParms(block.initString, block.initStringLength);
+    TraceJobEvent(FormatText("MQGMO structure version: %d", 3));
+    (void)std::fflush(nullptr);
+    ClearCkPtPending();
+    std::memset(block.clearedByInit, 0, sizeof block.clearedByInit);
+    SetModuleState(1);
+    SetPositionUnchangedFlag(false);
+    return rc;
+}
+
+ReturnCode RunOpen(void* data) {
+    OpenBlock& block = *static_cast<OpenBlock*>(data);
+    const bool wasOpen = QueueHandle() != MQHO_NONE;
+    const ReturnCode rc = OpenQueue(block.openMode, block.pathNameLength);
+    // An open queue counts, also when the checkpoint file behind it failed.
+    if (wasOpen || QueueHandle() == MQHO_NONE) return rc;
+    SetPositionUnchangedFlag(true);
+    block.maxRecordBytes = static_cast<std::uint32_t>(Setting().BKSZ);
+    block.zero0 = 0;
+    std::memset(block.zero1, 0, sizeof block.zero1);
+    return rc;
+}
+
+ReturnCode RunClose(void*) {
+    SetPositionUnchangedFlag(false);
+    if (OpenCompletionCode() != MQCC_OK) {
+        ReportError(Severity::Error, kFunction, "Attempt to close, no Queue Open");
+        return pmrcFailure;
+    }
+    const ReturnCode rc = CloseAll(kStopAtFirstFailure);
+    TraceJobEvent(FormatText("Messages received via MQGET: %ld", static_cast<long>(MsgCount())));
+    return rc;
+}
+
+ReturnCode RunCloseRewind(void* data) {
+    SetPositionUnchangedFlag(false);
+    ReportError(Severity::Warning, kFunction, FormatNumbered(159));
+    return RunClose(data);
+}
+
+ReturnCode RunRead(void* data) {
+    ReadBlock& block = *static_cast<ReadBlock*>(data);
+    block.recordLength = 0;
+    SetPositionUnchangedFlag(false);
+    std::uint32_t recordLength = 0;
+    const ReturnCode rc = ReadRecord(block.recordBuffer, &recordLength);
+    block.recordLength = recordLength;
+    return rc;
+}
+
+ReturnCode RunWrite(void*) {
+    SetPositionUnchangedFlag(false);
+    return pmrcNotSupported;
+}
+
+ReturnCode RunGetPos(void* data) {
+    SetPositionUnchangedFlag(false);
+    const PositionData* position = nullptr;
+    const ReturnCode rc = GetPosition(&position);
+    if (position != nullptr) {
+        PositionBlock& block = *static_cast<PositionBlock*>(data);
+        block.position = position;
+        block.positionLength = kPositionBytes;
+    }
+    return rc;
+}
+
+ReturnCode RunSetPos(void* data) {
+    const PositionBlock& block = *static_cast<const PositionBlock*>(data);
+    const ReturnCode rc = SetPosition(block.position, block.positionLength);
+    if (rc == pmrcOK) SetPositionUnchangedFlag(false);
+    return rc;
+}
+
+ReturnCode RunShut(void* data) {
+    const ReturnCode rc = CloseAll(static_cast<const ShutBlock*>(data)->closeMode);
+    FreeRecordBuffer();
+    FreeErrorText();
+    SetModuleState(0);
+    SetPreserveRestartInfo(false);
+    return rc;
+}
+
+ReturnCode RunId(void* data) {
+    IdBlock& block = *static_cast<IdBlock*>(data);
+    std::memcpy(block.identification, kModuleId, sizeof kModuleId);
+    std::memcpy(block.version, kCodeVersion, sizeof kCodeVersion);
+    std::memset(block.zero, 0, sizeof block.zero);
+    return pmrcOK;
+}
+
+ReturnCode RunGetAttribute(void* data) {
+    return GetAttribute(*static_cast<const AttributeBlock*>(data));
+}
+
+ReturnCode RunPutAttribute(void* data) {
+    return PutAttribute(*static_cast<const AttributeBlock*>(data));
+}

@@ -1,0 +1,134 @@
+#include "mqi/binding.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "mqi/mqi.h"
+#include "platform/os.h"
+
+namespace {
+
+// The verbs of the bound library; all null until one is bound.
+struct Verbs {
+    decltype(&MQCONNX) connx;
+    decltype(&MQDISC) disc;
+    decltype(&MQOPEN) open;
+    decltype(&MQCLOSE) close;
+    decltype(&MQGET) get;
+    decltype(&MQCMIT) cmit;
+    decltype(&MQBACK) back;
+};
+Verbs bound;
+
+char failureText[900];  // fits the message text with room for the words around it
+bool bindingFailed;     // whether failureText speaks of the last MQCONNX
+
+void AddFailure(const char* library, const char* reason) {
+    const std::size_t used = std::strlen(failureText);
+    std::snprintf(failureText + used, sizeof failureText - used, "%s'%s' (%s)",
+                  used == 0 ? "No MQ library could be bound. Tried " : ", ", library, reason);
+}
+
+template <typename Verb>
+bool FindVerb(void* library, const char* libraryName, const char* name, Verb* verb) {
+    *verb = reinterpret_cast<Verb>(FindLibrarySymbol(library, name));
+    if (*verb != nullptr) return true;
+    char reason[64];
+    std::snprintf(reason, sizeof reason, "entry point %s missing", name);
+    AddFailure(libraryName, reason);
+    return false;
+}
+
+// Binds the library of that path or name. A library that loads but lacks a verb ends the search: it is MQ's,
+// and broken.
+MQLONG BindLibrary(const char* name) {
+    char reason[400];
+    void* library = LoadSharedLibrary(name, reason, sizeof reason);
+    if (library == nullptr) {
+        AddFailure(name, reason);
+        return MQRC_MODULE_NOT_FOUND;
+    }
+    Verbs verbs = {};
+    const bool complete =
+        FindVerb(library, name, "MQCONNX", &verbs.connx) && FindVerb(library, name, "MQDISC", &verbs.disc) &&
+        FindVerb(library, name, "MQOPEN", &verbs.open) && FindVerb(library, name, "MQCLOSE", &verbs.close) &&
+        FindVerb(library, name, "MQGET", &verbs.get) && FindVerb(library, name, "MQCMIT", &verbs.cmit) &&
+        FindVerb(library, name, "MQBACK", &verbs.back);
+    if (!complete) return MQRC_MODULE_ENTRY_NOT_FOUND;
+    bound = verbs;
+    return MQRC_NONE;
+}
+
+bool ClientConnectionWanted(const MQCNO* options) {
+    if (options->ClientConnPtr != nullptr) return true;
+    static constexpr const char* kClientVariables[] = {"MQSERVER", "MQCHLLIB", "MQCHLTAB", "MQCCDTURL"};
+    for (const char* variable : kClientVariables) {
+        if (std::getenv(variable) != nullptr) return true;
+    }
+    return false;
+}
+
+MQLONG BindByIbmNames(bool clientFirst) {
+    const char* names[] = {kMqLibraryNames.server, kMqLibraryNames.client};
+    if (clientFirst) names[0] = kMqLibraryNames.client, names[1] = kMqLibraryNames.server;
+    for (const char* name : names) {
+        MQLONG reason = BindLibrary(name);
+        if (reason != MQRC_MODULE_NOT_FOUND) return reason;
+        char path[256];
+        std::snprintf(path, sizeof path, "%s%s", kMqLibraryNames.defaultFolder, name);
+        reason = BindLibrary(path);
+        if (reason != MQRC_MODULE_NOT_FOUND) return reason;
+    }
+    return MQRC_MODULE_NOT_FOUND;
+}
+
+MQLONG Bind(const MQCNO* options) {
+    if (bound.connx != nullptr) return MQRC_NONE;
+    failureText[0] = '\0';
+    const char* path = std::getenv("MQAMOD_MQ_LIBRARY");
+    if (path != nullptr && path[0] != '\0') return BindLibrary(path);
+    return BindByIbmNames(ClientConnectionWanted(options));
+}
+
+}  // namespace
+
+const char* MqLibraryFailure() {
+    return bindingFailed ? failureText : nullptr;
+}
+
+void MQCONNX(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
+    const MQLONG reason = Bind(ConnectOpts);
+    bindingFailed = reason != MQRC_NONE;
+    if (bindingFailed) {
+        *CompCode = MQCC_FAILED;
+        *Reason = reason;
+        return;
+    }
+    bound.connx(QMgrName, ConnectOpts, Hconn, CompCode, Reason);
+}
+
+void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
+    bound.disc(Hconn, CompCode, Reason);
+}
+
+void MQOPEN(MQHCONN Hconn, MQPTR ObjDesc, MQLONG Options, MQHOBJ* Hobj, MQLONG* CompCode, MQLONG* Reason) {
+    bound.open(Hconn, ObjDesc, Options, Hobj, CompCode, Reason);
+}
+
+void MQCLOSE(MQHCONN Hconn, MQHOBJ* Hobj, MQLONG Options, MQLONG* CompCode, MQLONG* Reason) {
+    bound.close(Hconn, Hobj, Options, CompCode, Reason);
+}
+
+void MQGET(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG BufferLength, MQPTR Buffer,
+           MQLONG* DataLength, MQLONG* CompCode, MQLONG* Reason) {
+    bound.get(Hconn, Hobj, MsgDesc, GetMsgOpts, BufferLength, Buffer, DataLength, CompCode, Reason);
+}
+
+void MQCMIT(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
+    bound.cmit(Hconn, CompCode, Reason);
+}
+
+void MQBACK(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
+    bound.back(Hconn, CompCode, Reason);
+}

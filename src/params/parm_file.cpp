@@ -1,0 +1,70 @@
+#include "params/parm_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "params/check_parm.h"
+#include "params/settings.h"
+#include "params/tokens.h"
+
+namespace {
+
+constexpr char kFunction[] = "ReadParmFile";
+constexpr int kLineBytes = 512;
+
+char parmFilePath[kPathBytes];  // set by Init when -PARMFILE is given
+
+ReturnCode Fail(const char* message) {
+    ReportError(Severity::Error, kFunction, message);
+    return pmrcFailure;
+}
+
+ReturnCode ReadLine(const char* line) {
+    if (line[0] == '#') return pmrcOK;
+    TokenList tokens;
+    ReturnCode rc = pmrcOK;
+    switch (Tokenize(line, std::strlen(line), &tokens)) {
+        case Tokenized::TooMany: rc = Fail("Too many parameters"); break;
+        case Tokenized::NoMemory: rc = Fail("memory allocation failed"); break;
+        case Tokenized::Done:
+            // A line without a token holds no keyword to check: the help promises that it is ignored.
+            if (tokens.count > 0) {
+                std::int32_t index = 0;
+                rc = CheckParm(tokens.slots, tokens.count, &index);
+            }
+    }
+    ReleaseTokens(&tokens);
+    return rc;
+}
+
+ReturnCode ReadLines(std::FILE* file) {
+    char line[kLineBytes];
+    while (std::fgets(line, sizeof line, file) != nullptr) {
+        const ReturnCode rc = ReadLine(line);
+        if (rc != pmrcOK) return rc;
+    }
+    if (std::feof(file) != 0) return pmrcOK;
+    ReportStreamError(Severity::Error, kFunction, FormatNumbered(125), "fgets", Activity::Parameter,
+                      "parameter");
+    return pmrcFailure;
+}
+
+}  // namespace
+
+void SetParmFilePath(const char* path) {
+    std::snprintf(parmFilePath, sizeof parmFilePath, "%s", path);
+}
+
+ReturnCode ReadParmFile() {
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+              FormatText("Opening parameter file name: '%s'", parmFilePath));
+    std::FILE* file = std::fopen(parmFilePath, "r");
+    if (file == nullptr) return Fail(FormatNumbered(124, std::strerror(errno)));
+    const ReturnCode rc = ReadLines(file);
+    (void)std::fclose(file);
+    return rc;
+}

@@ -1,0 +1,151 @@
+#include "params/parse_parms.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/identification.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "mqi/client_channel.h"
+#include "params/check_parm.h"
+#include "params/parameter_report.h"
+#include "params/parm_file.h"
+#include "params/record_buffer.h"
+#include "params/settings_writer.h"
+#include "params/temp_file_name.h"
+#include "params/tokens.h"
+
+namespace {
+
+constexpr char kFunction[] = "ParseParms";
+
+ReturnCode Fail(const char* message) {
+    ReportError(Severity::Error, kFunction, message);
+    return pmrcFailure;
+}
+
+void TraceJobEvent(const char* text) {
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
+}
+
+// -PARMFILE is the one keyword of the initialization string that CheckParm does not know; its dash is
+// required.
+ReturnCode TakeParmFile(const TokenList& tokens, std::int32_t* index) {
+    if (*index + 1 >= tokens.count) return Fail(FormatNumbered(164, tokens.slots[*index]));
+    const char* path = tokens.slots[*index + 1];
+    const std::size_t length = std::strlen(path);
+    if (length > kMaxPathCharacters) {
+        return Fail(FormatNumbered(126, kPathname, path, static_cast<int>(length), kMaxPathCharacters));
+    }
+    SetParmFilePath(path);
+    *index += 2;
+    return pmrcOK;
+}
+
+ReturnCode ReadKeywords(const TokenList& tokens, bool* parmFileGiven) {
+    if (tokens.count == 0) return Fail("Empty initialization string");
+    std::int32_t index = 0;
+    ReturnCode rc = pmrcOK;
+    while (index < tokens.count && rc == pmrcOK) {
+        UpperCase(tokens.slots[index]);
+        if (std::strcmp(tokens.slots[index], "-PARMFILE") == 0) {
+            rc = TakeParmFile(tokens, &index);
+            *parmFileGiven = true;
+        } else {
+            rc = CheckParm(tokens.slots, tokens.count, &index);
+        }
+    }
+    return rc;
+}
+
+ReturnCode ReadInitString(const char* initString, std::int32_t length, bool* parmFileGiven) {
+    if (length <= 0 || initString == nullptr) return Fail("Empty initialization string");
+    TokenList tokens;
+    ReturnCode rc = pmrcOK;
+    switch (Tokenize(initString, static_cast<std::size_t>(length), &tokens)) {
+        case Tokenized::TooMany: rc = Fail("Too many init string parameters"); break;
+        case Tokenized::NoMemory: rc = Fail("memory allocation failed"); break;
+        case Tokenized::Done: rc = ReadKeywords(tokens, parmFileGiven);
+    }
+    ReleaseTokens(&tokens);
+    return rc;
+}
+
+ReturnCode CheckAcrossKeywords() {
+    Settings& settings = writableSettings;
+    if (!settings.qmgrGiven) return Fail(FormatNumbered(127, "QMGR"));
+    if (!settings.qnmGiven) return Fail(FormatNumbered(128, "QNM"));
+    if (!settings.LOG) {
+        settings.TLF = false;
+    } else if (settings.TLF && settings.MqCheckpointMode) {
+        return Fail(FormatNumbered(129, "TLF", "CKMQ"));
+    }
+    if (settings.CKFILE && settings.MqCheckpointMode) return Fail(FormatNumbered(130, "CKFILE", "CKMQ"));
+    return pmrcOK;
+}
+
+// Until a new trace file is open the one of an earlier Init stays in use, so that a failure here is traced
+// somewhere.
+ReturnCode OpenTraceFile() {
+    const Settings& settings = Setting();
+    TraceJobEvent(FormatText("Trace being directed to %s: '%s'", kPathname, settings.tracePath));
+    std::FILE* file = std::fopen(settings.tracePath, "a");
+    if (file == nullptr) return Fail(FormatNumbered(132, settings.tracePath, std::strerror(errno)));
+    UseTraceFile(file);
+    ShowModuleID();
+    return pmrcOK;
+}
+
+ReturnCode StartTrace() {
+    const int level = StoredTraceLevel();
+    TraceLine(TraceLevel::Always, Severity::Info, kFunction, FormatText("Trace Level: %d", level));
+    SetTraceLevel(level + 1);
+    if (level >= 1) {
+        const ReturnCode rc = OpenTraceFile();
+        if (rc != pmrcOK) return rc;
+    }
+    TraceJobEvent("Paramters in effect:");
+    TraceJobEvent(FormatText("Trace Level: %d", StoredTraceLevel()));
+    return pmrcOK;
+}
+
+ReturnCode ResolveClientChannel() {
+    constexpr char kFromEnvironment[] = "%s (keyword:%s) was not specified.\n%s";
+    const Settings& settings = Setting();
+    if (settings.chnlGiven != settings.srvrGiven) return Fail(FormatNumbered(133, "CHNL", "SRVR"));
+    if (settings.chnlGiven) return pmrcOK;
+    SetChannelName("");
+    TraceJobEvent(FormatText(kFromEnvironment, "Channel Name", "CHNL",
+                             "Channel Name used will be that found in environment variable."));
+    SetConnectionName("");
+    TraceJobEvent(FormatText(kFromEnvironment, "Server Name", "SRVR",
+                             "Server Name used will be that found in environment variable."));
+    return pmrcOK;
+}
+
+ReturnCode PrepareCheckpointing() {
+    Settings& settings = writableSettings;
+    if (!settings.CKFILE && !settings.MqCheckpointMode) return pmrcOK;
+    const ReturnCode rc = BuildTempFileName(settings.checkpointPath, settings.FilePathTemp);
+    if (rc != pmrcOK) return rc;
+    if (!AllocateRecordBuffer(static_cast<std::size_t>(settings.BKSZ)))
+        return Fail("memory allocation failed");
+    return pmrcOK;
+}
+
+}  // namespace
+
+ReturnCode ParseParms(const char* initString, std::int32_t length) {
+    ResetSettings();
+    bool parmFileGiven = false;
+    ReturnCode rc = ReadInitString(initString, length, &parmFileGiven);
+    if (rc == pmrcOK && parmFileGiven) rc = ReadParmFile();
+    if (rc == pmrcOK) rc = CheckAcrossKeywords();
+    if (rc == pmrcOK) rc = StartTrace();
+    if (rc == pmrcOK) rc = ResolveClientChannel();
+    if (rc != pmrcOK) return rc;
+    ReportParametersInEffect();
+    return PrepareCheckpointing();
+}

@@ -1,0 +1,59 @@
+#include "params/record_buffer.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+struct RecordBuffer {
+    unsigned char* CkPtRecBuf;  // capacity bytes, or none
+    std::size_t capacity;       // length word and record
+};
+RecordBuffer buffer;
+
+unsigned char* Data() {
+    return buffer.CkPtRecBuf + kRecordLengthBytes;
+}
+
+}  // namespace
+
+bool AllocateRecordBuffer(std::size_t recordBytes) {
+    FreeRecordBuffer();
+    buffer.CkPtRecBuf = static_cast<unsigned char*>(std::calloc(recordBytes + kRecordLengthBytes, 1));
+    if (buffer.CkPtRecBuf == nullptr) return false;
+    buffer.capacity = recordBytes + kRecordLengthBytes;
+    return true;
+}
+
+void FreeRecordBuffer() {
+    std::free(buffer.CkPtRecBuf);
+    buffer = {};
+}
+
+bool RecordBufferExists() {
+    return buffer.CkPtRecBuf != nullptr;
+}
+
+void ClearRecordBuffer() {
+    std::memset(buffer.CkPtRecBuf, 0, buffer.capacity);
+}
+
+void KeepRecord(const void* record, std::uint32_t length) {
+    const std::uint64_t lengthWord = length;
+    std::memcpy(buffer.CkPtRecBuf, &lengthWord, sizeof lengthWord);
+    std::memcpy(Data(), record, length);
+}
+
+std::uint64_t KeptRecordLength() {
+    std::uint64_t lengthWord = 0;
+    std::memcpy(&lengthWord, buffer.CkPtRecBuf, sizeof lengthWord);
+    return lengthWord;
+}
+
+const void* KeptRecordImage() {
+    return buffer.CkPtRecBuf;
+}
+
+bool EqualsKeptRecord(const void* record, std::uint32_t length) {
+    return std::memcmp(Data(), record, length) == 0;
+}

@@ -1,0 +1,17 @@
+// Releasing what Open acquired.
+#pragma once
+
+#include <cstdint>
+
+#include "diag/return_codes.h"
+
+inline constexpr std::uint16_t kStopAtFirstFailure = 1;
+
+/// Closes the log, the queue, the connection and the checkpoint file, in this order, and keeps or deletes the
+/// two files by PreserveRestartInfo. Harmless when nothing is open. The handles are forgotten even when MQ
+/// fails to release them.
+///   mode  in  kStopAtFirstFailure, or any other value to carry on through every step
+/// Returns pmrcOK; or, with kStopAtFirstFailure, pmrcFailure with an error text when MQCLOSE or MQDISC did
+/// not end OK:
+///   the steps behind it have then not been taken.
+[[nodiscard]] ReturnCode CloseAll(std::uint16_t mode);

@@ -1,0 +1,153 @@
+#include "queue/open.h"
+
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "mqi/binding.h"
+#include "mqi/client_channel.h"
+#include "mqi/session.h"
+#include "params/host_attributes.h"
+#include "params/settings.h"
+#include "platform/os.h"
+#include "queue/read.h"
+#include "recovery/checkpoint_file.h"
+#include "recovery/message_log.h"
+#include "recovery/position.h"
+#include "recovery/restart.h"
+
+namespace {
+
+constexpr char kFunction[] = "PIDMMain";
+
+struct OpenState {
+    MQOD descriptor;  // IBM's defaults and the queue's name, set anew by each Open
+    MQLONG compCode;  // of the most recent MQOPEN; survives Close and Shut
+};
+OpenState state = {MqodDefault(), MQCC_OK};
+
+void TraceJobEvent(const char* text, Severity severity = Severity::Info) {
+    TraceLine(TraceLevel::JobEvents, severity, kFunction, text);
+}
+
+ReturnCode Fail(const char* message) {
+    ReportError(Severity::Error, kFunction, message);
+    return pmrcFailure;
+}
+
+// The messages that say more than the reason code of a failed connect.
+void TraceConnectFailure(const char* qmgr, MQLONG reason) {
+    if (const char* failure = MqLibraryFailure()) TraceJobEvent(failure, Severity::Warning);
+    if (reason == MQRC_Q_MGR_NAME_ERROR) {
+        TraceJobEvent(FormatNumbered(153, qmgr, static_cast<long>(reason)), Severity::Error);
+    } else if (reason == MQRC_Q_MGR_NOT_AVAILABLE) {
+        TraceJobEvent(FormatNumbered(154, qmgr, static_cast<long>(reason)), Severity::Error);
+    }
+}
+
+ReturnCode Connect() {
+    const Settings& settings = Setting();
+    MQCNO options = MqcnoDefault();
+    options.Version = MQCNO_VERSION_2;
+    options.ClientConnPtr = settings.chnlGiven && settings.srvrGiven ? ClientChannel() : nullptr;
+
+    MQCHAR qmgr[sizeof settings.QMGR];
+    std::memcpy(qmgr, settings.QMGR, sizeof qmgr);
+    MQHCONN handle = ConnectionHandle();
+    MQLONG compCode = MQCC_OK;
+    MQLONG reason = MQRC_NONE;
+    MQCONNX(qmgr, &options, &handle, &compCode, &reason);
+    if (compCode != MQCC_OK) {
+        TraceConnectFailure(settings.QMGR, reason);
+        return Fail(FormatText("%s %ld", "Error received from MQCONNX :", static_cast<long>(reason)));
+    }
+    SetConnectionHandle(handle);
+    TraceJobEvent(FormatText("Queue Manager open"));
+    return pmrcOK;
+}
+
+// The queue could not be opened. For a reason without a message of its own the message text, as a rule still
+// "Queue Manager open", is reported as it stands.
+ReturnCode FailAttempts(MQLONG reason) {
+    const Settings& settings = Setting();
+    if (reason == MQRC_OBJECT_IN_USE && settings.MQEX) {
+        FormatNumbered(157, settings.QNM, static_cast<long>(reason));
+    } else if (reason == MQRC_UNKNOWN_OBJECT_NAME) {
+        FormatNumbered(158, settings.QNM, static_cast<long>(reason));
+    }
+    return Fail(MessageText());
+}
+
+ReturnCode OpenWithRetry() {
+    const Settings& settings = Setting();
+    state.descriptor = MqodDefault();
+    std::memset(state.descriptor.ObjectName, 0, sizeof state.descriptor.ObjectName);
+    std::memcpy(state.descriptor.ObjectName, settings.QNM, sizeof state.descriptor.ObjectName);
+    const MQLONG options =
+        (settings.MQEX ? MQOO_INPUT_EXCLUSIVE : MQOO_INPUT_AS_Q_DEF) + MQOO_FAIL_IF_QUIESCING;
+
+    std::uint32_t attempts = 0;
+    while (true) {
+        MQHOBJ handle = MQHO_NONE;
+        MQLONG reason = MQRC_NONE;
+        MQOPEN(ConnectionHandle(), &state.descriptor, options, &handle, &state.compCode, &reason);
+        if (state.compCode == MQCC_WARNING) {
+            ReportError(Severity::Warning, kFunction,
+                        FormatNumbered(156, settings.QNM, static_cast<long>(reason)));
+        }
+        ++attempts;
+        // OWAIT counts seconds but pauses milliseconds: hosts rely on opens that fail fast.
+        if (state.compCode != MQCC_OK && attempts < settings.OTENACITY) SleepMilliseconds(settings.OWAIT);
+        if (state.compCode != MQCC_FAILED) {
+            SetQueueHandle(handle);
+            return pmrcOK;
+        }
+        if (attempts >= settings.OTENACITY) return FailAttempts(reason);
+    }
+}
+
+void ResetReadState() {
+    const Settings& settings = Setting();
+    ChooseSyncpoint(settings.TLF ? MQGMO_SYNCPOINT : MQGMO_NO_SYNCPOINT, MQGMO_NO_SYNCPOINT);
+    ClearReplayFromCkPt();
+    SetMsgCount(0);
+    KeepPrevious(settings.CKFILE || settings.MqCheckpointMode);
+    SetGenEofFlag(false);
+}
+
+}  // namespace
+
+ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
+    if (QueueHandle() != MQHO_NONE) {
+        FormatNumbered(163);
+        return Fail("Access Module limited to 1 open Queue");
+    }
+    if (openMode != 1) return Fail("Access Module is read only");
+    if (pathNameLength > 0) {
+        TraceJobEvent(FormatText("%s %s %s", "Ignoring unnecessary", kPathname, "specification at open"),
+                      Severity::Warning);
+    }
+    // What a failed Open or Close left behind; the files stay.
+    DropLogStream();
+    DropCkPtFileStream();
+
+    ReturnCode rc = pmrcOK;
+    if (Setting().LOG) rc = OpenLogFile();
+    if (rc == pmrcOK) rc = Connect();
+    if (rc == pmrcOK) rc = OpenWithRetry();
+    if (rc != pmrcOK) return rc;
+    TraceJobEvent(FormatText("Queue open"));
+    ResetReadState();
+    rc = OpenCkPtFile();
+    SetCkPtSeq(0);
+    return rc;
+}
+
+MQLONG OpenCompletionCode() {
+    return state.compCode;
+}
+
+const MQCHAR* OpenedObjectName() {
+    return state.descriptor.ObjectName;
+}

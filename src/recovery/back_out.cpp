@@ -1,0 +1,18 @@
+#include "recovery/back_out.h"
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "mqi/session.h"
+
+ReturnCode BackOutMQ() {
+    constexpr char kFunction[] = "BackOutMQ";
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "Backing out MQ transactions via MQBACK");
+    MQLONG compCode = MQCC_OK;
+    MQLONG reason = MQRC_NONE;
+    MQBACK(ConnectionHandle(), &compCode, &reason);
+    if (compCode == MQCC_OK) return pmrcOK;
+    ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
+                FormatNumbered(145, static_cast<long>(reason)));
+    return pmrcFailure;
+}

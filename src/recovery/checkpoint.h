@@ -1,0 +1,29 @@
+// Taking a checkpoint. GetPos hands out a position at once and marks a checkpoint as pending; it is carried
+// out one step later, by the next Read, by a SetPos for the same position or by a repeated GetPos. From the
+// first checkpoint on every message is saved in the checkpoint file before it is committed.
+#pragma once
+
+#include "diag/return_codes.h"
+#include "recovery/position_data.h"
+
+/// The GetPos request.
+///   position  out  the module's own block, to be copied at once; null when none is handed out
+/// Returns pmrcOK: with a position, or without one when a checkpoint was pending already and has now been
+/// carried out
+///   (an error text warns of the redundant request);
+///   pmrcFailure, with an error text, without checkpointing or when the pending checkpoint failed;
+///   pmrcNotSupported when the pending checkpoint is not to a file
+[[nodiscard]] ReturnCode GetPosition(const PositionData** position);
+
+/// Carries out the pending checkpoint: rewrites the checkpoint file and puts all further gets under
+/// syncpoint. Whatever the outcome, no checkpoint is pending any more and one counts as taken: later messages
+/// are saved and committed. Returns pmrcOK; pmrcFailure, with an error text, when the rewrite failed;
+/// pmrcNotSupported without a checkpoint file.
+[[nodiscard]] ReturnCode DoGetPos();
+
+/// Whether a position has been handed out whose checkpoint has not been carried out. Cleared by Init.
+[[nodiscard]] bool CkPtPending();
+void ClearCkPtPending();
+
+/// Whether a checkpoint has been carried out since the module was loaded. Never cleared.
+[[nodiscard]] bool CkPtTaken();

@@ -1,0 +1,145 @@
+#include "recovery/checkpoint_file.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "params/host_attributes.h"
+#include "params/record_buffer.h"
+#include "params/settings.h"
+#include "platform/os.h"
+#include "recovery/back_out.h"
+#include "recovery/position.h"
+
+namespace {
+
+struct CkPtFileState {
+    std::FILE* CkPtFileStream;
+    bool FreshCkPtFile;  // this process has closed a checkpoint file: the next Open looks for none. Never
+                         // cleared
+    bool preserved;      // whether the last close kept the file; survives Shut
+};
+CkPtFileState state;
+
+constexpr char kOpenFunction[] = "OpenCkPtFile";
+
+ReturnCode FailOpen(const char* function, const char* reason) {
+    ReportError(Severity::Error, function, FormatNumbered(137, Setting().checkpointPath, reason));
+    return pmrcFailure;
+}
+
+// Saving a message failed: it goes back to the queue. The outcome of the back-out is secondary to the failure
+// reported.
+ReturnCode FailSave(const char* failingCall) {
+    if (state.CkPtFileStream != nullptr) {
+        ReportStreamError(Severity::Error, "PIDMMain", "checkpoint", failingCall, Activity::Checkpoint,
+                          StreamReason(state.CkPtFileStream));
+    } else {
+        ReportError(Severity::Error, "PIDMMain", "checkpoint", failingCall);
+    }
+    (void)BackOutMQ();
+    return pmrcFailure;
+}
+
+// "disk space probe" of MQ-based checkpointing: room for one record is taken at once.
+ReturnCode ProbeDiskSpace() {
+    const std::size_t bytes = static_cast<std::size_t>(Setting().BKSZ) + kRecordLengthBytes;
+    if (std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes) return pmrcOK;
+    const char* reason = StreamReason(state.CkPtFileStream);
+    ReportStreamError(Severity::Error, kOpenFunction, FormatNumbered(123), "fwrite", Activity::Checkpoint,
+                      reason);
+    FreeRecordBuffer();
+    return pmrcFailure;
+}
+
+}  // namespace
+
+ReturnCode OpenCkPtFile() {
+    if (!Setting().CKFILE && !Setting().MqCheckpointMode) return pmrcOK;
+    if (!RecordBufferExists()) {
+        ReportError(Severity::Error, kOpenFunction, "memory allocation failed");
+        return pmrcFailure;
+    }
+    const char* path = Setting().checkpointPath;
+    TraceLine(TraceLevel::Always, Severity::Info, kOpenFunction,
+              FormatText("Checkpoint/restart via %s: '%s'", kPathname, path));
+
+    bool forRecovery = false;
+    if (!state.FreshCkPtFile) {
+        if (std::FILE* probe = std::fopen(path, "rb")) {
+            TraceLine(TraceLevel::Always, Severity::Info, kOpenFunction,
+                      FormatText("Checkpoint %s exists, %s", kPathname, "will be used for recovery"));
+            forRecovery = true;
+            (void)std::fclose(probe);
+        } else if (errno != ENOENT) {
+            // A file that cannot be looked at may well be there: starting a new one could destroy it.
+            return FailOpen(kOpenFunction, std::strerror(errno));
+        }
+    }
+    const ReturnCode rc = ReopenCkPtFile(forRecovery ? "rb+" : "wb+", kOpenFunction);
+    if (rc != pmrcOK) return rc;
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kOpenFunction,
+              FormatText("%s ('%s') %s", "Checkpoint file", path, "open successful"));
+    ClearRecordBuffer();
+    if (Setting().MqCheckpointMode && !forRecovery) return ProbeDiskSpace();
+    return pmrcOK;
+}
+
+ReturnCode SaveRecord(const void* record, std::uint32_t length) {
+    std::int64_t offset = 0;
+    if (RecordBufferExists()) KeepRecord(record, length);
+    if (state.CkPtFileStream == nullptr || !GetStreamPosition(state.CkPtFileStream, &offset)) {
+        return FailSave("fgetpos");
+    }
+    SetCkPtOffset(offset);
+
+    const std::size_t bytes = length + kRecordLengthBytes;
+    if (std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) != bytes) return FailSave("fwrite");
+    // A stream whose error indicator is set has lost bytes before: some C libraries drop what a failed flush
+    // could not write and succeed from then on. A message must not be committed behind such a hole.
+    if (std::fflush(state.CkPtFileStream) != 0 || std::ferror(state.CkPtFileStream) != 0)
+        return FailSave("fflush");
+    return pmrcOK;
+}
+
+void ReleaseCkPtFile() {
+    constexpr char kFunction[] = "CloseAll";
+    const bool wasOpen = state.CkPtFileStream != nullptr;
+    DropCkPtFileStream();
+    state.FreshCkPtFile = true;
+    if (!wasOpen && !state.preserved) return;
+
+    const char* path = Setting().checkpointPath;
+    if (PreserveRestartInfo()) {
+        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+                  FormatText("Preserving checkpoint file ('%s').", path));
+        state.preserved = true;
+        return;
+    }
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+              FormatText("Deleting checkpoint file ('%s').", path));
+    if (DeleteByCommand(path) == -1) {
+        TraceLine(TraceLevel::JobEvents, Severity::Warning, kFunction,
+                  FormatText("%s (%s). Reason '%s'", "Unable to delete checkpoint file", path,
+                             std::strerror(errno)));
+    }
+    state.preserved = false;
+}
+
+std::FILE* CkPtFileStream() {
+    return state.CkPtFileStream;
+}
+
+ReturnCode ReopenCkPtFile(const char* mode, const char* function) {
+    DropCkPtFileStream();
+    state.CkPtFileStream = std::fopen(Setting().checkpointPath, mode);
+    if (state.CkPtFileStream == nullptr) return FailOpen(function, std::strerror(errno));
+    return pmrcOK;
+}
+
+void DropCkPtFileStream() {
+    if (state.CkPtFileStream != nullptr) (void)std::fclose(state.CkPtFileStream);
+    state.CkPtFileStream = nullptr;
+}

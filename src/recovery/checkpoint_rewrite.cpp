@@ -1,0 +1,173 @@
+#include "recovery/checkpoint_rewrite.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "params/record_buffer.h"
+#include "params/settings.h"
+#include "platform/os.h"
+#include "recovery/checkpoint_file.h"
+#include "recovery/position.h"
+#include "recovery/restart.h"
+
+namespace {
+
+constexpr char kFunction[] = "ResetCkptFile";
+
+ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
+    ReportError(Severity::Error, kFunction, message, failingCall);
+    return pmrcFailure;
+}
+
+// A write or read that moved fewer bytes than it should: the counts in the trace, the call and its reason in
+// the error text.
+ReturnCode FailCount(int message, std::size_t expected, std::size_t moved, const char* what,
+                     const char* failingCall, std::FILE* stream, Activity activity) {
+    const char* reason = StreamReason(stream);
+    TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
+              FormatNumbered(message, static_cast<int>(expected), static_cast<int>(moved)));
+    ReportStreamError(Severity::Error, kFunction, what, failingCall, activity, reason);
+    return pmrcFailure;
+}
+
+ReturnCode WriteBytes(std::FILE* stream, Activity activity, const void* bytes, std::size_t count,
+                      const char* what) {
+    const std::size_t written = std::fwrite(bytes, 1, count, stream);
+    if (written == count) return pmrcOK;
+    return FailCount(146, count, written, what, "fwrite", stream, activity);
+}
+
+ReturnCode WriteHeader(std::FILE* stream, Activity activity) {
+    const std::int32_t sequence = CkPtSeq();
+    static_assert(sizeof sequence == kSequenceBytes);
+    return WriteBytes(stream, activity, &sequence, sizeof sequence, "checkpoint file header record (seq)");
+}
+
+std::size_t KeptRecordBytes() {
+    return static_cast<std::size_t>(KeptRecordLength()) + kRecordLengthBytes;
+}
+
+// Nothing in the file is still to be delivered: it is truncated and started again.
+ReturnCode StartAgain() {
+    ReturnCode rc = ReopenCkPtFile("wb+", kFunction);
+    if (rc != pmrcOK) return rc;
+    rc = WriteHeader(CkPtFileStream(), Activity::Checkpoint);
+    if (rc != pmrcOK) return rc;
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+              FormatText("Checkpoint file starting checkpoint sequence %d", CkPtSeq()));
+    if (KeptRecordLength() == 0) return pmrcOK;
+    return WriteBytes(CkPtFileStream(), Activity::Checkpoint, KeptRecordImage(), KeptRecordBytes(),
+                      "appending last record read");
+}
+
+// Copies the records behind the stream's position, each through the scratch area: the last-record buffer must
+// stay what it is, the next checkpoint and the duplicate test need it.
+ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
+    while (true) {
+        std::uint64_t length = 0;
+        const std::size_t lengthBytes = std::fread(&length, 1, sizeof length, from);
+        if (lengthBytes < sizeof length) {
+            if (std::feof(from) != 0) return pmrcOK;
+            return FailCount(147, sizeof length, lengthBytes, "checkpoint record length", "fread", from,
+                             Activity::Checkpoint);
+        }
+        // A replay refuses such a length; copying it would only move the damage, and its bytes fit nowhere.
+        if (length > static_cast<std::uint64_t>(Setting().BKSZ)) {
+            const char* reason = StreamReason(from);
+            TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
+                      FormatNumbered(152, static_cast<int>(length), Setting().BKSZ));
+            ReportStreamError(Severity::Error, kFunction, "checkpoint record length", nullptr,
+                              Activity::Checkpoint, reason);
+            return pmrcFailure;
+        }
+        std::memcpy(scratch, &length, sizeof length);
+        const std::size_t bodyBytes = std::fread(scratch + sizeof length, 1, length, from);
+        if (bodyBytes < length) {
+            return FailCount(147, length, bodyBytes, "checkpoint record body", "fread", from,
+                             Activity::Checkpoint);
+        }
+        const ReturnCode rc = WriteBytes(to, Activity::Temp, scratch, sizeof length + length, "checkpoint");
+        if (rc != pmrcOK) return rc;
+    }
+}
+
+ReturnCode WriteTempFile(std::FILE* temp) {
+    ReturnCode rc = WriteHeader(temp, Activity::Temp);
+    if (rc != pmrcOK) return rc;
+    rc =
+        WriteBytes(temp, Activity::Temp, KeptRecordImage(), KeptRecordBytes(), "prepending last record read");
+    if (rc != pmrcOK) return rc;
+    char* scratch =
+        static_cast<char*>(std::malloc(static_cast<std::size_t>(Setting().BKSZ) + kRecordLengthBytes));
+    if (scratch == nullptr) return Fail("memory allocation failed");
+    rc = CopyRecords(CkPtFileStream(), temp, scratch);
+    std::free(scratch);
+    return rc;
+}
+
+// The temporary file is about to become the only copy: it must have reached the system whole before the old
+// one goes.
+ReturnCode FlushTempFile(std::FILE* temp) {
+    if (std::fflush(temp) == 0 && std::ferror(temp) == 0) return pmrcOK;
+    const char* reason = StreamReason(temp);
+    ReportStreamError(Severity::Error, kFunction, "checkpoint", "fflush", Activity::Temp, reason);
+    return pmrcFailure;
+}
+
+// Puts the temporary file in the checkpoint file's place. File calls, not the command processor: its rename
+// refuses a new name with a folder in it, which would lose the checkpoint file behind its deletion.
+ReturnCode ReplaceCkPtFile() {
+    const char* temp = Setting().FilePathTemp;
+    const char* path = Setting().checkpointPath;
+    if (std::remove(path) != 0 && errno != ENOENT)
+        return Fail(FormatNumbered(151, temp, std::strerror(errno)));
+    if (std::rename(temp, path) != 0) return Fail(FormatNumbered(150, temp, std::strerror(errno)));
+    return ReopenCkPtFile("rb+", kFunction);
+}
+
+// Moves the stream behind the header and the prepended record. The bytes are read to prove that they are
+// there.
+ReturnCode SkipDelivered(std::size_t bytes) {
+    char skipped[4096];
+    std::size_t done = 0;
+    while (done < bytes) {
+        const std::size_t wanted = bytes - done < sizeof skipped ? bytes - done : sizeof skipped;
+        const std::size_t got = std::fread(skipped, 1, wanted, CkPtFileStream());
+        done += got;
+        if (got < wanted) {
+            return FailCount(147, bytes, done, "'positioning' read", "fread", CkPtFileStream(),
+                             Activity::Checkpoint);
+        }
+    }
+    return pmrcOK;
+}
+
+// The records behind the stream's position have not been delivered yet and must survive.
+ReturnCode StartAgainInReplay() {
+    const char* temp = Setting().FilePathTemp;
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, FormatText("FilePathTemp '%s'", temp));
+    std::FILE* TempFileStream = std::fopen(temp, "w+b");
+    if (TempFileStream == nullptr) return Fail(FormatNumbered(148, temp, std::strerror(errno)), "fopen");
+
+    ReturnCode rc = WriteTempFile(TempFileStream);
+    if (rc == pmrcOK) rc = FlushTempFile(TempFileStream);
+    (void)std::fclose(TempFileStream);
+    if (rc != pmrcOK) return rc;
+
+    DropCkPtFileStream();
+    rc = ReplaceCkPtFile();
+    if (rc != pmrcOK) return rc;
+    return SkipDelivered(kSequenceBytes + KeptRecordBytes());
+}
+
+}  // namespace
+
+ReturnCode ResetCkptFile() {
+    if (CkPtFileStream() == nullptr) return Fail("empty checkpoint file");
+    return ReplayFromCkPt() ? StartAgainInReplay() : StartAgain();
+}

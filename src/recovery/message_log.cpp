@@ -1,0 +1,111 @@
+#include "recovery/message_log.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "params/host_attributes.h"
+#include "params/settings.h"
+#include "platform/os.h"
+
+namespace {
+
+struct LogState {
+    std::FILE* stream;  // from OpenLogFile to CloseLogFile or a write failure that was survived
+    bool preserved;     // whether the last CloseLogFile kept the file; survives Shut
+};
+LogState log;
+
+ReturnCode FailOpen(const char* reason) {
+    ReportError(Severity::Error, "OpenLogFile", FormatNumbered(141, Setting().logPath, reason), " ");
+    return pmrcFailure;
+}
+
+void TraceRecord(const void* record, std::uint32_t length) {
+    constexpr std::uint32_t kTracedBytes = 40;
+    if (!TraceAdmits(TraceLevel::IoBuffers)) return;
+    const std::uint32_t traced = std::min(length, kTracedBytes);
+    TraceLine(TraceLevel::IoBuffers, Severity::Info, "WriteLogRec",
+              FormatText("Logging %d byte record.", static_cast<int>(length)));
+    FormatText("beginning %d chars: ", static_cast<int>(traced));
+    TraceLine(TraceLevel::IoBuffers, Severity::Info, "WriteLogRec", AppendBytes(record, traced));
+}
+
+// A log that cannot be written ends the load or, by TLF, only the logging.
+ReturnCode HandleShortWrite() {
+    const Severity severity = Setting().TLF ? Severity::Error : Severity::Warning;
+    ReportStreamError(severity, "WriteLogRec", " ", "fwrite", Activity::Log, StreamReason(log.stream));
+    if (Setting().TLF) return pmrcFailure;
+    DropLogStream();
+    StopLogging();
+    ReportError(Severity::Info, "WriteLogRec", "continuing without Log");
+    return pmrcOK;
+}
+
+}  // namespace
+
+ReturnCode OpenLogFile() {
+    const char* path = Setting().logPath;
+    const char* text = "Log file exists, will append";
+    const char* mode = "rb+";
+    if (std::FILE* probe = std::fopen(path, "rb")) {
+        (void)std::fclose(probe);
+    } else if (errno == ENOENT) {
+        text = "Log file doen't exists, will create";
+        mode = "wb+";
+    } else {
+        return FailOpen(std::strerror(errno));
+    }
+    TraceLine(TraceLevel::JobEvents, Severity::Info, "OpenLogFile", text);
+
+    log.stream = std::fopen(path, mode);
+    if (log.stream == nullptr) return FailOpen(std::strerror(errno));
+    TraceLine(TraceLevel::JobEvents, Severity::Info, "OpenLogFile", "Log opened");
+    return pmrcOK;
+}
+
+ReturnCode WriteLogRec(const void* record, std::uint32_t length) {
+    TraceRecord(record, length);
+    if (std::fwrite(record, 1, length, log.stream) != length) return HandleShortWrite();
+    if (std::fflush(log.stream) == 0) return pmrcOK;
+    ReportStreamError(Severity::Error, "WriteLogRec", "after log write", "fflush", Activity::Log,
+                      StreamReason(log.stream));
+    return pmrcFailure;
+}
+
+void CloseLogFile() {
+    constexpr char kFunction[] = "CloseLogFile";
+    const char* path = Setting().logPath;
+    DropLogStream();
+    if (PreserveRestartInfo()) {
+        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+                  FormatText("Preserving log file ('%s').", path));
+        log.preserved = true;
+        return;
+    }
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+              FormatText("Deleting log file ('%s').", path));
+    if (DeleteByCommand(path) == -1) {
+        TraceLine(
+            TraceLevel::JobEvents, Severity::Warning, kFunction,
+            FormatText("%s (%s). Reason '%s'", "Unable to delete log file", path, std::strerror(errno)));
+    }
+    log.preserved = false;
+}
+
+bool LogIsOpen() {
+    return log.stream != nullptr;
+}
+
+bool LogPreserved() {
+    return log.preserved;
+}
+
+void DropLogStream() {
+    if (log.stream != nullptr) (void)std::fclose(log.stream);
+    log.stream = nullptr;
+}

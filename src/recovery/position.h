@@ -1,0 +1,24 @@
+// Where the load stands: the sequence number of the checkpoint, the count of records and the place in the
+// checkpoint file.
+#pragma once
+
+#include "recovery/position_data.h"
+
+/// The sequence number of the last checkpoint: 0 from Open, one more with each GetPos, the file's own after
+/// SetPos.
+[[nodiscard]] std::int32_t CkPtSeq();
+void SetCkPtSeq(std::int32_t sequence);
+
+/// Records returned since Open. Close leaves it.
+[[nodiscard]] std::int32_t MsgCount();
+void SetMsgCount(std::int32_t count);
+void CountMessage();
+
+/// The stream position of the last record written to the checkpoint file, or read back from it. 0 when
+/// loaded; it survives Open, Close and Shut.
+[[nodiscard]] std::int64_t CkPtOffset();
+void SetCkPtOffset(std::int64_t offset);
+
+/// Moves on to the next sequence number and returns the position as it is now. The block is the module's own;
+/// its sequence number changes with CkPtSeq.
+[[nodiscard]] const PositionData* NextPosition();

@@ -1,0 +1,159 @@
+#include "recovery/restart.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/message_text.h"
+#include "diag/trace.h"
+#include "mqi/session.h"
+#include "params/settings.h"
+#include "platform/os.h"
+#include "recovery/back_out.h"
+#include "recovery/checkpoint.h"
+#include "recovery/checkpoint_file.h"
+#include "recovery/position.h"
+
+namespace {
+
+bool replayFromCkPt;  // written only here
+
+constexpr char kMain[] = "PIDMMain";
+
+ReturnCode Fail(const char* function, const char* message) {
+    ReportError(Severity::Error, function, message);
+    return pmrcFailure;
+}
+
+ReturnCode FailStream(const char* function, const char* message, const char* failingCall,
+                      const char* reason) {
+    ReportStreamError(Severity::Error, function, message, failingCall, Activity::Checkpoint, reason);
+    return pmrcFailure;
+}
+
+// A read that brought fewer bytes than it should: the counts in the trace, the call and its reason in the
+// error text.
+ReturnCode FailRead(const char* function, std::uint64_t expected, std::size_t got, const char* what) {
+    const char* reason = StreamReason(CkPtFileStream());
+    TraceLine(TraceLevel::JobEvents, Severity::Error, function,
+              FormatNumbered(147, static_cast<int>(expected), static_cast<int>(got)));
+    return FailStream(function, what, "fread", reason);
+}
+
+// The host recorded a position whose checkpoint was never carried out: the file still belongs to the previous
+// one and holds the records since then. Replay starts at the place that the position names.
+ReturnCode SeekToPosition(const PositionData& position) {
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kMain,
+              FormatText("Repositioning file to sequence: %d", position.CkPtSeq));
+    SetCkPtOffset(position.CkPtOffset);
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kMain,
+              FormatText("CkPtOffset: %d", static_cast<int>(position.CkPtOffset)));
+    if (SetStreamPosition(CkPtFileStream(), position.CkPtOffset)) return pmrcOK;
+    const char* reason = StreamReason(CkPtFileStream());
+    TraceLine(TraceLevel::JobEvents, Severity::Error, kMain, FormatNumbered(162));
+    return FailStream(kMain, "reposition", "fsetpos", reason);
+}
+
+ReturnCode GoBackTo(const PositionData& position) {
+    ReturnCode rc = pmrcOK;
+    if (position.CkPtSeq == CkPtSeq() && CkPtPending()) {
+        rc = DoGetPos();
+        if (rc != pmrcOK) return rc;
+    }
+    ChooseSyncpoint(MQGMO_SYNCPOINT, MQGMO_SYNCPOINT);
+    if (Setting().MqCheckpointMode) {
+        rc = BackOutMQ();
+        SetCkPtSeq(position.CkPtSeq);
+    }
+    if (Setting().CKFILE) rc = RepositionFile();
+    if (rc != pmrcOK) return rc;
+    if (position.CkPtSeq < CkPtSeq()) return Fail(kMain, "requested sequence prior to checkpoint file");
+    if (position.CkPtSeq > CkPtSeq()) return SeekToPosition(position);
+    return pmrcOK;
+}
+
+}  // namespace
+
+ReturnCode SetPosition(const void* position, std::uint32_t length) {
+    if (!Setting().CKFILE && !Setting().MqCheckpointMode)
+        return Fail(kMain, "Checkpoint support NOT requested");
+    if (length != kPositionBytes) return Fail(kMain, "incorrect position data length");
+    PositionData requested;
+    std::memcpy(&requested, position, sizeof requested);
+
+    // One less: the last record before the checkpoint comes again.
+    SetMsgCount(requested.CkPtMsgCount != 0 ? requested.CkPtMsgCount - 1 : 0);
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kMain,
+              FormatText("%s. %s: %d", "Reposition requested", "Requested sequence", requested.CkPtSeq));
+    const ReturnCode rc = GoBackTo(requested);
+    if (rc != pmrcOK) return rc;
+    ClearCkPtPending();
+    replayFromCkPt = true;
+    return pmrcOK;
+}
+
+ReturnCode RepositionFile() {
+    constexpr char kFunction[] = "RepositionFile";
+    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "Backing out via rewind of checkpoint file");
+    std::FILE* stream = CkPtFileStream();
+    if (stream == nullptr) return Fail(kFunction, "empty checkpoint file");
+    std::rewind(stream);
+    std::int32_t sequence = CkPtSeq();
+    const std::size_t got = std::fread(&sequence, 1, sizeof sequence, stream);
+    const char* reason = StreamReason(stream);
+    SetCkPtSeq(sequence);
+    if (got == sizeof sequence) {
+        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+                  FormatText("Checkpoint file sequence: %d", CkPtSeq()));
+        return pmrcOK;
+    }
+    TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
+              FormatNumbered(147, static_cast<int>(sizeof sequence), static_cast<int>(got)));
+    if (got == 0) return Fail(kFunction, "empty checkpoint file");
+    return FailStream(kFunction, "checkpoint sequence", "fread", reason);
+}
+
+ReturnCode ReadFromChkPt(void* buffer, std::uint32_t* length) {
+    constexpr char kFunction[] = "ReadFromChkPt";
+    if (!Setting().CKFILE) return pmrcNotSupported;
+    std::FILE* stream = CkPtFileStream();
+    if (stream == nullptr) {
+        ReportError(Severity::Error, kFunction, "checkpoint", "fgetpos");
+        return pmrcFailure;
+    }
+    std::int64_t offset = 0;
+    if (!GetStreamPosition(stream, &offset)) {
+        return FailStream(kFunction, "checkpoint", "fgetpos", StreamReason(stream));
+    }
+    SetCkPtOffset(offset);
+
+    std::uint64_t recordLength = 0;
+    const std::size_t lengthBytes = std::fread(&recordLength, 1, sizeof recordLength, stream);
+    if (lengthBytes < sizeof recordLength) {
+        if (std::feof(stream) == 0)
+            return FailRead(kFunction, sizeof recordLength, lengthBytes, "checkpoint record length");
+        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "EOF on Checkpoint file");
+        replayFromCkPt = false;
+        return pmrcOK;
+    }
+    const char* reason = StreamReason(stream);
+    TraceLine(TraceLevel::IoEvents, Severity::Info, kFunction,
+              FormatText("Checkpoint record length: %d", static_cast<int>(recordLength)));
+    if (recordLength > static_cast<std::uint64_t>(Setting().BKSZ)) {
+        TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
+                  FormatNumbered(152, static_cast<int>(recordLength), Setting().BKSZ));
+        return FailStream(kFunction, "checkpoint record length", nullptr, reason);
+    }
+    const std::size_t got = std::fread(buffer, 1, recordLength, stream);
+    if (got < recordLength) return FailRead(kFunction, recordLength, got, "checkpoint record body");
+    *length = static_cast<std::uint32_t>(recordLength);
+    return pmrcOK;
+}
+
+bool ReplayFromCkPt() {
+    return replayFromCkPt;
+}
+
+void ClearReplayFromCkPt() {
+    replayFromCkPt = false;
+}
