@@ -1,0 +1,60 @@
+// Failures below the module: the C library's file and memory functions, as the module calls them, fail when
+// the test says so and are recorded. The test's own calls are not touched. Make the plan before the request
+// that opens the files concerned, so that it knows which stream is which file.
+#pragma once
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/import_patch.h"
+
+enum class FileCall { Open, Close, Read, Write, Flush, Tell, Seek, Remove, Rename, Command, Allocate };
+
+/// One failure. It strikes the nth call of its kind that concerns the file, counted from when it was added.
+struct Fault {
+    FileCall call;
+    std::string file;  ///< part of the path; empty for any. Command: part of the command. Allocate: unused
+    int nth = 1;
+    int error = EIO;              ///< what errno says afterwards
+    std::size_t transferred = 0;  ///< Read, Write: bytes that were carried out before
+    bool streamError = true;      ///< Read, Write, Flush: ferror is true afterwards
+    bool stays = false;           ///< strikes every later call as well
+    std::size_t bytes = 0;        ///< Allocate: the size that fails
+    bool carriedOut = false;  ///< Remove, Rename, Command, Close: done all the same, yet reported as failed
+};
+
+class FaultPlan {
+  public:
+    explicit FaultPlan(LoadedLibrary module);
+    ~FaultPlan();
+    FaultPlan(const FaultPlan&) = delete;
+    FaultPlan& operator=(const FaultPlan&) = delete;
+
+    void Add(const Fault& fault) { faults_.push_back(fault); }
+    void Clear() { faults_.clear(); }
+    /// How many faults have struck.
+    [[nodiscard]] int Struck() const { return struck_; }
+
+    /// The calls on files other than standard streams, in order: "open ck.dat wb+", "write ck.dat 4" (bytes
+    /// asked for), "read ck.dat 8", "flush ck.dat", "tell ck.dat", "seek ck.dat 4", "close ck.dat", "remove
+    /// ck.dat", "rename MQAMtmp.12 ck.dat", "command del ck.dat". Files are named as the module opened them.
+    std::vector<std::string> log;
+    /// The log without the files whose name contains the text.
+    [[nodiscard]] std::vector<std::string> LogWithout(const std::string& text) const;
+
+    // For the replaced functions.
+    Fault* Strike(FileCall call, const std::string& subject, std::size_t bytes = 0);
+    std::map<std::FILE*, std::string> streams;
+
+  private:
+    std::vector<Fault> faults_;
+    int struck_ = 0;
+    Fault last_{};
+    std::vector<std::unique_ptr<ImportPatch>> patches_;
+};

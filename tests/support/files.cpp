@@ -1,0 +1,44 @@
+#include "tests/support/files.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+#include "tests/support/os.h"
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) ADD_FAILURE() << "cannot read " << path;
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << bytes;
+    file.close();
+    if (!file) ADD_FAILURE() << "cannot write " << path;
+}
+
+bool FileExists(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
+TemporaryDirectory::TemporaryDirectory() : before_(std::filesystem::current_path()) {
+    static int made = 0;
+    const std::string name = "mqamod_test_" + std::to_string(ProcessId()) + "_" + std::to_string(++made);
+    path_ = std::filesystem::temp_directory_path() / name;
+    std::filesystem::remove_all(path_);  // of an earlier process with this number
+    std::filesystem::create_directory(path_);
+    std::filesystem::current_path(path_);
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    std::filesystem::current_path(before_, ignored);
+    std::filesystem::remove_all(path_, ignored);
+}

@@ -1,0 +1,27 @@
+// Swaps a C function under the module only: the pointers of the module's own import table are changed, the
+// test program and every other library keep calling the real function.
+#pragma once
+
+#include <initializer_list>
+#include <vector>
+
+#include "tests/support/os.h"
+
+class ImportPatch {
+  public:
+    /// Replaces every import of the library that bears one of the names; a function's name differs between
+    /// the systems ("time", "_time64"). A name that the library does not import is passed over.
+    ImportPatch(LoadedLibrary library, std::initializer_list<const char*> names, void* replacement);
+    ~ImportPatch();
+    ImportPatch(const ImportPatch&) = delete;
+    ImportPatch& operator=(const ImportPatch&) = delete;
+
+    /// False when the library imports the function under none of the names: nothing is replaced.
+    [[nodiscard]] bool Found() const { return !slots_.empty(); }
+    /// What the module would have called; null when not found.
+    [[nodiscard]] void* Original() const { return original_; }
+
+  private:
+    std::vector<void**> slots_;
+    void* original_ = nullptr;
+};

@@ -1,0 +1,60 @@
+#include "tests/support/module_fixture.h"
+
+#include <filesystem>
+
+namespace {
+
+/// The module as built, for the first test of the process; the module's state lasts as long as it is loaded
+/// and it is never unloaded, so each later test loads a copy.
+std::string ModuleFile() {
+    static int loads = 0;
+    std::string built = NativePath(MQAMOD_MODULE_FILE);
+    if (loads++ == 0) return built;
+    const std::filesystem::path copy =
+        std::filesystem::current_path() / ("copy_" + std::filesystem::path(built).filename().string());
+    std::filesystem::copy_file(built, copy, std::filesystem::copy_options::overwrite_existing);
+    return copy.string();
+}
+
+}  // namespace
+
+std::string MqDoublePath() {
+    return NativePath(MQAMOD_MQ_DOUBLE_FILE);
+}
+
+std::string MqDoubleWithoutMqbackPath() {
+    return NativePath(MQAMOD_MQ_DOUBLE_WITHOUT_MQBACK_FILE);
+}
+
+void ModuleFixture::SetUp() {
+    for (const char* variable : {"MQSERVER", "MQCHLLIB", "MQCHLTAB", "MQCCDTURL"})
+        SetEnvironment(variable, "");
+    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+    ASSERT_EQ(mq.Bind(MqDoublePath()), "");
+
+    std::string reason;
+    module = LoadLibraryFile(ModuleFile(), reason);
+    ASSERT_NE(module, nullptr) << reason;
+    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(FindSymbol(module, "PIDMMain"));
+    ASSERT_NE(entryPoint, nullptr) << "the module does not export PIDMMain";
+    UseEntryPoint(entryPoint);
+}
+
+void ModuleFixture::TearDown() {
+    CloseForgottenStreams();
+}
+
+void ModuleFixture::InitAndOpen(const std::string& keywords) {
+    ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " " + keywords)));
+    ASSERT_TRUE(Succeeds(Open()));
+}
+
+std::vector<std::string> ModuleFixture::ReadAll(std::size_t limit) {
+    std::vector<std::string> records;
+    while (records.size() < limit) {
+        const ReadOutcome outcome = Read();
+        if (outcome.returnCode != pmrcOK) break;
+        records.push_back(outcome.record);
+    }
+    return records;
+}

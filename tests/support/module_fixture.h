@@ -1,0 +1,37 @@
+// The ground of every module test: the module loaded as a host loads it, the stand-in MQ library behind it,
+// an empty current directory, and the host's requests as methods.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/expected_error.h"
+#include "tests/support/files.h"
+#include "tests/support/host_requests.h"
+#include "tests/support/mqi_double.h"
+#include "tests/support/os.h"
+#include "tests/support/trace_reader.h"
+
+/// Where the stand-in MQ library was built, and the one that lacks MQBACK.
+std::string MqDoublePath();
+std::string MqDoubleWithoutMqbackPath();
+
+class ModuleFixture : public testing::Test, public HostRequests {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Init and Open of queue Q1 of queue manager QM1, which must succeed, with further keywords.
+    void InitAndOpen(const std::string& keywords = "");
+    /// Reads until a request does not return pmrcOK, at most limit records.
+    std::vector<std::string> ReadAll(std::size_t limit = 1000);
+
+    TemporaryDirectory directory;
+    MqiDouble mq;
+    TraceReader trace;  ///< of trace.txt: give "-TRCL 4 trace.txt"
+    LoadedLibrary module = nullptr;
+};
+
+/// Keywords that every valid Init needs.
+inline constexpr char kRequired[] = "-QMGR QM1 -QNM Q1";

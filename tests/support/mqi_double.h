@@ -1,0 +1,90 @@
+// The test program's side of the stand-in MQ library: records every call with its arguments as they were
+// passed and plays the outcomes that the test scripted, verb by verb. Without a script everything succeeds
+// and the queue is empty.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "mqi/mqi.h"
+
+enum class Verb { Connx, Open, Get, Cmit, Back, Close, Disc };
+
+/// One call as the module made it. Only the arguments of its verb are set.
+struct MqCall {
+    Verb verb = Verb::Connx;
+    MQHCONN connection = -1;       ///< handle passed in; for MQCONNX what stood in the output handle
+    MQHOBJ object = -1;            ///< handle passed in; for MQOPEN what stood in the output handle
+    MQLONG options = -1;           ///< of MQOPEN and MQCLOSE
+    std::string queueManager;      ///< MQCONNX: the 48 bytes of the name
+    MQCNO connectOptions{};        ///< MQCONNX
+    bool hasChannel = false;       ///< MQCONNX: ClientConnPtr was set and not ignored by the Version
+    MQCD channel{};                ///< MQCONNX with a channel
+    MQOD objectDescriptor{};       ///< MQOPEN
+    MQMD descriptor{};             ///< MQGET, as passed in
+    MQGMO getOptions{};            ///< MQGET, as passed in
+    MQLONG bufferLength = -1;      ///< MQGET
+    const void* buffer = nullptr;  ///< MQGET
+    MQLONG compCode = -1;          ///< what the double answered
+    MQLONG reason = -1;
+};
+
+/// A scripted answer of a verb other than MQGET.
+struct MqOutcome {
+    MQLONG compCode = MQCC_OK;
+    MQLONG reason = MQRC_NONE;
+    std::optional<MQLONG> handle;    ///< MQCONNX, MQOPEN: handle given back; by default 7 and 9 unless failed
+    std::function<void()> effect{};  ///< carried out at the call
+};
+
+/// A scripted answer of MQGET: a message, or a failure.
+struct MqGetOutcome {
+    std::string bytes;
+    MQLONG backoutCount = 0;
+    MQLONG compCode = MQCC_OK;
+    MQLONG reason = MQRC_NONE;
+    std::optional<MQLONG> dataLength;  ///< by default the number of bytes
+    bool leaveDataLength = false;      ///< the output is not written at all
+    MQLONG encoding = MQENC_NATIVE;    ///< what the descriptor comes back with
+    MQLONG codedCharSetId = 1208;
+    std::function<void()> effect{};
+};
+
+class MqiDouble {
+  public:
+    /// Binds the stand-in library to this object; one object a process is bound at a time.
+    MqiDouble();
+    ~MqiDouble();
+    MqiDouble(const MqiDouble&) = delete;
+    MqiDouble& operator=(const MqiDouble&) = delete;
+
+    /// Makes the library at path call the object bound. Returns the loader's reason, empty on success.
+    static std::string Bind(const std::string& path);
+
+    std::deque<MqOutcome> onConnx, onOpen, onCmit, onBack, onClose, onDisc;
+    std::deque<MqGetOutcome> onGet;
+
+    /// The answer once onGet is used up: no message available.
+    MqGetOutcome emptyQueue{"", 0, MQCC_FAILED, MQRC_NO_MSG_AVAILABLE, 0, false, MQENC_NATIVE, 0, {}};
+
+    /// Called at every call, recorded arguments complete, before the answer is played.
+    std::function<void(const MqCall&)> hook;
+
+    std::vector<MqCall> calls;
+
+    void PutMessage(const std::string& bytes, MQLONG backoutCount = 0);
+    /// The next MQGET answers with these codes and delivers the bytes given.
+    void FailGet(MQLONG compCode, MQLONG reason, const std::string& bytes = "");
+
+    /// The verbs in order, as "CONNX OPEN GET CMIT".
+    [[nodiscard]] std::string Sequence() const;
+    /// The calls of one verb, in order.
+    [[nodiscard]] std::vector<MqCall> Calls(Verb verb) const;
+    [[nodiscard]] std::size_t Count(Verb verb) const { return Calls(verb).size(); }
+    /// Forgets the calls recorded so far.
+    void Forget() { calls.clear(); }
+};

@@ -1,0 +1,45 @@
+// What the tests need of the operating system; os_posix.cpp and os_windows.cpp carry it out.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+using LoadedLibrary = void*;
+
+/// Loads a library with all its imports bound. Returns null on failure, with the loader's words in reason.
+///   path   in   as CMake knows it; under Wine a path of the Linux side
+LoadedLibrary LoadLibraryFile(const std::string& path, std::string& reason);
+
+/// The address of an exported name, or null.
+void* FindSymbol(LoadedLibrary library, const char* name);
+
+/// A path that CMake wrote into the test, as a program on the system under test must spell it.
+std::string NativePath(const std::string& path);
+
+/// Sets a variable for getenv as well as for the system's own call; an empty value removes it.
+void SetEnvironment(const char* name, const std::string& value);
+
+int ProcessId();
+
+/// Makes ferror true for the stream, as a failed transfer does.
+void SetStreamError(std::FILE* stream);
+
+/// Puts standard output into a file and back.
+///   RedirectStandardOutput returns a token for RestoreStandardOutput, or -1
+int RedirectStandardOutput(const std::string& path);
+void RestoreStandardOutput(int token);
+
+/// A crash ends the process at once, without a dialog or debugger.
+void MakeCrashesQuiet();
+
+/// Closes streams that the module left open by design, so that the files can be deleted where the system
+/// refuses to delete an open file. Does nothing elsewhere.
+void CloseForgottenStreams();
+
+/// The pointers through which one loaded library calls an imported function; empty when it does not import
+/// it.
+std::vector<void**> ImportSlots(LoadedLibrary library, const char* name);
+
+/// Stores a pointer into a slot of ImportSlots, which may lie in memory that is read-only.
+void WriteImportSlot(void** slot, void* value);

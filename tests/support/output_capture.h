@@ -1,0 +1,23 @@
+// Standard output of the process, the module's as well as the test's, kept aside in a file.
+#pragma once
+
+#include <string>
+
+class OutputCapture {
+  public:
+    /// Captures from now on, into a file of that name.
+    explicit OutputCapture(const std::string& path = "standard_output.txt");
+    ~OutputCapture();
+    OutputCapture(const OutputCapture&) = delete;
+    OutputCapture& operator=(const OutputCapture&) = delete;
+
+    /// Ends the capture and returns what was written, line ends as "\n".
+    std::string Finish();
+
+  private:
+    std::string path_;
+    int token_;
+};
+
+/// Turns "\r\n" into "\n".
+std::string WithPlainLineEnds(const std::string& text);

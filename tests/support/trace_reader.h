@@ -1,0 +1,31 @@
+// The module's trace file, read line by line.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// "12:34:56: text" gives "text"; a line without a stamp, such as the further lines of an error block, is
+/// kept.
+std::string WithoutStamp(const std::string& line);
+
+/// Splits at "\n"; a text that ends with a line end has no empty line behind it.
+std::vector<std::string> SplitLines(const std::string& text);
+
+class TraceReader {
+  public:
+    explicit TraceReader(std::string path = "trace.txt") : path_(std::move(path)) {}
+
+    /// The whole file, line ends as "\n"; empty when there is no file.
+    [[nodiscard]] std::string Text() const;
+    /// All lines, stamps taken off.
+    [[nodiscard]] std::vector<std::string> Lines() const;
+    /// The lines written since the last call of NewLines or Skip.
+    std::vector<std::string> NewLines();
+    /// Passes over what is there already.
+    void Skip() { NewLines(); }
+
+  private:
+    std::string path_;
+    std::size_t seen_ = 0;
+};
