@@ -1,0 +1,49 @@
+// What is compared of our MQI subset and IBM's headers. The list of facts (mqi_facts.inc) is compiled once
+// with each, in a file of its own, because both declare the same names.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+struct MqiFact {
+    std::string name;   ///< "size of MQMD", "MQMD.MsgId", "MQCC_OK", "MQMD_DEFAULT", "MQGET"
+    std::string value;  ///< numbers as text, default values as hexadecimal bytes
+};
+
+std::vector<MqiFact> OurMqiFacts();
+std::vector<MqiFact> IbmMqiFacts();
+
+inline std::string FieldFact(std::size_t offset, std::size_t bytes) {
+    return "offset " + std::to_string(offset) + ", " + std::to_string(bytes) + " bytes";
+}
+
+/// The bytes of a structure as hexadecimal digits, eight bytes to a group.
+inline std::string BytesFact(const void* structure, std::size_t bytes) {
+    const auto* byte = static_cast<const std::uint8_t*>(structure);
+    std::string digits;
+    for (std::size_t i = 0; i < bytes; ++i) {
+        if (i % 8 == 0) digits += ' ';
+        digits += "0123456789abcdef"[byte[i] >> 4];
+        digits += "0123456789abcdef"[byte[i] & 15];
+    }
+    return digits;
+}
+
+template <typename T>
+inline std::string ParameterFact() {
+    if constexpr (std::is_pointer_v<T>) {
+        return " pointer";
+    } else {
+        return " " + std::to_string(sizeof(T)) + "-byte integer";
+    }
+}
+
+/// The parameters of a verb as the calling convention sees them.
+template <typename Result, typename... Parameters>
+std::string SignatureFact(Result (*)(Parameters...)) {
+    static_assert(std::is_void_v<Result>);
+    return (ParameterFact<Parameters>() + ...);
+}
