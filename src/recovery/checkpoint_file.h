@@ -13,8 +13,6 @@
 
 #include "diag/return_codes.h"
 
-inline constexpr std::size_t kSequenceBytes = 4;
-
 /// Opens the file of the CKFILE setting: one that exists for recovery, its contents kept, unless this process
 /// has closed a checkpoint file before; else a new, empty one. Clears the last-record buffer. Does nothing
 /// when there is no checkpointing. Returns pmrcOK; or pmrcFailure, with an error text, when the file cannot

@@ -12,6 +12,7 @@
 #include "params/settings.h"
 #include "platform/os.h"
 #include "recovery/checkpoint_file.h"
+#include "recovery/checkpoint_records.h"
 #include "recovery/position.h"
 #include "recovery/restart.h"
 
@@ -70,10 +71,10 @@ ReturnCode StartAgain() {
 ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
     while (true) {
         std::uint64_t length = 0;
-        const std::size_t lengthBytes = std::fread(&length, 1, sizeof length, from);
-        if (lengthBytes < sizeof length) {
-            if (std::feof(from) != 0) return pmrcOK;
-            return FailCount(147, sizeof length, lengthBytes, "checkpoint record length", "fread", from,
+        const PieceRead lengthRead = ReadRecordLength(from, &length);
+        if (!lengthRead.whole) {
+            if (lengthRead.atEnd) return pmrcOK;
+            return FailCount(147, sizeof length, lengthRead.bytes, "checkpoint record length", "fread", from,
                              Activity::Checkpoint);
         }
         // A replay refuses such a length; copying it would only move the damage, and its bytes fit nowhere.
@@ -86,9 +87,9 @@ ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
             return pmrcFailure;
         }
         std::memcpy(scratch, &length, sizeof length);
-        const std::size_t bodyBytes = std::fread(scratch + sizeof length, 1, length, from);
-        if (bodyBytes < length) {
-            return FailCount(147, length, bodyBytes, "checkpoint record body", "fread", from,
+        const PieceRead bodyRead = ReadRecordBody(from, scratch + sizeof length, length);
+        if (!bodyRead.whole) {
+            return FailCount(147, length, bodyRead.bytes, "checkpoint record body", "fread", from,
                              Activity::Checkpoint);
         }
         const ReturnCode rc = WriteBytes(to, Activity::Temp, scratch, sizeof length + length, "checkpoint");

@@ -12,6 +12,7 @@
 #include "recovery/back_out.h"
 #include "recovery/checkpoint.h"
 #include "recovery/checkpoint_file.h"
+#include "recovery/checkpoint_records.h"
 #include "recovery/position.h"
 
 namespace {
@@ -99,17 +100,17 @@ ReturnCode RepositionFile() {
     if (stream == nullptr) return Fail(kFunction, "empty checkpoint file");
     std::rewind(stream);
     std::int32_t sequence = CkPtSeq();
-    const std::size_t got = std::fread(&sequence, 1, sizeof sequence, stream);
+    const PieceRead read = ReadSequence(stream, &sequence);
     const char* reason = StreamReason(stream);
     SetCkPtSeq(sequence);
-    if (got == sizeof sequence) {
+    if (read.whole) {
         TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
                   FormatText("Checkpoint file sequence: %d", CkPtSeq()));
         return pmrcOK;
     }
     TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
-              FormatNumbered(147, static_cast<int>(sizeof sequence), static_cast<int>(got)));
-    if (got == 0) return Fail(kFunction, "empty checkpoint file");
+              FormatNumbered(147, static_cast<int>(sizeof sequence), static_cast<int>(read.bytes)));
+    if (read.bytes == 0) return Fail(kFunction, "empty checkpoint file");
     return FailStream(kFunction, "checkpoint sequence", "fread", reason);
 }
 
@@ -128,10 +129,10 @@ ReturnCode ReadFromChkPt(void* buffer, std::uint32_t* length) {
     SetCkPtOffset(offset);
 
     std::uint64_t recordLength = 0;
-    const std::size_t lengthBytes = std::fread(&recordLength, 1, sizeof recordLength, stream);
-    if (lengthBytes < sizeof recordLength) {
-        if (std::feof(stream) == 0)
-            return FailRead(kFunction, sizeof recordLength, lengthBytes, "checkpoint record length");
+    const PieceRead lengthRead = ReadRecordLength(stream, &recordLength);
+    if (!lengthRead.whole) {
+        if (!lengthRead.atEnd)
+            return FailRead(kFunction, sizeof recordLength, lengthRead.bytes, "checkpoint record length");
         TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "EOF on Checkpoint file");
         replayFromCkPt = false;
         return pmrcOK;
@@ -144,8 +145,8 @@ ReturnCode ReadFromChkPt(void* buffer, std::uint32_t* length) {
                   FormatNumbered(152, static_cast<int>(recordLength), Setting().BKSZ));
         return FailStream(kFunction, "checkpoint record length", nullptr, reason);
     }
-    const std::size_t got = std::fread(buffer, 1, recordLength, stream);
-    if (got < recordLength) return FailRead(kFunction, recordLength, got, "checkpoint record body");
+    const PieceRead bodyRead = ReadRecordBody(stream, buffer, recordLength);
+    if (!bodyRead.whole) return FailRead(kFunction, recordLength, bodyRead.bytes, "checkpoint record body");
     *length = static_cast<std::uint32_t>(recordLength);
     return pmrcOK;
 }
