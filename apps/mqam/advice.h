@@ -1,0 +1,39 @@
+// What an operator does next, as data: by the module's message number, by MQ's reason code, and by the text
+// of the messages that have no number.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "apps/mqam/error_text.h"
+
+struct MessageAdvice {
+    int number;  ///< as in MQA0143
+    const char* next;
+};
+
+struct ReasonAdvice {
+    int reason;
+    const char* name;     ///< MQ's name
+    const char* meaning;  ///< in a few words
+    const char* next;
+};
+
+struct TextAdvice {
+    const char* beginning;    ///< of the message; a lone blank means a message of blanks
+    const char* failingCall;  ///< that must be named with it, or null for any
+    const char* next;
+};
+
+[[nodiscard]] std::span<const MessageAdvice> AllMessageAdvice();
+[[nodiscard]] std::span<const ReasonAdvice> AllReasonAdvice();
+[[nodiscard]] std::span<const TextAdvice> AllTextAdvice();
+
+/// Returns the row of a reason code, or null.
+[[nodiscard]] const ReasonAdvice* FindReasonAdvice(int reason);
+
+/// Returns what to do next, a line each: what fits the message (by number, else by text), then what fits the
+/// MQ reason. Empty when no table knows either.
+[[nodiscard]] std::vector<std::string> FindAdvice(const ErrorText& error);

@@ -1,0 +1,31 @@
+// What the program's exit status tells a script. One table serves the code, the help and the documentation.
+#pragma once
+
+enum ExitCode : int {
+    kExitDone = 0,
+    kExitNotStarted = 1,
+    kExitModuleFailed = 2,
+    kExitTargetFailed = 3,
+    kExitModuleMissing = 4,
+    kExitInterrupted = 5,
+    kExitTimeout = 6,
+    kExitStoppedAtOnce = 7,
+};
+
+struct ExitCodeRow {
+    ExitCode code;
+    const char* meaning;
+};
+
+inline constexpr ExitCodeRow kExitCodes[] = {
+    {kExitDone, "done: the input was read to its end and every record is in the target"},
+    {kExitNotStarted,
+     "nothing was started: an option is wrong, or a file of an earlier load stands in the way"},
+    {kExitModuleFailed,
+     "the module failed or refused a request; the records told in the summary are in the target"},
+    {kExitTargetFailed, "the target could not be opened or written"},
+    {kExitModuleMissing, "the module could not be loaded"},
+    {kExitInterrupted, "ended on request (Ctrl-C, SIGTERM); every record read is in the target"},
+    {kExitTimeout, "the time-out (--timeout) expired; every record read is in the target"},
+    {kExitStoppedAtOnce, "stopped at once (a second Ctrl-C); the target may lack the last records read"},
+};

@@ -1,0 +1,86 @@
+#include "apps/mqam/file_sink.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace {
+
+// One write of this size costs next to nothing beside the records in it, and it is all that a crash of this
+// process loses without checkpoints.
+constexpr std::size_t kHeldBytesMax = 256 * 1024;
+
+}  // namespace
+
+FileSink::FileSink(FileTarget target) : target_(std::move(target)) {}
+
+FileSink::~FileSink() {
+    if (descriptor_ >= 0) {
+        // Only a load that failed leaves the file open; that failure has been told.
+        static_cast<void>(CloseDescriptor(descriptor_));
+    }
+}
+
+bool FileSink::Fail(const char* action) {
+    const int code = errno;
+    failure_ = std::string("cannot ") + action + " " + target_.path + ": " + std::strerror(code);
+    return false;
+}
+
+bool FileSink::Open() {
+    descriptor_ = target_.descriptor >= 0 ? target_.descriptor : OpenForWriting(target_.path, target_.mode);
+    if (descriptor_ < 0) return Fail("open");
+    held_.reserve(kHeldBytesMax);
+    return true;
+}
+
+bool FileSink::WriteOut(const char* bytes, std::size_t length) {
+    while (length > 0) {
+        const long written = WriteBytes(descriptor_, bytes, length);
+        if (written <= 0) {
+            if (written == 0) errno = ENOSPC;
+            return Fail("write to");
+        }
+        bytes += written;
+        length -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool FileSink::WriteHeld() {
+    const bool written = WriteOut(held_.data(), held_.size());
+    held_.clear();
+    return written;
+}
+
+bool FileSink::Hold(const char* bytes, std::size_t length) {
+    if (length > kHeldBytesMax - held_.size() && !WriteHeld()) return false;
+    if (length > kHeldBytesMax) return WriteOut(bytes, length);
+    held_.insert(held_.end(), bytes, bytes + length);
+    return true;
+}
+
+bool FileSink::Put(const char* record, std::size_t length) {
+    if (target_.format == RecordFormat::kLength) {
+        const auto count = static_cast<std::uint32_t>(length);
+        const char bytes[4] = {static_cast<char>(count & 0xFF), static_cast<char>(count >> 8 & 0xFF),
+                               static_cast<char>(count >> 16 & 0xFF), static_cast<char>(count >> 24 & 0xFF)};
+        if (!Hold(bytes, sizeof bytes)) return false;
+    }
+    if (!Hold(record, length)) return false;
+    return target_.format != RecordFormat::kLines || Hold("\n", 1);
+}
+
+bool FileSink::SaveCheckpoint(const PositionData& /*position*/) {
+    if (!WriteHeld()) return false;
+    return SyncToMedium(descriptor_) == 0 || Fail("bring to the medium");
+}
+
+bool FileSink::Finish() {
+    if (!WriteHeld()) return false;
+    if (SyncToMedium(descriptor_) != 0) return Fail("bring to the medium");
+    const int descriptor = std::exchange(descriptor_, -1);
+    return CloseDescriptor(descriptor) == 0 || Fail("close");
+}

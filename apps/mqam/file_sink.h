@@ -1,0 +1,45 @@
+// Records into a file or to standard output.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/mqam/platform.h"
+#include "apps/mqam/sink.h"
+
+enum class RecordFormat {
+    kLines,   ///< the record, then a line feed
+    kLength,  ///< 4 bytes little-endian length, then the record
+    kRaw,     ///< the records' bytes, one after the other
+};
+
+struct FileTarget {
+    std::string path;     ///< shown in complaints; opened unless a descriptor is given
+    int descriptor = -1;  ///< an open file to write to instead
+    OpenMode mode = OpenMode::kCreate;
+    RecordFormat format = RecordFormat::kLines;
+};
+
+class FileSink : public RecordSink {
+  public:
+    explicit FileSink(FileTarget target);
+    ~FileSink() override;
+
+    [[nodiscard]] bool Open() override;
+    [[nodiscard]] bool Put(const char* record, std::size_t length) override;
+    /// A file keeps no position: the data alone is brought to the medium.
+    [[nodiscard]] bool SaveCheckpoint(const PositionData& position) override;
+    [[nodiscard]] bool Finish() override;
+    [[nodiscard]] const std::string& Failure() const override { return failure_; }
+
+  private:
+    [[nodiscard]] bool Hold(const char* bytes, std::size_t length);
+    [[nodiscard]] bool WriteOut(const char* bytes, std::size_t length);
+    [[nodiscard]] bool WriteHeld();
+    bool Fail(const char* action);
+
+    FileTarget target_;
+    int descriptor_ = -1;
+    std::vector<char> held_;
+    std::string failure_;
+};

@@ -1,0 +1,8 @@
+// `mqam load`: a whole load, from a queue into a file.
+#pragma once
+
+#include <CLI/App.hpp>
+
+/// Adds the subcommand. When the user asks for it, it runs while the command line is parsed and leaves its
+/// exit code in `exitCode`, which must outlive the parsing.
+void AddLoadCommand(CLI::App& app, int& exitCode);

@@ -1,0 +1,163 @@
+#include "apps/mqam/load_life.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <string_view>
+
+#include "apps/mqam/module_requests.h"
+#include "apps/mqam/platform.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Everything that one life carries along.
+struct Life {
+    ModuleSession session;
+    const LifeSettings& settings;
+    RecordSink& sink;
+    const LifeObserver& observer;
+    ProgressCounters& counters;
+    LifeOutcome outcome;
+    StartupReport report;
+    std::vector<char> buffer;
+    bool sinkIsOpen = false;
+};
+
+bool FailModule(Life& life, bool mustEndProcess) {
+    life.outcome.end = LifeEnd::kModuleFailed;
+    life.outcome.moduleFailure = life.session.LastOutcome();
+    life.outcome.mustEndProcess = mustEndProcess;
+    return false;
+}
+
+bool FailTarget(Life& life) {
+    life.outcome.end = LifeEnd::kTargetFailed;
+    life.outcome.targetFailure = life.sink.Failure();
+    life.outcome.mustEndProcess = true;
+    return false;
+}
+
+void PassNotice(Life& life) {
+    const std::string text = life.session.TakeNewText();
+    if (!text.empty() && life.observer.notice) life.observer.notice(text);
+}
+
+bool Prepare(Life& life) {
+    if (life.session.AskInit(life.settings.initString) != pmrcOK) return FailModule(life, false);
+    if (FetchReport(life.session, life.settings.keywordHelpWanted, life.report) != pmrcOK) {
+        return FailModule(life, false);
+    }
+    if (life.observer.report) life.observer.report(life.report);
+
+    // The records in a checkpoint file are nowhere else: a first checkpoint would empty it and Close delete
+    // it.
+    constexpr std::string_view kFileBased = "File-based to pathname ";
+    const std::string checkpoint = FindParameter(life.report, "Checkpoint");
+    if (checkpoint.starts_with(kFileBased)) {
+        const std::string path = checkpoint.substr(kFileBased.size());
+        if (ProbePath(path) != PathKind::kMissing) {
+            life.outcome.end = LifeEnd::kNotStarted;
+            life.outcome.standsInTheWay = path;
+            return false;
+        }
+    }
+    for (const auto& [name, value] : life.settings.attributes) {
+        if (life.session.AskPutAttribute(name, value) != pmrcOK) return FailModule(life, false);
+    }
+    return true;
+}
+
+bool TakeCheckpoint(Life& life) {
+    PositionData position{};
+    if (life.session.AskGetPos(position) != pmrcOK) return FailModule(life, true);
+    if (!life.sink.SaveCheckpoint(position)) return FailTarget(life);
+    if (life.observer.checkpoint) life.observer.checkpoint(position);
+    return true;
+}
+
+bool OpenInput(Life& life) {
+    std::uint32_t maxRecordBytes = 0;
+    if (life.session.AskOpen(kOpenForReading, maxRecordBytes) != pmrcOK) return FailModule(life, true);
+    PassNotice(life);
+    life.buffer.resize(maxRecordBytes);
+    if (!life.sink.Open()) return FailTarget(life);
+    life.sinkIsOpen = true;
+    return life.settings.checkpointEveryRecords == 0 || TakeCheckpoint(life);
+}
+
+// The end of a queue never comes before the read wait interval has passed; an empty message, a repeated one
+// or MQ's limit does.
+bool CameEarly(const Life& life, Clock::duration waited) {
+    const long waitSeconds = std::atol(FindParameter(life.report, "MQ read wait interval").c_str());
+    return waited < std::chrono::seconds(waitSeconds);
+}
+
+bool ReadInput(Life& life) {
+    std::uint64_t sinceCheckpoint = 0;
+    bool stopPassedOn = false;
+    for (;;) {
+        if (!stopPassedOn && life.observer.stopWanted && life.observer.stopWanted()) {
+            if (life.session.AskPutAttribute("GEN_EOF", "") != pmrcOK) return FailModule(life, true);
+            stopPassedOn = true;
+        }
+        const Clock::time_point start = Clock::now();
+        std::uint32_t length = 0;
+        const ReturnCode code = life.session.AskRead(life.buffer.data(), length);
+        if (code == pmrcEOF) {
+            life.outcome.end = stopPassedOn ? LifeEnd::kOnRequest : LifeEnd::kEndOfInput;
+            life.outcome.endedEarly = !stopPassedOn && CameEarly(life, Clock::now() - start);
+            return true;
+        }
+        if (code == pmrcTimeout) {
+            life.outcome.end = LifeEnd::kTimeout;
+            return true;
+        }
+        if (code != pmrcOK) return FailModule(life, true);
+        PassNotice(life);
+        if (!life.sink.Put(life.buffer.data(), length)) return FailTarget(life);
+        ++life.outcome.records;
+        life.outcome.bytes += length;
+        life.counters.records.store(life.outcome.records, std::memory_order_relaxed);
+        life.counters.bytes.store(life.outcome.bytes, std::memory_order_relaxed);
+        if (++sinceCheckpoint == life.settings.checkpointEveryRecords) {
+            if (!TakeCheckpoint(life)) return false;
+            sinceCheckpoint = 0;
+        }
+    }
+}
+
+}  // namespace
+
+ReturnCode FetchReport(ModuleSession& session, bool keywordHelpWanted, StartupReport& report) {
+    if (keywordHelpWanted) {
+        // The help is only in the text that Open prints, and only before the module knows the host's log. An
+        // Open for writing prints it and is refused before it touches anything.
+        constexpr std::int16_t kOpenForWriting = 2;
+        std::uint32_t unused = 0;
+        static_cast<void>(session.AskOpen(kOpenForWriting, unused));
+        static_cast<void>(session.TakeNewText());
+    }
+    void* handle = HostLogHandle();
+    const ReturnCode code = session.AskPutAttribute(
+        "ZBQ_HL_LOG_HANDLE", std::string_view(reinterpret_cast<const char*>(&handle), sizeof handle));
+    if (code == pmrcOK) report = ParseReport(ReceivedReport());
+    return code;
+}
+
+LifeOutcome RunLife(PIDMMainFunction entryPoint, const LifeSettings& settings, RecordSink& sink,
+                    const LifeObserver& observer, ProgressCounters& counters) {
+    Life life{ModuleSession(entryPoint), settings, sink, observer, counters, {}, {}, {}, false};
+    if (!Prepare(life)) {
+        // Nothing is open yet, so Shut has nothing to commit or delete; its own outcome changes nothing.
+        static_cast<void>(life.session.AskShut());
+        return life.outcome;
+    }
+    const bool reachedTheEnd = OpenInput(life) && ReadInput(life);
+    if (life.sinkIsOpen && life.outcome.end != LifeEnd::kTargetFailed && !sink.Finish()) FailTarget(life);
+    if (!reachedTheEnd || life.outcome.end == LifeEnd::kTargetFailed) return life.outcome;
+    if (life.session.AskClose() != pmrcOK) FailModule(life, false);
+    if (life.session.AskShut() != pmrcOK && life.outcome.end != LifeEnd::kModuleFailed)
+        FailModule(life, false);
+    return life.outcome;
+}

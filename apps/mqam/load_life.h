@@ -1,0 +1,75 @@
+// One life of the module: Init, Open, Reads to the end of the input, Close, Shut. The module's state belongs
+// to the process, so a process lives at most one of them.
+//
+// What the order of calls protects:
+// - The target is on the medium before Close, because Close deletes the checkpoint file and the log.
+// - A checkpoint is asked for right after Open, before the first Read: what was read before the first
+// checkpoint is
+//   kept nowhere. Later ones are asked for only when records came since the last one, and the target is on
+//   the medium before the Read that carries the checkpoint out.
+// - After a failed Open, Read or GetPos, or a target that failed, neither Close nor Shut is called: they
+//   disconnect, which commits messages that were never delivered, and they delete the files that hold the
+//   rest. The process has to end at once instead; then MQ backs out.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/mqam/failure_report.h"
+#include "apps/mqam/host_log.h"
+#include "apps/mqam/progress.h"
+#include "apps/mqam/sink.h"
+#include "entry/host_interface.h"
+
+struct LifeSettings {
+    std::string initString;
+    std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in order
+    std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = no checkpoints
+    bool keywordHelpWanted =
+        false;  ///< have the module print its help on standard output before anything else
+};
+
+enum class LifeEnd {
+    kEndOfInput,
+    kOnRequest,     ///< stopWanted said so
+    kTimeout,       ///< the module's time-out expired
+    kNotStarted,    ///< a checkpoint file of an earlier load is there; nothing was opened
+    kModuleFailed,  ///< see moduleFailure
+    kTargetFailed,  ///< see targetFailure
+};
+
+struct LifeOutcome {
+    LifeEnd end = LifeEnd::kEndOfInput;
+    std::uint64_t records = 0;  ///< put into the target
+    std::uint64_t bytes = 0;
+    bool endedEarly = false;  ///< the input ended before the read wait interval had passed
+    /// Neither Close nor Shut was called and the process must end without further ado.
+    bool mustEndProcess = false;
+    ModuleFailure moduleFailure;
+    std::string targetFailure;
+    std::string standsInTheWay;  ///< path of the file, for kNotStarted
+};
+
+/// What a life tells while it runs. Every member may be empty.
+struct LifeObserver {
+    std::function<void(const StartupReport&)> report;  ///< the parameters in effect, after Init
+    std::function<void(const std::string&)> notice;    ///< an error text that came with success
+    std::function<void(const PositionData&)>
+        checkpoint;                    ///< a position handed out and the target saved for it
+    std::function<bool()> stopWanted;  ///< asked before every Read
+};
+
+/// Lives one life.
+///   entryPoint  in      the loaded module
+///   sink        in/out  opened after the module's Open; finished whatever ended the life, unless it failed
+///   itself counters    out     counted while the life runs
+[[nodiscard]] LifeOutcome RunLife(PIDMMainFunction entryPoint, const LifeSettings& settings, RecordSink& sink,
+                                  const LifeObserver& observer, ProgressCounters& counters);
+
+/// Hands the module the host's log after Init and returns the report that it passed there.
+///   keywordHelpWanted  have the module print its help on standard output first
+class ModuleSession;
+[[nodiscard]] ReturnCode FetchReport(ModuleSession& session, bool keywordHelpWanted, StartupReport& report);

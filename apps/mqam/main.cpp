@@ -1,0 +1,40 @@
+// mqam: plays the host of the access module on the command line, a subcommand for each task.
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <exception>
+
+#include "apps/mqam/check_command.h"
+#include "apps/mqam/exit_codes.h"
+#include "apps/mqam/load_command.h"
+#include "apps/mqam/progress.h"
+
+namespace {
+
+int RunProgram(int argc, char** argv) {
+    int exitCode = kExitDone;
+    CLI::App app{"Loads the messages of an IBM MQ queue through the access module mqamod.", "mqam"};
+    app.require_subcommand(1);
+    app.get_formatter()->column_width(34);
+    app.footer("`mqam SUBCOMMAND --help` shows the options of a subcommand with examples.");
+    AddLoadCommand(app, exitCode);
+    AddCheckCommand(app, exitCode);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // 0 stands for --help; everything else is a wrong command line.
+        return app.exit(error) == 0 ? kExitDone : kExitNotStarted;
+    }
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return RunProgram(argc, argv);
+    } catch (const std::exception& error) {
+        TellUser(std::string("mqam: ") + error.what() + "\n");
+        return kExitModuleFailed;
+    }
+}

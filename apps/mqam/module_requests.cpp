@@ -1,0 +1,109 @@
+#include "apps/mqam/module_requests.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include "apps/mqam/platform.h"
+
+PIDMMainFunction LoadModule(const std::string& path, std::string& reason) {
+    const std::string tried = path.empty() ? ProgramFolder() + kModuleFileName : path;
+    std::string words;
+    void* library = OpenLibrary(tried, words);
+    if (library == nullptr) {
+        reason = tried + ": " + words;
+        return nullptr;
+    }
+    void* function = FindFunction(library, "PIDMMain");
+    if (function == nullptr) {
+        reason = tried + ": it exports no PIDMMain, so it is not the access module";
+        return nullptr;
+    }
+    return reinterpret_cast<PIDMMainFunction>(function);
+}
+
+ReturnCode ModuleSession::Ask(std::uint32_t option, const char* name, void* block) {
+    RequestBlock request{};
+    request.OptCode = option;
+    entryPoint_(&request, block);
+    request_ = name;
+    code_ = static_cast<ReturnCode>(request.ReturnCode);
+    text_ = request.ErrorText;
+    return code_;
+}
+
+ReturnCode ModuleSession::AskInit(const std::string& initString) {
+    InitBlock block{};
+    block.firstVersion = kFirstInterfaceVersion;
+    block.secondVersion = kSecondInterfaceVersion;
+    block.initStringLength = static_cast<std::int32_t>(initString.size());
+    block.initString = initString.c_str();
+    return Ask(pmiPIDMOptInit, "Init", &block);
+}
+
+ReturnCode ModuleSession::AskPutAttribute(const std::string& name, std::string_view value) {
+    std::vector<char> bytes(offsetof(AttributeBlock, value) + value.size() + 1, '\0');
+    std::memcpy(bytes.data() + offsetof(AttributeBlock, name), name.data(),
+                std::min(name.size(), kAttributeNameBytes));
+    const auto length = static_cast<std::uint32_t>(value.size());
+    std::memcpy(bytes.data() + offsetof(AttributeBlock, valueLength), &length, sizeof length);
+    if (!value.empty()) {
+        std::memcpy(bytes.data() + offsetof(AttributeBlock, value), value.data(), value.size());
+    }
+    attribute_ = name;
+    return Ask(pmiPIDMOptPutAttr, "PutAttribute", bytes.data());
+}
+
+ReturnCode ModuleSession::AskOpen(std::int16_t mode, std::uint32_t& maxRecordBytes) {
+    OpenBlock block{};
+    block.openMode = mode;
+    const ReturnCode code = Ask(pmiPIDMOptOpen, "Open", &block);
+    maxRecordBytes = block.maxRecordBytes;
+    return code;
+}
+
+ReturnCode ModuleSession::AskRead(void* buffer, std::uint32_t& length) {
+    ReadBlock block{};
+    block.recordBuffer = buffer;
+    const ReturnCode code = Ask(pmiPIDMOptRead, "Read", &block);
+    length = block.recordLength;
+    return code;
+}
+
+ReturnCode ModuleSession::AskGetPos(PositionData& position) {
+    PositionBlock block{};
+    const ReturnCode code = Ask(pmiPIDMOptGetPos, "GetPos", &block);
+    if (code == pmrcOK && block.position != nullptr && block.positionLength == kPositionBytes) {
+        std::memcpy(&position, block.position, kPositionBytes);
+    }
+    return code;
+}
+
+ReturnCode ModuleSession::AskClose() {
+    PositionBlock block{};  // Close has no fields of its own
+    return Ask(pmiPIDMOptClose, "Close", &block);
+}
+
+ReturnCode ModuleSession::AskShut() {
+    ShutBlock block{};
+    return Ask(pmiPIDMOptShut, "Shut", &block);
+}
+
+ModuleFailure ModuleSession::LastOutcome() const {
+    ModuleFailure outcome;
+    outcome.request = request_;
+    if (outcome.request == "PutAttribute") outcome.request += " " + attribute_;
+    outcome.code = code_;
+    // A refused attribute builds no text: what is attached then belongs to an earlier request.
+    const bool hasText = code_ != pmrcBadAttrName && code_ != pmrcBadAttrValue && code_ != pmrcNotSupported &&
+                         code_ != pmrcBadVersion;
+    if (hasText && text_ != nullptr) outcome.text = text_;
+    return outcome;
+}
+
+std::string ModuleSession::TakeNewText() {
+    if (text_ == nullptr || seenText_ == text_) return "";
+    seenText_ = text_;
+    return seenText_;
+}

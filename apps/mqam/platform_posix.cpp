@@ -1,0 +1,127 @@
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+
+#include "apps/mqam/platform.h"
+
+const char* const kModuleFileName = "libmqamod.so";
+
+namespace {
+
+std::atomic<int> interrupts{0};
+std::atomic<int> atOnceCode{1};
+
+extern "C" void CountInterrupt(int /*signalNumber*/) {
+    const int savedErrno = errno;
+    const bool first = interrupts.fetch_add(1) == 0;
+    const char* text = first ? kFirstInterruptText : kSecondInterruptText;
+    const std::size_t length = first ? sizeof kFirstInterruptText - 1 : sizeof kSecondInterruptText - 1;
+    const ssize_t written = write(STDERR_FILENO, text, length);
+    static_cast<void>(written);
+    if (!first) _exit(atOnceCode.load());
+    errno = savedErrno;
+}
+
+}  // namespace
+
+std::string ProgramFolder() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    if (length <= 0) return "";
+    const std::string whole(path, static_cast<std::size_t>(length));
+    return whole.substr(0, whole.rfind('/') + 1);
+}
+
+void* OpenLibrary(const std::string& path, std::string& reason) {
+    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        const char* words = dlerror();
+        reason = words != nullptr ? words : "unknown reason";
+    }
+    return library;
+}
+
+void* FindFunction(void* library, const char* name) {
+    return dlsym(library, name);
+}
+
+PathKind ProbePath(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) return PathKind::kMissing;
+    return S_ISREG(status.st_mode) ? PathKind::kFile : PathKind::kOther;
+}
+
+int OpenForWriting(const std::string& path, OpenMode mode) {
+    int flags = O_WRONLY | O_CLOEXEC;
+    switch (mode) {
+        case OpenMode::kCreate: flags |= O_CREAT | O_EXCL; break;
+        case OpenMode::kReplace: flags |= O_CREAT | O_TRUNC; break;
+        case OpenMode::kAppend: flags |= O_CREAT | O_APPEND; break;
+        case OpenMode::kExisting: break;
+    }
+    return open(path.c_str(), flags, 0666);
+}
+
+long WriteBytes(int descriptor, const char* bytes, std::size_t length) {
+    for (;;) {
+        const ssize_t written = write(descriptor, bytes, length);
+        if (written >= 0 || errno != EINTR) return written;
+    }
+}
+
+int SyncToMedium(int descriptor) {
+    if (fsync(descriptor) == 0 || errno == EINVAL || errno == EROFS || errno == ENOTSUP) return 0;
+    return -1;
+}
+
+int CloseDescriptor(int descriptor) {
+    return close(descriptor);
+}
+
+int ClaimStandardOutput(ModuleOutput output) {
+    std::fflush(stdout);
+    const int claimed = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (claimed < 0) return -1;
+    if (output == ModuleOutput::kToStandardError) {
+        return dup2(STDERR_FILENO, STDOUT_FILENO) < 0 ? -1 : claimed;
+    }
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere < 0 || dup2(nowhere, STDOUT_FILENO) < 0) return -1;
+    close(nowhere);
+    return claimed;
+}
+
+bool IsStandardErrorTerminal() {
+    return IsTerminal(STDERR_FILENO);
+}
+bool IsTerminal(int descriptor) {
+    return isatty(descriptor) == 1;
+}
+
+void WatchInterrupts(int exitCodeAtOnce) {
+    atOnceCode = exitCodeAtOnce;
+    struct sigaction action = {};
+    action.sa_handler = CountInterrupt;
+    // The module's file calls are not to fail because the user asked for an end.
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+bool InterruptRequested() {
+    return interrupts.load(std::memory_order_relaxed) > 0;
+}
+
+void EndProcessAtOnce(int exitCode) {
+    _exit(exitCode);
+}

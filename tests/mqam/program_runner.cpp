@@ -1,0 +1,26 @@
+#include "tests/mqam/program_runner.h"
+
+#include <chrono>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+bool RunningProgram::WaitForError(const std::string& text, int seconds) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    while (ReadFile(errPath_).find(text) == std::string::npos) {
+        if (std::chrono::steady_clock::now() > limit) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+                         const std::string& folder, const std::map<std::string, std::string>& environment) {
+    return RunningProgram(program, arguments, environment, folder).Wait();
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
+}

@@ -1,0 +1,76 @@
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <cstdlib>
+
+#include "tests/mqam/program_runner.h"
+
+namespace {
+
+HANDLE OpenInheritable(const std::string& path, DWORD access, DWORD disposition) {
+    SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, disposition,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// The arguments of these tests hold no quotes and no final backslashes, so quoting blanks is enough.
+std::string Quote(const std::string& argument) {
+    const bool plain = !argument.empty() && argument.find_first_of(" \t") == std::string::npos;
+    return plain ? argument : "\"" + argument + "\"";
+}
+
+}  // namespace
+
+RunningProgram::RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
+                               const std::map<std::string, std::string>& environment,
+                               const std::string& folder)
+    : outPath_(folder + "/stdout"), errPath_(folder + "/stderr") {
+    std::string line = Quote(program);
+    for (const std::string& argument : arguments)
+        line += " " + Quote(argument);
+    for (const auto& [name, value] : environment)
+        SetEnvironmentVariableA(name.c_str(), value.c_str());
+
+    STARTUPINFOA start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = OpenInheritable("NUL", GENERIC_READ, OPEN_EXISTING);
+    start.hStdOutput = OpenInheritable(outPath_, GENERIC_WRITE, CREATE_ALWAYS);
+    start.hStdError = OpenInheritable(errPath_, GENERIC_WRITE, CREATE_ALWAYS);
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr,
+                       nullptr, &start, &process) != 0) {
+        process_ = process.hProcess;
+        processId_ = static_cast<long>(process.dwProcessId);
+        CloseHandle(process.hThread);
+    }
+    CloseHandle(start.hStdInput);
+    CloseHandle(start.hStdOutput);
+    CloseHandle(start.hStdError);
+}
+
+RunningProgram::~RunningProgram() {
+    if (process_ != nullptr) Wait(0);
+}
+
+bool RunningProgram::Interrupt() {
+    return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, static_cast<DWORD>(processId_)) != 0;
+}
+
+ProgramResult RunningProgram::Wait(int seconds) {
+    ProgramResult result;
+    if (process_ == nullptr) return result;
+    if (WaitForSingleObject(process_, static_cast<DWORD>(seconds) * 1000) == WAIT_OBJECT_0) {
+        DWORD code = 0;
+        GetExitCodeProcess(process_, &code);
+        result.exitCode = static_cast<int>(code);
+    } else {
+        TerminateProcess(process_, 1);
+        WaitForSingleObject(process_, INFINITE);
+    }
+    CloseHandle(process_);
+    process_ = nullptr;
+    result.standardOutput = ReadFile(outPath_);
+    result.standardError = ReadFile(errPath_);
+    return result;
+}
