@@ -19,10 +19,12 @@ constexpr KeywordOption kTable[] = {
      "server connection of the client channel, 1..264 characters; needs --channel", "mq.example.com(1414)"},
     {"MQEX", "--exclusive,--mqex", 0, "", kQueueGroup, "open the queue exclusively. Default: shared", ""},
     {"OTENACITY", "--otenacity", 1, "SECONDS", kQueueGroup,
-     "how long a failing open is retried, 1..6000 s; divided by --owait it gives the number of attempts. "
-     "Default: 5",
+     "tenacity of the open, 1..6000; divided by --owait it is the number of attempts, at least 1. Default: 5",
      "60"},
-    {"OWAIT", "--owait", 1, "SECONDS", kQueueGroup, "pause between attempts to open, 1..600. Default: 5",
+    {"OWAIT", "--owait", 1, "SECONDS", kQueueGroup,
+     "what one attempt to open counts against --otenacity, 1..600; the pause between two attempts lasts as "
+     "many "
+     "milliseconds. Default: 5",
      "5"},
     {"RWAIT", "--rwait", 1, "SECONDS", kReadGroup,
      "the input ends when the queue stays empty for so long: 1..600 s, -1 = wait for ever. Default: 15", "5"},
@@ -66,7 +68,7 @@ std::string FirstName(const KeywordOption& row) {
 
 std::string HelpText(const KeywordOption& row) {
     std::string text = row.help;
-    text += std::string(" [keyword ") + row.keyword;
+    text += std::string(" [") + row.keyword;
     if (row.values > 0) text += "; e.g. " + FirstName(row) + " " + row.example;
     return text + "]";
 }

@@ -1,11 +1,12 @@
 // mqam: plays the host of the access module on the command line, a subcommand for each task.
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <exception>
+#include <memory>
 
 #include "apps/mqam/check_command.h"
 #include "apps/mqam/exit_codes.h"
+#include "apps/mqam/help_format.h"
 #include "apps/mqam/load_command.h"
 #include "apps/mqam/progress.h"
 
@@ -15,7 +16,7 @@ int RunProgram(int argc, char** argv) {
     int exitCode = kExitDone;
     CLI::App app{"Loads the messages of an IBM MQ queue through the access module mqamod.", "mqam"};
     app.require_subcommand(1);
-    app.get_formatter()->column_width(34);
+    app.formatter(std::make_shared<HelpFormat>());
     app.footer("`mqam SUBCOMMAND --help` shows the options of a subcommand with examples.");
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);

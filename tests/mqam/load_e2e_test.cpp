@@ -338,7 +338,7 @@ TEST_F(FakeLoad, HelpTeachesOptionsExamplesAndExitCodes) {
     EXPECT_EQ(result.exitCode, 0);
     for (const char* part : {"Examples:", "Exit codes:", "--qmgr", "--trace", "takes the file's value",
                              "  7  stopped at once"}) {
-        EXPECT_TRUE(Contains(result.standardOutput, part)) << part;
+        EXPECT_TRUE(Contains(WithUnixLineEnds(result.standardOutput), part)) << part;
     }
 }
 

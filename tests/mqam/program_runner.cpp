@@ -24,3 +24,12 @@ std::string ReadFile(const std::string& path) {
     bytes << std::ifstream(path, std::ios::binary).rdbuf();
     return bytes.str();
 }
+
+std::string WithUnixLineEnds(const std::string& text) {
+    std::string lines;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+        lines += text[i];
+    }
+    return lines;
+}

@@ -7,9 +7,9 @@
 #include <vector>
 
 struct ProgramResult {
-    int exitCode = -1;  ///< -1 when the program could not be started or did not end by itself
-    std::string standardOutput;
-    std::string standardError;
+    int exitCode = -1;           ///< -1 when the program could not be started or did not end by itself
+    std::string standardOutput;  ///< byte for byte
+    std::string standardError;   ///< with Unix line ends
 };
 
 /// A program that runs. Its standard output and error go to files in a folder of the caller.
@@ -44,3 +44,6 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
 
 /// Reads a whole file; an empty string when it cannot be read.
 std::string ReadFile(const std::string& path);
+
+/// Returns text with each CR LF as LF.
+std::string WithUnixLineEnds(const std::string& text);

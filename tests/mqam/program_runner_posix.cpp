@@ -56,6 +56,6 @@ ProgramResult RunningProgram::Wait(int seconds) {
     processId_ = 0;
     if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
     result.standardOutput = ReadFile(outPath_);
-    result.standardError = ReadFile(errPath_);
+    result.standardError = WithUnixLineEnds(ReadFile(errPath_));
     return result;
 }

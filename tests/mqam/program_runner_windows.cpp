@@ -14,9 +14,12 @@ HANDLE OpenInheritable(const std::string& path, DWORD access, DWORD disposition)
 }
 
 // The arguments of these tests hold no quotes and no final backslashes, so quoting blanks is enough.
-std::string Quote(const std::string& argument) {
+void AddArgument(std::string& line, const std::string& argument) {
     const bool plain = !argument.empty() && argument.find_first_of(" \t") == std::string::npos;
-    return plain ? argument : "\"" + argument + "\"";
+    if (!line.empty()) line += ' ';
+    if (!plain) line += '"';
+    line += argument;
+    if (!plain) line += '"';
 }
 
 }  // namespace
@@ -25,9 +28,10 @@ RunningProgram::RunningProgram(const std::string& program, const std::vector<std
                                const std::map<std::string, std::string>& environment,
                                const std::string& folder)
     : outPath_(folder + "/stdout"), errPath_(folder + "/stderr") {
-    std::string line = Quote(program);
+    std::string line;
+    AddArgument(line, program);
     for (const std::string& argument : arguments)
-        line += " " + Quote(argument);
+        AddArgument(line, argument);
     for (const auto& [name, value] : environment)
         SetEnvironmentVariableA(name.c_str(), value.c_str());
 
@@ -71,6 +75,6 @@ ProgramResult RunningProgram::Wait(int seconds) {
     CloseHandle(process_);
     process_ = nullptr;
     result.standardOutput = ReadFile(outPath_);
-    result.standardError = ReadFile(errPath_);
+    result.standardError = WithUnixLineEnds(ReadFile(errPath_));
     return result;
 }
