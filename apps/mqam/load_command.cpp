@@ -142,7 +142,7 @@ int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std
     if (!outcome.targetFailure.empty()) TellUser("mqam load: " + outcome.targetFailure + "\n");
     const bool failed = outcome.end == LifeEnd::kModuleFailed || outcome.end == LifeEnd::kTargetFailed;
     if (failed && outcome.mustEndProcess && outcome.records > 0) TellUser(DescribeWhatIsSafe(options));
-    if (!options.quiet) TellUser(DescribeSummary(outcome, target, seconds));
+    if (!options.quiet && outcome.targetWasOpened) TellUser(DescribeSummary(outcome, target, seconds));
     switch (outcome.end) {
         case LifeEnd::kEndOfInput: return kExitDone;
         case LifeEnd::kOnRequest: return kExitInterrupted;

@@ -21,7 +21,6 @@ struct Life {
     LifeOutcome outcome;
     StartupReport report;
     std::vector<char> buffer;
-    bool sinkIsOpen = false;
 };
 
 bool FailModule(Life& life, bool mustEndProcess) {
@@ -82,7 +81,7 @@ bool OpenInput(Life& life) {
     PassNotice(life);
     life.buffer.resize(maxRecordBytes);
     if (!life.sink.Open()) return FailTarget(life);
-    life.sinkIsOpen = true;
+    life.outcome.targetWasOpened = true;
     return life.settings.checkpointEveryRecords == 0 || TakeCheckpoint(life);
 }
 
@@ -147,14 +146,14 @@ ReturnCode FetchReport(ModuleSession& session, bool keywordHelpWanted, StartupRe
 
 LifeOutcome RunLife(PIDMMainFunction entryPoint, const LifeSettings& settings, RecordSink& sink,
                     const LifeObserver& observer, ProgressCounters& counters) {
-    Life life{ModuleSession(entryPoint), settings, sink, observer, counters, {}, {}, {}, false};
+    Life life{ModuleSession(entryPoint), settings, sink, observer, counters, {}, {}, {}};
     if (!Prepare(life)) {
         // Nothing is open yet, so Shut has nothing to commit or delete; its own outcome changes nothing.
         static_cast<void>(life.session.AskShut());
         return life.outcome;
     }
     const bool reachedTheEnd = OpenInput(life) && ReadInput(life);
-    if (life.sinkIsOpen && life.outcome.end != LifeEnd::kTargetFailed && !sink.Finish()) FailTarget(life);
+    if (life.outcome.targetWasOpened && life.outcome.end != LifeEnd::kTargetFailed && !sink.Finish()) FailTarget(life);
     if (!reachedTheEnd || life.outcome.end == LifeEnd::kTargetFailed) return life.outcome;
     if (life.session.AskClose() != pmrcOK) FailModule(life, false);
     if (life.session.AskShut() != pmrcOK && life.outcome.end != LifeEnd::kModuleFailed)

@@ -45,6 +45,7 @@ struct LifeOutcome {
     LifeEnd end = LifeEnd::kEndOfInput;
     std::uint64_t records = 0;  ///< put into the target
     std::uint64_t bytes = 0;
+    bool targetWasOpened = false;
     bool endedEarly = false;  ///< the input ended before the read wait interval had passed
     /// Neither Close nor Shut was called and the process must end without further ado.
     bool mustEndProcess = false;

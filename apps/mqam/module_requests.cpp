@@ -12,7 +12,7 @@ PIDMMainFunction LoadModule(const std::string& path, std::string& reason) {
     std::string words;
     void* library = OpenLibrary(tried, words);
     if (library == nullptr) {
-        reason = tried + ": " + words;
+        reason = words.starts_with(tried) ? words : tried + ": " + words;
         return nullptr;
     }
     void* function = FindFunction(library, "PIDMMain");

@@ -336,7 +336,7 @@ TEST_F(FakeLoad, WrongOptionsAreRefusedWithCodeOne) {
 TEST_F(FakeLoad, HelpTeachesOptionsExamplesAndExitCodes) {
     const ProgramResult result = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());
     EXPECT_EQ(result.exitCode, 0);
-    for (const char* part : {"Examples:", "Exit codes:", "--qmgr", "--trace", "takes the file's value",
+    for (const char* part : {"Examples:", "Exit codes:", "--qmgr", "--trace", "a keyword given in both",
                              "  7  stopped at once"}) {
         EXPECT_TRUE(Contains(WithUnixLineEnds(result.standardOutput), part)) << part;
     }
