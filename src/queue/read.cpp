@@ -92,7 +92,9 @@ ReturnCode CommitMessage() {
     return pmrcFailure;
 }
 
-ReturnCode ReadFromQueue(void* buffer, std::uint32_t* length) {
+// Returns the next message; *kept tells that it has become the last record already, on its way into the
+// checkpoint file.
+ReturnCode ReadFromQueue(void* buffer, std::uint32_t* length, bool* kept) {
     const GetEnd end = GetMessage(buffer);
     if (end == GetEnd::TimedOut) {
         TraceJobEvent(Severity::Warning, "Expiration of TimeOut Value");
@@ -113,6 +115,7 @@ ReturnCode ReadFromQueue(void* buffer, std::uint32_t* length) {
         rc = SaveRecord(buffer, messageLength);
         if (rc == pmrcOK) rc = CommitMessage();
         if (rc != pmrcOK) return rc;
+        *kept = true;
     }
     if (Setting().LOG) rc = WriteLogRec(buffer, messageLength);
     if (rc == pmrcOK) *length = messageLength;
@@ -139,11 +142,12 @@ ReturnCode ReadRecord(void* buffer, std::uint32_t* length) {
     if (CkPtPending()) rc = DoGetPos();
     if (rc == pmrcOK && ReplayFromCkPt()) rc = ReadFromChkPt(buffer, length);
     // The read that meets the end of the replay goes on to the queue.
-    if (rc == pmrcOK && !ReplayFromCkPt()) rc = ReadFromQueue(buffer, length);
+    bool kept = false;
+    if (rc == pmrcOK && !ReplayFromCkPt()) rc = ReadFromQueue(buffer, length, &kept);
     if (rc != pmrcOK) return rc;
 
     CountMessage();
-    if (keepPreviousFlag && RecordBufferExists()) KeepRecord(buffer, *length);
+    if (keepPreviousFlag && RecordBufferExists() && !kept) KeepRecord(buffer, *length);
     if (Setting().MqCheckpointMode) ClearReplayFromCkPt();
     TraceRecord(buffer, *length);
     return pmrcOK;

@@ -23,6 +23,9 @@ struct CkPtFileState {
 };
 CkPtFileState state;
 
+// The stream's buffer: large enough that a record of usual size reaches the file in one write.
+char streamBuffer[65536];
+
 constexpr char kOpenFunction[] = "OpenCkPtFile";
 
 ReturnCode FailOpen(const char* function, const char* reason) {
@@ -136,6 +139,7 @@ ReturnCode ReopenCkPtFile(const char* mode, const char* function) {
     DropCkPtFileStream();
     state.CkPtFileStream = std::fopen(Setting().checkpointPath, mode);
     if (state.CkPtFileStream == nullptr) return FailOpen(function, std::strerror(errno));
+    (void)std::setvbuf(state.CkPtFileStream, streamBuffer, _IOFBF, sizeof streamBuffer);
     return pmrcOK;
 }
 

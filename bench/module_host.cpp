@@ -1,0 +1,64 @@
+#include "bench/module_host.h"
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+PIDMMainFunction pidmMain;
+std::vector<char> record(16777216);
+
+[[noreturn]] void Stop(const char* what, const char* why) {
+    (void)std::fprintf(stderr, "read_bench: %s: %s\n", what, why);
+    std::exit(1);
+}
+
+void Require(std::uint32_t option, const char* name, void* data) {
+    RequestBlock request = {};
+    request.OptCode = option;
+    pidmMain(&request, data);
+    if (request.ReturnCode != pmrcOK)
+        Stop(name, request.ErrorText != nullptr ? request.ErrorText : "no error text");
+}
+
+}  // namespace
+
+void LoadModule(const char* modulePath, const char* mqLibraryPath) {
+    setenv("MQAMOD_MQ_LIBRARY", mqLibraryPath, 1);
+    void* module = dlopen(modulePath, RTLD_NOW);
+    if (module == nullptr) Stop("the module cannot be loaded", dlerror());
+    pidmMain = reinterpret_cast<PIDMMainFunction>(dlsym(module, "PIDMMain"));
+}
+
+void StartLoad(const std::string& keywords) {
+    InitBlock init = {};
+    init.firstVersion = kFirstInterfaceVersion;
+    init.secondVersion = kSecondInterfaceVersion;
+    init.initStringLength = static_cast<std::int32_t>(keywords.size());
+    init.initString = keywords.data();
+    Require(pmiPIDMOptInit, "Init", &init);
+    OpenBlock open = {};
+    open.openMode = kOpenForReading;
+    Require(pmiPIDMOptOpen, "Open", &open);
+}
+
+void RequestCheckpoint() {
+    PositionBlock position = {};
+    Require(pmiPIDMOptGetPos, "GetPos", &position);
+}
+
+std::uint32_t ReadOne() {
+    ReadBlock read = {};
+    read.recordBuffer = record.data();
+    Require(pmiPIDMOptRead, "Read", &read);
+    return read.recordLength;
+}
+
+void EndLoad() {
+    Require(pmiPIDMOptClose, "Close", nullptr);
+    ShutBlock shut = {};
+    Require(pmiPIDMOptShut, "Shut", &shut);
+}
