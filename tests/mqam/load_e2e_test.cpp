@@ -270,6 +270,7 @@ TEST_F(FakeLoad, CheckpointFileOfAnEarlierLoadStopsTheLoadBeforeOpen) {
 }
 
 TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
     RunningProgram program(MQAM_PROGRAM,
                            {"load", "--module", FAKE_MODULE, "--init",
                             Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 10 -CKFILE " + Path("ck")), "--to",
@@ -286,6 +287,7 @@ TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
 }
 
 TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
     RunningProgram program(MQAM_PROGRAM,
                            {"load", "--module", FAKE_MODULE, "--init",
                             Script("-FAKE_RECORDS 1 -FAKE_LAST_PAUSE 60000 -CKFILE " + Path("ck")), "--to",

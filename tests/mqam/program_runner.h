@@ -22,6 +22,10 @@ class RunningProgram {
     RunningProgram& operator=(const RunningProgram&) = delete;
     ~RunningProgram();
 
+    /// Gets ready to send interrupts: to be called before the program is started. Returns false when that
+    /// could not be done.
+    [[nodiscard]] static bool PrepareInterrupts();
+
     /// Sends what Ctrl-C sends. Returns false when that could not be done.
     [[nodiscard]] bool Interrupt();
 

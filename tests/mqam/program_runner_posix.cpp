@@ -36,6 +36,10 @@ RunningProgram::~RunningProgram() {
     if (processId_ > 0) Wait(0);
 }
 
+bool RunningProgram::PrepareInterrupts() {
+    return true;
+}
+
 bool RunningProgram::Interrupt() {
     return kill(static_cast<pid_t>(processId_), SIGINT) == 0;
 }

@@ -42,8 +42,8 @@ RunningProgram::RunningProgram(const std::string& program, const std::vector<std
     start.hStdOutput = OpenInheritable(outPath_, GENERIC_WRITE, CREATE_ALWAYS);
     start.hStdError = OpenInheritable(errPath_, GENERIC_WRITE, CREATE_ALWAYS);
     PROCESS_INFORMATION process = {};
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr,
-                       nullptr, &start, &process) != 0) {
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process) !=
+        0) {
         process_ = process.hProcess;
         processId_ = static_cast<long>(process.dwProcessId);
         CloseHandle(process.hThread);
@@ -57,8 +57,15 @@ RunningProgram::~RunningProgram() {
     if (process_ != nullptr) Wait(0);
 }
 
+// An interrupt goes to every process of a console: this one takes a console of its own, hands it on to the
+// program and ignores what it sends.
+bool RunningProgram::PrepareInterrupts() {
+    FreeConsole();
+    return AllocConsole() != 0 && SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE) != 0;
+}
+
 bool RunningProgram::Interrupt() {
-    return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, static_cast<DWORD>(processId_)) != 0;
+    return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
 }
 
 ProgramResult RunningProgram::Wait(int seconds) {
