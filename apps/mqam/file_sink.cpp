@@ -1,22 +1,23 @@
 #include "apps/mqam/file_sink.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace {
 
-// One write of this size costs next to nothing beside the records in it, and it is all that a crash of this
-// process loses without checkpoints.
-constexpr std::size_t kHeldBytesMax = 256 * 1024;
+// One write of this size costs next to nothing beside the records in it.
+constexpr std::size_t kHeldBytesMax = 262144;
+constexpr auto kIdlePause = std::chrono::milliseconds(200);
 
 }  // namespace
 
 FileSink::FileSink(FileTarget target) : target_(std::move(target)) {}
 
 FileSink::~FileSink() {
+    StopIdleWriter();
     if (descriptor_ >= 0) {
         // Only a load that failed leaves the file open; that failure has been told.
         static_cast<void>(CloseDescriptor(descriptor_));
@@ -33,7 +34,26 @@ bool FileSink::Open() {
     descriptor_ = target_.descriptor >= 0 ? target_.descriptor : OpenForWriting(target_.path, target_.mode);
     if (descriptor_ < 0) return Fail("open");
     held_.reserve(kHeldBytesMax);
+    idleWriter_ = std::thread(&FileSink::WriteWhenIdle, this);
     return true;
+}
+
+void FileSink::WriteWhenIdle() {
+    std::unique_lock<std::mutex> guard(lock_);
+    while (!stop_.wait_for(guard, kIdlePause, [this] { return stopping_; })) {
+        // A failure shows at the next call.
+        if (!std::exchange(recordCame_, false) && failure_.empty()) static_cast<void>(WriteHeld());
+    }
+}
+
+void FileSink::StopIdleWriter() {
+    if (!idleWriter_.joinable()) return;
+    {
+        const std::lock_guard<std::mutex> guard(lock_);
+        stopping_ = true;
+    }
+    stop_.notify_all();
+    idleWriter_.join();
 }
 
 bool FileSink::WriteOut(const char* bytes, std::size_t length) {
@@ -63,6 +83,9 @@ bool FileSink::Hold(const char* bytes, std::size_t length) {
 }
 
 bool FileSink::Put(const char* record, std::size_t length) {
+    const std::lock_guard<std::mutex> guard(lock_);
+    if (!failure_.empty()) return false;
+    recordCame_ = true;
     if (target_.format == RecordFormat::kLength) {
         const auto count = static_cast<std::uint32_t>(length);
         const char bytes[4] = {static_cast<char>(count & 0xFF), static_cast<char>(count >> 8 & 0xFF),
@@ -74,12 +97,14 @@ bool FileSink::Put(const char* record, std::size_t length) {
 }
 
 bool FileSink::SaveCheckpoint(const PositionData& /*position*/) {
-    if (!WriteHeld()) return false;
+    const std::lock_guard<std::mutex> guard(lock_);
+    if (!failure_.empty() || !WriteHeld()) return false;
     return SyncToMedium(descriptor_) == 0 || Fail("bring to the medium");
 }
 
 bool FileSink::Finish() {
-    if (!WriteHeld()) return false;
+    StopIdleWriter();
+    if (!failure_.empty() || !WriteHeld()) return false;
     if (SyncToMedium(descriptor_) != 0) return Fail("bring to the medium");
     const int descriptor = std::exchange(descriptor_, -1);
     return CloseDescriptor(descriptor) == 0 || Fail("close");

@@ -1,7 +1,14 @@
 // Records into a file or to standard output.
+//
+// Records are held back to be written many at a time, but never for long: as soon as none came for a moment,
+// a thread writes what is held. So a load that waits for messages has its records in the file, whatever ends
+// it.
 #pragma once
 
+#include <condition_variable>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "apps/mqam/platform.h"
@@ -33,12 +40,21 @@ class FileSink : public RecordSink {
     [[nodiscard]] const std::string& Failure() const override { return failure_; }
 
   private:
+    // These want lock_ held.
     [[nodiscard]] bool Hold(const char* bytes, std::size_t length);
     [[nodiscard]] bool WriteOut(const char* bytes, std::size_t length);
     [[nodiscard]] bool WriteHeld();
     bool Fail(const char* action);
 
+    void WriteWhenIdle();
+    void StopIdleWriter();
+
     FileTarget target_;
+    std::thread idleWriter_;
+    std::mutex lock_;  // guards everything below
+    std::condition_variable stop_;
+    bool stopping_ = false;
+    bool recordCame_ = false;  // since the idle writer last looked
     int descriptor_ = -1;
     std::vector<char> held_;
     std::string failure_;

@@ -27,7 +27,9 @@ constexpr KeywordOption kTable[] = {
      "milliseconds. Default: 5",
      "5"},
     {"RWAIT", "--rwait", 1, "SECONDS", kReadGroup,
-     "the input ends when the queue stays empty for so long: 1..600 s, -1 = wait for ever. Default: 15", "5"},
+     "the input ends when the queue stays empty for so long: 1..600 s, -1 = wait for ever (Ctrl-C then takes "
+     "effect with the next message). Default: 15",
+     "5"},
     {"BKSZ", "--max-record,--bksz", 1, "BYTES", kReadGroup,
      "largest message, 1..16777216 bytes; a longer one stays on the queue and ends the load. Default: "
      "1048576",

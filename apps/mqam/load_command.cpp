@@ -133,9 +133,9 @@ int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std
                double seconds) {
     if (outcome.end == LifeEnd::kNotStarted) {
         return Refuse(
-            "the checkpoint file " + outcome.standsInTheWay +
-            " exists: it may hold the only copy of records of a load that did not finish. Keep it, or "
-            "delete it when that load is done with, and start again");
+            outcome.standsInTheWay +
+            " exists: as the checkpoint file or log of an earlier load it may hold the only copy of records, "
+            "and this load would destroy it. Move it away, or delete it when that load is done with");
     }
     if (outcome.moduleFailure.code != pmrcOK)
         TellUser("mqam load: " + DescribeFailure(outcome.moduleFailure));

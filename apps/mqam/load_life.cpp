@@ -42,6 +42,22 @@ void PassNotice(Life& life) {
     if (!text.empty() && life.observer.notice) life.observer.notice(text);
 }
 
+// Returns the path of a file that an earlier load left and that this one would destroy, or an empty string.
+// Records in a checkpoint file are nowhere else: the first checkpoint would empty it, and Close delete it. A
+// log is overwritten from its beginning and deleted at Close. Even an empty checkpoint file tells of a load
+// that did not finish; an empty log tells nothing.
+std::string FindRemains(const StartupReport& report) {
+    constexpr std::string_view kFileBased = "File-based to pathname ";
+    const std::string checkpoint = FindParameter(report, "Checkpoint");
+    if (checkpoint.starts_with(kFileBased)) {
+        const std::string path = checkpoint.substr(kFileBased.size());
+        if (ProbePath(path) != PathKind::kMissing) return path;
+    }
+    const std::string log = FindParameter(report, "Logging pathname");
+    if (!log.empty() && ProbePath(log) == PathKind::kFile && FileBytes(log) > 0) return log;
+    return "";
+}
+
 bool Prepare(Life& life) {
     if (life.session.AskInit(life.settings.initString) != pmrcOK) return FailModule(life, false);
     if (FetchReport(life.session, life.settings.keywordHelpWanted, life.report) != pmrcOK) {
@@ -49,17 +65,10 @@ bool Prepare(Life& life) {
     }
     if (life.observer.report) life.observer.report(life.report);
 
-    // The records in a checkpoint file are nowhere else: a first checkpoint would empty it and Close delete
-    // it.
-    constexpr std::string_view kFileBased = "File-based to pathname ";
-    const std::string checkpoint = FindParameter(life.report, "Checkpoint");
-    if (checkpoint.starts_with(kFileBased)) {
-        const std::string path = checkpoint.substr(kFileBased.size());
-        if (ProbePath(path) != PathKind::kMissing) {
-            life.outcome.end = LifeEnd::kNotStarted;
-            life.outcome.standsInTheWay = path;
-            return false;
-        }
+    life.outcome.standsInTheWay = FindRemains(life.report);
+    if (!life.outcome.standsInTheWay.empty()) {
+        life.outcome.end = LifeEnd::kNotStarted;
+        return false;
     }
     for (const auto& [name, value] : life.settings.attributes) {
         if (life.session.AskPutAttribute(name, value) != pmrcOK) return FailModule(life, false);
@@ -88,8 +97,8 @@ bool OpenInput(Life& life) {
 // The end of a queue never comes before the read wait interval has passed; an empty message, a repeated one
 // or MQ's limit does.
 bool CameEarly(const Life& life, Clock::duration waited) {
-    const long waitSeconds = std::atol(FindParameter(life.report, "MQ read wait interval").c_str());
-    return waited < std::chrono::seconds(waitSeconds);
+    const std::string interval = FindParameter(life.report, "MQ read wait interval");
+    return interval == "indefinite" || waited < std::chrono::seconds(std::atol(interval.c_str()));
 }
 
 bool ReadInput(Life& life) {
@@ -153,7 +162,8 @@ LifeOutcome RunLife(PIDMMainFunction entryPoint, const LifeSettings& settings, R
         return life.outcome;
     }
     const bool reachedTheEnd = OpenInput(life) && ReadInput(life);
-    if (life.outcome.targetWasOpened && life.outcome.end != LifeEnd::kTargetFailed && !sink.Finish()) FailTarget(life);
+    if (life.outcome.targetWasOpened && life.outcome.end != LifeEnd::kTargetFailed && !sink.Finish())
+        FailTarget(life);
     if (!reachedTheEnd || life.outcome.end == LifeEnd::kTargetFailed) return life.outcome;
     if (life.session.AskClose() != pmrcOK) FailModule(life, false);
     if (life.session.AskShut() != pmrcOK && life.outcome.end != LifeEnd::kModuleFailed)

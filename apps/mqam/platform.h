@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 /// File name of the access module on this system.
@@ -22,6 +23,9 @@ enum class PathKind { kMissing, kFile, kOther };
 
 /// Tells what stands at a path; kOther is a device, pipe or folder.
 [[nodiscard]] PathKind ProbePath(const std::string& path);
+
+/// Returns the size of a file, 0 when it cannot be told.
+[[nodiscard]] std::uint64_t FileBytes(const std::string& path);
 
 enum class OpenMode {
     kCreate,   ///< refuses a path that exists

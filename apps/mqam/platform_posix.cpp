@@ -58,6 +58,11 @@ PathKind ProbePath(const std::string& path) {
     return S_ISREG(status.st_mode) ? PathKind::kFile : PathKind::kOther;
 }
 
+std::uint64_t FileBytes(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
 int OpenForWriting(const std::string& path, OpenMode mode) {
     int flags = O_WRONLY | O_CLOEXEC;
     switch (mode) {

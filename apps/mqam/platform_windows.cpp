@@ -67,6 +67,11 @@ PathKind ProbePath(const std::string& path) {
     return (status.st_mode & _S_IFMT) == _S_IFREG ? PathKind::kFile : PathKind::kOther;
 }
 
+std::uint64_t FileBytes(const std::string& path) {
+    struct _stat64 status = {};
+    return _stat64(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
 int OpenForWriting(const std::string& path, OpenMode mode) {
     int flags = _O_WRONLY | _O_BINARY | _O_NOINHERIT;
     switch (mode) {

@@ -10,9 +10,9 @@
 //   FAKE_CALLS file     appends a line per request to the file
 //   FAKE_END code       what the read after the last record returns (default 9)
 //   FAKE_PAUSE ms       every Read takes so long; FAKE_LAST_PAUSE only the one that ends the input
-//   FAKE_REPORT         the report says "MQ read wait interval: 1"
+//   FAKE_REPORT_WAIT w  the report says "MQ read wait interval: w"
 //
-// Every other keyword is remembered for the report only; CKFILE shows there.
+// Every other keyword is remembered for the report only; QMGR, CKFILE and LOG show there.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -96,7 +96,10 @@ ReturnCode Init(const InitBlock* block) {
     report += Value("CKFILE").empty()
                   ? "     .           Checkpoint: None.\n"
                   : "     .           Checkpoint: File-based to pathname " + Value("CKFILE") + "\n";
-    if (TheFake().keywords.contains("FAKE_REPORT")) report += "     .           MQ read wait interval: 1\n";
+    if (!Value("LOG").empty()) report += "     .           Logging pathname: '" + Value("LOG") + "'\n";
+    if (!Value("FAKE_REPORT_WAIT").empty()) {
+        report += "     .           MQ read wait interval: " + Value("FAKE_REPORT_WAIT") + "\n";
+    }
     if (TheFake().keywords.contains("SRVR")) std::printf("keyword= SRVR\n");
     return MustFail("Init") ? Fail() : pmrcOK;
 }

@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
+#include <thread>
 
 #include "tests/mqam/program_runner.h"
 #include "tests/mqam/test_folder.h"
@@ -68,11 +70,34 @@ TEST_F(FileSinkTest, CheckpointBringsHeldRecordsToTheFile) {
     FileSink sink(Target(RecordFormat::kLines));
     ASSERT_TRUE(sink.Open());
     ASSERT_TRUE(sink.Put("one", 3));
-    EXPECT_EQ(Written(), "");
     ASSERT_TRUE(sink.SaveCheckpoint({1, 1, 4}));
     EXPECT_EQ(Written(), "one\n");
     ASSERT_TRUE(sink.Put("two", 3) && sink.Finish());
     EXPECT_EQ(Written(), "one\ntwo\n");
+}
+
+TEST_F(FileSinkTest, HeldRecordsReachTheFileWhenNoneFollows) {
+    FileSink sink(Target(RecordFormat::kLines));
+    ASSERT_TRUE(sink.Open());
+    ASSERT_TRUE(sink.Put("one", 3));
+    for (int i = 0; i < 500 && Written().empty(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(Written(), "one\n");
+    ASSERT_TRUE(sink.Put("two", 3) && sink.Finish());
+    EXPECT_EQ(Written(), "one\ntwo\n");
+}
+
+TEST_F(FileSinkTest, FailedWriteWhileIdleShowsAtTheNextRecord) {
+    FileSink sink(Unwritable(RecordFormat::kLines));
+    ASSERT_TRUE(sink.Open());
+    bool taken = sink.Put("one", 3);
+    ASSERT_TRUE(taken);
+    for (int i = 0; i < 20 && taken; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        taken = sink.Put("x", 1);
+    }
+    EXPECT_FALSE(taken);
+    EXPECT_EQ(sink.Failure().substr(0, 28), "cannot write to the target: ");
 }
 
 TEST_F(FileSinkTest, ModesCreateReplaceAndAppend) {

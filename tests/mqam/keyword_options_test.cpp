@@ -41,8 +41,8 @@ TEST(KeywordOptions, EveryKeywordOfTheModuleHasAnOptionWithItsValues) {
 TEST(KeywordOptions, EveryRowTeachesItsUse) {
     for (const KeywordOption& row : AllKeywordOptions()) {
         EXPECT_GT(std::string(row.help).size(), 15U) << row.keyword;
-        EXPECT_EQ(row.values > 0, std::string(row.example) != "") << row.keyword;
-        EXPECT_EQ(row.values > 0, std::string(row.valueName) != "") << row.keyword;
+        EXPECT_NE(row.values > 0, std::string(row.example).empty()) << row.keyword;
+        EXPECT_NE(row.values > 0, std::string(row.valueName).empty()) << row.keyword;
     }
 }
 

@@ -233,12 +233,19 @@ TEST_F(FakeLoad, TimeoutHasItsOwnExitCode) {
 }
 
 TEST_F(FakeLoad, EndBeforeTheReadWaitIsTold) {
-    ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT", {"--to", Path("out")});
+    ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1", {"--to", Path("out")});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
-    result = Load("-FAKE_RECORDS 1 -FAKE_REPORT -FAKE_LAST_PAUSE 1100", {"--to", Path("out"), "--force"});
+    result =
+        Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1 -FAKE_LAST_PAUSE 1100", {"--to", Path("out"), "--force"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(Contains(result.standardError, "mqam load: end of the queue\n")) << result.standardError;
+}
+
+TEST_F(FakeLoad, EndOfAnUnlimitedWaitIsNeverTheEndOfTheQueue) {
+    const ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT indefinite", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
 }
 
 TEST_F(FakeLoad, CheckpointsAreTakenAfterOpenAndEveryNRecords) {
@@ -267,6 +274,27 @@ TEST_F(FakeLoad, CheckpointFileOfAnEarlierLoadStopsTheLoadBeforeOpen) {
     EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Shut");
     EXPECT_EQ(ReadFile(Path("ck")), "records");
     EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(FakeLoad, LogOfAnEarlierLoadStopsTheLoadBeforeOpen) {
+    std::ofstream(Path("log")) << "records";
+    ProgramResult result = Load("-LOG " + Path("log") + " -FAKE_RECORDS 5", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(Contains(result.standardError, Path("log"))) << result.standardError;
+    EXPECT_FALSE(Contains(Calls(), "Open")) << Calls();
+    EXPECT_EQ(ReadFile(Path("log")), "records");
+
+    std::ofstream(Path("log"), std::ios::trunc).flush();
+    result = Load("-LOG " + Path("log") + " -FAKE_RECORDS 5", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+}
+
+TEST_F(FakeLoad, RecordsAreInTheTargetWhileTheLoadWaits) {
+    RunningProgram program(MQAM_PROGRAM,
+                           {"load", "--module", FAKE_MODULE, "--init",
+                            Script("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 60000"), "--to", Path("out")},
+                           {}, folder_.Root());
+    EXPECT_TRUE(WaitForText(Path("out"), "record 1\nrecord 2\n"));
 }
 
 TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {

@@ -5,13 +5,17 @@
 #include <sstream>
 #include <thread>
 
-bool RunningProgram::WaitForError(const std::string& text, int seconds) {
+bool WaitForText(const std::string& path, const std::string& text, int seconds) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    while (ReadFile(errPath_).find(text) == std::string::npos) {
+    while (ReadFile(path).find(text) == std::string::npos) {
         if (std::chrono::steady_clock::now() > limit) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return true;
+}
+
+bool RunningProgram::WaitForError(const std::string& text, int seconds) const {
+    return WaitForText(errPath_, text, seconds);
 }
 
 ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& arguments,

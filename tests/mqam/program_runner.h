@@ -27,10 +27,10 @@ class RunningProgram {
     [[nodiscard]] static bool PrepareInterrupts();
 
     /// Sends what Ctrl-C sends. Returns false when that could not be done.
-    [[nodiscard]] bool Interrupt();
+    [[nodiscard]] bool Interrupt() const;
 
     /// Waits until the program's standard error contains `text`; false after `seconds`.
-    [[nodiscard]] bool WaitForError(const std::string& text, int seconds = 30);
+    [[nodiscard]] bool WaitForError(const std::string& text, int seconds = 30) const;
 
     /// Waits for the end. A program that has not ended after `seconds` is killed.
     ProgramResult Wait(int seconds = 50);
@@ -48,6 +48,9 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
 
 /// Reads a whole file; an empty string when it cannot be read.
 std::string ReadFile(const std::string& path);
+
+/// Waits until a file contains `text`; false after `seconds`.
+[[nodiscard]] bool WaitForText(const std::string& path, const std::string& text, int seconds = 30);
 
 /// Returns text with each CR LF as LF.
 std::string WithUnixLineEnds(const std::string& text);

@@ -40,7 +40,7 @@ bool RunningProgram::PrepareInterrupts() {
     return true;
 }
 
-bool RunningProgram::Interrupt() {
+bool RunningProgram::Interrupt() const {
     return kill(static_cast<pid_t>(processId_), SIGINT) == 0;
 }
 

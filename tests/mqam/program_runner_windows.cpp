@@ -64,7 +64,7 @@ bool RunningProgram::PrepareInterrupts() {
     return AllocConsole() != 0 && SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE) != 0;
 }
 
-bool RunningProgram::Interrupt() {
+bool RunningProgram::Interrupt() const {
     return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
 }
 
