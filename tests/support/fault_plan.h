@@ -19,7 +19,7 @@ enum class FileCall { Open, Close, Read, Write, Flush, Tell, Seek, Remove, Renam
 /// One failure. It strikes the nth call of its kind that concerns the file, counted from when it was added.
 struct Fault {
     FileCall call;
-    std::string file;  ///< part of the path; empty for any. Command: part of the command. Allocate: unused
+    std::string file{};  ///< part of the path; empty for any. Command: part of the command. Allocate: unused
     int nth = 1;
     int error = EIO;              ///< what errno says afterwards
     std::size_t transferred = 0;  ///< Read, Write: bytes that were carried out before

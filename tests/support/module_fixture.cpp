@@ -49,6 +49,18 @@ void ModuleFixture::InitAndOpen(const std::string& keywords) {
     ASSERT_TRUE(Succeeds(Open()));
 }
 
+void ModuleFixture::InitTraced(int level, const std::string& keywords) {
+    const std::string traced = " -TRCL " + std::to_string(level) + " trace.txt ";
+    ASSERT_TRUE(Succeeds(Init(kRequired + traced + keywords)));
+    trace.Skip();
+}
+
+void ModuleFixture::InitAndOpenTraced(int level, const std::string& keywords) {
+    ASSERT_NO_FATAL_FAILURE(InitTraced(level, keywords));
+    ASSERT_TRUE(Succeeds(Open()));
+    trace.Skip();
+}
+
 std::vector<std::string> ModuleFixture::ReadAll(std::size_t limit) {
     std::vector<std::string> records;
     while (records.size() < limit) {

@@ -24,12 +24,15 @@ class ModuleFixture : public testing::Test, public HostRequests {
 
     /// Init and Open of queue Q1 of queue manager QM1, which must succeed, with further keywords.
     void InitAndOpen(const std::string& keywords = "");
+    /// The same with a trace of that level in trace.txt; what Init wrote is passed over.
+    void InitTraced(int level, const std::string& keywords = "");
+    void InitAndOpenTraced(int level, const std::string& keywords = "");
     /// Reads until a request does not return pmrcOK, at most limit records.
     std::vector<std::string> ReadAll(std::size_t limit = 1000);
 
     TemporaryDirectory directory;
     MqiDouble mq;
-    TraceReader trace;  ///< of trace.txt: give "-TRCL 4 trace.txt"
+    TraceReader trace;  ///< of trace.txt: see InitTraced
     LoadedLibrary module = nullptr;
 };
 

@@ -37,7 +37,7 @@ struct MqCall {
 struct MqOutcome {
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;
-    std::optional<MQLONG> handle;    ///< MQCONNX, MQOPEN: handle given back; by default 7 and 9 unless failed
+    std::optional<MQLONG> handle{};  ///< MQCONNX, MQOPEN: handle given back; by default 7 and 9 unless failed
     std::function<void()> effect{};  ///< carried out at the call
 };
 
@@ -47,9 +47,9 @@ struct MqGetOutcome {
     MQLONG backoutCount = 0;
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;
-    std::optional<MQLONG> dataLength;  ///< by default the number of bytes
-    bool leaveDataLength = false;      ///< the output is not written at all
-    MQLONG encoding = MQENC_NATIVE;    ///< what the descriptor comes back with
+    std::optional<MQLONG> dataLength{};  ///< by default the number of bytes
+    bool leaveDataLength = false;        ///< the output is not written at all
+    MQLONG encoding = MQENC_NATIVE;      ///< what the descriptor comes back with
     MQLONG codedCharSetId = 1208;
     std::function<void()> effect{};
 };

@@ -22,6 +22,18 @@ std::vector<std::string> SplitLines(const std::string& text) {
     return lines;
 }
 
+std::string InfoLine(const std::string& function, const std::string& text) {
+    return function + "(info): " + text;
+}
+
+std::string WarningLine(const std::string& function, const std::string& text) {
+    return function + "(!warning!): " + text;
+}
+
+std::string ErrorLine(const std::string& function, const std::string& text) {
+    return function + "(!ERROR!): " + text;
+}
+
 std::string TraceReader::Text() const {
     return FileExists(path_) ? WithPlainLineEnds(ReadFile(path_)) : "";
 }

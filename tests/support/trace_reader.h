@@ -12,6 +12,11 @@ std::string WithoutStamp(const std::string& line);
 /// Splits at "\n"; a text that ends with a line end has no empty line behind it.
 std::vector<std::string> SplitLines(const std::string& text);
 
+/// A trace line as the routine writes it, without its stamp: "PIDMMain(info): text".
+std::string InfoLine(const std::string& function, const std::string& text);
+std::string WarningLine(const std::string& function, const std::string& text);
+std::string ErrorLine(const std::string& function, const std::string& text);
+
 class TraceReader {
   public:
     explicit TraceReader(std::string path = "trace.txt") : path_(std::move(path)) {}
