@@ -1,0 +1,3 @@
+#include "library_kind.h"
+
+const bool spoolmq::kIsClientLibrary = false;

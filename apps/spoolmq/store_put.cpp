@@ -1,0 +1,77 @@
+#include "descriptor.h"
+#include "store.h"
+#include "store_points.h"
+
+namespace spoolmq {
+
+namespace {
+
+std::string DescriptorFolder(const QueueState& state) {
+    return state.path + "/.desc";
+}
+
+/// Writes body and descriptor where nobody sees them. On failure both are gone again.
+OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::MQMD& descriptor,
+                     const void* body, std::size_t bytes, std::string* path) {
+    StoreConnection* connection = queue->connection;
+    const bool sync = connection->attributes.values.sync != 0;
+    // The body first: it is what recovery goes by, and it takes the descriptor with it.
+    OsStatus status = StagePath(&connection->unit, UnitStage::Put, queue->state->folder, fileName, path);
+    if (status == OsStatus::Ok) status = WriteNewFile(*path, body, bytes, sync);
+    if (status != OsStatus::Ok) return status;
+    PassStorePoint("put-body");
+    const std::string text = FormatDescriptor(descriptor);
+    const std::string descriptorPath = DescriptorFolder(*queue->state) + '/' + fileName;
+    status = WriteNewFile(descriptorPath, text.data(), text.size(), sync);
+    if (status == OsStatus::NotFound && MakeFolder(DescriptorFolder(*queue->state)) == OsStatus::Ok)
+        status = WriteNewFile(descriptorPath, text.data(), text.size(), sync);
+    if (status == OsStatus::Ok && sync) status = SyncFolder(DescriptorFolder(*queue->state));
+    if (status == OsStatus::Ok) {
+        PassStorePoint("put-ready");
+        return status;
+    }
+    static_cast<void>(DeleteMessage(connection->path, queue->state->folder, fileName, *path));
+    return status;
+}
+
+StoreStatus PutFailure(const StoreQueue& queue, const std::string& path, std::string* why) {
+    *why = path + ": " + LastOsErrorText();
+    FileInfo info;
+    return StatPath(queue.state->path, &info) == OsStatus::NotFound ? StoreStatus::QueueDeleted
+                                                                    : StoreStatus::Failed;
+}
+
+}  // namespace
+
+StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD& descriptor, const void* body, std::size_t bytes,
+                       bool syncpoint, std::string* why) {
+    StoreConnection* connection = queue->connection;
+    MessageName name;
+    name.stampNs = NextStamp(connection->counters);
+    name.rest = "msg";
+    const std::string fileName = FormatMessageName(name);
+    std::string path;
+    OsStatus status = WriteUnseen(queue, fileName, descriptor, body, bytes, &path);
+    if (status != OsStatus::Ok) return PutFailure(*queue, path, why);
+    if (syncpoint) {
+        connection->unit.members.push_back({UnitStage::Put, queue->state->folder, fileName});
+        return StoreStatus::Ok;
+    }
+    status = RenameNew(path, queue->state->path + '/' + fileName);
+    if (status != OsStatus::Ok) {
+        const StoreStatus failure = PutFailure(*queue, path, why);
+        static_cast<void>(DeleteMessage(connection->path, queue->state->folder, fileName, path));
+        return failure;
+    }
+    if (connection->attributes.values.sync != 0) static_cast<void>(SyncFolder(queue->state->path));
+    NoteArrival(queue->state->counters, name.stampNs);
+    return StoreStatus::Ok;
+}
+
+bool IsQueueFull(StoreQueue* queue) {
+    const std::int64_t limit = queue->state->attributes.values.maxDepth;
+    if (limit == 999999999) return false;
+    return QueueDepth(queue->connection->path, queue->state->folder) >= limit;
+}
+
+}  // namespace spoolmq
