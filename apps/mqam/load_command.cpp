@@ -13,6 +13,7 @@
 #include "apps/mqam/file_sink.h"
 #include "apps/mqam/keyword_options.h"
 #include "apps/mqam/load_life.h"
+#include "apps/mqam/load_summary.h"
 #include "apps/mqam/module_requests.h"
 #include "apps/mqam/platform.h"
 #include "apps/mqam/progress.h"
@@ -94,41 +95,6 @@ bool ChooseTarget(const LoadOptions& options, FileTarget& target, std::string& c
     return true;
 }
 
-std::string DescribeEnd(const LifeOutcome& outcome) {
-    switch (outcome.end) {
-        case LifeEnd::kEndOfInput:
-            if (!outcome.endedEarly) return "end of the queue";
-            return "the input ended before the read wait interval had passed (an empty message, a repeated "
-                   "message "
-                   "with --tdm yes, or MQ's limit of uncommitted messages): the queue may hold more, load "
-                   "again";
-        case LifeEnd::kOnRequest: return "on request; the queue may hold more";
-        case LifeEnd::kTimeout: return "the time-out expired; the queue may hold more";
-        case LifeEnd::kNotStarted: return "not started";
-        case LifeEnd::kModuleFailed: return "the module failed";
-        case LifeEnd::kTargetFailed: return "the target failed";
-    }
-    return "";
-}
-
-std::string DescribeSummary(const LifeOutcome& outcome, const std::string& target, double seconds) {
-    const double rate = seconds > 0 ? static_cast<double>(outcome.records) / seconds : 0;
-    return "mqam load: " + DescribeEnd(outcome) + "\n  records   " + FormatCount(outcome.records) +
-           "\n  bytes     " + FormatCount(outcome.bytes) + "\n  elapsed   " + FormatElapsed(seconds) +
-           "\n  rate      " + FormatCount(static_cast<std::uint64_t>(rate)) + " records/s\n  target    " +
-           target + "\n";
-}
-
-// What is safe after a life that failed with the input open.
-const char* DescribeWhatIsSafe(const LoadOptions& options) {
-    return options.checkpointEvery > 0 ? "  safe      what the module had not committed is back on the "
-                                         "queue; the checkpoint file holds the "
-                                         "records since the last checkpoint\n"
-                                       : "  safe      without checkpoints (--ckfile, --checkpoint-every) "
-                                         "messages taken from the queue are "
-                                         "nowhere but in the target and in the log (--log)\n";
-}
-
 int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std::string& target,
                double seconds) {
     if (outcome.end == LifeEnd::kNotStarted) {
@@ -141,8 +107,10 @@ int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std
         TellUser("mqam load: " + DescribeFailure(outcome.moduleFailure));
     if (!outcome.targetFailure.empty()) TellUser("mqam load: " + outcome.targetFailure + "\n");
     const bool failed = outcome.end == LifeEnd::kModuleFailed || outcome.end == LifeEnd::kTargetFailed;
-    if (failed && outcome.mustEndProcess && outcome.records > 0) TellUser(DescribeWhatIsSafe(options));
-    if (!options.quiet && outcome.targetWasOpened) TellUser(DescribeSummary(outcome, target, seconds));
+    if (failed && outcome.mustEndProcess && outcome.records > 0)
+        TellUser(DescribeWhatIsSafe(options.checkpointEvery > 0));
+    if (!options.quiet && outcome.targetWasOpened)
+        TellUser("mqam load: " + DescribeSummary(outcome, target, seconds));
     switch (outcome.end) {
         case LifeEnd::kEndOfInput: return kExitDone;
         case LifeEnd::kOnRequest: return kExitInterrupted;

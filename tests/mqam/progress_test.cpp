@@ -2,6 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <thread>
+
+#include "tests/mqam/program_runner.h"
+#include "tests/mqam/test_folder.h"
+
 namespace {
 
 TEST(Progress, CountsAreGroupedByThousands) {
@@ -33,6 +41,52 @@ TEST(Progress, ElapsedTimeIsMinutesAndSeconds) {
 TEST(Progress, LineHoldsRecordsBytesRateAndElapsed) {
     EXPECT_EQ(FormatProgress(12345, 1210000, 0.5), "12,345 records, 1.21 MB, 24,690 records/s, 0:00");
     EXPECT_EQ(FormatProgress(0, 0, 0), "0 records, 0 bytes, 0 records/s, 0:00");
+}
+
+// Gives the printing thread the time it needs, without relying on its pace: waits until `done` holds.
+bool WaitUntil(const std::function<bool()>& done) {
+    for (int i = 0; i < 1500; ++i) {
+        if (done()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
+// Standard error in a file that can be read while it is written.
+class ProgressPrinting : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_NE(std::freopen(folder_.Path("err").c_str(), "wb", stderr), nullptr); }
+    [[nodiscard]] std::string Printed() const { return ReadFile(folder_.Path("err")); }
+
+    TestFolder folder_;
+    ProgressCounters counters_;
+};
+
+TEST_F(ProgressPrinting, LiveLineIsRewrittenInPlaceAndWipedAtTheEnd) {
+    counters_.records = 7;
+    StartProgress(ProgressStyle::kLiveLine, counters_);
+    ASSERT_TRUE(WaitUntil([this] { return Printed().find("7 records") != std::string::npos; }));
+    counters_.records = 8;
+    ASSERT_TRUE(WaitUntil([this] { return Printed().find("8 records") != std::string::npos; }));
+    StopProgress();
+    const std::string printed = Printed();
+    EXPECT_EQ(printed.find('\n'), std::string::npos) << printed;
+    EXPECT_TRUE(printed.ends_with(" \r")) << printed;
+}
+
+TEST_F(ProgressPrinting, TextIsPrintedInPlaceOfTheLiveLine) {
+    StartProgress(ProgressStyle::kLiveLine, counters_);
+    ASSERT_TRUE(WaitUntil([this] { return Printed().find("0 records") != std::string::npos; }));
+    TellUser("something happened\n");
+    StopProgress();
+    EXPECT_NE(Printed().find(" \rsomething happened\n"), std::string::npos) << Printed();
+}
+
+TEST_F(ProgressPrinting, NoneStylePrintsNothing) {
+    StartProgress(ProgressStyle::kNone, counters_);
+    TellUser("a\n");
+    StopProgress();
+    EXPECT_EQ(WithUnixLineEnds(Printed()), "a\n");
 }
 
 }  // namespace

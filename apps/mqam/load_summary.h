@@ -1,0 +1,14 @@
+// What the user reads when a load has ended.
+#pragma once
+
+#include <string>
+
+#include "apps/mqam/load_life.h"
+
+/// Returns the summary, a line each with its line end: how the input ended, records, bytes, elapsed time,
+/// rate and target.
+[[nodiscard]] std::string DescribeSummary(const LifeOutcome& outcome, const std::string& target,
+                                          double seconds);
+
+/// Returns a line that says where the messages are after a life that failed with the input open.
+[[nodiscard]] std::string DescribeWhatIsSafe(bool withCheckpoints);
