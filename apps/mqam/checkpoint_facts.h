@@ -1,11 +1,13 @@
-// What stands in a checkpoint file and beside it, read with the module's own reader and told as it is. Nothing here changes a file.
+// What stands in a checkpoint file and beside it, read with the module's own reader and told as it is.
+// Nothing here changes a file.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-/// The shapes that a checkpoint file can have; a crash in the middle of a rewrite or of an append explains each of them.
+/// The shapes that a checkpoint file can have; a crash in the middle of a rewrite or of an append explains
+/// each of them.
 enum class CheckpointShape {
     kMissing,
     kEmpty,       ///< 0 bytes: new, or a rewrite that got no further than truncating
@@ -26,9 +28,10 @@ struct CheckpointFacts {
     std::int32_t sequence = 0;  ///< with kHeaderOnly and kRecords
     std::vector<RecordFact> records;
     std::uint64_t fileBytes = 0;
-    std::uint64_t intactBytes = 0;  ///< up to the end of the last whole piece; what lies behind is a torn record
-    /// The first length field that no record of this module can have (above the largest record), or 0 when there is none. What
-    /// lies behind such a length cannot be told apart.
+    std::uint64_t intactBytes =
+        0;  ///< up to the end of the last whole piece; what lies behind is a torn record
+    /// The first length field that no record of this module can have (above the largest record), or 0 when
+    /// there is none. What lies behind such a length cannot be told apart.
     std::uint64_t impossibleLengthAt = 0;
     std::string reason;  ///< the system's words, with kUnreadable
 };
@@ -37,5 +40,6 @@ struct CheckpointFacts {
 ///   maxRecordBytes  the BKSZ of the load; 16777216, the module's own limit, when it is not known
 [[nodiscard]] CheckpointFacts InspectCheckpointFile(const std::string& path, std::uint64_t maxRecordBytes);
 
-/// The temporary checkpoint files (MQAMtmp.<process number>) in the folder of the checkpoint file, sorted by name.
+/// The temporary checkpoint files (MQAMtmp.<process number>) in the folder of the checkpoint file, sorted by
+/// name.
 [[nodiscard]] std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath);

@@ -10,6 +10,7 @@ enum ExitCode : int {
     kExitInterrupted = 5,
     kExitTimeout = 6,
     kExitStoppedAtOnce = 7,
+    kExitEndedEarly = 8,
 };
 
 struct ExitCodeRow {
@@ -28,4 +29,7 @@ inline constexpr ExitCodeRow kExitCodes[] = {
     {kExitInterrupted, "ended on request (Ctrl-C, SIGTERM); every record read is in the target"},
     {kExitTimeout, "the time-out (--timeout) expired; every record read is in the target"},
     {kExitStoppedAtOnce, "stopped at once (a second Ctrl-C); the target may lack the last records read"},
+    {kExitEndedEarly,
+     "the input ended before the read wait interval had passed; every record read is in the target, "
+     "but the queue may hold more"},
 };

@@ -113,6 +113,7 @@ int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std
         TellUser("mqam load: " + DescribeSummary(outcome, target, seconds));
     switch (outcome.end) {
         case LifeEnd::kEndOfInput: return kExitDone;
+        case LifeEnd::kEndedEarly: return kExitEndedEarly;
         case LifeEnd::kOnRequest: return kExitInterrupted;
         case LifeEnd::kTimeout: return kExitTimeout;
         case LifeEnd::kNotStarted: return kExitNotStarted;

@@ -50,10 +50,10 @@ std::string FindRemains(const StartupReport& report) {
     constexpr std::string_view kFileBased = "File-based to pathname ";
     const std::string checkpoint = FindParameter(report, "Checkpoint");
     if (checkpoint.starts_with(kFileBased)) {
-        const std::string path = checkpoint.substr(kFileBased.size());
+        std::string path = checkpoint.substr(kFileBased.size());
         if (ProbePath(path) != PathKind::kMissing) return path;
     }
-    const std::string log = FindParameter(report, "Logging pathname");
+    std::string log = FindParameter(report, "Logging pathname");
     if (!log.empty() && ProbePath(log) == PathKind::kFile && FileBytes(log) > 0) return log;
     return "";
 }
@@ -104,6 +104,8 @@ bool CameEarly(const Life& life, Clock::duration waited) {
 bool ReadInput(Life& life) {
     std::uint64_t sinceCheckpoint = 0;
     bool stopPassedOn = false;
+    const Clock::time_point firstRead = Clock::now();
+    Clock::time_point lastRecord = firstRead;
     for (;;) {
         if (!stopPassedOn && life.observer.stopWanted && life.observer.stopWanted()) {
             if (life.session.AskPutAttribute("GEN_EOF", "") != pmrcOK) return FailModule(life, true);
@@ -112,9 +114,11 @@ bool ReadInput(Life& life) {
         const Clock::time_point start = Clock::now();
         std::uint32_t length = 0;
         const ReturnCode code = life.session.AskRead(life.buffer.data(), length);
+        life.outcome.secondsToLastRecord = std::chrono::duration<double>(lastRecord - firstRead).count();
         if (code == pmrcEOF) {
-            life.outcome.end = stopPassedOn ? LifeEnd::kOnRequest : LifeEnd::kEndOfInput;
-            life.outcome.endedEarly = !stopPassedOn && CameEarly(life, Clock::now() - start);
+            const bool early = CameEarly(life, Clock::now() - start);
+            life.outcome.end = early ? LifeEnd::kEndedEarly : LifeEnd::kEndOfInput;
+            if (stopPassedOn) life.outcome.end = LifeEnd::kOnRequest;
             return true;
         }
         if (code == pmrcTimeout) {
@@ -124,6 +128,7 @@ bool ReadInput(Life& life) {
         if (code != pmrcOK) return FailModule(life, true);
         PassNotice(life);
         if (!life.sink.Put(life.buffer.data(), length)) return FailTarget(life);
+        lastRecord = Clock::now();
         ++life.outcome.records;
         life.outcome.bytes += length;
         life.counters.records.store(life.outcome.records, std::memory_order_relaxed);

@@ -34,6 +34,7 @@ struct LifeSettings {
 
 enum class LifeEnd {
     kEndOfInput,
+    kEndedEarly,    ///< the module told the end of the input before the read wait interval had passed
     kOnRequest,     ///< stopWanted said so
     kTimeout,       ///< the module's time-out expired
     kNotStarted,    ///< a checkpoint file of an earlier load is there; nothing was opened
@@ -45,8 +46,9 @@ struct LifeOutcome {
     LifeEnd end = LifeEnd::kEndOfInput;
     std::uint64_t records = 0;  ///< put into the target
     std::uint64_t bytes = 0;
+    double secondsToLastRecord =
+        0;  ///< from the first Read to the last record: the wait at the end is not in it
     bool targetWasOpened = false;
-    bool endedEarly = false;  ///< the input ended before the read wait interval had passed
     /// Neither Close nor Shut was called and the process must end without further ado.
     bool mustEndProcess = false;
     ModuleFailure moduleFailure;

@@ -4,12 +4,15 @@ namespace {
 
 std::string DescribeEnd(const LifeOutcome& outcome) {
     switch (outcome.end) {
-        case LifeEnd::kEndOfInput:
-            if (!outcome.endedEarly) return "end of the queue";
-            return "the input ended before the read wait interval had passed (an empty message, a repeated "
-                   "message "
-                   "with --tdm yes, or MQ's limit of uncommitted messages): the queue may hold more, load "
-                   "again";
+        case LifeEnd::kEndOfInput: return "end of the queue";
+        case LifeEnd::kEndedEarly:
+            return "the input ended before the read wait interval had passed; the queue may hold more\n"
+                   "  why       an empty message, a repeated message (--tdm yes), MQ's limit of uncommitted "
+                   "messages, "
+                   "or an MQGET\n"
+                   "            that failed, such as on a lost connection: the module tells them apart only "
+                   "in its "
+                   "trace";
         case LifeEnd::kOnRequest: return "on request; the queue may hold more";
         case LifeEnd::kTimeout: return "the time-out expired; the queue may hold more";
         case LifeEnd::kNotStarted: return "not started";
@@ -22,17 +25,22 @@ std::string DescribeEnd(const LifeOutcome& outcome) {
 }  // namespace
 
 std::string DescribeSummary(const LifeOutcome& outcome, const std::string& target, double seconds) {
-    const double rate = seconds > 0 ? static_cast<double>(outcome.records) / seconds : 0;
+    const double rate = outcome.secondsToLastRecord > 0
+                            ? static_cast<double>(outcome.records) / outcome.secondsToLastRecord
+                            : 0;
     return DescribeEnd(outcome) + "\n  records   " + FormatCount(outcome.records) + "\n  bytes     " +
            FormatCount(outcome.bytes) + "\n  elapsed   " + FormatElapsed(seconds) + "\n  rate      " +
-           FormatCount(static_cast<std::uint64_t>(rate)) + " records/s\n  target    " + target + "\n";
+           FormatCount(static_cast<std::uint64_t>(rate)) + " records/s up to the last record\n  target    " +
+           target + "\n";
 }
 
 std::string DescribeWhatIsSafe(bool withCheckpoints) {
-    return withCheckpoints ? "  safe      what the module had not committed is back on the queue; the "
-                             "checkpoint file holds the "
-                             "records since the last checkpoint\n"
-                           : "  safe      without checkpoints (--ckfile, --checkpoint-every) messages taken "
-                             "from the queue are "
-                             "nowhere but in the target and in the log (--log)\n";
+    if (withCheckpoints) {
+        return "  safe      what the module had not committed is back on the queue; the checkpoint file "
+               "holds the "
+               "records since the last checkpoint\n";
+    }
+    return "  safe      without checkpoints (--ckfile, --checkpoint-every) messages taken from the queue are "
+           "nowhere "
+           "but in the target and in the log (--log)\n";
 }

@@ -1,5 +1,6 @@
-// How a life of a restartable load begins: decided from the position that was stored and from what stands on the disk, before
-// anything is changed, in one pure function. The caller tells the operator the decision, makes the repairs, then acts on it.
+// How a life of a restartable load begins: decided from the position that was stored and from what stands on
+// the disk, before anything is changed, in one pure function. The caller tells the operator the decision,
+// makes the repairs, then acts on it.
 #pragma once
 
 #include <optional>
@@ -14,19 +15,25 @@ enum class StartAction {
     kBegin,
     /// Open, SetPos with the stored position, Reads: the file's records come first.
     kReplay,
-    /// A position is stored, but the file holds no record that has to come again (a rewrite was interrupted, or nothing was read
-    /// since): Open without SetPos, GetPos, Reads. Everything up to the position is loaded and nothing was taken after it.
+    /// A position is stored, but the file holds no record that has to come again (a rewrite was interrupted,
+    /// or nothing was read
+    /// since): Open without SetPos, GetPos, Reads. Everything up to the position is loaded and nothing was
+    /// taken after it.
     kGoOn,
     /// Going on could lose or double records: reason says why and what the operator can do.
     kRefuse,
 };
 
-/// A change on the disk that completes what a crash interrupted. None destroys the only copy of a whole record.
+/// A change on the disk that completes what a crash interrupted. None destroys the only copy of a whole
+/// record.
 struct Repair {
     enum class Kind {
-        kRenameTemporary,  ///< the rewrite was interrupted behind its deletion: `path` takes the checkpoint file's place
-        kDeleteTemporary,  ///< the rewrite was interrupted before its deletion: `path` is incomplete or a copy
-        kCutTornTail,      ///< the checkpoint file is cut to `bytes`: a record not wholly there was never committed
+        kRenameTemporary,  ///< the rewrite was interrupted behind its deletion: `path` takes the checkpoint
+                           ///< file's place
+        kDeleteTemporary,  ///< the rewrite was interrupted before its deletion: `path` is incomplete or a
+                           ///< copy
+        kCutTornTail,      ///< the checkpoint file is cut to `bytes`: a record not wholly there was never
+                           ///< committed
     };
     Kind kind;
     std::string path;
@@ -35,7 +42,8 @@ struct Repair {
 
 struct StartDecision {
     StartAction action = StartAction::kRefuse;
-    /// With kReplay: the first record replayed was delivered before the position was stored; it is checked and dropped.
+    /// With kReplay: the first record replayed was delivered before the position was stored; it is checked
+    /// and dropped.
     bool firstRecordIsRepeat = false;
     std::vector<Repair> repairs;  ///< to be made first, in order
     std::string reason;           ///< one sentence for the operator, for every action
@@ -43,14 +51,18 @@ struct StartDecision {
 
 /// Decides.
 ///   checkpointPath  the CKFILE of the load
-///   stored          the position of the last checkpoint whose data is durable in the target; none before the first
-///   file            the facts of the checkpoint file; of the temporary file that is to be renamed when the file is missing
+///   stored          the position of the last checkpoint whose data is durable in the target; none before the
+///   first file            the facts of the checkpoint file; of the temporary file that is to be renamed when
+///   the file is missing
 ///                   and exactly one temporary file is there
 ///   temporaries     the temporary files beside it
-[[nodiscard]] StartDecision DecideStart(const std::string& checkpointPath, const std::optional<PositionData>& stored,
-                                        const CheckpointFacts& file, const std::vector<std::string>& temporaries);
+[[nodiscard]] StartDecision DecideStart(const std::string& checkpointPath,
+                                        const std::optional<PositionData>& stored,
+                                        const CheckpointFacts& file,
+                                        const std::vector<std::string>& temporaries);
 
-/// Makes one repair, synced to the medium. Returns false with the system's words in reason; nothing is half done then.
+/// Makes one repair, synced to the medium. Returns false with the system's words in reason; nothing is half
+/// done then.
 [[nodiscard]] bool MakeRepair(const std::string& checkpointPath, const Repair& repair, std::string& reason);
 
 /// The repair in words: "rename MQAMtmp.4711 to load.ckpt (...)".

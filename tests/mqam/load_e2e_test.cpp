@@ -234,7 +234,7 @@ TEST_F(FakeLoad, TimeoutHasItsOwnExitCode) {
 
 TEST_F(FakeLoad, EndBeforeTheReadWaitIsTold) {
     ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1", {"--to", Path("out")});
-    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
     result =
         Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1 -FAKE_LAST_PAUSE 1100", {"--to", Path("out"), "--force"});
@@ -244,7 +244,7 @@ TEST_F(FakeLoad, EndBeforeTheReadWaitIsTold) {
 
 TEST_F(FakeLoad, EndOfAnUnlimitedWaitIsNeverTheEndOfTheQueue) {
     const ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT indefinite", {"--to", Path("out")});
-    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
 }
 
