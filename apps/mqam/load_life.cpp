@@ -94,8 +94,8 @@ bool OpenInput(Life& life) {
     return life.settings.checkpointEveryRecords == 0 || TakeCheckpoint(life);
 }
 
-// The end of a queue never comes before the read wait interval has passed; an empty message, a repeated one
-// or MQ's limit does.
+// The end of a queue never comes before the read wait interval has passed; an empty message, a repeated one,
+// MQ's limit or an MQGET that failed without data does.
 bool CameEarly(const Life& life, Clock::duration waited) {
     const std::string interval = FindParameter(life.report, "MQ read wait interval");
     return interval == "indefinite" || waited < std::chrono::seconds(std::atol(interval.c_str()));
