@@ -18,3 +18,8 @@ if(MQAMOD_SANITIZE)
   target_compile_definitions(project_options INTERFACE MQAMOD_CHECK_INVARIANTS)
   add_link_options(-fsanitize=address,undefined)
 endif()
+if(MQAMOD_FUZZ)
+  target_compile_options(project_options INTERFACE
+    -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_definitions(project_options INTERFACE MQAMOD_CHECK_INVARIANTS)
+endif()

@@ -1,0 +1,72 @@
+#include "fuzz/module_life.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "diag/trace.h"
+#include "fuzz/clock.h"
+#include "fuzz/harness.h"
+#include "fuzz/host.h"
+#include "fuzz/mq_script.h"
+
+// The linker gives the bounds of the sections that module_sections.h names.
+extern "C" {
+extern std::uint8_t __start_mqamod_bss[];   // NOLINT(bugprone-reserved-identifier): the linker's names
+extern std::uint8_t __stop_mqamod_bss[];    // NOLINT(bugprone-reserved-identifier)
+extern std::uint8_t __start_mqamod_data[];  // NOLINT(bugprone-reserved-identifier)
+extern std::uint8_t __stop_mqamod_data[];   // NOLINT(bugprone-reserved-identifier)
+}
+
+namespace {
+
+struct Section {
+    volatile std::uint64_t* begin;
+    std::size_t words;
+    std::vector<std::uint64_t> whenLoaded;
+};
+std::vector<Section> sections;
+
+// The bytes between the variables are the sanitizer's: they may be copied, but not through memcpy, which it
+// watches.
+__attribute__((no_sanitize("address", "coverage"))) void Remember(std::uint8_t* begin,
+                                                                  const std::uint8_t* end) {
+    Require(reinterpret_cast<std::uintptr_t>(begin) % sizeof(std::uint64_t) == 0,
+            "a section begins at a word");
+    Section section{reinterpret_cast<volatile std::uint64_t*>(begin),
+                    static_cast<std::size_t>(end - begin) / sizeof(std::uint64_t),
+                    {}};
+    for (std::size_t i = 0; i < section.words; ++i)
+        section.whenLoaded.push_back(std::uint64_t{section.begin[i]});
+    sections.push_back(section);
+}
+
+__attribute__((no_sanitize("address", "coverage"))) void Restore(const Section& section) {
+    const std::uint64_t* whenLoaded = section.whenLoaded.data();
+    for (std::size_t i = 0; i < section.words; ++i) {
+        if (section.begin[i] != whenLoaded[i]) section.begin[i] = whenLoaded[i];
+    }
+}
+
+}  // namespace
+
+void PrepareModule() {
+    Remember(__start_mqamod_bss, __stop_mqamod_bss);
+    Remember(__start_mqamod_data, __stop_mqamod_data);
+    BindMqScript();
+    (void)setenv("TZ", "UTC0", 1);
+    Require(std::freopen("/dev/null", "w", stdout) != nullptr, "standard output can be redirected");
+}
+
+// A module that was never initialized, or was shut before the last request, takes no Shut but may hold an
+// error text; an Init, whatever it answers, makes it take one.
+void EndModuleLife() {
+    PlayCalmQueue(0);
+    (void)HostInit("");
+    (void)HostShut(0);
+    UseTraceFile(nullptr);
+    for (const Section& section : sections)
+        Restore(section);
+    ResetClock();
+}

@@ -1,0 +1,18 @@
+// The input is the parameter file. No slash gets into it: the file is read in pieces of 511 characters, and a
+// slash anywhere could become the first character of a path.
+#include "fuzz/harness.h"
+#include "fuzz/host.h"
+#include "fuzz/mq_script.h"
+#include "fuzz/text_input.h"
+#include "fuzz/work_folder.h"
+
+void RunInput(ByteReader input) {
+    std::string file = TakeText(input);
+    DropSlashes(file);
+    WriteFile("parms", file);
+    PlayCalmQueue(1);
+    (void)HostInit("QMGR M QNM Q -PARMFILE parms");
+    (void)HostOpen();
+    (void)HostClose();
+    (void)HostShut(0);
+}
