@@ -8,12 +8,14 @@
 
 inline std::string TakeText(ByteReader input) {
     constexpr std::uint8_t kRun = 1;
+    constexpr std::size_t kMostCharacters = 34000;
     std::string text;
     while (!input.Empty()) {
         const std::uint8_t byte = input.Byte();
         if (byte == kRun) {
             const auto character = input.Number<char>();
-            text.append(input.Number<std::uint16_t>(), character);
+            const std::size_t room = kMostCharacters - std::min(text.size(), kMostCharacters);
+            text.append(std::min<std::size_t>(input.Number<std::uint16_t>(), room), character);
         } else {
             text += static_cast<char>(byte);
         }
