@@ -1,0 +1,56 @@
+// The start-up report in both its forms, written out independently of the module: the identification banner,
+// the parameters in effect and the lines that requests leave, each text bounded as the module bounds it.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What a report text holds besides its NUL.
+inline constexpr std::size_t kReportTextCharacters = 8191;
+
+/// Separates the folders of a path on the system under test.
+inline constexpr char kPathDelimiter = static_cast<char>(std::filesystem::path::preferred_separator);
+
+/// The texts of the six banner lines; they bear the numbers 19080, 19081 and 19083 to 19086.
+std::vector<std::string> BannerTexts();
+
+/// The time of day as HH:MM:SS, local.
+std::string TimeOfDay(std::int64_t seconds);
+
+/// The lines of the parameter report, by default those of "-QMGR QM1 -QNM Q1" and nothing else.
+struct ExpectedParameters {
+    std::string queueManager = "Queue Manager Name: 'QM1'";
+    std::string queue = "Queue Name: 'Q1'";
+    std::string checkpoint = "Checkpoint: None.";
+    std::string mediaFlush = "Media flush: No";
+    std::vector<std::string> logging = {"Logging: none"};
+    std::string duplicates = "Terminate on duplicate message: yes";
+    std::string convert = "MQ convert message data: no";
+    std::string queueOpen = "Queue open: NON-EXCLUSIVE.";
+    std::string blockSize = "BlockSize: 1048576";
+    std::string tenacity = "MQ open retry tenacity: 5";
+    std::string waitInterval = "MQ open wait interval: 5";
+    std::string readWait = "MQ read wait interval: 15";
+
+    [[nodiscard]] std::vector<std::string> Lines() const;
+    /// The lines as the trace has them without their stamps: the queue manager is not traced, and a text that
+    /// ends with a line end leaves an empty line.
+    [[nodiscard]] std::vector<std::string> TraceLines() const;
+};
+
+class ExpectedReport {
+  public:
+    ExpectedReport& AddBanner(const std::string& timeOfDay);
+    ExpectedReport& AddParameters(const std::string& timeOfDay, const ExpectedParameters& parameters);
+    /// A line of the console form alone.
+    ExpectedReport& AddConsoleLine(const std::string& line);
+
+    [[nodiscard]] const std::string& Console() const { return console_; }
+    [[nodiscard]] const std::string& HostLog() const { return hostLog_; }
+
+  private:
+    std::string console_;
+    std::string hostLog_;
+};
