@@ -9,6 +9,7 @@
 #include "apps/mqam/help_format.h"
 #include "apps/mqam/load_command.h"
 #include "apps/mqam/progress.h"
+#include "apps/mqam/queue_command.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ int RunProgram(int argc, char** argv) {
     app.footer("`mqam SUBCOMMAND --help` shows the options of a subcommand with examples.");
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
+    AddQueueCommand(app, exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

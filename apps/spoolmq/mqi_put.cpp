@@ -19,17 +19,6 @@ bool IsZero(const MQBYTE* bytes, std::size_t count) {
     return true;
 }
 
-/// "AMQ ", the queue manager's name, and 8 bytes that never come again.
-void MakeIdentifier(const StoreConnection& store, MQBYTE* identifier) {
-    char text[16];
-    FillField(text, 4, "AMQ ");
-    FillField(text + 4, 12, store.object);
-    std::memcpy(identifier, text, sizeof text);
-    const std::int64_t stamp = NextStamp(store.counters);
-    for (int i = 0; i < 8; ++i)
-        identifier[16 + i] = static_cast<MQBYTE>(stamp >> (56 - 8 * i));
-}
-
 void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD* md) {
     const bool isIdentityGiven =
         (options & (mqi::MQPMO_SET_IDENTITY_CONTEXT | mqi::MQPMO_SET_ALL_CONTEXT)) != 0;
@@ -118,8 +107,9 @@ Outcome PutOn(Connection* connection, StoreQueue* queue, const PutCall& call, mq
         MakeIdentifier(*connection->store, md->MsgId);
     if ((pmo->Options & mqi::MQPMO_NEW_CORREL_ID) != 0) MakeIdentifier(*connection->store, md->CorrelId);
     FillOrigin(*connection, pmo->Options, md);
-    const StoreStatus status = PutMessage(queue, FinalDescriptor(*connection, attributes, *md), call.buffer,
-                                          static_cast<std::size_t>(call.length), syncpoint, &why);
+    const mqi::MQMD stored = FinalDescriptor(*connection, attributes, *md);
+    const StoreStatus status =
+        PutMessage(queue, &stored, call.buffer, static_cast<std::size_t>(call.length), syncpoint, &why);
     if (status != StoreStatus::Ok) return Failed(ReasonOfStore(status, why));
     FillField(pmo->ResolvedQName, sizeof pmo->ResolvedQName, queue->state->object);
     FillField(pmo->ResolvedQMgrName, sizeof pmo->ResolvedQMgrName, connection->store->object);

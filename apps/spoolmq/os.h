@@ -97,6 +97,8 @@ void SleepMs(std::int64_t milliseconds);
 [[nodiscard]] std::string ProgramName();
 /// Empty when the variable is not set.
 [[nodiscard]] std::string EnvironmentVariable(const char* name);
+/// Standard input and output carry bytes from now on, line ends as they are.
+void UseBinaryStreams();
 /// Ends the process at once, with no clean-up of any kind, as an operator's kill does.
 [[noreturn]] void EndProcessAtOnce();
 

@@ -307,6 +307,8 @@ std::string EnvironmentVariable(const char* name) {
     return value == nullptr ? std::string() : std::string(value);
 }
 
+void UseBinaryStreams() {}
+
 void EndProcessAtOnce() {
     kill(getpid(), SIGKILL);
     for (;;)

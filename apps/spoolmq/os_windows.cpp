@@ -1,8 +1,11 @@
 #define WIN32_LEAN_AND_MEAN
 #define NOMINMAX
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include <array>
+#include <cstdio>
 #include <cstring>
 
 #include "os.h"
@@ -321,6 +324,11 @@ std::string EnvironmentVariable(const char* name) {
     std::wstring value(needed, L'\0');
     const DWORD length = GetEnvironmentVariableW(wideName.c_str(), value.data(), needed);
     return Narrow(value.data(), length);
+}
+
+void UseBinaryStreams() {
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
 }
 
 void EndProcessAtOnce() {

@@ -68,8 +68,8 @@ bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
         isSettled &= SettleStage(qmgrPath, unitPath, stage, isCommitted);
     if (!isSettled) return false;
     // The marker goes last: until then it says what is to become of the rest.
-    return RemoveFile(unitPath + "/commit") == OsStatus::Ok && RemoveFile(unitPath + "/open") == OsStatus::Ok &&
-           RemoveEmptyFolder(unitPath) == OsStatus::Ok;
+    return RemoveFile(unitPath + "/commit") == OsStatus::Ok &&
+           RemoveFile(unitPath + "/open") == OsStatus::Ok && RemoveEmptyFolder(unitPath) == OsStatus::Ok;
 }
 
 /// The unit that a folder, or a lock file that is left without one, belongs to; empty for anything else.

@@ -87,11 +87,16 @@ void CloseStoreQueue(std::unique_ptr<StoreQueue> queue);
 /// The attributes as they are now. False when the file is wrong: the last good values are in force.
 [[nodiscard]] bool RefreshQueue(StoreQueue* queue, std::string* why);
 
-/// Puts a message: the body as given, the descriptor with every field in its final form. Under syncpoint it
-/// becomes available with the commit, else at once; in either case wholly or not at all. QueueDeleted,
-/// Failed; the queue is then as it was.
-[[nodiscard]] StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD& descriptor, const void* body,
+/// Puts a message: the body as given, the descriptor with every field in its final form, or null for a
+/// message that is described like a copied-in file, by its queue. Under syncpoint it becomes available with
+/// the commit, else at once; in either case wholly or not at all.
+/// QueueDeleted, Failed; the queue is then as it was.
+[[nodiscard]] StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD* descriptor, const void* body,
                                      std::size_t bytes, bool syncpoint, std::string* why);
+
+/// Fills the 24 bytes of a MsgId or CorrelId: "AMQ ", the queue manager's name, and 8 bytes that never come
+/// again.
+void MakeIdentifier(const StoreConnection& connection, MQBYTE* identifier);
 
 struct Selection {
     const unsigned char* msgId = nullptr;     ///< 24 bytes, null for any

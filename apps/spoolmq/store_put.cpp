@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "descriptor.h"
 #include "store.h"
 #include "store_points.h"
@@ -11,7 +13,7 @@ std::string DescriptorFolder(const QueueState& state) {
 }
 
 /// Writes body and descriptor where nobody sees them. On failure both are gone again.
-OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::MQMD& descriptor,
+OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::MQMD* descriptor,
                      const void* body, std::size_t bytes, std::string* path) {
     StoreConnection* connection = queue->connection;
     const bool sync = connection->attributes.values.sync != 0;
@@ -20,7 +22,8 @@ OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::
     if (status == OsStatus::Ok) status = WriteNewFile(*path, body, bytes, sync);
     if (status != OsStatus::Ok) return status;
     PassStorePoint("put-body");
-    const std::string text = FormatDescriptor(descriptor);
+    if (descriptor == nullptr) return status;
+    const std::string text = FormatDescriptor(*descriptor);
     const std::string descriptorPath = DescriptorFolder(*queue->state) + '/' + fileName;
     status = WriteNewFile(descriptorPath, text.data(), text.size(), sync);
     if (status == OsStatus::NotFound && MakeFolder(DescriptorFolder(*queue->state)) == OsStatus::Ok)
@@ -43,7 +46,7 @@ StoreStatus PutFailure(const StoreQueue& queue, const std::string& path, std::st
 
 }  // namespace
 
-StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD& descriptor, const void* body, std::size_t bytes,
+StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD* descriptor, const void* body, std::size_t bytes,
                        bool syncpoint, std::string* why) {
     StoreConnection* connection = queue->connection;
     MessageName name;
@@ -66,6 +69,16 @@ StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD& descriptor, const voi
     if (connection->attributes.values.sync != 0) static_cast<void>(SyncFolder(queue->state->path));
     NoteArrival(queue->state->counters, name.stampNs);
     return StoreStatus::Ok;
+}
+
+void MakeIdentifier(const StoreConnection& connection, MQBYTE* identifier) {
+    char text[16];
+    FillField(text, 4, "AMQ ");
+    FillField(text + 4, 12, connection.object);
+    std::memcpy(identifier, text, sizeof text);
+    const std::int64_t stamp = NextStamp(connection.counters);
+    for (int i = 0; i < 8; ++i)
+        identifier[16 + i] = static_cast<MQBYTE>(stamp >> (56 - 8 * i));
 }
 
 bool IsQueueFull(StoreQueue* queue) {

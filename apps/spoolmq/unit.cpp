@@ -84,7 +84,8 @@ OsStatus CommitSeveral(Unit* unit, std::vector<UnitMember>* published) {
         PassStorePoint("commit-step");
     }
     // The marker goes last: while it stands, what is left in the folder is committed.
-    if (!isFinished || RenameNew(CommitMarkerPath(*unit), OpenMarkerPath(*unit)) != OsStatus::Ok) AbandonUnit(unit);
+    if (!isFinished || RenameNew(CommitMarkerPath(*unit), OpenMarkerPath(*unit)) != OsStatus::Ok)
+        AbandonUnit(unit);
     unit->members.clear();
     return OsStatus::Ok;
 }
