@@ -218,11 +218,21 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
 
 TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
     Put("one");
-    faults_ = "MQGET 2 fail 2 2009";
+    faults_ = "MQGET 1 fail 2 2009";
     const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
-    // Without data such a failure ends the input like an empty queue, only sooner.
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
+    EXPECT_EQ(ReadFile(Path("out")), "");
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolLoad, GetThatFailsBehindAMessageTellsItsReason) {
+    Put("one");
+    faults_ = "MQGET 2 fail 2 2009";
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  reason    2009 MQRC_CONNECTION_BROKEN: "))
+        << result.standardError;
     EXPECT_EQ(ReadFile(Path("out")), "one\n");
 }
 
@@ -305,23 +315,23 @@ TEST_F(SpoolLoad, CheckAcceptsEveryOptionAndShowsWhatIsInEffect) {
     const std::size_t parameters = result.standardOutput.find("Queue Manager Name");
     ASSERT_NE(parameters, std::string::npos) << result.standardOutput;
     EXPECT_EQ(result.standardOutput.substr(parameters),
-              "Queue Manager Name                     'QM1'\n"
-              "Queue Name                             'Q1'\n"
-              "Checkpoint                             File-based to pathname " +
+              "Queue Manager Name                'QM1'\n"
+              "Queue Name                        'Q1'\n"
+              "Checkpoint                        File-based to pathname " +
                   Path("ck") +
                   "\n"
-                  "Media flush                            Yes\n"
-                  "Logging pathname                       '" +
+                  "Media flush                       Yes\n"
+                  "Logging pathname                  '" +
                   Path("log") +
                   "'\n"
-                  "Terminate on Log failure               no\n"
-                  "Terminate on duplicate message         no\n"
-                  "MQ convert message data to CCSID       1208\n"
-                  "Queue open                             EXCLUSIVE.\n"
-                  "BlockSize                              100\n"
-                  "MQ open retry tenacity                 60\n"
-                  "MQ open wait interval                  5\n"
-                  "MQ read wait interval                  7\n");
+                  "Terminate on Log failure          no\n"
+                  "Terminate on duplicate message    no\n"
+                  "MQ convert message data to CCSID  1208\n"
+                  "Queue open                        EXCLUSIVE.\n"
+                  "BlockSize                         100\n"
+                  "MQ open retry tenacity            60\n"
+                  "MQ open wait interval             5\n"
+                  "MQ read wait interval             7\n");
     EXPECT_TRUE(fs::exists(Path("trc")));
     EXPECT_FALSE(fs::exists(Path("ck")));
     EXPECT_FALSE(fs::exists(Path("log")));
