@@ -218,7 +218,7 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
 
 TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
     Put("one");
-    faults_ = "MQGET 1 fail 2 2009";
+    faults_ = "MQGET 1 fail 2 2102";
     const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
