@@ -12,7 +12,7 @@ namespace {
 class EpilogueTest : public ModuleFixture {
   protected:
     /// What a request leaves in the capture file of text that was still in the stream's buffer.
-    std::string FlushedBy(const std::function<void()>& request) {
+    static std::string FlushedBy(const std::function<void()>& request) {
         OutputCapture capture("captured.txt");
         std::setvbuf(stdout, nullptr, _IOFBF, 4096);
         std::fputs("still in the buffer", stdout);

@@ -19,7 +19,7 @@ std::size_t Occurrences(const std::string& text, const std::string& part) {
 
 class IdRequestTest : public ModuleFixture {
   protected:
-    void ExpectIdentification(const Outcome& outcome) {
+    static void ExpectIdentification(const Outcome& outcome) {
         EXPECT_EQ(outcome.returnCode, pmrcOK);
         EXPECT_EQ(Field(outcome, offsetof(IdBlock, identification)), "Norvane Websphere MQ AMOD");
         EXPECT_EQ(Field(outcome, offsetof(IdBlock, version)), "16.20.00.03");

@@ -79,6 +79,53 @@ TEST_F(SurvivalTest, PendingCheckpointSurvivesCloseAndOpen) {
     EXPECT_EQ(atCommit, header + std::string("\6\0\0\0\0\0\0\0", 8) + "record");
 }
 
+// Once a checkpoint has been completed every later load of the process saves and commits, also without one of
+// its own; its gets are not under syncpoint until then.
+TEST_F(SurvivalTest, TakenCheckpointSurvivesShutAndInit) {
+    InitAndOpen("-CKFILE ck.dat");
+    ASSERT_EQ(GetPos().returnCode, pmrcOK);
+    mq.PutMessage("record");
+    ASSERT_EQ(Read().returnCode, pmrcOK);
+    StartNewLife("-CKFILE ck.dat");
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    mq.Forget();
+    mq.PutMessage("record");
+    ASSERT_EQ(Read().returnCode, pmrcOK);
+    EXPECT_EQ(mq.Sequence(), "GET CMIT");
+    EXPECT_EQ(mq.calls[0].getOptions.Options, 5);
+    EXPECT_EQ(ReadFile("ck.dat"), std::string("\6\0\0\0\0\0\0\0", 8) + "record");
+}
+
+TEST_F(SurvivalTest, CheckpointOffsetIsZeroAtFirstAndSurvivesShutAndInit) {
+    InitAndOpen("-CKFILE ck.dat");
+    EXPECT_EQ(GetPos().position.CkPtOffset, 0);
+    for (const char* message : {"first", "second"}) {
+        mq.PutMessage(message);
+        ASSERT_EQ(Read().returnCode, pmrcOK);
+    }
+    const std::int64_t offset = 4 + 8 + 5;  // the second record follows header and first
+    StartNewLife("-CKFILE ck.dat");
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    const PositionOutcome outcome = GetPos();
+    EXPECT_EQ(outcome.position.CkPtOffset, offset);
+    EXPECT_EQ(outcome.position.CkPtSeq, 1) << "Open has set the sequence back";
+    EXPECT_EQ(outcome.position.CkPtMsgCount, 0);
+}
+
+TEST_F(SurvivalTest, ReleaseMakesEveryLaterOpenOfTheProcessCreateTheCheckpointFile) {
+    InitAndOpen("-CKFILE ck.dat");
+    StartNewLife("-CKFILE ck.dat");
+    WriteFile("ck.dat", "of another run");
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    EXPECT_EQ(ReadFile("ck.dat"), "");
+}
+
+TEST_F(SurvivalTest, FirstOpenOfTheProcessKeepsTheCheckpointFile) {
+    WriteFile("ck.dat", "of another run");
+    InitAndOpen("-CKFILE ck.dat");
+    EXPECT_EQ(ReadFile("ck.dat"), "of another run");
+}
+
 TEST_F(SurvivalTest, AFailedInitBehindCkfileLeavesNoRecordBufferAndOpenSaysSo) {
     ASSERT_EQ(Init(std::string(kRequired) + " -CKFILE ck.dat -BOGUS").returnCode, pmrcFailure);
     const Outcome outcome = Open();

@@ -27,7 +27,7 @@ ExpectedError DisconnectError(int reason) {
             "MQA0144: <MQDISC failed. QMName = QM1, reason code = " + std::to_string(reason) + ">"};
 }
 
-std::vector<std::string> Joined(std::vector<std::vector<std::string>> parts) {
+std::vector<std::string> Joined(const std::vector<std::vector<std::string>>& parts) {
     std::vector<std::string> lines;
     for (const auto& part : parts)
         lines.insert(lines.end(), part.begin(), part.end());

@@ -27,7 +27,7 @@ ExpectedError ConnectError(int reason) {
 class ConnectTest : public ModuleFixture {
   protected:
     /// The trace lines of an Open that fails at the connect.
-    std::vector<std::string> FailedOpenLines(const std::vector<std::string>& before, int reason) {
+    static std::vector<std::string> FailedOpenLines(const std::vector<std::string>& before, int reason) {
         std::vector<std::string> lines = {InfoLine("PIDMMain", "entered for option 'Open'")};
         lines.insert(lines.end(), before.begin(), before.end());
         for (const std::string& line : ConnectError(reason).TraceLines())
@@ -87,6 +87,15 @@ TEST_F(ConnectTest, ShorterNamesOfALaterInitLeaveNothingOfTheEarlierOnes) {
     Fill(expected.ChannelName, "C");
     Fill(expected.ConnectionName, "s");
     EXPECT_EQ(Bytes(mq.Calls(Verb::Connx)[1].channel), Bytes(expected));
+}
+
+TEST_F(ConnectTest, ChannelAndServerOfAnEarlierInitStayInForce) {
+    InitAndOpen("-CHNL CHANNEL -SRVR server");
+    ASSERT_EQ(Shut().returnCode, pmrcOK);
+    InitAndOpen();
+    const std::vector<MqCall> connects = mq.Calls(Verb::Connx);
+    ASSERT_TRUE(connects[1].hasChannel);
+    EXPECT_EQ(Bytes(connects[1].channel), Bytes(connects[0].channel));
 }
 
 TEST_F(ConnectTest, ChannelAloneFailsInitYetALaterOpenConnectsWithoutAChannel) {

@@ -107,6 +107,25 @@ TEST_F(DuplicateTest, WithoutACheckpointFileNothingIsKeptToCompareWith) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(Potential(1)));
 }
 
+TEST_F(DuplicateTest, RecordOfAnEarlierOpenIsNotComparedWith) {
+    Start("-CKFILE ck.dat", "record");
+    ASSERT_EQ(Close().returnCode, pmrcOK);
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    trace.Skip();
+    mq.PutMessage("record", 1);
+    ExpectReturned("record");
+    EXPECT_THAT(trace.NewLines(), ElementsAre(Potential(1)));
+}
+
+TEST_F(DuplicateTest, RecordOfAnEarlierLifeWithACheckpointFileIsNotComparedWith) {
+    Start("-CKFILE ck.dat", "record");
+    ASSERT_EQ(Shut().returnCode, pmrcOK);
+    InitAndOpenTraced(1);
+    mq.PutMessage("record", 1);
+    ExpectReturned("record");
+    EXPECT_THAT(trace.NewLines(), ElementsAre(Potential(1)));
+}
+
 TEST_F(DuplicateTest, EndedDuplicateIsNotCounted) {
     Start("-CKFILE ck.dat", "record");
     mq.PutMessage("record", 1);

@@ -75,6 +75,16 @@ TEST_F(GetArgumentsTest, WithoutConversionTheDescriptorKeepsWhatTheLastGetLeft) 
     EXPECT_EQ(second.getOptions.Options, kWait + kNoSyncpoint);
 }
 
+TEST_F(GetArgumentsTest, TheDescriptorIsKeptThroughShutAndInit) {
+    InitAndOpen("-CONVERT 819");
+    CallOfRead();
+    ASSERT_EQ(Shut().returnCode, pmrcOK);
+    InitAndOpen();
+    const MqCall call = CallOfRead();
+    EXPECT_EQ(call.descriptor.CodedCharSetId, 1208) << "what the first life's MQGET gave back";
+    EXPECT_EQ(call.getOptions.Options, kWait + kNoSyncpoint);
+}
+
 TEST_F(GetArgumentsTest, ConversionIsAskedForInEveryGet) {
     InitAndOpen("-CONVERT YES");
     for (int i = 0; i < 2; ++i) {
@@ -135,6 +145,21 @@ TEST_F(GetArgumentsTest, EachOpenGivesTheFirstGetItsSyncpointAgain) {
     ASSERT_EQ(Open().returnCode, pmrcOK);
     EXPECT_EQ(CallOfRead().getOptions.Options, kWait + kSyncpoint);
     EXPECT_EQ(CallOfRead().getOptions.Options, kWait + kNoSyncpoint);
+}
+
+TEST_F(GetArgumentsTest, SyncpointOfACheckpointIsLeftByTheNextOpen) {
+    InitAndOpen("-CKFILE ck.dat");
+    ASSERT_EQ(GetPos().returnCode, pmrcOK);
+    for (int i = 0; i < 2; ++i) {
+        mq.PutMessage("record");
+        ASSERT_EQ(Read().returnCode, pmrcOK);
+        EXPECT_EQ(mq.Calls(Verb::Get).back().getOptions.Options, kWait + kSyncpoint);
+    }
+    ASSERT_EQ(Close().returnCode, pmrcOK);
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    mq.PutMessage("record");
+    ASSERT_EQ(Read().returnCode, pmrcOK);
+    EXPECT_EQ(mq.Calls(Verb::Get).back().getOptions.Options, kWait + kNoSyncpoint);
 }
 
 struct Interval {

@@ -51,6 +51,13 @@ TEST_F(OpenTest, OpensExclusivelyWithMqex) {
     EXPECT_EQ(mq.calls[1].options, 8196);
 }
 
+TEST_F(OpenTest, MqexOfAnEarlierInitStaysInForce) {
+    InitAndOpen("-MQEX");
+    ASSERT_EQ(Shut().returnCode, pmrcOK);
+    InitAndOpen();
+    EXPECT_EQ(mq.Calls(Verb::Open)[1].options, 8196);
+}
+
 TEST_F(OpenTest, PassesAQueueNameOf48CharactersWhole) {
     const std::string name = "Q." + std::string(46, 'X');
     ASSERT_TRUE(Succeeds(Init("-QMGR QM1 -QNM " + name)));

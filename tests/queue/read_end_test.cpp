@@ -34,7 +34,7 @@ class ReadEndTest : public ModuleFixture {
         ModuleFixture::TearDown();
     }
 
-    void ExpectEnd(const ReadOutcome& outcome, ReturnCode code) {
+    static void ExpectEnd(const ReadOutcome& outcome, ReturnCode code) {
         EXPECT_EQ(outcome.returnCode, code);
         EXPECT_EQ(outcome.recordLength, 0U);
         EXPECT_FALSE(outcome.hasErrorText);
@@ -207,6 +207,18 @@ TEST_F(ReadEndTest, RequestedEndDoesNotJudgeTheLastMessageAgain) {
     InitAndOpenTraced(1);
     mq.PutMessage("record", 3);
     ASSERT_EQ(Read().returnCode, pmrcOK);
+    PutAttribute("GEN_EOF", "");
+    trace.Skip();
+    ExpectEnd(Read(), pmrcEOF);
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
+}
+
+TEST_F(ReadEndTest, RequestedEndAfterANewOpenLooksAtTheLastGetOfTheEarlierOne) {
+    InitAndOpenTraced(1);
+    mq.PutMessage("record");
+    ASSERT_EQ(Read().returnCode, pmrcOK);
+    ASSERT_EQ(Close().returnCode, pmrcOK);
+    ASSERT_EQ(Open().returnCode, pmrcOK);
     PutAttribute("GEN_EOF", "");
     trace.Skip();
     ExpectEnd(Read(), pmrcEOF);

@@ -16,13 +16,13 @@ const std::string kEof = InfoLine("PIDMMain", "EOF from MQGET");
 
 class ReadTest : public ModuleFixture {
   protected:
-    void ExpectEnd(const ReadOutcome& outcome, ReturnCode code) {
+    static void ExpectEnd(const ReadOutcome& outcome, ReturnCode code) {
         EXPECT_EQ(outcome.returnCode, code);
         EXPECT_EQ(outcome.recordLength, 0U);
         EXPECT_FALSE(outcome.hasErrorText);
     }
 
-    void ExpectFailure(const ReadOutcome& outcome, const ExpectedError& error) {
+    static void ExpectFailure(const ReadOutcome& outcome, const ExpectedError& error) {
         EXPECT_TRUE(FailsWith(outcome, error));
         EXPECT_EQ(outcome.recordLength, 0U);
     }
