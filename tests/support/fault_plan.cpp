@@ -64,9 +64,18 @@ std::size_t FaultyWrite(const void* buffer, std::size_t size, std::size_t count,
     return std::fwrite(buffer, size, count, stream);
 }
 
+int FlushAllStreams() {
+    const int result = std::fflush(nullptr);
+    for (const auto& [stream, name] : plan->streams) {
+        if (const Fault* fault = plan->Strike(FileCall::FlushAll, name)) Fail(*fault, stream);
+    }
+    return result;
+}
+
 int FaultyFlush(std::FILE* stream) {
+    if (stream == nullptr) return FlushAllStreams();
     Log("flush", stream);
-    if (const Fault* fault = stream == nullptr ? nullptr : plan->Strike(FileCall::Flush, NameOf(stream))) {
+    if (const Fault* fault = plan->Strike(FileCall::Flush, NameOf(stream))) {
         Fail(*fault, stream);
         return EOF;
     }

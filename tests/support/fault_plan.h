@@ -14,9 +14,23 @@
 
 #include "tests/support/import_patch.h"
 
-enum class FileCall { Open, Close, Read, Write, Flush, Tell, Seek, Remove, Rename, Command, Allocate };
+enum class FileCall {
+    Open,
+    Close,
+    Read,
+    Write,
+    Flush,
+    FlushAll,
+    Tell,
+    Seek,
+    Remove,
+    Rename,
+    Command,
+    Allocate
+};
 
-/// One failure. It strikes the nth call of its kind that concerns the file, counted from when it was added.
+/// One failure. FlushAll is a flush of all streams, which nobody checks: the file's stream is in error
+/// afterwards. It strikes the nth call of its kind that concerns the file, counted from when it was added.
 struct Fault {
     FileCall call;
     std::string file{};  ///< part of the path; empty for any. Command: part of the command. Allocate: unused

@@ -5,14 +5,15 @@
 namespace {
 
 /// The module as built, for the first test of the process; the module's state lasts as long as it is loaded
-/// and it is never unloaded, so each later test loads a copy.
+/// and it is never unloaded, so each later load takes a copy of its own.
 std::string ModuleFile() {
     static int loads = 0;
     std::string built = NativePath(MQAMOD_MODULE_FILE);
     if (loads++ == 0) return built;
-    const std::filesystem::path copy =
-        std::filesystem::current_path() / ("copy_" + std::filesystem::path(built).filename().string());
-    std::filesystem::copy_file(built, copy, std::filesystem::copy_options::overwrite_existing);
+    const std::string name =
+        "copy" + std::to_string(loads) + "_" + std::filesystem::path(built).filename().string();
+    const std::filesystem::path copy = std::filesystem::current_path() / name;
+    std::filesystem::copy_file(built, copy);
     return copy.string();
 }
 
@@ -31,7 +32,11 @@ void ModuleFixture::SetUp() {
         SetEnvironment(variable, "");
     SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
     ASSERT_EQ(mq.Bind(MqDoublePath()), "");
+    LoadAnotherModule();
+}
 
+void ModuleFixture::LoadAnotherModule() {
+    if (module != nullptr) CloseForgottenStreams();
     std::string reason;
     module = LoadLibraryFile(ModuleFile(), reason);
     ASSERT_NE(module, nullptr) << reason;

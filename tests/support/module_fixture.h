@@ -22,6 +22,10 @@ class ModuleFixture : public testing::Test, public HostRequests {
     void SetUp() override;
     void TearDown() override;
 
+    /// Loads a copy of the module whose state is that of a new process, and sends the requests there. Streams
+    /// that the copy before left open are closed where the system would not let others delete their files.
+    void LoadAnotherModule();
+
     /// Init and Open of queue Q1 of queue manager QM1, which must succeed, with further keywords.
     void InitAndOpen(const std::string& keywords = "");
     /// The same with a trace of that level in trace.txt; what Init wrote is passed over.
