@@ -7,7 +7,7 @@
 #include "fuzz/work_folder.h"
 
 void RunInput(ByteReader input) {
-    std::string initString = TakeText(input);
+    std::string initString = TakeText(input, 34000);
     ConfinePaths(initString);
     PlayCalmQueue(1);
     (void)HostInit(initString);

@@ -7,7 +7,7 @@
 #include "fuzz/work_folder.h"
 
 void RunInput(ByteReader input) {
-    std::string file = TakeText(input);
+    std::string file = TakeText(input, 4000);
     DropSlashes(file);
     WriteFile("parms", file);
     PlayCalmQueue(1);

@@ -57,11 +57,11 @@ std::string LogHandle(std::uint8_t kind) {
 
 void InitFromParts(ByteReader& input) {
     static constexpr const char* kParts[] = {
-        " CKFILE ck", " LOG log",       " TRCL 4 trace", " TDM no",   " TLF no",
-        " RWAIT -1",  " BKSZ 40",       " CONVERT 1208", " MQEX",     " OTENACITY 6000 OWAIT 1",
-        " FLUSH T",   " SRVR s CHNL c", " BKSZ 0",       " TRCL 2 ck"};
+        " CKFILE ck", " LOG log",       " TRCL 4 trace", " TDM no",    " TLF no",
+        " RWAIT -1",  " BKSZ 100",      " CONVERT 1208", " MQEX",      " OTENACITY 6000 OWAIT 1",
+        " FLUSH T",   " SRVR s CHNL c", " BKSZ 0",       " TRCL 2 ck", " BKSZ 1048576"};
     const auto chosen = input.Number<std::uint16_t>();
-    std::string initString = "QMGR M QNM Q";
+    std::string initString = "QMGR M QNM Q BKSZ 40";  // large buffers cost time
     for (std::size_t i = 0; i < std::size(kParts); ++i) {
         if ((chosen >> i & 1U) != 0) initString += kParts[i];
     }

@@ -6,15 +6,15 @@
 
 #include "fuzz/byte_reader.h"
 
-inline std::string TakeText(ByteReader input) {
+/// Runs end where the text is mostCharacters long: what is longer only costs time.
+inline std::string TakeText(ByteReader input, std::size_t mostCharacters) {
     constexpr std::uint8_t kRun = 1;
-    constexpr std::size_t kMostCharacters = 34000;
     std::string text;
     while (!input.Empty()) {
         const std::uint8_t byte = input.Byte();
         if (byte == kRun) {
             const auto character = input.Number<char>();
-            const std::size_t room = kMostCharacters - std::min(text.size(), kMostCharacters);
+            const std::size_t room = mostCharacters - std::min(text.size(), mostCharacters);
             text.append(std::min<std::size_t>(input.Number<std::uint16_t>(), room), character);
         } else {
             text += static_cast<char>(byte);
