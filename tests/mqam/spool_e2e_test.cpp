@@ -254,14 +254,17 @@ TEST_F(SpoolLoad, TimeoutEndsAnUnlimitedWait) {
     EXPECT_EQ(ReadFile(Path("out")), "one\n");
 }
 
-TEST_F(SpoolLoad, InterruptEndsAWaitingLoadCleanly) {
+TEST_F(SpoolLoad, InterruptWhileTheLastReadWaitsLeavesAnOrdinaryEnd) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());
     Put("one");
-    const RunningProgram program(MQAM_PROGRAM, LoadArguments({"--rwait", "4", "--to", Path("out")}),
-                                 Environment(), folder_.Root());
+    RunningProgram program(MQAM_PROGRAM, LoadArguments({"--rwait", "2", "--to", Path("out")}), Environment(),
+                           folder_.Root());
     EXPECT_TRUE(WaitForText(Path("out"), "one\n"));
     EXPECT_TRUE(program.Interrupt());
     EXPECT_TRUE(program.WaitForError("finishing"));
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "end of the queue")) << result.standardError;
 }
 
 TEST_F(SpoolLoad, InterruptBetweenMessagesLeavesTheRestOnTheQueue) {
