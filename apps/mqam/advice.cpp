@@ -38,11 +38,15 @@ constexpr MessageAdvice kMessages[] = {
      "Check that the folder of the checkpoint file exists, that you may read and write there, and that "
      "nobody else uses the file."},
     {141, "Check that the folder of the log file exists and that you may write there."},
-    {142, "Every record was read before this; check the queue manager's error log before the next load."},
+    {142,
+     "What was read is in the target; the summary tells how the input had ended. Check the queue manager's "
+     "error log."},
     {143,
      "The last message may come again: MQ puts it back unless the commit took effect. Keep the checkpoint "
      "file and start again when the queue manager answers."},
-    {144, "Every record was read before this; check the queue manager's error log before the next load."},
+    {144,
+     "What was read is in the target; the summary tells how the input had ended. Check the queue manager's "
+     "error log."},
     {145,
      "MQ could not be told to put uncommitted messages back; it does so by itself when the process ends."},
     {148, "Check that you may create files in the folder of the checkpoint file and that the disk has room."},

@@ -111,16 +111,14 @@ int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std
         TellUser(DescribeWhatIsSafe(options.checkpointEvery > 0));
     if (!options.quiet && outcome.targetWasOpened)
         TellUser("mqam load: " + DescribeSummary(outcome, target, seconds));
+    if (outcome.end == LifeEnd::kTargetFailed) return kExitTargetFailed;
+    if (outcome.moduleFailure.code != pmrcOK) return kExitModuleFailed;
     switch (outcome.end) {
-        case LifeEnd::kEndOfInput: return kExitDone;
         case LifeEnd::kEndedEarly: return kExitEndedEarly;
         case LifeEnd::kOnRequest: return kExitInterrupted;
         case LifeEnd::kTimeout: return kExitTimeout;
-        case LifeEnd::kNotStarted: return kExitNotStarted;
-        case LifeEnd::kModuleFailed: return kExitModuleFailed;
-        case LifeEnd::kTargetFailed: return kExitTargetFailed;
+        default: return kExitDone;
     }
-    return kExitModuleFailed;
 }
 
 LifeObserver MakeObserver(const LoadOptions& options) {

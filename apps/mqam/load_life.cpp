@@ -170,8 +170,11 @@ LifeOutcome RunLife(PIDMMainFunction entryPoint, const LifeSettings& settings, R
     if (life.outcome.targetWasOpened && life.outcome.end != LifeEnd::kTargetFailed && !sink.Finish())
         FailTarget(life);
     if (!reachedTheEnd || life.outcome.end == LifeEnd::kTargetFailed) return life.outcome;
-    if (life.session.AskClose() != pmrcOK) FailModule(life, false);
-    if (life.session.AskShut() != pmrcOK && life.outcome.end != LifeEnd::kModuleFailed)
-        FailModule(life, false);
+    // The input has ended and the target is complete: a failure from here on does not change how the input
+    // ended.
+    if (life.session.AskClose() != pmrcOK) life.outcome.moduleFailure = life.session.LastOutcome();
+    if (life.session.AskShut() != pmrcOK && life.outcome.moduleFailure.code == pmrcOK) {
+        life.outcome.moduleFailure = life.session.LastOutcome();
+    }
     return life.outcome;
 }

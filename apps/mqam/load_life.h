@@ -51,7 +51,7 @@ struct LifeOutcome {
     bool targetWasOpened = false;
     /// Neither Close nor Shut was called and the process must end without further ado.
     bool mustEndProcess = false;
-    ModuleFailure moduleFailure;
+    ModuleFailure moduleFailure;  ///< code not pmrcOK = a request failed; Close or Shut may, whatever the end
     std::string targetFailure;
     std::string standsInTheWay;  ///< path of the file, for kNotStarted
 };

@@ -196,6 +196,8 @@ TEST_F(FakeLoad, FailingCloseIsToldWithEveryRecordInTheTarget) {
     const ProgramResult result = Load("-FAKE_RECORDS 2 -FAKE_FAIL Close", {"--to", Path("out")});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "mqam load: end of the queue\n  records   2\n"))
+        << result.standardError;
     EXPECT_EQ(ReadFile(Path("out")), "record 1\nrecord 2\n");
     EXPECT_TRUE(Contains(Calls(), "Close Shut")) << Calls();
 }

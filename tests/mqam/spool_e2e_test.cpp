@@ -216,12 +216,25 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
     EXPECT_EQ(ReadFile(Path("more")), "message 3\nmessage 4\nmessage 5\n");
 }
 
-TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
+TEST_F(SpoolLoad, LostConnectionBeforeTheFirstMessageIsNotTakenForTheEndOfTheQueue) {
     Put("one");
     faults_ = "MQGET 1 fail 2 2102";
     const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
+        << result.standardError;
+    EXPECT_EQ(ReadFile(Path("out")), "");
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
+    Put("one");
+    faults_ = "MQGET 1 fail 2 2016";
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
     EXPECT_EQ(result.exitCode, 8);
-    EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
+        << result.standardError;
     EXPECT_EQ(ReadFile(Path("out")), "");
     EXPECT_EQ(Depth(), 1);
 }
