@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+/// The largest record that the module's BKSZ allows: the limit to read a file with when its load is unknown.
+inline constexpr std::uint64_t kLargestRecordBytes = 16777216;
+
 /// The shapes that a checkpoint file can have; a crash in the middle of a rewrite or of an append explains
 /// each of them.
 enum class CheckpointShape {
@@ -14,7 +17,7 @@ enum class CheckpointShape {
     kTornHeader,  ///< 1 to 3 bytes
     kHeaderOnly,  ///< the sequence number, and no whole record behind it (see intactBytes)
     kRecords,     ///< the sequence number and at least one whole record
-    kUnreadable,  ///< there, but it cannot be opened or read: see reason
+    kUnreadable,  ///< there, but it cannot be opened or read to its end: see reason
 };
 
 struct RecordFact {
@@ -24,22 +27,37 @@ struct RecordFact {
 };
 
 struct CheckpointFacts {
+    std::string path;  ///< the file that was looked into
     CheckpointShape shape = CheckpointShape::kMissing;
     std::int32_t sequence = 0;  ///< with kHeaderOnly and kRecords
     std::vector<RecordFact> records;
     std::uint64_t fileBytes = 0;
     std::uint64_t intactBytes =
         0;  ///< up to the end of the last whole piece; what lies behind is a torn record
-    /// The first length field that no record of this module can have (above the largest record), or 0 when
-    /// there is none. What lies behind such a length cannot be told apart.
+    /// The offset of the first length field that no record of the load can have (above the largest record),
+    /// or 0 when there is none. What lies behind such a length cannot be told apart.
     std::uint64_t impossibleLengthAt = 0;
+    /// What the length field at intactBytes says, when all its 8 bytes are there; else 0.
+    std::uint64_t lengthBehindIntact = 0;
+    /// Where whole records are found that lead exactly to the end of the file, though none that was read ends
+    /// there; 0 when there is no such place. An append that a crash cut short ends the file, so this tells
+    /// damage: a record length at or before intactBytes is wrong. Not looked for in files above 64 MiB.
+    std::uint64_t recordsAgainAt = 0;
+    /// The record length of which a single bit, turned back, leads to recordsAgainAt; 0 when there is none.
+    std::uint64_t damagedLengthAt = 0;
     std::string reason;  ///< the system's words, with kUnreadable
 };
 
 /// Looks into a checkpoint file.
-///   maxRecordBytes  the BKSZ of the load; 16777216, the module's own limit, when it is not known
+///   maxRecordBytes  the BKSZ of the load; kLargestRecordBytes when it is not known
 [[nodiscard]] CheckpointFacts InspectCheckpointFile(const std::string& path, std::uint64_t maxRecordBytes);
 
-/// The temporary checkpoint files (MQAMtmp.<process number>) in the folder of the checkpoint file, sorted by
-/// name.
+/// The temporary checkpoint files (MQAMtmp.<process number>) that the module makes for the checkpoint file,
+/// as paths, sorted; none when their folder cannot be listed.
 [[nodiscard]] std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath);
+
+/// Whether every whole record of a temporary file stands in the checkpoint file too, in the same order: then
+/// it is a copy that a rewrite of this very file was making. False also when either cannot be read, with the
+/// system's words in `reason`.
+[[nodiscard]] bool IsCopyOfRecords(const CheckpointFacts& temporary, const CheckpointFacts& file,
+                                   std::string& reason);

@@ -42,11 +42,15 @@ struct Repair {
 
 struct StartDecision {
     StartAction action = StartAction::kRefuse;
+    /// With kReplay: what SetPos is to be given. It is the stored position, but for one taken when a replay
+    /// had just used up its file: that names the end of the file, and its offset is put back to the last
+    /// record, which the module must have read again to know its redelivery by the queue.
+    PositionData position = {};
     /// With kReplay: the first record replayed was delivered before the position was stored; it is checked
     /// and dropped.
     bool firstRecordIsRepeat = false;
-    std::vector<Repair> repairs;  ///< to be made first, in order
-    std::string reason;           ///< one sentence for the operator, for every action
+    std::vector<Repair> repairs;  ///< to be made first, in order; none with kRefuse
+    std::string reason;           ///< for the operator, for every action; with kRefuse it says what to do
 };
 
 /// Decides.
@@ -54,15 +58,16 @@ struct StartDecision {
 ///   stored          the position of the last checkpoint whose data is durable in the target; none before the
 ///   first file            the facts of the checkpoint file; of the temporary file that is to be renamed when
 ///   the file is missing
-///                   and exactly one temporary file is there
+///                   and exactly one temporary file is there (its `path` tells)
 ///   temporaries     the temporary files beside it
 [[nodiscard]] StartDecision DecideStart(const std::string& checkpointPath,
                                         const std::optional<PositionData>& stored,
                                         const CheckpointFacts& file,
                                         const std::vector<std::string>& temporaries);
 
-/// Makes one repair, synced to the medium. Returns false with the system's words in reason; nothing is half
-/// done then.
+/// Makes one repair, synced to the medium. A temporary file is deleted only when the checkpoint file holds
+/// its records, and a file is cut only where its whole records end. Returns false with the reason in words;
+/// then nothing is changed, or the change is made and only its sync failed.
 [[nodiscard]] bool MakeRepair(const std::string& checkpointPath, const Repair& repair, std::string& reason);
 
 /// The repair in words: "rename MQAMtmp.4711 to load.ckpt (...)".

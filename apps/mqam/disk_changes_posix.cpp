@@ -1,0 +1,78 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "apps/mqam/disk_changes.h"
+#include "apps/mqam/platform.h"
+
+namespace {
+
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+bool Fail(std::string& reason) {
+    reason = std::strerror(errno);
+    return false;
+}
+
+// Opens, brings to the medium, closes.
+bool SyncPath(const std::string& path, std::string& reason) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return Fail(reason);
+    const bool synced = SyncToMedium(descriptor) == 0;
+    if (!synced) (void)Fail(reason);
+    close(descriptor);
+    return synced;
+}
+
+}  // namespace
+
+std::vector<std::string> TemporaryFolders(const std::string& checkpointPath) {
+    return {FolderOf(checkpointPath)};
+}
+
+std::vector<std::string> ListFolder(const std::string& folder) {
+    std::vector<std::string> names;
+    DIR* listing = opendir(folder.empty() ? "." : folder.c_str());
+    if (listing == nullptr) return names;
+    while (const dirent* entry = readdir(listing)) {
+        names.emplace_back(entry->d_name);
+    }
+    closedir(listing);
+    return names;
+}
+
+bool MoveStreamTo(std::FILE* stream, std::uint64_t offset) {
+    return fseeko(stream, static_cast<off_t>(offset), SEEK_SET) == 0;
+}
+
+bool SyncNameOf(const std::string& path, std::string& reason) {
+    const std::string folder = FolderOf(path);
+    return SyncPath(folder.empty() ? "." : folder, reason);
+}
+
+bool RenameDurably(const std::string& from, const std::string& to, std::string& reason) {
+    if (!SyncPath(from, reason)) return false;
+    struct stat status = {};
+    if (lstat(to.c_str(), &status) == 0) {
+        errno = EEXIST;
+        return Fail(reason);
+    }
+    if (rename(from.c_str(), to.c_str()) != 0) return Fail(reason);
+    return SyncNameOf(to, reason);
+}
+
+bool DeleteDurably(const std::string& path, std::string& reason) {
+    if (unlink(path.c_str()) != 0) return Fail(reason);
+    return SyncNameOf(path, reason);
+}
+
+bool CutDurably(const std::string& path, std::uint64_t bytes, std::string& reason) {
+    if (truncate(path.c_str(), static_cast<off_t>(bytes)) != 0) return Fail(reason);
+    return SyncPath(path, reason);
+}
