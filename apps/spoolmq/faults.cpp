@@ -105,6 +105,13 @@ std::optional<Fault> ParseAction(const std::vector<std::string_view>& words) {
     return std::nullopt;
 }
 
+std::string Quoted(std::string_view text) {
+    std::string quoted(1, '"');
+    quoted += text;
+    quoted += '"';
+    return quoted;
+}
+
 /// An empty text when the line is understood, else what is wrong with it.
 std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan* plan) {
     if (words.size() < 3) return "a line has at least three words: VERB CALLS ACTION";
@@ -119,9 +126,9 @@ std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan* pla
     while (verb < kVerbNames.size() && kVerbNames[verb] != words[0])
         ++verb;
     if (verb == kVerbNames.size())
-        return "\"" + std::string(words[0]) + "\" is not a verb that can be planned";
+        return Quoted(words[0]) + " is not a verb that can be planned";
     const std::optional<CallRange> calls = ParseRange(words[1]);
-    if (!calls) return "\"" + std::string(words[1]) + "\" is not a call number: 5, 5-7, 5+ or *";
+    if (!calls) return Quoted(words[1]) + " is not a call number: 5, 5-7, 5+ or *";
     const std::optional<Fault> fault = ParseAction(words);
     if (!fault)
         return "the action is none of: fail CC RC, fail-after CC RC, warn RC, kill before, kill after (CC 0 "
@@ -141,8 +148,7 @@ void ParsePlan(std::string_view text, const std::string& source, FaultPlan* plan
         if (words.empty()) continue;
         const std::string problem = ParseLine(words, plan);
         if (!problem.empty())
-            plan->error = source + ", line " + std::to_string(number) + " \"" + std::string(wholeLine) +
-                          "\": " + problem;
+            plan->error = source + ", line " + std::to_string(number) + " " + Quoted(wholeLine) + ": " + problem;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "mq_library.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -50,11 +51,9 @@ MqLibrary Load(bool client) {
 
 #ifdef _WIN32
 std::string MqLibraryPath(bool client) {
-    char program[MAX_PATH];
-    const DWORD length = GetModuleFileNameA(nullptr, program, sizeof program);
-    std::string path(program, length);
-    path.resize(path.find_last_of("\\/"));
-    return path + (client ? "\\" SPOOLMQ_LIBRARY_FOLDER "\\mqic.dll" : "\\" SPOOLMQ_LIBRARY_FOLDER "\\mqm.dll");
+    std::string path = std::string(SPOOLMQ_LIBRARY_FOLDER) + (client ? "/mqic.dll" : "/mqm.dll");
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
 }
 
 void* FindVerb(const std::string& libraryPath, const char* name) {
@@ -65,7 +64,9 @@ std::string MqLibraryPath(bool client) {
     return std::string(SPOOLMQ_LIBRARY_FOLDER) + (client ? "/libmqic_r.so" : "/libmqm_r.so");
 }
 
-void* FindVerb(const std::string& libraryPath, const char* name) { return dlsym(LoadOrDie(libraryPath), name); }
+void* FindVerb(const std::string& libraryPath, const char* name) {
+    return dlsym(LoadOrDie(libraryPath), name);
+}
 #endif
 
 const MqLibrary& Mq() {
