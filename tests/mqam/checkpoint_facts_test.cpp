@@ -182,8 +182,19 @@ TEST_F(CheckpointFactsTest, TemporaryFilesAreFoundByNameAndSorted) {
         WriteBytesTo(Path(name), "");
     EXPECT_EQ(FindTemporaryFiles(Path()),
               (std::vector<std::string>{Path("MQAMtmp.4711"), Path("MQAMtmp.77")}));
-    EXPECT_TRUE(FindTemporaryFiles(Path("none/load.ckpt")).empty());
+    const char separator = static_cast<char>(std::filesystem::path::preferred_separator);
+    EXPECT_TRUE(FindTemporaryFiles(Path("none") + separator + "load.ckpt").empty());
 }
+
+#if defined(_WIN32)
+TEST_F(CheckpointFactsTest, TemporaryFilesOfAPathWithSlashesAreFoundWhereTheModulePutsThem) {
+    std::filesystem::create_directory(Path("sub"));
+    WriteBytesTo(Path("sub/MQAMtmp.1"), "");
+    WriteBytesTo(Path("MQAMtmp.2"), "");
+    EXPECT_EQ(FindTemporaryFiles(folder_.Root() + "\\sub/load.ckpt"),
+              (std::vector<std::string>{folder_.Root() + "\\MQAMtmp.2", folder_.Root() + "\\sub/MQAMtmp.1"}));
+}
+#endif
 
 TEST_F(CheckpointFactsTest, CopyIsARunOfTheFilesRecords) {
     const CheckpointFacts file = Inspect(CheckpointBytes(1, {"a", "bb", "cc", "bb", "dd", "e"}));
