@@ -20,6 +20,12 @@ struct CloseStream {
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
+std::uint64_t LengthAt(const std::vector<char>& bytes, std::uint64_t at) {
+    std::uint64_t length = 0;
+    std::memcpy(&length, bytes.data() + at, sizeof length);
+    return length;
+}
+
 // The places from which whole records lead exactly to the end. Records of length 0 are no evidence: a run of
 // zeros would look like them.
 std::vector<bool> FindChains(const std::vector<char>& bytes, std::uint64_t maxRecordBytes) {
@@ -28,43 +34,48 @@ std::vector<bool> FindChains(const std::vector<char>& bytes, std::uint64_t maxRe
     for (std::size_t at = bytes.size(); at-- > kSequenceBytes;) {
         const std::size_t left = bytes.size() - at;
         if (left <= kRecordLengthBytes) continue;
-        std::uint64_t length = 0;
-        std::memcpy(&length, bytes.data() + at, sizeof length);
+        const std::uint64_t length = LengthAt(bytes, at);
         if (length == 0 || length > maxRecordBytes || length > left - kRecordLengthBytes) continue;
         leadsToEnd[at] = leadsToEnd[at + kRecordLengthBytes + static_cast<std::size_t>(length)];
     }
     return leadsToEnd;
 }
 
-// Tries each bit of the length at an offset: whether a chain, of one record at least, begins where it then
-// leads.
-bool FindDamagedBit(std::uint64_t at, std::uint64_t length, const std::vector<bool>& leadsToEnd,
-                    CheckpointFacts& facts) {
+// Tries each bit of the length at an offset: the first place, of those it then leads to, where a chain of one
+// record at least begins; 0 when there is none.
+std::uint64_t FindChainByBit(const std::vector<char>& bytes, std::uint64_t at,
+                             const std::vector<bool>& leadsToEnd) {
+    if (at + kRecordLengthBytes > bytes.size()) return 0;
+    std::uint64_t first = 0;
     for (unsigned bit = 0; bit < 64; ++bit) {
-        const std::uint64_t turned = length ^ std::uint64_t{1} << bit;
-        if (turned >= facts.fileBytes) continue;
+        const std::uint64_t turned = LengthAt(bytes, at) ^ std::uint64_t{1} << bit;
+        if (turned >= bytes.size()) continue;
         const std::uint64_t next = at + kRecordLengthBytes + turned;
-        if (next >= facts.fileBytes || !leadsToEnd[static_cast<std::size_t>(next)]) continue;
-        facts.recordsAgainAt = next;
-        facts.damagedLengthAt = at;
-        return true;
+        if (next >= bytes.size() || !leadsToEnd[static_cast<std::size_t>(next)]) continue;
+        if (first == 0 || next < first) first = next;
     }
-    return false;
+    return first;
 }
 
 void FindRecordsAgain(const std::vector<char>& bytes, std::uint64_t maxRecordBytes, CheckpointFacts& facts) {
     const std::vector<bool> leadsToEnd = FindChains(bytes, maxRecordBytes);
-    for (const RecordFact& record : facts.records) {
-        if (FindDamagedBit(record.offset, record.length, leadsToEnd, facts)) return;
+    std::vector<std::uint64_t> lengthsRead;
+    lengthsRead.reserve(facts.records.size() + 1);
+    for (const RecordFact& record : facts.records)
+        lengthsRead.push_back(record.offset);
+    lengthsRead.push_back(facts.intactBytes);
+    for (const std::uint64_t at : lengthsRead) {
+        facts.recordsAgainAt = FindChainByBit(bytes, at, leadsToEnd);
+        if (facts.recordsAgainAt == 0) continue;
+        facts.damagedLengthAt = at;
+        break;
     }
-    if (facts.lengthBehindIntact != 0 &&
-        FindDamagedBit(facts.intactBytes, facts.lengthBehindIntact, leadsToEnd, facts))
-        return;
-    for (auto at = static_cast<std::size_t>(facts.intactBytes) + 1; at < bytes.size(); ++at) {
-        if (!leadsToEnd[at]) continue;
-        facts.recordsAgainAt = at;
-        return;
+    for (auto at = facts.intactBytes + 1; facts.recordsAgainAt == 0 && at < bytes.size(); ++at) {
+        if (leadsToEnd[static_cast<std::size_t>(at)]) facts.recordsAgainAt = at;
     }
+    if (facts.recordsAgainAt == 0) return;
+    for (std::uint64_t at = facts.recordsAgainAt; at < bytes.size(); ++facts.recordsAgain)
+        at += kRecordLengthBytes + LengthAt(bytes, at);
 }
 
 // Takes in what lies behind the whole records, of which `tailBytes` have been read.
@@ -184,6 +195,13 @@ std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath) {
     }
     std::sort(paths.begin(), paths.end());
     return paths;
+}
+
+CheckpointFacts InspectForStart(const std::string& checkpointPath,
+                                const std::vector<std::string>& temporaries, std::uint64_t maxRecordBytes) {
+    CheckpointFacts facts = InspectCheckpointFile(checkpointPath, maxRecordBytes);
+    if (facts.shape != CheckpointShape::kMissing || temporaries.size() != 1) return facts;
+    return InspectCheckpointFile(temporaries.front(), maxRecordBytes);
 }
 
 bool IsCopyOfRecords(const CheckpointFacts& temporary, const CheckpointFacts& file, std::string& reason) {

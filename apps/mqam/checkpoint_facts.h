@@ -43,6 +43,7 @@ struct CheckpointFacts {
     /// there; 0 when there is no such place. An append that a crash cut short ends the file, so this tells
     /// damage: a record length at or before intactBytes is wrong. Not looked for in files above 64 MiB.
     std::uint64_t recordsAgainAt = 0;
+    std::uint64_t recordsAgain = 0;  ///< how many they are
     /// The record length of which a single bit, turned back, leads to recordsAgainAt; 0 when there is none.
     std::uint64_t damagedLengthAt = 0;
     std::string reason;  ///< the system's words, with kUnreadable
@@ -55,6 +56,12 @@ struct CheckpointFacts {
 /// The temporary checkpoint files (MQAMtmp.<process number>) that the module makes for the checkpoint file,
 /// as paths, sorted; none when their folder cannot be listed.
 [[nodiscard]] std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath);
+
+/// The facts that decide a start: those of the checkpoint file; of the temporary file that would take its
+/// place when the file is missing and exactly one is there.
+[[nodiscard]] CheckpointFacts InspectForStart(const std::string& checkpointPath,
+                                              const std::vector<std::string>& temporaries,
+                                              std::uint64_t maxRecordBytes);
 
 /// Whether every whole record of a temporary file stands in the checkpoint file too, in the same order: then
 /// it is a copy that a rewrite of this very file was making. False also when either cannot be read, with the

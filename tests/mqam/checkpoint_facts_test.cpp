@@ -129,6 +129,7 @@ TEST_F(CheckpointFactsTest, EveryFlippedBitOfTheFirstRecordsIsToldAsTheBytesHave
         // record still leads to the end of the file.
         if (walk.intact < bytes.size()) {
             EXPECT_NE(facts.recordsAgainAt, 0U);
+            EXPECT_EQ(facts.recordsAgain, bit / 8 < 12 ? 3U : bit / 8 < 32 ? 2U : 1U);
             EXPECT_EQ(facts.damagedLengthAt, bit / 8 < 12 ? 4U : bit / 8 < 32 ? 24U : 42U);
         } else {
             EXPECT_EQ(facts.recordsAgainAt, 0U);

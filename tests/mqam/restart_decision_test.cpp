@@ -53,9 +53,7 @@ class RestartDecisionTest : public testing::Test {
         for (std::size_t i = 0; i < temporaries.size(); ++i)
             WriteBytesTo(Path("MQAMtmp." + std::to_string(i + 1)), temporaries[i]);
         const std::vector<std::string> found = FindTemporaryFiles(Path());
-        CheckpointFacts facts = InspectCheckpointFile(Path(), 1000);
-        if (facts.shape == CheckpointShape::kMissing && found.size() == 1)
-            facts = InspectCheckpointFile(found.front(), 1000);
+        const CheckpointFacts facts = InspectForStart(Path(), found, 1000);
         const StartDecision decision = DecideStart(Path(), stored, facts, found);
         EXPECT_NE(decision.reason, "");
         EXPECT_TRUE(decision.action != StartAction::kRefuse || decision.repairs.empty());
