@@ -218,7 +218,7 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
 
 TEST_F(SpoolLoad, LostConnectionBeforeTheFirstMessageIsNotTakenForTheEndOfTheQueue) {
     Put("one");
-    faults_ = "MQGET 1 fail 2 2102";
+    faults_ = "MQGET 1 fail 2 2009";
     const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
