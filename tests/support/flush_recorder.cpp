@@ -1,0 +1,28 @@
+#include "tests/support/flush_recorder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+namespace {
+
+FlushRecorder* current = nullptr;
+
+int RecordedFlush(std::FILE* stream) {
+    current->Add(stream == nullptr ? "all" : "one");
+    return std::fflush(stream);
+}
+
+}  // namespace
+
+FlushRecorder::FlushRecorder(LoadedLibrary module) {
+    current = this;
+    patch_ = std::make_unique<ImportPatch>(module, std::initializer_list<const char*>{"fflush"},
+                                           reinterpret_cast<void*>(&RecordedFlush));
+    EXPECT_TRUE(patch_->Found()) << "the module does not import fflush";
+}
+
+FlushRecorder::~FlushRecorder() {
+    patch_.reset();
+    current = nullptr;
+}

@@ -1,0 +1,25 @@
+// Records how the module flushes: all streams at once, or one of them.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tests/support/import_patch.h"
+
+class FlushRecorder {
+  public:
+    explicit FlushRecorder(LoadedLibrary module);
+    ~FlushRecorder();
+    FlushRecorder(const FlushRecorder&) = delete;
+    FlushRecorder& operator=(const FlushRecorder&) = delete;
+
+    /// The flushes in order, as "one all all": "all" had no stream named.
+    [[nodiscard]] const std::string& Sequence() const { return sequence_; }
+
+    // For the replaced function.
+    void Add(const std::string& flush) { sequence_ += (sequence_.empty() ? "" : " ") + flush; }
+
+  private:
+    std::string sequence_;
+    std::unique_ptr<ImportPatch> patch_;
+};
