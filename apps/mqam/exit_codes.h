@@ -11,6 +11,7 @@ enum ExitCode : int {
     kExitTimeout = 6,
     kExitStoppedAtOnce = 7,
     kExitEndedEarly = 8,
+    kExitDamaged = 10,  ///< of `mqam checkpoint` alone: the file is incomplete, damaged or beyond repair
 };
 
 struct ExitCodeRow {

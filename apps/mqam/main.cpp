@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "apps/mqam/check_command.h"
+#include "apps/mqam/checkpoint_command.h"
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/help_format.h"
 #include "apps/mqam/load_command.h"
@@ -21,6 +22,7 @@ int RunProgram(int argc, char** argv) {
     app.footer("`mqam SUBCOMMAND --help` shows the options of a subcommand with examples.");
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
+    AddCheckpointCommand(app, exitCode);
     AddQueueCommand(app, exitCode);
     try {
         app.parse(argc, argv);

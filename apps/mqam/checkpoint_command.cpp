@@ -1,0 +1,218 @@
+#include "apps/mqam/checkpoint_command.h"
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include "apps/mqam/checkpoint_listing.h"
+#include "apps/mqam/checkpoint_repair.h"
+#include "apps/mqam/checkpoint_verdict.h"
+#include "apps/mqam/exit_codes.h"
+#include "apps/mqam/platform.h"
+#include "apps/mqam/position_text.h"
+#include "apps/mqam/progress.h"
+
+namespace {
+
+constexpr const char* kShowExamples =
+    "Examples:\n"
+    "  mqam checkpoint show orders.ckpt\n"
+    "      what is in it, and what is beside it\n"
+    "  mqam checkpoint show orders.ckpt --position 05000000080000000400000000000000 --all\n"
+    "      every record, and what a restart with this position would do\n"
+    "\n"
+    "Exit codes: 0 the file was shown, 1 it is missing or cannot be read, 3 standard output cannot be "
+    "written.\n";
+
+constexpr const char* kVerifyExamples =
+    "Examples:\n"
+    "  mqam checkpoint verify orders.ckpt\n"
+    "      intact, incomplete as a crash leaves it, or damaged: with the bytes that are\n"
+    "\n"
+    "Exit codes: 0 intact, 1 missing or not readable, 3 standard output cannot be written, 10 incomplete or "
+    "damaged.\n";
+
+constexpr const char* kRepairExamples =
+    "Examples:\n"
+    "  mqam checkpoint repair orders.ckpt\n"
+    "      shows what it would do and asks\n"
+    "  mqam checkpoint repair orders.ckpt --yes\n"
+    "      does it\n"
+    "\n"
+    "No load may be running on the file. A restart of `mqam load` makes the repairs that are beyond doubt by "
+    "itself;\n"
+    "this command makes them without a restart, and those that need someone who looks. What gives way is "
+    "kept "
+    "as\n"
+    "FILE.kept, bytes that are cut off as FILE.torn.\n"
+    "\n"
+    "Exit codes: 0 all in order now, 1 nothing was changed (not confirmed, or a wrong option), 3 a change "
+    "failed, 10 something\n"
+    "cannot be repaired.\n";
+
+struct CheckpointOptions {
+    std::string path;
+    std::uint64_t maxRecordBytes = kLargestRecordBytes;
+    std::string position;
+    std::size_t first = 0;
+    std::size_t last = 0;
+    bool all = false;
+    bool yes = false;
+};
+
+int Complain(const std::string& words) {
+    TellUser("mqam checkpoint: " + words + "\n");
+    return kExitNotStarted;
+}
+
+// Returns `exitCode`, or that of an output that cannot be written.
+int Print(const std::string& text, int exitCode) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return exitCode;
+    (void)Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+    return kExitTargetFailed;
+}
+
+bool CanBeRead(const CheckpointFacts& facts) {
+    return facts.shape != CheckpointShape::kMissing && facts.shape != CheckpointShape::kUnreadable;
+}
+
+std::optional<PositionData> StoredPosition(const CheckpointOptions& options) {
+    return options.position.empty() ? std::nullopt : ParsePosition(options.position);
+}
+
+std::string DescribeRestartWith(const CheckpointOptions& options) {
+    if (options.position.empty()) return "(--position tells what a restart with a position would do)\n";
+    return DescribeRestart(options.path, *StoredPosition(options), options.maxRecordBytes);
+}
+
+ListedRecords ListedBy(const CheckpointOptions& options) {
+    if (options.all) return {std::numeric_limits<std::size_t>::max(), 0};
+    if (options.first == 0 && options.last == 0) return {};
+    return {options.first, options.last};
+}
+
+int RunShow(const CheckpointOptions& options) {
+    const CheckpointFacts facts = InspectCheckpointFile(options.path, options.maxRecordBytes);
+    std::string text = SummarizeFacts(facts) + "\n" + ListRecords(facts, ListedBy(options));
+    for (const std::string& temporary : FindTemporaryFiles(options.path)) {
+        text += "temporary file " + SummarizeFacts(InspectCheckpointFile(temporary, options.maxRecordBytes)) +
+                "\n";
+    }
+    text += DescribeRestartWith(options);
+    return Print(text, CanBeRead(facts) ? kExitDone : kExitNotStarted);
+}
+
+int RunVerify(const CheckpointOptions& options) {
+    const CheckpointFacts facts = InspectCheckpointFile(options.path, options.maxRecordBytes);
+    if (!CanBeRead(facts)) return Complain(SummarizeFacts(facts));
+    std::string text = DescribeSoundness(facts, options.maxRecordBytes);
+    for (const std::string& temporary : FindTemporaryFiles(options.path)) {
+        text += "Beside it stands the temporary file " + temporary +
+                ": a rewrite was interrupted, or a load is running.\n";
+    }
+    return Print(text, JudgeSoundness(facts) == Soundness::kIntact ? kExitDone : kExitDamaged);
+}
+
+bool IsConfirmed(const CheckpointOptions& options) {
+    if (options.yes) return true;
+    constexpr int kStandardInput = 0;
+    if (!IsTerminal(kStandardInput)) {
+        TellUser("mqam checkpoint: nothing was changed; give --yes to do this without being asked\n");
+        return false;
+    }
+    TellUser("No load may be running on this file. Do this? [y/N] ");
+    char answer[16] = {};
+    if (std::fgets(answer, sizeof answer, stdin) != nullptr && (answer[0] == 'y' || answer[0] == 'Y'))
+        return true;
+    TellUser("mqam checkpoint: nothing was changed\n");
+    return false;
+}
+
+int RunRepair(const CheckpointOptions& options) {
+    const RepairPlan plan = PlanRepair(options.path, StoredPosition(options), options.maxRecordBytes);
+    if (!plan.obstacle.empty()) TellUser("mqam checkpoint: " + plan.obstacle + "\n");
+    const int exitCode = plan.obstacle.empty() ? kExitDone : kExitDamaged;
+    if (plan.steps.empty()) {
+        return exitCode == kExitDone ? Print(options.path + ": nothing to repair\n", exitCode) : exitCode;
+    }
+    std::string text;
+    for (const RepairStep& step : plan.steps)
+        text += DescribeStep(options.path, step) + "\n";
+    const int printed = Print(text, kExitDone);
+    if (printed != kExitDone) return printed;
+    if (!IsConfirmed(options)) return kExitNotStarted;
+    for (const RepairStep& step : plan.steps) {
+        std::string reason;
+        if (TakeStep(options.path, step, reason)) continue;
+        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
+        return kExitTargetFailed;
+    }
+    return Print("done\n" + DescribeRestartWith(options), exitCode);
+}
+
+std::string CheckPosition(const std::string& digits) {
+    return ParsePosition(digits) ? "" : "32 hexadecimal digits are needed";
+}
+
+void AddFileOptions(CLI::App& command, CheckpointOptions& options) {
+    command.add_option("FILE", options.path, "the checkpoint file")->type_name("")->required();
+    command
+        .add_option(
+            "--bksz,--max-record", options.maxRecordBytes,
+            "the largest record of the load, 1..16777216 bytes. Default: 16777216, the module's limit")
+        ->type_name("BYTES")
+        ->check(CLI::Range(std::uint64_t{1}, kLargestRecordBytes).description(""));
+}
+
+void AddPositionOption(CLI::App& command, CheckpointOptions& options, const char* description) {
+    command.add_option("--position", options.position, description)
+        ->type_name("HEX")
+        ->check(CLI::Validator(CheckPosition, ""));
+}
+
+using Run = int (*)(const CheckpointOptions&);
+
+std::shared_ptr<CheckpointOptions> AddSubcommand(CLI::App& parent, const char* name, const char* description,
+                                                 const char* examples, Run run, int& exitCode) {
+    CLI::App* command = parent.add_subcommand(name, description);
+    auto options = std::make_shared<CheckpointOptions>();
+    AddFileOptions(*command, *options);
+    command->footer(examples);
+    command->callback([options, run, &exitCode] { exitCode = run(*options); });
+    return options;
+}
+
+}  // namespace
+
+void AddCheckpointCommand(CLI::App& app, int& exitCode) {
+    CLI::App* parent = app.add_subcommand("checkpoint", "Look into a checkpoint file, verify it, repair it");
+    parent->require_subcommand(1);
+
+    auto show = AddSubcommand(*parent, "show", "Show the records and what a restart would do", kShowExamples,
+                              RunShow, exitCode);
+    CLI::App* command = parent->get_subcommand("show");
+    AddPositionOption(*command, *show, "the stored position with which the restart is made, 16 bytes in hex");
+    auto* all = command->add_flag("--all", show->all, "list every record");
+    command->add_option("--first", show->first, "list so many records from the beginning. Default: 10")
+        ->type_name("N")
+        ->excludes(all);
+    command->add_option("--last", show->last, "list so many records from the end. Default: 10")
+        ->type_name("N")
+        ->excludes(all);
+
+    (void)AddSubcommand(*parent, "verify", "Tell whether the file is intact, to the byte", kVerifyExamples,
+                        RunVerify, exitCode);
+
+    auto repair = AddSubcommand(*parent, "repair", "Complete what a crash interrupted", kRepairExamples,
+                                RunRepair, exitCode);
+    command = parent->get_subcommand("repair");
+    AddPositionOption(*command, *repair, "the stored position of the load, 16 bytes in hex");
+    command->add_flag("--yes", repair->yes, "do it without asking");
+}

@@ -1,0 +1,27 @@
+// A checkpoint file as `mqam checkpoint show` prints it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "apps/mqam/checkpoint_facts.h"
+#include "recovery/position_data.h"
+
+/// Which records to list: so many from the beginning and so many from the end.
+struct ListedRecords {
+    std::size_t first = 10;
+    std::size_t last = 10;
+};
+
+/// "load.ckpt: 25 bytes, checkpoint 5, 2 records (5 bytes of data)", with what is torn or damaged.
+[[nodiscard]] std::string SummarizeFacts(const CheckpointFacts& facts);
+
+/// The records, a line each: offset, length, the first bytes in hexadecimal and as text. One line stands for
+/// those left out.
+[[nodiscard]] std::string ListRecords(const CheckpointFacts& facts, const ListedRecords& listed);
+
+/// What a restart with a position would do with the files as they are: whole lines.
+///   maxRecordBytes  the BKSZ of the load
+[[nodiscard]] std::string DescribeRestart(const std::string& checkpointPath, const PositionData& stored,
+                                          std::uint64_t maxRecordBytes);
