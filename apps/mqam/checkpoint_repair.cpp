@@ -132,6 +132,7 @@ bool CopyTail(const std::string& path, std::uint64_t offset, const std::string& 
     copied = copied && CopyStream(from, to, reason);
     if (to >= 0 && CloseDescriptor(to) != 0 && copied) copied = Fail(reason);
     (void)std::fclose(from);
+    if (to >= 0 && !copied) (void)std::remove(copyPath.c_str());
     return copied && SyncNameOf(copyPath, reason);
 }
 
