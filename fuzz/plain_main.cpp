@@ -1,0 +1,20 @@
+// libFuzzer's entry points for the harnesses of other pieces than the module.
+#include <cstdint>
+
+#include "fuzz/harness.h"
+#include "fuzz/work_folder.h"
+
+extern "C" int LLVMFuzzerInitialize(int*, char***);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+int LLVMFuzzerInitialize(int*, char***) {
+    MakeWorkFolder();
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    EnterWorkFolder();
+    RunInput({data, size});
+    LeaveWorkFolder();
+    return 0;
+}

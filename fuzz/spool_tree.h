@@ -1,0 +1,15 @@
+// The stand-in's folder as an input describes it: what it holds at first, and the changes that others make.
+#pragma once
+
+#include "fuzz/byte_reader.h"
+
+/// Makes a queue manager QM with a queue Q, both without attributes. Once an input.
+void MakeSpool();
+
+/// A file of a name and content that the input gives, in place of what is called so. It is a new file: one
+/// that is cut while a program has it mapped would end that program, as it does with any database's files.
+void MakeSpoolFile(ByteReader& input);
+void MakeSpoolFolder(ByteReader& input);
+/// A file, or a folder with all that is in it.
+void RemoveSpoolEntry(ByteReader& input);
+void MoveSpoolEntry(ByteReader& input);
