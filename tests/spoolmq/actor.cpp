@@ -1,5 +1,5 @@
-// A program that the tests start to be another client: it carries out the steps of its command line, one after
-// the other, and ends without disconnecting.
+// A program that the tests start to be another client: it carries out the steps of its command line, one
+// after the other, and ends without disconnecting.
 //
 //     spoolmq_actor LOGFILE STEP...
 //
@@ -8,7 +8,8 @@
 //     put TEXT N          N messages TEXT-0, TEXT-1, ...
 //     put-sync TEXT N     the same under syncpoint
 //     get N, get-sync N   that many gets; each body is logged as "got BODY"
-//     consume BATCH       gets under syncpoint and commits every BATCH messages until there are none for 2 s; logs
+//     consume BATCH       gets under syncpoint and commits every BATCH messages until there are none for 2 s;
+//     logs
 //                         "try BODY" before each commit and "ok BODY" after it
 //     commit, back, disc  MQCMIT, MQBACK, MQDISC
 //     say TEXT            logs TEXT
@@ -59,9 +60,11 @@ void GetMany(const Actor& actor, int count, MQLONG options) {
 }
 
 void CommitBatch(const Actor& actor, std::vector<std::string>* batch) {
-    for (const std::string& body : *batch) Log(actor, "try " + body);
+    for (const std::string& body : *batch)
+        Log(actor, "try " + body);
     if (Check(actor, "MQCMIT", Commit(actor.connection))) {
-        for (const std::string& body : *batch) Log(actor, "ok " + body);
+        for (const std::string& body : *batch)
+            Log(actor, "ok " + body);
     }
     batch->clear();
 }
@@ -84,7 +87,8 @@ int Act(Actor* actor, char** arguments) {
     const std::string step = arguments[0];
     if (step == "connect") return Check(*actor, "MQCONN", Connect(arguments[1], &actor->connection)), 2;
     if (step == "open") {
-        Check(*actor, "MQOPEN", Open(actor->connection, arguments[1], std::atoi(arguments[2]), &actor->object));
+        Check(*actor, "MQOPEN",
+              Open(actor->connection, arguments[1], std::atoi(arguments[2]), &actor->object));
         return 3;
     }
     if (step == "put") return PutMany(*actor, arguments[1], std::atoi(arguments[2]), kNoSync), 3;
@@ -97,7 +101,8 @@ int Act(Actor* actor, char** arguments) {
     if (step == "disc") return Check(*actor, "MQDISC", Disconnect(&actor->connection)), 1;
     if (step == "say") return Log(*actor, arguments[1]), 2;
     if (step == "hold") {
-        for (;;) std::this_thread::sleep_for(std::chrono::seconds(1));
+        for (;;)
+            std::this_thread::sleep_for(std::chrono::seconds(1));
     }
     std::fprintf(stderr, "spoolmq_actor: unknown step %s\n", step.c_str());
     std::exit(99);
@@ -110,6 +115,7 @@ int main(int argc, char** argv) {
     Actor actor;
     actor.log = std::fopen(argv[1], "ab");
     if (actor.log == nullptr) return 98;
-    for (int at = 2; at < argc;) at += Act(&actor, argv + at);
+    for (int at = 2; at < argc;)
+        at += Act(&actor, argv + at);
     return 0;
 }

@@ -11,7 +11,8 @@
 
 ChildProcess StartChild(const std::vector<std::string>& programAndArguments) {
     std::vector<char*> arguments;
-    for (const std::string& argument : programAndArguments) arguments.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : programAndArguments)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     pid_t process = -1;
     if (posix_spawn(&process, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) {

@@ -17,7 +17,8 @@ ChildProcess StartChild(const std::vector<std::string>& programAndArguments) {
     STARTUPINFOA start{};
     start.cb = sizeof start;
     PROCESS_INFORMATION process{};
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
+    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                        &process)) {
         std::fprintf(stderr, "cannot start %s\n", line.c_str());
         std::abort();
     }

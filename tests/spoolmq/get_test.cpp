@@ -11,7 +11,8 @@ class GetTest : public SpoolTest {
   protected:
     void SetUp() override { ConnectAndOpen(); }
     void PutAll(const std::vector<std::string>& bodies) {
-        for (const std::string& body : bodies) ASSERT_EQ(kDone, Put(connection_, object_, body));
+        for (const std::string& body : bodies)
+            ASSERT_EQ(kDone, Put(connection_, object_, body));
     }
     Got GetOne(MQLONG options = kNoSync, std::size_t bufferBytes = 1000) {
         return Get(connection_, object_, options, bufferBytes);
@@ -28,14 +29,16 @@ std::thread Later(const std::function<void()>& action) {
 
 TEST_F(GetTest, MessagesComeInOrderOfArrival) {
     std::vector<std::string> bodies;
-    for (int i = 0; i < 300; ++i) bodies.push_back(std::to_string(i));
+    for (int i = 0; i < 300; ++i)
+        bodies.push_back(std::to_string(i));
     PutAll(bodies);
     EXPECT_EQ(bodies, Drain());
 }
 
 TEST_F(GetTest, AnyBytesComeBackAsTheyWere) {
     std::string bytes;
-    for (int i = 0; i < 100000; ++i) bytes += static_cast<char>(i * 7 + i / 256);
+    for (int i = 0; i < 100000; ++i)
+        bytes += static_cast<char>(i * 7 + i / 256);
     PutAll({bytes, std::string("\0\n\r\n\0", 5)});
     EXPECT_EQ(bytes, GetOne(kNoSync, 200000).body);
     EXPECT_EQ(std::string("\0\n\r\n\0", 5), GetOne().body);
@@ -167,8 +170,10 @@ TEST_F(GetTest, EveryPublishedVersionOfBothStructuresIsServedAndNothingBehindItT
             }
             mdBytes = const_cast<unsigned char*>(reinterpret_cast<const unsigned char*>(&got.md));
             gmoBytes = const_cast<unsigned char*>(reinterpret_cast<const unsigned char*>(&got.gmo));
-            for (std::size_t i = mdLength; i < sizeof md; ++i) ASSERT_EQ(0xEE, mdBytes[i]) << i;
-            for (std::size_t i = gmoLength; i < sizeof gmo; ++i) ASSERT_EQ(0xEE, gmoBytes[i]) << i;
+            for (std::size_t i = mdLength; i < sizeof md; ++i)
+                ASSERT_EQ(0xEE, mdBytes[i]) << i;
+            for (std::size_t i = gmoLength; i < sizeof gmo; ++i)
+                ASSERT_EQ(0xEE, gmoBytes[i]) << i;
         }
     }
 }
@@ -177,7 +182,8 @@ TEST_F(GetTest, StructuresOfUnknownVersionOrNameAreRefused) {
     PutAll({"m"});
     EXPECT_EQ(FailedWith(mqi::MQRC_MD_ERROR), GetWith(connection_, object_, NewMd(3), NewGmo(kNoSync)).codes);
     EXPECT_EQ(FailedWith(mqi::MQRC_MD_ERROR), GetWith(connection_, object_, NewMd(0), NewGmo(kNoSync)).codes);
-    EXPECT_EQ(FailedWith(mqi::MQRC_GMO_ERROR), GetWith(connection_, object_, NewMd(), NewGmo(kNoSync, 5)).codes);
+    EXPECT_EQ(FailedWith(mqi::MQRC_GMO_ERROR),
+              GetWith(connection_, object_, NewMd(), NewGmo(kNoSync, 5)).codes);
     mqi::MQGMO gmo = NewGmo(kNoSync);
     gmo.StrucId[0] = 'X';
     EXPECT_EQ(FailedWith(mqi::MQRC_GMO_ERROR), GetWith(connection_, object_, NewMd(), gmo).codes);
@@ -215,7 +221,8 @@ TEST_F(GetTest, AHandleNotOpenForInputIs2037AndNotForBrowse2036) {
     ASSERT_EQ(kDone, Open(connection_, "Q", kOutput, &output));
     ASSERT_EQ(kDone, Open(connection_, "Q", kInputShared, &input));
     EXPECT_EQ(FailedWith(mqi::MQRC_NOT_OPEN_FOR_INPUT), Get(connection_, output, kNoSync).codes);
-    EXPECT_EQ(FailedWith(mqi::MQRC_NOT_OPEN_FOR_BROWSE), Get(connection_, input, mqi::MQGMO_BROWSE_FIRST).codes);
+    EXPECT_EQ(FailedWith(mqi::MQRC_NOT_OPEN_FOR_BROWSE),
+              Get(connection_, input, mqi::MQGMO_BROWSE_FIRST).codes);
 }
 
 // Waiting
@@ -296,7 +303,8 @@ TEST_F(GetTest, OneArrivalWakesOneOfSeveralWaiters) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
     PutAll({"one"});
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(1, got);
 }
 
@@ -322,7 +330,8 @@ TEST_F(GetTest, IdentifiersSelectAndZerosMatchEverything) {
     mqi::MQMD wanted = NewMd();
     std::memcpy(wanted.MsgId, descriptors[1].MsgId, 24);
     EXPECT_EQ("1", GetWith(connection_, object_, wanted, NewGmo(kNoSync)).body);
-    EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetWith(connection_, object_, wanted, NewGmo(kNoSync)).codes);
+    EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE),
+              GetWith(connection_, object_, wanted, NewGmo(kNoSync)).codes);
     wanted = NewMd();
     wanted.CorrelId[0] = 1;
     EXPECT_EQ("2", GetWith(connection_, object_, wanted, NewGmo(kNoSync)).body);

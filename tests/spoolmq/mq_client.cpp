@@ -125,8 +125,8 @@ Got GetWith(MQHCONN connection, MQHOBJ object, mqi::MQMD md, mqi::MQGMO gmo, std
     got.md = md;
     got.gmo = gmo;
     std::vector<char> buffer(bufferBytes + 1);
-    Mq().Get(connection, object, &got.md, &got.gmo, static_cast<MQLONG>(bufferBytes), buffer.data(), &got.dataLength,
-             &got.codes.compCode, &got.codes.reason);
+    Mq().Get(connection, object, &got.md, &got.gmo, static_cast<MQLONG>(bufferBytes), buffer.data(),
+             &got.dataLength, &got.codes.compCode, &got.codes.reason);
     if (got.codes.compCode != MQCC_FAILED) {
         const std::size_t length = std::min(bufferBytes, static_cast<std::size_t>(got.dataLength));
         got.body.assign(buffer.data(), length);

@@ -49,12 +49,13 @@ inline constexpr MQLONG kWait = 1;
 
 struct Got {
     Codes codes;
-    std::string body;        ///< the bytes in the buffer
+    std::string body;  ///< the bytes in the buffer
     MQLONG dataLength = -1;
     mqi::MQMD md{};
     mqi::MQGMO gmo{};
 };
-/// A get with a buffer of this many bytes. The descriptor passed in gives the identifiers and conversion targets.
+/// A get with a buffer of this many bytes. The descriptor passed in gives the identifiers and conversion
+/// targets.
 [[nodiscard]] Got GetWith(MQHCONN connection, MQHOBJ object, mqi::MQMD md, mqi::MQGMO gmo,
                           std::size_t bufferBytes = 100000);
 [[nodiscard]] Got Get(MQHCONN connection, MQHOBJ object, MQLONG options, std::size_t bufferBytes = 100000);

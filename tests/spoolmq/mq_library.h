@@ -21,7 +21,8 @@ struct MqLibrary {
 
 /// Path of the library that stands for IBM's mqm (client false) or mqic.
 [[nodiscard]] std::string MqLibraryPath(bool client);
-/// An exported verb, null when there is none of that name. Ends the process when the library cannot be loaded.
+/// An exported verb, null when there is none of that name. Ends the process when the library cannot be
+/// loaded.
 [[nodiscard]] void* FindVerb(const std::string& libraryPath, const char* name);
 /// Loaded on first use.
 [[nodiscard]] const MqLibrary& Mq();

@@ -42,7 +42,8 @@ TEST_F(PutTest, IdentifiersAreMadeWhereNoneIsGivenAndNeverTwice) {
 TEST_F(PutTest, TheContextTellsWhoAndWhen) {
     mqi::MQMD md = NewMd();
     ASSERT_EQ(kDone, PutWith(connection_, object_, "m", &md));
-    EXPECT_EQ(0, std::string(md.PutApplName, 28).find("spoolmq_verbs_test")) << std::string(md.PutApplName, 28);
+    EXPECT_EQ(0, std::string(md.PutApplName, 28).find("spoolmq_verbs_test"))
+        << std::string(md.PutApplName, 28);
     EXPECT_EQ(8U, std::string(md.PutDate, 8).find_first_not_of("0123456789") == std::string::npos ? 8U : 0U);
     EXPECT_EQ('2', md.PutDate[0]);
     EXPECT_NE(0, md.PutApplType);
@@ -67,7 +68,8 @@ TEST_F(PutTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingBehindItTou
         Mq().Put(connection_, object_, &md, &options.pmo, 1, "m", &codes.compCode, &codes.reason);
         ASSERT_EQ(kDone, codes) << version;
         EXPECT_EQ("Q" + std::string(47, ' '), std::string(options.pmo.ResolvedQName, 48));
-        for (std::size_t i = length; i < sizeof options; ++i) ASSERT_EQ(0xEE, bytes[i]) << version << " at " << i;
+        for (std::size_t i = length; i < sizeof options; ++i)
+            ASSERT_EQ(0xEE, bytes[i]) << version << " at " << i;
     }
 }
 

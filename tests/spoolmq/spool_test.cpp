@@ -111,7 +111,8 @@ int SpoolTest::RunActor(const std::vector<std::string>& steps) const {
 std::vector<std::string> SpoolTest::Log() const {
     std::vector<std::string> lines;
     std::ifstream file(root_ / "log", std::ios::binary);
-    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line);
     return lines;
 }
 

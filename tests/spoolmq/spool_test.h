@@ -25,8 +25,8 @@ class SpoolTest : public testing::Test {
     void ConnectAndOpen();
     /// Everything else of a connection with the same options; its handle is not bound to the thread.
     void ConnectBeside(MQHCONN* connection, MQHOBJ* object);
-    /// Takes all messages without syncpoint and returns their bodies, each followed by "~" and its back-out count if
-    /// that is not 0.
+    /// Takes all messages without syncpoint and returns their bodies, each followed by "~" and its back-out
+    /// count if that is not 0.
     std::vector<std::string> Drain();
     /// Files that are messages, by name.
     [[nodiscard]] std::vector<std::string> MessageFiles() const;

@@ -13,7 +13,8 @@ class UnitTest : public SpoolTest {
         if (other_ != -1) static_cast<void>(Disconnect(&other_));
     }
     void PutAll(const std::vector<std::string>& bodies) {
-        for (const std::string& body : bodies) ASSERT_EQ(kDone, Put(connection_, object_, body));
+        for (const std::string& body : bodies)
+            ASSERT_EQ(kDone, Put(connection_, object_, body));
     }
     Got GetOne(MQLONG options) { return Get(connection_, object_, options); }
     Got GetOther(MQLONG options) { return Get(other_, otherObject_, options); }
