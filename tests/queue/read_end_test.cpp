@@ -122,6 +122,20 @@ TEST_F(ReadEndTest, ReadWaitIsLookedAtBeforeTheTimeOut) {
     EXPECT_EQ(Read().record, "record") << "the time-out was not noted";
 }
 
+// Between the two looks at the clock the read wait has gone by, and the last get was that of the record
+// before.
+TEST_F(ReadEndTest, ClockThatJumpsBeforeTheFirstGetEndsTheInputAndRepeatsNoRecord) {
+    InitAndOpenTraced(1, "-RWAIT 10");
+    mq.PutMessage("record");
+    ASSERT_EQ(Read().record, "record");
+    trace.Skip();
+    mq.Forget();
+    clock->step = 100;
+    ExpectEnd(Read(), pmrcEOF);
+    EXPECT_THAT(mq.calls, IsEmpty());
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kEof));
+}
+
 TEST_F(ReadEndTest, TimeOutOfZeroExpiresWithTheFirstSecond) {
     InitAndOpen("-RWAIT 10");
     PutAttribute("TIMEOUT_SECONDS", "abc");
@@ -200,6 +214,16 @@ TEST_F(ReadEndTest, RequestedEndAfterAFailedGetReportsNothingAgain) {
     EXPECT_EQ(outcome.returnCode, pmrcEOF);
     EXPECT_EQ(outcome.recordLength, 0U);
     EXPECT_EQ(outcome.errorTextAddress, failed.errorTextAddress);
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
+}
+
+TEST_F(ReadEndTest, RequestedEndAfterTheSyncpointLimitReportsNothingAgain) {
+    InitAndOpenTraced(1);
+    mq.FailGet(MQCC_FAILED, MQRC_SYNCPOINT_LIMIT_REACHED);
+    ExpectEnd(Read(), pmrcEOF);
+    PutAttribute("GEN_EOF", "");
+    trace.Skip();
+    ExpectEnd(Read(), pmrcEOF);
     EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
 }
 

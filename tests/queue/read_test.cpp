@@ -100,6 +100,27 @@ TEST_F(ReadTest, MessageLongerThanTheBlockSizeFailsAndStaysOnTheQueue) {
     ExpectFailure(Read(), error);
 }
 
+TEST_F(ReadTest, LengthBeyondTheBlockSizeIsNeverHandedOn) {
+    InitAndOpen("-BKSZ 5 -CKFILE ck.dat -LOG log.dat");
+    recordBufferBytes = 5;
+    MqGetOutcome message;
+    message.bytes = "12345";
+    message.dataLength = 6;
+    mq.onGet.push_back(message);
+    ExpectFailure(Read(),
+                  ExpectedError("PIDMMain", "MQA0161: <Message length > blocksize (5)>").Calling("MQGET"));
+}
+
+TEST_F(ReadTest, CompletionCodeAloneTellsAMessage) {
+    InitAndOpen();
+    MqGetOutcome message;
+    message.bytes = "record";
+    message.reason = MQRC_NO_MSG_AVAILABLE;
+    mq.onGet.push_back(message);
+    EXPECT_EQ(Read().record, "record");
+    EXPECT_EQ(mq.Count(Verb::Get), 1U);
+}
+
 TEST_F(ReadTest, OtherReasonWithDataFails) {
     InitAndOpenTraced(1);
     const ExpectedError notConverted =

@@ -10,6 +10,7 @@ FakeClock* current = nullptr;
 std::int64_t FakeTime(std::int64_t* result) {
     const std::int64_t now = current->broken ? -1 : current->now;
     if (result != nullptr) *result = now;
+    current->now += current->step;
     return now;
 }
 

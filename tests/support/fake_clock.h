@@ -21,6 +21,7 @@ class FakeClock {
     void Break() { broken = true; }
 
     std::int64_t now = 1700000000;  ///< seconds since 1970
+    std::int64_t step = 0;          ///< by which each look of the module moves the time on
     bool broken = false;
     std::vector<std::int64_t> pausesMs;  ///< what the module asked to sleep, in milliseconds
 
