@@ -125,8 +125,7 @@ std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan* pla
     std::size_t verb = 0;
     while (verb < kVerbNames.size() && kVerbNames[verb] != words[0])
         ++verb;
-    if (verb == kVerbNames.size())
-        return Quoted(words[0]) + " is not a verb that can be planned";
+    if (verb == kVerbNames.size()) return Quoted(words[0]) + " is not a verb that can be planned";
     const std::optional<CallRange> calls = ParseRange(words[1]);
     if (!calls) return Quoted(words[1]) + " is not a call number: 5, 5-7, 5+ or *";
     const std::optional<Fault> fault = ParseAction(words);
@@ -148,7 +147,8 @@ void ParsePlan(std::string_view text, const std::string& source, FaultPlan* plan
         if (words.empty()) continue;
         const std::string problem = ParseLine(words, plan);
         if (!problem.empty())
-            plan->error = source + ", line " + std::to_string(number) + " " + Quoted(wholeLine) + ": " + problem;
+            plan->error =
+                source + ", line " + std::to_string(number) + " " + Quoted(wholeLine) + ": " + problem;
     }
 }
 

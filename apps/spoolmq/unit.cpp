@@ -160,7 +160,7 @@ OsStatus StagePath(Unit* unit, UnitStage stage, const std::string& queueFolder, 
     const std::string stagePath = UnitPath(*unit) + '/' + StageName(stage);
     const std::string folder = stagePath + '/' + queueFolder;
     *path = folder + '/' + fileName;
-    if (unit->madeFolders.count(folder) != 0) return OsStatus::Ok;
+    if (unit->madeFolders.contains(folder)) return OsStatus::Ok;
     OsStatus status = MakeFolder(stagePath);
     if (status == OsStatus::Ok) status = MakeFolder(folder);
     if (status == OsStatus::Ok) unit->madeFolders.insert(folder);
