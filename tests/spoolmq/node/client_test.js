@@ -1,0 +1,95 @@
+// A real client that none of us wrote, IBM's Node.js binding, works on the stand-in queue manager: it connects, puts, gets with wait,
+// backs out, commits, inquires and disconnects. It loads libmqm_r.so from LD_LIBRARY_PATH; SPOOLMQ_DIR holds queue manager QM1 with the empty
+// queue Q1. The messages that it leaves on the queue are for the module to read: their bytes go to the file named as the argument,
+// each behind its length, 4 bytes little-endian.
+"use strict";
+
+const assert = require("node:assert/strict");
+const fs = require("node:fs");
+const mq = require("ibmmq");
+
+const MQC = mq.MQC;
+
+// The binding's synchronous calls hand their outcome to a callback.
+function call(verb, ...parameters) {
+  let outcome;
+  verb(...parameters, (error, result) => {
+    if (error) throw error;
+    outcome = result;
+  });
+  return outcome;
+}
+
+function put(queue, body, options) {
+  const md = new mq.MQMD();
+  const pmo = new mq.MQPMO();
+  pmo.Options = options | MQC.MQPMO_NEW_MSG_ID;
+  call(mq.PutSync, queue, md, pmo, body);
+  return md;
+}
+
+function get(queue, options, waitMs) {
+  const md = new mq.MQMD();
+  const gmo = new mq.MQGMO();
+  gmo.Options = options;
+  gmo.WaitInterval = waitMs;
+  const buffer = Buffer.alloc(200000);
+  const length = call(mq.GetSync, queue, md, gmo, buffer);
+  return { body: Buffer.from(buffer.subarray(0, length)), md };
+}
+
+function depth(queue) {
+  const selectors = [new mq.MQAttr(MQC.MQIA_CURRENT_Q_DEPTH), new mq.MQAttr(MQC.MQCA_Q_NAME)];
+  call(mq.Inq, queue, selectors);
+  assert.equal(selectors[1].value.trim(), "Q1");
+  return selectors[0].value;
+}
+
+const wait = MQC.MQGMO_WAIT | MQC.MQGMO_FAIL_IF_QUIESCING;
+const binary = Buffer.from([0, 10, 13, 255, 0, 1]);
+
+const cno = new mq.MQCNO();
+cno.Options = MQC.MQCNO_NONE;
+const connection = call(mq.ConnxSync, "QM1", cno);
+const od = new mq.MQOD();
+od.ObjectName = "Q1";
+const queue = call(mq.OpenSync, connection, od, MQC.MQOO_INPUT_SHARED | MQC.MQOO_OUTPUT | MQC.MQOO_INQUIRE);
+
+// An empty queue: 2033 after the wait.
+assert.throws(() => get(queue, wait | MQC.MQGMO_NO_SYNCPOINT, 50), { mqrc: MQC.MQRC_NO_MSG_AVAILABLE });
+
+// A put outside syncpoint is there at once, with its identifier and without a back-out.
+const sent = put(queue, binary, MQC.MQPMO_NO_SYNCPOINT);
+assert.equal(depth(queue), 1);
+
+// Got under syncpoint and backed out: it is back, and says so.
+let got = get(queue, wait | MQC.MQGMO_SYNCPOINT, 1000);
+assert.deepEqual(got.body, binary);
+assert.deepEqual(got.md.MsgId, sent.MsgId);
+assert.equal(got.md.BackoutCount, 0);
+call(mq.Back, connection);
+got = get(queue, wait | MQC.MQGMO_SYNCPOINT, 1000);
+assert.deepEqual(got.body, binary);
+assert.equal(got.md.BackoutCount, 1);
+
+// Committed: it is gone.
+call(mq.Cmit, connection);
+assert.equal(depth(queue), 0);
+assert.throws(() => get(queue, wait | MQC.MQGMO_NO_SYNCPOINT, 0), { mqrc: MQC.MQRC_NO_MSG_AVAILABLE });
+
+// Puts under syncpoint: all of them at the commit, in order.
+const left = [binary, Buffer.from("an order\n"), Buffer.alloc(100000, "x"), Buffer.from("ü", "utf8")];
+for (const body of left) put(queue, body, MQC.MQPMO_SYNCPOINT);
+call(mq.Cmit, connection);
+assert.equal(depth(queue), left.length);
+
+call(mq.CloseSync, queue, 0);
+call(mq.DiscSync, connection);
+
+const framed = left.flatMap((body) => {
+  const length = Buffer.alloc(4);
+  length.writeUInt32LE(body.length);
+  return [length, body];
+});
+fs.writeFileSync(process.argv[2], Buffer.concat(framed));
+console.log("the client is done; messages left for the module:", left.length);
