@@ -30,7 +30,7 @@ struct Plan {
 };
 
 Plan TakePlan(ByteReader& input) {
-    constexpr std::uint64_t kBlockSizes[] = {16, 100, 4096, 1048576};
+    constexpr std::uint64_t kBlockSizes[] = {16, 100, 1000, 4096};
     const std::uint8_t kind = input.Byte();
     const std::uint8_t reads = input.Byte();
     return {kBlockSizes[kind & 3U], (kind & 4U) != 0, (kind & 8U) != 0, reads & 15U, reads / 16U};
