@@ -135,7 +135,7 @@ int RunQueueList(const std::string& spool, const std::string& queueManager) {
     std::printf("%-48s %10s %6s\n", "queue manager, queue", "messages", "inputs");
     for (const std::string& name : names) {
         const std::string path = spool + '/' + spoolmq::FolderOfObject(name);
-        spoolmq::RecoverDeadUnits(path, "");
+        static_cast<void>(spoolmq::RecoverDeadUnits(path, ""));
         std::printf("%s\n", name.c_str());
         for (const std::string& queue : spoolmq::QueueNames(spool, name)) {
             const std::string folder = spoolmq::FolderOfObject(queue);

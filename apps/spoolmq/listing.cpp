@@ -12,6 +12,9 @@ namespace {
 // Within a tick of the file clock two changes of a folder look like one.
 constexpr std::int64_t kClockTickNs = 20000000;
 
+// A folder of so many messages is listed again whenever there is a reason to.
+constexpr std::size_t kQuickListing = 1000;
+
 std::string_view RestOf(const MessageEntry& entry) {
     std::string_view name = entry.fileName;
     return entry.isForeign ? name : name.substr(name.find('.') + 1);
@@ -83,6 +86,7 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
 bool HasReturns(const Listing& listing, const QueueCounters& counters) {
     if (!listing.isLoaded) return true;
     if (counters.returns.load() == listing.returns) return false;
+    if (listing.entries.size() - listing.first < kQuickListing) return true;
     return MonotonicMs() - listing.loadedAtMs >= listing.loadTookMs * 10;
 }
 

@@ -35,6 +35,7 @@ struct Listing {
     std::int64_t loadedAtNs = 0;      ///< FileClockNs before it was read
     std::int64_t loadedAtMs = 0;
     std::int64_t loadTookMs = 0;
+    std::uint64_t returnsHere = 0;  ///< StoreConnection::returnsHere before it was read
 };
 
 /// Reads the queue folder. A folder is not read in one instant, and of two messages put meanwhile the second
@@ -43,8 +44,10 @@ struct Listing {
 [[nodiscard]] OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
                                    QmgrCounters* stamps, std::int32_t settleMs, Listing* listing);
 
-/// Whether messages may have come back in front of those that the listing still has. Answers no for a while
-/// after a slow load, so that a busy queue does not spend its time being listed.
+/// Whether messages may have come back in front of those that the listing still has. With a long listing it
+/// answers no for a while after a slow load, so that a busy queue does not spend its time being listed: a
+/// message that another program puts back may then be found some tenths of a second later than its place
+/// says.
 [[nodiscard]] bool HasReturns(const Listing& listing, const QueueCounters& counters);
 
 /// Whether the folder may hold a message that the listing has not. NotFound when the folder is gone.

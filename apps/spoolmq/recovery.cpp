@@ -87,22 +87,25 @@ std::string UnitOfEntry(const FolderEntry& entry, const std::vector<FolderEntry>
 
 }  // namespace
 
-void RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId) {
+bool RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId) {
     const std::string units = UnitsPath(qmgrPath);
     std::vector<FolderEntry> entries;
-    if (ListFolder(units, &entries) != OsStatus::Ok) return;
+    if (ListFolder(units, &entries) != OsStatus::Ok) return false;
+    bool wasThereOne = false;
     for (const FolderEntry& entry : entries) {
         const std::string id = UnitOfEntry(entry, entries);
         if (id.empty() || id == ownId) continue;
         const std::string lockPath = units + '/' + id + std::string(kLockEnding);
         OsFile presence = kNoFile;
         if (AcquirePresence(lockPath, &presence) != OsStatus::Ok) continue;
+        wasThereOne = true;
         FileInfo info;
         if (StatPath(units + '/' + id, &info) != OsStatus::Ok || SettleUnit(qmgrPath, units + '/' + id))
             ReleasePresence(lockPath, presence);
         else
             CloseFile(presence);
     }
+    return wasThereOne;
 }
 
 }  // namespace spoolmq

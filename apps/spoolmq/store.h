@@ -59,6 +59,7 @@ struct StoreConnection {
     Unit unit;
     std::map<std::string, std::unique_ptr<QueueState>> queues;  ///< by folder
     std::int64_t lastRecoveryMs = 0;
+    std::uint64_t returnsHere = 0;  ///< raised when this connection has put messages back
 };
 
 enum class InputUse { None, Shared, Exclusive };

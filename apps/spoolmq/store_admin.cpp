@@ -87,7 +87,7 @@ std::int64_t MessagesInUnits(const std::string& qmgrPath, const std::string& fol
 
 StoreStatus CheckUnused(const std::string& qmgrPath, const std::string& name, std::string* why) {
     const std::string folder = FolderOfObject(name);
-    RecoverDeadUnits(qmgrPath, "");
+    static_cast<void>(RecoverDeadUnits(qmgrPath, ""));
     const std::int32_t opens = InputOpenCount(qmgrPath + '/' + folder);
     const std::int64_t inUnits = MessagesInUnits(qmgrPath, folder);
     if (opens == 0 && inUnits == 0) return StoreStatus::Ok;
@@ -147,7 +147,7 @@ StoreStatus DeleteQueueManager(const std::string& root, const std::string& name,
         if (status != StoreStatus::Ok) return status;
     }
     std::vector<FolderEntry> units;
-    RecoverDeadUnits(path, "");
+    static_cast<void>(RecoverDeadUnits(path, ""));
     if (ListFolder(UnitsPath(path), &units) == OsStatus::Ok && !units.empty()) {
         *why = "programs are connected to queue manager " + name + "; end them first, see \"" +
                UnitsPath(path) + "\"";

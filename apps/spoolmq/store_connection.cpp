@@ -69,7 +69,7 @@ StoreStatus ConnectStore(const std::string& root, const std::string& name,
         UnmapCounters(fresh->counters);
         return StoreStatus::Failed;
     }
-    RecoverDeadUnits(fresh->path, fresh->unit.id);
+    static_cast<void>(RecoverDeadUnits(fresh->path, fresh->unit.id));
     fresh->lastRecoveryMs = MonotonicMs();
     *connection = std::move(fresh);
     return StoreStatus::Ok;
@@ -104,6 +104,7 @@ StoreStatus CommitStore(StoreConnection* connection, std::string* why) {
 StoreStatus BackOutStore(StoreConnection* connection, std::string* why) {
     std::vector<UnitMember> returned;
     const OsStatus status = BackOutUnit(&connection->unit, &returned);
+    ++connection->returnsHere;
     if (status != OsStatus::Ok)
         *why = "back-out in " + UnitsPath(connection->path) + ": " + LastOsErrorText();
     for (const UnitMember& member : returned) {

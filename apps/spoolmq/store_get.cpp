@@ -121,16 +121,18 @@ StoreStatus FindInListing(StoreQueue* queue, const Selection& selection, const B
 }
 
 StoreStatus Reload(StoreQueue* queue, std::string* why) {
+    const std::uint64_t returnsHere = queue->connection->returnsHere;
     const OsStatus status =
         LoadListing(queue->state->path, *queue->state->counters, queue->connection->counters,
                     queue->state->attributes.values.settleMs, &queue->listing);
+    queue->listing.returnsHere = returnsHere;
     if (status == OsStatus::Ok) return StoreStatus::Ok;
     *why = queue->state->path + ": " + LastOsErrorText();
     return status == OsStatus::NotFound ? StoreStatus::QueueDeleted : StoreStatus::Failed;
 }
 
 void Recover(StoreConnection* connection) {
-    RecoverDeadUnits(connection->path, connection->unit.id);
+    if (RecoverDeadUnits(connection->path, connection->unit.id)) ++connection->returnsHere;
     connection->lastRecoveryMs = MonotonicMs();
 }
 
@@ -152,7 +154,8 @@ StoreStatus FindMessage(StoreQueue* queue, const Selection& selection, const Bro
                         FoundMessage* found, std::string* why) {
     const QueueCounters& counters = *queue->state->counters;
     if (MonotonicMs() - queue->connection->lastRecoveryMs > kRecoveryIntervalMs) Recover(queue->connection);
-    if (HasReturns(queue->listing, counters)) {
+    const bool hasReturnsHere = queue->listing.returnsHere != queue->connection->returnsHere;
+    if (hasReturnsHere || HasReturns(queue->listing, counters)) {
         const StoreStatus status = Reload(queue, why);
         if (status != StoreStatus::Ok) return status;
     }
@@ -250,6 +253,7 @@ void UndoClaim(StoreQueue* queue, FoundMessage* found, bool syncpoint) {
     if (StagePath(&unit, StageOf(syncpoint), queue->state->folder, fileName, &path) != OsStatus::Ok) return;
     if (ReturnMessage(unit.qmgrPath, queue->state->folder, fileName, path, 0) != OsStatus::Ok) return;
     if (syncpoint) unit.members.pop_back();
+    ++queue->connection->returnsHere;
     NoteReturn(queue->state->counters);
 }
 

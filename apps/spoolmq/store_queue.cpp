@@ -121,7 +121,7 @@ StoreStatus OpenStoreQueue(StoreConnection* connection, const std::string& name,
     if (use != InputUse::None) {
         const StoreStatus status = RegisterInput(fresh.get(), use, why);
         if (status != StoreStatus::Ok) return status;
-        RecoverDeadUnits(connection->path, connection->unit.id);
+        if (RecoverDeadUnits(connection->path, connection->unit.id)) ++connection->returnsHere;
         connection->lastRecoveryMs = MonotonicMs();
     }
     *queue = std::move(fresh);

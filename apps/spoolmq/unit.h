@@ -74,7 +74,8 @@ void CloseUnit(Unit* unit);
 
 /// Puts every unit that belongs to nobody alive in order, see invariant 3. Cheap when there is none. A unit
 /// that cannot be put in order stays for the next time.
-void RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId);
+/// Returns whether there was one.
+bool RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId);
 
 [[nodiscard]] std::string UnitsPath(const std::string& qmgrPath);
 [[nodiscard]] const char* StageName(UnitStage stage);

@@ -58,6 +58,21 @@ TEST_F(UnitTest, ABackOutElsewhereIsSeenBeforeLaterMessages) {
     EXPECT_EQ("c", GetOne(kNoSync).body);
 }
 
+TEST_F(UnitTest, InALongQueueTooTheOneWhoBacksOutGetsTheSameMessagesAgain) {
+    std::vector<std::string> bodies;
+    for (int i = 0; i < 1500; ++i)
+        bodies.push_back(std::to_string(i));
+    PutAll(bodies);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ("0", GetOne(kSync).body);
+        EXPECT_EQ("1", GetOne(kSync).body);
+        ASSERT_EQ(kDone, BackOut(connection_));
+    }
+    bodies[0] = "0~3";
+    bodies[1] = "1~3";
+    EXPECT_EQ(bodies, Drain());
+}
+
 TEST_F(UnitTest, IdentifiersAndDescriptorSurviveABackOut) {
     mqi::MQMD md = NewMd();
     md.CorrelId[3] = 3;
