@@ -1,10 +1,9 @@
 // Splitting the initialization string into tokens, and the one keyword that only it knows.
 #include "tests/params/params_fixture.h"
-#include "tests/support/output_capture.h"
+#include "tests/support/fault_plan.h"
 
 using testing::ElementsAreArray;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 namespace {
@@ -102,6 +101,16 @@ TEST_F(InitStringTest, MayHoldOneVeryLongToken) {
     const std::string token(1000000, 'x');
     EXPECT_TRUE(FailsWith(Init(token), KeywordError(Cut("MQA0100: <Error: unidentified keyword: '" +
                                                         std::string(1000000, 'X')))));
+}
+
+TEST_F(InitStringTest, TokenWithoutMemoryFailsInit) {
+    FaultPlan faults(module);
+    Fault fault{FileCall::Allocate, ""};
+    fault.bytes = 78;
+    faults.Add(fault);
+    EXPECT_TRUE(FailsWith(Init(Required("-LOG " + std::string(77, 'l'))),
+                          ParametersError("memory allocation failed")));
+    EXPECT_EQ(faults.Struck(), 1);
 }
 
 TEST_F(InitStringTest, ParmfileIsRecognizedInAnyCaseAndItsPathKeepsItsOwn) {

@@ -173,6 +173,17 @@ TEST_F(ParmFileTest, ReadErrorFailsBehindTheLinesThatWereRead) {
     EXPECT_EQ(faults.log.back(), "close parms.txt");
 }
 
+TEST_F(ParmFileTest, TokenWithoutMemoryFailsInit) {
+    FaultPlan faults(module);
+    Fault fault{FileCall::Allocate, ""};
+    fault.bytes = 78;
+    faults.Add(fault);
+    EXPECT_TRUE(FailsWith(InitFromFile("LOG " + std::string(77, 'l') + "\n"),
+                          ParameterFileError("memory allocation failed")));
+    EXPECT_EQ(faults.Struck(), 1);
+    EXPECT_EQ(faults.log.back(), "close parms.txt");
+}
+
 TEST_F(ParmFileTest, IsOpenedForReadingAndClosedWhateverItHolds) {
     FaultPlan faults(module);
     ASSERT_TRUE(Succeeds(InitFromFile("QMGR QM1\nQNM Q1\n")));

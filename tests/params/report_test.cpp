@@ -2,10 +2,8 @@
 #include "tests/params/params_fixture.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/host_log_double.h"
-#include "tests/support/output_capture.h"
 
 using testing::Contains;
-using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::Not;
 

@@ -4,7 +4,6 @@
 
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"
-#include "tests/support/output_capture.h"
 
 using testing::Contains;
 using testing::ElementsAre;
