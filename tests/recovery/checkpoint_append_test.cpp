@@ -187,6 +187,19 @@ TEST_F(CheckpointAppend, AMessageThatWasNotSavedIsNeitherCountedNorLogged) {
     EXPECT_EQ(TakePosition().CkPtMsgCount, 1);
 }
 
+TEST_F(CheckpointAppend, AMessageThatWasNotSavedIsTheLastRecordAllTheSame) {
+    BeginWithCheckpoint();
+    mq.PutMessage("second");
+    faults->Add({.call = FileCall::Flush, .file = kCkFile, .streamError = false});
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    mq.PutMessage("second", 1);
+    PassOver();
+    EXPECT_EQ(Read().returnCode, pmrcEOF);
+    EXPECT_THAT(trace.NewLines(), Contains(Warning(kFunction, "Message identical to previous.")));
+    TakeCheckpoint();
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(2, {"second"}));
+}
+
 TEST_F(CheckpointAppend, AFailedBackOutReplacesTheErrorTextAndIsOtherwiseIgnored) {
     BeginWithCheckpoint();
     mq.PutMessage("second");

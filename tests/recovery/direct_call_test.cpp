@@ -1,0 +1,157 @@
+// What no host can reach through the entry point: a log record of no bytes, and the checkpoints by MQ, which
+// no keyword switches on. The routines are called as the requests would call them.
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "diag/trace.h"
+#include "mqi/session.h"
+#include "params/record_buffer.h"
+#include "params/settings_writer.h"
+#include "recovery/back_out.h"
+#include "recovery/checkpoint.h"
+#include "recovery/checkpoint_file.h"
+#include "recovery/message_log.h"
+#include "recovery/position.h"
+#include "recovery/restart.h"
+#include "tests/recovery/recovery_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+constexpr std::size_t kBlockBytes = 100;
+
+class DirectCall : public testing::Test {
+  protected:
+    void SetUp() override {
+        ResetSettings();
+        writableSettings.BKSZ = kBlockBytes;
+        UseTraceFile(std::fopen("trace.txt", "a"));
+        ASSERT_NE(TraceFile(), nullptr);
+        SetTraceLevel(5);
+    }
+    void TearDown() override {
+        DropLogStream();
+        DropCkPtFileStream();
+        FreeRecordBuffer();
+        FreeErrorText();
+    }
+    /// Connected, with checkpoints by MQ in a file of that name.
+    void CheckpointByMq(const char* path) {
+        writableSettings.MqCheckpointMode = true;
+        std::strcpy(writableSettings.checkpointPath, path);
+        ASSERT_TRUE(AllocateRecordBuffer(kBlockBytes));
+        ChooseSyncpoint(MQGMO_NO_SYNCPOINT, MQGMO_NO_SYNCPOINT);
+    }
+    void Connect() {
+        SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+        ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
+        char name[49] = "QM1";
+        MQCNO options{};
+        MQHCONN connection = 0;
+        MQLONG compCode = -1;
+        MQLONG reason = -1;
+        MQCONNX(name, &options, &connection, &compCode, &reason);
+        ASSERT_EQ(compCode, MQCC_OK);
+        SetConnectionHandle(connection);
+        mq.Forget();
+    }
+    static testing::AssertionResult ErrorIs(const ExpectedError& error) {
+        if (ErrorText() == nullptr) return testing::AssertionFailure() << "no error text";
+        if (ErrorText() != error.Text() || ErrorTextLength() != error.Size())
+            return testing::AssertionFailure() << ErrorText() << "\n  expected " << error.Text();
+        return testing::AssertionSuccess();
+    }
+
+    TemporaryDirectory directory;
+    MqiDouble mq;
+    TraceReader trace;
+};
+
+TEST_F(DirectCall, ALogRecordOfNoBytesWritesNothingAndSucceeds) {
+    writableSettings.LOG = true;
+    std::strcpy(writableSettings.logPath, kLogFile);
+    ASSERT_EQ(OpenLogFile(), pmrcOK);
+    trace.Skip();
+    EXPECT_EQ(WriteLogRec("", 0), pmrcOK);
+    EXPECT_THAT(trace.NewLines(), ElementsAre(Info("WriteLogRec", "Logging 0 byte record."),
+                                              Info("WriteLogRec", "beginning 0 chars: ")));
+    EXPECT_EQ(ReadFile(kLogFile), "");
+}
+
+TEST_F(DirectCall, ByMqANewFileTakesTheRoomOfOneRecord) {
+    CheckpointByMq(kCkFile);
+    EXPECT_EQ(OpenCkPtFile(), pmrcOK);
+    DropCkPtFileStream();
+    EXPECT_EQ(ReadFile(kCkFile), std::string(kBlockBytes + 8, '\0'));
+}
+
+TEST_F(DirectCall, ByMqAFileThatExistsStaysAsItIs) {
+    WriteFile(kCkFile, CkBytes(3, {"kept"}));
+    CheckpointByMq(kCkFile);
+    EXPECT_EQ(OpenCkPtFile(), pmrcOK);
+    DropCkPtFileStream();
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(3, {"kept"}));
+}
+
+TEST_F(DirectCall, ByMqWithoutAPathTheFileCannotBeOpened) {
+    CheckpointByMq("");
+    EXPECT_EQ(OpenCkPtFile(), pmrcFailure);
+    EXPECT_TRUE(ErrorIs({"OpenCkPtFile", "MQA0137: <Checkpoint file () open failed. Reason '" +
+                                             std::string(std::strerror(ENOENT)) + "'>"}));
+}
+
+TEST_F(DirectCall, ByMqACheckpointIsNotSupportedYetCountsAsTaken) {
+    CheckpointByMq(kCkFile);
+    ASSERT_EQ(OpenCkPtFile(), pmrcOK);
+    const PositionData* position = nullptr;
+    EXPECT_EQ(GetPosition(&position), pmrcOK);
+    ASSERT_NE(position, nullptr);
+    EXPECT_TRUE(CkPtPending());
+    trace.Skip();
+    EXPECT_EQ(DoGetPos(), pmrcNotSupported);
+    EXPECT_THAT(trace.NewLines(), ElementsAre(Info("DoGetPos", "Entry"),
+                                              Error("DoGetPos", "Checkpoint (GetPos) NOT committed")));
+    EXPECT_FALSE(CkPtPending());
+    EXPECT_TRUE(CkPtTaken());
+    EXPECT_EQ(TakeNextGetSync(), MQGMO_NO_SYNCPOINT) << "the syncpoint choice is left alone";
+    EXPECT_EQ(mq.Sequence(), "");
+}
+
+TEST_F(DirectCall, ByMqSetPosBacksOutAndTakesTheHostsSequence) {
+    CheckpointByMq(kCkFile);
+    Connect();
+    const PositionData position{7, 5, 0};
+    EXPECT_EQ(SetPosition(&position, sizeof position), pmrcOK);
+    EXPECT_EQ(mq.Sequence(), "BACK");
+    EXPECT_EQ(CkPtSeq(), 7);
+    EXPECT_EQ(MsgCount(), 4);
+    EXPECT_EQ(TakeNextGetSync(), MQGMO_SYNCPOINT);
+    EXPECT_TRUE(ReplayFromCkPt());
+    char buffer[kBlockBytes];
+    std::uint32_t length = 0;
+    EXPECT_EQ(ReadFromChkPt(buffer, &length), pmrcNotSupported);
+    ClearReplayFromCkPt();
+}
+
+TEST_F(DirectCall, ByMqASetPosThatCannotBackOutFailsAndTakesTheSequenceAllTheSame) {
+    CheckpointByMq(kCkFile);
+    Connect();
+    mq.onBack.push_back({.compCode = MQCC_FAILED, .reason = 2009});
+    const PositionData position{8, 5, 0};
+    EXPECT_EQ(SetPosition(&position, sizeof position), pmrcFailure);
+    EXPECT_TRUE(ErrorIs({"BackOutMQ", "MQA0145: <MQBACK failed, reason code = 2009>"}));
+    EXPECT_EQ(CkPtSeq(), 8);
+    EXPECT_FALSE(ReplayFromCkPt());
+}
+
+TEST_F(DirectCall, ABackOutThatSucceedsReportsNothing) {
+    Connect();
+    trace.Skip();
+    EXPECT_EQ(BackOutMQ(), pmrcOK);
+    EXPECT_THAT(trace.NewLines(), ElementsAre(Info("BackOutMQ", "Backing out MQ transactions via MQBACK")));
+    EXPECT_EQ(ErrorText(), nullptr);
+    EXPECT_EQ(mq.calls[0].connection, 7);
+}
+
+}  // namespace

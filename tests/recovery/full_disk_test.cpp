@@ -1,0 +1,108 @@
+// A disk that is really full: /dev/full takes no byte and says so with ENOSPC, as a file system does.
+#include <cerrno>
+#include <cstring>
+
+#include "diag/error_text.h"
+#include "params/record_buffer.h"
+#include "params/settings_writer.h"
+#include "recovery/checkpoint_file.h"
+#include "tests/recovery/recovery_fixture.h"
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+class FullDisk : public RecoveryFixture {
+  protected:
+    /// A name in the test's own directory: Close deletes the name and not the device.
+    static void PutOnFullDisk(const char* name) { std::filesystem::create_symlink("/dev/full", name); }
+    const std::string noSpace = std::strerror(ENOSPC);
+};
+
+TEST_F(FullDisk, AShortLogRecordFailsAtTheFlush) {
+    PutOnFullDisk(kLogFile);
+    Begin("-LOG log.dat -TLF no");
+    mq.PutMessage("record");
+    const ReadOutcome read = Read();
+    EXPECT_TRUE(FailsWith(
+        read, ExpectedError("WriteLogRec", "after log write").Calling("fflush").Processing("Log", noSpace)));
+    EXPECT_EQ(read.recordLength, 0U);
+}
+
+TEST_F(FullDisk, ALongLogRecordFailsAtTheWrite) {
+    PutOnFullDisk(kLogFile);
+    Begin("-LOG log.dat");
+    mq.PutMessage(std::string(60000, 'r'));
+    EXPECT_TRUE(
+        FailsWith(Read(), ExpectedError("WriteLogRec", " ").Calling("fwrite").Processing("Log", noSpace)));
+}
+
+TEST_F(FullDisk, WithTlfNoTheLoadGoesOnWithoutALog) {
+    PutOnFullDisk(kLogFile);
+    Begin("-LOG log.dat -TLF no");
+    mq.PutMessage(std::string(60000, 'r'));
+    const ReadOutcome read = Read();
+    EXPECT_TRUE(Gives(read, std::string(60000, 'r')));
+    EXPECT_TRUE(Carries(read, ExpectedError("WriteLogRec", "continuing without Log").Info()));
+    Deliver({"later"});
+}
+
+TEST_F(FullDisk, NoMessageIsCommittedBehindACheckpointThatCouldNotBeWritten) {
+    PutOnFullDisk(kCkFile);
+    BeginCheckpointing();
+    TakePosition();
+    PassOver();
+    for (int read = 1; read <= 3; ++read) {
+        mq.PutMessage("record");
+        const ReadOutcome outcome = Read();
+        EXPECT_EQ(outcome.returnCode, pmrcFailure);
+        EXPECT_EQ(outcome.recordLength, 0U);
+        EXPECT_THAT(outcome.errorText, HasSubstr("--Error occured while processing Checkpoint"));
+    }
+    EXPECT_EQ(mq.Count(Verb::Cmit), 0U);
+    EXPECT_EQ(mq.Count(Verb::Back), mq.Count(Verb::Get));
+}
+
+TEST_F(FullDisk, ALongRecordBehindACheckpointIsBackedOut) {
+    PutOnFullDisk(kCkFile);
+    BeginCheckpointing();
+    TakePosition();
+    PassOver();
+    mq.PutMessage(std::string(60000, 'r'));
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_EQ(mq.Sequence(), "GET BACK");
+}
+
+TEST_F(FullDisk, ACopyInTheMiddleOfAReplayLeavesTheOldFile) {
+    PutOnFullDisk(TempFile().c_str());
+    BeginReplay(1, {"a", "b"});
+    EXPECT_TRUE(Gives(Read(), "a"));
+    TakePosition();
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"a", "b"}));
+    EXPECT_THAT(faults->log, Not(Contains("remove ck.dat")));
+}
+
+TEST_F(FullDisk, ByMqTheRoomForOneRecordCannotBeTaken) {
+    ResetSettings();
+    writableSettings.BKSZ = 60000;
+    writableSettings.MqCheckpointMode = true;
+    std::strcpy(writableSettings.checkpointPath, kCkFile);
+    ASSERT_TRUE(AllocateRecordBuffer(60000));
+    PutOnFullDisk(kCkFile);
+    ReleaseCkPtFile();  // from now on no file is looked for
+    EXPECT_EQ(OpenCkPtFile(), pmrcFailure);
+    const ExpectedError error =
+        ExpectedError("OpenCkPtFile", "MQA0123: <Disk space error, while writing to checkpoint.>")
+            .Calling("fwrite")
+            .Processing("Checkpoint", noSpace);
+    ASSERT_NE(ErrorText(), nullptr);
+    EXPECT_EQ(ErrorText(), error.Text());
+    EXPECT_EQ(ErrorTextLength(), error.Size());
+    EXPECT_FALSE(RecordBufferExists());
+    DropCkPtFileStream();
+}
+
+}  // namespace
