@@ -69,7 +69,10 @@ Temporaries SortTemporaries(const std::vector<CheckpointFacts>& found, const Che
 void PlanReplacement(const std::string& checkpointPath, const CheckpointFacts& file,
                      const CheckpointFacts& temporary, RepairPlan& plan) {
     if (file.shape != CheckpointShape::kMissing) {
-        plan.steps.push_back({RepairStep::Kind::kSetAside, {}, FreeName(checkpointPath, ".kept")});
+        RepairStep setAside;
+        setAside.kind = RepairStep::Kind::kSetAside;
+        setAside.keptPath = FreeName(checkpointPath, ".kept");
+        plan.steps.push_back(setAside);
     }
     plan.steps.push_back(Make(Repair::Kind::kRenameTemporary, temporary.path));
 }

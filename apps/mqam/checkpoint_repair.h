@@ -16,8 +16,8 @@ struct RepairStep {
         kSetAside,  ///< the checkpoint file, which holds no whole record, gets the name `keptPath`
         kKeepTail,  ///< the bytes of the checkpoint file behind `repair.bytes` are copied to `keptPath`
     };
-    Kind kind;
-    Repair repair;
+    Kind kind = Kind::kMake;
+    Repair repair = {};
     std::string keptPath;
 };
 

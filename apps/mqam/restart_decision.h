@@ -35,7 +35,7 @@ struct Repair {
         kCutTornTail,      ///< the checkpoint file is cut to `bytes`: a record not wholly there was never
                            ///< committed
     };
-    Kind kind;
+    Kind kind = Kind::kRenameTemporary;
     std::string path;
     std::uint64_t bytes = 0;
 };
