@@ -53,6 +53,7 @@ TEST_F(CheckpointCommand, ShowListsEachRecordWithOffsetLengthAndFirstBytes) {
 
 TEST_F(CheckpointCommand, ShowLeavesOutTheMiddleOfALongFileUnlessAllIsGiven) {
     std::vector<std::string> records;
+    records.reserve(1025);
     for (int i = 0; i < 1025; ++i)
         records.push_back("r" + std::to_string(i));
     WriteBytesTo(Path(), CheckpointBytes(1, records));

@@ -237,7 +237,7 @@ TEST_F(CheckpointRepairTest, NoFlippedBitMakesARepairTouchRecordsThatAreThere) {
     const std::vector<std::string> records = {"first record", "second one", "third", "fourth record"};
     const std::string whole = CheckpointBytes(1, records);
     int damaged = 0;
-    for (std::size_t bit = 0; bit < 42 * 8; ++bit) {
+    for (std::size_t bit = 0; bit < std::size_t{42} * 8; ++bit) {
         SCOPED_TRACE(bit);
         std::string bytes = whole;
         bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ (1 << (bit % 8)));

@@ -54,7 +54,7 @@ class RestartDecisionTest : public testing::Test {
             WriteBytesTo(Path("MQAMtmp." + std::to_string(i + 1)), temporaries[i]);
         const std::vector<std::string> found = FindTemporaryFiles(Path());
         const CheckpointFacts facts = InspectForStart(Path(), found, 1000);
-        const StartDecision decision = DecideStart(Path(), stored, facts, found);
+        StartDecision decision = DecideStart(Path(), stored, facts, found);
         EXPECT_NE(decision.reason, "");
         EXPECT_TRUE(decision.action != StartAction::kRefuse || decision.repairs.empty());
         return decision;
