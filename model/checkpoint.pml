@@ -30,6 +30,9 @@
 #ifndef F_IO
 #define F_IO 1                  /* a file call of the module fails */
 #endif
+#ifndef F_TORN
+#define F_TORN 1                /* what is interrupted while it is written can be there in part */
+#endif
 #ifndef F_STOP
 #define F_STOP 1                /* the operator ends the load early, or the command dies between two lives */
 #endif
@@ -50,6 +53,12 @@
 #endif
 #ifndef NULS
 #define NULS 0                  /* message 1 is nothing but NUL bytes, as the record buffer after Open */
+#endif
+#ifndef F_OTHER
+#define F_OTHER 0               /* another load takes a message that was backed out, between two lives of this one */
+#endif
+#ifndef OVERTAKE
+#define OVERTAKE 0              /* message 1 was put first but is committed late: it comes whenever it likes */
 #endif
 #ifndef POWER
 #define POWER 0                 /* a death may take with it what was flushed but never reached the disk */
@@ -173,6 +182,7 @@
 #define GOT 1                   /* in the unit of work of the life that runs */
 #define LIMBO 2                 /* in the unit of work of a life that is over, not backed out yet */
 #define GONE 3
+#define PUT 4                   /* put and not committed by the sender: not on the queue yet */
 
 /* a temporary file */
 #define NONE 0
@@ -194,6 +204,7 @@ byte lives;
 /* The queue manager. */
 byte queue[N + 1];              /* ON, GOT, LIMBO, GONE */
 bit backoutCount[N + 1];        /* whether it is above 0 */
+bit theirs[N + 1];              /* another load took it */
 bit connected;
 
 /* The checkpoint file, as the system calls left it, and the temporary files of even and odd lives. */
@@ -305,29 +316,37 @@ inline EndUnit(from, to) {
 inline BackOut() { d_step { EndUnit(GOT, ON) } }
 inline Commit() { d_step { EndUnit(GOT, GONE) } }
 
+inline Find(state) {
+    d_step { m = 1; do :: m <= N && queue[m] != state -> m++ :: else -> break od }
+}
+
 /* The connection is gone: the queue manager backs out, at once or later. */
 inline LoseConnection() {
     connected = 0;
+    Find(GOT);
     if
-    :: d_step { EndUnit(GOT, ON) }
-    :: LATE -> d_step { EndUnit(GOT, LIMBO) }
-    fi
+    :: m > N
+    :: m <= N -> BackOut()
+    :: m <= N && LATE -> printf("      the queue manager does not notice yet: message %d stays in the unit of work\n", m);
+       d_step { EndUnit(GOT, LIMBO) }
+    fi;
+    m = 0
 }
 
-inline NoticeDeaths() {
+/* What the queue manager and the senders do whenever they like. */
+inline MeanwhileInMq() {
+    Find(LIMBO);
     if
-    :: true
-    :: LATE -> d_step { EndUnit(LIMBO, ON) }
-    fi
+    :: m <= N -> d_step { printf("    the queue manager backs message %d out\n", m); EndUnit(LIMBO, ON) }
+    :: true -> m = 0
+    fi;
+    if :: OVERTAKE && queue[1] == PUT -> queue[1] = ON; printf("    message 1 is committed by its sender\n") :: true fi
 }
 
 inline FirstOnQueue() {
+    Find(ON);
     d_step {
-        m = 1;
-        do
-        :: m <= N && queue[m] != ON -> m++
-        :: else -> break
-        od
+        if :: m > N && queue[1] == PUT -> queue[1] = ON; m = 1 :: else fi
     }
 }
 
@@ -339,9 +358,9 @@ inline TearRewrite() {
     if
     :: d_step { ClearFile(); printf("      left: a checkpoint file of 0 bytes\n") }
     :: d_step { records = 0; record[0] = 0; printf("      left: a checkpoint file of 4 bytes\n") }
-    :: records > 0 -> d_step { records = 0; record[0] = 0; torn = 1;
+    :: F_TORN && records > 0 -> d_step { records = 0; record[0] = 0; torn = 1;
        printf("      left: a header and 1 to 7 bytes of the first record\n") }
-    :: records > 0 -> d_step { records = 0; record[0] = 0; torn = 2;
+    :: F_TORN && records > 0 -> d_step { records = 0; record[0] = 0; torn = 2;
        printf("      left: a header and a first record cut short\n") }
     fi
 }
@@ -351,8 +370,8 @@ inline TearAppend() {
     records--; record[records] = 0;
     if
     :: printf("      left: nothing of the record\n")
-    :: torn = 1; printf("      left: 1 to 7 bytes of the record\n")
-    :: torn = 2; printf("      left: the record cut short\n")
+    :: F_TORN -> torn = 1; printf("      left: 1 to 7 bytes of the record\n")
+    :: F_TORN -> torn = 2; printf("      left: the record cut short\n")
     fi
 }
 
@@ -470,14 +489,14 @@ inline SaveAndCommit() {
 
 inline ReadFromQueue() {
     slow = 0;
-    NoticeDeaths();
+    MeanwhileInMq();
     FirstOnQueue();
     if
     :: !connected -> printf("    MQGET fails without data: connection broken\n"); rc = EOF
     :: connected && !timedOut && m > N -> slow = 1; rc = EOF
     :: connected && !timedOut && MISFORTUNE(F_TIMEOUT); printf("    fault: the time-out fires\n");
        timedOut = 1; rc = TIMEOUT
-    :: connected && timedOut -> if :: m <= N -> queue[m] = (syncpoint -> GOT : GONE) :: else fi; rc = TIMEOUT
+    :: connected && timedOut -> if :: m <= N -> printf("    MQGET returns message %d\n", m); queue[m] = (syncpoint -> GOT : GONE) :: else fi; rc = TIMEOUT
     :: connected && MISFORTUNE(F_INHIBIT);
        printf("    fault: MQGET fails without data, the connection lives\n"); rc = EOF
     :: connected && MISFORTUNE(F_MQ);
@@ -490,7 +509,7 @@ inline ReadFromQueue() {
     :: connected && !timedOut && m <= N ->
        queue[m] = (syncpoint -> GOT : GONE);
        if
-       :: EMPTY(m) -> rc = EOF
+       :: EMPTY(m) -> printf("    message %d is empty\n", m); rc = EOF
        :: !EMPTY(m) ->
           CRASH("    dies after MQGET\n");
           if
@@ -542,7 +561,7 @@ inline SetPosition() {
        :: posSeq < CkPtSeq -> ERROR("ERROR: stuck: SetPos: requested sequence prior to checkpoint file\n")
        :: posSeq == CkPtSeq -> stream = 1
        :: posSeq > CkPtSeq && records > 0 && (posOffset == 0 || !posOffsetValid) ->
-          ERROR("ERROR: SetPos sets the file into the middle of a record or past the end\n")
+          ERROR("ERROR: garbled: SetPos sets the file into the middle of a record or past the end\n")
        :: else ->
           d_step { CkPtOffset = posOffset; offsetValid = posOffsetValid; stream = (records > 0 -> posOffset : 1) }
        fi;
@@ -559,7 +578,7 @@ inline SetPosition() {
 inline Open() {
     if
     :: MISFORTUNE(F_MQ);
-       printf("  Open -> 34: the queue manager cannot be reached\n");
+       printf("  Init, PRESERVE_RESTART_INFO YES, Open -> 34: the queue manager cannot be reached\n");
        if
        :: RULE_H13 -> goto ended
        :: else -> FreshCkPtFile = 1; setPos = 0; printf("  Close, Open again in the same process\n")
@@ -571,7 +590,7 @@ inline Open() {
         if :: RULE_H21 -> EndUnit(LIMBO, ON) :: else fi;
         if :: FreshCkPtFile || !fileThere -> ClearFile(); ForgetOffsets(); fileThere = 1 :: else fi;
         stream = 1; kept = 0; ReplayFromCkPt = 0; CkPtSeq = 0; syncpoint = 0;
-        printf("  Open -> 0\n")
+        printf("  Init, PRESERVE_RESTART_INFO YES, Open -> 0\n")
     }
 }
 
@@ -593,6 +612,23 @@ inline Close() {
 
 /* ---- host ---- */
 
+#if OVERTAKE || F_OTHER
+/* The order is not known beforehand: nothing twice. */
+inline Judge() {
+    d_step {
+        i = stored;
+        do
+        :: i < written ->
+           j = 0;
+           do :: j < i && target[j] != target[i] -> j++ :: else -> break od;
+           if :: j < i || theirs[target[i]] -> printf("ERROR: doubled: message %d\n", target[i]); assert(false) :: else fi;
+           i++
+        :: else -> break
+        od;
+        i = 0; j = 0
+    }
+}
+#else
 inline Judge() {
     d_step {
         i = stored;
@@ -611,6 +647,7 @@ inline Judge() {
         i = 0; m = 0
     }
 }
+#endif
 
 inline Put(message) {
     if :: written == TMAX -> ERROR("ERROR: doubled: the target holds more than was sent\n") :: else fi;
@@ -656,13 +693,26 @@ inline StartLife() {
     lives++;
     if :: lives > LIVES -> ERROR("ERROR: stuck: one life after the other, and none is the last\n") :: else fi;
     d_step {
-        printf("life %d\n", lives);
+        printf("life %d: %d records stored", lives, stored);
+        if :: positionThere -> printf(" with position %d", posSeq) :: else fi;
+        if
+        :: !fileThere -> printf("; no checkpoint file\n")
+        :: fileThere && !headerThere -> printf("; checkpoint file of 0 bytes\n")
+        :: fileThere && headerThere -> printf("; checkpoint file: header %d, %d records\n", header, records)
+        fi;
         CkPtSeq = 0; CkPtOffset = 0; offsetValid = 0; CkPtPending = 0; CkPtTaken = 0; ReplayFromCkPt = 0;
         FreshCkPtFile = 0; kept = 0; syncpoint = 0; timedOut = 0; stream = 0; rc = OK; rec = 0; connected = 0;
         givenSeq = 0; givenOffset = 0; givenOffsetValid = 0; givenRepeat = 0; givenCount = 0; givenUnsaved = 0;
         returned = 0; since = 0; fromQueue = 0; slow = 0; saveFailed = 0; setPos = 0; first = 0; due = 0; then = 0; finished = 0; readOn = 0;
         rewriteBuffered = 0; appendBuffered = 0
     }
+    if
+    :: MISFORTUNE(F_OTHER); EndUnit(LIMBO, ON);
+       m = 1; do :: m <= N && !(queue[m] == ON && backoutCount[m]) -> m++ :: else -> break od;
+       if :: m <= N -> queue[m] = GONE; theirs[m] = 1; printf("  fault: another load takes message %d\n", m) :: else fi;
+       m = 0
+    :: true
+    fi;
     if :: synced < stored -> ERROR("ERROR: lost: the target is shorter than its stored length\n") :: else fi;
     d_step {
         if :: RULE_T1 -> written = stored :: else -> written = synced fi;
@@ -730,11 +780,11 @@ inline FinishLoad() {
     printf("done: %d records\n", written);
     d_step {
         i = 0; m = 1;
-        do :: m <= N -> i = i + (EMPTY(m) -> 0 : 1); m++ :: else -> break od;
-        if :: written < i -> printf("ERROR: not done: %d of %d records\n", written, i); assert(false) :: else fi;
+        do :: m <= N -> i = i + ((EMPTY(m) || theirs[m]) -> 0 : 1); m++ :: else -> break od;
+        if :: written < i -> printf("ERROR: unfinished: %d of %d records\n", written, i); assert(false) :: else fi;
         m = 1;
         do
-        :: m <= N -> if :: queue[m] != GONE -> printf("ERROR: not done: message %d is still queued\n", m); assert(false)
+        :: m <= N -> if :: queue[m] != GONE -> printf("ERROR: unfinished: message %d is still queued\n", m); assert(false)
                         :: else
                      fi; m++
         :: else -> break
@@ -747,7 +797,7 @@ inline FinishLoad() {
 active proctype Load()
 {
 atomic {
-    skip;
+    queue[1] = (OVERTAKE -> PUT : ON);
 life:
     StartLife();
     LookAtFiles();
@@ -819,7 +869,7 @@ end:
                 (!RULE_H6_CLEAN && !fromQueue));
     if
     :: finished && !RULE_H23 -> FinishLoad()
-    :: !finished && !RULE_H6_CLOSE -> goto died
+    :: !finished && !RULE_H6_CLOSE -> printf("  the process ends without Close\n"); goto died
     :: else
     fi;
 stop:
@@ -841,7 +891,7 @@ failed:
     if
     :: connected && !RULE_H11 && stream != 0 -> then = STOP; finished = 0; goto stop
     :: connected && RULE_H11 && ((saveFailed && !RULE_H10) || (!saveFailed && !RULE_H9)) -> goto next
-    :: else -> printf("  the process ends\n")
+    :: else -> printf("  the process ends without Close\n")
     fi;
 
 died:
