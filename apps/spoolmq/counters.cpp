@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "names.h"
 #include "os.h"
 
 namespace spoolmq {
@@ -33,7 +34,8 @@ std::int64_t NextStamp(QmgrCounters* counters) {
     std::int64_t last = counters->lastStampNs.load();
     std::int64_t next = 0;
     do {
-        next = std::max(now, last + 1);
+        // A file that holds what was never given out is damaged; the clock goes on from now.
+        next = last < kLatestStampNs ? std::max(now, last + 1) : now;
     } while (!counters->lastStampNs.compare_exchange_weak(last, next));
     return next;
 }

@@ -66,7 +66,8 @@ bool ParseStamp(std::string_view text, std::int64_t* stampNs) {
     const chrono::year_month_day date{chrono::year(static_cast<int>(at.year)),
                                       chrono::month(static_cast<unsigned>(at.month)),
                                       chrono::day(static_cast<unsigned>(at.day))};
-    if (!date.ok() || at.hour > 23 || at.minute > 59 || at.second > 59 || at.year < 1970) return false;
+    if (!date.ok() || at.hour > 23 || at.minute > 59 || at.second > 59 || at.year < 1970 || at.year > 2261)
+        return false;
     const std::int64_t days = chrono::sys_days(date).time_since_epoch().count();
     *stampNs = (((days * 24 + at.hour) * 60 + at.minute) * 60 + at.second) * kNsPerSecond + at.nanosecond;
     return true;

@@ -14,6 +14,9 @@
 
 namespace spoolmq {
 
+/// The last nanosecond of 2261: 64 bits hold no whole year after it. A later stamp is none.
+inline constexpr std::int64_t kLatestStampNs = 9214646399999999999;
+
 struct MessageName {
     std::int64_t stampNs = 0;  ///< arrival, nanoseconds since 1970 UTC
     std::int32_t backoutCount = 0;

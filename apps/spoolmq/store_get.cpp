@@ -210,7 +210,18 @@ StoreStatus ClaimMessage(StoreQueue* queue, FoundMessage* found, bool syncpoint,
         if (attempt > 0) ++found->name.stampNs;
         status =
             StagePath(&unit, StageOf(syncpoint), queue->state->folder, FormatMessageName(found->name), &to);
-        if (status == OsStatus::Ok) status = RenameNew(from, to);
+        if (status != OsStatus::Ok) {
+            *why = UnitsPath(unit.qmgrPath) + '/' + unit.id + ": " + LastOsErrorText();
+            return StoreStatus::Failed;
+        }
+        status = RenameNew(from, to);
+    }
+    FileInfo info;
+    if (status == OsStatus::NotFound && StatPath(from, &info) == OsStatus::Ok) {
+        // The message is there, its place is not: somebody has cleared the unit's folder away. The next try
+        // makes it.
+        unit.madeFolders.erase(to.substr(0, to.rfind('/')));
+        return StoreStatus::Taken;
     }
     if (status == OsStatus::NotFound || status == OsStatus::Busy) return StoreStatus::Taken;
     if (status != OsStatus::Ok) {

@@ -92,14 +92,18 @@ QueueState* StateOfQueue(StoreConnection* connection, const std::string& name, s
     }
     // Deleted and created anew since: the old counters belong to nobody any more.
     if (state->counters == nullptr || state->identity != info.identity) {
+        QueueCounters* counters = MapQueueCounters(path + "/.state");
+        if (counters == nullptr) {
+            *why = path + "/.state: " + LastOsErrorText();
+            // One that has counters may be open: it stays with them.
+            if (state->counters == nullptr) connection->queues.erase(folder);
+            return nullptr;
+        }
         UnmapCounters(state->counters);
-        state->counters = MapQueueCounters(path + "/.state");
+        state->counters = counters;
         state->identity = info.identity;
     }
-    if (state->counters != nullptr) return state.get();
-    *why = path + "/.state: " + LastOsErrorText();
-    connection->queues.erase(folder);
-    return nullptr;
+    return state.get();
 }
 
 }  // namespace

@@ -37,8 +37,8 @@ Tokenized Tokenize(const char* text, std::size_t length, TokenList* list) {
 }
 
 void ReleaseTokens(TokenList* list) {
-    for (char* token : list->slots)
-        std::free(token);
+    for (std::int32_t i = 0; i < list->count; ++i)
+        std::free(list->slots[i]);
     *list = {};
 }
 

@@ -2,6 +2,11 @@
 
 namespace {
 
+// Positions come back from the host and sequence numbers from the file: any 32 bits may stand there.
+std::int32_t WrapAround(std::int32_t number, std::uint32_t step) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + step);
+}
+
 struct Position {
     PositionData handedOut;  // its first field is CkPtSeq
     std::int32_t MsgCount;
@@ -28,7 +33,11 @@ void SetMsgCount(std::int32_t count) {
 }
 
 void CountMessage() {
-    position.MsgCount += 1;
+    position.MsgCount = WrapAround(position.MsgCount, 1);
+}
+
+void UncountMessage() {
+    position.MsgCount = WrapAround(position.MsgCount, ~0U);
 }
 
 std::int64_t CkPtOffset() {
@@ -40,7 +49,7 @@ void SetCkPtOffset(std::int64_t offset) {
 }
 
 const PositionData* NextPosition() {
-    position.handedOut.CkPtSeq += 1;
+    position.handedOut.CkPtSeq = WrapAround(position.handedOut.CkPtSeq, 1);
     position.handedOut.CkPtMsgCount = position.MsgCount;
     position.handedOut.CkPtOffset = position.CkPtOffset;
     return &position.handedOut;

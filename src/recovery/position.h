@@ -9,10 +9,12 @@
 [[nodiscard]] std::int32_t CkPtSeq();
 void SetCkPtSeq(std::int32_t sequence);
 
-/// Records returned since Open. Close leaves it.
+/// Records returned since Open. Close leaves it. It wraps around where 32 bits end, as the sequence number
+/// does: a host may hand in any position.
 [[nodiscard]] std::int32_t MsgCount();
 void SetMsgCount(std::int32_t count);
 void CountMessage();
+void UncountMessage();
 
 /// The stream position of the last record written to the checkpoint file, or read back from it. 0 when
 /// loaded; it survives Open, Close and Shut.

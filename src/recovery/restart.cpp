@@ -83,7 +83,8 @@ ReturnCode SetPosition(const void* position, std::uint32_t length) {
     std::memcpy(&requested, position, sizeof requested);
 
     // One less: the last record before the checkpoint comes again.
-    SetMsgCount(requested.CkPtMsgCount != 0 ? requested.CkPtMsgCount - 1 : 0);
+    SetMsgCount(requested.CkPtMsgCount);
+    if (requested.CkPtMsgCount != 0) UncountMessage();
     TraceLine(TraceLevel::JobEvents, Severity::Info, kMain,
               FormatText("%s. %s: %d", "Reposition requested", "Requested sequence", requested.CkPtSeq));
     const ReturnCode rc = GoBackTo(requested);
