@@ -63,7 +63,7 @@ void FloorGet(benchmark::State& state) {
     MQLONG length = 0;
     MQLONG compCode = 0;
     MQLONG reason = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         get(1, 1, &md, &gmo, sizeof buffer, buffer, &length, &compCode, &reason);
         benchmark::DoNotOptimize(buffer);
     }
@@ -73,7 +73,7 @@ void FloorGet(benchmark::State& state) {
 void Read(benchmark::State& state) {
     ChooseSize(state);
     StartLoad(kKeywords);
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(ReadOne());
     EndLoad();
     TellRates(state);
@@ -91,7 +91,7 @@ void FloorGetSave(benchmark::State& state) {
     MQLONG compCode = 0;
     MQLONG reason = 0;
     std::int64_t left = RecordsPerFile(state);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         if (--left == 0) {
             left = RecordsPerFile(state);
             if (ftruncate(file, 0) != 0 || lseek(file, 0, SEEK_SET) != 0) state.SkipWithError("truncate");
@@ -113,7 +113,7 @@ void ReadCheckpointed(benchmark::State& state) {
     StartLoad(std::string(kKeywords) + " -CKFILE read_bench.dat");
     RequestCheckpoint();
     std::int64_t left = RecordsPerFile(state);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         if (--left == 0) {
             left = RecordsPerFile(state);
             RequestCheckpoint();
