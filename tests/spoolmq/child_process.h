@@ -19,5 +19,8 @@ int WaitForChild(ChildProcess* child);
 /// Ends it at once, as an operator's kill -9 does. To be followed by WaitForChild.
 void KillChild(const ChildProcess& child);
 
+/// Whether the system starts every program that it is asked to start. Wine under load does not.
+[[nodiscard]] bool ProcessesStartReliably();
+
 /// Empty removes the variable.
 void SetEnvironment(const std::string& name, const std::string& value);

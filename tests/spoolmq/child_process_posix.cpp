@@ -40,3 +40,7 @@ void SetEnvironment(const std::string& name, const std::string& value) {
     else
         setenv(name.c_str(), value.c_str(), 1);
 }
+
+bool ProcessesStartReliably() {
+    return true;
+}

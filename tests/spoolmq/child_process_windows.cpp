@@ -43,3 +43,7 @@ void KillChild(const ChildProcess& child) {
 void SetEnvironment(const std::string& name, const std::string& value) {
     SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
 }
+
+bool ProcessesStartReliably() {
+    return false;
+}

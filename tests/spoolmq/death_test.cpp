@@ -42,6 +42,13 @@ std::vector<std::string> ReaderDoing(const std::vector<std::string>& steps) {
     return all;
 }
 
+// A run over dozens of processes, each killed at a random instant, needs a system that starts every one of
+// them.
+constexpr char kWhyNotHere[] =
+    "Wine under load now and then does not start a process at all; processes are killed at every named point "
+    "here, "
+    "at random instants on Linux";
+
 TEST_F(DeathTest, AKilledReadersMessagesAreBackAtTheirPlaceWithTheCountRaised) {
     PutAll(4);
     ChildProcess reader = StartActor(ReaderDoing({"get-sync", "2", "say", "holding", "hold"}));
@@ -208,6 +215,7 @@ struct Story {
 };
 
 TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
+    if (!ProcessesStartReliably()) GTEST_SKIP() << kWhyNotHere;
     const int messages = 400;
     PutAll(messages);
     std::mt19937 random(20261);
@@ -255,6 +263,7 @@ TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
 }
 
 TEST_F(DeathTest, PuttersKilledAtAnyInstantLeaveWholeMessagesOnly) {
+    if (!ProcessesStartReliably()) GTEST_SKIP() << kWhyNotHere;
     std::mt19937 random(7);
     for (int life = 0; life < 8; ++life) {
         const std::string begun = "begun " + std::to_string(life);

@@ -33,6 +33,10 @@ void RestoreStandardOutput(int token);
 /// A crash ends the process at once, without a dialog or debugger.
 void MakeCrashesQuiet();
 
+/// Ends a test program whose tests are over. Under Wine at once: a process there now and then hangs in its
+/// exit.
+[[noreturn]] void EndTestProgram(int exitCode);
+
 /// Closes streams that the module left open by design, so that the files can be deleted where the system
 /// refuses to delete an open file. Does nothing elsewhere.
 void CloseForgottenStreams();

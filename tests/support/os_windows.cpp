@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -61,6 +62,12 @@ void RestoreStandardOutput(int token) {
 
 void MakeCrashesQuiet() {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+}
+
+void EndTestProgram(int exitCode) {
+    (void)std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
+    std::abort();
 }
 
 void CloseForgottenStreams() {

@@ -13,5 +13,5 @@ int main(int argc, char** argv) {
     }
     MakeCrashesQuiet();
     testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    EndTestProgram(RUN_ALL_TESTS());
 }
