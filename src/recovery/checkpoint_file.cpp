@@ -46,10 +46,12 @@ ReturnCode FailSave(const char* failingCall) {
     return pmrcFailure;
 }
 
-// "disk space probe" of MQ-based checkpointing: room for one record is taken at once.
+// MQ-based checkpointing takes the room for one record at once, to learn early of a disk that is full.
 ReturnCode ProbeDiskSpace() {
     const std::size_t bytes = static_cast<std::size_t>(Setting().BKSZ) + kRecordLengthBytes;
-    if (std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes) return pmrcOK;
+    // What only fills the stream's buffer has taken no room.
+    const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
+    if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
     const char* reason = StreamReason(state.CkPtFileStream);
     ReportStreamError(Severity::Error, kOpenFunction, FormatNumbered(123), "fwrite", Activity::Checkpoint,
                       reason);
