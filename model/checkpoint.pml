@@ -33,6 +33,9 @@
 #ifndef F_TORN
 #define F_TORN 1                /* what is interrupted while it is written can be there in part */
 #endif
+#ifndef F_BACK
+#define F_BACK 1                /* after a failed save MQBACK can fail, too */
+#endif
 #ifndef F_STOP
 #define F_STOP 1                /* the operator ends the load early, or the command dies between two lives */
 #endif
@@ -472,7 +475,7 @@ inline SaveAndCommit() {
        if :: rewriteBuffered -> rewriteBuffered = 0 :: else fi;
        TearAppend();
        saveFailed = 1;
-       if :: BackOut() :: printf("    fault: so does MQBACK\n") fi;
+       if :: BackOut() :: F_BACK -> printf("    fault: so does MQBACK\n") fi;
        rc = FAIL
     :: true ->
        d_step { rewriteBuffered = 0; appendBuffered = 0 }
@@ -551,6 +554,7 @@ inline Read() {
 
 inline SetPosition() {
     rc = OK; syncpoint = 1;
+    printf("  SetPos %d\n", posSeq);
     if
     :: MISFORTUNE(F_IO); printf("    fault: the checkpoint file cannot be read\n"); rc = FAIL
     :: garbled -> ERROR("ERROR: lost: the checkpoint file cannot be read back\n")
@@ -569,8 +573,8 @@ inline SetPosition() {
     fi;
     d_step {
         if
-        :: rc == OK -> printf("  SetPos %d -> 0 (header %d, replay from record %d of %d)\n", posSeq, header, stream, records)
-        :: else -> printf("  SetPos %d -> 34\n", posSeq)
+        :: rc == OK -> printf("    -> 0 (header %d, replay from record %d of %d)\n", header, stream, records)
+        :: else -> printf("    -> 34\n")
         fi
     }
 }
@@ -581,16 +585,19 @@ inline Open() {
        printf("  Init, PRESERVE_RESTART_INFO YES, Open -> 34: the queue manager cannot be reached\n");
        if
        :: RULE_H13 -> goto ended
-       :: else -> FreshCkPtFile = 1; setPos = 0; printf("  Close, Open again in the same process\n")
+       :: else -> FreshCkPtFile = 1; setPos = 0; printf("  Close -> 0\n")
        fi
     :: true
     fi;
     d_step {
         connected = 1;
         if :: RULE_H21 -> EndUnit(LIMBO, ON) :: else fi;
+        if
+        :: FreshCkPtFile -> printf("  Open -> 0\n")
+        :: else -> if :: RULE_H13B -> printf("  Init, PRESERVE_RESTART_INFO YES, Open -> 0\n") :: else -> printf("  Init, Open -> 0\n") fi
+        fi;
         if :: FreshCkPtFile || !fileThere -> ClearFile(); ForgetOffsets(); fileThere = 1 :: else fi;
-        stream = 1; kept = 0; ReplayFromCkPt = 0; CkPtSeq = 0; syncpoint = 0;
-        printf("  Init, PRESERVE_RESTART_INFO YES, Open -> 0\n")
+        stream = 1; kept = 0; ReplayFromCkPt = 0; CkPtSeq = 0; syncpoint = 0
     }
 }
 
@@ -697,8 +704,9 @@ inline StartLife() {
         if :: positionThere -> printf(" with position %d", posSeq) :: else fi;
         if
         :: !fileThere -> printf("; no checkpoint file\n")
-        :: fileThere && !headerThere -> printf("; checkpoint file of 0 bytes\n")
-        :: fileThere && headerThere -> printf("; checkpoint file: header %d, %d records\n", header, records)
+        :: fileThere && garbled -> printf("; a checkpoint file that cannot be read\n")
+        :: fileThere && !garbled && !headerThere -> printf("; checkpoint file of 0 bytes\n")
+        :: fileThere && !garbled && headerThere -> printf("; checkpoint file: header %d, %d records\n", header, records)
         fi;
         CkPtSeq = 0; CkPtOffset = 0; offsetValid = 0; CkPtPending = 0; CkPtTaken = 0; ReplayFromCkPt = 0;
         FreshCkPtFile = 0; kept = 0; syncpoint = 0; timedOut = 0; stream = 0; rc = OK; rec = 0; connected = 0;
