@@ -19,6 +19,7 @@ struct ReasonAdvice {
     const char* name;     ///< MQ's name
     const char* meaning;  ///< in a few words
     const char* next;
+    bool staysSo = false;  ///< time does not heal it: somebody has to change something first
 };
 
 struct TextAdvice {

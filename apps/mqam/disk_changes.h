@@ -1,4 +1,5 @@
-// Files as a repair needs them: what stands in a folder, and changes that are on the medium when they return.
+// Files as a repair and a restart need them: what stands in a folder, and changes that are on the medium when
+// they return.
 // disk_changes_posix.cpp and disk_changes_windows.cpp answer.
 #pragma once
 
@@ -26,6 +27,11 @@
 
 /// Cuts a file to `bytes`, fewer than it has. Returns false with the system's words in `reason`.
 [[nodiscard]] bool CutDurably(const std::string& path, std::uint64_t bytes, std::string& reason);
+
+/// Makes `bytes` the contents of the file at `path`, by way of the new file `scratch` on the same volume: at
+/// every instant `path` is as before or as after. Returns false with the system's words in `reason`.
+[[nodiscard]] bool ReplaceDurably(const std::string& path, const std::string& scratch,
+                                  const std::string& bytes, std::string& reason);
 
 /// Brings a new file's name to the medium, where that is a step of its own.
 [[nodiscard]] bool SyncNameOf(const std::string& path, std::string& reason);

@@ -20,6 +20,19 @@ bool Fail(std::string& reason) {
     return false;
 }
 
+bool WriteWhole(int descriptor, const std::string& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const long written = WriteBytes(descriptor, bytes.data() + done, bytes.size() - done);
+        if (written <= 0) {
+            if (written == 0) errno = ENOSPC;
+            return false;
+        }
+        done += static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
 // Opens, brings to the medium, closes.
 bool SyncPath(const std::string& path, std::string& reason) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -69,6 +82,18 @@ bool RenameDurably(const std::string& from, const std::string& to, std::string& 
 
 bool DeleteDurably(const std::string& path, std::string& reason) {
     if (unlink(path.c_str()) != 0) return Fail(reason);
+    return SyncNameOf(path, reason);
+}
+
+bool ReplaceDurably(const std::string& path, const std::string& scratch, const std::string& bytes,
+                    std::string& reason) {
+    const int descriptor = open(scratch.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (descriptor < 0) return Fail(reason);
+    const bool written = WriteWhole(descriptor, bytes) && SyncToMedium(descriptor) == 0;
+    if (!written) (void)Fail(reason);
+    if (close(descriptor) != 0 && written) return Fail(reason);
+    if (!written) return false;
+    if (rename(scratch.c_str(), path.c_str()) != 0) return Fail(reason);
     return SyncNameOf(path, reason);
 }
 

@@ -59,6 +59,24 @@ bool DeleteDurably(const std::string& path, std::string& reason) {
     return DeleteFileA(path.c_str()) != 0 || Fail(reason);
 }
 
+bool ReplaceDurably(const std::string& path, const std::string& scratch, const std::string& bytes,
+                    std::string& reason) {
+    const HANDLE file = CreateFileA(scratch.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return Fail(reason);
+    const auto length = static_cast<DWORD>(bytes.size());
+    DWORD written = 0;
+    SetLastError(ERROR_DISK_FULL);
+    const bool whole = (WriteFile(file, bytes.data(), length, &written, nullptr) != 0 && written == length &&
+                        FlushFileBuffers(file) != 0) ||
+                       Fail(reason);
+    CloseHandle(file);
+    if (!whole) return false;
+    return MoveFileExA(scratch.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
+               0 ||
+           Fail(reason);
+}
+
 bool CutDurably(const std::string& path, std::uint64_t bytes, std::string& reason) {
     const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);

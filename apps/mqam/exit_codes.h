@@ -11,6 +11,7 @@ enum ExitCode : int {
     kExitTimeout = 6,
     kExitStoppedAtOnce = 7,
     kExitEndedEarly = 8,
+    kExitRestart = 9,
     kExitDamaged = 10,  ///< of `mqam checkpoint` alone: the file is incomplete, damaged or beyond repair
 };
 
@@ -33,4 +34,6 @@ inline constexpr ExitCodeRow kExitCodes[] = {
     {kExitEndedEarly,
      "the input ended before the read wait interval had passed; every record read is in the target, "
      "but the queue may hold more"},
+    {kExitRestart,
+     "a failure that time may heal interrupted a load with restart information: run the same command again"},
 };

@@ -14,6 +14,13 @@ constexpr auto kIdlePause = std::chrono::milliseconds(200);
 
 }  // namespace
 
+const char* NameOf(RecordFormat format) {
+    for (const RecordFormatRow& row : kRecordFormats) {
+        if (row.format == format) return row.name;
+    }
+    return "";
+}
+
 FileSink::FileSink(FileTarget target) : target_(std::move(target)) {}
 
 FileSink::~FileSink() {
@@ -96,7 +103,7 @@ bool FileSink::Put(const char* record, std::size_t length) {
     return target_.format != RecordFormat::kLines || Hold("\n", 1);
 }
 
-bool FileSink::SaveCheckpoint(const PositionData& /*position*/) {
+bool FileSink::Save() {
     const std::lock_guard<std::mutex> guard(lock_);
     if (!failure_.empty() || !WriteHeld()) return false;
     return SyncToMedium(descriptor_) == 0 || Fail("bring to the medium");

@@ -20,6 +20,16 @@ enum class RecordFormat {
     kRaw,     ///< the records' bytes, one after the other
 };
 
+struct RecordFormatRow {
+    RecordFormat format;
+    const char* name;  ///< as the user types it
+};
+
+inline constexpr RecordFormatRow kRecordFormats[] = {
+    {RecordFormat::kLines, "lines"}, {RecordFormat::kLength, "length"}, {RecordFormat::kRaw, "raw"}};
+
+[[nodiscard]] const char* NameOf(RecordFormat format);
+
 struct FileTarget {
     std::string path;     ///< shown in complaints; opened unless a descriptor is given
     int descriptor = -1;  ///< an open file to write to instead
@@ -34,8 +44,7 @@ class FileSink : public RecordSink {
 
     [[nodiscard]] bool Open() override;
     [[nodiscard]] bool Put(const char* record, std::size_t length) override;
-    /// A file keeps no position: the data alone is brought to the medium.
-    [[nodiscard]] bool SaveCheckpoint(const PositionData& position) override;
+    [[nodiscard]] bool Save() override;
     [[nodiscard]] bool Finish() override;
     [[nodiscard]] const std::string& Failure() const override { return failure_; }
 

@@ -1,38 +1,20 @@
 #include "apps/mqam/load_command.h"
 
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
-#include <CLI/Validators.hpp>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <map>
 #include <memory>
 
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/file_sink.h"
-#include "apps/mqam/keyword_options.h"
-#include "apps/mqam/load_life.h"
+#include "apps/mqam/load_options.h"
 #include "apps/mqam/load_summary.h"
 #include "apps/mqam/module_requests.h"
 #include "apps/mqam/platform.h"
 #include "apps/mqam/progress.h"
+#include "apps/mqam/restartable_load.h"
 
 namespace {
-
-struct LoadOptions {
-    ModuleOptions module;
-    std::string target;
-    RecordFormat format = RecordFormat::kLines;
-    bool force = false;
-    bool append = false;
-    std::vector<std::string> attributes;
-    int timeoutSeconds = 0;
-    bool preserve = false;
-    std::uint64_t checkpointEvery = 0;
-    bool verbose = false;
-    bool quiet = false;
-};
 
 constexpr const char* kExamples =
     "Examples:\n"
@@ -45,7 +27,15 @@ constexpr const char* kExamples =
     "  mqam load --qmgr QM1 --queue ORDERS --channel DEV.APP.SVRCONN --server 'mq.example.com(1414)' \\\n"
     "            --ckfile orders.ckpt --checkpoint-every 1000 --log orders.log --trace 2 orders.trc --to "
     "orders.txt\n"
-    "      as an MQ client, with checkpoints, message log and trace\n";
+    "      as an MQ client, with checkpoints, message log and trace\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --restart-file orders.restart --to "
+    "orders.txt\n"
+    "      whatever ends it, the same command goes on: every message is in orders.txt once\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --to 'sqlite:orders.db?table=orders' "
+    "--retry-for "
+    "3600\n"
+    "      the same into a SQLite table, which keeps the restart information, too; goes on by itself after a "
+    "failure\n";
 
 int Refuse(const std::string& words) {
     TellUser("mqam load: " + words + "\n");
@@ -55,21 +45,18 @@ int Refuse(const std::string& words) {
 // Fills the settings of the life. Returns false with a complaint.
 bool ComposeSettings(const LoadOptions& options, LifeSettings& settings, std::string& complaint) {
     if (!ComposeInitString(options.module, settings.initString, complaint)) return false;
-    for (const std::string& item : options.attributes) {
-        const std::size_t equals = item.find('=');
-        if (equals == std::string::npos || equals == 0 || equals > kAttributeNameBytes) {
-            complaint = "--attribute: '" + item + "' is not of the form NAME=VALUE";
-            return false;
-        }
-        settings.attributes.emplace_back(item.substr(0, equals), item.substr(equals + 1));
-    }
-    if (options.timeoutSeconds > 0) {
-        settings.attributes.emplace_back("TIMEOUT_SECONDS", std::to_string(options.timeoutSeconds));
-    }
-    if (options.preserve) settings.attributes.emplace_back("PRESERVE_RESTART_INFO", "YES");
+    if (!ComposeAttributes(options, settings.attributes, complaint)) return false;
     settings.checkpointEveryRecords = options.checkpointEvery;
     settings.keywordHelpWanted = WasKeywordGiven(options.module, "HELP");
     return true;
+}
+
+// An option that only a load with restart information has, or null.
+const char* FindRestartOption(const LoadOptions& options) {
+    if (options.checkpointSeconds != 0) return "--checkpoint-seconds";
+    if (options.restart != RestartPolicy::kAuto) return "--restart";
+    if (options.retryForSeconds != 0) return "--retry-for";
+    return nullptr;
 }
 
 // Decides how the target is opened. Returns false with a complaint when a file stands in the way.
@@ -121,25 +108,14 @@ int FinishLoad(const LoadOptions& options, const LifeOutcome& outcome, const std
     }
 }
 
-LifeObserver MakeObserver(const LoadOptions& options) {
-    LifeObserver observer;
-    observer.stopWanted = [] { return InterruptRequested(); };
-    observer.notice = [](const std::string& text) { TellUser("mqam load: " + DescribeNotice(text) + "\n"); };
-    if (options.verbose) {
-        observer.report = [](const StartupReport& report) { TellUser(FormatReport(report, "  ")); };
-        observer.checkpoint = [](const PositionData& position) {
-            TellUser("mqam load: checkpoint " + std::to_string(position.CkPtSeq) + " after " +
-                     std::to_string(position.CkPtMsgCount) + " records, file offset " +
-                     std::to_string(position.CkPtOffset) + "\n");
-        };
-    }
-    return observer;
-}
-
 int RunLoad(const LoadOptions& options) {
     LifeSettings settings;
     FileTarget target;
     std::string complaint;
+    if (IsRestartable(options)) return RunRestartableLoad(options);
+    if (const char* option = FindRestartOption(options)) {
+        return Refuse(std::string(option) + " needs --restart-file FILE, or a SQLite target");
+    }
     if (!ComposeSettings(options, settings, complaint) || !ChooseTarget(options, target, complaint)) {
         return Refuse(complaint);
     }
@@ -156,14 +132,9 @@ int RunLoad(const LoadOptions& options) {
     WatchInterrupts(kExitStoppedAtOnce);
     FileSink sink(target);
     ProgressCounters counters;
-    ProgressStyle style = ProgressStyle::kNone;
-    if (!options.quiet) {
-        const bool recordsOnScreen = options.target == "-" && IsTerminal(standardOutput);
-        style = IsStandardErrorTerminal() && !recordsOnScreen ? ProgressStyle::kLiveLine
-                                                              : ProgressStyle::kPlainLines;
-    }
     const auto start = std::chrono::steady_clock::now();
-    StartProgress(style, counters);
+    const bool recordsOnScreen = options.target == "-" && IsTerminal(standardOutput);
+    StartProgress(ChooseProgressStyle(options, recordsOnScreen), counters);
     const LifeOutcome outcome = RunLife(entryPoint, settings, sink, MakeObserver(options), counters);
     StopProgress();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -177,50 +148,7 @@ int RunLoad(const LoadOptions& options) {
 void AddLoadCommand(CLI::App& app, int& exitCode) {
     CLI::App* command = app.add_subcommand("load", "Load the messages of a queue into a file");
     const auto options = std::make_shared<LoadOptions>();
-    static const std::map<std::string, RecordFormat> kFormats = {
-        {"lines", RecordFormat::kLines}, {"length", RecordFormat::kLength}, {"raw", RecordFormat::kRaw}};
-    command->add_option("--to", options->target, "file for the records, or - for standard output")
-        ->type_name("FILE")
-        ->required()
-        ->group("Target");
-    command
-        ->add_option(
-            "--format", options->format,
-            "lines: the record and a line feed; length: 4 bytes little-endian length, then the record; raw: "
-            "the bytes alone. Default: lines. Records that hold line feeds need length")
-        ->type_name("lines|length|raw")
-        ->transform(CLI::Transformer(kFormats).description(""))
-        ->group("Target");
-    auto* force = command->add_flag("--force", options->force, "replace a file that exists")->group("Target");
-    command->add_flag("--append", options->append, "add to a file that exists")
-        ->group("Target")
-        ->excludes(force);
-    AddModuleOptions(*command, options->module);
-    command
-        ->add_option("--timeout", options->timeoutSeconds,
-                     "end a read that has waited for more than so many seconds, 1..2147483647. Default: none")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(1, 2147483647).description(""))
-        ->group("Reading");
-    command
-        ->add_option("--checkpoint-every", options->checkpointEvery,
-                     "take a checkpoint after every N records; needs a checkpoint file")
-        ->type_name("N")
-        ->check(CLI::PositiveNumber.description(""))
-        ->group("Checkpoint and log");
-    command->add_flag("--preserve", options->preserve, "keep checkpoint file and log at the end")
-        ->group("Checkpoint and log");
-    command
-        ->add_option("--attribute", options->attributes,
-                     "put an attribute of the module after Init; may be repeated")
-        ->type_name("NAME=VALUE")
-        ->expected(1)
-        ->take_all()
-        ->group("Diagnosis");
-    command->add_flag("--verbose", options->verbose, "show the parameters in effect and every checkpoint")
-        ->group("Diagnosis");
-    command->add_flag("--quiet", options->quiet, "no progress and no summary; failures are told")
-        ->group("Diagnosis");
+    AddLoadOptions(*command, *options);
     std::string footer = kExamples;
     footer += "\nExit codes:\n";
     for (const ExitCodeRow& row : kExitCodes) {

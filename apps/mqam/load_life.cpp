@@ -79,7 +79,7 @@ bool Prepare(Life& life) {
 bool TakeCheckpoint(Life& life) {
     PositionData position{};
     if (life.session.AskGetPos(position) != pmrcOK) return FailModule(life, true);
-    if (!life.sink.SaveCheckpoint(position)) return FailTarget(life);
+    if (!life.sink.Save()) return FailTarget(life);
     if (life.observer.checkpoint) life.observer.checkpoint(position);
     return true;
 }

@@ -11,6 +11,7 @@
 #include "apps/mqam/load_command.h"
 #include "apps/mqam/progress.h"
 #include "apps/mqam/queue_command.h"
+#include "apps/mqam/worker_process.h"
 
 namespace {
 
@@ -36,6 +37,7 @@ int RunProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    KeepArguments(argc, argv);
     try {
         return RunProgram(argc, argv);
     } catch (const std::exception& error) {

@@ -80,6 +80,13 @@ ReturnCode ModuleSession::AskGetPos(PositionData& position) {
     return code;
 }
 
+ReturnCode ModuleSession::AskSetPos(const PositionData& position) {
+    PositionBlock block{};
+    block.positionLength = kPositionBytes;
+    block.position = &position;
+    return Ask(pmiPIDMOptSetPos, "SetPos", &block);
+}
+
 ReturnCode ModuleSession::AskClose() {
     PositionBlock block{};  // Close has no fields of its own
     return Ask(pmiPIDMOptClose, "Close", &block);

@@ -28,6 +28,7 @@ class ModuleSession {
     [[nodiscard]] ReturnCode AskRead(void* buffer, std::uint32_t& length);
     /// `position` is filled when the code is pmrcOK and the module handed one out.
     [[nodiscard]] ReturnCode AskGetPos(PositionData& position);
+    [[nodiscard]] ReturnCode AskSetPos(const PositionData& position);
     [[nodiscard]] ReturnCode AskClose();
     [[nodiscard]] ReturnCode AskShut();
 

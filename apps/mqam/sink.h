@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <string>
 
-#include "entry/host_interface.h"
-
 /// A target of records. Every call returns false on failure, with the words for the user in Failure(); after
 /// a failure only Failure() may be called. Called from one thread.
 class RecordSink {
@@ -21,9 +19,8 @@ class RecordSink {
     /// Takes one record; the bytes are not kept.
     [[nodiscard]] virtual bool Put(const char* record, std::size_t length) = 0;
 
-    /// Brings everything put so far to the medium, with the position that belongs to it where the target can
-    /// keep one. Called between a GetPos and the next Read.
-    [[nodiscard]] virtual bool SaveCheckpoint(const PositionData& position) = 0;
+    /// Brings everything put so far to the medium. Called between a GetPos and the next Read.
+    [[nodiscard]] virtual bool Save() = 0;
 
     /// Writes what is held back, brings it to the medium and closes. Success may be told only after this.
     [[nodiscard]] virtual bool Finish() = 0;

@@ -70,7 +70,7 @@ TEST_F(FileSinkTest, CheckpointBringsHeldRecordsToTheFile) {
     FileSink sink(Target(RecordFormat::kLines));
     ASSERT_TRUE(sink.Open());
     ASSERT_TRUE(sink.Put("one", 3));
-    ASSERT_TRUE(sink.SaveCheckpoint({1, 1, 4}));
+    ASSERT_TRUE(sink.Save());
     EXPECT_EQ(Written(), "one\n");
     ASSERT_TRUE(sink.Put("two", 3) && sink.Finish());
     EXPECT_EQ(Written(), "one\ntwo\n");
@@ -117,7 +117,7 @@ TEST_F(FileSinkTest, FailedWriteShowsAtTheCheckpoint) {
     FileSink sink(Unwritable(RecordFormat::kLines));
     ASSERT_TRUE(sink.Open());
     ASSERT_TRUE(sink.Put("one", 3));
-    EXPECT_FALSE(sink.SaveCheckpoint({1, 1, 4}));
+    EXPECT_FALSE(sink.Save());
     EXPECT_EQ(sink.Failure().substr(0, 28), "cannot write to the target: ");
 }
 

@@ -1,0 +1,49 @@
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <chrono>
+#include <map>
+
+#include "apps/mqam/load_lock.h"
+
+namespace {
+
+constexpr DWORD kPauseMilliseconds = 20;
+
+// The locks of this process: path and handle.
+std::map<std::string, HANDLE>& HeldLocks() {
+    static std::map<std::string, HANDLE> held;
+    return held;
+}
+
+}  // namespace
+
+bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(patienceSeconds);
+    for (;;) {
+        // Shared with nobody: that is the lock. The system closes and deletes it with the process.
+        const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (file != INVALID_HANDLE_VALUE) {
+            HeldLocks()[path] = file;
+            return true;
+        }
+        const DWORD code = GetLastError();
+        // A file that is being deleted denies access for a moment.
+        const bool held = code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED;
+        if (!held || std::chrono::steady_clock::now() >= end) {
+            reason = code == ERROR_SHARING_VIOLATION
+                         ? "another load is running (it holds " + path + ")"
+                         : path + " cannot be made: error " + std::to_string(code);
+            return false;
+        }
+        Sleep(kPauseMilliseconds);
+    }
+}
+
+void GiveBackLoadLock(const std::string& path) {
+    const auto held = HeldLocks().find(path);
+    if (held == HeldLocks().end()) return;
+    CloseHandle(held->second);
+    HeldLocks().erase(held);
+}

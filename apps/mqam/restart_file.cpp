@@ -1,0 +1,65 @@
+#include "apps/mqam/restart_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "apps/mqam/disk_changes.h"
+#include "apps/mqam/platform.h"
+
+namespace {
+
+// More than any restart file has, so that a path that names something else is not read whole.
+constexpr std::size_t kBytesMax = 1048576;
+
+bool ReadWhole(const std::string& path, std::string& text) {
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) return false;
+    text.resize(kBytesMax);
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    const bool read = std::ferror(file) == 0;
+    const int code = errno;
+    static_cast<void>(std::fclose(file));
+    errno = code;
+    return read;
+}
+
+}  // namespace
+
+bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state, std::string& reason) {
+    state.reset();
+    if (ProbePath(path) == PathKind::kMissing) return true;
+    std::string text;
+    if (!ReadWhole(path, text)) {
+        reason = "restart file " + path + " cannot be read: " + std::strerror(errno);
+        return false;
+    }
+    RestartState parsed;
+    std::string words;
+    if (!ParseRestartState(text, parsed, words)) {
+        reason =
+            "restart file " + path + " " + words +
+            "; give back an undamaged copy of the file as it was last written. Without it nothing can tell "
+            "which records of the checkpoint file are loaded";
+        return false;
+    }
+    state = parsed;
+    return true;
+}
+
+bool ReplaceRestartFile(const std::string& path, const RestartState& state, std::string& reason) {
+    std::string words;
+    if (ReplaceDurably(path, path + ".new", FormatRestartState(state), words)) return true;
+    reason = "cannot replace restart file " + path + ": " + words;
+    return false;
+}
+
+bool RemoveRestartFile(const std::string& path, std::string& reason) {
+    for (const std::string& name : {path + ".new", path}) {
+        std::string words;
+        if (ProbePath(name) == PathKind::kMissing || DeleteDurably(name, words)) continue;
+        reason = "cannot delete " + name + ": " + words;
+        return false;
+    }
+    return true;
+}

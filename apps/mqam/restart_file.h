@@ -1,0 +1,21 @@
+// Restart information in a file of its own, replaced as a whole: at every instant the file at the path is the
+// one before or the one after.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "apps/mqam/restart_state.h"
+
+/// Reads restart information; none when there is no file. Returns false with the reason in words, the path
+/// among them, when the file cannot be read or is not whole.
+[[nodiscard]] bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state,
+                                   std::string& reason);
+
+/// Makes `state` the restart information, on the medium when this returns. Returns false with the reason;
+/// then the one before stands, or the new one does and only its name may not have reached the medium.
+[[nodiscard]] bool ReplaceRestartFile(const std::string& path, const RestartState& state,
+                                      std::string& reason);
+
+/// Removes the file and what an interrupted replacement left beside it.
+[[nodiscard]] bool RemoveRestartFile(const std::string& path, std::string& reason);

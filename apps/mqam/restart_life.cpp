@@ -1,0 +1,395 @@
+#include "apps/mqam/restart_life.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+
+#include "apps/mqam/advice.h"
+#include "apps/mqam/disk_changes.h"
+#include "apps/mqam/error_text.h"
+#include "apps/mqam/load_lock.h"
+#include "apps/mqam/module_requests.h"
+#include "apps/mqam/platform.h"
+#include "apps/mqam/restart_decision.h"
+#include "apps/mqam/utc_time.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kCheckpointLockPatienceSeconds = 10;
+
+// Everything that one life carries along.
+struct Life {
+    ModuleSession session;
+    const RestartLifeSettings& settings;
+    RestartableTarget& target;
+    const LifeObserver& observer;
+    ProgressCounters& counters;
+    RestartLifeOutcome outcome = {};
+    StartupReport report = {};
+    StartDecision decision = {};
+    std::string checkpointLock = {};
+    std::vector<char> buffer = {};
+    std::uint32_t lastLength = 0;  // of the record in the buffer
+    std::uint64_t records = 0;     // of the whole load, those not yet stored included
+    std::uint64_t bytes = 0;
+    std::uint64_t sinceCheckpoint = 0;
+    Clock::time_point lastCheckpoint = {};
+    LastEnd endBefore = LastEnd::kNone;  // of the life before this one
+    std::uint64_t endBeforeRecords = 0;
+};
+
+bool Refuse(Life& life, const std::string& words) {
+    life.outcome.end = RestartLifeEnd::kRefused;
+    life.outcome.refusal = words;
+    return false;
+}
+
+bool FailModule(Life& life) {
+    life.outcome.moduleFailure = life.session.LastOutcome();
+    ErrorText text;
+    const bool known = ParseErrorText(life.outcome.moduleFailure.text, text) && text.mqReason != 0;
+    const ReasonAdvice* reason = known ? FindReasonAdvice(text.mqReason) : nullptr;
+    life.outcome.end =
+        reason != nullptr && reason->staysSo ? RestartLifeEnd::kModuleRefuses : RestartLifeEnd::kModuleFailed;
+    return false;
+}
+
+bool FailTarget(Life& life) {
+    life.outcome.end = RestartLifeEnd::kTargetFailed;
+    life.outcome.targetFailure = life.target.Failure();
+    return false;
+}
+
+void Tell(const Life& life, const std::string& text) {
+    if (!text.empty() && life.observer.notice) life.observer.notice(text);
+}
+
+std::string AbsolutePath(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    return error ? path : absolute.lexically_normal().string();
+}
+
+// ---- before Open
+
+bool ReadReport(Life& life, RestartState& fresh) {
+    constexpr std::string_view kFileBased = "File-based to pathname ";
+    if (FetchReport(life.session, false, life.report) != pmrcOK) return FailModule(life);
+    if (life.observer.report) life.observer.report(life.report);
+    const std::string checkpoint = FindParameter(life.report, "Checkpoint");
+    if (!checkpoint.starts_with(kFileBased)) {
+        return Refuse(life, "a load that can be restarted needs a checkpoint file: give --ckfile FILE");
+    }
+    if (FindParameter(life.report, "Terminate on duplicate message") != "yes") {
+        return Refuse(life,
+                      "a load that can be restarted needs --tdm yes: without it a message that a crash "
+                      "puts back on the queue is loaded twice");
+    }
+    fresh.queueManager = FindParameter(life.report, "Queue Manager Name");
+    fresh.queue = FindParameter(life.report, "Queue Name");
+    fresh.checkpointFile = AbsolutePath(checkpoint.substr(kFileBased.size()));
+    const std::string log = FindParameter(life.report, "Logging pathname");
+    if (!log.empty()) fresh.logFile = AbsolutePath(log);
+    return true;
+}
+
+bool IsSameLoad(Life& life, const RestartState& stored, const RestartState& asked) {
+    struct Pair {
+        const char* what;
+        const std::string& stored;
+        const std::string& asked;
+    };
+    const Pair pairs[] = {
+        {"queue manager", stored.queueManager, asked.queueManager},
+        {"queue", stored.queue, asked.queue},
+        {"checkpoint file", stored.checkpointFile, asked.checkpointFile},
+    };
+    for (const Pair& pair : pairs) {
+        if (pair.stored == pair.asked) continue;
+        return Refuse(life, life.target.StateName() + " belongs to an unfinished load with " + pair.what +
+                                " " + pair.stored + ", not " + pair.asked +
+                                ": finish that load with its own command first, or keep the restart "
+                                "information of this load elsewhere");
+    }
+    return true;
+}
+
+// Brings the files into the shape that the module can go on from. The order matters: what is decided is told
+// before anything is changed, and a new load is stored before anything is touched.
+bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, RestartState& fresh) {
+    RestartState& state = life.outcome.state;
+    const std::string& path = fresh.checkpointFile;
+    std::string reason;
+    life.checkpointLock = path + ".lock";
+    if (!TakeLoadLock(life.checkpointLock, kCheckpointLockPatienceSeconds, reason))
+        return Refuse(life, reason);
+
+    const auto maxRecordBytes =
+        static_cast<std::uint64_t>(std::atoll(FindParameter(life.report, "BlockSize").c_str()));
+    const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
+    const std::vector<std::string> temporaries = FindTemporaryFiles(path);
+    life.decision =
+        DecideStart(path, position, InspectForStart(path, temporaries, maxRecordBytes), temporaries);
+    if (life.decision.action == StartAction::kRefuse) return Refuse(life, life.decision.reason);
+
+    if (stored) {
+        state = *stored;
+        state.logFile = fresh.logFile;
+    } else {
+        if (!fresh.logFile.empty() && ProbePath(fresh.logFile) == PathKind::kFile &&
+            FileBytes(fresh.logFile) > 0) {
+            return Refuse(life, fresh.logFile +
+                                    " exists: the log of another load would be overwritten; move it away, or "
+                                    "delete it when that load is done with");
+        }
+        fresh.begun = UtcNow();
+        if (!life.target.Begin(fresh)) return Refuse(life, life.target.Failure());
+        state = fresh;
+    }
+    for (const Repair& repair : life.decision.repairs) {
+        const std::string what = DescribeRepair(path, repair);
+        if (!MakeRepair(path, repair, reason)) return Refuse(life, "could not " + what + ": " + reason);
+        Tell(life, "repaired: " + what);
+    }
+    if (!life.target.CutBack(state)) return Refuse(life, life.target.Failure());
+    life.records = state.records;
+    life.bytes = state.bytes;
+    life.endBefore = state.lastEnd;
+    life.endBeforeRecords = state.lastEndRecords;
+    return true;
+}
+
+bool Prepare(Life& life) {
+    std::optional<RestartState> stored;
+    if (!life.target.Lock()) return Refuse(life, life.target.Failure());
+    if (!life.target.LoadState(stored)) return Refuse(life, life.target.Failure());
+    if (stored && stored->phase != LoadPhase::kLoading) {
+        std::string reason;
+        life.outcome.state = *stored;
+        if (!CleanUpFinishedLoad(life.target, life.outcome.state, reason)) return Refuse(life, reason);
+        life.outcome.end = RestartLifeEnd::kLoadDone;
+        return false;
+    }
+    std::string initString = life.settings.initString;
+    // The queue was found empty for the whole interval a moment ago: to find that again, a second will do.
+    if (stored && stored->lastEnd == LastEnd::kAfterWait) initString += " -RWAIT 1";
+    if (life.session.AskInit(initString) != pmrcOK) {
+        static_cast<void>(FailModule(life));
+        life.outcome.end = RestartLifeEnd::kModuleRefuses;
+        return false;
+    }
+    // First of all, so that no Close or Open of this process can empty the checkpoint file.
+    if (life.session.AskPutAttribute("PRESERVE_RESTART_INFO", "YES") != pmrcOK) return FailModule(life);
+    RestartState fresh;
+    if (!ReadReport(life, fresh)) return false;
+    if (stored && !IsSameLoad(life, *stored, fresh)) return false;
+    if (!PrepareFiles(life, stored, fresh)) return false;
+    for (const auto& [name, value] : life.settings.attributes) {
+        if (life.session.AskPutAttribute(name, value) != pmrcOK) return FailModule(life);
+    }
+    return true;
+}
+
+// ---- with the input open
+
+bool TakeCheckpoint(Life& life) {
+    PositionData position{};
+    if (life.session.AskGetPos(position) != pmrcOK) return FailModule(life);
+    RestartState state = life.outcome.state;
+    state.position = position;
+    state.records = life.records;
+    state.bytes = life.bytes;
+    state.targetLength = life.target.Length();
+    if (life.lastLength > 0) {
+        state.lastRecordLength = life.lastLength;
+        state.lastRecordDigest = DigestOf(life.buffer.data(), life.lastLength);
+    }
+    state.lastEnd = LastEnd::kNone;
+    state.lastEndRecords = 0;
+    if (life.lastCheckpoint == Clock::time_point()) ++state.lives;
+    if (!life.target.Store(state)) return FailTarget(life);
+    life.outcome.state = state;
+    life.sinceCheckpoint = 0;
+    life.lastCheckpoint = Clock::now();
+    if (life.observer.checkpoint) life.observer.checkpoint(position);
+    return true;
+}
+
+bool PutRecord(Life& life, std::uint32_t length) {
+    if (!life.target.Put(life.buffer.data(), length)) return FailTarget(life);
+    ++life.records;
+    life.bytes += length;
+    ++life.sinceCheckpoint;
+    life.counters.records.fetch_add(1, std::memory_order_relaxed);
+    life.counters.bytes.fetch_add(length, std::memory_order_relaxed);
+    return true;
+}
+
+bool IsLastRecordLoaded(const Life& life, std::uint32_t length) {
+    const RestartState& state = life.outcome.state;
+    return length == state.lastRecordLength && DigestOf(life.buffer.data(), length) == state.lastRecordDigest;
+}
+
+// The record that ties the checkpoint file to the target. With it a checkpoint of this life is taken at once:
+// what comes after it is in the file or on the queue from then on, whatever happens.
+bool TakeFirstRecord(Life& life, std::uint32_t length) {
+    life.lastLength = length;
+    if (!life.decision.firstRecordIsRepeat) {
+        if (!PutRecord(life, length)) return false;
+    } else if (!IsLastRecordLoaded(life, length)) {
+        return Refuse(
+            life,
+            "the first record of the checkpoint file is not the last one loaded: the checkpoint file "
+            "or " +
+                life.target.StateName() +
+                " is another load's or a backup; nothing was loaded. Give the right file back and run "
+                "the same command again");
+    }
+    return TakeCheckpoint(life);
+}
+
+bool OpenInput(Life& life) {
+    std::uint32_t maxRecordBytes = 0;
+    if (life.session.AskOpen(kOpenForReading, maxRecordBytes) != pmrcOK) return FailModule(life);
+    Tell(life, life.session.TakeNewText());
+    life.buffer.resize(maxRecordBytes);
+    if (life.decision.action == StartAction::kReplay) {
+        return life.session.AskSetPos(life.decision.position) == pmrcOK || FailModule(life);
+    }
+    return TakeCheckpoint(life);
+}
+
+bool IsCheckpointDue(const Life& life) {
+    const RestartLifeSettings& settings = life.settings;
+    if (life.sinceCheckpoint == 0) return false;
+    if (settings.checkpointEveryRecords != 0 && life.sinceCheckpoint >= settings.checkpointEveryRecords) {
+        return true;
+    }
+    return settings.checkpointEverySeconds != 0 &&
+           Clock::now() - life.lastCheckpoint >= std::chrono::seconds(settings.checkpointEverySeconds);
+}
+
+LastEnd ClassifyEnd(const Life& life, Clock::duration waited) {
+    const std::string interval = FindParameter(life.report, "MQ read wait interval");
+    const bool waitedOut =
+        interval != "indefinite" && waited >= std::chrono::seconds(std::atol(interval.c_str()));
+    return waitedOut ? LastEnd::kAfterWait : LastEnd::kEarly;
+}
+
+// Returns true when the input ended or the load is to stop; `end` tells how.
+bool ReadInput(Life& life, LastEnd& end) {
+    bool firstIsAwaited = life.decision.action == StartAction::kReplay;
+    for (;;) {
+        if (!firstIsAwaited && life.observer.stopWanted && life.observer.stopWanted()) {
+            life.outcome.end = RestartLifeEnd::kOnRequest;
+            return true;
+        }
+        const Clock::time_point start = Clock::now();
+        std::uint32_t length = 0;
+        const ReturnCode code = life.session.AskRead(life.buffer.data(), length);
+        if (code == pmrcEOF) {
+            end = ClassifyEnd(life, Clock::now() - start);
+            life.outcome.end = RestartLifeEnd::kInputEnded;
+            return true;
+        }
+        if (code == pmrcTimeout) {
+            life.outcome.end = RestartLifeEnd::kTimeout;
+            return true;
+        }
+        if (code != pmrcOK) return FailModule(life);
+        Tell(life, life.session.TakeNewText());
+        // A record of no bytes is none that a queue delivers: a replay checkpoint can put it into the file.
+        if (length == 0) continue;
+        if (firstIsAwaited) {
+            if (!TakeFirstRecord(life, length)) return false;
+            firstIsAwaited = false;
+            continue;
+        }
+        life.lastLength = length;
+        if (!PutRecord(life, length)) return false;
+        if (IsCheckpointDue(life) && !TakeCheckpoint(life)) return false;
+    }
+}
+
+// ---- the end
+
+// After a Close without error. Nothing is lost when the process dies in here: a next life does it again.
+void FinishLife(Life& life, LastEnd end) {
+    RestartState& state = life.outcome.state;
+    const bool nothingNew = life.endBefore != LastEnd::kNone && life.endBeforeRecords == life.records;
+    if (end != LastEnd::kAfterWait || !nothingNew) {
+        RestartState ended = state;
+        ended.lastEnd = end;
+        ended.lastEndRecords = life.records;
+        if (!life.target.StoreEnd(ended)) {
+            static_cast<void>(FailTarget(life));
+            return;
+        }
+        state = ended;
+        if (end == LastEnd::kEarly && nothingNew) life.outcome.end = RestartLifeEnd::kNothingNew;
+        return;
+    }
+    RestartState finished = state;
+    finished.phase = LoadPhase::kFinished;
+    finished.records = life.records;
+    finished.bytes = life.bytes;
+    finished.targetLength = life.target.Length();
+    if (!life.target.Store(finished)) {
+        static_cast<void>(FailTarget(life));
+        return;
+    }
+    state = finished;
+    std::string reason;
+    if (!CleanUpFinishedLoad(life.target, state, reason)) {
+        static_cast<void>(Refuse(life, reason));
+        return;
+    }
+    life.outcome.end = RestartLifeEnd::kLoadDone;
+}
+
+}  // namespace
+
+bool CleanUpFinishedLoad(RestartableTarget& target, RestartState& state, std::string& reason) {
+    if (state.phase == LoadPhase::kComplete) return true;
+    for (const std::string& path : {state.checkpointFile, state.logFile}) {
+        std::string words;
+        if (path.empty() || ProbePath(path) != PathKind::kFile || DeleteDurably(path, words)) continue;
+        reason = "every record is in the target, but " + path +
+                 " of the finished load cannot be deleted: " + words;
+        return false;
+    }
+    RestartState complete = state;
+    complete.phase = LoadPhase::kComplete;
+    if (!target.StoreEnd(complete)) {
+        reason = target.Failure();
+        return false;
+    }
+    state = complete;
+    return true;
+}
+
+RestartLifeOutcome RunRestartLife(PIDMMainFunction entryPoint, const RestartLifeSettings& settings,
+                                  RestartableTarget& target, const LifeObserver& observer,
+                                  ProgressCounters& counters) {
+    Life life{ModuleSession(entryPoint), settings, target, observer, counters};
+    LastEnd end = LastEnd::kNone;
+    if (Prepare(life) && OpenInput(life) && ReadInput(life, end)) {
+        // PRESERVE_RESTART_INFO is YES: the files stay, and MQ takes a repeated or an empty message that
+        // ended the input off the queue.
+        if (life.session.AskClose() != pmrcOK) {
+            static_cast<void>(FailModule(life));
+        } else if (life.outcome.end == RestartLifeEnd::kInputEnded) {
+            FinishLife(life, end);
+        }
+    }
+    // With the input still open MQ takes its time to end this life: the locks last as long as the process.
+    if (life.outcome.end != RestartLifeEnd::kModuleFailed &&
+        life.outcome.end != RestartLifeEnd::kTargetFailed) {
+        GiveBackLoadLock(life.checkpointLock);
+        target.Unlock();
+    }
+    return life.outcome;
+}

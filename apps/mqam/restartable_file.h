@@ -1,0 +1,45 @@
+// Records in a file, the restart state in another one: the file is on the medium before the state that counts
+// its length, and a restart cuts it back to that length.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "apps/mqam/file_sink.h"
+#include "apps/mqam/restartable_target.h"
+
+struct RestartableFileSettings {
+    std::string path;         ///< of the records, absolute
+    std::string restartFile;  ///< absolute
+    RecordFormat format = RecordFormat::kLines;
+    bool force = false;   ///< a new load replaces what the file holds
+    bool append = false;  ///< a new load adds to it
+};
+
+class RestartableFile : public RestartableTarget {
+  public:
+    explicit RestartableFile(RestartableFileSettings settings);
+
+    [[nodiscard]] bool Lock() override;
+    void Unlock() override;
+    [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override;
+    [[nodiscard]] bool IsOccupied() override;
+    [[nodiscard]] bool Begin(RestartState& state) override;
+    [[nodiscard]] bool CutBack(const RestartState& state) override;
+    [[nodiscard]] bool Put(const char* record, std::size_t length) override;
+    [[nodiscard]] std::uint64_t Length() const override { return length_; }
+    [[nodiscard]] bool Store(const RestartState& state) override;
+    [[nodiscard]] bool StoreEnd(const RestartState& state) override;
+    [[nodiscard]] bool Forget() override;
+    [[nodiscard]] const std::string& Name() const override { return settings_.path; }
+    [[nodiscard]] const std::string& StateName() const override { return settings_.restartFile; }
+    [[nodiscard]] const std::string& Failure() const override { return failure_; }
+
+  private:
+    [[nodiscard]] bool Fail(const std::string& words);
+
+    RestartableFileSettings settings_;
+    std::unique_ptr<FileSink> sink_;
+    std::uint64_t length_ = 0;
+    std::string failure_;
+};

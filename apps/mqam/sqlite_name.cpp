@@ -1,0 +1,42 @@
+#include "apps/mqam/sqlite_name.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kScheme = "sqlite:";
+constexpr std::string_view kTableParameter = "table=";
+constexpr std::string_view kNameLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
+
+}  // namespace
+
+bool IsSqliteName(const std::string& target) {
+    return target.starts_with(kScheme);
+}
+
+bool ParseSqliteName(const std::string& target, SqliteName& name, std::string& complaint) {
+    const std::string rest = target.substr(kScheme.size());
+    const std::size_t mark = rest.find('?');
+    name.file = rest.substr(0, mark);
+    name.table = "records";
+    if (name.file.empty()) {
+        complaint = "'" + target + "' names no database: sqlite:FILE or sqlite:FILE?table=NAME";
+        return false;
+    }
+    if (mark == std::string::npos) return true;
+    const std::string parameter = rest.substr(mark + 1);
+    if (!parameter.starts_with(kTableParameter)) {
+        complaint = "'" + parameter + "' is not known after the database: sqlite:FILE?table=NAME";
+        return false;
+    }
+    name.table = parameter.substr(kTableParameter.size());
+    if (name.table.empty() || name.table.find_first_not_of(kNameLetters) != std::string::npos ||
+        name.table.starts_with("sqlite_") || name.table == "mqam_restart") {
+        complaint =
+            "'" + name.table +
+            "' cannot be the table: a name of letters, digits and underscores is needed, not one that "
+            "SQLite or mqam uses itself";
+        return false;
+    }
+    return true;
+}

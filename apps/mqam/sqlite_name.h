@@ -1,0 +1,16 @@
+// The name of a SQLite target: sqlite:FILE?table=NAME.
+#pragma once
+
+#include <string>
+
+struct SqliteName {
+    std::string file;
+    std::string table;
+};
+
+/// Whether a target's name is meant to be one.
+[[nodiscard]] bool IsSqliteName(const std::string& target);
+
+/// Takes the name apart; the table is "records" when none is named. Returns false with a complaint when a
+/// part is empty or unknown, or the table's name is not made of letters, digits and underscores.
+[[nodiscard]] bool ParseSqliteName(const std::string& target, SqliteName& name, std::string& complaint);

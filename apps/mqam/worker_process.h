@@ -1,0 +1,27 @@
+// A worker: this very program, started again with the same arguments and some more, to live one life of the
+// module. It ends when the program that started it ends, however that happens. worker_process_posix.cpp and
+// worker_process_windows.cpp answer.
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// Keeps the program's arguments for RunWorker; `arguments` must last as long as the program.
+void KeepArguments(int count, char** arguments);
+
+struct WorkerEnd {
+    bool started = false;
+    bool killed = false;  ///< by a signal or an exception, not by an exit of its own
+    int code = 0;         ///< exit code, or the number of what killed it
+    std::string reason;   ///< the system's words, when it was not started
+};
+
+/// Starts a worker and waits for its end. The worker has this program's standard streams.
+[[nodiscard]] WorkerEnd RunWorker(const std::vector<std::string>& moreArguments);
+
+/// From now on an interrupt (Ctrl-C, SIGTERM) is the worker's to answer; it is handed on to a worker that
+/// does not see it by itself.
+void LeaveInterruptsToWorker();
+
+/// Whether one came since.
+[[nodiscard]] bool InterruptCame();

@@ -1,0 +1,86 @@
+#include <sys/wait.h>
+#include <unistd.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include "apps/mqam/worker_process.h"
+
+namespace {
+
+int argumentCount = 0;
+char** argumentValues = nullptr;
+
+std::atomic<pid_t> worker{0};
+std::atomic<bool> interruptCame{false};
+
+// A terminal's Ctrl-C reaches the worker by itself; a signal that somebody sent to this process does not.
+extern "C" void HandOnInterrupt(int signalNumber, siginfo_t* information, void* /*context*/) {
+    const int savedErrno = errno;
+    interruptCame = true;
+    const pid_t process = worker.load();
+    if (process > 0 && information->si_code <= 0) kill(process, signalNumber);
+    errno = savedErrno;
+}
+
+void BecomeWorker(char** arguments, pid_t parent) {
+#ifdef __linux__
+    // The parent may have gone before this took effect.
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(127);
+#else
+    static_cast<void>(parent);
+#endif
+    execv("/proc/self/exe", arguments);
+    _exit(127);
+}
+
+}  // namespace
+
+void KeepArguments(int count, char** arguments) {
+    argumentCount = count;
+    argumentValues = arguments;
+}
+
+WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
+    std::vector<std::string> more = moreArguments;
+    std::vector<char*> arguments(argumentValues, argumentValues + argumentCount);
+    for (std::string& argument : more)
+        arguments.push_back(argument.data());
+    arguments.push_back(nullptr);
+
+    WorkerEnd end;
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0) BecomeWorker(arguments.data(), parent);
+    if (child < 0) {
+        end.reason = std::strerror(errno);
+        return end;
+    }
+    worker = child;
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    worker = 0;
+    end.started = true;
+    end.killed = WIFSIGNALED(status);
+    end.code = end.killed ? WTERMSIG(status) : WEXITSTATUS(status);
+    return end;
+}
+
+void LeaveInterruptsToWorker() {
+    struct sigaction action = {};
+    action.sa_sigaction = HandOnInterrupt;
+    action.sa_flags = SA_SIGINFO;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+bool InterruptCame() {
+    return interruptCame;
+}

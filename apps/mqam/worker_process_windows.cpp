@@ -1,0 +1,89 @@
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <atomic>
+
+#include "apps/mqam/worker_process.h"
+
+namespace {
+
+std::atomic<bool> interruptCame{false};
+
+// The worker has the same console and sees the interrupt by itself.
+BOOL WINAPI NoteInterrupt(DWORD event) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT && event != CTRL_CLOSE_EVENT) return FALSE;
+    interruptCame = true;
+    return TRUE;
+}
+
+WorkerEnd FailToStart() {
+    WorkerEnd end;
+    end.reason = "error " + std::to_string(GetLastError());
+    return end;
+}
+
+// A job that ends its processes when the last handle to it is closed: when this process ends.
+HANDLE MakeJob() {
+    const HANDLE job = CreateJobObjectA(nullptr, nullptr);
+    if (job == nullptr) return nullptr;
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    return job;
+}
+
+// The worker's end as far as the system tells it: an exception's number is its exit code.
+WorkerEnd DescribeEnd(HANDLE process) {
+    constexpr DWORD kFirstExceptionCode = 0x80000000U;
+    DWORD code = 0;
+    GetExitCodeProcess(process, &code);
+    WorkerEnd end;
+    end.started = true;
+    end.killed = code >= kFirstExceptionCode;
+    end.code = static_cast<int>(code);
+    return end;
+}
+
+}  // namespace
+
+// The system keeps the command line as it was given.
+void KeepArguments(int /*count*/, char** /*arguments*/) {}
+
+WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
+    std::string commandLine = GetCommandLineA();
+    for (const std::string& argument : moreArguments)
+        commandLine += " \"" + argument + "\"";
+    char program[32768];
+    if (GetModuleFileNameA(nullptr, program, sizeof program) == 0) return FailToStart();
+
+    static const HANDLE job = MakeJob();
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessA(program, commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                       nullptr, &startup, &process) == 0) {
+        return FailToStart();
+    }
+    if (job == nullptr || AssignProcessToJobObject(job, process.hProcess) == 0) {
+        const WorkerEnd end = FailToStart();
+        TerminateProcess(process.hProcess, 1);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        return end;
+    }
+    ResumeThread(process.hThread);
+    CloseHandle(process.hThread);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    const WorkerEnd end = DescribeEnd(process.hProcess);
+    CloseHandle(process.hProcess);
+    return end;
+}
+
+void LeaveInterruptsToWorker() {
+    SetConsoleCtrlHandler(nullptr, FALSE);
+    SetConsoleCtrlHandler(NoteInterrupt, TRUE);
+}
+
+bool InterruptCame() {
+    return interruptCame;
+}
