@@ -33,7 +33,7 @@ struct Actor {
     MQHOBJ object = -1;
 };
 
-/// One write a line, so that lines of several actors do not mix and none is lost with the process.
+/// Flushed line by line, so that none is lost with the process.
 void Log(const Actor& actor, const std::string& line) {
     std::fputs((line + '\n').c_str(), actor.log);
     std::fflush(actor.log);

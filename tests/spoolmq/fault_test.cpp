@@ -7,7 +7,7 @@ class FaultTest : public SpoolTest {
   protected:
     /// What an actor logs under a plan.
     std::vector<std::string> LogUnder(const std::string& plan, const std::vector<std::string>& steps) {
-        std::filesystem::remove(std::filesystem::path(Root()) / "log");
+        ForgetLogs();
         SetEnvironment("SPOOLMQ_FAULTS", plan);
         EXPECT_EQ(0, RunActor(steps));
         SetEnvironment("SPOOLMQ_FAULTS", "");

@@ -18,7 +18,7 @@ class OpenTest : public SpoolTest {
 
     /// Whether another program meets the queue open in a way that excludes this open.
     std::vector<std::string> OpenElsewhere(const std::string& options) {
-        std::filesystem::remove(std::filesystem::path(Root()) / "log");
+        ForgetLogs();
         RunActor({"connect", "QM1", "open", "Q", options, "disc"});
         return Log();
     }

@@ -97,23 +97,36 @@ bool SpoolTest::AreUnitsEmpty() const {
     return !fs::exists(units) || fs::is_empty(units);
 }
 
-ChildProcess SpoolTest::StartActor(const std::vector<std::string>& steps) const {
-    std::vector<std::string> arguments = {SPOOLMQ_ACTOR, (root_ / "log").generic_string()};
+fs::path SpoolTest::LogPath(int actor) const {
+    return root_ / ("log." + std::to_string(actor));
+}
+
+ChildProcess SpoolTest::StartActor(const std::vector<std::string>& steps) {
+    // A log of its own: on Windows appending is a seek and a write, and what two programs append at once is
+    // lost.
+    std::vector<std::string> arguments = {SPOOLMQ_ACTOR, LogPath(actors_++).generic_string()};
     arguments.insert(arguments.end(), steps.begin(), steps.end());
     return StartChild(arguments);
 }
 
-int SpoolTest::RunActor(const std::vector<std::string>& steps) const {
+int SpoolTest::RunActor(const std::vector<std::string>& steps) {
     ChildProcess child = StartActor(steps);
     return WaitForChild(&child);
 }
 
 std::vector<std::string> SpoolTest::Log() const {
     std::vector<std::string> lines;
-    std::ifstream file(root_ / "log", std::ios::binary);
-    for (std::string line; std::getline(file, line);)
-        lines.push_back(line);
+    for (int actor = 0; actor < actors_; ++actor) {
+        std::ifstream file(LogPath(actor), std::ios::binary);
+        for (std::string line; std::getline(file, line);)
+            lines.push_back(line);
+    }
     return lines;
+}
+
+void SpoolTest::ForgetLogs() {
+    while (actors_ > 0)
+        fs::remove(LogPath(--actors_));
 }
 
 void SpoolTest::WaitForLog(const std::string& line) const {

@@ -33,18 +33,23 @@ class SpoolTest : public testing::Test {
     [[nodiscard]] bool AreUnitsEmpty() const;
 
     /// Starts spoolmq_actor, which carries out the steps given; see actor.cpp.
-    [[nodiscard]] ChildProcess StartActor(const std::vector<std::string>& steps) const;
+    [[nodiscard]] ChildProcess StartActor(const std::vector<std::string>& steps);
     /// Runs it to its end and returns its exit code.
-    int RunActor(const std::vector<std::string>& steps) const;
-    /// Lines that actors have logged.
+    int RunActor(const std::vector<std::string>& steps);
+    /// Lines that actors have logged, those of one actor in their order.
     [[nodiscard]] std::vector<std::string> Log() const;
+    /// Removes what they have logged; to be called when none is running.
+    void ForgetLogs();
     void WaitForLog(const std::string& line) const;
 
     MQHCONN connection_ = -1;
     MQHOBJ object_ = -1;
 
   private:
+    [[nodiscard]] std::filesystem::path LogPath(int actor) const;
+
     std::filesystem::path root_;
+    int actors_ = 0;
 };
 
 [[nodiscard]] std::string ReadAll(const std::filesystem::path& path);
