@@ -16,9 +16,10 @@ Clock moduleClock;
 
 extern "C" {
 
-std::time_t __wrap_time(std::time_t* out);  // NOLINT(bugprone-reserved-identifier)
-int __wrap_nanosleep(const std::timespec* wanted,
-                     std::timespec* rest);  // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+std::time_t __wrap_time(std::time_t* out);
+int __wrap_nanosleep(const std::timespec* wanted, std::timespec* rest);
+// NOLINTEND(bugprone-reserved-identifier)
 
 std::time_t __wrap_time(std::time_t* out) {
     const std::time_t now = moduleClock.broken ? static_cast<std::time_t>(-1) : moduleClock.now;

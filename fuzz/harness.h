@@ -7,4 +7,8 @@
 void RunInput(ByteReader input);
 
 /// Ends the process with the sentence that does not hold: a finding.
-void Require(bool holds, const char* sentence);
+[[noreturn]] void ReportFinding(const char* sentence);
+
+inline void Require(bool holds, const char* sentence) {
+    if (!holds) ReportFinding(sentence);
+}

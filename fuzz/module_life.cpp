@@ -13,10 +13,12 @@
 
 // The linker gives the bounds of the sections that module_sections.h names.
 extern "C" {
-extern std::uint8_t __start_mqamod_bss[];   // NOLINT(bugprone-reserved-identifier): the linker's names
-extern std::uint8_t __stop_mqamod_bss[];    // NOLINT(bugprone-reserved-identifier)
-extern std::uint8_t __start_mqamod_data[];  // NOLINT(bugprone-reserved-identifier)
-extern std::uint8_t __stop_mqamod_data[];   // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+extern std::uint64_t __start_mqamod_bss[];
+extern std::uint64_t __stop_mqamod_bss[];
+extern std::uint64_t __start_mqamod_data[];
+extern std::uint64_t __stop_mqamod_data[];
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace {
@@ -30,13 +32,9 @@ std::vector<Section> sections;
 
 // The bytes between the variables are the sanitizer's: they may be copied, but not through memcpy, which it
 // watches.
-__attribute__((no_sanitize("address", "coverage"))) void Remember(std::uint8_t* begin,
-                                                                  const std::uint8_t* end) {
-    Require(reinterpret_cast<std::uintptr_t>(begin) % sizeof(std::uint64_t) == 0,
-            "a section begins at a word");
-    Section section{reinterpret_cast<volatile std::uint64_t*>(begin),
-                    static_cast<std::size_t>(end - begin) / sizeof(std::uint64_t),
-                    {}};
+__attribute__((no_sanitize("address", "coverage"))) void Remember(volatile std::uint64_t* begin,
+                                                                  const volatile std::uint64_t* end) {
+    Section section{begin, static_cast<std::size_t>(end - begin), {}};
     for (std::size_t i = 0; i < section.words; ++i)
         section.whenLoaded.push_back(std::uint64_t{section.begin[i]});
     sections.push_back(section);

@@ -174,12 +174,13 @@ void GetByScript(const Get& get) {
 
 void GetMessageOrNone(MQHCONN, MQHOBJ, MQPTR descriptor, MQPTR, MQLONG bufferLength, MQPTR buffer,
                       MQLONG* dataLength, MQLONG* compCode, MQLONG* reason) {
-    const Get get{static_cast<MQMD*>(descriptor),
-                  bufferLength,
-                  static_cast<char*>(buffer),
-                  dataLength,
-                  compCode,
-                  reason};
+    Get get{};
+    get.descriptor = static_cast<MQMD*>(descriptor);
+    get.bufferLength = bufferLength;
+    get.buffer = static_cast<char*>(buffer);
+    get.dataLength = dataLength;
+    get.compCode = compCode;
+    get.reason = reason;
     if (script.input == nullptr) {
         GetFromCalmQueue(get);
     } else {
