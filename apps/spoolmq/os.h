@@ -50,7 +50,7 @@ inline constexpr OsFile kNoFile = -1;
 [[nodiscard]] OsStatus StatPath(const std::string& path, FileInfo* info);
 /// Replaces *entries with what is in the folder, "." and ".." left out, in no order.
 [[nodiscard]] OsStatus ListFolder(const std::string& path, std::vector<FolderEntry>* entries);
-/// Ok also when the folder is there already. Its parent must exist.
+/// Ok also when the folder is there already; Exists when something else has its name. Its parent must exist.
 [[nodiscard]] OsStatus MakeFolder(const std::string& path);
 /// Ok also when the folder is not there.
 [[nodiscard]] OsStatus RemoveEmptyFolder(const std::string& path);

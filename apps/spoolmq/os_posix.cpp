@@ -110,7 +110,9 @@ OsStatus ListFolder(const std::string& path, std::vector<FolderEntry>* entries) 
 
 OsStatus MakeFolder(const std::string& path) {
     const OsStatus status = StatusOf(mkdir(path.c_str(), 0777));
-    return status == OsStatus::Exists ? OsStatus::Ok : status;
+    FileInfo info;
+    const bool isThere = status == OsStatus::Exists && StatPath(path, &info) == OsStatus::Ok && info.isFolder;
+    return isThere ? OsStatus::Ok : status;
 }
 
 OsStatus RemoveEmptyFolder(const std::string& path) {

@@ -128,7 +128,9 @@ OsStatus ListFolder(const std::string& path, std::vector<FolderEntry>* entries) 
 
 OsStatus MakeFolder(const std::string& path) {
     const OsStatus status = StatusOf(CreateDirectoryW(Wide(path).c_str(), nullptr));
-    return status == OsStatus::Exists ? OsStatus::Ok : status;
+    FileInfo info;
+    const bool isThere = status == OsStatus::Exists && StatPath(path, &info) == OsStatus::Ok && info.isFolder;
+    return isThere ? OsStatus::Ok : status;
 }
 
 OsStatus RemoveEmptyFolder(const std::string& path) {

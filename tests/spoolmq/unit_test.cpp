@@ -194,6 +194,16 @@ TEST_F(UnitTest, AnEndedQueueManagerBacksOut) {
     EXPECT_EQ(std::vector<std::string>({"a~1"}), Drain());
 }
 
+TEST_F(UnitTest, AFileInThePlaceOfItsFolderFailsTheGetAndTheMessageStays) {
+    PutAll({"a"});
+    for (const auto& unit :
+         std::filesystem::directory_iterator(std::filesystem::path(Root()) / "QM1/.units")) {
+        if (unit.is_directory()) WriteAll(unit.path() / "got", "");
+    }
+    EXPECT_EQ(FailedWith(mqi::MQRC_RESOURCE_PROBLEM), GetOne(kSync).codes);
+    EXPECT_EQ("a", GetOne(kNoSync).body);
+}
+
 TEST_F(UnitTest, WithSyncOnEverythingWorksAsWithout) {
     SetQmgr("sync = yes\n");
     PutAll({"a", "b", "c"});
