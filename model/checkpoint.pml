@@ -63,6 +63,9 @@
 #ifndef OVERTAKE
 #define OVERTAKE 0              /* message 1 was put first but is committed late: it comes whenever it likes */
 #endif
+#ifndef ORDER
+#define ORDER 1                 /* another order counts as damage; 0: only what is lost or doubled does */
+#endif
 #ifndef POWER
 #define POWER 0                 /* a death may take with it what was flushed but never reached the disk */
 #endif
@@ -619,8 +622,8 @@ inline Close() {
 
 /* ---- host ---- */
 
-#if OVERTAKE || F_OTHER
-/* The order is not known beforehand: nothing twice. */
+#if OVERTAKE || F_OTHER || !ORDER
+/* Nothing twice; the order is not known beforehand, or does not matter. */
 inline Judge() {
     d_step {
         i = stored;
