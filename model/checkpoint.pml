@@ -30,6 +30,15 @@
 #ifndef F_IO
 #define F_IO 1                  /* a file call of the module fails */
 #endif
+#ifndef F_RESET
+#define F_RESET F_IO            /* ... one that starts the file again */
+#endif
+#ifndef F_READ
+#define F_READ F_IO             /* ... one that reads a record in a replay */
+#endif
+#ifndef F_LOG
+#define F_LOG F_IO              /* ... one that writes the message log */
+#endif
 #ifndef F_TORN
 #define F_TORN 1                /* what is interrupted while it is written can be there in part */
 #endif
@@ -241,6 +250,8 @@ byte kept;                      /* CkPtRecBuf: a message, or 0 */
 bit syncpoint;
 bit timedOut;
 byte stream;                    /* the number of the record that is read next; 0: no stream */
+bit inside;                     /* the stream stands in the middle of a record */
+bit streamError;                /* a write failed: as long as the stream is open nothing is committed behind it */
 byte rc;
 byte rec;                       /* the record returned; 0: of length 0 */
 
@@ -386,14 +397,14 @@ inline RewriteInPlace() {
     :: d_step {
            ClearFile();
            ForgetOffsets();
-           headerThere = 1; header = CkPtSeq; stream = 1;
+           headerThere = 1; header = CkPtSeq; stream = 1; streamError = 0;
            if :: kept != 0 -> record[0] = kept; records = 1; stream = 2 :: else fi;
            rewriteBuffered = 1
        }
        printf("    checkpoint %d: file truncated, header and last record written\n", CkPtSeq)
-    :: MISFORTUNE(F_IO);
+    :: MISFORTUNE(F_RESET);
        d_step {
-           ClearFile(); ForgetOffsets(); headerThere = 1; header = CkPtSeq; stream = 1;
+           ClearFile(); ForgetOffsets(); headerThere = 1; header = CkPtSeq; stream = 1; streamError = 1;
            if :: kept != 0 -> record[0] = kept; records = 1 :: else fi;
            printf("    fault: the rewrite for checkpoint %d fails\n", CkPtSeq);
        }
@@ -429,7 +440,7 @@ inline RewriteInReplay() {
        CRASH("    dies between delete and rename\n");
        if
        :: MISFORTUNE(F_IO); printf("    fault: the rename fails\n"); rc = FAIL
-       :: true -> d_step { RenameTemp(lives % 2); stream = 2 }
+       :: true -> d_step { RenameTemp(lives % 2); stream = 2; streamError = 0 }
           printf("    checkpoint %d: file replaced, %d records behind the last one kept\n", CkPtSeq, records - 1);
           CRASH("    dies after the rename\n")
        fi
@@ -448,25 +459,41 @@ inline DoGetPos() {
 
 inline ReadFromChkPt() {
     if
-    :: stream == 0 -> rc = FAIL
-    :: stream > records ->
+    :: inside -> ERROR("ERROR: garbled: the replay goes on in the middle of a record\n")
+    :: !inside && stream == 0 -> rc = FAIL
+    :: !inside && stream > records ->
        d_step { CkPtOffset = stream; offsetValid = 1 }
        if
        :: torn == 2 -> ERROR("ERROR: stuck: the replay meets a record cut short\n")
        :: else -> ReplayFromCkPt = 0
        fi
-    :: stream != 0 && stream <= records ->
+    :: !inside && stream != 0 && stream <= records ->
        d_step { CkPtOffset = stream; offsetValid = 1; rec = record[stream - 1]; stream++ }
        if
-       :: MISFORTUNE(F_IO); printf("    fault: reading the checkpoint file fails\n"); rc = FAIL
+       :: MISFORTUNE(F_READ); printf("    fault: reading the checkpoint file fails in the middle of a record\n");
+          inside = 1; rc = FAIL
        :: true
        fi
     fi
 }
 
+inline FailSave() {
+    saveFailed = 1;
+    if :: BackOut() :: F_BACK -> printf("    fault: so does MQBACK\n") fi;
+    rc = FAIL
+}
+
 inline SaveAndCommit() {
+    kept = m;
+    if
+    :: MISFORTUNE(F_IO); printf("    fault: the place of the record to be saved cannot be told\n"); FailSave()
+    :: true -> WriteAndCommit()
+    fi
+}
+
+inline WriteAndCommit() {
     d_step {
-        kept = m; CkPtOffset = records + 1; offsetValid = 1;
+        CkPtOffset = records + 1; offsetValid = 1;
         if :: torn != 0 || !headerThere -> garbled = 1 :: else fi
     }
     if :: records == FMAX -> ERROR("ERROR: doubled: the checkpoint file holds more than was sent\n") :: else fi;
@@ -475,12 +502,11 @@ inline SaveAndCommit() {
     if
     :: MISFORTUNE(F_IO);
        printf("    fault: saving the record fails\n");
-       if :: rewriteBuffered -> rewriteBuffered = 0 :: else fi;
+       rewriteBuffered = 0; streamError = 1;
        TearAppend();
-       saveFailed = 1;
-       if :: BackOut() :: F_BACK -> printf("    fault: so does MQBACK\n") fi;
-       rc = FAIL
-    :: true ->
+       FailSave()
+    :: streamError -> rewriteBuffered = 0; appendBuffered = 0; printf("    saving the record fails again\n"); FailSave()
+    :: !streamError ->
        d_step { rewriteBuffered = 0; appendBuffered = 0 }
        CRASH("    dies before MQCMIT\n");
        if
@@ -488,7 +514,7 @@ inline SaveAndCommit() {
        :: MISFORTUNE(F_MQ); printf("    fault: MQCMIT fails, and was done\n"); Commit(); connected = 0; rc = FAIL
        :: MISFORTUNE(F_MQ); printf("    fault: MQCMIT fails, not done\n"); LoseConnection(); rc = FAIL
        :: MISFORTUNE(F_MQ); printf("    fault: MQCMIT fails, unit of work still open\n"); rc = FAIL
-       :: MISFORTUNE(F_IO); Commit(); printf("    fault: writing the message log fails\n"); rc = FAIL
+       :: MISFORTUNE(F_LOG); Commit(); printf("    fault: writing the message log fails\n"); rc = FAIL
        fi
     fi
 }
@@ -560,7 +586,7 @@ inline SetPosition() {
     printf("  SetPos %d\n", posSeq);
     if
     :: MISFORTUNE(F_IO); printf("    fault: the checkpoint file cannot be read\n"); rc = FAIL
-    :: garbled -> ERROR("ERROR: lost: the checkpoint file cannot be read back\n")
+    :: garbled -> ERROR("ERROR: stuck: SetPos: the checkpoint file begins without its header\n")
     :: !headerThere && !garbled -> ERROR("ERROR: stuck: SetPos: empty checkpoint file\n")
     :: headerThere && !garbled ->
        CkPtSeq = header;
@@ -600,7 +626,7 @@ inline Open() {
         :: else -> if :: RULE_H13B -> printf("  Init, PRESERVE_RESTART_INFO YES, Open -> 0\n") :: else -> printf("  Init, Open -> 0\n") fi
         fi;
         if :: FreshCkPtFile || !fileThere -> ClearFile(); ForgetOffsets(); fileThere = 1 :: else fi;
-        stream = 1; kept = 0; ReplayFromCkPt = 0; CkPtSeq = 0; syncpoint = 0
+        stream = 1; inside = 0; streamError = 0; kept = 0; ReplayFromCkPt = 0; CkPtSeq = 0; syncpoint = 0
     }
 }
 
@@ -707,12 +733,12 @@ inline StartLife() {
         if :: positionThere -> printf(" with position %d", posSeq) :: else fi;
         if
         :: !fileThere -> printf("; no checkpoint file\n")
-        :: fileThere && garbled -> printf("; a checkpoint file that cannot be read\n")
+        :: fileThere && garbled -> printf("; checkpoint file without a header\n")
         :: fileThere && !garbled && !headerThere -> printf("; checkpoint file of 0 bytes\n")
         :: fileThere && !garbled && headerThere -> printf("; checkpoint file: header %d, %d records\n", header, records)
         fi;
         CkPtSeq = 0; CkPtOffset = 0; offsetValid = 0; CkPtPending = 0; CkPtTaken = 0; ReplayFromCkPt = 0;
-        FreshCkPtFile = 0; kept = 0; syncpoint = 0; timedOut = 0; stream = 0; rc = OK; rec = 0; connected = 0;
+        FreshCkPtFile = 0; kept = 0; syncpoint = 0; timedOut = 0; stream = 0; inside = 0; streamError = 0; rc = OK; rec = 0; connected = 0;
         givenSeq = 0; givenOffset = 0; givenOffsetValid = 0; givenRepeat = 0; givenCount = 0; givenUnsaved = 0;
         returned = 0; since = 0; fromQueue = 0; slow = 0; saveFailed = 0; setPos = 0; first = 0; due = 0; then = 0; finished = 0; readOn = 0;
         rewriteBuffered = 0; appendBuffered = 0
@@ -821,7 +847,8 @@ life:
        SetPosition();
        if
        :: rc == OK -> first = (records > 0 || !SETPOS_HEADER)
-       :: rc == FAIL && RULE_H17 -> goto failed
+       :: rc == FAIL && RULE_H17 && !RULE_H11 -> goto failed
+       :: rc == FAIL && RULE_H17 && RULE_H11 -> printf("  the process ends without Close\n"); goto died
        :: rc == FAIL && !RULE_H17 -> setPos = 0
        fi
     :: else

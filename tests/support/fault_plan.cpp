@@ -15,7 +15,7 @@ std::string NameOf(std::FILE* stream) {
 
 void Log(const std::string& call, std::FILE* stream, const std::string& more = "") {
     const std::string name = NameOf(stream);
-    if (!name.empty()) plan->log.push_back(call + " " + name + more);
+    if (!name.empty()) plan->Note(call + " " + name + more);
 }
 
 void Fail(const Fault& fault, std::FILE* stream) {
@@ -24,7 +24,7 @@ void Fail(const Fault& fault, std::FILE* stream) {
 }
 
 std::FILE* FaultyOpen(const char* path, const char* mode) {
-    plan->log.push_back("open " + std::string(path) + " " + mode);
+    plan->Note("open " + std::string(path) + " " + mode);
     if (const Fault* fault = plan->Strike(FileCall::Open, path)) {
         errno = fault->error;
         return nullptr;
@@ -65,6 +65,7 @@ std::size_t FaultyWrite(const void* buffer, std::size_t size, std::size_t count,
 }
 
 int FlushAllStreams() {
+    if (plan->hook) plan->hook("flush all");
     const int result = std::fflush(nullptr);
     for (const auto& [stream, name] : plan->streams) {
         if (const Fault* fault = plan->Strike(FileCall::FlushAll, name)) Fail(*fault, stream);
@@ -153,20 +154,20 @@ int FailNamed(const Fault& fault, const std::function<int()>& call) {
 }
 
 int FaultyRemove(const char* path) {
-    plan->log.push_back("remove " + std::string(path));
+    plan->Note("remove " + std::string(path));
     const Fault* fault = plan->Strike(FileCall::Remove, path);
     return fault == nullptr ? realRemove(path) : FailNamed(*fault, [&] { return realRemove(path); });
 }
 
 int FaultyRename(const char* from, const char* to) {
-    plan->log.push_back("rename " + std::string(from) + " " + to);
+    plan->Note("rename " + std::string(from) + " " + to);
     const Fault* fault = plan->Strike(FileCall::Rename, from);
     return fault == nullptr ? std::rename(from, to)
                             : FailNamed(*fault, [&] { return std::rename(from, to); });
 }
 
 int FaultyCommand(const char* command) {
-    plan->log.push_back("command " + std::string(command));
+    plan->Note("command " + std::string(command));
     const Fault* fault = plan->Strike(FileCall::Command, command);
     return fault == nullptr ? std::system(command) : FailNamed(*fault, [&] { return std::system(command); });
 }
@@ -221,6 +222,11 @@ FaultPlan::FaultPlan(LoadedLibrary module) {
 FaultPlan::~FaultPlan() {
     patches_.clear();
     plan = nullptr;
+}
+
+void FaultPlan::Note(const std::string& call) {
+    log.push_back(call);
+    if (hook) hook(call);
 }
 
 Fault* FaultPlan::Strike(FileCall call, const std::string& subject, std::size_t bytes) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -59,10 +60,14 @@ class FaultPlan {
     /// asked for), "read ck.dat 8", "flush ck.dat", "tell ck.dat", "seek ck.dat 4", "close ck.dat", "remove
     /// ck.dat", "rename MQAMtmp.12 ck.dat", "command del ck.dat". Files are named as the module opened them.
     std::vector<std::string> log;
+    /// Called at every call that the log gets, and at a flush of all streams ("flush all", which it does not
+    /// get), before the call is carried out.
+    std::function<void(const std::string& call)> hook;
     /// The log without the files whose name contains the text.
     [[nodiscard]] std::vector<std::string> LogWithout(const std::string& text) const;
 
     // For the replaced functions.
+    void Note(const std::string& call);
     Fault* Strike(FileCall call, const std::string& subject, std::size_t bytes = 0);
     std::map<std::FILE*, std::string> streams;
 

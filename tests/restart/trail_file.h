@@ -1,0 +1,29 @@
+// The counter-examples of the model of a restarted load: model/trails/*.txt, lists of what a host does in one
+// process after the other and of what happens inside each call. How to read one stands in model/README.md.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+struct TrailLine {
+    std::size_t indent =
+        0;  ///< 0: a process, the end or the error; 2: what the host does; more: what happens in it
+    std::string text;
+};
+
+struct TrailFile {
+    std::map<std::string, int> definitions;  ///< the model's switches: RULE_..., N, EMPTIES ...
+    std::vector<TrailLine> lines;
+};
+
+/// The names of the trails in model/trails, sorted.
+std::vector<std::string> TrailNames();
+/// A file that cannot be read fails the test and is empty.
+TrailFile ReadTrail(const std::string& name);
+/// Lines written in a test.
+std::vector<TrailLine> TrailLines(const std::string& text);
+
+/// Whether the text is the pattern, in which every # stands for a number; numbers receives them.
+bool MatchesPattern(const std::string& text, const std::string& pattern, std::vector<int>& numbers);

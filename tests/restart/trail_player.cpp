@@ -1,0 +1,496 @@
+#include "tests/restart/trail_player.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kMessages = 3;
+
+}  // namespace
+
+/// The words of the trails.
+struct TrailRows {
+    static constexpr Trail::Row kHost[] = {
+        {"Init, PRESERVE_RESTART_INFO YES, Open -> 0", &Trail::InitOpen},
+        {"Init, Open -> 0", &Trail::InitOpenUnpreserved},
+        {"Init, PRESERVE_RESTART_INFO YES, Open -> 34: the queue manager cannot be reached",
+         &Trail::InitOpenUnreachable},
+        {"Open -> 0", &Trail::OpenAgain},
+        {"GetPos -> #", &Trail::GetPosition},
+        {"GetPos again", &Trail::GetPositionAgain},
+        {"stored: position #, # records", &Trail::Store},
+        {"not stored: sequence # is stored already", &Trail::LeaveStored},
+        {"SetPos #", &Trail::SetPosition},
+        {"Read", &Trail::ReadRecord},
+        {"(#: the repeat)", &Trail::CheckRepeat},
+        {"Close -> 0", &Trail::CloseLoad},
+        {"the process ends without Close", &Trail::EndWithoutClose},
+        {"fault: the operator stops the load", &Trail::StopLoad},
+        {"fault: another load takes message #", &Trail::LoseToOther},
+        {"done: # records", &Trail::CallDone},
+    };
+    static constexpr Trail::Row kDetails[] = {
+        {"dies after MQGET", &Trail::DieAfterGet},
+        {"dies while the record is saved", &Trail::DieInSave},
+        {"dies after MQCMIT", &Trail::DieAfterCommit},
+        {"dies after the rewrite", &Trail::DieAfterRewrite},
+        {"dies while the temporary file is written", &Trail::DieInTemporary},
+        {"dies between delete and rename", &Trail::DieBeforeRename},
+        {"dies after the rename", &Trail::DieAfterRename},
+        {"dies with the target durable and the position not stored", &Trail::DieInHost},
+        {"dies with the position stored", &Trail::DieInHost},
+        {"dies before done is stored", &Trail::DieInHost},
+        {"left: a checkpoint file of # bytes", &Trail::LeaveBytes, &Trail::CheckBytes},
+        {"left: the record cut short", &Trail::LeaveRecordShort},
+        {"left: all but the last record", &Trail::LoseLastRecord},
+        {"the queue manager does not notice yet: message # stays in the unit of work", &Trail::StayUnnoticed},
+        {"the queue manager backs message # out", &Trail::BackOutLate},
+        {"message # is committed by its sender", &Trail::CommitOfSender},
+        {"fault: MQGET fails without data, the connection lives", &Trail::MeetFailure},
+        {"fault: MQGET fails without data, the connection is broken", &Trail::MeetBrokenConnection},
+        {"only after RWAIT has passed", &Trail::BeSlow},
+        {"fault: MQGET returns message # with a warning", &Trail::MeetWarning, &Trail::CheckDelivered},
+        {"fault: the time-out fires", &Trail::MeetTimeout},
+        {"fault: the rewrite for checkpoint # fails", &Trail::FailRewrite},
+        {"fault: writing the temporary file fails", &Trail::FailTemporary},
+        {"fault: reading the checkpoint file fails in the middle of a record", &Trail::FailReplay},
+        {"fault: the checkpoint file cannot be read", &Trail::FailSetPos},
+        {"fault: the place of the record to be saved cannot be told", &Trail::FailPlace},
+        {"fault: so does MQBACK", &Trail::FailBackOut},
+        {"fault: writing the message log fails", &Trail::FailLog},
+        {"checkpoint #: file truncated, header and last record written", nullptr, &Trail::CheckRewrite},
+        {"checkpoint #: file replaced, # records behind the last one kept", nullptr,
+         &Trail::CheckReplacement},
+        {"MQGET returns message #", nullptr, &Trail::CheckDelivered},
+        {"message # is taken for a duplicate", nullptr, &Trail::CheckDelivered},
+        {"message # is empty", nullptr, &Trail::CheckDelivered},
+        {"-> record #", nullptr, &Trail::CheckRecord},
+        {"-> end of input, after RWAIT", &Trail::BeSlow, &Trail::CheckSlowEnd},
+        {"-> end of input, before RWAIT", nullptr, &Trail::CheckQuickEnd},
+        {"-> time-out", nullptr, &Trail::CheckTimeout},
+        {"-> 34", nullptr, &Trail::CheckFailure},
+        {"-> 0 (header #, replay from record # of #)", nullptr, &Trail::CheckReplayBegins},
+    };
+};
+
+std::string Trail::Play(const std::string& name) {
+    SCOPED_TRACE("model/trails/" + name + ".txt");
+    trail_ = ReadTrail(name);
+    EXPECT_FALSE(trail_.lines.empty());
+    PutMessages();
+    PlayLines(trail_.lines);
+    return error_;
+}
+
+void Trail::GoOn(const std::string& lines) {
+    PlayLines(TrailLines(lines));
+}
+
+bool Trail::Keeps(const std::string& rule) const {
+    return Defined("RULE_" + rule, 1) != 0;
+}
+
+int Trail::Defined(const std::string& name, int otherwise) const {
+    const auto found = trail_.definitions.find(name);
+    return found == trail_.definitions.end() ? otherwise : found->second;
+}
+
+/// Messages of different lengths, none of which another begins with, unless a switch says so.
+void Trail::PutMessages() {
+    for (int number = 1; number <= Defined("N", kMessages); ++number) {
+        QueuedMessage message;
+        const bool isEmpty = ((Defined("EMPTIES", 0) >> number) & 1) != 0;
+        if (!isEmpty)
+            message.bytes =
+                "message " + std::string(static_cast<std::size_t>(number), 'a' + static_cast<char>(number));
+        if (number == 1 && !bytesOfMessage1.empty()) message.bytes = bytesOfMessage1;
+        if (Defined("NULS", 0) != 0 && number == 1) message.bytes = std::string(9, '\0');
+        if (Defined("ALIKE", 0) != 0 && number == 2) message.bytes = queue.messages[1].bytes.substr(0, 7);
+        if (Defined("OVERTAKE", 0) != 0 && number == 1) message.stands = Stands::Unsent;
+        queue.messages.emplace(number, message);
+    }
+    logged_ = std::any_of(trail_.lines.begin(), trail_.lines.end(), [](const TrailLine& line) {
+        return line.text.find("message log") != std::string::npos;
+    });
+}
+
+void Trail::PlayLines(const std::vector<TrailLine>& lines) {
+    for (auto line = lines.begin(); line != lines.end() && !HasFatalFailure();) {
+        const auto next =
+            std::find_if(line + 1, lines.end(), [](const TrailLine& other) { return other.indent <= 2; });
+        SCOPED_TRACE("life " + std::to_string(life) + ", line: " + line->text);
+        PlayBlock({line, next});
+        line = next;
+    }
+}
+
+void Trail::PlayBlock(const std::vector<TrailLine>& block) {
+    const std::string& text = block.front().text;
+    if (text.rfind("life ", 0) == 0) return PlayLife(text);
+    if (text.rfind("ERROR: ", 0) == 0) {
+        if (error_.empty()) error_ = text.substr(7);
+        return;
+    }
+    struct Found {
+        Step step;
+        Numbers numbers;
+    };
+    std::vector<Found> before;
+    std::vector<Found> after;
+    Numbers numbers;
+    for (const TrailLine& line : std::vector<TrailLine>(block.begin() + 1, block.end())) {
+        const auto* const row =
+            std::find_if(std::begin(TrailRows::kDetails), std::end(TrailRows::kDetails),
+                         [&](const Row& other) { return MatchesPattern(line.text, other.pattern, numbers); });
+        ASSERT_NE(row, std::end(TrailRows::kDetails))
+            << "a line that the player does not know: " << line.text;
+        if (row->before != nullptr) before.push_back({row->before, numbers});
+        if (row->after != nullptr) after.push_back({row->after, numbers});
+    }
+    const auto* const row =
+        std::find_if(std::begin(TrailRows::kHost), std::end(TrailRows::kHost),
+                     [&](const Row& other) { return MatchesPattern(text, other.pattern, numbers); });
+    ASSERT_NE(row, std::end(TrailRows::kHost)) << "a line that the player does not know: " << text;
+
+    request_ = text;
+    leaves = Leaves::All;
+    meets_ = GetMeets::Queue;
+    slowly_ = dies_ = losesLastRecord_ = false;
+    if (faults) faults->log.clear();
+    const Numbers own = numbers;
+    for (const Found& found : before)
+        (this->*found.step)(found.numbers);
+    (this->*row->before)(own);
+    // Further lines of a request in which the process died tell what happened before: the files show it.
+    if (DiedInRequest()) {
+        if (losesLastRecord_) {
+            RestartFiles files = LookAtRestartFiles();
+            const CheckpointPicture picture = PictureOf(files[kCheckpointFile]);
+            ASSERT_FALSE(picture.offsets.empty());
+            files[kCheckpointFile].resize(picture.offsets.back());
+            PutRestartFiles(files);
+        }
+    } else if (dies_) {
+        EndProcess();
+    }
+    for (const Found& found : after)
+        (this->*found.step)(found.numbers);
+}
+
+void Trail::PlayLife(const std::string& line) {
+    if (running) EndProcess();
+    StartProcess();
+    ASSERT_FALSE(HasFatalFailure());
+    EXPECT_EQ(LifeLine(), line);
+    const std::size_t kept = Keeps("T1") && stored ? stored->records : Keeps("T1") ? 0 : durable;
+    target.resize(std::min({kept, durable, target.size()}));
+}
+
+std::string Trail::LifeLine() const {
+    std::string line = "life " + std::to_string(life) + ": " + std::to_string(stored ? stored->records : 0) +
+                       " records stored";
+    if (stored) line += " with position " + std::to_string(stored->data.CkPtSeq);
+    return line + "; " + CheckpointText();
+}
+
+std::string Trail::CheckpointText() const {
+    const RestartFiles files = LookAtRestartFiles();
+    const auto file = files.find(kCheckpointFile);
+    if (file == files.end()) return "no checkpoint file";
+    const std::string& bytes = file->second;
+    for (const auto& [number, message] : queue.messages) {
+        const auto length = static_cast<std::uint64_t>(message.bytes.size());
+        const std::string image(reinterpret_cast<const char*>(&length), sizeof length);
+        if (bytes.rfind(image + message.bytes, 0) == 0) return "checkpoint file without a header";
+    }
+    const CheckpointPicture picture = PictureOf(bytes);
+    if (!picture.hasHeader) return "checkpoint file of " + std::to_string(bytes.size()) + " bytes";
+    return "checkpoint file: header " + std::to_string(picture.sequence) + ", " +
+           std::to_string(picture.offsets.size()) + " records";
+}
+
+std::string Trail::Keywords() const {
+    std::string keywords = Keeps("H6_TDM") ? "-TDM YES" : "-TDM NO";
+    if (Keeps("H21")) keywords += " -MQEX";
+    if (logged_) keywords += std::string(" -LOG ") + kMessageLog;
+    return keywords;
+}
+
+// What the host does.
+
+void Trail::InitOpen(const Numbers&) {
+    if (!initialized) InitModule(Keywords(), true);
+    EXPECT_FALSE(Keeps("H21") && queue.AnyInLimbo()) << "Open would have failed with 2042";
+    EXPECT_TRUE(Succeeds(OpenModule()));
+}
+
+void Trail::InitOpenUnpreserved(const Numbers&) {
+    InitModule(Keywords(), false);
+    EXPECT_TRUE(Succeeds(OpenModule()));
+}
+
+void Trail::InitOpenUnreachable(const Numbers&) {
+    InitModule(Keywords(), true);
+    MqOutcome failure;
+    failure.compCode = MQCC_FAILED;
+    failure.reason = MQRC_Q_MGR_NOT_AVAILABLE;
+    mq.onConnx.push_back(failure);
+    EXPECT_EQ(OpenModule().returnCode, pmrcFailure);
+}
+
+void Trail::OpenAgain(const Numbers&) {
+    EXPECT_EQ(OpenModule().returnCode, pmrcOK);
+    running = true;
+}
+
+void Trail::GetPosition(const Numbers& numbers) {
+    if (!initialized) InitModule(Keywords(), true);
+    TakePosition();
+    ASSERT_TRUE(given.has_value());
+    EXPECT_EQ(given->data.CkPtSeq, numbers[0]);
+    if (dies_ && Keeps("T2")) durable = target.size();
+}
+
+void Trail::GetPositionAgain(const Numbers&) {
+    EXPECT_FALSE(GetPos().given);
+}
+
+void Trail::Store(const Numbers& numbers) {
+    if (Keeps("T2")) durable = target.size();
+    StorePosition();
+    EXPECT_EQ(stored->data.CkPtSeq, numbers[0]);
+    EXPECT_EQ(stored->records, static_cast<std::size_t>(numbers[1]));
+}
+
+void Trail::LeaveStored(const Numbers& numbers) {
+    ASSERT_TRUE(given && stored);
+    EXPECT_EQ(given->data.CkPtSeq, numbers[0]);
+    EXPECT_EQ(stored->data.CkPtSeq, numbers[0]);
+    given.reset();
+}
+
+void Trail::SetPosition(const Numbers& numbers) {
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(stored->data.CkPtSeq, numbers[0]);
+    GoBack();
+}
+
+void Trail::ReadRecord(const Numbers&) {
+    ReadOne(meets_, slowly_);
+}
+
+void Trail::CheckRepeat(const Numbers& numbers) {
+    EXPECT_EQ(NameOf(repeat), std::to_string(numbers[0]));
+    ASSERT_FALSE(target.empty());
+    EXPECT_EQ(target.back(), repeat);
+}
+
+void Trail::CloseLoad(const Numbers&) {
+    EXPECT_EQ(CloseModule().returnCode, pmrcOK);
+    if (dies_ && !Keeps("H24")) PutRestartFiles({});
+}
+
+void Trail::EndWithoutClose(const Numbers&) {
+    EndProcess();
+}
+
+void Trail::StopLoad(const Numbers&) {}
+
+void Trail::LoseToOther(const Numbers& numbers) {
+    QueuedMessage& message = queue.messages[numbers[0]];
+    EXPECT_EQ(message.stands, Stands::OnQueue);
+    message.stands = Stands::Gone;
+    message.takenByOther = true;
+}
+
+void Trail::CallDone(const Numbers& numbers) {
+    EXPECT_EQ(target.size(), static_cast<std::size_t>(numbers[0]));
+    done = true;
+}
+
+// What happens in it.
+
+void Trail::DieAfterGet(const Numbers&) {
+    DieAt("after GET");
+}
+
+void Trail::DieInSave(const Numbers&) {
+    DieAt(std::string("flush ") + kCheckpointFile);
+}
+
+void Trail::DieAfterCommit(const Numbers&) {
+    DieAt("after CMIT");
+}
+
+/// The rewrite is in the stream's buffer until the request ends or a record is saved.
+void Trail::DieAfterRewrite(const Numbers&) {
+    const std::string rewrite = std::string("write ") + kCheckpointFile;
+    DieAt(request_ == "Read" ? "before GET" : "flush all", rewrite);
+}
+
+void Trail::DieInTemporary(const Numbers&) {
+    DieAt(std::string("flush ") + kTemporaryPrefix);
+    leaves = Leaves::Flushed;
+}
+
+void Trail::DieBeforeRename(const Numbers&) {
+    DieAt(std::string("rename ") + kTemporaryPrefix);
+    leaves = Leaves::Flushed;
+}
+
+void Trail::DieAfterRename(const Numbers&) {
+    DieAt(std::string("open ") + kCheckpointFile + " rb+");
+    leaves = Leaves::Flushed;
+}
+
+void Trail::DieInHost(const Numbers&) {
+    dies_ = true;
+}
+
+void Trail::LeaveBytes(const Numbers& numbers) {
+    ASSERT_EQ(numbers[0], 0);
+    leaves = Leaves::Flushed;
+}
+
+void Trail::CheckBytes(const Numbers& numbers) {
+    EXPECT_EQ(ReadFile(kCheckpointFile).size(), static_cast<std::size_t>(numbers[0]));
+}
+
+void Trail::LeaveRecordShort(const Numbers&) {
+    leaves = Leaves::RecordInPart;
+}
+
+void Trail::LoseLastRecord(const Numbers&) {
+    losesLastRecord_ = true;
+}
+
+void Trail::StayUnnoticed(const Numbers&) {
+    noticed = false;
+}
+
+void Trail::MeetFailure(const Numbers&) {
+    meets_ = GetMeets::FailureConnected;
+}
+
+void Trail::MeetBrokenConnection(const Numbers&) {
+    meets_ = GetMeets::FailureBroken;
+}
+
+void Trail::MeetWarning(const Numbers&) {
+    meets_ = GetMeets::Warning;
+}
+
+void Trail::MeetTimeout(const Numbers&) {
+    meets_ = GetMeets::Timeout;
+    EXPECT_TRUE(Succeeds(PutAttribute("TIMEOUT_SECONDS", std::to_string(kTimeoutSeconds))));
+}
+
+void Trail::FailFile(FileCall call, int nth, const std::string& file) {
+    faults->Add({.call = call, .file = file, .nth = nth});
+}
+
+void Trail::FailRewrite(const Numbers&) {
+    FailFile(FileCall::Write, 1);
+}
+
+void Trail::FailTemporary(const Numbers&) {
+    FailFile(FileCall::Flush, 1, kTemporaryPrefix);
+}
+
+/// Of the two reads of a record, its length and its bytes, the second.
+void Trail::FailReplay(const Numbers&) {
+    FailFile(FileCall::Read, 2);
+}
+
+void Trail::FailSetPos(const Numbers&) {
+    FailFile(FileCall::Read, 1);
+}
+
+/// A write that failed leaves its mark on the stream, and nothing is committed behind it any more; a place
+/// that could not be told leaves none.
+void Trail::FailPlace(const Numbers&) {
+    faults->Add({.call = FileCall::Tell, .file = kCheckpointFile, .streamError = false});
+}
+
+void Trail::FailBackOut(const Numbers&) {
+    MqOutcome failure;
+    failure.compCode = MQCC_FAILED;
+    failure.reason = 2195;
+    mq.onBack.push_back(failure);
+}
+
+void Trail::FailLog(const Numbers&) {
+    FailFile(FileCall::Write, 1, kMessageLog);
+}
+
+void Trail::CommitOfSender(const Numbers& numbers) {
+    EXPECT_EQ(queue.messages[numbers[0]].stands, Stands::Unsent);
+    queue.messages[numbers[0]].stands = Stands::OnQueue;
+}
+
+void Trail::BackOutLate(const Numbers& numbers) {
+    EXPECT_EQ(queue.messages[numbers[0]].stands, Stands::InLimbo);
+    queue.NoticeDeaths();
+}
+
+void Trail::BeSlow(const Numbers&) {
+    slowly_ = true;
+}
+
+void Trail::CheckRewrite(const Numbers& numbers) {
+    const auto& log = faults->log;
+    EXPECT_NE(std::find(log.begin(), log.end(), std::string("open ") + kCheckpointFile + " wb+"), log.end());
+    if (running) {
+        EXPECT_EQ(PictureOf(ReadFile(kCheckpointFile)).sequence, numbers[0]);
+    }
+}
+
+void Trail::CheckReplacement(const Numbers& numbers) {
+    const CheckpointPicture picture = PictureOf(ReadFile(kCheckpointFile));
+    EXPECT_EQ(picture.sequence, numbers[0]);
+    EXPECT_GT(picture.offsets.size(), static_cast<std::size_t>(numbers[1]));
+}
+
+void Trail::CheckDelivered(const Numbers& numbers) {
+    EXPECT_EQ(queue.Delivered(), numbers[0]);
+}
+
+void Trail::CheckRecord(const Numbers& numbers) {
+    EXPECT_EQ(lastRead.returnCode, pmrcOK) << lastRead.errorText;
+    EXPECT_EQ(NameOf(lastRead.record), numbers[0] == 0 ? "\"\"" : std::to_string(numbers[0]));
+}
+
+void Trail::CheckSlowEnd(const Numbers&) {
+    EXPECT_EQ(lastRead.returnCode, pmrcEOF) << lastRead.errorText;
+    EXPECT_TRUE(lastReadSlow);
+}
+
+void Trail::CheckQuickEnd(const Numbers&) {
+    EXPECT_EQ(lastRead.returnCode, pmrcEOF) << lastRead.errorText;
+    EXPECT_FALSE(lastReadSlow);
+}
+
+void Trail::CheckTimeout(const Numbers&) {
+    EXPECT_EQ(lastRead.returnCode, pmrcTimeout);
+}
+
+/// Of a Read or of SetPos, the only request in its life.
+void Trail::CheckFailure(const Numbers&) {
+    EXPECT_EQ(lastSetPos.returnCode == pmrcFailure ? lastSetPos.returnCode : lastRead.returnCode,
+              pmrcFailure);
+}
+
+void Trail::CheckReplayBegins(const Numbers& numbers) {
+    EXPECT_EQ(lastSetPos.returnCode, pmrcOK) << lastSetPos.errorText;
+    const CheckpointPicture picture = PictureOf(ReadFile(kCheckpointFile));
+    EXPECT_EQ(picture.sequence, numbers[0]);
+    EXPECT_EQ(picture.offsets.size(), static_cast<std::size_t>(numbers[2]));
+    std::size_t first = 1;
+    if (stored->data.CkPtSeq != picture.sequence) {
+        const auto offset = static_cast<std::size_t>(stored->data.CkPtOffset);
+        first += static_cast<std::size_t>(
+            std::lower_bound(picture.offsets.begin(), picture.offsets.end(), offset) -
+            picture.offsets.begin());
+    }
+    EXPECT_EQ(first, static_cast<std::size_t>(numbers[1]));
+}
