@@ -62,6 +62,12 @@ TEST_F(BannerTest, IsShownByTheFirstCallWhateverItIs) {
     EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner(now).Console());
 }
 
+TEST_F(BannerTest, BearsMidnightWhenTheTimeIsBeyondTheCalendar) {
+    FakeClock clock(module);
+    clock.LeaveTheCalendar();
+    EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner("00:00:00").Console());
+}
+
 TEST_F(BannerTest, IsPrintedEvenByAnOpenThatIsTheFirstCall) {
     FakeClock clock(module);
     EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner(TimeOfDay(clock.now)).Console());

@@ -147,6 +147,17 @@ TEST_F(TraceLevelTest, LinesBeginWithAnEmptyStampWhenTheTimeIsUnavailable) {
     EXPECT_EQ(lines[before + 3], ": PIDMMain(info): Returning to Hostlink, rc=34");
 }
 
+TEST_F(TraceLevelTest, LinesBeginWithAnEmptyStampWhenTheTimeIsBeyondTheCalendar) {
+    FakeClock clock(module);
+    Start(2);
+    const std::size_t before = SplitLines(trace.Text()).size();
+    clock.LeaveTheCalendar();
+    ASSERT_EQ(Open(0).returnCode, pmrcFailure);
+    const std::vector<std::string> lines = SplitLines(trace.Text());
+    ASSERT_EQ(lines.size(), before + 4);
+    EXPECT_EQ(lines[before], ": PIDMMain(info): entered for option 'Open'");
+}
+
 TEST_F(TraceLevelTest, InitWithoutATimeStillReports) {
     FakeClock clock(module);
     clock.Break();

@@ -45,6 +45,10 @@ TEST_F(InitStringTest, NullPointerOfLengthZeroOrLessIsEmpty) {
     EXPECT_TRUE(FailsWith(InitCounted(std::nullopt, -7), empty_));
 }
 
+TEST_F(InitStringTest, NullPointerOfAnyLengthIsEmpty) {
+    EXPECT_TRUE(FailsWith(InitCounted(std::nullopt, 20), empty_));
+}
+
 TEST_F(InitStringTest, OfDelimitersOnlyIsEmpty) {
     EXPECT_TRUE(FailsWith(Init(" \t\r\n\f  \n"), empty_));
 }

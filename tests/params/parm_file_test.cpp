@@ -58,6 +58,10 @@ TEST_F(ParmFileTest, EmptyLinesAndCommentsAreIgnored) {
     ExpectQueueQ9("\n# a comment\n#QNM Q8\n   \t \n#\nQMGR QM1\n\nQNM Q9\n\n");
 }
 
+TEST_F(ParmFileTest, LineThatBeginsWithANulIsIgnored) {
+    ExpectQueueQ9(std::string("QMGR QM1\n\0QNM Q8\nQNM Q9\n", 24));
+}
+
 TEST_F(ParmFileTest, LinesMayEndWithCarriageReturnAndLineFeed) {
     ExpectQueueQ9("# comment\r\n\r\nQMGR QM1\r\nQNM Q9\r\nMQEX\r\n  \r\n");
 }

@@ -3,6 +3,8 @@
 
 #include <filesystem>
 
+#include "tests/support/expected_report.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/module_fixture.h"
 
 using testing::HasSubstr;
@@ -55,6 +57,45 @@ TEST_F(BindingTest, LibraryWithoutAVerbIsReason2497AndOneWarningNamesBoth) {
     EXPECT_THAT(warnings[0], HasSubstr("MQBACK"));
 }
 
+// The loader's two routines, as the module calls them.
+void* (*findSymbol)(void* library, const char* name);
+std::string missingVerb;
+std::string libraryThere;  // loads when it is asked for by this name or path
+
+void* FindAllButOne(void* library, const char* name) {
+    return name == missingVerb ? nullptr : findSymbol(library, name);
+}
+
+void* LoadThatOne(const char* path) {
+    std::string reason;
+    return path == libraryThere ? LoadLibraryFile(MqDoublePath(), reason) : nullptr;
+}
+void* LoadPosix(const char* path, int) {
+    return LoadThatOne(path);
+}
+const char* NoReason() {
+    return "not there";
+}
+void* LoadWindows(const char* path, void*, unsigned) {
+    return LoadThatOne(path);
+}
+
+TEST_F(BindingTest, EachVerbIsNeeded) {
+    const ImportPatch patch(module, {"dlsym", "GetProcAddress"}, reinterpret_cast<void*>(&FindAllButOne));
+    ASSERT_TRUE(patch.Found());
+    findSymbol = reinterpret_cast<decltype(findSymbol)>(patch.Original());
+    InitTraced(1);
+    for (const char* verb : {"MQCONNX", "MQDISC", "MQOPEN", "MQCLOSE", "MQGET", "MQCMIT", "MQBACK"}) {
+        missingVerb = verb;
+        EXPECT_TRUE(FailsWith(Open(), ConnectError(2497))) << verb;
+        const std::vector<std::string> warnings = NewWarnings();
+        ASSERT_EQ(warnings.size(), 1U) << verb;
+        EXPECT_THAT(warnings[0], HasSubstr("entry point " + missingVerb + " missing"));
+    }
+    missingVerb.clear();
+    EXPECT_EQ(Open().returnCode, pmrcOK);
+}
+
 TEST_F(BindingTest, FailsAlikeWithoutATrace) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
@@ -84,6 +125,61 @@ TEST_F(BindingTest, OnceBoundTheLibraryIsKept) {
     SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
     InitAndOpen();
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN CLOSE DISC CONNX OPEN");
+}
+
+/// The loader finds one library alone, by that name or path.
+class LoaderTest : public BindingTest {
+  protected:
+    void TearDown() override {
+        patches_.clear();
+        BindingTest::TearDown();
+    }
+    /// A module that has bound no library yet.
+    void StartWithLibrary(const std::string& path) {
+        patches_.clear();
+        LoadAnotherModule();
+        SetEnvironment("MQAMOD_MQ_LIBRARY", "");
+        libraryThere = path;
+        if (kPathDelimiter == '/') {
+            Replace("dlopen", &LoadPosix);
+            Replace("dlerror", &NoReason);
+        } else {
+            Replace("LoadLibraryExA", &LoadWindows);
+        }
+    }
+    const std::vector<std::string> names_ = kPathDelimiter == '/'
+                                                ? std::vector<std::string>{"libmqm_r.so", "libmqic_r.so"}
+                                                : std::vector<std::string>{"mqm.dll", "mqic.dll"};
+    const std::string folder_ =
+        kPathDelimiter == '/' ? "/opt/mqm/lib64/" : "C:\\Program Files\\IBM\\MQ\\bin64\\";
+
+  private:
+    template <typename Function>
+    void Replace(const char* name, Function* replacement) {
+        patches_.push_back(std::make_unique<ImportPatch>(module, std::initializer_list<const char*>{name},
+                                                         reinterpret_cast<void*>(replacement)));
+        ASSERT_TRUE(patches_.back()->Found()) << name;
+    }
+
+    std::vector<std::unique_ptr<ImportPatch>> patches_;
+};
+
+TEST_F(LoaderTest, EachOfIbmsLibrariesIsBoundByItsNameAndInIbmsFolder) {
+    for (const std::string& name : names_) {
+        for (const std::string& path : {name, folder_ + name}) {
+            StartWithLibrary(path);
+            mq.Forget();
+            InitAndOpen();
+            EXPECT_EQ(mq.Sequence(), "CONNX OPEN") << path;
+        }
+    }
+}
+
+TEST_F(LoaderTest, AnEmptyVariableNamesNoLibrary) {
+    StartWithLibrary(names_[0]);
+    if (!SetEmptyEnvironment("MQAMOD_MQ_LIBRARY")) GTEST_SKIP() << "here no variable can be empty";
+    InitAndOpen();
+    EXPECT_EQ(mq.Sequence(), "CONNX OPEN");
 }
 
 /// Without the variable IBM's names are looked for; they can be told only where no IBM MQ is installed.

@@ -1,6 +1,10 @@
 // MQOPEN that fails: the attempts, the pauses between them, and what is reported in the end.
 #include <gmock/gmock.h>
+#include <time.h>
 
+#include <cerrno>
+
+#include "tests/support/expected_report.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/module_fixture.h"
 
@@ -33,6 +37,48 @@ TEST_F(OpenRetryTest, PausesTheWaitAsMillisecondsBetweenAttemptsButNotAfterTheLa
     EXPECT_EQ(Open().returnCode, pmrcFailure);
     EXPECT_EQ(mq.Count(Verb::Open), 3U);
     EXPECT_THAT(clock.pausesMs, ElementsAre(10, 10));
+}
+
+// What the system's pause answers, one after the other; then success.
+std::vector<int> pauseAnswers;
+std::vector<std::int64_t> pausesAskedMs;
+
+/// Fails with the answer's errno and says that a third of the time is left.
+int AnswerPause(const timespec* asked, timespec* rest) {
+    pausesAskedMs.push_back(static_cast<std::int64_t>(asked->tv_sec) * 1000 + asked->tv_nsec / 1000000);
+    if (pauseAnswers.empty()) return 0;
+    errno = pauseAnswers.front();
+    pauseAnswers.erase(pauseAnswers.begin());
+    *rest = {0, asked->tv_nsec / 3};
+    return -1;
+}
+
+class BrokenPauseTest : public OpenRetryTest {
+  protected:
+    /// The pauses that two attempts to open ask for.
+    std::vector<std::int64_t> PausesOfARetry(const std::vector<int>& answers) {
+        EXPECT_TRUE(Succeeds(Init(std::string(kRequired) + " -OWAIT 90 -OTENACITY 180")));
+        FailOpens(1, 2042);
+        pauseAnswers = answers;
+        pausesAskedMs.clear();
+        const ImportPatch patch(module, {"nanosleep"}, reinterpret_cast<void*>(&AnswerPause));
+        if (!patch.Found()) return {};
+        EXPECT_TRUE(Succeeds(Open()));
+        EXPECT_EQ(mq.Count(Verb::Open), 2U);
+        return pausesAskedMs;
+    }
+    void SetUp() override {
+        OpenRetryTest::SetUp();
+        if (kPathDelimiter != '/') GTEST_SKIP() << "the pause of this system cannot be interrupted";
+    }
+};
+
+TEST_F(BrokenPauseTest, APauseThatASignalInterruptsGoesOnForTheRest) {
+    EXPECT_THAT(PausesOfARetry({EINTR, EINTR}), ElementsAre(90, 30, 10));
+}
+
+TEST_F(BrokenPauseTest, APauseThatTheSystemRefusesEnds) {
+    EXPECT_THAT(PausesOfARetry({EINVAL}), ElementsAre(90));
 }
 
 TEST_F(OpenRetryTest, SixtySecondsOfTenacityAtOneSecondAreSixtyAttempts) {

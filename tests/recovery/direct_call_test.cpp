@@ -5,8 +5,12 @@
 #include "diag/error_text.h"
 #include "diag/trace.h"
 #include "mqi/session.h"
+#include "params/parameter_report.h"
 #include "params/record_buffer.h"
 #include "params/settings_writer.h"
+#include "queue/close.h"
+#include "queue/open.h"
+#include "queue/read.h"
 #include "recovery/back_out.h"
 #include "recovery/checkpoint.h"
 #include "recovery/checkpoint_file.h"
@@ -17,6 +21,7 @@
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 
 constexpr std::size_t kBlockBytes = 100;
@@ -143,6 +148,30 @@ TEST_F(DirectCall, ByMqASetPosThatCannotBackOutFailsAndTakesTheSequenceAllTheSam
     EXPECT_TRUE(ErrorIs({"BackOutMQ", "MQA0145: <MQBACK failed, reason code = 2009>"}));
     EXPECT_EQ(CkPtSeq(), 8);
     EXPECT_FALSE(ReplayFromCkPt());
+}
+
+TEST_F(DirectCall, ByMqTheReportSaysSo) {
+    CheckpointByMq(kCkFile);
+    trace.Skip();
+    ReportParametersInEffect();
+    EXPECT_THAT(trace.NewLines(), Contains(Info("ParseParms", "Checkpoint: MQ based.")));
+}
+
+TEST_F(DirectCall, ByMqOpenKeepsThePreviousRecordAndAReadEndsTheReplay) {
+    CheckpointByMq(kCkFile);
+    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+    ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
+    writableSettings.OTENACITY = 1;
+    writableSettings.RWAIT = 1;
+    ASSERT_EQ(OpenQueue(1, 0), pmrcOK);
+    mq.PutMessage("kept");
+    char buffer[kBlockBytes];
+    std::uint32_t length = 0;
+    ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
+    EXPECT_EQ(std::string(buffer, length), "kept");
+    EXPECT_TRUE(EqualsKeptRecord("kept", 4));
+    EXPECT_FALSE(ReplayFromCkPt());
+    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
 }
 
 TEST_F(DirectCall, ABackOutThatSucceedsReportsNothing) {

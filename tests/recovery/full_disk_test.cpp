@@ -85,12 +85,15 @@ TEST_F(FullDisk, ACopyInTheMiddleOfAReplayLeavesTheOldFile) {
     EXPECT_THAT(faults->log, Not(Contains("remove ck.dat")));
 }
 
-TEST_F(FullDisk, ByMqTheRoomForOneRecordCannotBeTaken) {
+// A record that fits into the stream's buffer fails at the flush, a larger one before.
+class FullDiskByMq : public FullDisk, public testing::WithParamInterface<int> {};
+
+TEST_P(FullDiskByMq, TheRoomForOneRecordCannotBeTaken) {
     ResetSettings();
-    writableSettings.BKSZ = 60000;
+    writableSettings.BKSZ = GetParam();
     writableSettings.MqCheckpointMode = true;
     std::strcpy(writableSettings.checkpointPath, kCkFile);
-    ASSERT_TRUE(AllocateRecordBuffer(60000));
+    ASSERT_TRUE(AllocateRecordBuffer(static_cast<std::size_t>(GetParam())));
     PutOnFullDisk(kCkFile);
     ReleaseCkPtFile();  // from now on no file is looked for
     EXPECT_EQ(OpenCkPtFile(), pmrcFailure);
@@ -104,5 +107,7 @@ TEST_F(FullDisk, ByMqTheRoomForOneRecordCannotBeTaken) {
     EXPECT_FALSE(RecordBufferExists());
     DropCkPtFileStream();
 }
+
+INSTANTIATE_TEST_SUITE_P(BlockSizes, FullDiskByMq, testing::Values(100, 1048576));
 
 }  // namespace

@@ -250,6 +250,14 @@ TEST_F(ReplayCheckpoint, ATemporaryFileThatDoesNotReachTheDiskNeverReplacesTheOl
     EXPECT_EQ(mq.Sequence(), "");
 }
 
+TEST_F(ReplayCheckpoint, AStreamInErrorNeverReplacesTheOldFileThoughEveryCallSucceeds) {
+    BeginInTheMiddle();
+    faults->Add({.call = FileCall::Write, .file = "MQAMtmp", .nth = 2, .transferred = 10});
+    ExpectRewriteFails(About("checkpoint", "fflush", "Temp"));
+    EXPECT_EQ(faults->Struck(), 1);
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(3, {"a", "bb", "ccc", "dddd"}));
+}
+
 TEST_F(ReplayCheckpoint, ALengthReadInPartFails) {
     BeginInTheMiddle();
     faults->Add({.call = FileCall::Read, .file = kCkFile, .transferred = 3});
@@ -342,6 +350,16 @@ TEST_F(ReplayCheckpoint, WithoutItsFileTheReplayFailsOnAndTouchesNone) {
     EXPECT_EQ(mq.Sequence(), "");
     EXPECT_THAT(CallsOn("MQAMtmp"), ElementsAre());
     EXPECT_EQ(ReadFile(TempFile()), Rewritten());
+}
+
+TEST_F(ReplayCheckpoint, WithoutMemoryForARecordTheCheckpointFileStaysAsItIs) {
+    BeginInTheMiddle();
+    const std::string before = ReadFile(kCkFile);
+    faults->Add({.call = FileCall::Allocate, .bytes = 65536 + 8});
+    EXPECT_TRUE(FailsWith(Read(), ExpectedError(kFunction, "memory allocation failed")));
+    EXPECT_EQ(faults->Struck(), 1);
+    EXPECT_EQ(ReadFile(kCkFile), before);
+    EXPECT_EQ(mq.Sequence(), "");
 }
 
 TEST_F(ReplayCheckpoint, ARestartAfterItGivesTheLastRecordAndTheRest) {

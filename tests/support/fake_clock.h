@@ -17,6 +17,8 @@ class FakeClock {
 
     /// Moves the calendar time.
     void Advance(std::int64_t seconds) { now += seconds; }
+    /// Moves it where the calendar has no year for it.
+    void LeaveTheCalendar() { now = INT64_MAX; }
     /// Every time call of the module from now on fails with -1.
     void Break() { broken = true; }
 

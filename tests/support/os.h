@@ -20,6 +20,9 @@ std::string NativePath(const std::string& path);
 /// Sets a variable for getenv as well as for the system's own call; an empty value removes it.
 void SetEnvironment(const char* name, const std::string& value);
 
+/// Sets a variable to nothing. Returns false where the system does not know such variables.
+bool SetEmptyEnvironment(const char* name);
+
 int ProcessId();
 
 /// Makes ferror true for the stream, as a failed transfer does.

@@ -33,6 +33,10 @@ void SetEnvironment(const char* name, const std::string& value) {
     }
 }
 
+bool SetEmptyEnvironment(const char* name) {
+    return setenv(name, "", 1) == 0;
+}
+
 int ProcessId() {
     return getpid();
 }

@@ -35,6 +35,10 @@ void SetEnvironment(const char* name, const std::string& value) {
     SetEnvironmentVariableA(name, value.empty() ? nullptr : value.c_str());
 }
 
+bool SetEmptyEnvironment(const char* /*name*/) {
+    return false;
+}
+
 int ProcessId() {
     return _getpid();
 }
