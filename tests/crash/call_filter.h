@@ -1,0 +1,24 @@
+// The system calls that change what is on disk: the filter that stops a traced process at them, and which
+// file each concerns.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+
+/// Lets the kernel stop this process, its threads and every process it starts at the calls that change state,
+/// for a tracer. Called in the traced process itself, before exec. Returns false with errno.
+[[nodiscard]] bool StopAtStateCalls();
+
+struct StateCall {
+    const char* name = "";
+    std::string path;          ///< absolute: of the file written, the name made, removed or moved
+    std::uint64_t length = 0;  ///< bytes to be written; 0 when the call writes none
+};
+
+/// Describes the call at whose entry the traced thread stands. Returns false when it cannot be read.
+[[nodiscard]] bool ReadStateCall(pid_t thread, StateCall& call);
+
+/// Makes the thread, at the entry of a write, write fewer bytes. Returns false when that cannot be done.
+[[nodiscard]] bool CutWrite(pid_t thread, std::uint64_t length);

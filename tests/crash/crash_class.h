@@ -1,0 +1,27 @@
+// The classes of crash points as data: which load, killed how, at which of its calls.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/crash/death.h"
+#include "tests/crash/traced_program.h"
+
+enum class TargetKind { kFile, kSqlite };
+
+struct CrashClass {
+    const char* name;
+    const char* what;  ///< for people
+    TargetKind target;
+    bool hasLog;
+    int messages;
+    int checkpointEvery;
+    Victim victim;
+    const char* prelude;  ///< a point; the load dies there before the points of the class begin; or ""
+    int preludeCheckpointEvery;
+    std::vector<const char*> series;  ///< points without the last number: each is counted up to its end
+    int smokePoints;                  ///< of each series, in the short run
+};
+
+[[nodiscard]] const std::vector<CrashClass>& CrashClasses();
+[[nodiscard]] const CrashClass* FindCrashClass(const std::string& name);

@@ -1,0 +1,60 @@
+#include "tests/crash/point_run.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+PointOutcome Fail(PointOutcome outcome, const std::string& wrong) {
+    outcome.verdict = PointVerdict::kFailed;
+    outcome.wrong = wrong;
+    return outcome;
+}
+
+}  // namespace
+
+PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& deaths,
+                      const std::string& folder, const Programs& programs) {
+    PointOutcome outcome;
+    if (!MakeTrial(crashClass, folder))
+        return Fail(outcome, std::string("no trial: ") + std::strerror(errno));
+
+    std::vector<Death> prelude;
+    if (*crashClass.prelude != '\0') {
+        if (!ParsePoint(crashClass.prelude, prelude)) return Fail(outcome, "the class has no such prelude");
+        const ProgramOrder first =
+            ComposeLoad(crashClass, folder, programs, crashClass.preludeCheckpointEvery, false);
+        for (const Death& death : prelude) {
+            if (!RunProgramToDeath(first, death, Victim::kCommand).died) {
+                return Fail(outcome, "the prelude did not die");
+            }
+        }
+    }
+
+    const bool goesOn = crashClass.victim == Victim::kWorker;
+    const ProgramOrder load = ComposeLoad(crashClass, folder, programs, crashClass.checkpointEvery, goesOn);
+    TracedEnd end;
+    for (const Death& death : deaths) {
+        end = RunProgramToDeath(load, death, crashClass.victim);
+        outcome.counts = end.counts;
+        if (!outcome.where.empty()) outcome.where += ", then ";
+        outcome.where += end.where;
+        if (!end.died) {
+            if (end.exitCode != 0)
+                return Fail(outcome, "without a death it ended with " + std::to_string(end.exitCode));
+            outcome.verdict = PointVerdict::kBeyond;
+            outcome.wrong = CheckLoaded(crashClass, folder);
+            return outcome.wrong.empty() ? outcome : Fail(outcome, outcome.wrong);
+        }
+    }
+    if (end.died && goesOn && !end.commandDied) {
+        if (end.exitCode != 0) return Fail(outcome, "the command ended with " + std::to_string(end.exitCode));
+    } else {
+        const int code = RunProgramToEnd(load);
+        if (code != 0) return Fail(outcome, "the same command ended with " + std::to_string(code));
+    }
+    const std::string wrong = CheckLoaded(crashClass, folder);
+    if (!wrong.empty()) return Fail(outcome, wrong);
+    outcome.verdict = PointVerdict::kPassed;
+    return outcome;
+}

@@ -1,0 +1,26 @@
+// Which points there are. A series is the points that differ in the number of their last death alone; how
+// many it has is found out by a run that counts, and, since a load's calls are not the same to the last one
+// in every run, by going on until a load is done before the point comes.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/crash/point_pool.h"
+
+struct ClassTally {
+    std::uint64_t points = 0;
+    std::uint64_t failures = 0;
+    std::uint64_t counting = 0;  ///< runs that counted, or went beyond the last point
+};
+
+/// Plans every point of the classes, or a sample.
+void PlanSeries(const std::vector<const CrashClass*>& classes, bool sampleOnly);
+/// The next job that can be started now. Returns false when there is none at the moment.
+[[nodiscard]] bool NextJob(PointJob& job);
+/// Takes a job's outcome into account; a point is counted in its class's tally.
+void NoteOutcome(const PointJob& job, const PointOutcome& outcome);
+
+[[nodiscard]] const std::map<std::string, ClassTally>& Tallies();

@@ -1,0 +1,190 @@
+#include "tests/crash/traced_program.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+#include "tests/crash/call_filter.h"
+
+namespace {
+
+constexpr std::uint64_t kShortestCutWrite = 5;
+
+enum class Tracing { kNone, kProcesses, kCalls };
+
+struct Trace {
+    const ProgramOrder& order;
+    const std::optional<Death>& death;
+    Victim victim;
+    pid_t command = 0;
+    int programs = 0;        // started: the command first, then each life's worker
+    pid_t awaitingExit = 0;  // the thread inside the call after which to kill
+    TracedEnd end = {};
+};
+
+[[noreturn]] void Abort(const char* what) {
+    std::fprintf(stderr, "crash: %s: %s\n", what, std::strerror(errno));
+    std::exit(70);
+}
+
+void BecomeProgram(const ProgramOrder& order, Tracing tracing) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const int console = open(order.console.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (console < 0 || nothing < 0) _exit(127);
+    dup2(nothing, STDIN_FILENO);
+    dup2(console, STDOUT_FILENO);
+    dup2(console, STDERR_FILENO);
+    for (const auto& [name, value] : order.environment)
+        setenv(name.c_str(), value.c_str(), 1);
+    std::vector<char*> arguments;
+    for (const std::string& argument : order.arguments)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+    if (tracing != Tracing::kNone) {
+        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(126);
+        raise(SIGSTOP);
+    }
+    if (tracing == Tracing::kCalls && !StopAtStateCalls()) _exit(126);
+    execv(arguments[0], arguments.data());
+    _exit(127);
+}
+
+pid_t StartProgram(const ProgramOrder& order, Tracing tracing) {
+    const pid_t process = fork();
+    if (process < 0) Abort("fork");
+    if (process == 0) BecomeProgram(order, tracing);
+    return process;
+}
+
+void WriteFaultPlan(const Trace& trace) {
+    std::ofstream plan(trace.order.faultPlanFile, std::ios::trunc);
+    const Death& death = *trace.death;
+    if (trace.programs == death.life + 1) {
+        plan << death.verb << ' ' << death.number << " kill "
+             << (death.moment == DeathMoment::kBefore ? "before" : "after") << '\n';
+    }
+}
+
+pid_t ProcessOf(pid_t thread) {
+    std::ifstream status("/proc/" + std::to_string(thread) + "/status");
+    std::string word;
+    while (status >> word) {
+        pid_t process = 0;
+        if (word == "Tgid:" && status >> process) return process;
+    }
+    return thread;
+}
+
+void Kill(Trace& trace, pid_t thread) {
+    const pid_t process = ProcessOf(thread);
+    trace.end.died = true;
+    trace.end.commandDied = trace.victim == Victim::kCommand || process == trace.command;
+    // The command first, so that it sees nothing of its worker's death.
+    if (trace.end.commandDied) kill(trace.command, SIGKILL);
+    kill(process, SIGKILL);
+}
+
+bool IsInside(const std::string& path, const std::string& folder) {
+    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+}
+
+// At the entry of a call that changes state. Returns false when the thread is not to be resumed.
+bool CountCall(Trace& trace, pid_t thread) {
+    StateCall call;
+    // A thread that somebody killed meanwhile cannot be read.
+    if (!ReadStateCall(thread, call)) return true;
+    if (!IsInside(call.path, trace.order.ownFolder)) return true;
+    const bool isStore = IsInside(call.path, trace.order.storeFolder);
+    const auto scope = isStore ? DeathScope::kStore : DeathScope::kOwn;
+    const auto index = static_cast<std::size_t>(scope);
+    const std::uint64_t number = ++trace.end.counts.calls[index];
+    if (call.length >= kShortestCutWrite) ++trace.end.counts.writes[index];
+    if (!trace.death || trace.end.died || trace.awaitingExit != 0 || trace.death->scope != scope) return true;
+    const bool isCut = IsCut(trace.death->moment);
+    if (isCut && call.length < kShortestCutWrite) return true;
+    if ((isCut ? trace.end.counts.writes[index] : number) != trace.death->number) return true;
+
+    trace.end.where = call.name + std::string(" ") + call.path.substr(trace.order.ownFolder.size() + 1);
+    if (call.length > 0) trace.end.where += ", " + std::to_string(call.length) + " bytes";
+    if (trace.programs > 1) trace.end.where += ", life " + std::to_string(trace.programs - 1);
+    std::uint64_t length = call.length;
+    switch (trace.death->moment) {
+        case DeathMoment::kBefore: Kill(trace, thread); return false;
+        case DeathMoment::kAfter: break;
+        case DeathMoment::kCutToThree: length = 3; break;
+        case DeathMoment::kCutToHalf: length /= 2; break;
+        case DeathMoment::kCutByOne: --length; break;
+    }
+    if (isCut && !CutWrite(thread, length)) Abort("a write cannot be cut short");
+    trace.awaitingExit = thread;
+    if (ptrace(PTRACE_SYSCALL, thread, nullptr, nullptr) != 0) Abort("resume to the end of a call");
+    return false;
+}
+
+void HandleStop(Trace& trace, pid_t thread, int status) {
+    const int signal = WSTOPSIG(status);
+    const int event = status >> 16;
+    int deliver = 0;
+    if (event == PTRACE_EVENT_SECCOMP) {
+        if (!CountCall(trace, thread)) return;
+    } else if (event == PTRACE_EVENT_EXEC) {
+        ++trace.programs;
+        if (trace.death && trace.death->scope == DeathScope::kMqi) WriteFaultPlan(trace);
+    } else if (event == 0 && signal == (SIGTRAP | 0x80)) {
+        if (thread == trace.awaitingExit) {
+            trace.awaitingExit = 0;
+            Kill(trace, thread);
+            return;
+        }
+    } else if (event == 0 && signal != SIGSTOP) {
+        deliver = signal;
+    }
+    // One that was killed meanwhile cannot be resumed: its end is told next.
+    ptrace(PTRACE_CONT, thread, nullptr, static_cast<long>(deliver));
+}
+
+}  // namespace
+
+int RunProgramToEnd(const ProgramOrder& order) {
+    const pid_t process = StartProgram(order, Tracing::kNone);
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death>& death, Victim victim) {
+    Trace trace{order, death, victim};
+    const bool countsCalls = !death || death->scope != DeathScope::kMqi;
+    trace.command = StartProgram(order, countsCalls ? Tracing::kCalls : Tracing::kProcesses);
+    int status = 0;
+    if (waitpid(trace.command, &status, 0) != trace.command || !WIFSTOPPED(status))
+        Abort("the traced program");
+    const long options = PTRACE_O_EXITKILL | PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACEEXEC | PTRACE_O_TRACEFORK |
+                         PTRACE_O_TRACEVFORK | PTRACE_O_TRACECLONE | PTRACE_O_TRACESECCOMP;
+    if (ptrace(PTRACE_SETOPTIONS, trace.command, nullptr, options) != 0) Abort("trace options");
+    ptrace(PTRACE_CONT, trace.command, nullptr, 0L);
+    for (;;) {
+        const pid_t thread = waitpid(-1, &status, __WALL);
+        if (thread < 0 && errno == EINTR) continue;
+        if (thread < 0) break;
+        if (WIFSTOPPED(status)) {
+            HandleStop(trace, thread, status);
+        } else if (thread == trace.command && WIFEXITED(status)) {
+            trace.end.exitCode = WEXITSTATUS(status);
+        } else if (WIFSIGNALED(status) && trace.death && trace.death->scope == DeathScope::kMqi) {
+            trace.end.died = true;
+        }
+    }
+    return trace.end;
+}
