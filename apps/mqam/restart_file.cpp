@@ -12,25 +12,29 @@ namespace {
 // More than any restart file has, so that a path that names something else is not read whole.
 constexpr std::size_t kBytesMax = 1048576;
 
-bool ReadWhole(const std::string& path, std::string& text) {
+enum class FileRead { kWhole, kMissing, kFailed };
+
+FileRead ReadWhole(const std::string& path, std::string& text) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) return false;
+    // A path that cannot be looked at is no path without a file: a load would begin over an unfinished one.
+    if (file == nullptr) return errno == ENOENT ? FileRead::kMissing : FileRead::kFailed;
     text.resize(kBytesMax);
     text.resize(std::fread(text.data(), 1, text.size(), file));
     const bool read = std::ferror(file) == 0;
     const int code = errno;
     static_cast<void>(std::fclose(file));
     errno = code;
-    return read;
+    return read ? FileRead::kWhole : FileRead::kFailed;
 }
 
 }  // namespace
 
 bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state, std::string& reason) {
     state.reset();
-    if (ProbePath(path) == PathKind::kMissing) return true;
     std::string text;
-    if (!ReadWhole(path, text)) {
+    const FileRead read = ReadWhole(path, text);
+    if (read == FileRead::kMissing) return true;
+    if (read == FileRead::kFailed) {
         reason = "restart file " + path + " cannot be read: " + std::strerror(errno);
         return false;
     }

@@ -45,7 +45,8 @@ bool ReadText(const std::string& value, std::string& text) {
             continue;
         }
         unsigned code = 0;
-        if (!ReadNumber(std::string_view(value).substr(i + 1, 2), code, 16)) return false;
+        const std::string_view digits = std::string_view(value).substr(i + 1, 2);
+        if (digits.size() != 2 || !ReadNumber(digits, code, 16)) return false;
         text += static_cast<char>(code);
         i += 2;
     }

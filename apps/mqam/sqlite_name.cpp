@@ -6,9 +6,24 @@ namespace {
 
 constexpr std::string_view kScheme = "sqlite:";
 constexpr std::string_view kTableParameter = "table=";
+constexpr std::string_view kOwnTable = "mqam_restart";
+constexpr std::string_view kReservedBeginning = "sqlite_";
 constexpr std::string_view kNameLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
 
+bool CanBeTable(const std::string& table) {
+    const std::string lower = LowerCase(table);
+    return !lower.empty() && table.find_first_not_of(kNameLetters) == std::string::npos &&
+           !lower.starts_with(kReservedBeginning) && lower != kOwnTable;
+}
+
 }  // namespace
+
+std::string LowerCase(const std::string& name) {
+    std::string lower = name;
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return lower;
+}
 
 bool IsSqliteName(const std::string& target) {
     return target.starts_with(kScheme);
@@ -30,8 +45,7 @@ bool ParseSqliteName(const std::string& target, SqliteName& name, std::string& c
         return false;
     }
     name.table = parameter.substr(kTableParameter.size());
-    if (name.table.empty() || name.table.find_first_not_of(kNameLetters) != std::string::npos ||
-        name.table.starts_with("sqlite_") || name.table == "mqam_restart") {
+    if (!CanBeTable(name.table)) {
         complaint =
             "'" + name.table +
             "' cannot be the table: a name of letters, digits and underscores is needed, not one that "

@@ -5,8 +5,11 @@
 
 struct SqliteName {
     std::string file;
-    std::string table;
+    std::string table;  ///< as the user wrote it; SQLite takes capital and small letters for the same
 };
+
+/// The name in small letters: the same for every way to write the name of one table.
+[[nodiscard]] std::string LowerCase(const std::string& name);
 
 /// Whether a target's name is meant to be one.
 [[nodiscard]] bool IsSqliteName(const std::string& target);

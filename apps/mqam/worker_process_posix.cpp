@@ -13,6 +13,9 @@
 
 namespace {
 
+// Of a worker that did not come to life; no exit code of this program.
+constexpr int kNoWorker = 127;
+
 int argumentCount = 0;
 char** argumentValues = nullptr;
 
@@ -28,15 +31,50 @@ extern "C" void HandOnInterrupt(int signalNumber, siginfo_t* information, void* 
     errno = savedErrno;
 }
 
-void BecomeWorker(char** arguments, pid_t parent) {
+// Holds SIGINT and SIGTERM back while it lives.
+class HeldInterrupts {
+  public:
+    HeldInterrupts() {
+        sigset_t interrupts;
+        sigemptyset(&interrupts);
+        sigaddset(&interrupts, SIGINT);
+        sigaddset(&interrupts, SIGTERM);
+        sigprocmask(SIG_BLOCK, &interrupts, &before_);
+    }
+    HeldInterrupts(const HeldInterrupts&) = delete;
+    HeldInterrupts& operator=(const HeldInterrupts&) = delete;
+    ~HeldInterrupts() { LetGo(); }
+    void LetGo() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_ = {};
+};
+
+[[noreturn]] void BecomeWorker(char** arguments, pid_t parent) {
 #ifdef __linux__
     // The parent may have gone before this took effect.
-    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(127);
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(kNoWorker);
 #else
     static_cast<void>(parent);
 #endif
     execv("/proc/self/exe", arguments);
-    _exit(127);
+    _exit(kNoWorker);
+}
+
+// Returns the process, or -1 with errno set. An interrupt that comes meanwhile is handed on, and so is one
+// that came before.
+pid_t StartWorker(char** arguments) {
+    const HeldInterrupts held;
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0) {
+        held.LetGo();
+        BecomeWorker(arguments, parent);
+    }
+    if (child < 0) return child;
+    worker = child;
+    if (interruptCame) kill(child, SIGTERM);
+    return child;
 }
 
 }  // namespace
@@ -54,21 +92,19 @@ WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
     arguments.push_back(nullptr);
 
     WorkerEnd end;
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child == 0) BecomeWorker(arguments.data(), parent);
+    const pid_t child = StartWorker(arguments.data());
     if (child < 0) {
         end.reason = std::strerror(errno);
         return end;
     }
-    worker = child;
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     worker = 0;
-    end.started = true;
     end.killed = WIFSIGNALED(status);
     end.code = end.killed ? WTERMSIG(status) : WEXITSTATUS(status);
+    end.started = end.killed || end.code != kNoWorker;
+    if (!end.started) end.reason = "the program is not there any more, or not executable";
     return end;
 }
 

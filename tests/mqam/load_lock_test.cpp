@@ -1,0 +1,147 @@
+#include "apps/mqam/load_lock.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "apps/mqam/platform.h"
+#include "tests/mqam/again_process.h"
+#include "tests/mqam/program_runner.h"
+#include "tests/mqam/test_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::StartsWith;
+
+// What the other process does with the lock at the path that follows in its part: takes it, says so, holds it
+// until a file "go" stands beside it, and ends as told.
+constexpr char kHoldAndGiveBack[] = "give-back:";
+constexpr char kHoldAndEnd[] = "end:";
+constexpr char kHoldForEver[] = "hold:";
+
+bool WaitForFile(const std::string& path) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!fs::exists(path)) {
+        if (std::chrono::steady_clock::now() > limit) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+void PlayTheOther(const std::string& part) {
+    const std::size_t colon = part.find(':');
+    const std::string how = part.substr(0, colon + 1);
+    const std::string path = part.substr(colon + 1);
+    std::string reason;
+    if (!TakeLoadLock(path, 0, reason)) EndProcessAtOnce(70);
+    std::ofstream(path + ".held") << "x";
+    if (!WaitForFile(path + ".go") && how != kHoldForEver) EndProcessAtOnce(71);
+    if (how == kHoldAndGiveBack) GiveBackLoadLock(path);
+    EndProcessAtOnce(how == kHoldAndGiveBack && fs::exists(path) ? 72 : 0);
+}
+
+class LoadLockTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!PartToPlay().empty()) PlayTheOther(PartToPlay());
+    }
+
+    [[nodiscard]] std::string Path() const { return folder_.Path("a load.lock"); }
+
+    // Starts the other process and waits until it holds the lock.
+    [[nodiscard]] std::unique_ptr<RunningProgram> StartOther(const char* how) const {
+        GiveOutPart(how + Path());
+        auto other = std::make_unique<RunningProgram>(ThisProgram(), ArgumentsForThisTest(),
+                                                      std::map<std::string, std::string>{}, folder_.Root());
+        GiveOutPart("");
+        EXPECT_TRUE(WaitForFile(Path() + ".held"));
+        return other;
+    }
+    void LetOtherGo() const { std::ofstream(Path() + ".go") << "x"; }
+
+    TestFolder folder_;
+    std::string reason_;
+};
+
+TEST_F(LoadLockTest, TakenAndGivenBackItLeavesNoFile) {
+    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    EXPECT_TRUE(fs::exists(Path()));
+    GiveBackLoadLock(Path());
+    EXPECT_FALSE(fs::exists(Path()));
+    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    GiveBackLoadLock(Path());
+}
+
+TEST_F(LoadLockTest, AFileThatIsLeftOverLocksNobodyOut) {
+    std::ofstream(Path()) << "";
+    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    GiveBackLoadLock(Path());
+    EXPECT_FALSE(fs::exists(Path()));
+}
+
+TEST_F(LoadLockTest, AProcessTakesSeveral) {
+    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    ASSERT_TRUE(TakeLoadLock(Path() + "2", 0, reason_)) << reason_;
+    GiveBackLoadLock(Path());
+    EXPECT_TRUE(fs::exists(Path() + "2"));
+    GiveBackLoadLock(Path() + "2");
+    EXPECT_TRUE(fs::is_empty(folder_.Root()));
+}
+
+TEST_F(LoadLockTest, GivingBackWhatIsNotHeldLeavesTheFileAlone) {
+    std::ofstream(Path()) << "";
+    GiveBackLoadLock(Path());
+    EXPECT_TRUE(fs::exists(Path()));
+    GiveBackLoadLock("");
+}
+
+TEST_F(LoadLockTest, AFolderThatIsMissingIsTold) {
+    EXPECT_FALSE(TakeLoadLock(folder_.Path("none") + "/lock", 0, reason_));
+    EXPECT_THAT(reason_, StartsWith(folder_.Path("none") + "/lock cannot be made: "));
+}
+
+TEST_F(LoadLockTest, ASecondProcessIsRefusedWhileTheFirstHoldsIt) {
+    const auto other = StartOther(kHoldAndGiveBack);
+    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
+    EXPECT_EQ(reason_, "another load is running (it holds " + Path() + ")");
+    LetOtherGo();
+    EXPECT_EQ(other->Wait().exitCode, 0);
+}
+
+TEST_F(LoadLockTest, ASecondProcessGetsItWhenTheFirstGivesItBackInTime) {
+    const auto other = StartOther(kHoldAndGiveBack);
+    std::thread later([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        LetOtherGo();
+    });
+    EXPECT_TRUE(TakeLoadLock(Path(), 20, reason_)) << reason_;
+    later.join();
+    EXPECT_TRUE(fs::exists(Path()));
+    EXPECT_EQ(other->Wait().exitCode, 0);
+    GiveBackLoadLock(Path());
+    EXPECT_FALSE(fs::exists(Path()));
+}
+
+TEST_F(LoadLockTest, ItEndsWithAProcessThatDoesNotGiveItBack) {
+    const auto other = StartOther(kHoldAndEnd);
+    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
+    LetOtherGo();
+    EXPECT_EQ(other->Wait().exitCode, 0);
+    EXPECT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    GiveBackLoadLock(Path());
+    EXPECT_FALSE(fs::exists(Path()));
+}
+
+TEST_F(LoadLockTest, ItEndsWithAProcessThatIsKilled) {
+    const auto other = StartOther(kHoldForEver);
+    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
+    static_cast<void>(other->Wait(0));
+    EXPECT_TRUE(TakeLoadLock(Path(), 5, reason_)) << reason_;
+}
+
+}  // namespace
