@@ -2,6 +2,7 @@
 // of the messages that have no number.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -14,12 +15,18 @@ struct MessageAdvice {
     const char* next;
 };
 
+/// What a failure needs before another attempt can succeed.
+enum class Remedy : std::uint8_t {
+    kTime,    ///< it may pass by itself
+    kChange,  ///< somebody has to change something
+};
+
 struct ReasonAdvice {
-    int reason;
+    std::uint16_t reason;
+    Remedy remedy;
     const char* name;     ///< MQ's name
     const char* meaning;  ///< in a few words
     const char* next;
-    bool staysSo = false;  ///< time does not heal it: somebody has to change something first
 };
 
 struct TextAdvice {

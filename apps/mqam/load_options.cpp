@@ -151,6 +151,7 @@ LifeObserver MakeObserver(const LoadOptions& options) {
     observer.notice = [](const std::string& text) { TellUser("mqam load: " + DescribeNotice(text) + "\n"); };
     if (options.verbose) {
         observer.report = [](const StartupReport& report) { TellUser(FormatReport(report, "  ")); };
+        observer.decision = [](const std::string& text) { TellUser("mqam load: " + text + "\n"); };
         observer.checkpoint = [](const PositionData& position) {
             TellUser("mqam load: checkpoint " + std::to_string(position.CkPtSeq) + " after " +
                      std::to_string(position.CkPtMsgCount) + " records, file offset " +

@@ -48,7 +48,7 @@ Beginning HandleReceipt(const LoadOptions& options, RestartableTarget& target, R
     if (state.target == target.Name() && target.IsOccupied()) {
         target.Unlock();
         TellUser(
-            "mqam load: this load is complete, nothing was loaded now: " + CountLoaded(state) + " are in " +
+            "mqam load: this load is complete, nothing was loaded now: " + CountLoaded(state) + " in " +
             state.target + " since the load begun " + state.begun +
             "\n  next: to load more into it give --append; to begin anew move it away, or forget the load "
             "that is over (" +
@@ -79,10 +79,10 @@ Beginning LookBeforeFirstLife(const LoadOptions& options, RestartableTarget& tar
     } else if (state && options.restart == RestartPolicy::kNever) {
         complaint = "a load begun " + state->begun +
                     " is unfinished (--restart never): " + CountLoaded(*state) +
-                    " are loaded; run the command without --restart never to go on";
+                    " loaded; run the command without --restart never to go on";
     } else if (state && !options.quiet) {
         TellUser("mqam load: going on with the load begun " + state->begun + ": " + CountLoaded(*state) +
-                 " are in " + state->target + "\n");
+                 " in " + state->target + " so far\n");
     }
     if (complaint.empty()) return Beginning::kLoad;
     static_cast<void>(Refuse(complaint));
@@ -117,7 +117,7 @@ void TellWhatIsSafe(const Retries& retries) {
             "  next      run the same command again\n");
         return;
     }
-    TellUser("  safe      " + CountLoaded(*retries.seen) + " are in " + retries.seen->target +
+    TellUser("  safe      " + CountLoaded(*retries.seen) + " in " + retries.seen->target +
              "; what was read behind them is in " + retries.seen->checkpointFile +
              " or back on the queue\n"
              "  next      run the same command again: it goes on there\n");
@@ -143,7 +143,7 @@ bool WaitForNextAttempt(const LoadOptions& options, Retries& retries) {
     ++retries.attempts;
     TellUser("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
              std::to_string(retries.pause.count()) + " s" +
-             (retries.seen ? "; " + CountLoaded(*retries.seen) + " are loaded" : "") + "\n");
+             (retries.seen ? "; " + CountLoaded(*retries.seen) + " loaded" : "") + "\n");
     if (!Pause(retries.pause)) return false;
     retries.pause = std::min(retries.pause * 2, kLongestPause);
     return true;

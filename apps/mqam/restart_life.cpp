@@ -52,8 +52,8 @@ bool FailModule(Life& life) {
     ErrorText text;
     const bool known = ParseErrorText(life.outcome.moduleFailure.text, text) && text.mqReason != 0;
     const ReasonAdvice* reason = known ? FindReasonAdvice(text.mqReason) : nullptr;
-    life.outcome.end =
-        reason != nullptr && reason->staysSo ? RestartLifeEnd::kModuleRefuses : RestartLifeEnd::kModuleFailed;
+    life.outcome.end = reason != nullptr && reason->remedy == Remedy::kChange ? RestartLifeEnd::kModuleRefuses
+                                                                              : RestartLifeEnd::kModuleFailed;
     return false;
 }
 
@@ -134,6 +134,7 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     life.decision =
         DecideStart(path, position, InspectForStart(path, temporaries, maxRecordBytes), temporaries);
     if (life.decision.action == StartAction::kRefuse) return Refuse(life, life.decision.reason);
+    if (life.observer.decision) life.observer.decision(life.decision.reason);
 
     if (stored) {
         state = *stored;
