@@ -1,6 +1,7 @@
 #include "tests/support/fault_plan.h"
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdlib>
 #include <functional>
 
@@ -81,6 +82,48 @@ int FaultyFlush(std::FILE* stream) {
         return EOF;
     }
     return std::fflush(stream);
+}
+
+[[gnu::format(printf, 2, 3)]] int FaultyPrint(std::FILE* stream, const char* format, ...) {
+    if (const Fault* fault = plan->Strike(FileCall::Print, NameOf(stream))) {
+        Fail(*fault, stream);
+        return -1;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    const int printed = std::vfprintf(stream, format, arguments);
+    va_end(arguments);
+    return printed;
+}
+
+[[gnu::format(printf, 1, 2)]] int FaultyReport(const char* format, ...) {
+    if (plan->silent) return 0;
+    va_list arguments;
+    va_start(arguments, format);
+    const int printed = std::vprintf(format, arguments);
+    va_end(arguments);
+    return printed;
+}
+
+int FaultyPutText(const char* text, std::FILE* stream) {
+    if (plan->silent && stream == stdout) return 0;
+    if (const Fault* fault = plan->Strike(FileCall::Print, NameOf(stream))) {
+        Fail(*fault, stream);
+        return EOF;
+    }
+    return std::fputs(text, stream);
+}
+
+/// Formatted text reaches the stream in single characters on Windows.
+int FaultyPutCharacter(int character, std::FILE* stream) {
+    if (plan->silent && stream == stdout) return character;
+    static bool lineBegins = true;
+    const bool strikes = lineBegins && !NameOf(stream).empty();
+    if (!NameOf(stream).empty()) lineBegins = character == '\n';
+    const Fault* fault = strikes ? plan->Strike(FileCall::Print, NameOf(stream)) : nullptr;
+    if (fault == nullptr) return std::fputc(character, stream);
+    Fail(*fault, stream);
+    return EOF;
 }
 
 char* FaultyGetLine(char* buffer, int bytes, std::FILE* stream) {
@@ -207,6 +250,10 @@ FaultPlan::FaultPlan(LoadedLibrary module) {
     add({"fwrite"}, Address(&FaultyWrite));
     add({"fflush"}, Address(&FaultyFlush));
     add({"fgets"}, Address(&FaultyGetLine));
+    add({"fprintf"}, Address(&FaultyPrint));
+    add({"printf"}, Address(&FaultyReport));
+    add({"fputs"}, Address(&FaultyPutText));
+    add({"fputc"}, Address(&FaultyPutCharacter));
     realTell = reinterpret_cast<TellFunction>(add({"ftello", "ftello64", "_ftelli64"}, Address(&FaultyTell)));
     realSeek = reinterpret_cast<SeekFunction>(add({"fseeko", "fseeko64", "_fseeki64"}, Address(&FaultySeek)));
     add({"fgetpos"}, Address(&FaultyGetPosition));
@@ -229,7 +276,14 @@ void FaultPlan::Note(const std::string& call) {
     if (hook) hook(call);
 }
 
+void FaultPlan::AbandonStreams() {
+    for (const auto& [stream, name] : streams)
+        AbandonStream(stream);
+    streams.clear();
+}
+
 Fault* FaultPlan::Strike(FileCall call, const std::string& subject, std::size_t bytes) {
+    if (!subject.empty()) points.push_back({call, subject});
     for (auto fault = faults_.begin(); fault != faults_.end(); ++fault) {
         if (fault->call != call || (call == FileCall::Allocate && fault->bytes != bytes)) continue;
         if (subject.find(fault->file) == std::string::npos || --fault->nth > 0) continue;

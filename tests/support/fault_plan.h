@@ -20,6 +20,7 @@ enum class FileCall {
     Close,
     Read,
     Write,
+    Print,
     Flush,
     FlushAll,
     Tell,
@@ -31,7 +32,8 @@ enum class FileCall {
 };
 
 /// One failure. FlushAll is a flush of all streams, which nobody checks: the file's stream is in error
-/// afterwards. It strikes the nth call of its kind that concerns the file, counted from when it was added.
+/// afterwards. Print is formatted text, one call on Linux, the begin of a line on Windows; it is not logged.
+/// It strikes the nth call of its kind that concerns the file, counted from when it was added.
 struct Fault {
     FileCall call;
     std::string file{};  ///< part of the path; empty for any. Command: part of the command. Allocate: unused
@@ -65,6 +67,19 @@ class FaultPlan {
     std::function<void(const std::string& call)> hook;
     /// The log without the files whose name contains the text.
     [[nodiscard]] std::vector<std::string> LogWithout(const std::string& text) const;
+
+    /// Every call so far that a fault could have struck, in order.
+    struct Point {
+        FileCall call;
+        std::string file;
+    };
+    std::vector<Point> points;
+
+    /// The module's process is gone: its streams are closed, what they buffered never reaches the files.
+    void AbandonStreams();
+
+    /// What the module prints to standard output is dropped.
+    bool silent = false;
 
     // For the replaced functions.
     void Note(const std::string& call);

@@ -8,7 +8,7 @@ namespace {
 /// and it is never unloaded, so each later load takes a copy of its own.
 std::string ModuleFile() {
     static int loads = 0;
-    std::string built = NativePath(MQAMOD_MODULE_FILE);
+    const std::string built = ModulePath();
     if (loads++ == 0) return built;
     const std::string name =
         "copy" + std::to_string(loads) + "_" + std::filesystem::path(built).filename().string();
@@ -18,6 +18,10 @@ std::string ModuleFile() {
 }
 
 }  // namespace
+
+std::string ModulePath() {
+    return NativePath(MQAMOD_MODULE_FILE);
+}
 
 std::string MqDoublePath() {
     return NativePath(MQAMOD_MQ_DOUBLE_FILE);

@@ -13,7 +13,8 @@
 #include "tests/support/os.h"
 #include "tests/support/trace_reader.h"
 
-/// Where the stand-in MQ library was built, and the one that lacks MQBACK.
+/// Where the module was built, the stand-in MQ library, and the one that lacks MQBACK.
+std::string ModulePath();
 std::string MqDoublePath();
 std::string MqDoubleWithoutMqbackPath();
 

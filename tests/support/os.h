@@ -11,6 +11,9 @@ using LoadedLibrary = void*;
 ///   path   in   as CMake knows it; under Wine a path of the Linux side
 LoadedLibrary LoadLibraryFile(const std::string& path, std::string& reason);
 
+/// Takes the library out of the process. Returns false when it stays: something else has it loaded too.
+bool UnloadLibraryFile(LoadedLibrary library, const std::string& path);
+
 /// The address of an exported name, or null.
 void* FindSymbol(LoadedLibrary library, const char* name);
 
@@ -27,6 +30,9 @@ int ProcessId();
 
 /// Makes ferror true for the stream, as a failed transfer does.
 void SetStreamError(std::FILE* stream);
+
+/// Closes the stream as the death of its process does: what it buffers never reaches the file.
+void AbandonStream(std::FILE* stream);
 
 /// Puts standard output into a file and back.
 ///   RedirectStandardOutput returns a token for RestoreStandardOutput, or -1

@@ -17,6 +17,13 @@ LoadedLibrary LoadLibraryFile(const std::string& path, std::string& reason) {
     return library;
 }
 
+bool UnloadLibraryFile(LoadedLibrary library, const std::string& path) {
+    dlclose(library);
+    void* still = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (still != nullptr) dlclose(still);
+    return still == nullptr;
+}
+
 void* FindSymbol(LoadedLibrary library, const char* name) {
     return dlsym(library, name);
 }
@@ -44,6 +51,13 @@ int ProcessId() {
 void SetStreamError(std::FILE* stream) {
     stream->_flags |= 0x20;
 }  // glibc's _IO_ERR_SEEN
+
+void AbandonStream(std::FILE* stream) {
+    const int nowhere = open("/dev/null", O_RDWR);
+    dup2(nowhere, fileno(stream));
+    close(nowhere);
+    std::fclose(stream);
+}
 
 int RedirectStandardOutput(const std::string& path) {
     std::fflush(stdout);

@@ -26,6 +26,11 @@ LoadedLibrary LoadLibraryFile(const std::string& path, std::string& reason) {
     return reinterpret_cast<LoadedLibrary>(library);
 }
 
+bool UnloadLibraryFile(LoadedLibrary library, const std::string& path) {
+    FreeLibrary(static_cast<HMODULE>(library));
+    return GetModuleHandleA(path.c_str()) == nullptr;
+}
+
 void* FindSymbol(LoadedLibrary library, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
@@ -45,6 +50,13 @@ int ProcessId() {
 
 void SetStreamError(std::FILE* stream) {
     stream->_flag |= _IOERR;
+}
+
+void AbandonStream(std::FILE* stream) {
+    const int nowhere = _open("NUL", _O_RDWR | _O_BINARY);
+    _dup2(nowhere, _fileno(stream));
+    _close(nowhere);
+    std::fclose(stream);
 }
 
 int RedirectStandardOutput(const std::string& path) {

@@ -1,0 +1,62 @@
+#include "tests/failures/failing_load.h"
+
+#include <algorithm>
+
+#include "tests/support/module_fixture.h"
+
+namespace {
+
+constexpr int kMessages = 9;
+constexpr int kMostLives = 16;
+
+/// None begins with the bytes of the one before it: a duplicate is told by them.
+std::string MessageText(int number) {
+    const auto letter = static_cast<char>('a' + number);
+    return std::string(1, letter) + "-message" + std::string(static_cast<std::size_t>(number * 7 % 5), '.');
+}
+
+bool Contains(const std::vector<std::string>& records, const std::string& record) {
+    return std::find(records.begin(), records.end(), record) != records.end();
+}
+
+}  // namespace
+
+FailingLoad::FailingLoad(const LoadPlan& plan) : host(queueManager, plan) {
+    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+    for (int number = 0; number < kMessages; ++number) {
+        messages_.push_back(MessageText(number));
+        queueManager.Put(messages_.back());
+    }
+    host.atStart = [this](ModuleLife& life) { life_ = &life; };
+}
+
+void FailingLoad::RunLife() {
+    host.RunLife();
+    life_ = nullptr;
+    CheckNothingIsLost();
+}
+
+void FailingLoad::RunToTheEnd() {
+    while (!host.Done() && host.Lives() < kMostLives && !testing::Test::HasFailure())
+        RunLife();
+    EXPECT_TRUE(host.Done()) << "not done after " << host.Lives() << " lives";
+    EXPECT_EQ(host.Stored(), messages_);
+    EXPECT_TRUE(queueManager.Left().empty());
+}
+
+// The one record that was saved last may be on the queue as well: its commit is the next step.
+void FailingLoad::CheckNothingIsLost() {
+    const std::vector<std::string> stored = host.Stored();
+    const std::vector<std::string> queued = queueManager.Left();
+    const std::string temporary = LeftTemporaryFile();
+    const std::string file = FileExists(kCheckpointFile) || temporary.empty() ? kCheckpointFile : temporary;
+    const std::vector<std::string> saved = LookAtCheckpoint(file).records;
+    int twice = 0;
+    for (const std::string& message : messages_) {
+        const bool kept = Contains(stored, message) || Contains(saved, message);
+        const bool left = Contains(queued, message);
+        EXPECT_TRUE(kept || left) << message << " is lost after life " << host.Lives();
+        twice += kept && left ? 1 : 0;
+    }
+    EXPECT_LE(twice, 1) << "after life " << host.Lives();
+}

@@ -1,0 +1,28 @@
+#include "tests/failures/module_life.h"
+
+#include <cstdlib>
+
+#include "tests/support/module_fixture.h"
+
+ModuleLife::ModuleLife() {
+    std::string reason;
+    module_ = LoadLibraryFile(ModulePath(), reason);
+    const auto entryPoint =
+        module_ == nullptr ? nullptr : reinterpret_cast<PIDMMainFunction>(FindSymbol(module_, "PIDMMain"));
+    if (entryPoint == nullptr) {
+        std::fprintf(stderr, "the module cannot be loaded: %s\n", reason.c_str());
+        std::abort();
+    }
+    UseEntryPoint(entryPoint);
+    recordBufferBytes = 1024;
+    files_ = std::make_unique<FaultPlan>(module_);
+    files_->silent = true;
+    clock_ = std::make_unique<FakeClock>(module_);
+}
+
+ModuleLife::~ModuleLife() {
+    files_->AbandonStreams();
+    clock_.reset();
+    files_.reset();
+    EXPECT_TRUE(UnloadLibraryFile(module_, ModulePath())) << "the next life would find this one's state";
+}

@@ -1,0 +1,26 @@
+// One process of a load: the module loaded afresh, with its state at zero; its file calls can fail and its
+// clock is the test's. At the end of the object the process is dead: what its streams buffered is lost and
+// the module is unloaded.
+#pragma once
+
+#include <memory>
+
+#include "tests/support/fake_clock.h"
+#include "tests/support/fault_plan.h"
+#include "tests/support/host_requests.h"
+
+class ModuleLife : public HostRequests {
+  public:
+    ModuleLife();
+    ~ModuleLife();
+    ModuleLife(const ModuleLife&) = delete;
+    ModuleLife& operator=(const ModuleLife&) = delete;
+
+    FaultPlan& Files() { return *files_; }
+    FakeClock& Clock() { return *clock_; }
+
+  private:
+    LoadedLibrary module_ = nullptr;
+    std::unique_ptr<FaultPlan> files_;
+    std::unique_ptr<FakeClock> clock_;
+};

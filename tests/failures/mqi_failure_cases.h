@@ -1,0 +1,29 @@
+// Every completion and reason code that IBM documents for each verb that the module calls, and what each may
+// have done by the time it is reported.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tests/failures/queue_manager_double.h"
+
+/// The call of a load that fails.
+enum class When { First, Middle, Last, EmptyQueue };
+
+/// How a record's save fails, so that its message is backed out: MQBACK is called for no other reason.
+enum class SaveFault { None, Tell, Write, Flush };
+
+struct MqiFailureCase {
+    std::string name;  ///< of the test, as "FAILED_2009_middle_committed"
+    When when = When::First;
+    MqiFault fault{};  ///< its nth is not set
+    SaveFault saveFault = SaveFault::None;
+    bool retried = false;  ///< MQOPEN: a second attempt follows, which succeeds
+};
+
+inline void PrintTo(const MqiFailureCase& failure, std::ostream* stream) {
+    *stream << failure.name;
+}
+
+std::vector<MqiFailureCase> MqiFailureCases(Verb verb);

@@ -1,0 +1,93 @@
+// A queue manager in the test's own memory: one queue, one connection, units of work with back-out counts,
+// and calls that fail as a test says. Other than MqiDouble, which plays a script, it keeps the messages: at
+// any time it can tell which are still there.
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "mqi/mqi.h"
+#include "tests/support/mqi_double.h"
+
+/// What a call that reports a failure or a warning has done all the same.
+enum class Effect {
+    None,          ///< nothing
+    Done,          ///< what it does otherwise
+    BackedOut,     ///< the unit of work is backed out
+    Doomed,        ///< MQGET: the unit of work can only be backed out any more
+    MessageCut,    ///< MQGET: the message is got, its bytes are cut
+    MessageStays,  ///< MQGET: the bytes are cut and the message stays on the queue
+};
+
+struct MqiFault {
+    Verb verb = Verb::Get;
+    int nth = 1;  ///< call of the verb, counted over all lives
+    MQLONG compCode = MQCC_FAILED;
+    MQLONG reason = 0;
+    Effect effect = Effect::None;
+    bool breaksConnection = false;  ///< afterwards every call of the life fails with 2009
+    bool leavesLength = false;      ///< MQGET: the data length keeps what an earlier call put there
+};
+
+class QueueManagerDouble {
+  public:
+    QueueManagerDouble();
+    ~QueueManagerDouble();
+    QueueManagerDouble(const QueueManagerDouble&) = delete;
+    QueueManagerDouble& operator=(const QueueManagerDouble&) = delete;
+
+    void Put(const std::string& bytes) { messages_.push_back({bytes, 0, Place::Queue}); }
+    /// The first fault that fits a call is used up by it.
+    void Add(const MqiFault& fault) { faults_.push_back(fault); }
+    /// The process that was connected is gone.
+    void EndProcess();
+
+    /// Whether a fault has struck that call.
+    [[nodiscard]] bool HasStruck(Verb verb, int nth) const { return struck_.count({verb, nth}) != 0; }
+    [[nodiscard]] MQLONG LengthFound() const { return lengthFound_; }  ///< by the MQGET that was struck last
+    [[nodiscard]] std::vector<std::string> Left() const;               ///< messages that are not committed
+
+    struct Call {
+        Verb verb;
+        int nth;
+        bool gotMessage;
+    };
+    std::vector<Call> calls;
+
+    std::function<void(int milliseconds)> onWait;  ///< an MQGET has waited that long
+    std::function<void(int nth)> onMessage;        ///< MQGET delivers its nth message, counted over all lives
+
+    // For the library's functions.
+    void Connx(MQHCONN* handle, MQLONG* compCode, MQLONG* reason);
+    void Open(MQHOBJ* handle, MQLONG* compCode, MQLONG* reason);
+    void Get(MQMD* descriptor, const MQGMO& options, MQLONG bufferLength, void* buffer, MQLONG* dataLength,
+             MQLONG* compCode, MQLONG* reason);
+    void EndUnit(Verb verb, MQLONG* compCode, MQLONG* reason);
+    void Close(MQHOBJ* handle, MQLONG* compCode, MQLONG* reason);
+
+  private:
+    enum class Place { Queue, Unit, Gone };
+    struct Message {
+        std::string bytes;
+        MQLONG backoutCount;
+        Place place;
+    };
+    /// Counts the call and gives what it is to report; the effect is None for a broken connection.
+    MqiFault Begin(Verb verb);
+    void Deliver(const MqiFault& fault, MQMD* descriptor, const MQGMO& options, MQLONG bufferLength,
+                 void* buffer, MQLONG* dataLength);
+    void MoveUnit(bool commit);
+    void Finish(const MqiFault& outcome, MQLONG* compCode, MQLONG* reason);
+
+    std::vector<Message> messages_;
+    std::vector<MqiFault> faults_;
+    int counts_[7] = {};
+    int delivered_ = 0;
+    std::set<std::pair<Verb, int>> struck_;
+    MQLONG lengthFound_ = 0;
+    bool broken_ = false;
+    bool doomed_ = false;
+};
