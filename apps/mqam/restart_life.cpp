@@ -63,6 +63,10 @@ bool FailTarget(Life& life) {
     return false;
 }
 
+std::string CheckpointLockPath(const std::string& checkpointFile) {
+    return checkpointFile + ".lock";
+}
+
 void Tell(const Life& life, const std::string& text) {
     if (!text.empty() && life.observer.notice) life.observer.notice(text);
 }
@@ -123,7 +127,7 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     RestartState& state = life.outcome.state;
     const std::string& path = fresh.checkpointFile;
     std::string reason;
-    life.checkpointLock = path + ".lock";
+    life.checkpointLock = CheckpointLockPath(path);
     if (!TakeLoadLock(life.checkpointLock, kCheckpointLockPatienceSeconds, reason))
         return Refuse(life, reason);
 
@@ -351,9 +355,17 @@ void FinishLife(Life& life, LastEnd end) {
     life.outcome.end = RestartLifeEnd::kLoadDone;
 }
 
+// The lock file of a life that died before it could remove it; a lock that is held stays.
+void SweepCheckpointLock(const RestartState& state) {
+    const std::string path = CheckpointLockPath(state.checkpointFile);
+    std::string words;
+    if (ProbePath(path) == PathKind::kFile && TakeLoadLock(path, 0, words)) GiveBackLoadLock(path);
+}
+
 }  // namespace
 
 bool CleanUpFinishedLoad(RestartableTarget& target, RestartState& state, std::string& reason) {
+    SweepCheckpointLock(state);
     if (state.phase == LoadPhase::kComplete) return true;
     for (const std::string& path : {state.checkpointFile, state.logFile}) {
         std::string words;

@@ -316,6 +316,19 @@ TEST_F(SpoolLoad, ExclusiveOpenOfAQueueInUseIsTold) {
     EXPECT_TRUE(Contains(result.standardError, "reason    2042 ")) << result.standardError;
 }
 
+// Killed after it had stored that it is complete.
+TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
+    Put("one");
+    const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
+                            Path("restart"), "--to", Path("out")};
+    ASSERT_EQ(Load(load).exitCode, 0);
+    std::ofstream(Path("ck.lock")).flush();
+    const ProgramResult again = Load(load);
+    EXPECT_EQ(again.exitCode, 0) << again.standardError;
+    EXPECT_TRUE(Contains(again.standardError, "this load is complete")) << again.standardError;
+    EXPECT_FALSE(fs::exists(Path("ck.lock")));
+}
+
 TEST_F(SpoolLoad, CheckAcceptsEveryOptionAndShowsWhatIsInEffect) {
     std::ofstream(Path("parm")) << "# comment\nRWAIT 7\nTDM no\n";
     const ProgramResult result = RunProgram(
