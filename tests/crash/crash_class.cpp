@@ -1,17 +1,67 @@
 #include "tests/crash/crash_class.h"
 
+namespace {
+
+using Series = std::vector<const char*>;
+
+constexpr TargetKind kFile = TargetKind::kFile;
+constexpr TargetKind kSqlite = TargetKind::kSqlite;
+constexpr Victim kCommand = Victim::kCommand;
+constexpr Victim kWorker = Victim::kWorker;
+
+const Series kOwnCalls = {"own-before", "own-after", "own-cut-to-3", "own-cut-to-half", "own-cut-by-1"};
+const Series kStoreCalls = {"store-before", "store-after"};
+// What the second death of a pair meets is a matter of the state that the first one left: before each call
+// there is one for each, the cut writes add theirs.
+const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
+const Series kMqiCalls = {
+    "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
+    "life1-MQINQ-before",   "life1-MQINQ-after",   "life1-MQGET-before",   "life1-MQGET-after",
+    "life1-MQCMIT-before",  "life1-MQCMIT-after",  "life1-MQBACK-before",  "life1-MQBACK-after",
+    "life1-MQCLOSE-before", "life1-MQCLOSE-after", "life1-MQDISC-before",  "life1-MQDISC-after",
+    "life2-MQCONNX-before", "life2-MQCONNX-after", "life2-MQOPEN-before",  "life2-MQOPEN-after",
+    "life2-MQINQ-before",   "life2-MQINQ-after",   "life2-MQGET-before",   "life2-MQGET-after",
+    "life2-MQCMIT-before",  "life2-MQCMIT-after",  "life2-MQCLOSE-before", "life2-MQCLOSE-after",
+    "life2-MQDISC-before",  "life2-MQDISC-after",
+};
+
+}  // namespace
+
 const std::vector<CrashClass>& CrashClasses() {
     static const std::vector<CrashClass> classes = {
-        {"file",
-         "into a file, the command killed",
-         TargetKind::kFile,
+        {"file", "into a file, the command killed at a call on the load's files", kFile, false, 120, 10,
+         kCommand, "", 0, kOwnCalls, 8},
+        {"file-log", "the same with a log", kFile, true, 120, 10, kCommand, "", 0, kOwnCalls, 6},
+        {"file-worker", "the worker process alone killed, the command goes on", kFile, true, 120, 10, kWorker,
+         "", 0, kOwnCalls, 4},
+        {"file-store", "into a file, killed at a call on the queue manager's files", kFile, false, 120, 10,
+         kCommand, "", 0, kStoreCalls, 12},
+        {"sqlite", "into SQLite, the command killed at a call on the load's files", kSqlite, false, 120, 10,
+         kCommand, "", 0, kOwnCalls, 8},
+        {"sqlite-log", "the same with a log", kSqlite, true, 120, 10, kCommand, "", 0, kOwnCalls, 6},
+        {"sqlite-worker", "the worker process alone killed, the command goes on", kSqlite, true, 120, 10,
+         kWorker, "", 0, kOwnCalls, 4},
+        {"sqlite-store", "into SQLite, killed at a call on the queue manager's files", kSqlite, false, 120,
+         10, kCommand, "", 0, kStoreCalls, 12},
+        {"file-replay", "killed in a restart with checkpoints in the middle of its replay", kFile, true, 60,
+         7, kCommand, "life1-MQGET-before-48", 1000, kOwnCalls, 8},
+        {"sqlite-replay", "the same into SQLite", kSqlite, true, 60, 7, kCommand, "life1-MQGET-before-48",
+         1000, kOwnCalls, 8},
+        {"file-mqi", "into a file, the worker process killed before and after each MQI call", kFile, false,
+         120, 10, kCommand, "", 0, kMqiCalls, 4},
+        {"sqlite-mqi", "the same into SQLite", kSqlite, false, 120, 10, kCommand, "", 0, kMqiCalls, 4},
+        {"file-pairs", "killed twice: again in the restart", kFile, true, 12, 4, kCommand, "", 0, kPairs, 12},
+        {"sqlite-pairs", "the same into SQLite", kSqlite, true, 12, 4, kCommand, "", 0, kPairs, 12},
+        {"replay-pairs",
+         "killed twice in restarts with checkpoints in the middle of the replay",
+         kFile,
          false,
-         120,
-         10,
-         Victim::kCommand,
-         "",
-         0,
-         {"own-before", "own-after", "store-before", "store-after"},
+         16,
+         4,
+         kCommand,
+         "life1-MQGET-before-14",
+         1000,
+         {"own-before+own-before"},
          20},
     };
     return classes;

@@ -26,11 +26,11 @@ struct Options {
 };
 
 [[noreturn]] void Refuse(const std::string& words) {
-    std::fprintf(
-        stderr,
-        "crash: %s\n"
-        "usage: [--smoke] [--class NAME]... [--only CLASS:POINT]... [--jobs N] [--keep-all] [--list]\n",
-        words.c_str());
+    std::fprintf(stderr,
+                 "crash: %s\n"
+                 "usage: [--smoke] [--class NAME]... [--only CLASS:POINT]... [--jobs N] [--bin FOLDER] "
+                 "[--keep-all] [--list]\n",
+                 words.c_str());
     std::exit(2);
 }
 
@@ -60,6 +60,9 @@ Options ReadOptions(int count, char** arguments) {
             options.lists = true;
         } else if (option == "--keep-all") {
             options.pool.keepsAll = true;
+        } else if (option == "--bin") {
+            const std::string folder = std::filesystem::absolute(value());
+            options.pool.programs = {folder + "/mqam", folder + "/spoolmq/libmqm_r.so"};
         } else if (option == "--jobs") {
             options.pool.jobs = static_cast<std::size_t>(std::max(1, std::atoi(value().c_str())));
         } else if (option == "--class") {

@@ -186,5 +186,7 @@ TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death
             trace.end.died = true;
         }
     }
+    // No plan for whoever runs next.
+    if (!countsCalls) std::ofstream(order.faultPlanFile, std::ios::trunc).flush();
     return trace.end;
 }
