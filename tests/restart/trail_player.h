@@ -94,6 +94,7 @@ class Trail : public RestartedLoad {
     void CommitOfSender(const Numbers&);
     void BackOutLate(const Numbers&);
     void BeSlow(const Numbers&);
+    void BeSlowByClock(const Numbers&);
     void CheckRewrite(const Numbers&);
     void CheckReplacement(const Numbers&);
     void CheckDelivered(const Numbers&);
