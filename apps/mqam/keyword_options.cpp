@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "apps/mqam/platform.h"
+
 namespace {
 
 constexpr const char* kQueueGroup = "Queue";
@@ -42,18 +44,20 @@ constexpr KeywordOption kTable[] = {
      "Default: yes",
      "no"},
     {"CKFILE", "--ckfile", 1, "FILE", kSafetyGroup,
-     "checkpoint file; keeps the records since the last checkpoint. Default: no checkpoints", "orders.ckpt"},
+     "checkpoint file; keeps the records since the last checkpoint. Default: no checkpoints", "orders.ckpt",
+     0},
     {"FLUSH", "--flush", 1, "yes|no|t", kSafetyGroup,
      "force checkpoint data to the medium. The module reports it, but flushes the same with yes and no. "
      "Default: no",
      "yes"},
     {"LOG", "--log", 1, "FILE", kSafetyGroup,
-     "copy every message to this file; deleted at the end unless --preserve. Default: no log", "orders.log"},
+     "copy every message to this file; deleted at the end unless --preserve. Default: no log", "orders.log",
+     0},
     {"TLF", "--tlf", 1, "yes|no", kSafetyGroup,
      "a log that cannot be written ends the load (no: it goes on without a log). Default: yes", "no"},
     {"TRCL", "--trace,--trcl", 2, "LEVEL FILE", kTraceGroup,
      "trace, appended to FILE: 0 none, 1 job events, 2 I/O events, 3 I/O buffers, 4 details. Default: 0",
-     "2 orders.trc"},
+     "2 orders.trc", 1},
     {"HELP", "--keyword-help", 0, "", kTraceGroup,
      "have the module print its own keyword help, on standard error", ""},
     {"PARMFILE", "--parmfile", 1, "FILE", "Keywords in one piece",
@@ -73,6 +77,13 @@ std::string HelpText(const KeywordOption& row) {
     text += std::string(" [") + row.keyword;
     if (row.values > 0) text += "; e.g. " + FirstName(row) + " " + row.example;
     return text + "]";
+}
+
+/// The values as the module takes them.
+std::vector<std::string> ModuleValues(const KeywordOption& row, std::vector<std::string> values) {
+    const auto path = static_cast<std::size_t>(row.path);
+    if (path < values.size()) values[path] = NativePath(values[path]);
+    return values;
 }
 
 bool IsGiven(const ModuleOptions& options, std::size_t row) {
@@ -129,7 +140,8 @@ bool ComposeInitString(const ModuleOptions& options, std::string& initString, st
     std::vector<GivenKeyword> given;
     for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
         if (!IsGiven(options, i)) continue;
-        given.push_back({kTable[i].keyword, FirstName(kTable[i]), options.values[i]});
+        given.push_back(
+            {kTable[i].keyword, FirstName(kTable[i]), ModuleValues(kTable[i], options.values[i])});
     }
     if (given.empty()) {
         complaint = "no queue is named: give --qmgr and --queue, or --parmfile, or --init";

@@ -12,6 +12,10 @@ extern const char* const kModuleFileName;
 /// be told.
 [[nodiscard]] std::string ProgramFolder();
 
+/// Returns a path with the delimiter that the command processor takes: on Windows it reads slashes as
+/// options, and the module looks for backslashes alone.
+[[nodiscard]] std::string NativePath(std::string path);
+
 /// Loads a library. Returns its handle, or null with the system's words in `reason`. It is never unloaded:
 /// the module's state belongs to the process.
 [[nodiscard]] void* OpenLibrary(const std::string& path, std::string& reason);

@@ -39,6 +39,10 @@ std::string ProgramFolder() {
     return whole.substr(0, whole.rfind('/') + 1);
 }
 
+std::string NativePath(std::string path) {
+    return path;
+}
+
 void* OpenLibrary(const std::string& path, std::string& reason) {
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -49,6 +50,11 @@ std::string ProgramFolder() {
     if (length == 0 || length == sizeof path) return "";
     const std::string whole(path, length);
     return whole.substr(0, whole.find_last_of("\\/") + 1);
+}
+
+std::string NativePath(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
 }
 
 void* OpenLibrary(const std::string& path, std::string& reason) {

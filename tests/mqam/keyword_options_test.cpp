@@ -4,6 +4,7 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <filesystem>
 #include <map>
 #include <set>
 
@@ -68,6 +69,18 @@ TEST(KeywordOptions, EveryNameOfAnOptionWorks) {
     EXPECT_EQ(Compose({"--bksz", "100"}), "-BKSZ 100");
     EXPECT_EQ(Compose({"--mqex"}), "-MQEX");
     EXPECT_EQ(Compose({"--trcl", "1", "f"}), "-TRCL 1 f");
+}
+
+TEST(KeywordOptions, PathsOfFilesThatTheModuleWritesHaveTheSystemsDelimiter) {
+    const std::string slash(1, static_cast<char>(std::filesystem::path::preferred_separator));
+    const std::string native = "d" + slash + "e" + slash + "f";
+    EXPECT_EQ(Compose({"--ckfile", "d/e/f"}), "-CKFILE " + native);
+    EXPECT_EQ(Compose({"--log", "d/e/f"}), "-LOG " + native);
+    EXPECT_EQ(Compose({"--trace", "1", "d/e/f"}), "-TRCL 1 " + native);
+    EXPECT_EQ(Compose({"--trace", "1/2", "f"}), "-TRCL 1/2 f");
+    EXPECT_EQ(Compose({"--server", "a/b"}), "-SRVR a/b");
+    EXPECT_EQ(Compose({"--parmfile", "d/e/f"}), "-PARMFILE d/e/f");
+    EXPECT_EQ(Compose({"--init", "-CKFILE d/e/f"}), "-CKFILE d/e/f");
 }
 
 TEST(KeywordOptions, NegativeWaitIsAValue) {

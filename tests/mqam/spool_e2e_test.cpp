@@ -192,6 +192,24 @@ TEST_F(SpoolLoad, CheckpointFileAndLogAreGoneAfterALoadThatFinished) {
     EXPECT_FALSE(fs::exists(Path("log")));
 }
 
+TEST_F(SpoolLoad, FilesWhosePathsHaveSlashesAreGoneAsWellAndNoneIsLeftBesideThem) {
+    Put("one");
+    const std::string folder = fs::path(Path("files")).generic_string();
+    fs::create_directory(folder);
+    const ProgramResult result =
+        Load({"--rwait", "1", "--ckfile", folder + "/ck", "--log", folder + "/log", "--trace", "1",
+              folder + "/trace", "--checkpoint-every", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    std::string left;
+    for (const auto& file : fs::directory_iterator(folder))
+        left += file.path().filename().string() + ' ';
+    EXPECT_EQ(left, "trace ");
+    std::string temporary = ReadFile(folder + "/trace");
+    temporary.erase(0, temporary.find("Temporary checkpoint file: '"));
+    const fs::path beside = fs::path(folder).make_preferred() / "MQAMtmp.";
+    EXPECT_EQ(temporary.find("Temporary checkpoint file: '" + beside.string()), 0U) << temporary;
+}
+
 TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
     for (int i = 1; i <= 5; ++i)
         Put("message " + std::to_string(i));
