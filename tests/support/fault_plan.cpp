@@ -49,6 +49,7 @@ std::size_t FaultyRead(void* buffer, std::size_t size, std::size_t count, std::F
     Log("read", stream, " " + std::to_string(size * count));
     if (const Fault* fault = plan->Strike(FileCall::Read, NameOf(stream))) {
         const std::size_t done = std::fread(buffer, 1, std::min(fault->transferred, size * count), stream);
+        std::clearerr(stream);  // a read that fails does not tell the end of the file
         Fail(*fault, stream);
         return done / size;
     }
@@ -288,6 +289,7 @@ Fault* FaultPlan::Strike(FileCall call, const std::string& subject, std::size_t 
         if (fault->call != call || (call == FileCall::Allocate && fault->bytes != bytes)) continue;
         if (subject.find(fault->file) == std::string::npos || --fault->nth > 0) continue;
         ++struck_;
+        if (onStrike) onStrike(call, subject);
         last_ = *fault;
         if (!fault->stays) faults_.erase(fault);
         return &last_;

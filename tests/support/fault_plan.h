@@ -78,6 +78,9 @@ class FaultPlan {
     /// The module's process is gone: its streams are closed, what they buffered never reaches the files.
     void AbandonStreams();
 
+    /// Called when a fault strikes, before the module learns of it; the call has been logged.
+    std::function<void(FileCall call, const std::string& file)> onStrike;
+
     /// What the module prints to standard output is dropped.
     bool silent = false;
 

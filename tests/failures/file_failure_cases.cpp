@@ -1,0 +1,118 @@
+#include "tests/failures/file_failure_cases.h"
+
+#include <cerrno>
+#include <map>
+
+namespace {
+
+struct LifePoint {
+    int life;
+    int nth;  // of its call and file in that life
+    FileCall call;
+    std::string file;
+};
+
+const std::vector<LifePoint>& PointsWithoutFailure() {
+    static const std::vector<LifePoint> points = [] {
+        std::vector<LifePoint> found;
+        FailingLoad load(FileFailurePlan(true));
+        load.queueManager.Add(LostCommit());
+        load.host.atEnd = [&](ModuleLife& life) {
+            std::map<std::pair<FileCall, std::string>, int> counts;
+            for (const FaultPlan::Point& point : life.Files().points) {
+                const int nth = ++counts[{point.call, point.file}];
+                found.push_back({load.host.Lives(), nth, point.call, point.file});
+            }
+        };
+        load.RunToTheEnd();
+        return found;
+    }();
+    return points;
+}
+
+const char* Word(FileCall call) {
+    switch (call) {
+        case FileCall::Open: return "fopen";
+        case FileCall::Close: return "fclose";
+        case FileCall::Read: return "fread";
+        case FileCall::Write: return "fwrite";
+        case FileCall::Print: return "fprintf";
+        case FileCall::Flush: return "fflush";
+        case FileCall::FlushAll: return "fflush_all";
+        case FileCall::Tell: return "fgetpos";
+        case FileCall::Seek: return "fsetpos";
+        case FileCall::Remove: return "remove";
+        case FileCall::Rename: return "rename";
+        case FileCall::Command: return "system";
+        case FileCall::Allocate: return "malloc";
+    }
+    return "";
+}
+
+struct Way {
+    const char* name;
+    int error;
+    std::size_t transferred = 0;
+    bool carriedOut = false;
+};
+
+std::vector<Way> WaysOf(FileCall call) {
+    std::vector<Way> ways = {{"EIO", EIO}};
+    if (call == FileCall::FlushAll) return ways;
+    const bool reads = call == FileCall::Read || call == FileCall::Tell || call == FileCall::Seek;
+    if (!reads) ways.push_back({"ENOSPC", ENOSPC});
+    if (call == FileCall::Write) ways.push_back({"short_write", ENOSPC, 3});
+    if (call == FileCall::Read) ways.push_back({"short_read", EIO, 3});
+    if (call == FileCall::Remove || call == FileCall::Rename) ways.push_back({"EIO_but_done", EIO, 0, true});
+    return ways;
+}
+
+// All streams are flushed and the trace is written at every step: a sample of these many calls will do.
+bool IsSampled(const LifePoint& point) {
+    const bool trace = point.file == kTraceFile;
+    if (point.call == FileCall::FlushAll) return !trace && point.nth % 4 == 1;
+    if (point.call == FileCall::Print || (trace && point.call == FileCall::Flush)) return point.nth % 16 == 1;
+    return true;
+}
+
+void AddPoint(const LifePoint& point, std::vector<FileFailureCase>& cases) {
+    for (const Way& way : WaysOf(point.call)) {
+        for (const bool forEver : {false, true}) {
+            for (const bool tlf : {true, false}) {
+                FileFailureCase entry;
+                entry.name = std::string(Word(point.call)) + "_" + std::to_string(point.nth) + "_of_life_" +
+                             std::to_string(point.life) + "_" + way.name + (forEver ? "_for_ever" : "_once") +
+                             (tlf ? "_TLF_yes" : "_TLF_no");
+                entry.tlf = tlf;
+                entry.life = point.life;
+                entry.fault.call = point.call;
+                entry.fault.file = point.file;
+                entry.fault.nth = point.nth;
+                entry.fault.error = way.error;
+                entry.fault.transferred = way.transferred;
+                entry.fault.carriedOut = way.carriedOut;
+                entry.fault.stays = forEver;
+                cases.push_back(entry);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+LoadPlan FileFailurePlan(bool tlf) {
+    return {.keywords = std::string("-LOG log.dat -TRCL 1 trace.txt -TLF ") + (tlf ? "YES" : "NO"),
+            .stopAfter = 4};
+}
+
+MqiFault LostCommit() {
+    return {Verb::Cmit, 6, MQCC_FAILED, 2009, Effect::BackedOut, true};
+}
+
+std::vector<FileFailureCase> FileFailureCases(const std::string& file) {
+    std::vector<FileFailureCase> cases;
+    for (const LifePoint& point : PointsWithoutFailure()) {
+        if (point.file.find(file) != std::string::npos && IsSampled(point)) AddPoint(point, cases);
+    }
+    return cases;
+}
