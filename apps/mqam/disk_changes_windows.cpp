@@ -59,6 +59,25 @@ bool DeleteDurably(const std::string& path, std::string& reason) {
     return DeleteFileA(path.c_str()) != 0 || Fail(reason);
 }
 
+namespace {
+
+// A reader that has `path` open for a moment denies the replacement as long.
+bool MoveOver(const std::string& from, const std::string& to) {
+    constexpr int kAttempts = 250;
+    constexpr DWORD kPauseMilliseconds = 20;
+    for (int attempt = 1;; ++attempt) {
+        if (MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0) {
+            return true;
+        }
+        const DWORD code = GetLastError();
+        const bool inUse = code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
+        if (!inUse || attempt == kAttempts) return false;
+        Sleep(kPauseMilliseconds);
+    }
+}
+
+}  // namespace
+
 bool ReplaceDurably(const std::string& path, const std::string& scratch, const std::string& bytes,
                     std::string& reason) {
     const HANDLE file = CreateFileA(scratch.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
@@ -72,9 +91,7 @@ bool ReplaceDurably(const std::string& path, const std::string& scratch, const s
                        Fail(reason);
     CloseHandle(file);
     if (!whole) return false;
-    return MoveFileExA(scratch.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
-               0 ||
-           Fail(reason);
+    return MoveOver(scratch, path) || Fail(reason);
 }
 
 bool CutDurably(const std::string& path, std::uint64_t bytes, std::string& reason) {

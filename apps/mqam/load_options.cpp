@@ -92,6 +92,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         ->check(CLI::PositiveNumber.description(""))
         ->group(kRestartGroup);
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
+    command.add_flag(kReceiptOption, options.workerMeetsReceipt, "")->group("");
 }
 
 void AddDiagnosisOptions(CLI::App& command, LoadOptions& options) {
@@ -149,6 +150,7 @@ LifeObserver MakeObserver(const LoadOptions& options) {
     LifeObserver observer;
     observer.stopWanted = [] { return InterruptRequested(); };
     observer.notice = [](const std::string& text) { TellUser("mqam load: " + DescribeNotice(text) + "\n"); };
+    observer.repaired = [](const std::string& what) { TellUser("mqam load: repaired: " + what + "\n"); };
     if (options.verbose) {
         observer.report = [](const StartupReport& report) { TellUser(FormatReport(report, "  ")); };
         observer.decision = [](const std::string& text) { TellUser("mqam load: " + text + "\n"); };

@@ -36,13 +36,15 @@ struct LoadOptions {
     std::uint64_t retryForSeconds = 0;
     std::int64_t workerSince =
         -1;  ///< hidden; not negative: this process is a worker of the command begun then
+    bool workerMeetsReceipt = false;  ///< hidden; a load that is over was so before the command
     bool verbose = false;
     bool quiet = false;
 };
 
-/// The hidden option by which a command starts its workers. Its value is the time at which the command began,
-/// in milliseconds since the system's epoch.
+/// The hidden options by which a command starts its workers. The value of the first one is the time at which
+/// the command began, in milliseconds since the system's epoch.
 inline constexpr char kWorkerOption[] = "--worker-since";
+inline constexpr char kReceiptOption[] = "--worker-meets-receipt";
 
 /// Adds every option to the command. `options` must outlive the parsing.
 void AddLoadOptions(CLI::App& command, LoadOptions& options);

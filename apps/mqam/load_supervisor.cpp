@@ -25,102 +25,70 @@ int Refuse(const std::string& words) {
     return kExitNotStarted;
 }
 
-std::string CountLoaded(const RestartState& state) {
-    return FormatCount(state.records) + (state.records == 1 ? " record" : " records");
-}
-
 // ---- before the first life
 
-enum class Beginning { kLoad, kNothingToDo, kRefused };
-
-// A load that is over left its state as a receipt, for the case that its command was killed before it could
-// tell so: then the same command must neither load again nor destroy what was loaded.
-Beginning HandleReceipt(const LoadOptions& options, RestartableTarget& target, RestartState& state) {
-    std::string reason;
-    if (!target.Lock()) {
-        static_cast<void>(Refuse(target.Failure()));
-        return Beginning::kRefused;
-    }
-    if (!CleanUpFinishedLoad(target, state, reason)) {
-        static_cast<void>(Refuse(reason));
-        return Beginning::kRefused;
-    }
-    if (state.target == target.Name() && target.IsOccupied()) {
-        target.Unlock();
-        TellUser(
-            "mqam load: this load is complete, nothing was loaded now: " + CountLoaded(state) + " in " +
-            state.target + " since the load begun " + state.begun +
-            "\n  next: to load more into it give --append; to begin anew move it away, or forget the load "
-            "that is over (" +
-            target.StateName() + ")\n");
-        return Beginning::kNothingToDo;
-    }
-    if (options.restart == RestartPolicy::kOnly) {
-        target.Unlock();
-        static_cast<void>(Refuse("no load is unfinished (--restart only)"));
-        return Beginning::kRefused;
-    }
-    const bool forgotten = target.Forget();
-    target.Unlock();
-    if (forgotten) return Beginning::kLoad;
-    static_cast<void>(Refuse(target.Failure()));
-    return Beginning::kRefused;
+// A load in which nothing was stored yet has read nothing: it is not yet begun.
+bool IsUnfinished(const std::optional<RestartState>& state) {
+    return state && state->phase == LoadPhase::kLoading && state->position;
 }
 
-Beginning LookBeforeFirstLife(const LoadOptions& options, RestartableTarget& target) {
+bool IsOver(const std::optional<RestartState>& state) {
+    return state && state->phase != LoadPhase::kLoading;
+}
+
+// Returns what speaks against a first life, or an empty string.
+std::string FindObstacle(const LoadOptions& options, RestartableTarget& target) {
     std::optional<RestartState> state;
-    std::string complaint;
-    if (!target.LoadState(state)) {
-        complaint = target.Failure();
-    } else if (state && state->phase != LoadPhase::kLoading) {
-        return HandleReceipt(options, target, *state);
-    } else if (!state && options.restart == RestartPolicy::kOnly) {
-        complaint = "no load is unfinished (--restart only): " + target.StateName() + " holds none";
-    } else if (state && options.restart == RestartPolicy::kNever) {
-        complaint = "a load begun " + state->begun +
-                    " is unfinished (--restart never): " + CountLoaded(*state) +
-                    " loaded; run the command without --restart never to go on";
-    } else if (state && !options.quiet) {
-        TellUser("mqam load: going on with the load begun " + state->begun + ": " + CountLoaded(*state) +
-                 " in " + state->target + " so far\n");
+    if (!target.LoadState(state)) return target.Failure();
+    if (options.restart == RestartPolicy::kOnly && !IsUnfinished(state) && !IsOver(state)) {
+        return "no load is unfinished (--restart only): " + target.StateName() + " holds none";
     }
-    if (complaint.empty()) return Beginning::kLoad;
-    static_cast<void>(Refuse(complaint));
-    return Beginning::kRefused;
+    if (!IsUnfinished(state)) return "";
+    if (options.restart == RestartPolicy::kNever) {
+        return "a load begun " + state->begun +
+               " is unfinished (--restart never): " + FormatRecords(state->records) +
+               " are loaded; run the command without --restart never to go on";
+    }
+    if (!options.quiet) {
+        TellUser("mqam load: going on with the load begun " + state->begun + ": " +
+                 FormatRecords(state->records) + " are in " + state->target + "\n");
+    }
+    return "";
 }
 
 // ---- between two lives
 
 struct Retries {
     std::optional<RestartState> seen;
-    Clock::time_point lastProgress;
+    Clock::time_point failingSince;  // the first failure behind the last progress
     seconds pause = kFirstPause;
-    int attempts = 0;
+    int attempts = 0;  // since then
 };
 
-void NoteProgress(RestartableTarget& target, Retries& retries) {
+// `lifeLasted`: how long the life took that has just ended. One that connected and then waited for records
+// for long has got on, too, though none came.
+void NoteProgress(RestartableTarget& target, Retries& retries, Clock::duration lifeLasted) {
     std::optional<RestartState> state;
-    if (!target.LoadState(state)) return;
-    const bool progress = state && (!retries.seen || state->records != retries.seen->records ||
-                                    state->phase != retries.seen->phase);
-    if (!progress) return;
+    if (!target.LoadState(state) || !state) return;
+    const bool progress = !retries.seen || state->records != retries.seen->records ||
+                          state->phase != retries.seen->phase ||
+                          (state->lives != retries.seen->lives && lifeLasted > kLongestPause);
     retries.seen = state;
-    retries.lastProgress = Clock::now();
+    if (!progress) return;
     retries.pause = kFirstPause;
     retries.attempts = 0;
 }
 
-void TellWhatIsSafe(const Retries& retries) {
-    if (!retries.seen) {
-        TellUser(
-            "  safe      nothing was loaded: every message is on the queue\n"
-            "  next      run the same command again\n");
+// `next` says what to do first, when there is something.
+void TellWhatIsSafe(const Retries& retries, const char* next = "run the same command again") {
+    if (!IsUnfinished(retries.seen)) {
+        TellUser(std::string("  safe      nothing was loaded: every message is on the queue\n  next      ") +
+                 next + "\n");
         return;
     }
-    TellUser("  safe      " + CountLoaded(*retries.seen) + " in " + retries.seen->target +
+    TellUser("  safe      " + FormatRecords(retries.seen->records) + " are in " + retries.seen->target +
              "; what was read behind them is in " + retries.seen->checkpointFile +
-             " or back on the queue\n"
-             "  next      run the same command again: it goes on there\n");
+             " or back on the queue\n  next      " + next + ": it goes on there\n");
 }
 
 // Waits, but not for a user who wants an end. Returns false for that.
@@ -134,83 +102,106 @@ bool Pause(seconds duration) {
 // A life failed in a way that time may heal. Returns true to start another one.
 bool WaitForNextAttempt(const LoadOptions& options, Retries& retries) {
     if (options.retryForSeconds == 0 || InterruptCame()) return false;
-    const auto limit = retries.lastProgress + seconds(options.retryForSeconds);
-    if (Clock::now() + retries.pause > limit && retries.attempts > 0) {
+    if (retries.attempts == 0) retries.failingSince = Clock::now();
+    if (Clock::now() + retries.pause > retries.failingSince + seconds(options.retryForSeconds) &&
+        retries.attempts > 0) {
         TellUser("mqam load: no new checkpoint for " + std::to_string(options.retryForSeconds) +
                  " s (--retry-for): giving up\n");
         return false;
     }
     ++retries.attempts;
     TellUser("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
-             std::to_string(retries.pause.count()) + " s" +
-             (retries.seen ? "; " + CountLoaded(*retries.seen) + " loaded" : "") + "\n");
+             std::to_string(retries.pause.count()) + " s; " +
+             FormatRecords(retries.seen ? retries.seen->records : 0) + " are loaded\n");
     if (!Pause(retries.pause)) return false;
     retries.pause = std::min(retries.pause * 2, kLongestPause);
     return true;
 }
 
-int GiveUpOnEarlyEnds() {
+int GiveUpOnEarlyEnds(const Retries& retries) {
     TellUser(
         "mqam load: the input ended " + std::to_string(kLivesWithNothingNewMax) +
         " times in a row before the read wait interval had passed, with nothing new: either empty messages "
         "(each one ends a life and is taken off the queue), or MQGETs that fail at once, as on a queue "
-        "that inhibits get\n"
-        "  next      look at the queue, then run the same command again\n");
+        "that inhibits get\n");
+    TellWhatIsSafe(retries, "look at the queue, then run the same command again");
     return kExitEndedEarly;
 }
 
-bool IsFailedLife(const WorkerEnd& end) {
-    return end.killed || end.code == kExitRestart || end.code == kExitTargetFailed;
+int EndOnRequest(const Retries& retries) {
+    TellUser("mqam load: ended on request\n");
+    TellWhatIsSafe(retries);
+    return kExitInterrupted;
 }
 
-bool IsLifeOver(const WorkerEnd& end) {
+// Ended by something else than itself.
+bool WasKilled(const WorkerEnd& end) {
+    return end.killed || end.code == kExitNotStarted;
+}
+
+bool IsFailedLife(const WorkerEnd& end) {
+    return WasKilled(end) || end.code == kExitRestart || end.code == kExitTargetFailed;
+}
+
+bool HasInputEnded(const WorkerEnd& end) {
     return !end.killed && (end.code == kWorkerInputEnded || end.code == kWorkerNothingNew);
 }
 
-bool StaysUnfinished(int exitCode) {
-    return exitCode == kExitInterrupted || exitCode == kExitTimeout || exitCode == kExitModuleFailed ||
-           exitCode == kExitStoppedAtOnce;
+// A life that has told how it ended and after which nothing is tried again.
+int EndWith(const WorkerEnd& end, const Retries& retries) {
+    switch (end.code) {
+        case kWorkerRefused: return kExitNotStarted;
+        case kExitModuleFailed:
+            TellWhatIsSafe(retries, "put that right, then run the same command again");
+            break;
+        case kExitInterrupted:
+        case kExitTimeout:
+        case kExitStoppedAtOnce: TellWhatIsSafe(retries); break;
+        default: break;
+    }
+    return end.code;
+}
+
+int EndFailed(const WorkerEnd& end, const Retries& retries) {
+    TellWhatIsSafe(retries);
+    return !end.killed && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
 }
 
 int LiveUntilDone(const LoadOptions& options, RestartableTarget& target) {
     const auto begin = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::system_clock::now().time_since_epoch());
     Retries retries;
-    retries.lastProgress = Clock::now();
-    NoteProgress(target, retries);
+    NoteProgress(target, retries, Clock::duration::zero());
+    const std::optional<RestartState> atBegin = retries.seen;
     int livesWithNothingNew = 0;
     for (;;) {
-        const WorkerEnd end = RunWorker({kWorkerOption, std::to_string(begin.count())});
+        if (InterruptCame()) return EndOnRequest(retries);
+        const Clock::time_point start = Clock::now();
+        std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
+        if (IsOver(atBegin) && retries.seen->begun == atBegin->begun) arguments.push_back(kReceiptOption);
+        const WorkerEnd end = RunWorker(arguments);
         if (!end.started) return Refuse("a worker process cannot be started: " + end.reason);
-        NoteProgress(target, retries);
-        if (IsLifeOver(end)) {
+        NoteProgress(target, retries, Clock::now() - start);
+        if (HasInputEnded(end)) {
             livesWithNothingNew = end.code == kWorkerNothingNew ? livesWithNothingNew + 1 : 0;
-            if (livesWithNothingNew == kLivesWithNothingNewMax) return GiveUpOnEarlyEnds();
-            if (!InterruptCame()) continue;
-            TellWhatIsSafe(retries);
-            return kExitInterrupted;
+            if (livesWithNothingNew == kLivesWithNothingNewMax) return GiveUpOnEarlyEnds(retries);
+            continue;
         }
-        if (end.killed) {
+        if (!IsFailedLife(end)) return EndWith(end, retries);
+        if (WasKilled(end) && InterruptCame()) continue;
+        if (WasKilled(end)) {
             TellUser("mqam load: the worker process was killed (" + std::to_string(end.code) + ")\n");
         }
-        if (!IsFailedLife(end)) {
-            if (StaysUnfinished(end.code)) TellWhatIsSafe(retries);
-            return end.code;
-        }
         if (WaitForNextAttempt(options, retries)) continue;
-        TellWhatIsSafe(retries);
-        return !end.killed && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
+        if (!InterruptCame()) return EndFailed(end, retries);
     }
 }
 
 }  // namespace
 
 int SuperviseLoad(const LoadOptions& options, RestartableTarget& target) {
-    switch (LookBeforeFirstLife(options, target)) {
-        case Beginning::kRefused: return kExitNotStarted;
-        case Beginning::kNothingToDo: return kExitDone;
-        case Beginning::kLoad: break;
-    }
+    const std::string obstacle = FindObstacle(options, target);
+    if (!obstacle.empty()) return Refuse(obstacle);
     LeaveInterruptsToWorker();
     return LiveUntilDone(options, target);
 }

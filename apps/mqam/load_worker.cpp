@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <exception>
 
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/module_requests.h"
@@ -32,15 +33,24 @@ std::string DescribeDone(const LoadOptions& options, const RestartLifeOutcome& o
            "\n  target    " + target.Name() + "\n";
 }
 
+std::string DescribeReceipt(const RestartState& state, const RestartableTarget& target) {
+    return "this load is complete, nothing was loaded now: begun " + state.begun + ", it has put " +
+           FormatRecords(state.records) + " into " + state.target +
+           "\n  next      to load more into it give --append; to load anew move it away, or delete what is "
+           "kept of the load (" +
+           target.StateName() + ")\n";
+}
+
 [[noreturn]] void EndLife(const LoadOptions& options, const RestartLifeOutcome& outcome,
                           const RestartableTarget& target) {
     switch (outcome.end) {
         case RestartLifeEnd::kLoadDone: EndWorker(kExitDone, DescribeDone(options, outcome, target));
+        case RestartLifeEnd::kNothingToDo: EndWorker(kExitDone, DescribeReceipt(outcome.state, target));
         case RestartLifeEnd::kInputEnded: EndWorker(kWorkerInputEnded, "");
         case RestartLifeEnd::kNothingNew: EndWorker(kWorkerNothingNew, "");
         case RestartLifeEnd::kOnRequest: EndWorker(kExitInterrupted, "ended on request\n");
         case RestartLifeEnd::kTimeout: EndWorker(kExitTimeout, "the time-out (--timeout) expired\n");
-        case RestartLifeEnd::kRefused: EndWorker(kExitNotStarted, outcome.refusal + "\n");
+        case RestartLifeEnd::kRefused: EndWorker(kWorkerRefused, outcome.refusal + "\n");
         case RestartLifeEnd::kModuleFailed: EndWorker(kExitRestart, DescribeFailure(outcome.moduleFailure));
         case RestartLifeEnd::kModuleRefuses:
             EndWorker(kExitModuleFailed, DescribeFailure(outcome.moduleFailure));
@@ -49,13 +59,11 @@ std::string DescribeDone(const LoadOptions& options, const RestartLifeOutcome& o
     EndWorker(kExitModuleFailed, "");
 }
 
-}  // namespace
-
-void LiveAsWorker(const LoadOptions& options, const RestartLifeSettings& settings,
-                  RestartableTarget& target) {
+[[noreturn]] void Live(const LoadOptions& options, const RestartLifeSettings& settings,
+                       RestartableTarget& target) {
     // The module prints its report on standard output.
     if (ClaimStandardOutput(ModuleOutput::kDropped) < 0) {
-        EndWorker(kExitNotStarted, std::string("standard output: ") + std::strerror(errno) + "\n");
+        EndWorker(kWorkerRefused, std::string("standard output: ") + std::strerror(errno) + "\n");
     }
     std::string reason;
     const PIDMMainFunction entryPoint = LoadModule(options.module.modulePath, reason);
@@ -69,4 +77,16 @@ void LiveAsWorker(const LoadOptions& options, const RestartLifeSettings& setting
         RunRestartLife(entryPoint, settings, target, MakeObserver(options), counters);
     StopProgress();
     EndLife(options, outcome, target);
+}
+
+}  // namespace
+
+void LiveAsWorker(const LoadOptions& options, const RestartLifeSettings& settings,
+                  RestartableTarget& target) {
+    // An exception must not leave by way of main: exit routines of an MQ library may disconnect.
+    try {
+        Live(options, settings, target);
+    } catch (const std::exception& error) {
+        EndWorker(kExitRestart, std::string(error.what()) + "\n");
+    }
 }

@@ -62,8 +62,8 @@ enum class ModuleOutput { kDropped, kToStandardError };
 [[nodiscard]] bool IsTerminal(int descriptor);
 
 /// From now on the first interrupt (Ctrl-C, SIGTERM) only raises InterruptRequested() and tells the user so,
-/// and the second one ends the process with `exitCodeAtOnce`. A reader that goes away shows as a failed
-/// write.
+/// and a second one, a moment later at least, ends the process with `exitCodeAtOnce`. A reader that goes away
+/// shows as a failed write.
 void WatchInterrupts(int exitCodeAtOnce);
 
 [[nodiscard]] bool InterruptRequested();

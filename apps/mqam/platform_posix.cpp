@@ -8,6 +8,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 
 #include "apps/mqam/platform.h"
 
@@ -18,9 +19,26 @@ namespace {
 std::atomic<int> interrupts{0};
 std::atomic<int> atOnceCode{1};
 
+// A service manager and `timeout` send one to every process they know, and a command hands its own on: what
+// comes within a moment of the first is the same interrupt.
+constexpr long long kMomentNanoseconds = 100000000;
+std::atomic<long long> firstInterruptAt{0};
+
+long long MonotonicNanoseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1000000000LL + now.tv_nsec;
+}
+
 extern "C" void CountInterrupt(int /*signalNumber*/) {
     const int savedErrno = errno;
+    const long long now = MonotonicNanoseconds();
     const bool first = interrupts.fetch_add(1) == 0;
+    if (first) firstInterruptAt = now;
+    if (!first && now - firstInterruptAt < kMomentNanoseconds) {
+        errno = savedErrno;
+        return;
+    }
     const char* text = first ? kFirstInterruptText : kSecondInterruptText;
     const std::size_t length = first ? sizeof kFirstInterruptText - 1 : sizeof kSecondInterruptText - 1;
     const ssize_t written = write(STDERR_FILENO, text, length);

@@ -103,6 +103,10 @@ std::string FormatCount(std::uint64_t count) {
     return grouped;
 }
 
+std::string FormatRecords(std::uint64_t count) {
+    return FormatCount(count) + (count == 1 ? " record" : " records");
+}
+
 std::string FormatBytes(std::uint64_t bytes) {
     if (bytes < 1000) return std::to_string(bytes) + " bytes";
     constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB", "PB", "EB"};

@@ -28,5 +28,8 @@ void TellUser(const std::string& lines);
 [[nodiscard]] std::string FormatProgress(std::uint64_t records, std::uint64_t bytes, double seconds);
 
 [[nodiscard]] std::string FormatCount(std::uint64_t count);
+
+/// "1 record", "12,345 records".
+[[nodiscard]] std::string FormatRecords(std::uint64_t count);
 [[nodiscard]] std::string FormatBytes(std::uint64_t bytes);
 [[nodiscard]] std::string FormatElapsed(double seconds);

@@ -95,30 +95,52 @@ bool ReadReport(Life& life, RestartState& fresh) {
     fresh.queueManager = FindParameter(life.report, "Queue Manager Name");
     fresh.queue = FindParameter(life.report, "Queue Name");
     fresh.checkpointFile = AbsolutePath(checkpoint.substr(kFileBased.size()));
+    fresh.target = life.target.Name();
+    fresh.format = life.target.Format();
     const std::string log = FindParameter(life.report, "Logging pathname");
     if (!log.empty()) fresh.logFile = AbsolutePath(log);
     return true;
 }
 
-bool IsSameLoad(Life& life, const RestartState& stored, const RestartState& asked) {
-    struct Pair {
-        const char* what;
-        const std::string& stored;
-        const std::string& asked;
-    };
-    const Pair pairs[] = {
-        {"queue manager", stored.queueManager, asked.queueManager},
-        {"queue", stored.queue, asked.queue},
-        {"checkpoint file", stored.checkpointFile, asked.checkpointFile},
-    };
-    for (const Pair& pair : pairs) {
-        if (pair.stored == pair.asked) continue;
-        return Refuse(life, life.target.StateName() + " belongs to an unfinished load with " + pair.what +
-                                " " + pair.stored + ", not " + pair.asked +
-                                ": finish that load with its own command first, or keep the restart "
-                                "information of this load elsewhere");
+struct Identity {
+    const char* what;
+    std::string RestartState::*part;
+};
+
+constexpr Identity kIdentities[] = {
+    {"queue manager", &RestartState::queueManager},
+    {"queue", &RestartState::queue},
+    {"checkpoint file", &RestartState::checkpointFile},
+    {"target", &RestartState::target},
+    {"format", &RestartState::format},
+};
+
+// Returns what tells two loads apart, or null when they are the same.
+const Identity* FindDifference(const RestartState& stored, const RestartState& asked) {
+    for (const Identity& identity : kIdentities) {
+        if (stored.*identity.part != asked.*identity.part) return &identity;
     }
-    return true;
+    return nullptr;
+}
+
+bool RefuseOtherLoad(Life& life, const Identity& difference, const RestartState& stored,
+                     const RestartState& asked) {
+    return Refuse(life, life.target.StateName() + " belongs to an unfinished load with " + difference.what +
+                            " " + stored.*difference.part + ", not " + asked.*difference.part +
+                            ": finish that load with its own command first, or keep the restart "
+                            "information of this load elsewhere");
+}
+
+// The module would overwrite them, or delete them at the end.
+bool AreFilesApart(Life& life, const RestartState& fresh) {
+    const std::string& checkpoint = fresh.checkpointFile;
+    for (const std::string& own : life.target.Files()) {
+        if (own != checkpoint && own != fresh.logFile) continue;
+        return Refuse(life, own + " cannot be " + (own == checkpoint ? "the checkpoint file" : "the log") +
+                                " of the load and belong to its target, too: give each a name of its own");
+    }
+    return fresh.logFile != checkpoint ||
+           Refuse(life, checkpoint + " cannot be both checkpoint file and log: give each a name of its own");
 }
 
 // Brings the files into the shape that the module can go on from. The order matters: what is decided is told
@@ -157,7 +179,7 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     for (const Repair& repair : life.decision.repairs) {
         const std::string what = DescribeRepair(path, repair);
         if (!MakeRepair(path, repair, reason)) return Refuse(life, "could not " + what + ": " + reason);
-        Tell(life, "repaired: " + what);
+        if (life.observer.repaired) life.observer.repaired(what);
     }
     if (!life.target.CutBack(state)) return Refuse(life, life.target.Failure());
     life.records = state.records;
@@ -167,16 +189,32 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     return true;
 }
 
+// A load that is over left its state as a receipt: its command may have been killed before it could tell so.
+// The same command then neither loads again nor destroys what was loaded; another load begins over it.
+bool HandleReceipt(Life& life, std::optional<RestartState>& stored, const RestartState& asked) {
+    if (FindDifference(*stored, asked) == nullptr && life.target.IsOccupied()) {
+        life.outcome.end = RestartLifeEnd::kNothingToDo;
+        return false;
+    }
+    if (life.settings.unfinishedOnly) {
+        return Refuse(life, "no load is unfinished (--restart only): the one in " + life.target.StateName() +
+                                " is complete");
+    }
+    stored.reset();
+    return life.target.Forget() || Refuse(life, life.target.Failure());
+}
+
 bool Prepare(Life& life) {
     std::optional<RestartState> stored;
     if (!life.target.Lock()) return Refuse(life, life.target.Failure());
     if (!life.target.LoadState(stored)) return Refuse(life, life.target.Failure());
-    if (stored && stored->phase != LoadPhase::kLoading) {
+    const bool isOver = stored && stored->phase != LoadPhase::kLoading;
+    if (isOver) {
         std::string reason;
+        if (!CleanUpFinishedLoad(life.target, *stored, reason)) return Refuse(life, reason);
         life.outcome.state = *stored;
-        if (!CleanUpFinishedLoad(life.target, life.outcome.state, reason)) return Refuse(life, reason);
         life.outcome.end = RestartLifeEnd::kLoadDone;
-        return false;
+        if (!life.settings.meetsReceipt) return false;
     }
     std::string initString = life.settings.initString;
     // The queue was found empty for the whole interval a moment ago: to find that again, a second will do.
@@ -189,8 +227,16 @@ bool Prepare(Life& life) {
     // First of all, so that no Close or Open of this process can empty the checkpoint file.
     if (life.session.AskPutAttribute("PRESERVE_RESTART_INFO", "YES") != pmrcOK) return FailModule(life);
     RestartState fresh;
-    if (!ReadReport(life, fresh)) return false;
-    if (stored && !IsSameLoad(life, *stored, fresh)) return false;
+    if (!ReadReport(life, fresh) || !AreFilesApart(life, fresh)) return false;
+    if (isOver && !HandleReceipt(life, stored, fresh)) return false;
+    if (stored) {
+        const Identity* difference = FindDifference(*stored, fresh);
+        if (difference != nullptr && stored->position) {
+            return RefuseOtherLoad(life, *difference, *stored, fresh);
+        }
+        // No record was read under a state without a position: nothing hangs on it.
+        if (difference != nullptr) stored.reset();
+    }
     if (!PrepareFiles(life, stored, fresh)) return false;
     for (const auto& [name, value] : life.settings.attributes) {
         if (life.session.AskPutAttribute(name, value) != pmrcOK) return FailModule(life);
@@ -290,7 +336,7 @@ bool ReadInput(Life& life, LastEnd& end) {
     for (;;) {
         if (!firstIsAwaited && life.observer.stopWanted && life.observer.stopWanted()) {
             life.outcome.end = RestartLifeEnd::kOnRequest;
-            return true;
+            return life.sinceCheckpoint == 0 || TakeCheckpoint(life);
         }
         const Clock::time_point start = Clock::now();
         std::uint32_t length = 0;
@@ -371,7 +417,8 @@ bool CleanUpFinishedLoad(RestartableTarget& target, RestartState& state, std::st
         std::string words;
         if (path.empty() || ProbePath(path) != PathKind::kFile || DeleteDurably(path, words)) continue;
         reason = "every record is in the target, but " + path +
-                 " of the finished load cannot be deleted: " + words;
+                 " of the finished load cannot be deleted: " + words +
+                 "; make that possible and run the same command again";
         return false;
     }
     RestartState complete = state;

@@ -23,10 +23,13 @@ struct RestartLifeSettings {
     std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in order
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = not by count
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
+    bool meetsReceipt = false;    ///< a load that is over was so before the command
+    bool unfinishedOnly = false;  ///< begin no load over one that is over
 };
 
 enum class RestartLifeEnd {
     kLoadDone,  ///< the queue was found empty twice: every message is in the target, the files are cleaned up
+    kNothingToDo,    ///< this very load was complete before the command: nothing was touched
     kInputEnded,     ///< another life has to find out whether that was all
     kNothingNew,     ///< the input ended early, and the life before had come as far
     kOnRequest,      ///< stopWanted said so
@@ -45,7 +48,7 @@ struct RestartLifeOutcome {
     std::string refusal;
 };
 
-/// Lives one life. `observer.notice` also tells what the life repairs before it begins.
+/// Lives one life.
 ///   entryPoint  in      the loaded module
 ///   target      in/out  not locked yet; unlocked again unless the module still has the input open
 ///   counters    out     counted while the life runs

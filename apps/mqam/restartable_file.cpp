@@ -45,7 +45,8 @@ bool RestartableFile::LoadState(std::optional<RestartState>& state) {
 }
 
 bool RestartableFile::IsOccupied() {
-    return !settings_.append && ProbePath(settings_.path) != PathKind::kMissing;
+    if (settings_.append || ProbePath(settings_.path) == PathKind::kMissing) return false;
+    return ProbePath(settings_.path) == PathKind::kOther || FileBytes(settings_.path) > 0;
 }
 
 bool RestartableFile::Begin(RestartState& state) {
@@ -55,10 +56,8 @@ bool RestartableFile::Begin(RestartState& state) {
         return Fail(path + " is not a file: a load that can be restarted needs one that can be cut back");
     }
     if (IsOccupied() && !settings_.force) {
-        return Fail(path + " exists; give --force to replace it, or --append to add to it");
+        return Fail(path + " holds something; give --force to replace it, or --append to add to it");
     }
-    state.target = path;
-    state.format = NameOf(settings_.format);
     state.targetLength = kind == PathKind::kFile && settings_.append ? FileBytes(path) : 0;
     return ReplaceRestartFile(settings_.restartFile, state, failure_);
 }

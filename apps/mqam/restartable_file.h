@@ -32,6 +32,10 @@ class RestartableFile : public RestartableTarget {
     [[nodiscard]] bool StoreEnd(const RestartState& state) override;
     [[nodiscard]] bool Forget() override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
+    [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
+    [[nodiscard]] std::vector<std::string> Files() const override {
+        return {settings_.path, settings_.restartFile};
+    }
     [[nodiscard]] const std::string& StateName() const override { return settings_.restartFile; }
     [[nodiscard]] const std::string& Failure() const override { return failure_; }
 

@@ -36,6 +36,9 @@ std::string FindContradiction(const LoadOptions& options) {
             return "--attribute PRESERVE_RESTART_INFO is put by the load itself";
         }
     }
+    if (!IsSqliteName(options.target) && AbsolutePath(options.target) == AbsolutePath(options.restartFile)) {
+        return options.target + " cannot be both target and restart file: give each a name of its own";
+    }
     if (!IsSqliteName(options.target)) return "";
     if (!options.restartFile.empty()) {
         return "--restart-file does not go with a SQLite target: the database keeps the restart information";
@@ -78,6 +81,8 @@ int RunRestartableLoad(const LoadOptions& options) {
     if (options.checkpointEvery == 0 && options.checkpointSeconds == 0) {
         settings.checkpointEveryRecords = kCheckpointEveryByDefault;
     }
+    settings.meetsReceipt = options.workerMeetsReceipt;
+    settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;
     if (options.workerSince < 0) return SuperviseLoad(options, *target);
     LiveAsWorker(options, settings, *target);
 }

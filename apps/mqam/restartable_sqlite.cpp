@@ -24,7 +24,8 @@ class SqliteTarget : public RestartableTarget {
     explicit SqliteTarget(const SqliteTargetSettings& settings)
         : settings_(settings),
           name_("sqlite:" + settings.name.file + "?table=" + settings.name.table),
-          stateName_("row '" + settings.name.table + "' of table mqam_restart in " + settings.name.file) {}
+          key_(LowerCase(settings.name.table)),
+          stateName_("row '" + key_ + "' of table mqam_restart in " + settings.name.file) {}
 
     [[nodiscard]] bool Lock() override { return TakeLoadLock(LockPath(), kLockPatienceSeconds, failure_); }
     void Unlock() override { GiveBackLoadLock(LockPath()); }
@@ -39,23 +40,25 @@ class SqliteTarget : public RestartableTarget {
     [[nodiscard]] bool StoreEnd(const RestartState& state) override;
     [[nodiscard]] bool Forget() override;
     [[nodiscard]] const std::string& Name() const override { return name_; }
+    [[nodiscard]] std::string Format() const override { return "sqlite"; }
+    [[nodiscard]] std::vector<std::string> Files() const override { return {settings_.name.file}; }
     [[nodiscard]] const std::string& StateName() const override { return stateName_; }
     [[nodiscard]] const std::string& Failure() const override { return failure_; }
 
   private:
-    [[nodiscard]] std::string LockPath() const {
-        return settings_.name.file + "." + settings_.name.table + ".lock";
-    }
+    [[nodiscard]] std::string LockPath() const { return settings_.name.file + "." + key_ + ".lock"; }
     [[nodiscard]] bool Fail(const std::string& action);
     [[nodiscard]] bool Open();
     [[nodiscard]] bool Run(const std::string& sql);
     [[nodiscard]] bool Prepare(const std::string& sql, Statement& statement);
+    [[nodiscard]] bool PrepareInsertion();
     [[nodiscard]] bool FetchNumber(const std::string& sql, std::uint64_t& number);
     [[nodiscard]] bool WriteState(const RestartState& state);
     [[nodiscard]] std::string Table() const { return "\"" + settings_.name.table + "\""; }
 
     SqliteTargetSettings settings_;
     std::string name_;
+    std::string key_;  // of the row that keeps the state
     std::string stateName_;
     Database database_;
     Statement insertion_;
@@ -105,6 +108,10 @@ bool SqliteTarget::FetchNumber(const std::string& sql, std::uint64_t& number) {
     return true;
 }
 
+bool SqliteTarget::PrepareInsertion() {
+    return Prepare("INSERT INTO " + Table() + " (id, record) VALUES (?, ?)", insertion_);
+}
+
 bool SqliteTarget::LoadState(std::optional<RestartState>& state) {
     state.reset();
     if (ProbePath(settings_.name.file) == PathKind::kMissing) return true;
@@ -114,7 +121,7 @@ bool SqliteTarget::LoadState(std::optional<RestartState>& state) {
     }
     if (tables == 0) return true;
     Statement statement;
-    if (!Prepare("SELECT state FROM mqam_restart WHERE target = '" + settings_.name.table + "'", statement)) {
+    if (!Prepare("SELECT state FROM mqam_restart WHERE target = '" + key_ + "'", statement)) {
         return false;
     }
     const int code = sqlite3_step(statement.get());
@@ -137,7 +144,7 @@ bool SqliteTarget::IsOccupied() {
     std::uint64_t found = 0;
     // What cannot be looked into is not free either.
     if (!Open() ||
-        !FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = '" + settings_.name.table + "'",
+        !FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = '" + key_ + "' COLLATE NOCASE",
                      found)) {
         return true;
     }
@@ -158,10 +165,9 @@ bool SqliteTarget::Begin(RestartState& state) {
         !FetchNumber("SELECT ifnull(max(id), 0) FROM " + Table(), rows_)) {
         return false;
     }
-    state.target = name_;
-    state.format = "sqlite";
     state.targetLength = rows_;
-    return WriteState(state) && Run("COMMIT");
+    // A table of another shape is found before anything is stored.
+    return PrepareInsertion() && WriteState(state) && Run("COMMIT");
 }
 
 bool SqliteTarget::CutBack(const RestartState& state) {
@@ -173,8 +179,7 @@ bool SqliteTarget::CutBack(const RestartState& state) {
                    ": something else has changed the table; undo that and run the same command again";
         return false;
     }
-    return Prepare("INSERT INTO " + Table() + " (id, record) VALUES (?, ?)", insertion_) &&
-           Run("BEGIN IMMEDIATE");
+    return PrepareInsertion() && Run("BEGIN IMMEDIATE");
 }
 
 bool SqliteTarget::Put(const char* record, std::size_t length) {
@@ -196,7 +201,7 @@ bool SqliteTarget::WriteState(const RestartState& state) {
             statement)) {
         return false;
     }
-    sqlite3_bind_text(statement.get(), 1, settings_.name.table.c_str(), -1, SQLITE_STATIC);
+    sqlite3_bind_text(statement.get(), 1, key_.c_str(), -1, SQLITE_STATIC);
     sqlite3_bind_text(statement.get(), 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
     return sqlite3_step(statement.get()) == SQLITE_DONE || Fail("the restart information cannot be written");
 }
@@ -212,7 +217,7 @@ bool SqliteTarget::StoreEnd(const RestartState& state) {
 }
 
 bool SqliteTarget::Forget() {
-    return Open() && Run("DELETE FROM mqam_restart WHERE target = '" + settings_.name.table + "'");
+    return Open() && Run("DELETE FROM mqam_restart WHERE target = '" + key_ + "'");
 }
 
 }  // namespace

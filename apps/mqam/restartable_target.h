@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/mqam/restart_state.h"
 
@@ -33,7 +34,7 @@ class RestartableTarget {
     [[nodiscard]] virtual bool IsOccupied() = 0;
 
     /// Makes a first state durable, before anything of the target is touched. Refuses a target that is
-    /// occupied, unless the user said to replace it. Fills target, format and targetLength of the state.
+    /// occupied, unless the user said to replace it. Fills targetLength of the state.
     [[nodiscard]] virtual bool Begin(RestartState& state) = 0;
 
     /// Cuts off what the state does not count and makes the target ready for records.
@@ -54,9 +55,13 @@ class RestartableTarget {
     /// Forgets the state.
     [[nodiscard]] virtual bool Forget() = 0;
 
-    /// The target, and where its state is kept, as the user knows them.
+    /// The target, the form of its records, and where its state is kept, as the user knows them.
     [[nodiscard]] virtual const std::string& Name() const = 0;
+    [[nodiscard]] virtual std::string Format() const = 0;
     [[nodiscard]] virtual const std::string& StateName() const = 0;
+
+    /// Absolute paths of the files that target and state are kept in.
+    [[nodiscard]] virtual std::vector<std::string> Files() const = 0;
 
     [[nodiscard]] virtual const std::string& Failure() const = 0;
 };
