@@ -314,40 +314,40 @@ TEST_F(Trail, T2_APositionCountsARecordThatTheTargetLost) {
     EXPECT_EQ(Target(), "2 3") << "a host that does not compare the two";
 }
 
-TEST_F(Trail, limit_alike_ABeginningOfTheRecordBeforeIsTakenForADuplicate) {
-    EXPECT_EQ(Play("limit-alike"), "lost: message 2");
+TEST_F(Trail, L1_alike_ABeginningOfTheRecordBeforeIsTakenForADuplicate) {
+    EXPECT_EQ(Play("L1-alike"), "lost: message 2");
     EXPECT_EQ(Finish(), "");
     EXPECT_EQ(Target(), "1 3");
 }
 
-TEST_F(Trail, limit_nul_AFirstMessageOfNulBytesIsTakenForADuplicate) {
-    EXPECT_EQ(Play("limit-nul"), "lost: message 1");
+TEST_F(Trail, L2_nul_AFirstMessageOfNulBytesIsTakenForADuplicate) {
+    EXPECT_EQ(Play("L2-nul"), "lost: message 1");
     EXPECT_EQ(Finish(), "");
     EXPECT_EQ(Target(), "2 3");
 }
 
-TEST_F(Trail, limit_order_AnOlderMessageHidesTheDuplicate) {
-    EXPECT_EQ(Play("limit-order"), "doubled: message 2");
+TEST_F(Trail, L3_order_AnOlderMessageHidesTheDuplicate) {
+    EXPECT_EQ(Play("L3-order"), "doubled: message 2");
     EXPECT_EQ(Finish(), "");
     EXPECT_EQ(Target(), "2 1 2 3");
 }
 
-TEST_F(Trail, limit_shared_AMessageBackedOutGoesToAnotherLoadToo) {
-    EXPECT_EQ(Play("limit-shared"), "doubled: message 1");
+TEST_F(Trail, L4_shared_AMessageBackedOutGoesToAnotherLoadToo) {
+    EXPECT_EQ(Play("L4-shared"), "doubled: message 1");
     EXPECT_TRUE(queue.messages[1].takenByOther);
     EXPECT_EQ(Finish(), "");
     EXPECT_EQ(Target(), "1 2 3") << "and 1 in the other load's";
 }
 
 /// What a loss of power takes from the file is cut off.
-TEST_F(Trail, limit_power_ARecordCommittedAndNotOnTheDiskIsLost) {
-    EXPECT_EQ(Play("limit-power"), "lost: message 1");
+TEST_F(Trail, L5_power_ARecordCommittedAndNotOnTheDiskIsLost) {
+    EXPECT_EQ(Play("L5-power"), "lost: message 1");
     EXPECT_EQ(Finish(), "");
     EXPECT_EQ(Target(), "2 3");
 }
 
-TEST_F(Trail, limit_clock_TwoSlowFailuresInARowLookLikeTheEnd) {
-    EXPECT_EQ(Play("limit-clock"), "unfinished: 0 of 3 records");
+TEST_F(Trail, L6_clock_TwoSlowFailuresInARowLookLikeTheEnd) {
+    EXPECT_EQ(Play("L6-clock"), "unfinished: 0 of 3 records");
     EXPECT_TRUE(done);
     EXPECT_EQ(Target(), "");
     EXPECT_EQ(queue.Waiting(), "1 2 3");
