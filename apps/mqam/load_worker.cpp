@@ -8,12 +8,13 @@
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/module_requests.h"
 #include "apps/mqam/platform.h"
+#include "apps/mqam/worker_process.h"
 
 namespace {
 
 [[noreturn]] void EndWorker(int exitCode, const std::string& words) {
     if (!words.empty()) TellUser("mqam load: " + words);
-    EndProcessAtOnce(exitCode);
+    EndProcessAtOnce(MarkWorkerExit(exitCode));
 }
 
 double SecondsSince(std::int64_t epochMilliseconds) {
@@ -70,7 +71,7 @@ std::string DescribeReceipt(const RestartState& state, const RestartableTarget& 
     if (entryPoint == nullptr) {
         EndWorker(kExitModuleMissing, "the module cannot be loaded: " + reason + "\n");
     }
-    WatchInterrupts(kExitStoppedAtOnce);
+    WatchInterrupts(MarkWorkerExit(kExitStoppedAtOnce));
     ProgressCounters counters;
     StartProgress(ChooseProgressStyle(options, false), counters);
     const RestartLifeOutcome outcome =

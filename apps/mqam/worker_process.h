@@ -11,13 +11,17 @@ void KeepArguments(int count, char** arguments);
 
 struct WorkerEnd {
     bool started = false;
-    bool killed = false;  ///< by a signal or an exception, not by an exit of its own
+    bool killed = false;  ///< by a signal, an exception or somebody, not by an exit of its own
     int code = 0;         ///< exit code, or the number of what killed it
     std::string reason;   ///< the system's words, when it was not started
 };
 
 /// Starts a worker and waits for its end. The worker has this program's standard streams.
 [[nodiscard]] WorkerEnd RunWorker(const std::vector<std::string>& moreArguments);
+
+/// What a worker ends with for `exitCode`. Windows gives one that somebody ended an exit code like any other:
+/// there a worker marks its own, and every code without the mark is a kill.
+[[nodiscard]] int MarkWorkerExit(int exitCode);
 
 /// From now on an interrupt (Ctrl-C, SIGTERM) is the worker's to answer; it is handed on to a worker that
 /// does not see it by itself.

@@ -108,6 +108,10 @@ WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
     return end;
 }
 
+int MarkWorkerExit(int exitCode) {
+    return exitCode;
+}
+
 void LeaveInterruptsToWorker() {
     struct sigaction action = {};
     action.sa_sigaction = HandOnInterrupt;

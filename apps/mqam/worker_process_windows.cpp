@@ -7,6 +7,10 @@
 
 namespace {
 
+// No exception's number, no code of TerminateProcess as the system's own programs call it.
+constexpr DWORD kExitMark = 0x4D510000U;
+constexpr DWORD kExitCodeBits = 0xFFFFU;
+
 std::atomic<bool> interruptCame{false};
 
 // The worker has the same console and sees the interrupt by itself.
@@ -32,15 +36,13 @@ HANDLE MakeJob() {
     return job;
 }
 
-// The worker's end as far as the system tells it: an exception's number is its exit code.
 WorkerEnd DescribeEnd(HANDLE process) {
-    constexpr DWORD kFirstExceptionCode = 0x80000000U;
     DWORD code = 0;
     GetExitCodeProcess(process, &code);
     WorkerEnd end;
     end.started = true;
-    end.killed = code >= kFirstExceptionCode;
-    end.code = static_cast<int>(code);
+    end.killed = (code & ~kExitCodeBits) != kExitMark;
+    end.code = static_cast<int>(end.killed ? code : code & kExitCodeBits);
     return end;
 }
 
@@ -77,6 +79,10 @@ WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
     const WorkerEnd end = DescribeEnd(process.hProcess);
     CloseHandle(process.hProcess);
     return end;
+}
+
+int MarkWorkerExit(int exitCode) {
+    return static_cast<int>(kExitMark | (static_cast<DWORD>(exitCode) & kExitCodeBits));
 }
 
 void LeaveInterruptsToWorker() {

@@ -347,6 +347,18 @@ TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     EXPECT_FALSE(fs::exists(Path("ck.lock")));
 }
 
+// On Windows what somebody ends has an exit code like any other.
+TEST_F(SpoolLoad, KilledWorkerIsToldAndTheSameCommandIsAdvised) {
+    Put("one");
+    const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
+                            Path("restart"), "--to", Path("out")};
+    faults_ = "MQCMIT 1 kill before";
+    const ProgramResult killed = Load(load);
+    EXPECT_EQ(killed.exitCode, 9) << killed.standardError;
+    EXPECT_TRUE(Contains(killed.standardError, "the worker process was killed (")) << killed.standardError;
+    EXPECT_TRUE(Contains(killed.standardError, "run the same command again")) << killed.standardError;
+}
+
 TEST_F(SpoolLoad, CheckAcceptsEveryOptionAndShowsWhatIsInEffect) {
     std::ofstream(Path("parm")) << "# comment\nRWAIT 7\nTDM no\n";
     const ProgramResult result = RunProgram(
