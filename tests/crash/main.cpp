@@ -136,8 +136,8 @@ std::uint64_t RunAll(const Options& options) {
         TellOutcome(job, outcome, false);
         NoteOutcome(job, outcome);
         if (++runs % kProgressEvery == 0) {
-            std::fprintf(stderr, "crash: %llu runs in %.0f s\n", static_cast<unsigned long long>(runs),
-                         SecondsSince(begin));
+            std::fprintf(stderr, "crash: %llu runs in %.0f s, now %s\n",
+                         static_cast<unsigned long long>(runs), SecondsSince(begin), job.crashClass->name);
         }
     });
     ClassTally sum;

@@ -57,8 +57,11 @@ PointOutcome ReadOutcome(int outcomePipe, int status) {
     OutcomeHead head = {};
     if (bytes.size() >= sizeof head) std::memcpy(&head, bytes.data(), sizeof head);
     if (bytes.size() < sizeof head || bytes.size() != sizeof head + head.whereBytes + head.wrongBytes) {
-        const bool late = WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM;
-        outcome.wrong = late ? "it took too long" : "the point's own process failed";
+        const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        outcome.wrong = signal == SIGALRM ? "it took too long"
+                        : signal != 0
+                            ? "somebody killed the point's process, signal " + std::to_string(signal)
+                            : "the point's process failed";
         return outcome;
     }
     outcome.verdict = head.verdict;

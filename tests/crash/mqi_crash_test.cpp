@@ -1,0 +1,238 @@
+// A load whose worker process is killed before and after each MQI call that it makes, by the stand-in's fault
+// plan, and is finished by the same command: for systems where no tracer can kill it elsewhere. Many loads
+// run side by side, each in a folder of its own. CRASH_MESSAGES asks for longer loads than the few messages
+// here.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <thread>
+
+#include "tests/mqam/program_runner.h"
+#include "tests/mqam/test_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kLoadsAtOnce = 12;
+constexpr int kRunSecondsMax = 100;
+constexpr int kExitRestart = 9;
+// Under load Wine now and then does not start a program, or one hangs in its exit: such a point is run anew.
+constexpr int kTriesMax = 3;
+
+enum class Verdict { kPassed, kBeyond, kFailed, kNotRun };
+
+int MessageCount() {
+    const char* const asked = std::getenv("CRASH_MESSAGES");
+    return asked != nullptr ? std::max(1, std::atoi(asked)) : 6;
+}
+
+std::string ComposeMessage(int index) {
+    std::string bytes = std::to_string(index) + ":";
+    for (int i = 0; i < index * 37 % 300; ++i)
+        bytes += static_cast<char>(index * 31 + i * 7);
+    return bytes;
+}
+
+std::string ComposeExpected() {
+    std::string bytes;
+    for (int index = 1; index <= MessageCount(); ++index) {
+        const std::string message = ComposeMessage(index);
+        for (int shift = 0; shift < 32; shift += 8)
+            bytes += static_cast<char>(message.size() >> shift & 0xFF);
+        bytes += message;
+    }
+    return bytes;
+}
+
+struct Point {
+    std::string plan;
+    bool inSecondLife = false;
+    Verdict verdict = Verdict::kNotRun;
+    std::string wrong;
+};
+
+class PointLoad {
+  public:
+    PointLoad() {
+        fs::create_directories(Queue());
+        for (int index = 1; index <= MessageCount(); ++index) {
+            char name[64];
+            std::snprintf(name, sizeof name, "20260101-000000-%09d.msg", index);
+            std::ofstream(Queue() / name, std::ios::binary) << ComposeMessage(index);
+        }
+    }
+
+    // Runs the load into its death and to its end.
+    void Run(Point& point) {
+        WritePlan(point.inSecondLife ? "" : point.plan);
+        const ProgramResult first = RunLoad(point.inSecondLife ? point.plan : "");
+        if (first.exitCode == -1) return;
+        if (first.exitCode != 0 && first.exitCode != kExitRestart) {
+            point.verdict = Verdict::kFailed;
+            point.wrong = told_;
+            return;
+        }
+        WritePlan("");
+        if (first.exitCode == kExitRestart) {
+            const ProgramResult second = RunLoad("");
+            if (second.exitCode == -1) return;
+            if (second.exitCode != 0) {
+                point.verdict = Verdict::kFailed;
+                point.wrong = told_;
+                return;
+            }
+        }
+        point.wrong = FindWrong();
+        if (!point.wrong.empty()) point.wrong += told_;
+        const Verdict good = first.exitCode == 0 ? Verdict::kBeyond : Verdict::kPassed;
+        point.verdict = point.wrong.empty() ? good : Verdict::kFailed;
+    }
+
+  private:
+    [[nodiscard]] fs::path Queue() const { return fs::path(folder_.Path("spool")) / "QM1" / "Q1"; }
+
+    void WritePlan(const std::string& plan) const { std::ofstream(folder_.Path("faults")) << plan; }
+
+    [[nodiscard]] bool IsQueueEmpty() const {
+        std::error_code error;
+        for (const fs::directory_entry& entry :
+             fs::recursive_directory_iterator(folder_.Path("spool"), error)) {
+            if (entry.path().extension() == ".msg") return false;
+        }
+        return true;
+    }
+
+    // A life reads the plan when it connects. Once the queue is empty the first life waits for a second and
+    // more, and then the second one begins.
+    [[nodiscard]] ProgramResult RunLoad(const std::string& planOfSecondLife) {
+        RunningProgram load = Start();
+        if (!planOfSecondLife.empty()) {
+            const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(kRunSecondsMax);
+            while (!IsQueueEmpty() && std::chrono::steady_clock::now() < limit)
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            WritePlan(planOfSecondLife);
+        }
+        const ProgramResult result = load.Wait(kRunSecondsMax);
+        told_ += "ended with " + std::to_string(result.exitCode) + ": " + result.standardError;
+        return result;
+    }
+
+    // One at a time: a program inherits the environment of this process, and all handles that are open to be
+    // inherited.
+    [[nodiscard]] RunningProgram Start() const {
+        static std::mutex starting;
+        const std::lock_guard<std::mutex> guard(starting);
+        return {MQAM_PROGRAM,
+                {"load", "--qmgr", "QM1", "--queue", "Q1", "--rwait", "1", "--ckfile", folder_.Path("ck"),
+                 "--checkpoint-every", "2", "--format", "length", "--restart-file", folder_.Path("restart"),
+                 "--to", folder_.Path("out")},
+                {{"SPOOLMQ_DIR", folder_.Path("spool")},
+                 {"SPOOLMQ_FAULT_FILE", folder_.Path("faults")},
+                 {"MQAMOD_MQ_LIBRARY", SPOOLMQ_LIBRARY}},
+                folder_.Root()};
+    }
+
+    [[nodiscard]] std::string FindWrong() const {
+        std::string wrong;
+        const std::string loaded = ReadFile(folder_.Path("out"));
+        if (loaded != ComposeExpected()) {
+            wrong += "the target has " + std::to_string(loaded.size()) + " bytes and is not what was put; ";
+        }
+        if (!IsQueueEmpty()) wrong += "messages are left; ";
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder_.Root())) {
+            const std::string name = entry.path().filename().string();
+            if (name.starts_with("ck") || name.starts_with("MQAMtmp") || name == "restart.new") {
+                wrong += name + " is left; ";
+            }
+        }
+        return wrong;
+    }
+
+    TestFolder folder_;
+    std::string told_;  // what each run printed and how it ended
+};
+
+void RunPoint(Point& point) {
+    for (int attempt = 0; attempt < kTriesMax && point.verdict == Verdict::kNotRun; ++attempt) {
+        PointLoad load;
+        load.Run(point);
+    }
+}
+
+void RunPoints(std::vector<Point>& points) {
+    std::atomic<std::size_t> next = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kLoadsAtOnce; ++i) {
+        threads.emplace_back([&] {
+            for (std::size_t index = 0; (index = next++) < points.size();)
+                RunPoint(points[index]);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+struct VerbCalls {
+    const char* verb;
+    int calls;  // that the life makes at least
+};
+
+// Each call is a point. More calls than that are tried: there may be another MQGET where a wait is cut in
+// two.
+void KillAroundEach(const std::vector<VerbCalls>& verbs, bool inSecondLife) {
+    constexpr int kMoreCalls = 2;
+    std::vector<Point> points;
+    std::vector<bool> isCertain;
+    for (const VerbCalls& row : verbs) {
+        const int most = row.calls > 1 ? row.calls + kMoreCalls : row.calls;
+        for (int call = 1; call <= most; ++call) {
+            for (const char* moment : {"before", "after"}) {
+                Point point;
+                point.plan = row.verb + (" " + std::to_string(call)) + " kill " + moment;
+                point.inSecondLife = inSecondLife;
+                points.push_back(point);
+                isCertain.push_back(call <= row.calls);
+            }
+        }
+    }
+    RunPoints(points);
+    int passed = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Point& point = points[i];
+        const bool asExpected =
+            point.verdict == Verdict::kPassed || (point.verdict == Verdict::kBeyond && !isCertain[i]);
+        EXPECT_TRUE(asExpected) << point.plan << (inSecondLife ? " in the second life: " : ": ")
+                                << (point.verdict == Verdict::kBeyond   ? "it did not die"
+                                    : point.verdict == Verdict::kNotRun ? "it could not be run"
+                                                                        : point.wrong);
+        if (point.verdict == Verdict::kPassed) ++passed;
+    }
+    std::printf("%d points passed\n", passed);
+}
+
+TEST(MqiCrashTest, AroundTheGetsOfALoad) {
+    KillAroundEach({{"MQGET", MessageCount() + 1}}, false);
+}
+
+// The records before the first checkpoint is carried out are got under syncpoint as well.
+TEST(MqiCrashTest, AroundTheCommitsOfALoad) {
+    KillAroundEach({{"MQCMIT", MessageCount()}}, false);
+}
+
+TEST(MqiCrashTest, AroundConnectOpenCloseAndDisconnect) {
+    KillAroundEach({{"MQCONNX", 1}, {"MQOPEN", 1}, {"MQCLOSE", 1}, {"MQDISC", 1}}, false);
+}
+
+TEST(MqiCrashTest, InTheLifeThatFindsTheQueueEmpty) {
+    KillAroundEach({{"MQCONNX", 1}, {"MQOPEN", 1}, {"MQGET", 1}, {"MQCLOSE", 1}, {"MQDISC", 1}}, true);
+}
+
+}  // namespace
