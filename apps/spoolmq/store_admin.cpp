@@ -63,7 +63,9 @@ OsStatus RemoveTree(const std::string& path) {
     if (status == OsStatus::NotFound) return OsStatus::Ok;
     for (const FolderEntry& entry : entries) {
         if (status != OsStatus::Ok) return status;
-        status = entry.isFolder ? RemoveTree(path + '/' + entry.name) : RemoveFile(path + '/' + entry.name);
+        // A link to a folder goes as a file does: what it leads to is not the queue's.
+        status = RemoveFile(path + '/' + entry.name);
+        if (status != OsStatus::Ok && entry.isFolder) status = RemoveTree(path + '/' + entry.name);
     }
     return status == OsStatus::Ok ? RemoveEmptyFolder(path) : status;
 }
