@@ -52,7 +52,7 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
     const std::int64_t horizonNs = std::max(lastStampNs, fresh.loadedAtNs);
     MessageName name;
     for (FolderEntry& file : files) {
-        if (file.isFolder || IsIgnoredFile(file.name)) continue;
+        if (!file.isFile || IsIgnoredFile(file.name)) continue;
         MessageEntry entry;
         if (ParseMessageName(file.name, &name)) {
             entry.stampNs = name.stampNs;

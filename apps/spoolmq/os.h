@@ -37,11 +37,14 @@ struct FileInfo {
     std::int64_t changeTimeNs = 0;  ///< last write, rename or change of attributes
     std::uint64_t identity = 0;     ///< tells a file from another one that later gets its name
     bool isFolder = false;
+    bool isFile = false;  ///< what is neither is a pipe, a device and the like
 };
 
+/// A link counts as what it leads to.
 struct FolderEntry {
     std::string name;
     bool isFolder = false;
+    bool isFile = false;
 };
 
 using OsFile = std::intptr_t;
@@ -63,8 +66,9 @@ inline constexpr OsFile kNoFile = -1;
 /// Makes the names in a folder survive a loss of power.
 [[nodiscard]] OsStatus SyncFolder(const std::string& path);
 
-/// Opens for reading such that others may rename and delete the file meanwhile. Busy when somebody is writing
-/// it and the system can tell. info may be null. On failure *file is kNoFile.
+/// Opens for reading such that others may rename and delete the file meanwhile. Never waits: what is not a
+/// file (a folder, a pipe) is NotFound. Busy when somebody is writing it and the system can tell. info may be
+/// null. On failure *file is kNoFile.
 [[nodiscard]] OsStatus OpenForReading(const std::string& path, OsFile* file, FileInfo* info);
 /// Reads up to `bytes` from the start of the file; *got is what there was.
 [[nodiscard]] OsStatus ReadFromStart(OsFile file, void* buffer, std::size_t bytes, std::size_t* got);

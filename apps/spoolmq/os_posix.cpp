@@ -54,6 +54,7 @@ FileInfo InfoOf(const struct stat& status) {
     info.changeTimeNs = Nanoseconds(status.st_ctim);
     info.identity = status.st_ino;
     info.isFolder = S_ISDIR(status.st_mode);
+    info.isFile = S_ISREG(status.st_mode);
     return info;
 }
 
@@ -97,12 +98,13 @@ OsStatus ListFolder(const std::string& path, std::vector<FolderEntry>* entries) 
                readdir(folder)) {  // NOLINT(concurrency-mt-unsafe): the stream is this call's own
         const std::string_view name = entry->d_name;
         if (name == "." || name == "..") continue;
-        bool isFolder = entry->d_type == DT_DIR;
-        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
-            FileInfo info;
-            isFolder = StatPath(path + '/' + entry->d_name, &info) == OsStatus::Ok && info.isFolder;
-        }
-        entries->push_back({std::string(name), isFolder});
+        FileInfo info;
+        info.isFolder = entry->d_type == DT_DIR;
+        info.isFile = entry->d_type == DT_REG;
+        // A link that leads nowhere is neither.
+        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK)
+            static_cast<void>(StatPath(path + '/' + entry->d_name, &info));
+        entries->push_back({std::string(name), info.isFolder, info.isFile});
     }
     closedir(folder);
     return OsStatus::Ok;
@@ -151,17 +153,20 @@ OsStatus SyncFolder(const std::string& path) {
 
 OsStatus OpenForReading(const std::string& path, OsFile* file, FileInfo* info) {
     *file = kNoFile;
-    const int opened = OpenRetrying(path.c_str(), O_RDONLY);
+    // Opening a pipe would wait for somebody to write to it.
+    const int opened = OpenRetrying(path.c_str(), O_RDONLY | O_NONBLOCK);
     if (opened < 0) return StatusOfErrno();
-    if (info != nullptr) {
-        struct stat status {};
-        if (fstat(opened, &status) != 0) {
-            const OsStatus failure = StatusOfErrno();
-            close(opened);
-            return failure;
-        }
-        *info = InfoOf(status);
+    struct stat found {};
+    OsStatus status = StatusOf(fstat(opened, &found));
+    if (status == OsStatus::Ok && !S_ISREG(found.st_mode)) {
+        lastErrorText = "Not a file";
+        status = OsStatus::NotFound;
     }
+    if (status != OsStatus::Ok) {
+        close(opened);
+        return status;
+    }
+    if (info != nullptr) *info = InfoOf(found);
     *file = opened;
     return OsStatus::Ok;
 }

@@ -94,6 +94,7 @@ OsStatus InfoOfHandle(HANDLE file, FileInfo* info) {
     info->writeTimeNs = UnixNanoseconds(times.LastWriteTime.QuadPart);
     info->changeTimeNs = UnixNanoseconds(times.ChangeTime.QuadPart);
     info->isFolder = (details.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    info->isFile = !info->isFolder;
     return OsStatus::Ok;
 }
 
@@ -120,7 +121,8 @@ OsStatus ListFolder(const std::string& path, std::vector<FolderEntry>* entries) 
     do {
         std::string name = Narrow(found.cFileName, std::wcslen(found.cFileName));
         if (name == "." || name == "..") continue;
-        entries->push_back({std::move(name), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0});
+        const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        entries->push_back({std::move(name), isFolder, !isFolder});
     } while (FindNextFileW(search, &found));
     FindClose(search);
     return OsStatus::Ok;

@@ -153,7 +153,7 @@ std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueFol
     const auto countFiles = [&](const std::string& path) {
         if (ListFolder(path, &entries) != OsStatus::Ok) return;
         for (const FolderEntry& entry : entries)
-            depth += !entry.isFolder && !IsIgnoredFile(entry.name) ? 1 : 0;
+            depth += entry.isFile && !IsIgnoredFile(entry.name) ? 1 : 0;
     };
     std::vector<FolderEntry> units;
     if (ListFolder(UnitsPath(qmgrPath), &units) == OsStatus::Ok) {

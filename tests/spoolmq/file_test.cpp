@@ -1,4 +1,8 @@
 // Files that somebody copies or renames into a queue folder.
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -74,6 +78,37 @@ TEST_F(FileTest, HiddenFilesFoldersAndFilesStillBeingCopiedAreNoMessages) {
     std::filesystem::rename(QueuePath() / "a.tmp", QueuePath() / "a");
     EXPECT_EQ("x", GetWaiting().body);
 }
+
+#ifndef _WIN32
+TEST_F(FileTest, PipesAndLinksThatLeadNowhereAreNoMessagesAndHoldNobodyUp) {
+    for (const char* name : {"pipe", "20260101-000000-000000001.msg"})
+        ASSERT_EQ(0, mkfifo((QueuePath() / name).c_str(), 0600));
+    std::filesystem::create_symlink("nowhere", QueuePath() / "link");
+    std::this_thread::sleep_for(std::chrono::milliseconds(40));
+    EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetOne().codes);
+    EXPECT_EQ(0, Inquire(connection_, object_, 3));
+    WriteQueueFile("file", "file");
+    EXPECT_EQ("file", GetWaiting().body);
+}
+
+TEST_F(FileTest, AMessageThatHasBecomeAPipeSinceTheListingIsPassedOver) {
+    ASSERT_EQ(kDone, Put(connection_, object_, "1"));
+    ASSERT_EQ(kDone, Put(connection_, object_, "2"));
+    ASSERT_EQ(kDone, Put(connection_, object_, "3"));
+    ASSERT_EQ("1", GetOne().body);
+    const std::filesystem::path next = QueuePath() / MessageFiles().at(0);
+    std::filesystem::remove(next);
+    ASSERT_EQ(0, mkfifo(next.c_str(), 0600));
+    EXPECT_EQ("3", GetOne().body);
+}
+
+TEST_F(FileTest, APipeInThePlaceOfTheAttributesFailsTheOpen) {
+    std::filesystem::remove(QueuePath() / ".queue.ini");
+    ASSERT_EQ(0, mkfifo((QueuePath() / ".queue.ini").c_str(), 0600));
+    MQHOBJ object = -1;
+    EXPECT_EQ(FailedWith(mqi::MQRC_RESOURCE_PROBLEM), Open(connection_, "Q", kInputShared, &object));
+}
+#endif
 
 TEST_F(FileTest, AFileIsTakenOnlyWhenItsLastWriteIsLongEnoughAgo) {
     SetQueue("settle_ms = 600\n");
