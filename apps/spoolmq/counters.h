@@ -1,41 +1,43 @@
 // Small counters that all processes share through memory-mapped files. They save work (a look into a folder,
 // a wait that sleeps too long) and keep the order of arrival across processes; no message depends on them. A
-// file that is lost is made anew.
+// file that is lost or cut short is made anew, from zeros; while it cannot be, a counter reads as zero and is
+// not raised.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string>
 
+#include "os.h"
+
 namespace spoolmq {
 
-/// ROOT/QM/.state
+/// ROOT/QM/.state: the latest arrival stamp given out.
 struct QmgrCounters {
-    std::atomic<std::int64_t> lastStampNs;  ///< the latest arrival stamp given out
+    SharedFile file;
 };
 
-/// ROOT/QM/QUEUE/.state
+/// ROOT/QM/QUEUE/.state: what became available, and the latest stamp of it.
 struct QueueCounters {
-    std::atomic<std::uint64_t> arrivals;        ///< raised after messages became available in whatever way
-    std::atomic<std::uint64_t> returns;         ///< raised after messages became available before later ones
-    std::atomic<std::int64_t> lastPublishedNs;  ///< the latest stamp that became available
+    SharedFile file;
 };
 
-static_assert(std::atomic<std::int64_t>::is_always_lock_free &&
-              std::atomic<std::uint64_t>::is_always_lock_free);
+/// Failed and so on when the file cannot be mapped. Released with UnmapSharedFile.
+[[nodiscard]] OsStatus MapQmgrCounters(const std::string& path, QmgrCounters* counters);
+[[nodiscard]] OsStatus MapQueueCounters(const std::string& path, QueueCounters* counters);
 
-/// Null when the file cannot be mapped. Released with UnmapCounters.
-[[nodiscard]] QmgrCounters* MapQmgrCounters(const std::string& path);
-[[nodiscard]] QueueCounters* MapQueueCounters(const std::string& path);
-void UnmapCounters(void* counters);
-
+[[nodiscard]] std::int64_t LastStamp(const QmgrCounters& counters);
 /// An arrival stamp later than every one given out before, also when the clock was set back.
-[[nodiscard]] std::int64_t NextStamp(QmgrCounters* counters);
+[[nodiscard]] std::int64_t NextStamp(const QmgrCounters& counters);
 /// Makes the stamps to come later than this one.
-void RaiseStamp(QmgrCounters* counters, std::int64_t stampNs);
+void RaiseStamp(const QmgrCounters& counters, std::int64_t stampNs);
+
+/// Raised after messages became available in whatever way.
+[[nodiscard]] std::uint64_t Arrivals(const QueueCounters& counters);
+/// Raised after messages became available before later ones.
+[[nodiscard]] std::uint64_t Returns(const QueueCounters& counters);
 /// Notes that a message put with this stamp has just become available.
-void NoteArrival(QueueCounters* counters, std::int64_t stampNs);
+void NoteArrival(const QueueCounters& counters, std::int64_t stampNs);
 /// Notes that messages are back at their old places.
-void NoteReturn(QueueCounters* counters);
+void NoteReturn(const QueueCounters& counters);
 
 }  // namespace spoolmq

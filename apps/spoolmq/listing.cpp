@@ -34,12 +34,12 @@ bool IsSettled(const FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) 
     return nowNs - file.writeTimeNs >= std::int64_t{settleMs} * 1000000;
 }
 
-OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters, QmgrCounters* stamps,
+OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters, const QmgrCounters& stamps,
                      std::int32_t settleMs, Listing* listing) {
     Listing fresh;
-    const std::int64_t lastStampNs = stamps->lastStampNs.load();
-    fresh.arrivals = counters.arrivals.load();
-    fresh.returns = counters.returns.load();
+    const std::int64_t lastStampNs = LastStamp(stamps);
+    fresh.arrivals = Arrivals(counters);
+    fresh.returns = Returns(counters);
     fresh.loadedAtNs = FileClockNs();
     fresh.loadedAtMs = MonotonicMs();
     FileInfo folder;
@@ -85,7 +85,7 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
 
 bool HasReturns(const Listing& listing, const QueueCounters& counters) {
     if (!listing.isLoaded) return true;
-    if (counters.returns.load() == listing.returns) return false;
+    if (Returns(counters) == listing.returns) return false;
     if (listing.entries.size() - listing.first < kQuickListing) return true;
     return MonotonicMs() - listing.loadedAtMs >= listing.loadTookMs * 10;
 }
@@ -95,8 +95,8 @@ OsStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters
     FileInfo folder;
     const OsStatus status = StatPath(queuePath, &folder);
     if (status != OsStatus::Ok) return status;
-    *answer = !listing.isLoaded || listing.isPartial || counters.arrivals.load() != listing.arrivals ||
-              counters.returns.load() != listing.returns || folder.changeTimeNs != listing.folderChangeNs ||
+    *answer = !listing.isLoaded || listing.isPartial || Arrivals(counters) != listing.arrivals ||
+              Returns(counters) != listing.returns || folder.changeTimeNs != listing.folderChangeNs ||
               listing.loadedAtNs - folder.changeTimeNs < kClockTickNs;
     return OsStatus::Ok;
 }

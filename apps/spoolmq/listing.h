@@ -42,7 +42,7 @@ struct Listing {
 /// could be seen and the first not: what has a later stamp than was given out before the call is left for the
 /// next time.
 [[nodiscard]] OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
-                                   QmgrCounters* stamps, std::int32_t settleMs, Listing* listing);
+                                   const QmgrCounters& stamps, std::int32_t settleMs, Listing* listing);
 
 /// Whether messages may have come back in front of those that the listing still has. With a long listing it
 /// answers no for a while after a slow load, so that a busy queue does not spend its time being listed: a

@@ -84,10 +84,20 @@ void CloseFile(OsFile file);
 /// Deletes the lock file and lets go of it. kNoFile is ignored.
 void ReleasePresence(const std::string& path, OsFile presence);
 
-/// Maps the first `bytes` of a file, created and filled with zeros as needed, shared with every process that
-/// maps it.
-[[nodiscard]] OsStatus MapSharedFile(const std::string& path, std::size_t bytes, void** memory);
-void UnmapSharedFile(void* memory, std::size_t bytes);
+/// The first bytes of a file, in memory that every process shares that maps it.
+struct SharedFile {
+    void* memory = nullptr;  ///< null when none is mapped
+    std::size_t bytes = 0;
+    OsFile file = kNoFile;
+};
+
+/// Maps a file, created and filled with zeros as needed.
+[[nodiscard]] OsStatus MapSharedFile(const std::string& path, std::size_t bytes, SharedFile* shared);
+/// To be called right before the memory is touched. A system that lets others cut off what is mapped ends the
+/// process that touches it: what is missing is filled with zeros again. False when it cannot be.
+[[nodiscard]] bool MakeWhole(const SharedFile& shared);
+/// Ignores one that is not mapped.
+void UnmapSharedFile(SharedFile* shared);
 
 /// UTC, nanoseconds since 1970, from the clock that stamps files: comparable with changeTimeNs.
 [[nodiscard]] std::int64_t FileClockNs();

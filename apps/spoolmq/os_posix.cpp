@@ -66,6 +66,18 @@ int OpenRetrying(const char* path, int flags, mode_t mode = 0) {
     return file;
 }
 
+/// Makes the file so long, with room on the disk for it: to touch a page for which there is none ends the
+/// process as well.
+OsStatus Lengthen(int file, std::size_t bytes) {
+    int failed = 0;
+    do {
+        failed = fallocate(file, 0, 0, static_cast<off_t>(bytes));
+    } while (failed != 0 && errno == EINTR);
+    if (failed == 0) return OsStatus::Ok;
+    if (errno != EOPNOTSUPP && errno != ENOSYS) return StatusOfErrno();
+    return StatusOf(ftruncate(file, static_cast<off_t>(bytes)));
+}
+
 OsStatus WriteAll(int file, const char* bytes, std::size_t count) {
     while (count > 0) {
         const ssize_t written = write(file, bytes, count);
@@ -240,24 +252,34 @@ void ReleasePresence(const std::string& path, OsFile presence) {
     close(static_cast<int>(presence));
 }
 
-OsStatus MapSharedFile(const std::string& path, std::size_t bytes, void** memory) {
-    *memory = nullptr;
+OsStatus MapSharedFile(const std::string& path, std::size_t bytes, SharedFile* shared) {
+    *shared = SharedFile();
     const int file = OpenRetrying(path.c_str(), O_RDWR | O_CREAT, 0666);
     if (file < 0) return StatusOfErrno();
-    OsStatus status = StatusOf(ftruncate(file, static_cast<off_t>(bytes)));
+    OsStatus status = Lengthen(file, bytes);
     if (status == OsStatus::Ok) {
         void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-        if (mapped == MAP_FAILED)
-            status = StatusOfErrno();
-        else
-            *memory = mapped;
+        if (mapped != MAP_FAILED) {
+            *shared = {mapped, bytes, file};
+            return OsStatus::Ok;
+        }
+        status = StatusOfErrno();
     }
     close(file);
     return status;
 }
 
-void UnmapSharedFile(void* memory, std::size_t bytes) {
-    if (memory != nullptr) munmap(memory, bytes);
+bool MakeWhole(const SharedFile& shared) {
+    struct stat status {};
+    const int file = static_cast<int>(shared.file);
+    if (fstat(file, &status) != 0) return false;
+    return status.st_size >= static_cast<off_t>(shared.bytes) || Lengthen(file, shared.bytes) == OsStatus::Ok;
+}
+
+void UnmapSharedFile(SharedFile* shared) {
+    if (shared->memory != nullptr) munmap(shared->memory, shared->bytes);
+    CloseFile(shared->file);
+    *shared = SharedFile();
 }
 
 // The kernel stamps files from its coarse clock: the precise one would run ahead of it by up to a tick.

@@ -256,8 +256,8 @@ void ReleasePresence(const std::string& /*path*/, OsFile presence) {
     CloseFile(presence);
 }
 
-OsStatus MapSharedFile(const std::string& path, std::size_t bytes, void** memory) {
-    *memory = nullptr;
+OsStatus MapSharedFile(const std::string& path, std::size_t bytes, SharedFile* shared) {
+    *shared = SharedFile();
     const HANDLE file = CreateFileW(Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr,
                                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return LastStatus();
@@ -267,16 +267,25 @@ OsStatus MapSharedFile(const std::string& path, std::size_t bytes, void** memory
     if (mapping == nullptr) {
         status = LastStatus();
     } else {
-        *memory = MapViewOfFile(mapping, FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, bytes);
-        if (*memory == nullptr) status = LastStatus();
+        void* memory = MapViewOfFile(mapping, FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, bytes);
+        if (memory == nullptr)
+            status = LastStatus();
+        else
+            *shared = {memory, bytes, kNoFile};
         CloseHandle(mapping);
     }
     CloseHandle(file);
     return status;
 }
 
-void UnmapSharedFile(void* memory, std::size_t /*bytes*/) {
-    if (memory != nullptr) UnmapViewOfFile(memory);
+// Nobody can cut off what is mapped.
+bool MakeWhole(const SharedFile& /*shared*/) {
+    return true;
+}
+
+void UnmapSharedFile(SharedFile* shared) {
+    if (shared->memory != nullptr) UnmapViewOfFile(shared->memory);
+    *shared = SharedFile();
 }
 
 std::int64_t FileClockNs() {

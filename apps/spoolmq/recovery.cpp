@@ -14,10 +14,10 @@ constexpr std::string_view kLockEnding = ".lock";
 
 /// Tells the readers of a queue that messages came back.
 void AnnounceReturn(const std::string& queuePath) {
-    QueueCounters* counters = MapQueueCounters(queuePath + "/.state");
-    if (counters == nullptr) return;
+    QueueCounters counters;
+    if (MapQueueCounters(queuePath + "/.state", &counters) != OsStatus::Ok) return;
     NoteReturn(counters);
-    UnmapCounters(counters);
+    UnmapSharedFile(&counters.file);
 }
 
 OsStatus SettleMessage(const std::string& qmgrPath, UnitStage stage, bool isCommitted,

@@ -48,14 +48,14 @@ struct QueueState {
     std::string path;
     std::uint64_t identity = 0;
     WatchedAttributes<QueueAttributes> attributes;
-    QueueCounters* counters = nullptr;
+    QueueCounters counters;
 };
 
 struct StoreConnection {
     std::string object;  ///< name of the queue manager
     std::string path;
     WatchedAttributes<QmgrAttributes> attributes;
-    QmgrCounters* counters = nullptr;
+    QmgrCounters counters;
     Unit unit;
     std::map<std::string, std::unique_ptr<QueueState>> queues;  ///< by folder
     std::int64_t lastRecoveryMs = 0;

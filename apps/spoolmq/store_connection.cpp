@@ -59,14 +59,13 @@ StoreStatus ConnectStore(const std::string& root, const std::string& name,
     }
     fresh->attributes.path = fresh->path + "/qmgr.ini";
     if (!RefreshAttributes(&fresh->attributes, why)) return StoreStatus::Failed;
-    fresh->counters = MapQmgrCounters(fresh->path + "/.state");
-    if (fresh->counters == nullptr) {
+    if (MapQmgrCounters(fresh->path + "/.state", &fresh->counters) != OsStatus::Ok) {
         *why = fresh->path + "/.state: " + LastOsErrorText();
         return StoreStatus::Failed;
     }
     if (OpenUnit(fresh->path, &fresh->unit) != OsStatus::Ok) {
         *why = UnitsPath(fresh->path) + ": " + LastOsErrorText();
-        UnmapCounters(fresh->counters);
+        UnmapSharedFile(&fresh->counters.file);
         return StoreStatus::Failed;
     }
     static_cast<void>(RecoverDeadUnits(fresh->path, fresh->unit.id));
@@ -81,8 +80,8 @@ void DisconnectStore(std::unique_ptr<StoreConnection> connection) {
         BackOutStore(connection.get(), &why));  // what fails here is recovered by the next program
     CloseUnit(&connection->unit);
     for (const auto& [folder, state] : connection->queues)
-        UnmapCounters(state->counters);
-    UnmapCounters(connection->counters);
+        UnmapSharedFile(&state->counters.file);
+    UnmapSharedFile(&connection->counters.file);
 }
 
 std::size_t UncommittedCount(const StoreConnection& connection) {

@@ -123,7 +123,7 @@ StoreStatus FindInListing(StoreQueue* queue, const Selection& selection, const B
 StoreStatus Reload(StoreQueue* queue, std::string* why) {
     const std::uint64_t returnsHere = queue->connection->returnsHere;
     const OsStatus status =
-        LoadListing(queue->state->path, *queue->state->counters, queue->connection->counters,
+        LoadListing(queue->state->path, queue->state->counters, queue->connection->counters,
                     queue->state->attributes.values.settleMs, &queue->listing);
     queue->listing.returnsHere = returnsHere;
     if (status == OsStatus::Ok) return StoreStatus::Ok;
@@ -152,7 +152,7 @@ bool IsFileAsFound(const std::string& path, const FoundMessage& found) {
 
 StoreStatus FindMessage(StoreQueue* queue, const Selection& selection, const BrowseCursor* behind,
                         FoundMessage* found, std::string* why) {
-    const QueueCounters& counters = *queue->state->counters;
+    const QueueCounters& counters = queue->state->counters;
     if (MonotonicMs() - queue->connection->lastRecoveryMs > kRecoveryIntervalMs) Recover(queue->connection);
     const bool hasReturnsHere = queue->listing.returnsHere != queue->connection->returnsHere;
     if (hasReturnsHere || HasReturns(queue->listing, counters)) {
@@ -274,11 +274,11 @@ void ReleaseFound(FoundMessage* found) {
 }
 
 void WaitForArrival(const StoreQueue& queue, std::int64_t milliseconds) {
-    const QueueCounters& counters = *queue.state->counters;
-    const std::uint64_t arrivals = counters.arrivals.load();
+    const QueueCounters& counters = queue.state->counters;
+    const std::uint64_t arrivals = Arrivals(counters);
     for (std::int64_t slept = 0; slept < std::min<std::int64_t>(milliseconds, 10); ++slept) {
         SleepMs(1);
-        if (counters.arrivals.load() != arrivals) return;
+        if (Arrivals(counters) != arrivals) return;
     }
 }
 

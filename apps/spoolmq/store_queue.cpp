@@ -91,15 +91,15 @@ QueueState* StateOfQueue(StoreConnection* connection, const std::string& name, s
         state->attributes.path = path + "/.queue.ini";
     }
     // Deleted and created anew since: the old counters belong to nobody any more.
-    if (state->counters == nullptr || state->identity != info.identity) {
-        QueueCounters* counters = MapQueueCounters(path + "/.state");
-        if (counters == nullptr) {
+    if (state->counters.file.memory == nullptr || state->identity != info.identity) {
+        QueueCounters counters;
+        if (MapQueueCounters(path + "/.state", &counters) != OsStatus::Ok) {
             *why = path + "/.state: " + LastOsErrorText();
             // One that has counters may be open: it stays with them.
-            if (state->counters == nullptr) connection->queues.erase(folder);
+            if (state->counters.file.memory == nullptr) connection->queues.erase(folder);
             return nullptr;
         }
-        UnmapCounters(state->counters);
+        UnmapSharedFile(&state->counters.file);
         state->counters = counters;
         state->identity = info.identity;
     }

@@ -188,6 +188,30 @@ TEST_F(FileTest, AMessageMovedToAnotherQueueByHandStaysAMessage) {
     EXPECT_EQ("moved", Get(connection_, other, kNoSync).body);
 }
 
+// Where the system lets a mapped file be cut, touching what is missing ends the process.
+TEST_F(FileTest, CountersThatAreCutShortAreMadeAnewAndNothingIsLost) {
+    const std::filesystem::path qmgr = std::filesystem::path(Root()) / "QM1";
+    const auto cut = [&](std::uintmax_t bytes) {
+        std::error_code refused;
+        for (const std::filesystem::path& path : {qmgr / ".state", QueuePath() / ".state"})
+            std::filesystem::resize_file(path, bytes, refused);
+    };
+    ASSERT_EQ(kDone, Put(connection_, object_, "1"));
+    cut(0);
+    ASSERT_EQ(kDone, Put(connection_, object_, "2"));
+    cut(0);
+    EXPECT_EQ("1", GetOne(kSync).body);
+    cut(8);
+    ASSERT_EQ(kDone, BackOut(connection_));
+    cut(0);
+    EXPECT_EQ("1", GetOne(kSync).body);
+    ASSERT_EQ(kDone, Put(connection_, object_, "3", kSync));
+    cut(0);
+    ASSERT_EQ(kDone, Commit(connection_));
+    cut(0);
+    EXPECT_EQ(std::vector<std::string>({"2", "3"}), Drain());
+}
+
 TEST_F(FileTest, AMessageFromAClockThatIsAheadIsStillFound) {
     WriteQueueFile("20991231-235959-000000001.msg", "future");
     EXPECT_EQ("future", GetOne().body);
