@@ -1,5 +1,6 @@
 #include "names.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -110,8 +111,8 @@ bool ParseMessageName(std::string_view text, MessageName* name) {
     if (at < text.size() && text[at] == '~') {
         std::int64_t count = 0;
         const std::size_t first = ++at;
-        while (at < text.size() && text[at] >= '0' && text[at] <= '9' && at - first < 9) {
-            count = count * 10 + (text[at] - '0');
+        while (at < text.size() && text[at] >= '0' && text[at] <= '9') {
+            count = std::min<std::int64_t>(count * 10 + (text[at] - '0'), kMostBackouts);
             ++at;
         }
         if (at == first) return false;

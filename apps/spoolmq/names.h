@@ -17,6 +17,9 @@ namespace spoolmq {
 /// The last nanosecond of 2261: 64 bits hold no whole year after it. A later stamp is none.
 inline constexpr std::int64_t kLatestStampNs = 9214646399999999999;
 
+/// The largest back-out count: it is no more raised, and a name with a larger one means this.
+inline constexpr std::int32_t kMostBackouts = 999999999;
+
 struct MessageName {
     std::int64_t stampNs = 0;  ///< arrival, nanoseconds since 1970 UTC
     std::int32_t backoutCount = 0;

@@ -1,5 +1,6 @@
 #include "unit.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -215,7 +216,7 @@ OsStatus ReturnMessage(const std::string& qmgrPath, const std::string& queueFold
                        const std::string& fileName, const std::string& path, int raise) {
     MessageName name;
     if (!ParseMessageName(fileName, &name)) return OsStatus::Failed;
-    name.backoutCount += raise;
+    name.backoutCount = std::min(name.backoutCount + raise, kMostBackouts);
     OsStatus status = OsStatus::Exists;
     // Somebody may have copied in a file of that very name meanwhile; neither may be lost, so this one moves
     // on by a nanosecond.

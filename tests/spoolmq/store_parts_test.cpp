@@ -32,6 +32,16 @@ TEST(MessageNameTest, ParsesWhatItFormats) {
     }
 }
 
+TEST(MessageNameTest, ACountOfMoreThanNineDigitsIsTheLargest) {
+    for (const char* count : {"1000000000", "4294967297", "99999999999999999999999999999999"}) {
+        MessageName name;
+        ASSERT_TRUE(ParseMessageName("20260131-235958-123456789~" + std::string(count) + ".msg", &name));
+        EXPECT_EQ(999999999, name.backoutCount) << count;
+        EXPECT_EQ(kStamp, name.stampNs);
+        EXPECT_EQ("msg", name.rest);
+    }
+}
+
 TEST(MessageNameTest, AnythingElseIsAFileOfSomebodys) {
     MessageName name;
     for (const char* text :

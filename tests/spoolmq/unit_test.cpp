@@ -194,6 +194,19 @@ TEST_F(UnitTest, AnEndedQueueManagerBacksOut) {
     EXPECT_EQ(std::vector<std::string>({"a~1"}), Drain());
 }
 
+TEST_F(UnitTest, AMessageBackedOutAsOftenAsCanBeCountedKeepsItsPlaceAndCount) {
+    WriteQueueFile("20260101-000000-000000001~999999999.msg", "often");
+    WriteQueueFile("20260101-000000-000000002~12345678901.msg", "more often");
+    for (int i = 0; i < 2; ++i) {
+        const Got got = GetOne(kSync);
+        EXPECT_EQ("often", got.body);
+        EXPECT_EQ(999999999, got.md.BackoutCount);
+        EXPECT_EQ("more often", GetOne(kSync).body);
+        ASSERT_EQ(kDone, BackOut(connection_));
+    }
+    EXPECT_EQ(std::vector<std::string>({"often~999999999", "more often~999999999"}), Drain());
+}
+
 TEST_F(UnitTest, AFileInThePlaceOfItsFolderFailsTheGetAndTheMessageStays) {
     PutAll({"a"});
     for (const auto& unit :
