@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -131,6 +132,18 @@ void MakeSpoolFolder(ByteReader& input) {
     const std::string path = Path(input);
     MakeParent(path);
     (void)mkdir(path.c_str(), 0700);
+}
+
+void MakeSpoolPipe(ByteReader& input) {
+    const std::string path = Path(input);
+    MakeParent(path);
+    Remove(path);
+    (void)mkfifo(path.c_str(), 0600);
+}
+
+void CutSpoolFile(ByteReader& input) {
+    const std::string path = Path(input);
+    (void)truncate(path.c_str(), input.Byte());
 }
 
 void RemoveSpoolEntry(ByteReader& input) {

@@ -6,10 +6,13 @@
 /// Makes a queue manager QM with a queue Q, both without attributes. Once an input.
 void MakeSpool();
 
-/// A file of a name and content that the input gives, in place of what is called so. It is a new file: one
-/// that is cut while a program has it mapped would end that program, as it does with any database's files.
+/// A new file of a name and content that the input gives, in place of what is called so.
 void MakeSpoolFile(ByteReader& input);
 void MakeSpoolFolder(ByteReader& input);
+/// A named pipe, in place of what is called so.
+void MakeSpoolPipe(ByteReader& input);
+/// Makes a file shorter, or longer, while programs may have it mapped.
+void CutSpoolFile(ByteReader& input);
 /// A file, or a folder with all that is in it.
 void RemoveSpoolEntry(ByteReader& input);
 void MoveSpoolEntry(ByteReader& input);
