@@ -6,6 +6,9 @@ constexpr const char* kUseDiskSpace =
     "Make room on the disk or name a file on another one. The process has ended without Close, so MQ puts "
     "back what was not committed.";
 
+constexpr Remedy kTime = Remedy::kTime;
+constexpr Remedy kChange = Remedy::kChange;
+
 constexpr MessageAdvice kMessages[] = {
     {100,
      "Correct the keyword. `mqam load --help` lists every keyword with its option; in a parameter file the "
@@ -57,21 +60,18 @@ constexpr MessageAdvice kMessages[] = {
      "The old checkpoint file could not be replaced; the records not yet loaded are also in the temporary "
      "file MQAMtmp.<process id> beside it: keep both."},
     {157,
-     "Another program has the queue open: find it with DISPLAY QSTATUS(queue) TYPE(HANDLE). It can be a life "
-     "of this load that the queue manager has not ended yet; --otenacity and --owait set how long the open "
-     "is "
-     "tried."},
+     "Another program has the queue open: find it with DISPLAY QSTATUS(queue) TYPE(HANDLE), or load without "
+     "--exclusive (a load with restart information needs the queue alone). It can be a life of this load "
+     "that "
+     "the queue manager has not ended yet; --otenacity and --owait set how long the open is tried."},
     {158,
      "Check the queue's name (upper and lower case differ) and that it is defined on this queue manager."},
     {160, "Open failed or was not called; look at the failure before this one."},
-    {161, "The message is still on the queue. Raise --max-record above its length and start again."},
-    {162, "The checkpoint file does not fit the position: keep both for analysis."},
+    {161, "The message is still on the queue. Raise --max-record above its length and start again.", kChange},
+    {162, "The checkpoint file does not fit the position: keep both for analysis.", kChange},
     {164, "Give the keyword its value."},
     {165, "MQGET ended with this reason; the message it concerns was not delivered."},
 };
-
-constexpr Remedy kTime = Remedy::kTime;
-constexpr Remedy kChange = Remedy::kChange;
 
 constexpr ReasonAdvice kReasons[] = {
     {2003, kTime, "MQRC_BACKED_OUT", "the unit of work was backed out",
@@ -241,6 +241,15 @@ const ReasonAdvice* FindReasonAdvice(int reason) {
         if (row.reason == reason) return &row;
     }
     return nullptr;
+}
+
+bool StaysSo(const ErrorText& error) {
+    const ReasonAdvice* reason = FindReasonAdvice(error.mqReason);
+    if (reason != nullptr && reason->remedy == kChange) return true;
+    for (const MessageAdvice& row : kMessages) {
+        if (row.number == error.messageNumber) return row.remedy == kChange;
+    }
+    return false;
 }
 
 std::vector<std::string> FindAdvice(const ErrorText& error) {

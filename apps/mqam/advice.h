@@ -10,15 +10,16 @@
 
 #include "apps/mqam/error_text.h"
 
-struct MessageAdvice {
-    int number;  ///< as in MQA0143
-    const char* next;
-};
-
 /// What a failure needs before another attempt can succeed.
 enum class Remedy : std::uint8_t {
     kTime,    ///< it may pass by itself
     kChange,  ///< somebody has to change something
+};
+
+struct MessageAdvice {
+    int number;  ///< as in MQA0143
+    const char* next;
+    Remedy remedy = Remedy::kTime;
 };
 
 struct ReasonAdvice {
@@ -41,6 +42,9 @@ struct TextAdvice {
 
 /// Returns the row of a reason code, or null.
 [[nodiscard]] const ReasonAdvice* FindReasonAdvice(int reason);
+
+/// Whether the failure stays until somebody changes something, by its message's number or its reason.
+[[nodiscard]] bool StaysSo(const ErrorText& error);
 
 /// Returns what to do next, a line each: what fits the message (by number, else by text), then what fits the
 /// MQ reason. Empty when no table knows either.

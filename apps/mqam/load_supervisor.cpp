@@ -134,9 +134,22 @@ int EndOnRequest(const Retries& retries) {
     return kExitInterrupted;
 }
 
-// Ended by something else than itself.
+// Ended by something else than itself: also with a code that no worker ends with, as some systems tell it.
 bool WasKilled(const WorkerEnd& end) {
-    return end.killed || end.code == kExitNotStarted;
+    switch (end.code) {
+        case kExitDone:
+        case kExitModuleFailed:
+        case kExitTargetFailed:
+        case kExitModuleMissing:
+        case kExitInterrupted:
+        case kExitTimeout:
+        case kExitStoppedAtOnce:
+        case kExitRestart:
+        case kWorkerInputEnded:
+        case kWorkerNothingNew:
+        case kWorkerRefused: return end.killed;
+        default: return true;
+    }
 }
 
 bool IsFailedLife(const WorkerEnd& end) {
@@ -144,7 +157,7 @@ bool IsFailedLife(const WorkerEnd& end) {
 }
 
 bool HasInputEnded(const WorkerEnd& end) {
-    return !end.killed && (end.code == kWorkerInputEnded || end.code == kWorkerNothingNew);
+    return !WasKilled(end) && (end.code == kWorkerInputEnded || end.code == kWorkerNothingNew);
 }
 
 // A life that has told how it ended and after which nothing is tried again.
@@ -164,7 +177,7 @@ int EndWith(const WorkerEnd& end, const Retries& retries) {
 
 int EndFailed(const WorkerEnd& end, const Retries& retries) {
     TellWhatIsSafe(retries);
-    return !end.killed && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
+    return !WasKilled(end) && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
 }
 
 int LiveUntilDone(const LoadOptions& options, RestartableTarget& target) {

@@ -10,7 +10,7 @@ enum WorkerExitCode : int {
     kWorkerInputEnded = 64,  ///< another life has to find out whether that was all
     kWorkerNothingNew = 65,  ///< the same, but this life found nothing and its input ended early
     kWorkerRefused = 66,     ///< kExitNotStarted, told by the worker: the bare number is what some systems
-                             ///< tell of a process that somebody ended
+                             ///< tell of a process that somebody has ended
 };
 
 /// Lives a life, tells the user how it ended and ends the process.

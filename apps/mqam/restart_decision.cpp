@@ -33,7 +33,8 @@ StartDecision RefuseDamage(const CheckpointFacts& file) {
                   " seems to be wrong, without which whole records would lead to the end of the file";
     } else {
         reason += "the record length at offset " + std::to_string(file.intactBytes) + " " +
-                  (file.impossibleLengthAt != 0 ? "is larger than any record" : "leads past the end of it");
+                  (file.impossibleLengthAt != 0 ? "is larger than any record (--max-record)"
+                                                : "leads past the end of it");
         if (file.recordsAgainAt != 0) {
             reason += ", but whole records are found from offset " + std::to_string(file.recordsAgainAt) +
                       " to its end";

@@ -50,10 +50,8 @@ bool Refuse(Life& life, const std::string& words) {
 bool FailModule(Life& life) {
     life.outcome.moduleFailure = life.session.LastOutcome();
     ErrorText text;
-    const bool known = ParseErrorText(life.outcome.moduleFailure.text, text) && text.mqReason != 0;
-    const ReasonAdvice* reason = known ? FindReasonAdvice(text.mqReason) : nullptr;
-    life.outcome.end = reason != nullptr && reason->remedy == Remedy::kChange ? RestartLifeEnd::kModuleRefuses
-                                                                              : RestartLifeEnd::kModuleFailed;
+    const bool staysSo = ParseErrorText(life.outcome.moduleFailure.text, text) && StaysSo(text);
+    life.outcome.end = staysSo ? RestartLifeEnd::kModuleRefuses : RestartLifeEnd::kModuleFailed;
     return false;
 }
 

@@ -29,6 +29,9 @@ class RunningProgram {
     /// Sends what Ctrl-C sends. Returns false when that could not be done.
     [[nodiscard]] bool Interrupt() const;
 
+    /// Sends a signal to this one process. Returns false where there are none, and when it has ended.
+    [[nodiscard]] bool Signal(int number) const;
+
     /// Waits until the program's standard error contains `text`; false after `seconds`.
     [[nodiscard]] bool WaitForError(const std::string& text, int seconds = 30) const;
 

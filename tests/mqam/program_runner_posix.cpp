@@ -44,6 +44,10 @@ bool RunningProgram::Interrupt() const {
     return kill(static_cast<pid_t>(processId_), SIGINT) == 0;
 }
 
+bool RunningProgram::Signal(int number) const {
+    return kill(static_cast<pid_t>(processId_), number) == 0;
+}
+
 ProgramResult RunningProgram::Wait(int seconds) {
     ProgramResult result;
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);

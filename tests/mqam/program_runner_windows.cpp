@@ -68,6 +68,10 @@ bool RunningProgram::Interrupt() const {
     return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
 }
 
+bool RunningProgram::Signal(int /*number*/) const {
+    return false;
+}
+
 ProgramResult RunningProgram::Wait(int seconds) {
     ProgramResult result;
     if (process_ == nullptr) return result;
