@@ -57,13 +57,3 @@ bool ReplaceRestartFile(const std::string& path, const RestartState& state, std:
     reason = "cannot replace restart file " + path + ": " + words;
     return false;
 }
-
-bool RemoveRestartFile(const std::string& path, std::string& reason) {
-    for (const std::string& name : {path + ".new", path}) {
-        std::string words;
-        if (ProbePath(name) == PathKind::kMissing || DeleteDurably(name, words)) continue;
-        reason = "cannot delete " + name + ": " + words;
-        return false;
-    }
-    return true;
-}

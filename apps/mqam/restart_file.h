@@ -16,6 +16,3 @@
 /// then the one before stands, or the new one does and only its name may not have reached the medium.
 [[nodiscard]] bool ReplaceRestartFile(const std::string& path, const RestartState& state,
                                       std::string& reason);
-
-/// Removes the file and what an interrupted replacement left beside it.
-[[nodiscard]] bool RemoveRestartFile(const std::string& path, std::string& reason);

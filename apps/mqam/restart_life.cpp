@@ -199,7 +199,7 @@ bool HandleReceipt(Life& life, std::optional<RestartState>& stored, const Restar
                                 " is complete");
     }
     stored.reset();
-    return life.target.Forget() || Refuse(life, life.target.Failure());
+    return true;
 }
 
 bool Prepare(Life& life) {

@@ -97,7 +97,3 @@ bool RestartableFile::Store(const RestartState& state) {
 bool RestartableFile::StoreEnd(const RestartState& state) {
     return ReplaceRestartFile(settings_.restartFile, state, failure_);
 }
-
-bool RestartableFile::Forget() {
-    return RemoveRestartFile(settings_.restartFile, failure_);
-}

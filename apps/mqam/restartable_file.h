@@ -30,7 +30,6 @@ class RestartableFile : public RestartableTarget {
     [[nodiscard]] std::uint64_t Length() const override { return length_; }
     [[nodiscard]] bool Store(const RestartState& state) override;
     [[nodiscard]] bool StoreEnd(const RestartState& state) override;
-    [[nodiscard]] bool Forget() override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
     [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
     [[nodiscard]] std::vector<std::string> Files() const override {

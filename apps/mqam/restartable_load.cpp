@@ -27,9 +27,8 @@ std::string FindContradiction(const LoadOptions& options) {
         return "standard output cannot be cut back: a load that can be restarted needs a file (--to FILE)";
     }
     if (options.preserve) {
-        return "--preserve does not go with --restart-file: the checkpoint file stays until the load is "
-               "done, "
-               "and is of no use after that";
+        return "--preserve does not go with restart information: the checkpoint file stays until the load "
+               "is done, and is of no use after that";
     }
     for (const std::string& attribute : options.attributes) {
         if (attribute.starts_with("PRESERVE_RESTART_INFO=")) {

@@ -38,7 +38,6 @@ class SqliteTarget : public RestartableTarget {
     [[nodiscard]] std::uint64_t Length() const override { return rows_; }
     [[nodiscard]] bool Store(const RestartState& state) override;
     [[nodiscard]] bool StoreEnd(const RestartState& state) override;
-    [[nodiscard]] bool Forget() override;
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "sqlite"; }
     [[nodiscard]] std::vector<std::string> Files() const override { return {settings_.name.file}; }
@@ -214,10 +213,6 @@ bool SqliteTarget::StoreEnd(const RestartState& state) {
     if (!Open()) return false;
     if (sqlite3_get_autocommit(database_.get()) == 0 && !Run("ROLLBACK")) return false;
     return WriteState(state);
-}
-
-bool SqliteTarget::Forget() {
-    return Open() && Run("DELETE FROM mqam_restart WHERE target = '" + key_ + "'");
 }
 
 }  // namespace

@@ -52,9 +52,6 @@ class RestartableTarget {
     /// Makes a state durable that does not count the records put since the last Store. No Put may follow.
     [[nodiscard]] virtual bool StoreEnd(const RestartState& state) = 0;
 
-    /// Forgets the state.
-    [[nodiscard]] virtual bool Forget() = 0;
-
     /// The target, the form of its records, and where its state is kept, as the user knows them.
     [[nodiscard]] virtual const std::string& Name() const = 0;
     [[nodiscard]] virtual std::string Format() const = 0;

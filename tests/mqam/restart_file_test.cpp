@@ -129,18 +129,4 @@ TEST_F(RestartFileTest, AFullDiskLeavesTheFileBefore) {
 }
 #endif
 
-TEST_F(RestartFileTest, RemovingTakesWhatAnInterruptedReplacementLeftWithIt) {
-    ASSERT_TRUE(Write(7)) << reason_;
-    std::ofstream(Path() + ".new") << "x";
-    ASSERT_TRUE(RemoveRestartFile(Path(), reason_)) << reason_;
-    EXPECT_TRUE(fs::is_empty(folder_.Root()));
-    EXPECT_TRUE(RemoveRestartFile(Path(), reason_)) << reason_;
-}
-
-TEST_F(RestartFileTest, AFileThatCannotBeRemovedIsTold) {
-    fs::create_directories(Path() + "/inside");
-    EXPECT_FALSE(RemoveRestartFile(Path(), reason_));
-    EXPECT_THAT(reason_, StartsWith("cannot delete " + Path() + ": "));
-}
-
 }  // namespace
