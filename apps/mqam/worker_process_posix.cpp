@@ -68,6 +68,9 @@ pid_t StartWorker(char** arguments) {
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
+        // Until the worker has handlers of its own an interrupt ends it.
+        std::signal(SIGINT, SIG_DFL);
+        std::signal(SIGTERM, SIG_DFL);
         held.LetGo();
         BecomeWorker(arguments, parent);
     }

@@ -1,8 +1,10 @@
 // mqam load and mqam check as a process, on a module that does what the test tells it.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "tests/mqam/program_runner.h"
 #include "tests/mqam/test_folder.h"
@@ -326,6 +328,8 @@ TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
     ASSERT_TRUE(program.WaitForError("checkpoint 2 ")) << program.Wait().standardError;
     ASSERT_TRUE(program.Interrupt());
     ASSERT_TRUE(program.WaitForError("press again"));
+    // One that follows at once would count as the same.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ASSERT_TRUE(program.Interrupt());
     const ProgramResult result = program.Wait();
     EXPECT_EQ(result.exitCode, 7) << result.standardError;

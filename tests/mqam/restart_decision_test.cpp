@@ -237,7 +237,7 @@ TEST_F(RestartDecisionTest, DamageIsToldWithItsOffsets) {
         EXPECT_NE(reason.find(Path() + " is damaged: " + part + "; keep a copy"), std::string::npos)
             << reason;
     };
-    tells(kImpossible, "the record length at offset 25 is larger than any record");
+    tells(kImpossible, "the record length at offset 25 is larger than any record (--max-record)");
     tells(
         kHidden,
         "the record length at offset 25 leads past the end of it, but whole records are found from offset 36 "
