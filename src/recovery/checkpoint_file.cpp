@@ -100,12 +100,13 @@ ReturnCode SaveRecord(const void* record, std::uint32_t length) {
     }
     SetCkPtOffset(offset);
 
+    // A stream whose error indicator is set has lost bytes before: some C libraries drop what a failed flush
+    // could not write and succeed from then on. A record behind such a hole would be taken for the missing
+    // one.
+    if (std::ferror(state.CkPtFileStream) != 0) return FailSave("fflush");
     const std::size_t bytes = length + kRecordLengthBytes;
     if (std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) != bytes) return FailSave("fwrite");
-    // A stream whose error indicator is set has lost bytes before: some C libraries drop what a failed flush
-    // could not write and succeed from then on. A message must not be committed behind such a hole.
-    if (std::fflush(state.CkPtFileStream) != 0 || std::ferror(state.CkPtFileStream) != 0)
-        return FailSave("fflush");
+    if (std::fflush(state.CkPtFileStream) != 0) return FailSave("fflush");
     return pmrcOK;
 }
 

@@ -36,9 +36,11 @@ ReturnCode FailCount(int message, std::size_t expected, std::size_t moved, const
     return pmrcFailure;
 }
 
+// Nothing is written behind bytes that an unseen flush has lost: a record in the place of the header would be
+// read as one.
 ReturnCode WriteBytes(std::FILE* stream, Activity activity, const void* bytes, std::size_t count,
                       const char* what) {
-    const std::size_t written = std::fwrite(bytes, 1, count, stream);
+    const std::size_t written = std::ferror(stream) == 0 ? std::fwrite(bytes, 1, count, stream) : 0;
     if (written == count) return pmrcOK;
     return FailCount(146, count, written, what, "fwrite", stream, activity);
 }

@@ -158,6 +158,18 @@ TEST_F(CheckpointTake, ARedundantGetPosReturnsTheFailureOfTheCheckpoint) {
     EXPECT_TRUE(Is(TakePosition(), 2, 1, 0));
 }
 
+TEST_F(CheckpointTake, AHeaderThatWasLostUnseenIsNotFollowedByARecord) {
+    BeginWithPosition();
+    // The flush of all streams behind the header, which no one looks at.
+    faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 2, .error = ENOSPC});
+    EXPECT_TRUE(FailsWith(Read(), ExpectedError(kReset, "appending last record read")
+                                      .Calling("fwrite")
+                                      .Processing("Checkpoint", std::strerror(ENOSPC))));
+    EXPECT_EQ(faults->Struck(), 1);
+    EXPECT_EQ(CallsOn(kCkFile).back(), "write ck.dat 4");
+    EXPECT_EQ(mq.Sequence(), "");
+}
+
 TEST_F(CheckpointTake, AllPositionsStandInTheSameBlock) {
     BeginCheckpointing();
     const auto address = [](const PositionOutcome& outcome) { return outcome.data.substr(46, 8); };

@@ -30,7 +30,7 @@ std::FILE* FaultyOpen(const char* path, const char* mode) {
         errno = fault->error;
         return nullptr;
     }
-    std::FILE* stream = std::fopen(path, mode);
+    std::FILE* stream = plan->opener ? plan->opener(path, mode) : std::fopen(path, mode);
     if (stream != nullptr) plan->streams[stream] = path;
     return stream;
 }
@@ -68,7 +68,9 @@ std::size_t FaultyWrite(const void* buffer, std::size_t size, std::size_t count,
 
 int FlushAllStreams() {
     if (plan->hook) plan->hook("flush all");
+    plan->flushingAll = true;
     const int result = std::fflush(nullptr);
+    plan->flushingAll = false;
     for (const auto& [stream, name] : plan->streams) {
         if (const Fault* fault = plan->Strike(FileCall::FlushAll, name)) Fail(*fault, stream);
     }

@@ -81,6 +81,11 @@ class FaultPlan {
     /// Called when a fault strikes, before the module learns of it; the call has been logged.
     std::function<void(FileCall call, const std::string& file)> onStrike;
 
+    /// What the module's fopen does in truth; std::fopen when empty.
+    std::function<std::FILE*(const char* path, const char* mode)> opener;
+    /// The module is flushing all streams.
+    bool flushingAll = false;
+
     /// What the module prints to standard output is dropped.
     bool silent = false;
 

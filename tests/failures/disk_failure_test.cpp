@@ -1,0 +1,155 @@
+// Every read and write of a restarted load that reaches the disk fails there, once or until the next life is
+// over, with the C library's buffers between the disk and the module: the request that learns of it returns
+// what it promises, and the load ends with every message in the target once.
+#include <cerrno>
+
+#include "tests/failures/disk_double.h"
+#include "tests/failures/file_failure_cases.h"
+#include "tests/failures/watched_load.h"
+
+namespace {
+
+struct DiskFailureCase {
+    std::string name;
+    bool tlf = true;
+    int life = 1;
+    DiskFault fault{};
+};
+
+void PrintTo(const DiskFailureCase& failure, std::ostream* stream) {
+    *stream << failure.name;
+}
+
+void PutOn(DiskDouble& disk, ModuleLife& life) {
+    disk.BeginProcess();
+    life.Files().opener = [&disk](const char* path, const char* mode) { return disk.Open(path, mode); };
+}
+
+struct Way {
+    const char* name;
+    int error;
+    bool takesHalf;
+    bool stays;
+    bool anyFile;
+};
+constexpr Way kWriteWays[] = {
+    {"EIO_once", EIO, false, false, false},
+    {"EIO_for_ever", EIO, false, true, false},
+    {"half_written_once", ENOSPC, true, false, false},
+    {"disk_full", ENOSPC, false, true, true},
+    {"disk_full_half_written", ENOSPC, true, true, true},
+};
+constexpr Way kReadWays[] = {{"EIO_once", EIO, false, false, false},
+                             {"EIO_for_ever", EIO, false, true, false}};
+
+void AddPoint(int life, const DiskDouble::Point& point, std::vector<DiskFailureCase>& cases) {
+    const auto add = [&](const Way& way, bool tlf) {
+        DiskFailureCase entry;
+        entry.name = std::string(point.call == DiskCall::Write ? "write_" : "read_") +
+                     std::to_string(point.nth) + "_of_life_" + std::to_string(life) + "_" + way.name +
+                     (tlf ? "_TLF_yes" : "_TLF_no");
+        entry.tlf = tlf;
+        entry.life = life;
+        entry.fault = {point.call, point.file, point.nth, way.error, way.takesHalf, way.stays};
+        // Of a full disk the file named is only where it begins.
+        if (way.anyFile) entry.fault.file += "*";
+        cases.push_back(entry);
+    };
+    for (const bool tlf : {true, false}) {
+        if (point.call == DiskCall::Write) {
+            for (const Way& way : kWriteWays)
+                add(way, tlf);
+        } else {
+            for (const Way& way : kReadWays)
+                add(way, tlf);
+        }
+    }
+}
+
+std::vector<DiskFailureCase> DiskFailureCases(const std::string& file) {
+    std::vector<DiskFailureCase> cases;
+    DiskDouble disk;
+    FailingLoad load(FileFailurePlan(true));
+    load.queueManager.Add(LostCommit());
+    load.host.atStart = [&](ModuleLife& life) { PutOn(disk, life); };
+    load.host.atEnd = [&](ModuleLife&) {
+        disk.EndProcess();
+        for (const DiskDouble::Point& point : disk.points) {
+            // The trace is written at every step and nothing depends on it.
+            const bool sampled = point.file != kTraceFile || point.nth % 16 == 1;
+            if (point.file.find(file) == 0 && sampled) AddPoint(load.host.Lives(), point, cases);
+        }
+    };
+    load.RunToTheEnd();
+    return cases;
+}
+
+class DiskFailure : public testing::TestWithParam<DiskFailureCase> {
+  protected:
+    void StartLife(ModuleLife& life) {
+        watched.Watch(life);
+        PutOn(disk, life);
+        const int lives = watched.load.host.Lives();
+        DiskFault fault = GetParam().fault;
+        const bool full = fault.file.back() == '*';
+        if (full) fault.file.pop_back();
+        if (lives == GetParam().life) {
+            disk.Add(fault);
+        } else if (fault.stays && lives == GetParam().life + 1) {
+            fault.nth = 1;
+            if (full) fault.file.clear();
+            disk.Add(fault);
+        }
+        if (full && lives == GetParam().life) fillsUp = true;
+    }
+
+    void NoteStrike(const DiskFault& fault, const std::string& path) {
+        watched.NoteStrike(CallUnderWay(path),
+                           {.call = CallUnderWay(path), .file = path, .error = fault.error});
+        if (!fillsUp) return;
+        fillsUp = false;
+        disk.Add({DiskCall::Write, "", 1, fault.error, fault.takesHalf, true});
+    }
+
+    /// The module's own call that reads or writes.
+    FileCall CallUnderWay(const std::string& path) const {
+        const FaultPlan& files = watched.Files();
+        if (files.flushingAll || path == kTraceFile) return FileCall::FlushAll;
+        const std::string& last = files.log.back();
+        for (const auto& [word, call] : {std::pair{"flush ", FileCall::Flush},
+                                         {"write ", FileCall::Write},
+                                         {"read ", FileCall::Read},
+                                         {"tell ", FileCall::Tell},
+                                         {"seek ", FileCall::Seek},
+                                         {"close ", FileCall::Close}}) {
+            if (last.find(word + path) == 0) return call;
+        }
+        ADD_FAILURE() << path << " is read or written, though the last call was: " << last;
+        return FileCall::Close;
+    }
+
+    DiskDouble disk;
+    bool fillsUp = false;  // the next strike fills the disk for all files
+    WatchedLoad watched{GetParam().tlf};
+};
+
+TEST_P(DiskFailure, IsReportedAsPromisedAndTheRestartEndsExact) {
+    disk.onStrike = [this](const DiskFault& fault, const std::string& path) { NoteStrike(fault, path); };
+    watched.load.host.atStart = [this](ModuleLife& life) { StartLife(life); };
+    watched.load.host.atEnd = [this](ModuleLife&) { disk.EndProcess(); };
+    watched.load.RunToTheEnd();
+    EXPECT_GT(watched.Strikes(), 0) << "the call was never made";
+}
+
+std::string NameOf(const testing::TestParamInfo<DiskFailureCase>& info) {
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(CheckpointFile, DiskFailure, testing::ValuesIn(DiskFailureCases(kCheckpointFile)),
+                         NameOf);
+INSTANTIATE_TEST_SUITE_P(TemporaryFile, DiskFailure, testing::ValuesIn(DiskFailureCases(kTemporaryFile)),
+                         NameOf);
+INSTANTIATE_TEST_SUITE_P(MessageLog, DiskFailure, testing::ValuesIn(DiskFailureCases(kMessageLog)), NameOf);
+INSTANTIATE_TEST_SUITE_P(Trace, DiskFailure, testing::ValuesIn(DiskFailureCases(kTraceFile)), NameOf);
+
+}  // namespace

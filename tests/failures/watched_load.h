@@ -1,0 +1,32 @@
+// A load whose file calls fail, with each request held against what it promises.
+#pragma once
+
+#include <optional>
+
+#include "tests/failures/expected_file_failure.h"
+#include "tests/failures/failing_load.h"
+
+class WatchedLoad {
+  public:
+    explicit WatchedLoad(bool tlf);
+
+    /// To be called when a life starts, and when the fault has struck under the request that runs.
+    void Watch(ModuleLife& life);
+    void NoteStrike(FileCall call, const Fault& fault);
+
+    [[nodiscard]] int Strikes() const { return strikes_; }
+    [[nodiscard]] FaultPlan& Files() const { return *files_; }
+
+    FailingLoad load;
+
+  private:
+    void CheckReturn(const std::string& request, const Outcome& outcome);
+
+    bool tlf_;
+    FaultPlan* files_ = nullptr;
+    std::optional<FileStrike> struck_;  // by the request that runs, the first time
+    Fault lastFault_{};
+    std::size_t requestBegins_ = 0;  // in the log of file calls
+    std::size_t callsBefore_ = 0;    // MQ calls
+    int strikes_ = 0;
+};
