@@ -251,7 +251,7 @@ bit syncpoint;
 bit timedOut;
 byte stream;                    /* the number of the record that is read next; 0: no stream */
 bit inside;                     /* the stream stands in the middle of a record */
-bit streamError;                /* a write failed: as long as the stream is open nothing is committed behind it */
+bit streamError;                /* a write failed: as long as the stream is open nothing is written behind it    */
 byte rc;
 byte rec;                       /* the record returned; 0: of length 0 */
 
@@ -491,7 +491,7 @@ inline SaveAndCommit() {
     fi
 }
 
-inline WriteAndCommit() {
+inline WriteRecordAndCommit() {
     d_step {
         CkPtOffset = records + 1; offsetValid = 1;
         if :: torn != 0 || !headerThere -> garbled = 1 :: else fi
@@ -505,8 +505,7 @@ inline WriteAndCommit() {
        rewriteBuffered = 0; streamError = 1;
        TearAppend();
        FailSave()
-    :: streamError -> rewriteBuffered = 0; appendBuffered = 0; printf("    saving the record fails again\n"); FailSave()
-    :: !streamError ->
+    :: true ->
        d_step { rewriteBuffered = 0; appendBuffered = 0 }
        CRASH("    dies before MQCMIT\n");
        if
@@ -516,6 +515,13 @@ inline WriteAndCommit() {
        :: MISFORTUNE(F_MQ); printf("    fault: MQCMIT fails, unit of work still open\n"); rc = FAIL
        :: MISFORTUNE(F_LOG); Commit(); printf("    fault: writing the message log fails\n"); rc = FAIL
        fi
+    fi
+}
+
+inline WriteAndCommit() {
+    if
+    :: streamError -> printf("    saving the record fails again\n"); FailSave()
+    :: !streamError -> WriteRecordAndCommit()
     fi
 }
 

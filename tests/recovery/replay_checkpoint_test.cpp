@@ -252,7 +252,7 @@ TEST_F(ReplayCheckpoint, ATemporaryFileThatDoesNotReachTheDiskNeverReplacesTheOl
 
 TEST_F(ReplayCheckpoint, AStreamInErrorNeverReplacesTheOldFileThoughEveryCallSucceeds) {
     BeginInTheMiddle();
-    faults->Add({.call = FileCall::Write, .file = "MQAMtmp", .nth = 2, .transferred = 10});
+    faults->Add({.call = FileCall::Write, .file = "MQAMtmp", .nth = 4, .transferred = 12});
     ExpectRewriteFails(About("checkpoint", "fflush", "Temp"));
     EXPECT_EQ(faults->Struck(), 1);
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(3, {"a", "bb", "ccc", "dddd"}));

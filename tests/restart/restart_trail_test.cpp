@@ -148,15 +148,6 @@ TEST_F(Trail, H8_both_AnIncompleteTemporaryFileIsTakenForTheCheckpointFile) {
     EXPECT_EQ(Target(), "1");
 }
 
-TEST_F(Trail, H9_ReadingOnSavesARecordWithoutAHeader) {
-    EXPECT_EQ(Play("H9"), "stuck: SetPos: the checkpoint file begins without its header");
-    EXPECT_THAT(lastSetPos.errorText, HasSubstr("requested sequence prior to checkpoint file"));
-    EXPECT_EQ(queue.Waiting(), "1 2 3") << "behind a write that failed nothing is committed";
-    EndProcess();
-    EXPECT_EQ(Finish(), "");
-    EXPECT_EQ(Target(), "1 2 3") << "by the rule for a file without a whole record";
-}
-
 TEST_F(Trail, H9_warning_ReadingOnCommitsAMessageThatWasNotReturned) {
     EXPECT_EQ(Play("H9-warning"), "lost: message 1");
     EXPECT_EQ(Finish(), "");
