@@ -10,10 +10,13 @@
 #include <limits>
 #include <memory>
 
+#include "apps/mqam/absolute_path.h"
 #include "apps/mqam/checkpoint_listing.h"
 #include "apps/mqam/checkpoint_repair.h"
+#include "apps/mqam/checkpoint_restart.h"
 #include "apps/mqam/checkpoint_verdict.h"
 #include "apps/mqam/exit_codes.h"
+#include "apps/mqam/load_lock.h"
 #include "apps/mqam/platform.h"
 #include "apps/mqam/position_text.h"
 #include "apps/mqam/progress.h"
@@ -26,6 +29,8 @@ constexpr const char* kShowExamples =
     "      what is in it, and what is beside it\n"
     "  mqam checkpoint show orders.ckpt --position 05000000080000000400000000000000 --all\n"
     "      every record, and what a restart with this position would do\n"
+    "  mqam checkpoint show orders.ckpt --restart-file orders.restart\n"
+    "      the same with the position that the load has stored\n"
     "\n"
     "Exit codes: 0 the file was shown, 1 it is missing or cannot be read, 3 standard output cannot be "
     "written.\n";
@@ -34,9 +39,12 @@ constexpr const char* kVerifyExamples =
     "Examples:\n"
     "  mqam checkpoint verify orders.ckpt\n"
     "      intact, incomplete as a crash leaves it, or damaged: with the bytes that are\n"
+    "  mqam checkpoint verify orders.ckpt --restart-file orders.restart\n"
+    "      and whether the load can go on with it\n"
     "\n"
-    "Exit codes: 0 intact, 1 missing or not readable, 3 standard output cannot be written, 10 incomplete or "
-    "damaged.\n";
+    "Exit codes: 0 intact, 1 missing or not readable (or the restart file), 3 standard output cannot be "
+    "written, 10\n"
+    "incomplete, damaged, or of no use to the load.\n";
 
 constexpr const char* kRepairExamples =
     "Examples:\n"
@@ -45,12 +53,14 @@ constexpr const char* kRepairExamples =
     "  mqam checkpoint repair orders.ckpt --yes\n"
     "      does it\n"
     "\n"
+    "  mqam checkpoint repair orders.ckpt --restart-file orders.restart\n"
+    "      with the position that the load has stored\n"
+    "\n"
     "No load may be running on the file. A restart of `mqam load` makes the repairs that are beyond doubt by "
     "itself;\n"
     "this command makes them without a restart, and those that need someone who looks. What gives way is "
-    "kept "
-    "as\n"
-    "FILE.kept, bytes that are cut off as FILE.torn.\n"
+    "kept\n"
+    "as FILE.kept, bytes that are cut off as FILE.torn.\n"
     "\n"
     "Exit codes: 0 all in order now, 1 nothing was changed (not confirmed, or a wrong option), 3 a change "
     "failed, 10 something\n"
@@ -60,6 +70,7 @@ struct CheckpointOptions {
     std::string path;
     std::uint64_t maxRecordBytes = kLargestRecordBytes;
     std::string position;
+    std::string restartFile;
     std::size_t first = 0;
     std::size_t last = 0;
     bool all = false;
@@ -83,13 +94,38 @@ bool CanBeRead(const CheckpointFacts& facts) {
     return facts.shape != CheckpointShape::kMissing && facts.shape != CheckpointShape::kUnreadable;
 }
 
-std::optional<PositionData> StoredPosition(const CheckpointOptions& options) {
-    return options.position.empty() ? std::nullopt : ParsePosition(options.position);
+// What is known of the load that the file belongs to.
+struct Stored {
+    std::optional<RestartState> state;  // with --restart-file
+    std::optional<PositionData> position;
+};
+
+// Returns false when the restart file that was named is of no use; the user has been told.
+bool FetchStored(const CheckpointOptions& options, Stored& stored) {
+    if (!options.position.empty()) stored.position = ParsePosition(options.position);
+    if (options.restartFile.empty()) return true;
+    RestartState state;
+    std::string reason;
+    if (!ReadStateOfLoad(options.restartFile, options.path, state, reason)) {
+        (void)Complain(reason);
+        return false;
+    }
+    stored.position = state.position;
+    stored.state = state;
+    return true;
 }
 
-std::string DescribeRestartWith(const CheckpointOptions& options) {
-    if (options.position.empty()) return "(--position tells what a restart with a position would do)\n";
-    return DescribeRestart(options.path, *StoredPosition(options), options.maxRecordBytes);
+std::string DescribeRestartWith(const CheckpointOptions& options, const Stored& stored, bool& isRefused) {
+    isRefused = false;
+    if (options.position.empty() && !stored.state) {
+        return "(--position or --restart-file tells what a restart would do)\n";
+    }
+    std::string text = DescribeRestart(options.path, stored.position, options.maxRecordBytes, isRefused);
+    if (!stored.state || isRefused) return text;
+    const std::string foreign = FindForeignRecord(options.path, *stored.state, options.maxRecordBytes);
+    if (foreign.empty()) return text;
+    isRefused = true;
+    return text + "  refused then: " + foreign + "\n";
 }
 
 ListedRecords ListedBy(const CheckpointOptions& options) {
@@ -99,17 +135,22 @@ ListedRecords ListedBy(const CheckpointOptions& options) {
 }
 
 int RunShow(const CheckpointOptions& options) {
+    Stored stored;
+    if (!FetchStored(options, stored)) return kExitNotStarted;
     const CheckpointFacts facts = InspectCheckpointFile(options.path, options.maxRecordBytes);
     std::string text = SummarizeFacts(facts) + "\n" + ListRecords(facts, ListedBy(options));
     for (const std::string& temporary : FindTemporaryFiles(options.path)) {
         text += "temporary file " + SummarizeFacts(InspectCheckpointFile(temporary, options.maxRecordBytes)) +
                 "\n";
     }
-    text += DescribeRestartWith(options);
+    bool isRefused = false;
+    text += DescribeRestartWith(options, stored, isRefused);
     return Print(text, CanBeRead(facts) ? kExitDone : kExitNotStarted);
 }
 
 int RunVerify(const CheckpointOptions& options) {
+    Stored stored;
+    if (!FetchStored(options, stored)) return kExitNotStarted;
     const CheckpointFacts facts = InspectCheckpointFile(options.path, options.maxRecordBytes);
     if (!CanBeRead(facts)) return Complain(SummarizeFacts(facts));
     std::string text = DescribeSoundness(facts, options.maxRecordBytes);
@@ -117,7 +158,10 @@ int RunVerify(const CheckpointOptions& options) {
         text += "Beside it stands the temporary file " + temporary +
                 ": a rewrite was interrupted, or a load is running.\n";
     }
-    return Print(text, JudgeSoundness(facts) == Soundness::kIntact ? kExitDone : kExitDamaged);
+    bool isRefused = false;
+    if (stored.state) text += DescribeRestartWith(options, stored, isRefused);
+    const bool isIntact = JudgeSoundness(facts) == Soundness::kIntact && !isRefused;
+    return Print(text, isIntact ? kExitDone : kExitDamaged);
 }
 
 bool IsConfirmed(const CheckpointOptions& options) {
@@ -135,8 +179,25 @@ bool IsConfirmed(const CheckpointOptions& options) {
     return false;
 }
 
+// The steps, one after the other, while no restartable load can begin on the file.
+int TakeSteps(const CheckpointOptions& options, const std::vector<RepairStep>& steps) {
+    const std::string lock = AbsolutePath(options.path) + ".lock";
+    std::string reason;
+    if (!TakeLoadLock(lock, 0, reason)) return Complain("nothing was changed: " + reason);
+    for (const RepairStep& step : steps) {
+        if (TakeStep(options.path, step, reason)) continue;
+        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
+        GiveBackLoadLock(lock);
+        return kExitTargetFailed;
+    }
+    GiveBackLoadLock(lock);
+    return kExitDone;
+}
+
 int RunRepair(const CheckpointOptions& options) {
-    const RepairPlan plan = PlanRepair(options.path, StoredPosition(options), options.maxRecordBytes);
+    Stored stored;
+    if (!FetchStored(options, stored)) return kExitNotStarted;
+    const RepairPlan plan = PlanRepair(options.path, stored.position, options.maxRecordBytes);
     if (!plan.obstacle.empty()) TellUser("mqam checkpoint: " + plan.obstacle + "\n");
     const int exitCode = plan.obstacle.empty() ? kExitDone : kExitDamaged;
     if (plan.steps.empty()) {
@@ -148,13 +209,10 @@ int RunRepair(const CheckpointOptions& options) {
     const int printed = Print(text, kExitDone);
     if (printed != kExitDone) return printed;
     if (!IsConfirmed(options)) return kExitNotStarted;
-    for (const RepairStep& step : plan.steps) {
-        std::string reason;
-        if (TakeStep(options.path, step, reason)) continue;
-        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
-        return kExitTargetFailed;
-    }
-    return Print("done\n" + DescribeRestartWith(options), exitCode);
+    const int taken = TakeSteps(options, plan.steps);
+    bool isRefused = false;
+    return taken != kExitDone ? taken
+                              : Print("done\n" + DescribeRestartWith(options, stored, isRefused), exitCode);
 }
 
 std::string CheckPosition(const std::string& digits) {
@@ -171,10 +229,17 @@ void AddFileOptions(CLI::App& command, CheckpointOptions& options) {
         ->check(CLI::Range(std::uint64_t{1}, kLargestRecordBytes).description(""));
 }
 
-void AddPositionOption(CLI::App& command, CheckpointOptions& options, const char* description) {
-    command.add_option("--position", options.position, description)
+CLI::Option* AddPositionOption(CLI::App& command, CheckpointOptions& options, const char* description) {
+    return command.add_option("--position", options.position, description)
         ->type_name("HEX")
         ->check(CLI::Validator(CheckPosition, ""));
+}
+
+CLI::Option* AddRestartFileOption(CLI::App& command, CheckpointOptions& options) {
+    return command
+        .add_option("--restart-file", options.restartFile,
+                    "the restart file of the load, which holds its position")
+        ->type_name("FILE");
 }
 
 using Run = int (*)(const CheckpointOptions&);
@@ -198,7 +263,9 @@ void AddCheckpointCommand(CLI::App& app, int& exitCode) {
     auto show = AddSubcommand(*parent, "show", "Show the records and what a restart would do", kShowExamples,
                               RunShow, exitCode);
     CLI::App* command = parent->get_subcommand("show");
-    AddPositionOption(*command, *show, "the stored position with which the restart is made, 16 bytes in hex");
+    AddRestartFileOption(*command, *show)
+        ->excludes(AddPositionOption(*command, *show,
+                                     "the stored position with which the restart is made, 16 bytes in hex"));
     auto* all = command->add_flag("--all", show->all, "list every record");
     command->add_option("--first", show->first, "list so many records from the beginning. Default: 10")
         ->type_name("N")
@@ -207,12 +274,14 @@ void AddCheckpointCommand(CLI::App& app, int& exitCode) {
         ->type_name("N")
         ->excludes(all);
 
-    (void)AddSubcommand(*parent, "verify", "Tell whether the file is intact, to the byte", kVerifyExamples,
-                        RunVerify, exitCode);
+    auto verify = AddSubcommand(*parent, "verify", "Tell whether the file is intact, to the byte",
+                                kVerifyExamples, RunVerify, exitCode);
+    AddRestartFileOption(*parent->get_subcommand("verify"), *verify);
 
     auto repair = AddSubcommand(*parent, "repair", "Complete what a crash interrupted", kRepairExamples,
                                 RunRepair, exitCode);
     command = parent->get_subcommand("repair");
-    AddPositionOption(*command, *repair, "the stored position of the load, 16 bytes in hex");
+    AddRestartFileOption(*command, *repair)
+        ->excludes(AddPositionOption(*command, *repair, "the stored position of the load, 16 bytes in hex"));
     command->add_flag("--yes", repair->yes, "do it without asking");
 }

@@ -84,16 +84,21 @@ std::string ListRecords(const CheckpointFacts& facts, const ListedRecords& liste
     return text;
 }
 
-std::string DescribeRestart(const std::string& checkpointPath, const PositionData& stored,
-                            std::uint64_t maxRecordBytes) {
+std::string DescribeRestart(const std::string& checkpointPath, const std::optional<PositionData>& stored,
+                            std::uint64_t maxRecordBytes, bool& isRefused) {
     const std::vector<std::string> temporaries = FindTemporaryFiles(checkpointPath);
     const CheckpointFacts facts = InspectForStart(checkpointPath, temporaries, maxRecordBytes);
     const StartDecision decision = DecideStart(checkpointPath, stored, facts, temporaries);
-    const auto count = static_cast<std::uint64_t>(std::max(0, stored.CkPtMsgCount));
-    std::string text = "A restart with the position " + FormatPosition(stored) + " (checkpoint " +
-                       std::to_string(stored.CkPtSeq) + ", taken after " + CountOf(count, "record") +
-                       ", offset " + std::to_string(stored.CkPtOffset) + "):\n";
+    isRefused = decision.action == StartAction::kRefuse;
+    std::string text = "A restart without a stored position";
+    if (stored) {
+        const auto count = static_cast<std::uint64_t>(std::max(0, stored->CkPtMsgCount));
+        text = "A restart with the position " + FormatPosition(*stored) + " (checkpoint " +
+               std::to_string(stored->CkPtSeq) + ", taken after " + CountOf(count, "record") + ", offset " +
+               std::to_string(stored->CkPtOffset) + ")";
+    }
+    text += ":\n";
     for (const Repair& repair : decision.repairs)
         text += "  first: " + DescribeRepair(checkpointPath, repair) + "\n";
-    return text + (decision.action == StartAction::kRefuse ? "  refused: " : "  ") + decision.reason + "\n";
+    return text + (isRefused ? "  refused: " : "  ") + decision.reason + "\n";
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,10 @@ struct ListedRecords {
 /// those left out.
 [[nodiscard]] std::string ListRecords(const CheckpointFacts& facts, const ListedRecords& listed);
 
-/// What a restart with a position would do with the files as they are: whole lines.
+/// What a restart would do with the files as they are: whole lines.
+///   stored          the position of the load's last checkpoint; none when it has not stored one yet
 ///   maxRecordBytes  the BKSZ of the load
-[[nodiscard]] std::string DescribeRestart(const std::string& checkpointPath, const PositionData& stored,
-                                          std::uint64_t maxRecordBytes);
+///   isRefused       out  whether it would refuse to go on
+[[nodiscard]] std::string DescribeRestart(const std::string& checkpointPath,
+                                          const std::optional<PositionData>& stored,
+                                          std::uint64_t maxRecordBytes, bool& isRefused);

@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
 
+#include "apps/mqam/absolute_path.h"
 #include "apps/mqam/advice.h"
 #include "apps/mqam/disk_changes.h"
 #include "apps/mqam/error_text.h"
@@ -67,12 +67,6 @@ std::string CheckpointLockPath(const std::string& checkpointFile) {
 
 void Tell(const Life& life, const std::string& text) {
     if (!text.empty() && life.observer.notice) life.observer.notice(text);
-}
-
-std::string AbsolutePath(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    return error ? path : absolute.lexically_normal().string();
 }
 
 // ---- before Open

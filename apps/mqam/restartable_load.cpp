@@ -1,8 +1,8 @@
 #include "apps/mqam/restartable_load.h"
 
-#include <filesystem>
 #include <memory>
 
+#include "apps/mqam/absolute_path.h"
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/load_supervisor.h"
 #include "apps/mqam/load_worker.h"
@@ -14,12 +14,6 @@
 namespace {
 
 constexpr std::uint64_t kCheckpointEveryByDefault = 1000;
-
-std::string AbsolutePath(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    return error ? path : absolute.lexically_normal().string();
-}
 
 // Returns what speaks against the combination of options, or an empty string.
 std::string FindContradiction(const LoadOptions& options) {

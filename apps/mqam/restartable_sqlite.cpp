@@ -51,6 +51,7 @@ class SqliteTarget : public RestartableTarget {
     [[nodiscard]] bool Run(const std::string& sql);
     [[nodiscard]] bool Prepare(const std::string& sql, Statement& statement);
     [[nodiscard]] bool PrepareInsertion();
+    [[nodiscard]] bool IsInTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
     [[nodiscard]] bool FetchNumber(const std::string& sql, std::uint64_t& number);
     [[nodiscard]] bool WriteState(const RestartState& state);
     [[nodiscard]] std::string Table() const { return "\"" + settings_.name.table + "\""; }
@@ -160,13 +161,13 @@ bool SqliteTarget::Begin(RestartState& state) {
     if (!Run("BEGIN IMMEDIATE") ||
         !Run("CREATE TABLE IF NOT EXISTS mqam_restart (target TEXT PRIMARY KEY, state TEXT NOT NULL)") ||
         !Run("CREATE TABLE IF NOT EXISTS " + Table() + " (id INTEGER PRIMARY KEY, record BLOB NOT NULL)") ||
-        (settings_.force && !Run("DELETE FROM " + Table())) ||
+        // A table of another shape is found before anything is stored.
+        !PrepareInsertion() || (settings_.force && !Run("DELETE FROM " + Table())) ||
         !FetchNumber("SELECT ifnull(max(id), 0) FROM " + Table(), rows_)) {
         return false;
     }
     state.targetLength = rows_;
-    // A table of another shape is found before anything is stored.
-    return PrepareInsertion() && WriteState(state) && Run("COMMIT");
+    return WriteState(state) && Run("COMMIT");
 }
 
 bool SqliteTarget::CutBack(const RestartState& state) {
@@ -178,10 +179,12 @@ bool SqliteTarget::CutBack(const RestartState& state) {
                    ": something else has changed the table; undo that and run the same command again";
         return false;
     }
-    return PrepareInsertion() && Run("BEGIN IMMEDIATE");
+    return PrepareInsertion();
 }
 
 bool SqliteTarget::Put(const char* record, std::size_t length) {
+    // Not before there is something to write, so that a load that waits keeps nobody else out.
+    if (!IsInTransaction() && !Run("BEGIN IMMEDIATE")) return false;
     sqlite3_stmt* const insertion = insertion_.get();
     sqlite3_bind_int64(insertion, 1, static_cast<sqlite3_int64>(rows_ + 1));
     sqlite3_bind_blob64(insertion, 2, record, length, SQLITE_STATIC);
@@ -206,12 +209,12 @@ bool SqliteTarget::WriteState(const RestartState& state) {
 }
 
 bool SqliteTarget::Store(const RestartState& state) {
-    return WriteState(state) && Run("COMMIT") && Run("BEGIN IMMEDIATE");
+    return WriteState(state) && (!IsInTransaction() || Run("COMMIT"));
 }
 
 bool SqliteTarget::StoreEnd(const RestartState& state) {
     if (!Open()) return false;
-    if (sqlite3_get_autocommit(database_.get()) == 0 && !Run("ROLLBACK")) return false;
+    if (IsInTransaction() && !Run("ROLLBACK")) return false;
     return WriteState(state);
 }
 

@@ -3,6 +3,8 @@
 
 #include <filesystem>
 
+#include "apps/mqam/load_lock.h"
+#include "apps/mqam/restart_state.h"
 #include "tests/mqam/checkpoint_bytes.h"
 #include "tests/mqam/program_runner.h"
 #include "tests/mqam/test_folder.h"
@@ -48,7 +50,7 @@ TEST_F(CheckpointCommand, ShowListsEachRecordWithOffsetLengthAndFirstBytes) {
             "      offset     length  begins\n"
             "           4          3  6f 6e 65                                         |one|\n"
             "          15          5  00 ff 74 77 6f                                   |..two|\n"
-            "(--position tells what a restart with a position would do)\n");
+            "(--position or --restart-file tells what a restart would do)\n");
 }
 
 TEST_F(CheckpointCommand, ShowLeavesOutTheMiddleOfALongFileUnlessAllIsGiven) {
@@ -262,8 +264,9 @@ TEST_F(CheckpointCommand, RepairOnATerminalAsksFirst) {
 }
 
 TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
-    // No room in the name for the suffix.
-    const std::string path = Path(std::string(252, 'x'));
+    // Room in the name for the first such suffix, which is taken, and not for the second.
+    const std::string path = Path(std::string(250, 'x'));
+    WriteBytesTo(path + ".torn", "of another repair");
     const std::string bytes = CheckpointBytes(5, {"one"}) + kTorn;
     WriteBytesTo(path, bytes);
     const ProgramResult result =
@@ -274,5 +277,152 @@ TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
     EXPECT_EQ(ReadFile(path), bytes);
 }
 #endif
+
+// ---- with the restart file of the load
+
+// A load that stored checkpoint 5 behind 8 records, the last of which was "one".
+class CheckpointOfALoad : public CheckpointCommand {
+  protected:
+    void SetUp() override {
+        state_.checkpointFile = Path();
+        state_.target = "/data/orders.txt";
+        state_.position = MakePosition(5, 8, 77);
+        state_.lastRecordLength = 3;
+        state_.lastRecordDigest = DigestOf("one", 3);
+        WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two"}));
+    }
+    [[nodiscard]] std::string RestartFile() const { return Path("a load.restart"); }
+
+    ProgramResult RunWithState(const std::string& command, const Arguments& more = {}) const {
+        WriteBytesTo(RestartFile(), FormatRestartState(state_));
+        Arguments arguments = {"--restart-file", RestartFile()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run(command, arguments);
+    }
+
+    // Each of the three commands refuses with 1 and these words, and the file stays as it is.
+    void ExpectRefusal(const std::string& words, const Arguments& more = {}) const {
+        const std::string before = ReadFile(Path());
+        for (const char* command : {"show", "verify", "repair"}) {
+            Arguments arguments = {"--restart-file", RestartFile()};
+            arguments.insert(arguments.end(), more.begin(), more.end());
+            const ProgramResult result = Run(command, arguments);
+            EXPECT_EQ(result.exitCode, 1) << command << result.standardOutput;
+            EXPECT_EQ(result.standardOutput, "");
+            EXPECT_NE(result.standardError.find(words), std::string::npos) << result.standardError;
+        }
+        EXPECT_EQ(ReadFile(Path()), before);
+    }
+
+    RestartState state_;
+};
+
+TEST_F(CheckpointOfALoad, ShowTellsWhatARestartWouldDoWithTheStoredPosition) {
+    const ProgramResult result = RunWithState("show");
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(result.standardOutput.ends_with(
+        "A restart with the position 05000000080000004d00000000000000 (checkpoint 5, taken after 8 records, "
+        "offset 77):\n"
+        "  the load goes on behind checkpoint 5: " +
+        Path() +
+        " gives back the last record loaded, to be compared, and 1 record behind it, then the queue is "
+        "read\n"))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, VerifyTellsWhetherTheLoadCanGoOnWithAnIntactFile) {
+    ProgramResult result = RunWithState("verify");
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_NE(result.standardOutput.find(" is intact\n"), std::string::npos);
+    EXPECT_NE(result.standardOutput.find("  the load goes on behind checkpoint 5"), std::string::npos)
+        << result.standardOutput;
+    state_.position = MakePosition(9, 8, 77);
+    result = RunWithState("verify");
+    EXPECT_EQ(result.exitCode, 10) << result.standardError;
+    EXPECT_NE(result.standardOutput.find("\n  refused: " + Path() + " belongs to checkpoint 5"),
+              std::string::npos)
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, ARecordThatIsNotTheLastOneLoadedIsTold) {
+    state_.lastRecordDigest = DigestOf("two", 3);
+    const std::string words = "  refused then: the record at offset 4 of " + Path() +
+                              " is not the last one loaded: the checkpoint file or the restart file is "
+                              "another load's or a backup; give the right file back\n";
+    ProgramResult result = RunWithState("show");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.standardOutput.ends_with(words)) << result.standardOutput;
+    result = RunWithState("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_TRUE(result.standardOutput.ends_with(words)) << result.standardOutput;
+    // The checkpoint that was stored and not carried out: its offset names the record.
+    state_.position = MakePosition(6, 9, 15);
+    EXPECT_EQ(RunWithState("verify").exitCode, 0);
+    state_.lastRecordLength = 4;
+    EXPECT_EQ(RunWithState("verify").exitCode, 10);
+}
+
+TEST_F(CheckpointOfALoad, RepairTakesTheTemporaryFileOfTheStoredCheckpoint) {
+    fs::remove(Path());
+    WriteBytesTo(Path("MQAMtmp.1"), CheckpointBytes(4, {"zero", "one"}));
+    WriteBytesTo(Path("MQAMtmp.2"), CheckpointBytes(5, {"one", "two"}));
+    const ProgramResult result = RunWithState("repair", {"--yes"});
+    EXPECT_EQ(result.exitCode, 10) << result.standardError;
+    EXPECT_EQ(ReadFile(Path()), CheckpointBytes(5, {"one", "two"}));
+    EXPECT_TRUE(fs::exists(Path("MQAMtmp.1")));
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+}
+
+TEST_F(CheckpointOfALoad, ALoadThatHasStoredNothingYetBegins) {
+    state_.position.reset();
+    WriteBytesTo(Path(), "");
+    const ProgramResult result = RunWithState("show");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(
+        result.standardOutput.ends_with("A restart without a stored position:\n"
+                                        "  nothing is stored and no record waits in " +
+                                        Path() + ": the load begins\n"))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, ARestartFileOfNoUseIsRefused) {
+    ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is missing\n");
+    const std::string good = FormatRestartState(state_);
+    WriteBytesTo(RestartFile(), good.substr(0, good.size() - 1));
+    ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is cut short; give back");
+    WriteBytesTo(RestartFile(), "");
+    ExpectRefusal(" is empty; give back");
+    state_.phase = LoadPhase::kComplete;
+    WriteBytesTo(RestartFile(), FormatRestartState(state_));
+    ExpectRefusal(" is over: every record is in /data/orders.txt, and no checkpoint file belongs to it");
+    state_.phase = LoadPhase::kLoading;
+    state_.checkpointFile = "/elsewhere/orders.ckpt";
+    WriteBytesTo(RestartFile(), FormatRestartState(state_));
+    ExpectRefusal(" belongs to the load with checkpoint file /elsewhere/orders.ckpt, not " + Path() +
+                  "; to look at a copy of that file give --position 05000000080000004d00000000000000\n");
+}
+
+TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
+    for (const char* command : {"show", "repair"}) {
+        const ProgramResult result =
+            RunWithState(command, {"--position", "05000000080000004d00000000000000"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_NE(result.standardError.find("--position"), std::string::npos) << result.standardError;
+    }
+}
+
+TEST_F(CheckpointOfALoad, RepairChangesNothingWhileALoadIsRunning) {
+    std::string reason;
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
+    ASSERT_TRUE(TakeLoadLock(Path() + ".lock", 0, reason)) << reason;
+    const ProgramResult result = RunWithState("repair", {"--yes"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was changed: another load is running"),
+              std::string::npos)
+        << result.standardError;
+    EXPECT_EQ(ReadFile(Path()), CheckpointBytes(5, {"one"}) + kTorn);
+    GiveBackLoadLock(Path() + ".lock");
+    EXPECT_EQ(RunWithState("repair", {"--yes"}).exitCode, 0);
+}
 
 }  // namespace

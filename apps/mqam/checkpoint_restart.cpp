@@ -1,0 +1,77 @@
+#include "apps/mqam/checkpoint_restart.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "apps/mqam/absolute_path.h"
+#include "apps/mqam/checkpoint_facts.h"
+#include "apps/mqam/disk_changes.h"
+#include "apps/mqam/position_text.h"
+#include "apps/mqam/restart_decision.h"
+#include "apps/mqam/restart_file.h"
+#include "recovery/checkpoint_records.h"
+
+namespace {
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
+};
+
+bool ReadBody(const std::string& path, const RecordFact& record, std::vector<char>& body) {
+    const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
+    body.resize(static_cast<std::size_t>(record.length));
+    return stream != nullptr && MoveStreamTo(stream.get(), record.offset + kRecordLengthBytes) &&
+           ReadRecordBody(stream.get(), body.data(), record.length).whole;
+}
+
+bool Complain(std::string& reason, const std::string& words) {
+    reason = words;
+    return false;
+}
+
+}  // namespace
+
+bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath, RestartState& state,
+                     std::string& reason) {
+    std::optional<RestartState> stored;
+    if (!ReadRestartFile(restartFile, stored, reason)) return false;
+    if (!stored) return Complain(reason, "restart file " + restartFile + " is missing");
+    state = *stored;
+    if (state.checkpointFile != AbsolutePath(checkpointPath)) {
+        return Complain(reason, "restart file " + restartFile + " belongs to the load with checkpoint file " +
+                                    state.checkpointFile + ", not " + AbsolutePath(checkpointPath) +
+                                    (state.position ? "; to look at a copy of that file give --position " +
+                                                          FormatPosition(*state.position)
+                                                    : ""));
+    }
+    if (state.phase != LoadPhase::kLoading) {
+        return Complain(reason, "the load of restart file " + restartFile + " is over: every record is in " +
+                                    state.target + ", and no checkpoint file belongs to it any more");
+    }
+    return true;
+}
+
+std::string FindForeignRecord(const std::string& checkpointPath, const RestartState& state,
+                              std::uint64_t maxRecordBytes) {
+    const std::vector<std::string> temporaries = FindTemporaryFiles(checkpointPath);
+    const CheckpointFacts facts = InspectForStart(checkpointPath, temporaries, maxRecordBytes);
+    const StartDecision decision = DecideStart(checkpointPath, state.position, facts, temporaries);
+    if (decision.action != StartAction::kReplay || !decision.firstRecordIsRepeat) return "";
+    // The module, too, looks for the offset only in the file of the checkpoint before.
+    const bool fromBeginning = facts.sequence == decision.position.CkPtSeq;
+    const auto offset = static_cast<std::uint64_t>(decision.position.CkPtOffset);
+    const auto first =
+        std::find_if(facts.records.begin(), facts.records.end(),
+                     [&](const RecordFact& record) { return fromBeginning || record.offset == offset; });
+    std::vector<char> body;
+    if (first == facts.records.end() || !ReadBody(facts.path, *first, body)) return "";
+    if (body.size() == state.lastRecordLength &&
+        DigestOf(body.data(), body.size()) == state.lastRecordDigest) {
+        return "";
+    }
+    return "the record at offset " + std::to_string(first->offset) + " of " + facts.path +
+           " is not the last one loaded: the checkpoint file or the restart file is another load's or a "
+           "backup; give the right file back";
+}
