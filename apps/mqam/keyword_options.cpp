@@ -81,8 +81,7 @@ std::string HelpText(const KeywordOption& row) {
 
 /// The values as the module takes them.
 std::vector<std::string> ModuleValues(const KeywordOption& row, std::vector<std::string> values) {
-    const auto path = static_cast<std::size_t>(row.path);
-    if (path < values.size()) values[path] = NativePath(values[path]);
+    if (row.path < values.size()) values[row.path] = NativePath(values[row.path]);
     return values;
 }
 

@@ -17,7 +17,8 @@ struct KeywordOption {
     const char* group;    ///< heading in the help
     const char* help;     ///< meaning, unit, limits, default
     const char* example;  ///< as typed after the option; empty for a flag
-    int path = -1;        ///< which of the values is the path of a file that the module writes; -1 = none
+    /// Which of the values is the path of a file that the module writes.
+    std::size_t path = std::string::npos;
 };
 
 [[nodiscard]] std::span<const KeywordOption> AllKeywordOptions();
