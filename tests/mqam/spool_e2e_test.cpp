@@ -414,4 +414,38 @@ TEST_F(SpoolLoad, CheckShowsTheModulesKeywordHelp) {
     EXPECT_TRUE(Contains(result.standardOutput, "Queue Name ")) << result.standardOutput;
 }
 
+// Cut at every byte and with every bit turned, a parameter file is taken as it is or refused with the reason.
+TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
+    const std::string good = "RWAIT 7\nTDM no\n";
+    const auto check = [this](const std::string& bytes) {
+        std::ofstream(Path("parm"), std::ios::binary) << bytes;
+        const ProgramResult result =
+            RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--parmfile", Path("parm")},
+                       folder_.Root());
+        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 2) << result.exitCode << " " << bytes;
+        const std::string& wanted = result.exitCode == 0 ? result.standardOutput : result.standardError;
+        EXPECT_TRUE(Contains(wanted, result.exitCode == 0 ? "\nMQ read wait interval " : "  message   "))
+            << bytes << "\n"
+            << result.standardOutput << result.standardError;
+        return result;
+    };
+    EXPECT_TRUE(Contains(check(good).standardOutput, "\nMQ read wait interval           7\n"));
+    for (std::size_t bytes = 0; bytes < good.size(); ++bytes)
+        static_cast<void>(check(good.substr(0, bytes)));
+#if defined(_WIN32)
+    constexpr std::size_t kStep = 19;  // a process takes its time to start
+#else
+    constexpr std::size_t kStep = 1;
+#endif
+    for (std::size_t bit = 0; bit < good.size() * 8; bit += kStep) {
+        std::string turned = good;
+        turned[bit / 8] = static_cast<char>(turned[bit / 8] ^ (1 << bit % 8));
+        // A keyword that the change has made another name is never taken for the one before.
+        const ProgramResult result = check(turned);
+        if (bit < 5 * 8 && bit % 8 != 5) {
+            EXPECT_FALSE(Contains(result.standardOutput, "\nMQ read wait interval           7\n")) << turned;
+        }
+    }
+}
+
 }  // namespace
