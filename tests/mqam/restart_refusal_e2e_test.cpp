@@ -316,7 +316,7 @@ TEST_F(RestartableLoadRefusal, ATargetThatHoldsSomethingNeedsForceOrAppend) {
     LoadSite& appended = Add("appended", 4, "MQCMIT 4 kill before");
     LoadSite& empty = Add("empty", 4);
     for (LoadSite* site : {&forced, &appended})
-        std::ofstream(site->Target()) << "earlier\n";
+        std::ofstream(site->Target(), std::ios::binary) << "earlier\n";
     std::ofstream(empty.Target()) << "";
     ExpectRefusal(forced, {},
                   "mqam load: " + forced.Target() +
