@@ -52,6 +52,27 @@ std::string ComposeExpected() {
     return bytes;
 }
 
+// The numbers that the records begin with, in their order.
+std::string NameRecords(const std::string& bytes) {
+    std::string names;
+    for (std::size_t begin = 0; begin + 4 <= bytes.size();) {
+        std::size_t length = 0;
+        for (std::size_t i = 4; i > 0; --i)
+            length = length << 8 | static_cast<unsigned char>(bytes[begin + i - 1]);
+        const std::string record = bytes.substr(begin + 4, length);
+        names += record.substr(0, record.find(':')) + " (" + std::to_string(record.size()) + " bytes) ";
+        begin += 4 + length;
+    }
+    return names;
+}
+
+// Held while a program starts and while a file of a load is open here: a program inherits the environment of
+// this process and every open file, and what it has open is no message to the stand-in, nor a plan.
+std::mutex& StartOrOpen() {
+    static std::mutex mutex;
+    return mutex;
+}
+
 struct Point {
     std::string plan;
     bool inSecondLife = false;
@@ -63,6 +84,7 @@ class PointLoad {
   public:
     PointLoad() {
         fs::create_directories(Queue());
+        const std::lock_guard<std::mutex> guard(StartOrOpen());
         for (int index = 1; index <= MessageCount(); ++index) {
             char name[64];
             std::snprintf(name, sizeof name, "20260101-000000-%09d.msg", index);
@@ -99,10 +121,12 @@ class PointLoad {
   private:
     [[nodiscard]] fs::path Queue() const { return fs::path(folder_.Path("spool")) / "QM1" / "Q1"; }
 
-    void WritePlan(const std::string& plan) const { std::ofstream(folder_.Path("faults")) << plan; }
+    void WritePlan(const std::string& plan) const {
+        const std::lock_guard<std::mutex> guard(StartOrOpen());
+        std::ofstream(folder_.Path("faults")) << plan;
+    }
 
-    // Looks at names alone: a message file that somebody has open for a moment is none to the stand-in, and
-    // the next one would overtake it.
+    // Looks at names alone, not into files.
     [[nodiscard]] bool IsQueueEmpty() const {
         std::error_code error;
         const fs::directory_iterator names(Queue(), error);
@@ -137,11 +161,8 @@ class PointLoad {
         return result;
     }
 
-    // One at a time: a program inherits the environment of this process, and all handles that are open to be
-    // inherited.
     [[nodiscard]] RunningProgram Start() const {
-        static std::mutex starting;
-        const std::lock_guard<std::mutex> guard(starting);
+        const std::lock_guard<std::mutex> guard(StartOrOpen());
         return {MQAM_PROGRAM,
                 {"load", "--qmgr", "QM1", "--queue", "Q1", "--rwait", "1", "--ckfile", folder_.Path("ck"),
                  "--checkpoint-every", "2", "--format", "length", "--restart-file", folder_.Path("restart"),
@@ -156,7 +177,7 @@ class PointLoad {
         std::string wrong;
         const std::string loaded = ReadFile(folder_.Path("out"));
         if (loaded != ComposeExpected()) {
-            wrong += "the target has " + std::to_string(loaded.size()) + " bytes and is not what was put; ";
+            wrong += "the target has the records " + NameRecords(loaded) + "; ";
         }
         if (IsMessageLeft()) wrong += "messages are left; ";
         for (const fs::directory_entry& entry : fs::directory_iterator(folder_.Root())) {
