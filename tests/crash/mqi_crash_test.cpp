@@ -135,11 +135,14 @@ class PointLoad {
         });
     }
 
+    // A folder that a load is just deleting cannot be read: then there may be one.
     [[nodiscard]] bool IsMessageLeft() const {
-        const fs::recursive_directory_iterator names(folder_.Path("spool"));
-        return std::any_of(fs::begin(names), fs::end(names), [](const fs::directory_entry& entry) {
-            return entry.path().extension() == ".msg";
-        });
+        std::error_code error;
+        fs::recursive_directory_iterator name(folder_.Path("spool"), error);
+        for (; !error && name != fs::recursive_directory_iterator(); name.increment(error)) {
+            if (name->path().extension() == ".msg") return true;
+        }
+        return static_cast<bool>(error);
     }
 
     // A life reads the plan when it connects. Once the queue is empty the first life waits for a second and
