@@ -15,6 +15,13 @@ namespace {
 namespace fs = std::filesystem;
 using Sites = std::vector<std::unique_ptr<LoadSite>>;
 
+// More than are read before somebody can react.
+#if defined(_WIN32)
+constexpr int kManyMessages = 300;
+#else
+constexpr int kManyMessages = 3000;
+#endif
+
 class RestartableLoad : public testing::Test {
   protected:
     // A site with so many messages.
@@ -72,10 +79,11 @@ TEST_F(RestartableLoad, PathsMayHoldBlanksAndBeRelative) {
     blanks.Set("--to", blanks.Path("a folder/the target"));
     blanks.Set("--restart-file", blanks.Path("a folder/the restart file"));
     LoadSite& relative = Add("relative", 5, "MQCMIT 4 kill before");
-    const fs::path base = fs::current_path();
-    relative.Set("--ckfile", fs::relative(relative.CheckpointFile(), base).string());
-    relative.Set("--to", fs::relative(relative.Target(), base).string());
-    relative.Set("--restart-file", fs::relative(relative.RestartFile(), base).string());
+    relative.Set("--ckfile", "ck");
+    relative.Set("--to", "./out");
+    relative.Set("--restart-file", "../relative/restart");
+    const fs::path before = fs::current_path();
+    fs::current_path(relative.Folder());
     for (int run = 1; run <= 2; ++run) {
         RunAll(sites_);
         for (const auto& site : sites_) {
@@ -83,6 +91,7 @@ TEST_F(RestartableLoad, PathsMayHoldBlanksAndBeRelative) {
             site->PlanFaults("");
         }
     }
+    fs::current_path(before);
     EXPECT_EQ(ReadFile(blanks.Path("a folder/the target")), blanks.Lines());
     EXPECT_EQ(relative.Stored("target"), relative.Target());
     EXPECT_EQ(relative.Stored("checkpoint-file"), relative.CheckpointFile());
@@ -239,9 +248,9 @@ TEST_F(RestartableLoad, AKilledCommandTakesItsWorkerWithItAndTheSameCommandGoesO
 
 TEST_F(RestartableLoad, AnInterruptEndsItWithEverythingReadStoredAndTheSameCommandGoesOn) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());
-    LoadSite& site = Add("interrupted", 3000);
-    site.Set("--checkpoint-every", "1000");
-    site.Start({"--checkpoint-seconds", "1", "--verbose"});
+    LoadSite& site = Add("interrupted", kManyMessages);
+    site.Set("--checkpoint-every", "20");
+    site.Start({"--verbose"});
     ASSERT_TRUE(site.Program().WaitForError("checkpoint 2 "));
     ASSERT_TRUE(site.Program().Interrupt());
     site.Wait();
@@ -249,14 +258,15 @@ TEST_F(RestartableLoad, AnInterruptEndsItWithEverythingReadStoredAndTheSameComma
     EXPECT_EQ(CountOf(site.Error(), "finishing"), 1) << site.Error();
     EXPECT_EQ(CountOf(site.Error(), "mqam load: ended on request\n"), 1) << site.Error();
     const auto stored = static_cast<std::size_t>(std::stoi(site.Stored("records")));
-    EXPECT_GE(stored, 1000U);
-    EXPECT_EQ(site.Depth(), 3000 - static_cast<int>(stored));
+    EXPECT_GE(stored, 20U);
+    EXPECT_EQ(site.Depth(), kManyMessages - static_cast<int>(stored));
     EXPECT_EQ(ReadFile(site.Target()), site.Lines(stored));
     EXPECT_TRUE(Contains(site.Error(), " are in " + site.Target() + "; what was read behind them is in " +
                                            site.CheckpointFile() +
                                            " or back on the queue\n"
                                            "  next      run the same command again: it goes on there\n"))
         << site.Error();
+    site.Set("--checkpoint-every", "1000");
     RunAllAgain();
     EXPECT_TRUE(site.IsDone());
 }
@@ -264,7 +274,7 @@ TEST_F(RestartableLoad, AnInterruptEndsItWithEverythingReadStoredAndTheSameComma
 #if !defined(_WIN32)
 
 TEST_F(RestartableLoad, SigtermToTheCommandReachesTheWorkerAndCountsOnceHoweverManyAreSent) {
-    LoadSite& site = Add("terminated", 3000);
+    LoadSite& site = Add("terminated", kManyMessages);
     site.Set("--checkpoint-every", "100");
     site.Start({"--verbose"});
     ASSERT_TRUE(site.Program().WaitForError("checkpoint 3 "));
@@ -356,6 +366,9 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
 // ---- checkpoints
 
 TEST_F(RestartableLoad, WithoutACheckpointOptionOneIsTakenAfterEveryThousandRecords) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "thousands of messages take minutes under Wine";
+#endif
     LoadSite& site = Add("default", 2500);
     site.LeaveOut("--checkpoint-every");
     site.Run({"--verbose"});
