@@ -17,9 +17,9 @@ enum class Remedy : std::uint8_t {
 };
 
 struct MessageAdvice {
-    int number;  ///< as in MQA0143
+    std::uint16_t number;  ///< as in MQA0143
+    Remedy remedy;
     const char* next;
-    Remedy remedy = Remedy::kTime;
 };
 
 struct ReasonAdvice {
