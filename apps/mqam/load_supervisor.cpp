@@ -46,12 +46,12 @@ std::string FindObstacle(const LoadOptions& options, RestartableTarget& target) 
     if (!IsUnfinished(state)) return "";
     if (options.restart == RestartPolicy::kNever) {
         return "a load begun " + state->begun +
-               " is unfinished (--restart never): " + FormatRecords(state->records) +
-               " are loaded; run the command without --restart never to go on";
+               " is unfinished (--restart never): " + FormatRecordsThatAre(state->records) +
+               " loaded; run the command without --restart never to go on";
     }
     if (!options.quiet) {
         TellUser("mqam load: going on with the load begun " + state->begun + ": " +
-                 FormatRecords(state->records) + " are in " + state->target + "\n");
+                 FormatRecordsThatAre(state->records) + " in " + state->target + "\n");
     }
     return "";
 }
@@ -86,7 +86,7 @@ void TellWhatIsSafe(const Retries& retries, const char* next = "run the same com
                  next + "\n");
         return;
     }
-    TellUser("  safe      " + FormatRecords(retries.seen->records) + " are in " + retries.seen->target +
+    TellUser("  safe      " + FormatRecordsThatAre(retries.seen->records) + " in " + retries.seen->target +
              "; what was read behind them is in " + retries.seen->checkpointFile +
              " or back on the queue\n  next      " + next + ": it goes on there\n");
 }
@@ -112,7 +112,7 @@ bool WaitForNextAttempt(const LoadOptions& options, Retries& retries) {
     ++retries.attempts;
     TellUser("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
              std::to_string(retries.pause.count()) + " s; " +
-             FormatRecords(retries.seen ? retries.seen->records : 0) + " are loaded\n");
+             FormatRecordsThatAre(retries.seen ? retries.seen->records : 0) + " loaded\n");
     if (!Pause(retries.pause)) return false;
     retries.pause = std::min(retries.pause * 2, kLongestPause);
     return true;

@@ -107,6 +107,10 @@ std::string FormatRecords(std::uint64_t count) {
     return FormatCount(count) + (count == 1 ? " record" : " records");
 }
 
+std::string FormatRecordsThatAre(std::uint64_t count) {
+    return FormatRecords(count) + (count == 1 ? " is" : " are");
+}
+
 std::string FormatBytes(std::uint64_t bytes) {
     if (bytes < 1000) return std::to_string(bytes) + " bytes";
     constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB", "PB", "EB"};

@@ -31,5 +31,7 @@ void TellUser(const std::string& lines);
 
 /// "1 record", "12,345 records".
 [[nodiscard]] std::string FormatRecords(std::uint64_t count);
+/// "1 record is", "12,345 records are".
+[[nodiscard]] std::string FormatRecordsThatAre(std::uint64_t count);
 [[nodiscard]] std::string FormatBytes(std::uint64_t bytes);
 [[nodiscard]] std::string FormatElapsed(double seconds);
