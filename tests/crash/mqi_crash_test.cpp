@@ -156,8 +156,12 @@ class PointLoad {
             WritePlan(planOfSecondLife);
         }
         ProgramResult result = load.Wait(kRunSecondsMax);
-        // Under Wine a program that was not started may seem to have ended well.
-        if (result.exitCode == 0 && result.standardError.find("the load is done") == std::string::npos) {
+        // Under Wine a program that was not started may seem to have ended well, or its worker is not
+        // started.
+        const auto tells = [&result](const char* text) {
+            return result.standardError.find(text) != std::string::npos;
+        };
+        if ((result.exitCode == 0 && !tells("the load is done")) || tells("cannot be started")) {
             result.exitCode = -1;
         }
         told_ += "ended with " + std::to_string(result.exitCode) + ": " + result.standardError;
