@@ -29,7 +29,8 @@ inline constexpr ExitCodeRow kExitCodes[] = {
     {kExitTargetFailed, "the target could not be opened or written"},
     {kExitModuleMissing, "the module could not be loaded"},
     {kExitInterrupted, "ended on request (Ctrl-C, SIGTERM); every record read is in the target"},
-    {kExitTimeout, "the time-out (--timeout) expired; every record read is in the target"},
+    {kExitTimeout,
+     "the time-out (--timeout) expired; every record read is in the target, or kept for the restart"},
     {kExitStoppedAtOnce, "stopped at once (a second Ctrl-C); the target may lack the last records read"},
     {kExitEndedEarly,
      "the input ended before the read wait interval had passed; every record read is in the target, "

@@ -146,7 +146,8 @@ int RunLoad(const LoadOptions& options) {
 }  // namespace
 
 void AddLoadCommand(CLI::App& app, int& exitCode) {
-    CLI::App* command = app.add_subcommand("load", "Load the messages of a queue into a file");
+    CLI::App* command =
+        app.add_subcommand("load", "Load the messages of a queue into a file or a SQLite table");
     const auto options = std::make_shared<LoadOptions>();
     AddLoadOptions(*command, *options);
     std::string footer = kExamples;

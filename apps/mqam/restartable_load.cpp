@@ -24,6 +24,9 @@ std::string FindContradiction(const LoadOptions& options) {
         return "--preserve does not go with restart information: the checkpoint file stays until the load "
                "is done, and is of no use after that";
     }
+    if (WasKeywordGiven(options.module, "HELP")) {
+        return "--keyword-help does not go with restart information: `mqam check` with it shows the help";
+    }
     for (const std::string& attribute : options.attributes) {
         if (attribute.starts_with("PRESERVE_RESTART_INFO=")) {
             return "--attribute PRESERVE_RESTART_INFO is put by the load itself";

@@ -1,13 +1,18 @@
 // A worker: this very program, started again with the same arguments and some more, to live one life of the
 // module. It ends when the program that started it ends, however that happens. worker_process_posix.cpp and
-// worker_process_windows.cpp answer.
+// worker_process_windows.cpp answer, but for what is the same on both.
 #pragma once
 
 #include <string>
 #include <vector>
 
-/// Keeps the program's arguments for RunWorker; `arguments` must last as long as the program.
+/// Keeps the program's arguments for RunWorker.
 void KeepArguments(int count, char** arguments);
+
+/// A worker's arguments: `more` behind the program and its subcommand, in front of everything else, where
+/// nothing that the user typed can change what they mean.
+[[nodiscard]] std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& ofCommand,
+                                                              const std::vector<std::string>& more);
 
 struct WorkerEnd {
     bool started = false;

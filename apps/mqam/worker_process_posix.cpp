@@ -16,8 +16,7 @@ namespace {
 // Of a worker that did not come to life; no exit code of this program.
 constexpr int kNoWorker = 127;
 
-int argumentCount = 0;
-char** argumentValues = nullptr;
+std::vector<std::string> keptArguments;
 
 std::atomic<pid_t> worker{0};
 std::atomic<bool> interruptCame{false};
@@ -83,15 +82,14 @@ pid_t StartWorker(char** arguments) {
 }  // namespace
 
 void KeepArguments(int count, char** arguments) {
-    argumentCount = count;
-    argumentValues = arguments;
+    keptArguments.assign(arguments, arguments + count);
 }
 
 WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
-    std::vector<std::string> more = moreArguments;
-    std::vector<char*> arguments(argumentValues, argumentValues + argumentCount);
-    for (std::string& argument : more)
-        arguments.push_back(argument.data());
+    std::vector<std::string> words = ComposeWorkerArguments(keptArguments, moreArguments);
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
 
     WorkerEnd end;

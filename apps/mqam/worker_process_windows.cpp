@@ -11,7 +11,23 @@ namespace {
 constexpr DWORD kExitMark = 0x4D510000U;
 constexpr DWORD kExitCodeBits = 0xFFFFU;
 
+std::vector<std::string> keptArguments;
 std::atomic<bool> interruptCame{false};
+
+// The command line as it was typed is of no use: one that ends inside quotes, as after "C:\data\", would take
+// what is added to it for the rest of its last argument.
+std::string Quote(const std::string& argument) {
+    std::string quoted = "\"";
+    std::size_t backslashes = 0;
+    for (const char c : argument) {
+        // Backslashes count only in front of a quote: there each needs another one.
+        if (c == '"') quoted.append(backslashes + 1, '\\');
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+        quoted += c;
+    }
+    quoted.append(backslashes, '\\');
+    return quoted + "\"";
+}
 
 // The worker has the same console and sees the interrupt by itself.
 BOOL WINAPI NoteInterrupt(DWORD event) {
@@ -48,13 +64,14 @@ WorkerEnd DescribeEnd(HANDLE process) {
 
 }  // namespace
 
-// The system keeps the command line as it was given.
-void KeepArguments(int /*count*/, char** /*arguments*/) {}
+void KeepArguments(int count, char** arguments) {
+    keptArguments.assign(arguments, arguments + count);
+}
 
 WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
-    std::string commandLine = GetCommandLineA();
-    for (const std::string& argument : moreArguments)
-        commandLine += " \"" + argument + "\"";
+    std::string commandLine;
+    for (const std::string& argument : ComposeWorkerArguments(keptArguments, moreArguments))
+        commandLine += (commandLine.empty() ? "" : " ") + Quote(argument);
     char program[32768];
     if (GetModuleFileNameA(nullptr, program, sizeof program) == 0) return FailToStart();
 

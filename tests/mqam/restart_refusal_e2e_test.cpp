@@ -72,6 +72,7 @@ TEST_F(RestartableLoadRefusal, OptionsThatDoNotGoTogether) {
                   "--preserve does not go with restart information: the checkpoint file stays "
                   "until the load is done, and is of no use after that\n");
     ExpectRefusal(site, {"--tdm", "no"}, "needs --tdm yes");
+    ExpectRefusal(site, {"--keyword-help"}, "--keyword-help does not go with restart information");
     ExpectRefusal(site, {"--attribute", "PRESERVE_RESTART_INFO=NO"},
                   "--attribute PRESERVE_RESTART_INFO is put by the load itself");
     ExpectRefusal(site, {"--attribute", "nonsense"}, "'nonsense' is not of the form NAME=VALUE");

@@ -22,13 +22,10 @@ namespace {
 constexpr int kAsExpected = 42;
 constexpr int kNotAsExpected = 43;
 
-// On Windows a worker gets the command line as the system has it, elsewhere as it was kept.
 WorkerEnd RunThisTestAsWorker(const std::string& part, const std::vector<std::string>& more = {}) {
-    static std::vector<std::string> words;
-    words = ArgumentsForThisTest();
+    std::vector<std::string> words = ArgumentsForThisTest();
     words.insert(words.begin(), ThisProgram());
-    static std::vector<char*> arguments;
-    arguments.clear();
+    std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
     KeepArguments(static_cast<int>(arguments.size()), arguments.data());
@@ -54,15 +51,24 @@ TEST(WorkerProcessTest, ItsExitCodeIsTold) {
 }
 
 TEST(WorkerProcessTest, ItGetsTheArgumentsOfTheCommandAndThoseOfItsOwn) {
-    const std::vector<std::string> more = {"--worker-since", "with a blank"};
+    const std::vector<std::string> more = {
+        "--worker-since", "with a blank", "",  "C:\\data\\",   "C:\\a folder\\", "quo\"te",
+        "\\\"",           "\"",           "*", "$HOME %PATH%", "\\\\a\\b",       "a\tb'c"};
     if (!PartToPlay().empty()) {
         const bool asExpected =
-            LastArguments(2) == more && testing::internal::GetArgvs().front() == ThisProgram();
+            LastArguments(more.size()) == more && testing::internal::GetArgvs().front() == ThisProgram();
         EndProcessAtOnce(MarkWorkerExit(asExpected ? kAsExpected : kNotAsExpected));
     }
     const WorkerEnd end = RunThisTestAsWorker("look", more);
     EXPECT_TRUE(end.started) << end.reason;
     EXPECT_EQ(end.code, kAsExpected);
+}
+
+TEST(WorkerProcessTest, ArgumentsOfItsOwnStandBehindTheSubcommand) {
+    using Words = std::vector<std::string>;
+    EXPECT_EQ(ComposeWorkerArguments({"mqam", "load", "--to", "x", "--"}, {"--worker", "1"}),
+              (Words{"mqam", "load", "--worker", "1", "--to", "x", "--"}));
+    EXPECT_EQ(ComposeWorkerArguments({"mqam"}, {"--worker"}), (Words{"mqam", "--worker"}));
 }
 
 TEST(WorkerProcessTest, ItHasTheStandardStreamsOfTheCommand) {
