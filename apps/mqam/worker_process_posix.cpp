@@ -88,6 +88,7 @@ void KeepArguments(int count, char** arguments) {
 WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
     std::vector<std::string> words = ComposeWorkerArguments(keptArguments, moreArguments);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
