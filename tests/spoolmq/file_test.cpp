@@ -128,7 +128,7 @@ TEST_F(FileTest, AFileRenamedIntoPlaceIsTakenWithoutThatPause) {
 TEST_F(FileTest, AFileThatArrivesEndsAWait) {
     std::thread later([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
-        WriteQueueFile("late", "late");
+        RenameIntoPlace("late", "late");
     });
     mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
     gmo.WaitInterval = -1;
