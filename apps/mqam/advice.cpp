@@ -69,7 +69,6 @@ constexpr MessageAdvice kMessages[] = {
      "Check the queue's name (upper and lower case differ) and that it is defined on this queue manager."},
     {160, kTime, "Open failed or was not called; look at the failure before this one."},
     {161, kChange, "The message is still on the queue. Raise --max-record above its length and start again."},
-    {162, kChange, "The checkpoint file does not fit the position: keep both for analysis."},
     {164, kTime, "Give the keyword its value."},
     {165, kTime, "MQGET ended with this reason; the message it concerns was not delivered."},
 };
@@ -206,6 +205,7 @@ constexpr TextAdvice kTexts[] = {
      "The checkpoint file belongs to a later checkpoint than the position: keep both for analysis."},
     {"empty checkpoint file", nullptr,
      "The checkpoint file holds no checkpoint: look for MQAMtmp.* beside it before you delete anything."},
+    {"reposition", "fsetpos", "The checkpoint file does not fit the position: keep both for analysis."},
     {"checkpoint", "fwrite", kUseDiskSpace},
     {"checkpoint", "fflush", kUseDiskSpace},
     {"appending last record read", nullptr, kUseDiskSpace},

@@ -51,7 +51,8 @@ ReturnCode SeekToPosition(const PositionData& position) {
               FormatText("CkPtOffset: %d", static_cast<int>(position.CkPtOffset)));
     if (SetStreamPosition(CkPtFileStream(), position.CkPtOffset)) return pmrcOK;
     const char* reason = StreamReason(CkPtFileStream());
-    TraceLine(TraceLevel::JobEvents, Severity::Error, kMain, FormatNumbered(162));
+    // Prepared and shown nowhere, as ever: what is reported is the activity.
+    FormatNumbered(162);
     return FailStream(kMain, "reposition", "fsetpos", reason);
 }
 

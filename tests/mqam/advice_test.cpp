@@ -73,6 +73,14 @@ TEST(Advice, TextRowsLookAtTheFailingCallToo) {
     EXPECT_TRUE(seek.empty());
 }
 
+TEST(Advice, APositionThatTheFileCannotBeMovedToIsKnownByItsText) {
+    const auto advice =
+        FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: reposition--Failing function: fsetpos--Error "
+                         "occured while processing Checkpoint--Reason: Undefined."));
+    ASSERT_EQ(advice.size(), 1U);
+    EXPECT_NE(advice[0].find("does not fit the position"), std::string::npos);
+}
+
 TEST(Advice, UnknownMessageGetsNone) {
     EXPECT_TRUE(FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: something new.")).empty());
 }
