@@ -8,6 +8,7 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/checkpoint_rewrite.h"
 #include "recovery/position.h"
+#include "recovery/restart.h"
 
 namespace {
 
@@ -57,6 +58,8 @@ ReturnCode DoGetPos() {
     } else {
         TraceLine(TraceLevel::JobEvents, Severity::Error, kDoGetPos, "Checkpoint (GetPos) NOT committed");
     }
+    // The flush of all streams behind that line has pushed the new file out. A replay's went out before.
+    if (!ReplayFromCkPt()) NoteLostBytes();
     state.CkPtPending = false;
     state.CkPtTaken = true;
     return rc;

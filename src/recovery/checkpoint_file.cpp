@@ -17,8 +17,9 @@ namespace {
 
 struct CkPtFileState {
     std::FILE* CkPtFileStream;
-    bool FreshCkPtFile;  // this process has closed a checkpoint file: the next Open looks for none. Never
-                         // cleared
+    bool lostBytes;      // bytes written to the stream never reached the file; until it is closed
+    int lostError;       // why, as errno said
+    bool FreshCkPtFile;  // the file has been released once: no Open looks for one. Never cleared
     bool preserved;      // whether the last close kept the file; survives Shut
 };
 CkPtFileState state;
@@ -100,14 +101,22 @@ ReturnCode SaveRecord(const void* record, std::uint32_t length) {
     }
     SetCkPtOffset(offset);
 
-    // A stream whose error indicator is set has lost bytes before: some C libraries drop what a failed flush
-    // could not write and succeed from then on. A record behind such a hole would be taken for the missing
-    // one.
-    if (std::ferror(state.CkPtFileStream) != 0) return FailSave("fflush");
+    if (state.lostBytes) {
+        errno = state.lostError;
+        return FailSave("fflush");
+    }
     const std::size_t bytes = length + kRecordLengthBytes;
-    if (std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) != bytes) return FailSave("fwrite");
-    if (std::fflush(state.CkPtFileStream) != 0) return FailSave("fflush");
-    return pmrcOK;
+    const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
+    if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
+    NoteLostBytes();
+    return FailSave(written ? "fflush" : "fwrite");
+}
+
+// The stream's own mark does not last: going back to a position takes it off, and reads leave the same one.
+void NoteLostBytes() {
+    if (state.CkPtFileStream == nullptr || std::ferror(state.CkPtFileStream) == 0) return;
+    state.lostBytes = true;
+    state.lostError = errno;
 }
 
 void ReleaseCkPtFile() {
@@ -149,4 +158,5 @@ ReturnCode ReopenCkPtFile(const char* mode, const char* function) {
 void DropCkPtFileStream() {
     if (state.CkPtFileStream != nullptr) (void)std::fclose(state.CkPtFileStream);
     state.CkPtFileStream = nullptr;
+    state.lostBytes = false;
 }

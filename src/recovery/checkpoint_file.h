@@ -13,25 +13,35 @@
 
 #include "diag/return_codes.h"
 
-/// Opens the file of the CKFILE setting: one that exists for recovery, its contents kept, unless this process
-/// has closed a checkpoint file before; else a new, empty one. Clears the last-record buffer. Does nothing
-/// when there is no checkpointing. Returns pmrcOK; or pmrcFailure, with an error text, when the file cannot
-/// be looked for or opened, or when there is no last-record buffer because Init failed.
+/// Opens the file of the CKFILE setting: one that exists for recovery, its contents kept, unless
+/// ReleaseCkPtFile has run in this process; else a new, empty one. Clears the last-record buffer. Does
+/// nothing when there is no checkpointing. Returns pmrcOK; or pmrcFailure, with an error text, when the file
+/// cannot be looked for or opened, when there is no last-record buffer because Init failed, or, with
+/// checkpoints by MQ, when a new file does not take one record: the last-record buffer is then freed.
 [[nodiscard]] ReturnCode OpenCkPtFile();
 
-/// Makes a message safe before it is committed: it becomes the last record, is appended to the file behind
-/// the position that CkPtOffset then holds, and is flushed.
+/// Makes a message safe before it is committed: it becomes the last record, is appended to the file at the
+/// position that CkPtOffset then holds, and is flushed.
 ///   length  in  bytes, at most BKSZ
-/// Returns pmrcOK; or pmrcFailure, with an error text, after the unit of work was backed out.
+/// Returns pmrcOK; or pmrcFailure, when no file is open, when the file has lost bytes before, and when
+/// telling its position, writing or flushing failed. The unit of work was then backed out, and the error text
+/// is that of the failure or, when backing out failed as well, of that. The record stays the last one;
+/// CkPtOffset has changed unless the position could not be told.
 [[nodiscard]] ReturnCode SaveRecord(const void* record, std::uint32_t length);
 
-/// Closes the file, if it is open, and keeps or deletes it by PreserveRestartInfo; the next Open then begins
-/// a fresh one. A file that an earlier close kept is looked at again: it is deleted when PreserveRestartInfo
-/// has been cleared.
+/// Looks whether the stream has lost bytes: a flush that failed, as the flush of all streams does without
+/// anyone being told, drops what it could not write with some C libraries, and later writes succeed. A record
+/// behind such a hole would be taken for the missing one, so that none is saved until the file is opened
+/// again. To be called right behind the call that pushed written bytes out, with its errno.
+void NoteLostBytes();
+
+/// Closes the file, if it is open, and keeps or deletes it by PreserveRestartInfo; from now on Open begins a
+/// fresh one. A file that an earlier close kept is looked at again: it is deleted when PreserveRestartInfo
+/// has been cleared. A deletion that fails is a warning in the trace.
 void ReleaseCkPtFile();
 
-/// The open checkpoint file, or null before Open, after Close and after a rewrite that could not open it
-/// again.
+/// The open checkpoint file, or null before Open, after Close and after a rewrite that failed with the file
+/// closed.
 [[nodiscard]] std::FILE* CkPtFileStream();
 
 /// Closes the stream, if there is one, and opens the checkpoint file in the mode given.

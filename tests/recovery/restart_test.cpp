@@ -347,6 +347,62 @@ TEST_F(Restart, SetPosToThePositionJustHandedOutTakesItsCheckpointFirst) {
     EXPECT_TRUE(Is(TakePosition(), 2, 2, 4));
 }
 
+// The flush of all streams behind the rewrite, which no one looks at, is where bytes are lost unseen: the
+// fourth of the request.
+TEST_F(Restart, GoingBackToACheckpointThatWasLostUnseenDoesNotForgetTheLoss) {
+    BeginCheckpointing();
+    Deliver({"zero"});
+    const PositionData position = TakePosition();
+    faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 4, .error = ENOSPC});
+    EXPECT_EQ(SetPos(position).returnCode, pmrcOK);
+    EXPECT_EQ(faults->Struck(), 1);
+    EXPECT_TRUE(Gives(Read(), "zero"));
+    PassOver();
+    mq.PutMessage("one");
+    // The stream, rewound, knows no reason any more.
+    EXPECT_TRUE(FailsWith(
+        Read(), ExpectedError(kMain, "checkpoint").Calling("fflush").Processing("Checkpoint", "Undefined")));
+    EXPECT_EQ(mq.Sequence(), "GET BACK");
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"zero"}));
+}
+
+TEST_F(Restart, NothingIsSavedBehindATornRecordThatAReplayHasPassed) {
+    BeginCheckpointing();
+    Deliver({"zero"});
+    const PositionData position = TakeCheckpoint();
+    faults->Add({.call = FileCall::Write, .file = kCkFile, .error = ENOSPC, .transferred = 3});
+    mq.PutMessage("one");
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_EQ(SetPos(position).returnCode, pmrcOK);
+    EXPECT_TRUE(Gives(Read(), "zero"));
+    PassOver();
+    // The replay takes three bytes of a length for its end.
+    mq.PutMessage("one");
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_EQ(mq.Sequence(), "GET BACK");
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"zero"}) + CkRecord("one").substr(0, 3));
+
+    TakeCheckpoint();
+    PassOver();
+    Deliver({"two"});
+    EXPECT_EQ(mq.Sequence(), "GET CMIT");
+    EXPECT_TRUE(ReadFile(kCkFile).ends_with(CkRecord("two")));
+}
+
+TEST_F(Restart, AReadErrorThatTheReplayHasOvercomeDoesNotKeepRecordsFromBeingSaved) {
+    BeginCheckpointing();
+    Deliver({"zero"});
+    const PositionData position = TakeCheckpoint();
+    EXPECT_EQ(SetPos(position).returnCode, pmrcOK);
+    faults->Add({.call = FileCall::Read, .file = kCkFile, .error = EIO});
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_TRUE(Gives(Read(), "zero"));
+    PassOver();
+    Deliver({"one", "two"});
+    EXPECT_EQ(mq.Sequence(), "GET CMIT GET CMIT");
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"zero", "one", "two"}));
+}
+
 TEST_F(Restart, SetPosReturnsTheFailureOfThePendingCheckpoint) {
     BeginCheckpointing();
     Deliver({"zero"});
