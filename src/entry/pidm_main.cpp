@@ -7,8 +7,8 @@
 //   loaded                        load, Shut                Init, ID
 //   initialized, queue closed     Init, also failed; Close  all but Init; Read fails without a queue
 //   initialized, queue open       Open                      all but Init; a second Open fails
-//     checkpoint pending          GetPos                    left by Read, SetPos or GetPos, which carry it
-//     out replaying                   SetPos                    left at the end of the checkpoint file
+//     checkpoint pending          GetPos                    carried out by Read, SetPos or GetPos
+//     replaying                   SetPos                    left at the end of the checkpoint file
 #include <cstdio>
 
 #include "diag/error_text.h"

@@ -17,13 +17,13 @@
 
 /// Carries out the pending checkpoint: rewrites the checkpoint file and puts all further gets under
 /// syncpoint. Whatever the outcome, no checkpoint is pending any more and one counts as taken: later messages
-/// are saved and committed. Returns pmrcOK; pmrcFailure, with an error text, when the rewrite failed;
-/// pmrcNotSupported without a checkpoint file.
+/// are saved and committed. Returns pmrcOK; pmrcFailure, with an error text, when no file is open or the
+/// rewrite failed; pmrcNotSupported when checkpoints are not in a file: the syncpoint choice is then left.
 [[nodiscard]] ReturnCode DoGetPos();
 
 /// Whether a position has been handed out whose checkpoint has not been carried out. Cleared by Init.
 [[nodiscard]] bool CkPtPending();
 void ClearCkPtPending();
 
-/// Whether a checkpoint has been carried out since the module was loaded. Never cleared.
+/// Whether a checkpoint has been carried out, or failed, since the module was loaded. Never cleared.
 [[nodiscard]] bool CkPtTaken();

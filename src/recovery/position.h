@@ -16,7 +16,8 @@ void SetMsgCount(std::int32_t count);
 void CountMessage();
 void UncountMessage();
 
-/// The stream position of the last record written to the checkpoint file, or read back from it. 0 when
+/// The stream position of the last record written to the checkpoint file or read back from it, of the end of
+/// the file when a replay has ended, or the one that SetPos moved the stream to. A rewrite leaves it. 0 when
 /// loaded; it survives Open, Close and Shut.
 [[nodiscard]] std::int64_t CkPtOffset();
 void SetCkPtOffset(std::int64_t offset);

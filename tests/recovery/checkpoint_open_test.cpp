@@ -86,6 +86,32 @@ TEST_F(CheckpointOpen, TheWayOfTheFileIsToldAtAnyTraceLevelItsOpeningAtLevel1) {
     EXPECT_EQ(trace.NewLines(), Lines({kVia}));
 }
 
+TEST_F(CheckpointOpen, ThatTheFileExistsIsToldAtAnyTraceLevelToo) {
+    WriteFile(kCkFile, CkBytes(1));
+    InitWithCheckpoint();
+    // A second Init is refused, but takes the trace to level 0.
+    EXPECT_EQ(Init(kKeywords).returnCode, pmrcFailure);
+    trace.Skip();
+    EXPECT_EQ(Open().returnCode, pmrcOK);
+    EXPECT_EQ(trace.NewLines(), Lines({kVia, kExists}));
+}
+
+TEST_F(CheckpointOpen, AtLevel1ItsOpeningIsToldToo) {
+    InitWithCheckpoint("-QMGR QM1 -QNM Q1 -BKSZ 1000 -TRCL 1 trace.txt -CKFILE ck.dat");
+    EXPECT_EQ(Open().returnCode, pmrcOK);
+    EXPECT_EQ(trace.NewLines(),
+              Lines({Info("PIDMMain", "Queue Manager open"), Info("PIDMMain", "Queue open"), kVia, kOpened}));
+}
+
+TEST_F(CheckpointOpen, AnOpenFailedByTheFileSetsTheSequenceBackAllTheSame) {
+    InitWithCheckpoint();
+    TakePosition();
+    EXPECT_EQ(GetPos().returnCode, pmrcFailure) << "there is no file to rewrite";
+    faults->Add({.call = FileCall::Open, .file = kCkFile, .error = EACCES});
+    EXPECT_EQ(Open().returnCode, pmrcFailure);
+    EXPECT_TRUE(Is(TakePosition(), 1, 0, 0));
+}
+
 TEST_F(CheckpointOpen, AMissingDirectoryFailsTheOpen) {
     InitWithCheckpoint("-QMGR QM1 -QNM Q1 -BKSZ 1000 -TRCL 4 trace.txt -CKFILE nowhere/ck.dat");
     EXPECT_TRUE(FailsWith(Open(), OpenFailed(ENOENT, "nowhere/ck.dat")));

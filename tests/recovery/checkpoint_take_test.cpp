@@ -383,6 +383,29 @@ TEST_F(CheckpointTake, ALastRecordOfAFullBlockIsKeptWhole) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {full}));
 }
 
+TEST_F(CheckpointTake, ALastRecordOfNoBytesIsNotPutIntoTheFile) {
+    BeginReplay(1, {"a", ""});
+    EXPECT_TRUE(Gives(Read(), "a"));
+    EXPECT_TRUE(Gives(Read(), ""));
+    EXPECT_EQ(Read().returnCode, pmrcEOF);
+    EXPECT_EQ(TakeCheckpoint().CkPtSeq, 2);
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(2));
+}
+
+TEST_F(CheckpointTake, AtLevel1AFailedCheckpointIsAJobEvent) {
+    BeginCheckpointing("", 1);
+    Deliver({"first"});
+    TakePosition();
+    PassOver();
+    faults->Add({.call = FileCall::Write, .file = kCkFile, .error = ENOSPC});
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    const ExpectedError error = ExpectedError(kReset, "checkpoint file header record (seq)")
+                                    .Calling("fwrite")
+                                    .Processing("Checkpoint", std::strerror(ENOSPC));
+    EXPECT_EQ(trace.NewLines(),
+              Chain({{Error(kReset, ShortWrite(4, 0))}, error.TraceLines(), kNotCommitted}));
+}
+
 TEST_F(CheckpointTake, AReadThatReturnsNothingLeavesTheLastRecord) {
     BeginCheckpointing();
     Deliver({"first"});

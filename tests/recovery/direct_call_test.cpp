@@ -61,6 +61,14 @@ class DirectCall : public testing::Test {
         SetConnectionHandle(connection);
         mq.Forget();
     }
+    /// Connected, and the queue open.
+    void Open() {
+        SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+        ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
+        writableSettings.OTENACITY = 1;
+        writableSettings.RWAIT = 1;
+        ASSERT_EQ(OpenQueue(1, 0), pmrcOK);
+    }
     static testing::AssertionResult ErrorIs(const ExpectedError& error) {
         if (ErrorText() == nullptr) return testing::AssertionFailure() << "no error text";
         if (ErrorText() != error.Text() || ErrorTextLength() != error.Size())
@@ -157,21 +165,82 @@ TEST_F(DirectCall, ByMqTheReportSaysSo) {
     EXPECT_THAT(trace.NewLines(), Contains(Info("ParseParms", "Checkpoint: MQ based.")));
 }
 
-TEST_F(DirectCall, ByMqOpenKeepsThePreviousRecordAndAReadEndsTheReplay) {
+TEST_F(DirectCall, ByMqOpenKeepsThePreviousRecord) {
     CheckpointByMq(kCkFile);
-    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
-    ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
-    writableSettings.OTENACITY = 1;
-    writableSettings.RWAIT = 1;
-    ASSERT_EQ(OpenQueue(1, 0), pmrcOK);
+    Open();
     mq.PutMessage("kept");
     char buffer[kBlockBytes];
     std::uint32_t length = 0;
     ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
     EXPECT_EQ(std::string(buffer, length), "kept");
     EXPECT_TRUE(EqualsKeptRecord("kept", 4));
+    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+}
+
+TEST_F(DirectCall, ByMqTheReadBehindAPositionIsNotSupportedOnce) {
+    CheckpointByMq(kCkFile);
+    Open();
+    const PositionData* position = nullptr;
+    ASSERT_EQ(GetPosition(&position), pmrcOK);
+    mq.PutMessage("message");
+    char buffer[kBlockBytes];
+    std::uint32_t length = 1;
+    EXPECT_EQ(ReadRecord(buffer, &length), pmrcNotSupported);
+    EXPECT_EQ(length, 0U);
+    EXPECT_EQ(mq.Count(Verb::Get), 0U);
+    EXPECT_EQ(ReadRecord(buffer, &length), pmrcOK);
+    EXPECT_EQ(mq.Sequence(), "CONNX OPEN GET") << "nothing is saved or committed by MQ's means";
+    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+}
+
+TEST_F(DirectCall, ByMqARedundantGetPosIsNotSupported) {
+    CheckpointByMq(kCkFile);
+    const PositionData* position = nullptr;
+    ASSERT_EQ(GetPosition(&position), pmrcOK);
+    EXPECT_EQ(GetPosition(&position), pmrcNotSupported);
+    EXPECT_EQ(position, nullptr);
+    EXPECT_TRUE(ErrorIs(ExpectedError("PIDMMain", "Redundant GetPos request tolerated").Warning()));
+}
+
+TEST_F(DirectCall, ByMqEveryReadBehindSetPosIsNotSupported) {
+    CheckpointByMq(kCkFile);
+    Open();
+    const PositionData position{7, 5, 0};
+    ASSERT_EQ(SetPosition(&position, sizeof position), pmrcOK);
+    mq.PutMessage("message");
+    char buffer[kBlockBytes];
+    std::uint32_t length = 1;
+    for (int read = 1; read <= 2; ++read)
+        EXPECT_EQ(ReadRecord(buffer, &length), pmrcNotSupported);
+    EXPECT_EQ(mq.Sequence(), "CONNX OPEN BACK");
+    EXPECT_TRUE(ReplayFromCkPt());
+    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+}
+
+// Both kinds of checkpoints at once, which Init refuses: the only way by MQ to a record that is replayed.
+TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
+    WriteFile(kCkFile, CkBytes(7, {"one", "two"}));
+    CheckpointByMq(kCkFile);
+    writableSettings.CKFILE = true;
+    Open();
+    const PositionData position{7, 5, 0};
+    ASSERT_EQ(SetPosition(&position, sizeof position), pmrcOK);
+    char buffer[kBlockBytes];
+    std::uint32_t length = 0;
+    ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
+    EXPECT_EQ(std::string(buffer, length), "one");
     EXPECT_FALSE(ReplayFromCkPt());
     EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+}
+
+TEST_F(DirectCall, ARecordOfNoBytesIsSavedAsItsLengthAlone) {
+    writableSettings.CKFILE = true;
+    std::strcpy(writableSettings.checkpointPath, "empty.dat");
+    ASSERT_TRUE(AllocateRecordBuffer(kBlockBytes));
+    ASSERT_EQ(OpenCkPtFile(), pmrcOK);
+    EXPECT_EQ(SaveRecord("", 0), pmrcOK);
+    DropCkPtFileStream();
+    EXPECT_EQ(ReadFile("empty.dat"), std::string(8, '\0'));
 }
 
 TEST_F(DirectCall, ABackOutThatSucceedsReportsNothing) {

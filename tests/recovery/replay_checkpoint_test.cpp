@@ -96,6 +96,14 @@ TEST_F(ReplayCheckpoint, ARedundantGetPosTakesItToo) {
     EXPECT_THAT(ReadAll(2), ElementsAre("ccc", "dddd"));
 }
 
+TEST_F(ReplayCheckpoint, SetPosToItsPositionTakesItTooAndStartsWithTheLastRecord) {
+    BeginInTheMiddle();
+    EXPECT_EQ(SetPos({4, 2, 13}).returnCode, pmrcOK);
+    EXPECT_EQ(ReadFile(kCkFile), Rewritten());
+    EXPECT_THAT(ReadAll(3), ElementsAre("bb", "ccc", "dddd"));
+    EXPECT_EQ(TakePosition().CkPtMsgCount, 4);
+}
+
 TEST_F(ReplayCheckpoint, TheLastRecordStaysTheOneDelivered) {
     BeginInTheMiddle();
     EXPECT_FALSE(GetPos().given);
@@ -294,6 +302,21 @@ TEST_F(ReplayCheckpoint, ALengthAboveTheBlocksizeIsNotCopied) {
         ExpectedError(kFunction, "checkpoint record length").Processing("Checkpoint", "Undefined"),
         "MQA0152: <!ERROR! Invalid record length (65537), read 65536>");
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(3, {"a"}) + badLength + std::string(70000, 'x'));
+}
+
+TEST_F(ReplayCheckpoint, AtLevel1TheTemporaryFileAndATornRecordAreJobEvents) {
+    WriteFile(kCkFile, CkBytes(3, {"a", "bb"}).substr(0, 4 + 9 + 8 + 1));
+    BeginCheckpointing("", 1);
+    EXPECT_EQ(SetPos({3, 0, 0}).returnCode, pmrcOK);
+    EXPECT_TRUE(Gives(Read(), "a"));
+    TakePosition();
+    PassOver();
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_EQ(trace.NewLines(),
+              Chain({TempNamed(),
+                     {Error(kFunction, ShortRead(2, 1))},
+                     About("checkpoint record body", "fread", "Checkpoint", "Undefined").TraceLines(),
+                     kNotCommitted}));
 }
 
 TEST_F(ReplayCheckpoint, AnOldFileThatCannotBeDeletedFailsAndBothFilesStay) {

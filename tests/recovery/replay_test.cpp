@@ -86,6 +86,47 @@ INSTANTIATE_TEST_SUITE_P(Lengths, LengthAboveBlocksize,
                                          BadLength{0x100000005, "5"}, BadLength{~0ULL, "-1"},
                                          BadLength{0x8000000000000000, "0"}));
 
+TEST_F(Replay, AtLevel1ABadLengthIsAJobEvent) {
+    WriteFile(kCkFile, CkBytes(1) + LengthField(65537));
+    BeginCheckpointing("", 1);
+    EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
+    PassOver();
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    const ExpectedError error =
+        ExpectedError(kFunction, "checkpoint record length").Processing("Checkpoint", "Undefined");
+    EXPECT_EQ(trace.NewLines(),
+              Chain({{Error(kFunction, "MQA0152: <!ERROR! Invalid record length (65537), read 65536>")},
+                     error.TraceLines()}));
+}
+
+TEST_F(Replay, AtLevel1ATornRecordIsAJobEvent) {
+    WriteFile(kCkFile, CkBytes(1) + LengthField(4) + "abc");
+    BeginCheckpointing("", 1);
+    EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
+    PassOver();
+    EXPECT_EQ(Read().returnCode, pmrcFailure);
+    EXPECT_EQ(trace.NewLines(), Chain({{Error(kFunction, ShortRead(4, 3))},
+                                       ReadFailed("checkpoint record body", "Undefined").TraceLines()}));
+}
+
+TEST_F(Replay, AtLevel2TheLengthOfEachRecordIsTraced) {
+    WriteFile(kCkFile, CkBytes(1, {"record"}));
+    BeginCheckpointing("", 2);
+    EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
+    PassOver();
+    EXPECT_TRUE(Gives(Read(), "record"));
+    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcOK, {{Info(kFunction, "Checkpoint record length: 6")}}));
+}
+
+TEST_F(Replay, AnEndOfTheInputThatTheHostAsksForComesBehindTheReplay) {
+    BeginReplay(1, {"a", "b"});
+    EXPECT_EQ(PutAttribute("GEN_EOF", "").returnCode, pmrcOK);
+    EXPECT_TRUE(Gives(Read(), "a"));
+    EXPECT_TRUE(Gives(Read(), "b"));
+    EXPECT_EQ(Read().returnCode, pmrcEOF);
+    EXPECT_EQ(mq.Sequence(), "");
+}
+
 TEST_F(Replay, APositionThatCannotBeToldFailsTheRead) {
     BeginReplay(1, {"a", "b"});
     faults->Add({.call = FileCall::Tell, .file = kCkFile, .error = EIO});

@@ -41,10 +41,13 @@ class Restart : public RecoveryFixture {
         WriteFile(kCkFile, bytes);
         BeginCheckpointing(keywords);
     }
-    void ExpectTheQueueIsReadNext() {
+    /// From the point where it looks at the file on, SetPos has put all further gets under syncpoint.
+    void ExpectTheQueueIsReadNext(MQLONG sync = MQGMO_SYNCPOINT) {
         PassOver();
-        Deliver({"from the queue"});
-        EXPECT_EQ(mq.Sequence().substr(0, 3), "GET");
+        Deliver({"from the queue", "likewise"});
+        EXPECT_EQ(mq.Sequence(), "GET GET");
+        for (const MqCall& get : mq.calls)
+            EXPECT_EQ(get.getOptions.Options, sync + MQGMO_WAIT);
     }
 };
 
@@ -92,8 +95,8 @@ TEST_P(PositionLength, PositionDataOfAnotherLengthAreRefused) {
     EXPECT_TRUE(FailsWith(SetPosBytes(std::string(GetParam(), '\1')), error));
     EXPECT_EQ(trace.NewLines(), Traced("SetPos", pmrcFailure, {error.TraceLines()}));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
-    ExpectTheQueueIsReadNext();
-    EXPECT_TRUE(Is(TakePosition(), 1, 1, 0));
+    ExpectTheQueueIsReadNext(MQGMO_NO_SYNCPOINT);
+    EXPECT_TRUE(Is(TakePosition(), 1, 2, 0));
 }
 
 INSTANTIATE_TEST_SUITE_P(Bytes, PositionLength, testing::Values(0, 1, 15, 17, 32));
@@ -108,6 +111,7 @@ TEST_F(Restart, SetPosWithoutCheckpointingFails) {
     EXPECT_TRUE(FailsWith(SetPos({1, 0, 0}), error));
     EXPECT_EQ(trace.NewLines(), Traced("SetPos", pmrcFailure, {error.TraceLines()}));
     EXPECT_TRUE(FailsWith(SetPosBytes("short"), error));
+    ExpectTheQueueIsReadNext(MQGMO_NO_SYNCPOINT);
 }
 
 TEST_F(Restart, SetPosBeforeOpenFindsNoFile) {
@@ -130,6 +134,12 @@ TEST_F(Restart, ACountOf1IsLoweredTo0) {
     BeginWithFile(CkBytes(1, {"last"}));
     EXPECT_EQ(SetPos({1, 1, 0}).returnCode, pmrcOK);
     EXPECT_TRUE(Is(TakePosition(), 2, 0, 0));
+}
+
+TEST_F(Restart, ACountBelow0IsLoweredAsWell) {
+    BeginWithFile(CkBytes(1, {"last"}));
+    EXPECT_EQ(SetPos({1, -1, 0}).returnCode, pmrcOK);
+    EXPECT_TRUE(Is(TakePosition(), 2, -2, 0));
 }
 
 TEST_F(Restart, TheReadThatMeetsTheEndOfTheFileGoesOnToTheQueue) {
@@ -219,7 +229,7 @@ TEST_F(Restart, APositionThatCannotBeSoughtIsRefused) {
               Traced("SetPos", pmrcFailure,
                      {Requested(2), kRewinding, FileSequence(1), SeekingTo(2, 4), error.TraceLines()}));
     ExpectTheQueueIsReadNext();
-    EXPECT_TRUE(Is(TakePosition(), 2, 5, 4)) << "the sequence is that of the file, the offset the host's";
+    EXPECT_TRUE(Is(TakePosition(), 2, 6, 4)) << "the sequence is that of the file, the offset the host's";
 }
 
 TEST_F(Restart, ANegativeOffsetIsRefused) {
@@ -269,7 +279,7 @@ TEST_F(Restart, OpenEndsAReplay) {
     BeginReplay(1, {"a", "b"});
     EXPECT_EQ(Close().returnCode, pmrcOK);
     EXPECT_EQ(Open().returnCode, pmrcOK);
-    ExpectTheQueueIsReadNext();
+    ExpectTheQueueIsReadNext(MQGMO_NO_SYNCPOINT);
 }
 
 TEST_F(Restart, AReplayThatLostItsFileFailsAndTouchesNone) {
@@ -414,6 +424,8 @@ TEST_F(Restart, SetPosReturnsTheFailureOfThePendingCheckpoint) {
                   ExpectedError("ResetCkptFile", "MQA0137: <Checkpoint file (ck.dat) open failed. Reason '" +
                                                      std::string(std::strerror(EACCES)) + "'>")));
     EXPECT_THAT(trace.NewLines(), testing::Not(Contains(kRewinding[0])));
+    // The checkpoint is no longer pending, and no replay has begun.
+    EXPECT_TRUE(GetPos().given);
 }
 
 TEST_F(Restart, SetPosToTheCheckpointBeforeDropsAPendingOne) {
