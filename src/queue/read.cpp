@@ -17,7 +17,7 @@
 
 namespace {
 
-bool keepPreviousFlag;  // set by Open
+bool keepPreviousFlag;  // set or cleared by each Open; survives Close and Shut
 
 constexpr char kFunction[] = "PIDMMain";
 
@@ -30,35 +30,43 @@ ReturnCode FailGet(const char* message) {
     return pmrcFailure;
 }
 
-ReturnCode EndOfInput() {
-    TraceJobEvent(Severity::Info, "EOF from MQGET");
-    return pmrcEOF;
+bool IsMessage(const GetOutcome& outcome) {
+    return outcome.compCode == MQCC_OK && outcome.dataLength > 0;
 }
 
-// Whatever stands in the outcome is that of an earlier get; only one that tells of an empty queue is told
-// again.
+void TellEmptyQueue() {
+    TraceJobEvent(Severity::Info, "EOF from MQGET");
+}
+
+// Whether an outcome without a message ends the input; if so, tells which end it is. A failure that brought
+// no data does, whatever its reason: hosts know it as the end.
+bool TellEnd(const GetOutcome& outcome) {
+    if (outcome.reason == MQRC_SYNCPOINT_LIMIT_REACHED) {
+        TraceJobEvent(Severity::Warning, FormatText("%s %s %s", "Checkpoint capacity exceeded.",
+                                                    "No more messages can be handled within current",
+                                                    "unit of work.  Returning EOF."));
+        return true;
+    }
+    if (outcome.reason != MQRC_NO_MSG_AVAILABLE && outcome.dataLength != 0) return false;
+    TellEmptyQueue();
+    return true;
+}
+
+// Whatever stands in the outcome is that of an earlier get: an end is told again, a message is not returned
+// and a failure not reported a second time.
 ReturnCode ClassifyEofRequest(const GetOutcome& outcome) {
-    const bool message = outcome.compCode == MQCC_OK && outcome.dataLength > 0;
-    const bool limit = outcome.reason == MQRC_SYNCPOINT_LIMIT_REACHED;
-    if (!message && !limit && (outcome.reason == MQRC_NO_MSG_AVAILABLE || outcome.dataLength == 0))
-        return EndOfInput();
+    if (!IsMessage(outcome)) (void)TellEnd(outcome);
     return pmrcEOF;
 }
 
 // Tells a message (pmrcOK) from the ends and failures of MQGET.
 ReturnCode ClassifyGet(const GetOutcome& outcome) {
-    if (outcome.compCode == MQCC_OK && outcome.dataLength > 0) {
+    if (IsMessage(outcome)) {
         // More than the buffer holds is no message, whatever the completion code says.
         if (outcome.dataLength > Setting().BKSZ) return FailGet(FormatNumbered(161, Setting().BKSZ));
         return pmrcOK;
     }
-    if (outcome.reason == MQRC_SYNCPOINT_LIMIT_REACHED) {
-        TraceJobEvent(Severity::Warning, FormatText("%s %s %s", "Checkpoint capacity exceeded.",
-                                                    "No more messages can be handled within current",
-                                                    "unit of work.  Returning EOF."));
-        return pmrcEOF;
-    }
-    if (outcome.reason == MQRC_NO_MSG_AVAILABLE || outcome.dataLength == 0) return EndOfInput();
+    if (TellEnd(outcome)) return pmrcEOF;
     if (outcome.reason == MQRC_TRUNCATED_MSG_FAILED) return FailGet(FormatNumbered(161, Setting().BKSZ));
     return FailGet(FormatNumbered(165, static_cast<long>(outcome.reason)));
 }
@@ -104,7 +112,10 @@ ReturnCode ReadFromQueue(void* buffer, std::uint32_t* length, bool* kept) {
     if (end == GetEnd::EofRequested) return ClassifyEofRequest(outcome);
     // When the clock jumped no message was asked for, and the outcome is that of an earlier read: its record
     // must not be returned a second time.
-    if (end == GetEnd::ReadWaitOver && outcome.compCode == MQCC_OK) return EndOfInput();
+    if (end == GetEnd::ReadWaitOver && outcome.compCode == MQCC_OK) {
+        TellEmptyQueue();
+        return pmrcEOF;
+    }
     ReturnCode rc = ClassifyGet(outcome);
     if (rc != pmrcOK) return rc;
 

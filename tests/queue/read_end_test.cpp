@@ -89,6 +89,15 @@ TEST_F(ReadEndTest, TimeOutExpiresOnceItsSecondsAreExceeded) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kExpired));
 }
 
+TEST_F(ReadEndTest, TimeOutExpiresThoughTheReadWaitIsUnlimited) {
+    InitAndOpenTraced(1, "-RWAIT -1");
+    PutAttribute("TIMEOUT_SECONDS", "40");
+    trace.Skip();
+    ExpectEnd(Read(), pmrcTimeout);
+    EXPECT_EQ(mq.Count(Verb::Get), 110U) << "slices of 375 ms, the last begun at 40 seconds";
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kExpired));
+}
+
 TEST_F(ReadEndTest, ExpiredTimeOutStandsAndTakesWhatALaterReadGets) {
     InitAndOpenTraced(1, "-RWAIT 10");
     PutAttribute("TIMEOUT_SECONDS", "4");
@@ -217,14 +226,27 @@ TEST_F(ReadEndTest, RequestedEndAfterAFailedGetReportsNothingAgain) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
 }
 
-TEST_F(ReadEndTest, RequestedEndAfterTheSyncpointLimitReportsNothingAgain) {
+TEST_F(ReadEndTest, RequestedEndAfterTheSyncpointLimitTellsOfItAgain) {
     InitAndOpenTraced(1);
     mq.FailGet(MQCC_FAILED, MQRC_SYNCPOINT_LIMIT_REACHED);
     ExpectEnd(Read(), pmrcEOF);
     PutAttribute("GEN_EOF", "");
     trace.Skip();
     ExpectEnd(Read(), pmrcEOF);
-    EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
+    EXPECT_THAT(trace.NewLines(),
+                ElementsAre(kRequested, WarningLine("PIDMMain",
+                                                    "Checkpoint capacity exceeded. No more messages can be "
+                                                    "handled within current unit of work.  Returning EOF.")));
+}
+
+TEST_F(ReadEndTest, RequestedEndAfterAFailureWithoutDataAlsoSpeaksOfMqget) {
+    InitAndOpenTraced(1);
+    mq.FailGet(MQCC_FAILED, 2009);
+    ExpectEnd(Read(), pmrcEOF);
+    PutAttribute("GEN_EOF", "");
+    trace.Skip();
+    ExpectEnd(Read(), pmrcEOF);
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested, kEof));
 }
 
 TEST_F(ReadEndTest, RequestedEndDoesNotJudgeTheLastMessageAgain) {
