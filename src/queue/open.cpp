@@ -128,9 +128,8 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
         TraceJobEvent(FormatText("%s %s %s", "Ignoring unnecessary", kPathname, "specification at open"),
                       Severity::Warning);
     }
-    // What a failed Open or Close left behind; the files stay.
+    // What a failed Open left behind; its file stays.
     DropLogStream();
-    DropCkPtFileStream();
 
     ReturnCode rc = pmrcOK;
     if (Setting().LOG) rc = OpenLogFile();
@@ -139,6 +138,8 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (rc != pmrcOK) return rc;
     TraceJobEvent(FormatText("Queue open"));
     ResetReadState();
+    // What a failed Close left open. Only here: before, a later CloseAll is still to keep or delete the file.
+    DropCkPtFileStream();
     rc = OpenCkPtFile();
     SetCkPtSeq(0);
     return rc;

@@ -28,5 +28,5 @@ void CloseLogFile();
 /// Whether an earlier close kept the log's file.
 [[nodiscard]] bool LogPreserved();
 
-/// Closes a log that a failed Open or Close left open; its file stays as it is.
+/// Closes a log that a failed Open left open; its file stays as it is.
 void DropLogStream();

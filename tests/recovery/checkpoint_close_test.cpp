@@ -166,6 +166,37 @@ TEST_F(CheckpointClose, AFileStaysOpenWhenTheQueueCannotBeClosedAndShutReleasesI
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1));
 }
 
+TEST_F(CheckpointClose, AFileThatAFailedCloseLeftOpenIsReleasedAlsoBehindAFailedOpen) {
+    for (const char* preserve : {"YES", "NO"}) {
+        BeginCheckpointing();
+        PreserveRestartInfo(preserve);
+        mq.onClose.push_back({.compCode = MQCC_FAILED, .reason = 2009});
+        EXPECT_EQ(Close().returnCode, pmrcFailure);
+        mq.onConnx.push_back({.compCode = MQCC_FAILED, .reason = 2059});
+        EXPECT_EQ(Open().returnCode, pmrcFailure);
+        const bool kept = std::string(preserve) == "YES";
+        EXPECT_EQ(LinesOfShut(),
+                  Traced("Shut", pmrcOK,
+                         {{Info("CloseAll", "closing MQ Q Manager")}, {kept ? kPreserving : kDeleting}}));
+        EXPECT_EQ(FileExists(kCkFile), kept);
+    }
+}
+
+TEST_F(CheckpointClose, AnOpenBehindAFailedCloseFindsTheFileWithItsRecords) {
+    BeginCheckpointing();
+    Deliver({"first"});
+    TakeCheckpoint();
+    Deliver({"second"});
+    mq.onClose.push_back({.compCode = MQCC_FAILED, .reason = 2009});
+    EXPECT_EQ(Close().returnCode, pmrcFailure);
+    PassOver();
+    EXPECT_EQ(Open().returnCode, pmrcOK);
+    EXPECT_THAT(trace.NewLines(),
+                Contains(Info("OpenCkPtFile", "Checkpoint pathname exists, will be used for recovery")));
+    EXPECT_EQ(CallsOn(kCkFile).front(), "close ck.dat") << "no stream is left behind";
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first", "second"}));
+}
+
 TEST_F(CheckpointClose, AReplayedFileIsKeptOrDeletedLikeAnyOther) {
     BeginReplay(1, {"a", "b"});
     PreserveRestartInfo("YES");
