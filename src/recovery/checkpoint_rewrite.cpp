@@ -172,5 +172,7 @@ ReturnCode StartAgainInReplay() {
 
 ReturnCode ResetCkptFile() {
     if (CkPtFileStream() == nullptr) return Fail("empty checkpoint file");
+    // A Shut that failed at the queue left the file open, and the Init behind it made no buffer.
+    if (!RecordBufferExists()) return Fail("memory allocation failed");
     return ReplayFromCkPt() ? StartAgainInReplay() : StartAgain();
 }

@@ -96,6 +96,17 @@ TEST_F(CheckpointTake, TheCheckpointIsOnDiskEvenWhenTheQueueIsEmpty) {
     EXPECT_EQ(mq.Sequence(), "GET");
 }
 
+TEST_F(CheckpointTake, TheCheckpointIsTakenBeforeARequestedEnd) {
+    BeginCheckpointing();
+    Deliver({"first"});
+    TakePosition();
+    ASSERT_EQ(PutAttribute("GEN_EOF", "").returnCode, pmrcOK);
+    mq.Forget();
+    EXPECT_EQ(Read().returnCode, pmrcEOF);
+    EXPECT_EQ(mq.Sequence(), "");
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first"}));
+}
+
 TEST_F(CheckpointTake, EachCheckpointStartsTheFileAgain) {
     BeginCheckpointing();
     Deliver({"first"});
@@ -265,6 +276,20 @@ TEST_F(CheckpointTake, ACheckpointAfterCloseFindsNoFileAndTouchesNone) {
     TakePosition();
     PassOver();
     EXPECT_TRUE(FailsWith(GetPos(), EmptyFile()));
+    EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first"}));
+}
+
+TEST_F(CheckpointTake, WithoutARecordBufferAFileThatShutLeftOpenIsNotTouched) {
+    BeginCheckpointing();
+    Deliver({"first"});
+    TakeCheckpoint();
+    mq.onClose.push_back({.compCode = MQCC_FAILED, .reason = 2009});
+    EXPECT_EQ(Shut(1).returnCode, pmrcFailure);
+    EXPECT_EQ(Init("-QMGR QM1 -QNM Q1 -CKFILE ck.dat -UNKNOWN").returnCode, pmrcFailure);
+    TakePosition();
+    faults->log.clear();
+    EXPECT_TRUE(FailsWith(GetPos(), ExpectedError("ResetCkptFile", "memory allocation failed")));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first"}));
 }
