@@ -185,6 +185,31 @@ TEST_F(CloseTest, FailedQueueCloseStopsAndLeavesTheManagerForShut) {
     EXPECT_FALSE(FileExists("ck.dat"));
 }
 
+TEST_F(CloseTest, FailuresTellNamesOf48CharactersWhole) {
+    const std::string manager = "M." + std::string(46, 'X');
+    const std::string queue = "Q." + std::string(46, 'Y');
+    ASSERT_TRUE(Succeeds(Init("-QMGR " + manager + " -QNM " + queue)));
+    ASSERT_TRUE(Succeeds(Open()));
+    mq.onClose.push_back({MQCC_FAILED, 2018});
+    EXPECT_TRUE(FailsWith(Close(), ExpectedError("CloseAll", "MQA0142: <MQCLOSE failed.  QName = " + queue +
+                                                                 ". Reason code = 2018>")));
+    mq.onDisc.push_back({MQCC_FAILED, 2018});
+    EXPECT_TRUE(FailsWith(Close(), ExpectedError("CloseAll", "MQA0144: <MQDISC failed. QMName = " + manager +
+                                                                 ", reason code = 2018>")));
+}
+
+TEST_F(CloseTest, FailureTellsTheNameThatMqopenPutIntoTheDescriptor) {
+    const std::string dynamic = "AMQ." + std::string(44, '1');
+    ASSERT_TRUE(Succeeds(Init(kRequired)));
+    MqOutcome opened;
+    opened.objectName = dynamic;
+    mq.onOpen.push_back(opened);
+    ASSERT_TRUE(Succeeds(Open()));
+    mq.onClose.push_back({MQCC_FAILED, 2018});
+    EXPECT_TRUE(FailsWith(Close(), ExpectedError("CloseAll", "MQA0142: <MQCLOSE failed.  QName = " + dynamic +
+                                                                 ". Reason code = 2018>")));
+}
+
 TEST_F(CloseTest, QueueCloseThatWarnsIsAnErrorToo) {
     InitAndOpen();
     mq.onClose.push_back({MQCC_WARNING, 2458});

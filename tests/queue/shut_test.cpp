@@ -42,6 +42,26 @@ TEST_F(ShutTest, CarriesOnThroughEveryFailureUnlessItsModeIsOne) {
     }
 }
 
+TEST_F(ShutTest, ReportsTheFailuresThatItCarriesOnThroughAndReleasesTheFile) {
+    InitAndOpenTraced(1, "-CKFILE ck.dat");
+    mq.onClose.push_back({MQCC_FAILED, 2018});
+    mq.onDisc.push_back({MQCC_WARNING, 2002});
+    EXPECT_TRUE(Succeeds(Shut()));
+    std::vector<std::string> lines = {InfoLine("CloseAll", "closing MQ named Q")};
+    for (const std::string& line :
+         ExpectedError("CloseAll", "MQA0142: <MQCLOSE failed.  QName = Q1. Reason code = 2018>").TraceLines())
+        lines.push_back(line);
+    lines.push_back(InfoLine("CloseAll", "closing MQ Q Manager"));
+    for (const std::string& line :
+         ExpectedError("CloseAll", "MQA0144: <MQDISC failed. QMName = QM1, reason code = 2002>")
+             .Warning()
+             .TraceLines())
+        lines.push_back(line);
+    lines.push_back(InfoLine("CloseAll", "Deleting checkpoint file ('ck.dat')."));
+    EXPECT_THAT(trace.NewLines(), testing::ElementsAreArray(lines));
+    EXPECT_FALSE(FileExists("ck.dat"));
+}
+
 TEST_F(ShutTest, OfModeOneStopsAtTheFirstFailureYetEndsTheLife) {
     InitAndOpen("-CKFILE ck.dat");
     mq.Forget();

@@ -180,6 +180,22 @@ TEST_F(Replay, ASetPosAfterAFailedReadReplaysEverything) {
     EXPECT_THAT(ReadAll(), ElementsAre("a", "b"));
 }
 
+TEST_F(Replay, ARequestedEndComesBehindTheRecordsOfTheFile) {
+    BeginReplay(1, {"a", "b"});
+    ASSERT_EQ(PutAttribute("GEN_EOF", "").returnCode, pmrcOK);
+    EXPECT_THAT(ReadAll(), ElementsAre("a", "b"));
+    EXPECT_EQ(mq.Sequence(), "");
+}
+
+TEST_F(Replay, AnExpiredTimeOutStandsBehindTheRecordsOfTheFile) {
+    BeginReplay(1, {"a", "b"});
+    ASSERT_EQ(PutAttribute("TIMEOUT_SECONDS", "-1").returnCode, pmrcOK);
+    EXPECT_TRUE(Gives(Read(), "a"));
+    EXPECT_TRUE(Gives(Read(), "b"));
+    EXPECT_EQ(Read().returnCode, pmrcTimeout);
+    EXPECT_EQ(mq.Sequence(), "");
+}
+
 // What a file cut at that byte must give, told from the format alone.
 struct Remains {
     std::vector<std::string> records;

@@ -57,6 +57,11 @@ void Open(MQHCONN Hconn, MQPTR ObjDesc, MQLONG Options, MQHOBJ* Hobj, MQLONG* Co
     call.objectDescriptor = *static_cast<const MQOD*>(ObjDesc);
     const MqOutcome outcome = Answer(call, current->onOpen, CompCode, Reason);
     if (outcome.handle || outcome.compCode != MQCC_FAILED) *Hobj = outcome.handle.value_or(kObject);
+    if (!outcome.objectName.empty()) {
+        auto& name = static_cast<MQOD*>(ObjDesc)->ObjectName;
+        std::memset(name, ' ', sizeof name);
+        std::memcpy(name, outcome.objectName.data(), std::min(outcome.objectName.size(), sizeof name));
+    }
 }
 
 void Get(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG BufferLength, MQPTR Buffer,

@@ -39,6 +39,7 @@ struct MqOutcome {
     MQLONG reason = MQRC_NONE;
     std::optional<MQLONG> handle{};  ///< MQCONNX, MQOPEN: handle given back; by default 7 and 9 unless failed
     std::function<void()> effect{};  ///< carried out at the call
+    std::string objectName{};        ///< MQOPEN: the name put into the descriptor, as for a model queue
 };
 
 /// A scripted answer of MQGET: a message, or a failure.
