@@ -115,8 +115,8 @@ static_assert(offsetof(AttributeBlock, name) == 46 && offsetof(AttributeBlock, v
               offsetof(AttributeBlock, value) == 305);
 
 /// Carries out one request.
-///   request  in/out  OptCode names the request; ReturnCode, ErrorTextLength and ErrorText receive its
-///   outcome data     in/out  the block of the option, see above
+///   request  in/out  OptCode names the request; ReturnCode, ErrorTextLength and ErrorText get its outcome
+///   data     in/out  the block of the option, see above
 /// Called from one thread, one call at a time. Returns nothing: the outcome is in the request block.
 extern "C" void PIDMMain(RequestBlock* request, void* data);
 using PIDMMainFunction = void (*)(RequestBlock* request, void* data);

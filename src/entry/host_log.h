@@ -6,12 +6,12 @@
 #include "diag/return_codes.h"
 
 /// Takes over the host's log handle and at once hands it the host-log form of the start-up report.
-///   value   in  the handle; at most its first 8 bytes count, a shorter value leaves the rest of the handle
-///   zero length  in  bytes
-/// Returns pmrcOK; pmrcBadAttrValue when the host's function refuses, or when the handle leads to no
-/// function;
-///   pmrcFailure, with an error text, when there is no memory for the call's buffer. The handle counts as
-///   supplied in every case.
+///   value   in  the handle; at most its first 8 bytes count, behind a shorter one the handle is zero
+///   length  in  bytes
+/// Returns pmrcOK;
+///   pmrcBadAttrValue  the host's function refuses, or the handle leads to no function; the handle is kept
+///   pmrcFailure       no memory for the call's buffer, with an error text; the handle stays what it was
+/// In every case a handle counts as supplied from now on.
 [[nodiscard]] ReturnCode TakeHostLogHandle(const char* value, std::uint32_t length);
 
 /// Prints the start-up report to standard output: the host-log form when the host has supplied its handle,

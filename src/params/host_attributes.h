@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-/// The host has asked for the end of the input. Cleared by Open.
+/// The host has asked for the end of the input. Cleared by an Open that opens the queue, by nothing else.
 [[nodiscard]] bool GenEofFlag();
 void SetGenEofFlag(bool requested);
 

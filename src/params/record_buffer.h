@@ -34,4 +34,5 @@ void KeepRecord(const void* record, std::uint32_t length);
 
 /// Whether the record equals the first length bytes behind the length word. When the kept record is shorter,
 /// bytes of earlier records take part in the comparison, as they always have.
+///   length  in  bytes, at most the recordBytes of AllocateRecordBuffer
 [[nodiscard]] bool EqualsKeptRecord(const void* record, std::uint32_t length);

@@ -9,13 +9,13 @@
 enum class GetEnd {
     Outcome,       ///< MQGET ended in a message or a failure other than "no message": LastGet tells
     ReadWaitOver,  ///< no message within RWAIT: as a rule LastGet tells "no message"
-    TimedOut,      ///< the host's time-out has expired, in this read or an earlier one
+    TimedOut,      ///< the host's time-out has expired, now or in an earlier read: what was got is dropped
     EofRequested,  ///< the host asked for the end of the input; MQGET was not called
 };
 
 /// Gets with MQGET, in slices of at most the wait interval, until a message or a failure comes or a limit is
 /// reached.
-///   buffer  out  BKSZ bytes
+///   buffer  out  BKSZ bytes; changed only by an MQGET that delivers something, also one that warns
 [[nodiscard]] GetEnd GetMessage(void* buffer);
 
 /// The outputs of the last MQGET; they survive from one read to the next. Zeros before the first.
@@ -26,5 +26,6 @@ struct GetOutcome {
 };
 [[nodiscard]] const GetOutcome& LastGet();
 
-/// How often the message got last was got and backed out before.
+/// How often the message got last was got and backed out before, 0 before the first. An MQGET that fails
+/// leaves it.
 [[nodiscard]] MQLONG LastBackoutCount();

@@ -10,8 +10,8 @@
 /// resets the read state and opens the log and the checkpoint file.
 ///   openMode        in  1 for reading; anything else is refused
 ///   pathNameLength  in  above 0 only draws a warning
-/// Returns pmrcOK; or pmrcFailure, with an error text, when a queue is open already, for another mode, and
-/// when log,
+/// Returns pmrcOK, with an error text when MQOPEN warned;
+///   pmrcFailure, with an error text, when a queue is open already, for another mode, and when log,
 ///   connection, queue or checkpoint file cannot be opened. A connection made stays until CloseAll; after a
 ///   failed open of the checkpoint file so does the queue (QueueHandle tells).
 [[nodiscard]] ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength);

@@ -8,9 +8,8 @@
 
 /// The GetPos request.
 ///   position  out  the module's own block, to be copied at once; null when none is handed out
-/// Returns pmrcOK: with a position, or without one when a checkpoint was pending already and has now been
-/// carried out
-///   (an error text warns of the redundant request);
+/// Returns pmrcOK with a position, or without one when a checkpoint was pending already and has now been
+///   carried out (an error text warns of the redundant request);
 ///   pmrcFailure, with an error text, without checkpointing or when the pending checkpoint failed;
 ///   pmrcNotSupported when the pending checkpoint is not to a file
 [[nodiscard]] ReturnCode GetPosition(const PositionData** position);
@@ -21,7 +20,8 @@
 /// rewrite failed; pmrcNotSupported when checkpoints are not in a file: the syncpoint choice is then left.
 [[nodiscard]] ReturnCode DoGetPos();
 
-/// Whether a position has been handed out whose checkpoint has not been carried out. Cleared by Init.
+/// Whether a position has been handed out whose checkpoint has not been carried out. Cleared by DoGetPos, a
+/// successful SetPos and Init; Close, Open and Shut leave it.
 [[nodiscard]] bool CkPtPending();
 void ClearCkPtPending();
 

@@ -4,13 +4,14 @@
 
 #include "recovery/position_data.h"
 
-/// The sequence number of the last checkpoint: 0 from Open, one more with each GetPos, the file's own after
-/// SetPos.
+/// The sequence number of the last checkpoint: 0 from Open, one more with each position handed out, the
+/// file's own after a SetPos that came as far as its header, also one that failed then.
 [[nodiscard]] std::int32_t CkPtSeq();
 void SetCkPtSeq(std::int32_t sequence);
 
-/// Records returned since Open. Close leaves it. It wraps around where 32 bits end, as the sequence number
-/// does: a host may hand in any position.
+/// Records returned since Open; after SetPos, those that its position counts less the one that comes again,
+/// and those returned since. Close leaves it. It wraps around where 32 bits end, as the sequence number does:
+/// a host may hand in any position.
 [[nodiscard]] std::int32_t MsgCount();
 void SetMsgCount(std::int32_t count);
 void CountMessage();
