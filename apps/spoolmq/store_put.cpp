@@ -12,7 +12,11 @@ std::string DescriptorFolder(const QueueState& state) {
     return state.path + "/.desc";
 }
 
-/// Writes body and descriptor where nobody sees them. On failure both are gone again.
+// The names of a clock tick; only counters that were lost in it can give one out twice.
+constexpr int kNameTries = 1000;
+
+/// Writes body and descriptor where nobody sees them. On failure both are gone again; Exists when another
+/// message has the name, which is left alone.
 OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::MQMD* descriptor,
                      const void* body, std::size_t bytes, std::string* path) {
     StoreConnection* connection = queue->connection;
@@ -33,7 +37,22 @@ OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::
         PassStorePoint("put-ready");
         return status;
     }
-    static_cast<void>(DeleteMessage(connection->path, queue->state->folder, fileName, *path));
+    if (status == OsStatus::Exists) {
+        static_cast<void>(RemoveFile(*path));
+    } else {
+        static_cast<void>(DeleteMessage(connection->path, queue->state->folder, fileName, *path));
+    }
+    return status;
+}
+
+/// Makes a message that is seen at once, or, in a unit, once that is committed. Exists as WriteUnseen has it.
+OsStatus PutUnderName(StoreQueue* queue, const std::string& fileName, const mqi::MQMD* descriptor,
+                      const void* body, std::size_t bytes, bool syncpoint, std::string* path) {
+    OsStatus status = WriteUnseen(queue, fileName, descriptor, body, bytes, path);
+    if (status != OsStatus::Ok || syncpoint) return status;
+    status = RenameNew(*path, queue->state->path + '/' + fileName);
+    if (status != OsStatus::Ok)
+        static_cast<void>(DeleteMessage(queue->connection->path, queue->state->folder, fileName, *path));
     return status;
 }
 
@@ -50,21 +69,19 @@ StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD* descriptor, const voi
                        bool syncpoint, std::string* why) {
     StoreConnection* connection = queue->connection;
     MessageName name;
-    name.stampNs = NextStamp(connection->counters);
     name.rest = "msg";
-    const std::string fileName = FormatMessageName(name);
+    std::string fileName;
     std::string path;
-    OsStatus status = WriteUnseen(queue, fileName, descriptor, body, bytes, &path);
+    OsStatus status = OsStatus::Exists;
+    for (int i = 0; status == OsStatus::Exists && i < kNameTries; ++i) {
+        name.stampNs = NextStamp(connection->counters);
+        fileName = FormatMessageName(name);
+        status = PutUnderName(queue, fileName, descriptor, body, bytes, syncpoint, &path);
+    }
     if (status != OsStatus::Ok) return PutFailure(*queue, path, why);
     if (syncpoint) {
         connection->unit.members.push_back({UnitStage::Put, queue->state->folder, fileName});
         return StoreStatus::Ok;
-    }
-    status = RenameNew(path, queue->state->path + '/' + fileName);
-    if (status != OsStatus::Ok) {
-        const StoreStatus failure = PutFailure(*queue, path, why);
-        static_cast<void>(DeleteMessage(connection->path, queue->state->folder, fileName, path));
-        return failure;
     }
     if (connection->attributes.values.sync != 0) static_cast<void>(SyncFolder(queue->state->path));
     NoteArrival(queue->state->counters, name.stampNs);

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #endif
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -210,6 +211,22 @@ TEST_F(FileTest, CountersThatAreCutShortAreMadeAnewAndNothingIsLost) {
     ASSERT_EQ(kDone, Commit(connection_));
     cut(0);
     EXPECT_EQ(std::vector<std::string>({"2", "3"}), Drain());
+}
+
+TEST_F(FileTest, CountersLostAgainAndAgainGiveNoTwoMessagesOneName) {
+    std::vector<std::string> bodies;
+    for (int i = 0; i < 40; ++i) {
+        bodies.push_back(std::to_string(i));
+        ASSERT_EQ(kDone, Put(connection_, object_, bodies.back(), i % 2 == 0 ? kSync : 0)) << i;
+        std::error_code refused;
+        std::filesystem::resize_file(std::filesystem::path(Root()) / "QM1" / ".state", 0, refused);
+    }
+    ASSERT_EQ(kDone, Commit(connection_));
+    std::vector<std::string> got = Drain();
+    ASSERT_EQ(bodies.size(), got.size());
+    std::sort(got.begin(), got.end());
+    std::sort(bodies.begin(), bodies.end());
+    EXPECT_EQ(bodies, got);
 }
 
 TEST_F(FileTest, AMessageFromAClockThatIsAheadIsStillFound) {
