@@ -3,15 +3,40 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "tests/support/os.h"
 
-int main(int argc, char** argv) {
-    // A sign of life for the runner of Windows programs, before anything that can fail: scripts/wine-run.
-    if (const char* path = std::getenv("MQAMOD_STARTED_FILE"); path != nullptr) {
-        if (std::FILE* file = std::fopen(path, "w"); file != nullptr) std::fclose(file);
+namespace {
+
+constexpr char kStartedFile[] = "MQAMOD_STARTED_FILE";
+
+void Tell(const std::string& path, const std::string& text) {
+    if (path.empty()) return;
+    if (std::FILE* file = std::fopen(path.c_str(), "w"); file != nullptr) {
+        std::fputs(text.c_str(), file);
+        std::fclose(file);
     }
+}
+
+// For the runner of Windows programs, scripts/wine-run: the file is there once the program lives, and holds
+// the exit code once its tests are over. Programs that tests start are not to write it.
+std::string TakeStartedFile() {
+    const char* path = std::getenv(kStartedFile);
+    if (path == nullptr) return {};
+    std::string taken = path;
+    SetEnvironment(kStartedFile, "");
+    return taken;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string startedFile = TakeStartedFile();
+    Tell(startedFile, "");  // before anything that can fail
     MakeCrashesQuiet();
     testing::InitGoogleMock(&argc, argv);
-    EndTestProgram(RUN_ALL_TESTS());
+    const int code = RUN_ALL_TESTS();
+    Tell(startedFile, std::to_string(code));
+    EndTestProgram(code);
 }
