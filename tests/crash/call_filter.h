@@ -1,5 +1,6 @@
 // The system calls that change what is on disk: the filter that stops a traced process at them, and which
-// file each concerns.
+// file each concerns. Every other call must be known to change nothing: the filter stops at one that is not,
+// too.
 #pragma once
 
 #include <sys/types.h>
@@ -8,12 +9,14 @@
 #include <string>
 
 /// Lets the kernel stop this process, its threads and every process it starts at the calls that change state,
-/// for a tracer. Called in the traced process itself, before exec. Returns false with errno.
+/// and at those that nobody has looked at, for a tracer. Called in the traced process itself, before exec.
+/// Returns false with errno.
 [[nodiscard]] bool StopAtStateCalls();
 
 struct StateCall {
-    const char* name = "";
-    std::string path;          ///< absolute: of the file written, the name made, removed or moved
+    std::string name;     ///< of a call that is not known: its number
+    bool isKnown = true;  ///< to stop where it changes a file; a mapped file changes where nobody can stop
+    std::string path;     ///< absolute: of the file written, the name made, removed or moved
     std::uint64_t length = 0;  ///< bytes to be written; 0 when the call writes none
 };
 

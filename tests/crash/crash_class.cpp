@@ -14,16 +14,24 @@ const Series kStoreCalls = {"store-before", "store-after"};
 // What the second death of a pair meets is a matter of the state that the first one left: before each call
 // there is one for each, the cut writes add theirs.
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
+// The second life of a load that nothing disturbs finds the queue empty. MQINQ is no call of the module.
 const Series kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
-    "life1-MQINQ-before",   "life1-MQINQ-after",   "life1-MQGET-before",   "life1-MQGET-after",
-    "life1-MQCMIT-before",  "life1-MQCMIT-after",  "life1-MQBACK-before",  "life1-MQBACK-after",
+    "life1-MQGET-before",   "life1-MQGET-after",   "life1-MQCMIT-before",  "life1-MQCMIT-after",
     "life1-MQCLOSE-before", "life1-MQCLOSE-after", "life1-MQDISC-before",  "life1-MQDISC-after",
     "life2-MQCONNX-before", "life2-MQCONNX-after", "life2-MQOPEN-before",  "life2-MQOPEN-after",
-    "life2-MQINQ-before",   "life2-MQINQ-after",   "life2-MQGET-before",   "life2-MQGET-after",
-    "life2-MQCMIT-before",  "life2-MQCMIT-after",  "life2-MQCLOSE-before", "life2-MQCLOSE-after",
+    "life2-MQGET-before",   "life2-MQGET-after",   "life2-MQCLOSE-before", "life2-MQCLOSE-after",
     "life2-MQDISC-before",  "life2-MQDISC-after",
 };
+// A message that is saved and not committed ends the first life of the restart; the second one reads the
+// rest.
+const Series kMqiPairs = {"life1-MQCMIT-before+life1-MQGET-after", "life1-MQCMIT-before+life2-MQCMIT-before",
+                          "life1-MQCMIT-after+life1-MQCMIT-before", "life1-MQCMIT-before+own-before",
+                          "own-before+life1-MQCMIT-before"};
+
+// A message that cannot be saved is backed out: no other load calls MQBACK.
+const Series kFullDisk = {"own-before",   "own-after",           "own-cut-to-3",      "own-cut-to-half",
+                          "own-cut-by-1", "life1-MQBACK-before", "life1-MQBACK-after"};
 
 }  // namespace
 
@@ -44,9 +52,11 @@ const std::vector<CrashClass>& CrashClasses() {
         {"sqlite-store", "into SQLite, killed at a call on the queue manager's files", kSqlite, false, 120,
          10, kCommand, "", 0, kStoreCalls, 12},
         {"file-replay", "killed in a restart with checkpoints in the middle of its replay", kFile, true, 60,
-         7, kCommand, "life1-MQGET-before-48", 1000, kOwnCalls, 8},
+         7, kCommand, "life1-MQGET-before-48", 1000, kOwnCalls, 8, 0, "MQAMtmp."},
         {"sqlite-replay", "the same into SQLite", kSqlite, true, 60, 7, kCommand, "life1-MQGET-before-48",
-         1000, kOwnCalls, 8},
+         1000, kOwnCalls, 8, 0, "MQAMtmp."},
+        {"file-full", "into a file, killed in a load that fails because a record cannot be saved", kFile,
+         false, 60, 1000, kCommand, "", 0, kFullDisk, 4, 16, "ck"},
         {"file-mqi", "into a file, the worker process killed before and after each MQI call", kFile, false,
          120, 10, kCommand, "", 0, kMqiCalls, 4},
         {"sqlite-mqi", "the same into SQLite", kSqlite, false, 120, 10, kCommand, "", 0, kMqiCalls, 4},
@@ -62,6 +72,8 @@ const std::vector<CrashClass>& CrashClasses() {
          0,
          {"own-before+own-before"},
          30},
+        {"mqi-pairs", "killed twice, one time or both around an MQI call", kFile, false, 12, 4, kCommand, "",
+         0, kMqiPairs, 5},
         {"replay-pairs",
          "killed twice in restarts with checkpoints in the middle of the replay",
          kFile,
@@ -72,7 +84,9 @@ const std::vector<CrashClass>& CrashClasses() {
          "life1-MQGET-before-14",
          1000,
          {"own-before+own-before"},
-         20},
+         20,
+         0,
+         "MQAMtmp."},
     };
     return classes;
 }

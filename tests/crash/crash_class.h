@@ -21,6 +21,8 @@ struct CrashClass {
     int preludeCheckpointEvery;
     std::vector<const char*> series;  ///< points without the last number: each is counted up to its end
     int smokePoints;                  ///< of each series, in the short run
+    int fileKibibytesMax = 0;  ///< the load that dies can make no file longer and fails at the end; 0: it can
+    const char* touches = "";  ///< part of the name of a file at whose calls points must come
 };
 
 [[nodiscard]] const std::vector<CrashClass>& CrashClasses();

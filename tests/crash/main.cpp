@@ -110,7 +110,7 @@ double SecondsSince(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
-// Returns the number of failures.
+// Returns the number of points that failed or are none.
 std::uint64_t RunOnly(const Options& options) {
     std::size_t index = 0;
     std::uint64_t failures = 0;
@@ -123,7 +123,7 @@ std::uint64_t RunOnly(const Options& options) {
         },
         [&](const PointJob& job, const PointOutcome& outcome) {
             TellOutcome(job, outcome, true);
-            if (outcome.verdict == PointVerdict::kFailed) ++failures;
+            if (outcome.verdict != PointVerdict::kPassed) ++failures;
         });
     return failures;
 }
@@ -151,7 +151,10 @@ std::uint64_t RunAll(const Options& options) {
     }
     std::printf("crash: %llu points, %llu failures, %.0f s\n", static_cast<unsigned long long>(sum.points),
                 static_cast<unsigned long long>(sum.failures), SecondsSince(begin));
-    return sum.points == 0 ? 1 : sum.failures;
+    const std::vector<std::string> gaps = DescribeGaps();
+    for (const std::string& gap : gaps)
+        std::printf("crash: %s\n", gap.c_str());
+    return sum.failures + gaps.size();
 }
 
 }  // namespace

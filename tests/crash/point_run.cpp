@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr int kExitFailed = 9;  // of mqam: a life has failed, run the same command again
+
 PointOutcome Fail(PointOutcome outcome, const std::string& wrong) {
     outcome.verdict = PointVerdict::kFailed;
     outcome.wrong = wrong;
@@ -33,28 +35,28 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
 
     const bool goesOn = crashClass.victim == Victim::kWorker;
     const ProgramOrder load = ComposeLoad(crashClass, folder, programs, crashClass.checkpointEvery, goesOn);
+    ProgramOrder mortal = load;
+    mortal.fileKibibytesMax = crashClass.fileKibibytesMax;
     TracedEnd end;
     for (const Death& death : deaths) {
-        end = RunProgramToDeath(load, death, crashClass.victim);
+        end = RunProgramToDeath(mortal, death, crashClass.victim);
         outcome.counts = end.counts;
         if (!outcome.where.empty()) outcome.where += ", then ";
         outcome.where += end.where;
-        if (!end.died) {
-            if (end.exitCode != 0)
-                return Fail(outcome, "without a death it ended with " + std::to_string(end.exitCode));
-            outcome.verdict = PointVerdict::kBeyond;
-            outcome.wrong = CheckLoaded(crashClass, folder);
-            return outcome.wrong.empty() ? outcome : Fail(outcome, outcome.wrong);
-        }
+        if (!end.unplanned.empty()) return Fail(outcome, end.unplanned);
+        if (!end.died) break;
     }
-    if (end.died && goesOn && !end.commandDied) {
-        if (end.exitCode != 0) return Fail(outcome, "the command ended with " + std::to_string(end.exitCode));
-    } else {
+    const bool fails = crashClass.fileKibibytesMax > 0;
+    if (!end.died && end.exitCode != (fails ? kExitFailed : 0))
+        return Fail(outcome, "without a death it ended with " + std::to_string(end.exitCode));
+    if (end.died && !end.commandDied && end.exitCode != (goesOn ? 0 : kExitFailed))
+        return Fail(outcome, "the command ended with " + std::to_string(end.exitCode));
+    if (end.exitCode != 0) {
         const int code = RunProgramToEnd(load);
         if (code != 0) return Fail(outcome, "the same command ended with " + std::to_string(code));
     }
     const std::string wrong = CheckLoaded(crashClass, folder);
     if (!wrong.empty()) return Fail(outcome, wrong);
-    outcome.verdict = PointVerdict::kPassed;
+    outcome.verdict = end.died ? PointVerdict::kPassed : PointVerdict::kBeyond;
     return outcome;
 }

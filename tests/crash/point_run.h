@@ -22,6 +22,6 @@ struct PointOutcome {
 
 /// Runs a load of the class in `folder`, which is made and must not be there: the prelude, the deaths one
 /// after the other, then the same command until it is done, and checks what it left.
-///   deaths     in   none: the load is run undisturbed; the last with number 0: it is never reached, to count
+///   deaths     in   at least one; the last with number 0: it is never reached, to count
 [[nodiscard]] PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& deaths,
                                     const std::string& folder, const Programs& programs);

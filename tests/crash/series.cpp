@@ -15,6 +15,7 @@ enum class Stage { kToCount, kCounting, kRunning, kOver };
 
 struct Series {
     const CrashClass* crashClass = nullptr;
+    std::string name;           // as the class has it
     std::vector<Death> deaths;  // the last one's number is what varies
     bool firstVaries = false;   // of two deaths: counted to make a series for each number of it
     Stage stage = Stage::kToCount;
@@ -40,11 +41,9 @@ std::uint64_t CountFor(const Death& death, const CallCounts& counts) {
 }
 
 // MQI calls are not counted in advance: a message is got and committed, all else happens once or twice.
-std::uint64_t GuessMqiCalls(const Series& series) {
-    const Death& death = series.deaths.back();
+std::uint64_t GuessMqiCalls(const CrashClass& crashClass, const Death& death) {
     const bool isOfMessages = death.life == 1 && (death.verb == "MQGET" || death.verb == "MQCMIT");
-    return isOfMessages && series.deaths.size() == 1 ? static_cast<std::uint64_t>(series.crashClass->messages)
-                                                     : 1;
+    return isOfMessages ? static_cast<std::uint64_t>(crashClass.messages) : 1;
 }
 
 void StartSeries(Series& series, std::uint64_t count) {
@@ -72,7 +71,8 @@ void SpreadPairs(const Series& pairs, std::uint64_t firstCount) {
         one.stage = Stage::kToCount;
         if (plan.sampleOnly) {
             const std::uint64_t left = std::max<std::uint64_t>(8, firstCount - one.deaths.front().number);
-            one.sample = {1 + random() % left};
+            const bool secondIsMqi = one.deaths.back().scope == DeathScope::kMqi;
+            one.sample = {secondIsMqi ? 1 : 1 + random() % left};
             one.stage = Stage::kRunning;
         }
         plan.series.push_back(one);
@@ -96,8 +96,13 @@ bool NextOfSeries(std::size_t index, PointJob& job) {
     job = {series.crashClass, series.deaths, index};
     switch (series.stage) {
         case Stage::kToCount:
+            if (series.firstVaries && job.deaths.front().scope == DeathScope::kMqi) {
+                series.stage = Stage::kOver;
+                SpreadPairs(series, GuessMqiCalls(*series.crashClass, job.deaths.front()));
+                return false;
+            }
             if (job.deaths.back().scope == DeathScope::kMqi && !series.firstVaries) {
-                StartSeries(series, GuessMqiCalls(series));
+                StartSeries(series, GuessMqiCalls(*series.crashClass, job.deaths.back()));
                 return NextOfSeries(index, job);
             }
             series.stage = Stage::kCounting;
@@ -118,10 +123,11 @@ bool NextOfSeries(std::size_t index, PointJob& job) {
 void PlanSeries(const std::vector<const CrashClass*>& classes, bool sampleOnly) {
     Plan().sampleOnly = sampleOnly;
     for (const CrashClass* one : classes) {
-        Plan().tallies[one->name];
         for (const std::string text : one->series) {
             Series series;
             series.crashClass = one;
+            series.name = text;
+            Plan().tallies[one->name].pointsOfSeries[text] = 0;
             const std::size_t plus = text.find('+');
             series.firstVaries = plus != std::string::npos;
             const std::string numbered =
@@ -162,10 +168,28 @@ void NoteOutcome(const PointJob& job, const PointOutcome& outcome) {
         }
         return;
     }
-    if (outcome.verdict != PointVerdict::kBeyond) ++tally.points;
+    if (outcome.verdict != PointVerdict::kBeyond) {
+        ++tally.points;
+        ++tally.pointsOfSeries[series.name];
+        const std::string file = job.crashClass->touches;
+        tally.touched = tally.touched || (!file.empty() && outcome.where.find(file) != std::string::npos);
+    }
     if (outcome.verdict == PointVerdict::kPassed && number == series.limit) ++series.limit;
 }
 
 const std::map<std::string, ClassTally>& Tallies() {
     return Plan().tallies;
+}
+
+std::vector<std::string> DescribeGaps() {
+    std::vector<std::string> gaps;
+    for (const auto& [name, tally] : Plan().tallies) {
+        for (const auto& [series, points] : tally.pointsOfSeries) {
+            if (points == 0) gaps.push_back(name + ": no load died at " + series);
+        }
+        const std::string file = FindCrashClass(name)->touches;
+        if (!Plan().sampleOnly && !file.empty() && !tally.touched)
+            gaps.push_back(name + ": no load died at a call on " + file);
+    }
+    return gaps;
 }

@@ -14,6 +14,8 @@ struct ClassTally {
     std::uint64_t points = 0;
     std::uint64_t failures = 0;
     std::uint64_t counting = 0;  ///< runs that counted, or went beyond the last point
+    std::map<std::string, std::uint64_t> pointsOfSeries;
+    bool touched = false;  ///< a point came at a call on the file that the class names
 };
 
 /// Plans every point of the classes, or a sample.
@@ -24,3 +26,6 @@ void PlanSeries(const std::vector<const CrashClass*>& classes, bool sampleOnly);
 void NoteOutcome(const PointJob& job, const PointOutcome& outcome);
 
 [[nodiscard]] const std::map<std::string, ClassTally>& Tallies();
+/// What of the plan came to no point at all, in words; empty when every series has some: a death that never
+/// comes proves nothing.
+[[nodiscard]] std::vector<std::string> DescribeGaps();

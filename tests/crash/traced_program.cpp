@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,6 +45,12 @@ void BecomeProgram(const ProgramOrder& order, Tracing tracing) {
     dup2(nothing, STDIN_FILENO);
     dup2(console, STDOUT_FILENO);
     dup2(console, STDERR_FILENO);
+    if (order.fileKibibytesMax > 0) {
+        const rlim_t bytes = static_cast<rlim_t>(order.fileKibibytesMax) * 1024;
+        const rlimit limit = {bytes, bytes};
+        // The signal that comes with the failed write would end the program.
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0 || std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) _exit(127);
+    }
     for (const auto& [name, value] : order.environment)
         setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> arguments;
@@ -103,8 +110,13 @@ bool CountCall(Trace& trace, pid_t thread) {
     StateCall call;
     // A thread that somebody killed meanwhile cannot be read.
     if (!ReadStateCall(thread, call)) return true;
-    if (!IsInside(call.path, trace.order.ownFolder)) return true;
     const bool isStore = IsInside(call.path, trace.order.storeFolder);
+    const bool isOurs = IsInside(call.path, trace.order.ownFolder);
+    // The queue manager maps its counters, to which it stores between two calls.
+    if (!call.isKnown && (call.path.empty() || (isOurs && !isStore))) {
+        trace.end.unplanned = "it made the system call " + call.name + ", which nobody has looked at";
+    }
+    if (!call.isKnown || !isOurs) return true;
     const auto scope = isStore ? DeathScope::kStore : DeathScope::kOwn;
     const auto index = static_cast<std::size_t>(scope);
     const std::uint64_t number = ++trace.end.counts.calls[index];
@@ -182,6 +194,8 @@ TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death
             HandleStop(trace, thread, status);
         } else if (thread == trace.command && WIFEXITED(status)) {
             trace.end.exitCode = WEXITSTATUS(status);
+        } else if (WIFSIGNALED(status) && WTERMSIG(status) != SIGKILL) {
+            trace.end.unplanned = "a process was ended by signal " + std::to_string(WTERMSIG(status));
         } else if (WIFSIGNALED(status) && trace.death && trace.death->scope == DeathScope::kMqi) {
             trace.end.died = true;
         }

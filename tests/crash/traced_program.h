@@ -24,6 +24,7 @@ struct ProgramOrder {
     std::string ownFolder;      ///< calls on files in here are the load's own, but for those in:
     std::string storeFolder;    ///< the queue manager's files
     std::string faultPlanFile;  ///< where the stand-in looks for its fault plan in each process
+    int fileKibibytesMax = 0;   ///< a write that would make a file longer fails; 0: none does
 };
 
 /// How many calls there were up to the end or the death: the numbers that a Death of the scope can have.
@@ -37,6 +38,7 @@ struct TracedEnd {
     bool commandDied = false;  ///< it took the command
     std::string where;         ///< the call it came at
     int exitCode = -1;         ///< of the command; -1 when it was killed
+    std::string unplanned;     ///< a process that crashed by itself, or a call that cannot be judged; or ""
     CallCounts counts;
 };
 
