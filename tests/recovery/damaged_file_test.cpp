@@ -1,0 +1,153 @@
+// A checkpoint file that is damaged at any bit, or cut at any byte, given to SetPos, to Reads and to a
+// checkpoint in the middle of the replay: what comes is what the bytes say, a length that cannot be is
+// refused, and a rewrite that fails leaves the file as it is. The format has no checksum: a bit inside a
+// record is not noticed.
+#include <cstdint>
+#include <cstring>
+
+#include "tests/recovery/recovery_fixture.h"
+
+namespace {
+
+constexpr std::int32_t kSequence = 7;
+constexpr std::uint64_t kBlockSize = 65536;
+const Lines kRecords = {"alpha", "bet", "the third record"};
+
+enum class Ends { AtTheEnd, WithABadLength, InARecord };
+
+// The records from an offset on as the layout has them.
+struct Walk {
+    Lines records;
+    Ends ends = Ends::AtTheEnd;
+};
+
+Walk WalkFrom(const std::string& bytes, std::size_t at) {
+    Walk walk;
+    while (at + 8 <= bytes.size()) {
+        std::uint64_t length = 0;
+        for (std::size_t i = 8; i > 0; --i)
+            length = length << 8 | static_cast<unsigned char>(bytes[at + i - 1]);
+        at += 8;
+        if (length > kBlockSize || length > bytes.size() - at) {
+            walk.ends = length > kBlockSize ? Ends::WithABadLength : Ends::InARecord;
+            return walk;
+        }
+        walk.records.push_back(bytes.substr(at, static_cast<std::size_t>(length)));
+        at += static_cast<std::size_t>(length);
+    }
+    return walk;
+}
+
+std::int32_t SequenceOf(const std::string& bytes) {
+    std::int32_t sequence = 0;
+    std::memcpy(&sequence, bytes.data(), sizeof sequence);
+    return sequence;
+}
+
+std::string WithBitTurned(std::string bytes, std::size_t bit) {
+    bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ (1 << bit % 8));
+    return bytes;
+}
+
+class DamagedFile : public RecoveryFixture {
+  protected:
+    void BeginWith(const std::string& bytes) {
+        StartNewProcess();
+        WriteFile(kCkFile, bytes);
+        BeginCheckpointing("", 1);
+        mq.onGet.clear();
+    }
+
+    static ExpectedError ErrorOf(Ends ends, const std::string& function) {
+        if (ends == Ends::WithABadLength)
+            return ExpectedError(function, "checkpoint record length").Processing("Checkpoint", "Undefined");
+        return ExpectedError(function, "checkpoint record body")
+            .Calling("fread")
+            .Processing("Checkpoint", "Undefined");
+    }
+
+    /// The records come, and then the queue or the error.
+    void ExpectReplay(const Walk& walk) {
+        for (const std::string& record : walk.records)
+            EXPECT_TRUE(Gives(Read(), record));
+        EXPECT_EQ(mq.Sequence(), "");
+        if (walk.ends == Ends::AtTheEnd) return Deliver({"new"});
+        const ReadOutcome read = Read();
+        EXPECT_TRUE(FailsWith(read, ErrorOf(walk.ends, "ReadFromChkPt")));
+        EXPECT_EQ(read.recordLength, 0U);
+        EXPECT_EQ(mq.Sequence(), "");
+    }
+
+    /// The first record comes, and a checkpoint is carried out behind it.
+    void ExpectRewrite(const std::string& bytes) {
+        BeginWith(bytes);
+        ASSERT_TRUE(Succeeds(SetPos({kSequence, 1, 0})));
+        EXPECT_TRUE(Gives(Read(), kRecords[0]));
+        static_cast<void>(TakePosition());
+        PassOver();
+        const Walk walk = WalkFrom(bytes, 4 + CkRecord(kRecords[0]).size());
+        if (walk.ends == Ends::AtTheEnd) {
+            ExpectReplay(walk);
+            Lines kept = walk.records;
+            kept.insert(kept.begin(), kRecords[0]);
+            kept.emplace_back("new");
+            EXPECT_EQ(ReadFile(kCkFile), CkBytes(kSequence + 1, kept));
+            return;
+        }
+        const ReadOutcome read = Read();
+        EXPECT_TRUE(FailsWith(read, ErrorOf(walk.ends, "ResetCkptFile")));
+        EXPECT_EQ(read.recordLength, 0U);
+        EXPECT_EQ(mq.Sequence(), "");
+        EXPECT_EQ(ReadFile(kCkFile), bytes) << "the only copy";
+    }
+
+    const std::string whole = CkBytes(kSequence, kRecords);
+    const std::size_t secondBegins = 4 + CkRecord(kRecords[0]).size();
+    const std::size_t thirdBegins = secondBegins + CkRecord(kRecords[1]).size();
+};
+
+TEST_F(DamagedFile, WithAnyBitOfItsFirstRecordsTurnedGivesWhatItsBytesSayOrRefuses) {
+    const PositionData positions[] = {{kSequence, 2, 0},
+                                      {kSequence + 1, 4, static_cast<std::int64_t>(secondBegins)}};
+    int refused = 0;
+    int badLengths = 0;
+    for (const PositionData& position : positions) {
+        for (std::size_t bit = 0; bit < thirdBegins * 8; ++bit) {
+            SCOPED_TRACE(testing::Message() << "sequence " << position.CkPtSeq << ", bit " << bit);
+            const std::string bytes = WithBitTurned(whole, bit);
+            BeginWith(bytes);
+            const Outcome setPos = SetPos(position);
+            const std::int32_t sequence = SequenceOf(bytes);
+            if (position.CkPtSeq < sequence) {
+                EXPECT_TRUE(FailsWith(
+                    setPos, ExpectedError("PIDMMain", "requested sequence prior to checkpoint file")));
+                ++refused;
+                continue;
+            }
+            EXPECT_TRUE(Succeeds(setPos));
+            const bool isCarriedOut = position.CkPtSeq == sequence;
+            const Walk walk =
+                WalkFrom(bytes, isCarriedOut ? 4 : static_cast<std::size_t>(position.CkPtOffset));
+            badLengths += walk.ends == Ends::WithABadLength ? 1 : 0;
+            ExpectReplay(walk);
+        }
+    }
+    EXPECT_GT(refused, 2 * 20);
+    EXPECT_GT(badLengths, 3 * 40);
+}
+
+TEST_F(DamagedFile, WithAnyBitTurnedIsRewrittenAsItsBytesSayOrStays) {
+    for (std::size_t bit = secondBegins * 8; bit < (thirdBegins + 8) * 8; ++bit) {
+        SCOPED_TRACE(testing::Message() << "bit " << bit);
+        ExpectRewrite(WithBitTurned(whole, bit));
+    }
+}
+
+TEST_F(DamagedFile, CutAtAnyByteIsRewrittenWithItsWholeRecordsOrStays) {
+    for (std::size_t bytes = secondBegins; bytes <= whole.size(); ++bytes) {
+        SCOPED_TRACE(testing::Message() << "cut to " << bytes << " bytes");
+        ExpectRewrite(whole.substr(0, bytes));
+    }
+}
+
+}  // namespace
