@@ -1,0 +1,2 @@
+// Bears the precompiled headers of the tests, see CMakeLists.txt.
+int main() {}
