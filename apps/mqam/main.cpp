@@ -9,6 +9,7 @@
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/help_format.h"
 #include "apps/mqam/load_command.h"
+#include "apps/mqam/platform.h"
 #include "apps/mqam/progress.h"
 #include "apps/mqam/queue_command.h"
 #include "apps/mqam/worker_process.h"
@@ -37,6 +38,7 @@ int RunProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    OccupyStandardStreams();
     KeepArguments(argc, argv);
     try {
         return RunProgram(argc, argv);

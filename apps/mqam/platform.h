@@ -48,8 +48,15 @@ enum class OpenMode {
 /// with errno set.
 [[nodiscard]] int SyncToMedium(int descriptor);
 
+/// Whether an open file stands at the path and has so many bytes.
+[[nodiscard]] bool IsFileAt(int descriptor, const std::string& path, std::uint64_t bytes);
+
 /// Returns 0, or -1 with errno set.
 [[nodiscard]] int CloseDescriptor(int descriptor);
+
+/// Gives a standard stream that is closed something that is empty and cannot be written: else a file that is
+/// opened would take its place, and with it what is told to the user. To be called first of all.
+void OccupyStandardStreams();
 
 enum class ModuleOutput { kDropped, kToStandardError };
 

@@ -108,8 +108,23 @@ int SyncToMedium(int descriptor) {
     return -1;
 }
 
+bool IsFileAt(int descriptor, const std::string& path, std::uint64_t bytes) {
+    struct stat mine = {};
+    struct stat there = {};
+    return fstat(descriptor, &mine) == 0 && static_cast<std::uint64_t>(mine.st_size) == bytes &&
+           stat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+}
+
 int CloseDescriptor(int descriptor) {
     return close(descriptor);
+}
+
+void OccupyStandardStreams() {
+    int descriptor = -1;
+    do {
+        descriptor = open("/dev/null", O_RDONLY);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0) close(descriptor);
 }
 
 int ClaimStandardOutput(ModuleOutput output) {

@@ -100,9 +100,17 @@ int SyncToMedium(int descriptor) {
     return _commit(descriptor);
 }
 
+// While it is open nobody can rename or delete it.
+bool IsFileAt(int descriptor, const std::string& /*path*/, std::uint64_t bytes) {
+    return _filelengthi64(descriptor) == static_cast<long long>(bytes);
+}
+
 int CloseDescriptor(int descriptor) {
     return _close(descriptor);
 }
+
+// The C library keeps their places free.
+void OccupyStandardStreams() {}
 
 int ClaimStandardOutput(ModuleOutput output) {
     std::fflush(stdout);

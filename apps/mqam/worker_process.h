@@ -29,7 +29,7 @@ struct WorkerEnd {
 [[nodiscard]] int MarkWorkerExit(int exitCode);
 
 /// From now on an interrupt (Ctrl-C, SIGTERM) is the worker's to answer; it is handed on to a worker that
-/// does not see it by itself.
+/// does not see it by itself. A reader of standard error that goes away ends nothing.
 void LeaveInterruptsToWorker();
 
 /// Whether one came since.
