@@ -4,5 +4,8 @@
 #include <string>
 
 /// The path from the root on, without "." and ".."; as it stands when the system cannot tell the current
-/// folder. Links are not followed.
+/// folder. Links are not followed, so ".." behind a link stays: it leads to where the link points.
 [[nodiscard]] std::string AbsolutePath(const std::string& path);
+
+/// The path, or where it leads to when it is a link: the file that is to be replaced instead of the link.
+[[nodiscard]] std::string FollowLinks(const std::string& path);

@@ -5,9 +5,12 @@
 #include <string>
 
 /// Takes the lock that the file `path` stands for, made when it is missing. Waits up to `patienceSeconds` for
-/// a process that is just ending. Returns false with the reason in words: another process has it, or the file
-/// cannot be made. A process may take several.
+/// a process that is just ending. Returns false with the reason in words: another process has it, the file
+/// cannot be made, or one is there that holds something and so is no lock. A process may take several.
 [[nodiscard]] bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason);
+
+/// The end of the reason in the last case, behind the path.
+inline constexpr char kNoLock[] = " holds something: it is not the lock of a load, and is left alone";
 
 /// Gives a lock back and removes its file. Harmless when it is not held.
 void GiveBackLoadLock(const std::string& path);

@@ -30,6 +30,11 @@ bool IsStillAt(const std::string& path, int descriptor) {
            mine.st_ino == there.st_ino;
 }
 
+bool IsEmpty(int descriptor) {
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && status.st_size == 0;
+}
+
 }  // namespace
 
 bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
@@ -42,8 +47,13 @@ bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& rea
         }
         const bool locked = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
         if (locked && IsStillAt(path, descriptor)) {
-            HeldLocks()[path] = descriptor;
-            return true;
+            if (IsEmpty(descriptor)) {
+                HeldLocks()[path] = descriptor;
+                return true;
+            }
+            close(descriptor);
+            reason = path + kNoLock;
+            return false;
         }
         const int code = errno;
         close(descriptor);

@@ -16,10 +16,21 @@ std::map<std::string, HANDLE>& HeldLocks() {
     return held;
 }
 
+bool HoldsSomething(const std::string& path) {
+    WIN32_FILE_ATTRIBUTE_DATA facts = {};
+    return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &facts) != 0 &&
+           (facts.nFileSizeLow != 0 || facts.nFileSizeHigh != 0);
+}
+
 }  // namespace
 
 bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(patienceSeconds);
+    // The system would delete it when it is given back.
+    if (HoldsSomething(path)) {
+        reason = path + kNoLock;
+        return false;
+    }
     for (;;) {
         // Shared with nobody: that is the lock. The system closes and deletes it with the process.
         const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,

@@ -39,7 +39,7 @@ void WipeLiveLine(Printer& printer) {
 
 void PrintNow(Printer& printer) {
     const double seconds = std::chrono::duration<double>(Clock::now() - printer.start).count();
-    const std::string text = FormatProgress(printer.counters->records, printer.counters->bytes, seconds);
+    const std::string text = FormatProgress(*printer.counters, seconds);
     if (printer.style == ProgressStyle::kPlainLines) {
         std::fprintf(stderr, "mqam: %s\n", text.c_str());
     } else {
@@ -140,8 +140,11 @@ std::string FormatElapsed(double seconds) {
     return text;
 }
 
-std::string FormatProgress(std::uint64_t records, std::uint64_t bytes, double seconds) {
+std::string FormatProgress(const ProgressCounters& counters, double seconds) {
+    const std::uint64_t records = counters.records;
     const double rate = seconds > 0 ? static_cast<double>(records) / seconds : 0;
-    return FormatCount(records) + " records, " + FormatBytes(bytes) + ", " +
-           FormatCount(static_cast<std::uint64_t>(rate)) + " records/s, " + FormatElapsed(seconds);
+    return FormatCount(counters.recordsBefore + records) + " records, " +
+           FormatBytes(counters.bytesBefore + counters.bytes) + ", " +
+           FormatCount(static_cast<std::uint64_t>(rate)) + " records/s, " +
+           FormatElapsed(counters.secondsBefore + seconds);
 }

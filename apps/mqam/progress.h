@@ -12,6 +12,10 @@ enum class ProgressStyle { kNone, kLiveLine, kPlainLines };
 struct ProgressCounters {
     std::atomic<std::uint64_t> records{0};
     std::atomic<std::uint64_t> bytes{0};
+    /// What processes before this one have loaded: part of the totals, not of the rate.
+    std::atomic<std::uint64_t> recordsBefore{0};
+    std::atomic<std::uint64_t> bytesBefore{0};
+    double secondsBefore = 0;  ///< to be set before StartProgress
 };
 
 /// Starts printing. `counters` must live until StopProgress.
@@ -25,7 +29,8 @@ void TellUser(const std::string& lines);
 
 /// "12,345 records, 1.21 MB, 24,690 records/s, 0:05": numbers grouped, sizes in decimal units, elapsed time
 /// as minutes and seconds (hours in front when there are any).
-[[nodiscard]] std::string FormatProgress(std::uint64_t records, std::uint64_t bytes, double seconds);
+///   seconds  since the counters began to count
+[[nodiscard]] std::string FormatProgress(const ProgressCounters& counters, double seconds);
 
 [[nodiscard]] std::string FormatCount(std::uint64_t count);
 

@@ -84,6 +84,14 @@ TEST_F(LoadLockTest, AFileThatIsLeftOverLocksNobodyOut) {
     EXPECT_FALSE(fs::exists(Path()));
 }
 
+TEST_F(LoadLockTest, AFileThatHoldsSomethingIsNoLockAndStays) {
+    std::ofstream(Path()) << "somebody's";
+    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
+    EXPECT_EQ(reason_, Path() + " holds something: it is not the lock of a load, and is left alone");
+    GiveBackLoadLock(Path());
+    EXPECT_EQ(ReadFile(Path()), "somebody's");
+}
+
 TEST_F(LoadLockTest, AProcessTakesSeveral) {
     ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
     ASSERT_TRUE(TakeLoadLock(Path() + "2", 0, reason_)) << reason_;

@@ -39,8 +39,22 @@ TEST(Progress, ElapsedTimeIsMinutesAndSeconds) {
 }
 
 TEST(Progress, LineHoldsRecordsBytesRateAndElapsed) {
-    EXPECT_EQ(FormatProgress(12345, 1210000, 0.5), "12,345 records, 1.21 MB, 24,690 records/s, 0:00");
-    EXPECT_EQ(FormatProgress(0, 0, 0), "0 records, 0 bytes, 0 records/s, 0:00");
+    ProgressCounters counters;
+    EXPECT_EQ(FormatProgress(counters, 0), "0 records, 0 bytes, 0 records/s, 0:00");
+    counters.records = 12345;
+    counters.bytes = 1210000;
+    EXPECT_EQ(FormatProgress(counters, 0.5), "12,345 records, 1.21 MB, 24,690 records/s, 0:00");
+}
+
+TEST(Progress, WhatProcessesBeforeHaveLoadedCountsInTheTotalsAndNotInTheRate) {
+    ProgressCounters counters;
+    counters.recordsBefore = 1000;
+    counters.bytesBefore = 5000;
+    counters.secondsBefore = 61;
+    EXPECT_EQ(FormatProgress(counters, 0), "1,000 records, 5.00 kB, 0 records/s, 1:01");
+    counters.records = 20;
+    counters.bytes = 100;
+    EXPECT_EQ(FormatProgress(counters, 2), "1,020 records, 5.10 kB, 10 records/s, 1:03");
 }
 
 // Gives the printing thread the time it needs, without relying on its pace: waits until `done` holds.
