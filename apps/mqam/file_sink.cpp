@@ -109,6 +109,11 @@ bool FileSink::Save() {
     return SyncToMedium(descriptor_) == 0 || Fail("bring to the medium");
 }
 
+bool FileSink::HasLength(std::uint64_t bytes) {
+    const std::lock_guard<std::mutex> guard(lock_);
+    return IsFileAt(descriptor_, target_.path, bytes);
+}
+
 bool FileSink::Finish() {
     StopIdleWriter();
     if (!failure_.empty() || !WriteHeld()) return false;

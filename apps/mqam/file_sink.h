@@ -6,6 +6,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -47,6 +48,10 @@ class FileSink : public RecordSink {
     [[nodiscard]] bool Save() override;
     [[nodiscard]] bool Finish() override;
     [[nodiscard]] const std::string& Failure() const override { return failure_; }
+
+    /// Whether the file has so many bytes and still stands at its path. To be asked after Save; an open
+    /// descriptor that was given has no path.
+    [[nodiscard]] bool HasLength(std::uint64_t bytes);
 
   private:
     // These want lock_ held.

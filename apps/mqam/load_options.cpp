@@ -89,10 +89,11 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
             "after a failure go on by itself, with growing pauses, until SECONDS have passed without a "
             "new checkpoint. Default: end, and leave it to the next command")
         ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber.description(""))
+        ->check(CLI::Range(1, 2147483647).description(""))
         ->group(kRestartGroup);
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
     command.add_flag(kReceiptOption, options.workerMeetsReceipt, "")->group("");
+    command.add_flag(kFollowsEndOption, options.workerFollowsEnd, "")->group("");
 }
 
 void AddDiagnosisOptions(CLI::App& command, LoadOptions& options) {

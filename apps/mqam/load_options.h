@@ -37,6 +37,8 @@ struct LoadOptions {
     std::int64_t workerSince =
         -1;  ///< hidden; not negative: this process is a worker of the command begun then
     bool workerMeetsReceipt = false;  ///< hidden; a load that is over was so before the command
+    bool workerFollowsEnd =
+        false;  ///< hidden; the worker before has just waited for messages the whole interval
     bool verbose = false;
     bool quiet = false;
 };
@@ -45,6 +47,7 @@ struct LoadOptions {
 /// the command began, in milliseconds since the system's epoch.
 inline constexpr char kWorkerOption[] = "--worker-since";
 inline constexpr char kReceiptOption[] = "--worker-meets-receipt";
+inline constexpr char kFollowsEndOption[] = "--worker-follows-end";
 
 /// Adds every option to the command. `options` must outlive the parsing.
 void AddLoadOptions(CLI::App& command, LoadOptions& options);

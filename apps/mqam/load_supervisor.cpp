@@ -1,10 +1,10 @@
 #include "apps/mqam/load_supervisor.h"
 
-#include <algorithm>
 #include <chrono>
-#include <thread>
 
 #include "apps/mqam/exit_codes.h"
+#include "apps/mqam/load_lock.h"
+#include "apps/mqam/load_retries.h"
 #include "apps/mqam/load_worker.h"
 #include "apps/mqam/progress.h"
 #include "apps/mqam/restart_life.h"
@@ -13,10 +13,9 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using std::chrono::seconds;
 
-constexpr seconds kFirstPause{1};
-constexpr seconds kLongestPause{60};
+// For a command that is just ending.
+constexpr int kLockPatienceSeconds = 2;
 // Each empty message costs a life; a queue whose MQGETs fail at once would cost them without end.
 constexpr int kLivesWithNothingNewMax = 20;
 
@@ -25,59 +24,7 @@ int Refuse(const std::string& words) {
     return kExitNotStarted;
 }
 
-// ---- before the first life
-
-// A load in which nothing was stored yet has read nothing: it is not yet begun.
-bool IsUnfinished(const std::optional<RestartState>& state) {
-    return state && state->phase == LoadPhase::kLoading && state->position;
-}
-
-bool IsOver(const std::optional<RestartState>& state) {
-    return state && state->phase != LoadPhase::kLoading;
-}
-
-// Returns what speaks against a first life, or an empty string.
-std::string FindObstacle(const LoadOptions& options, RestartableTarget& target) {
-    std::optional<RestartState> state;
-    if (!target.LoadState(state)) return target.Failure();
-    if (options.restart == RestartPolicy::kOnly && !IsUnfinished(state) && !IsOver(state)) {
-        return "no load is unfinished (--restart only): " + target.StateName() + " holds none";
-    }
-    if (!IsUnfinished(state)) return "";
-    if (options.restart == RestartPolicy::kNever) {
-        return "a load begun " + state->begun +
-               " is unfinished (--restart never): " + FormatRecordsThatAre(state->records) +
-               " loaded; run the command without --restart never to go on";
-    }
-    if (!options.quiet) {
-        TellUser("mqam load: going on with the load begun " + state->begun + ": " +
-                 FormatRecordsThatAre(state->records) + " in " + state->target + "\n");
-    }
-    return "";
-}
-
-// ---- between two lives
-
-struct Retries {
-    std::optional<RestartState> seen;
-    Clock::time_point failingSince;  // the first failure behind the last progress
-    seconds pause = kFirstPause;
-    int attempts = 0;  // since then
-};
-
-// `lifeLasted`: how long the life took that has just ended. One that connected and then waited for records
-// for long has got on, too, though none came.
-void NoteProgress(RestartableTarget& target, Retries& retries, Clock::duration lifeLasted) {
-    std::optional<RestartState> state;
-    if (!target.LoadState(state) || !state) return;
-    const bool progress = !retries.seen || state->records != retries.seen->records ||
-                          state->phase != retries.seen->phase ||
-                          (state->lives != retries.seen->lives && lifeLasted > kLongestPause);
-    retries.seen = state;
-    if (!progress) return;
-    retries.pause = kFirstPause;
-    retries.attempts = 0;
-}
+// ---- what is told at the end
 
 // `next` says what to do first, when there is something.
 void TellWhatIsSafe(const Retries& retries, const char* next = "run the same command again") {
@@ -89,33 +36,6 @@ void TellWhatIsSafe(const Retries& retries, const char* next = "run the same com
     TellUser("  safe      " + FormatRecordsThatAre(retries.seen->records) + " in " + retries.seen->target +
              "; what was read behind them is in " + retries.seen->checkpointFile +
              " or back on the queue\n  next      " + next + ": it goes on there\n");
-}
-
-// Waits, but not for a user who wants an end. Returns false for that.
-bool Pause(seconds duration) {
-    const auto end = Clock::now() + duration;
-    while (Clock::now() < end && !InterruptCame())
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    return !InterruptCame();
-}
-
-// A life failed in a way that time may heal. Returns true to start another one.
-bool WaitForNextAttempt(const LoadOptions& options, Retries& retries) {
-    if (options.retryForSeconds == 0 || InterruptCame()) return false;
-    if (retries.attempts == 0) retries.failingSince = Clock::now();
-    if (Clock::now() + retries.pause > retries.failingSince + seconds(options.retryForSeconds) &&
-        retries.attempts > 0) {
-        TellUser("mqam load: no new checkpoint for " + std::to_string(options.retryForSeconds) +
-                 " s (--retry-for): giving up\n");
-        return false;
-    }
-    ++retries.attempts;
-    TellUser("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
-             std::to_string(retries.pause.count()) + " s; " +
-             FormatRecordsThatAre(retries.seen ? retries.seen->records : 0) + " loaded\n");
-    if (!Pause(retries.pause)) return false;
-    retries.pause = std::min(retries.pause * 2, kLongestPause);
-    return true;
 }
 
 int GiveUpOnEarlyEnds(const Retries& retries) {
@@ -136,6 +56,7 @@ int EndOnRequest(const Retries& retries) {
 
 // Ended by something else than itself: also with a code that no worker ends with, as some systems tell it.
 bool WasKilled(const WorkerEnd& end) {
+    if (!end.started) return false;
     switch (end.code) {
         case kExitDone:
         case kExitModuleFailed:
@@ -153,11 +74,11 @@ bool WasKilled(const WorkerEnd& end) {
 }
 
 bool IsFailedLife(const WorkerEnd& end) {
-    return WasKilled(end) || end.code == kExitRestart || end.code == kExitTargetFailed;
+    return !end.started || WasKilled(end) || end.code == kExitRestart || end.code == kExitTargetFailed;
 }
 
 bool HasInputEnded(const WorkerEnd& end) {
-    return !WasKilled(end) && (end.code == kWorkerInputEnded || end.code == kWorkerNothingNew);
+    return end.started && !WasKilled(end) && (end.code == kWorkerInputEnded || end.code == kWorkerNothingNew);
 }
 
 // A life that has told how it ended and after which nothing is tried again.
@@ -177,24 +98,73 @@ int EndWith(const WorkerEnd& end, const Retries& retries) {
 
 int EndFailed(const WorkerEnd& end, const Retries& retries) {
     TellWhatIsSafe(retries);
-    return !WasKilled(end) && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
+    return end.started && !WasKilled(end) && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
 }
 
-int LiveUntilDone(const LoadOptions& options, RestartableTarget& target) {
+// ---- the lives
+
+// Reads what is stored, again and again when that fails and the user asked for it. Returns an exit code, or
+// kExitDone when it was read.
+int FetchState(const LoadOptions& options, RestartableTarget& target, Retries& retries) {
+    while (!target.LoadState(retries.seen)) {
+        if (target.Refuses()) return Refuse(target.Failure());
+        TellUser("mqam load: " + target.Failure() + "\n");
+        if (WaitForNextAttempt(options.retryForSeconds, retries)) continue;
+        if (!InterruptCame()) return kExitTargetFailed;
+        TellUser("mqam load: ended on request\n");
+        return kExitInterrupted;
+    }
+    return kExitDone;
+}
+
+// Returns what speaks against a first life, or an empty string.
+std::string FindObstacle(const LoadOptions& options, const RestartableTarget& target,
+                         const std::optional<RestartState>& state) {
+    if (options.restart == RestartPolicy::kOnly && !IsUnfinished(state) && !IsOver(state)) {
+        return "no load is unfinished (--restart only): " + target.StateName() + " holds none";
+    }
+    if (!IsUnfinished(state)) return "";
+    if (options.restart == RestartPolicy::kNever) {
+        return "a load begun " + state->begun +
+               " is unfinished (--restart never): " + FormatRecordsThatAre(state->records) +
+               " loaded; run the command without --restart never to go on";
+    }
+    if (!options.quiet) {
+        TellUser("mqam load: going on with the load begun " + state->begun + ": " +
+                 FormatRecordsThatAre(state->records) + " in " + state->target + "\n");
+    }
+    return "";
+}
+
+// Runs one worker. One that was started and ended by itself has told how; the rest is told here.
+WorkerEnd LiveOnce(RestartableTarget& target, const std::vector<std::string>& arguments, Retries& retries) {
+    const Clock::time_point start = Clock::now();
+    WorkerEnd end = RunWorker(arguments);
+    NoteProgress(target, retries, Clock::now() - start);
+    // Somebody else's exit in the worker, a library's: a worker is done when the load is.
+    if (end.code == kExitDone && !IsOver(retries.seen)) end.killed = end.started;
+    if (!end.started) {
+        TellUser("mqam load: a worker process cannot be started: " + end.reason + "\n");
+    } else if (WasKilled(end) && !InterruptCame()) {
+        TellUser("mqam load: the worker process was killed (" + std::to_string(end.code) + ")\n");
+    }
+    return end;
+}
+
+int LiveUntilDone(const LoadOptions& options, RestartableTarget& target, Retries& retries) {
     const auto begin = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::system_clock::now().time_since_epoch());
-    Retries retries;
-    NoteProgress(target, retries, Clock::duration::zero());
     const std::optional<RestartState> atBegin = retries.seen;
     int livesWithNothingNew = 0;
+    bool followsEnd = false;
     for (;;) {
         if (InterruptCame()) return EndOnRequest(retries);
-        const Clock::time_point start = Clock::now();
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
         if (IsOver(atBegin) && retries.seen->begun == atBegin->begun) arguments.push_back(kReceiptOption);
-        const WorkerEnd end = RunWorker(arguments);
-        if (!end.started) return Refuse("a worker process cannot be started: " + end.reason);
-        NoteProgress(target, retries, Clock::now() - start);
+        if (followsEnd) arguments.push_back(kFollowsEndOption);
+        const WorkerEnd end = LiveOnce(target, arguments, retries);
+        // A life that follows an end waits only a moment: behind it the whole interval counts again.
+        followsEnd = !followsEnd && HasInputEnded(end);
         if (HasInputEnded(end)) {
             livesWithNothingNew = end.code == kWorkerNothingNew ? livesWithNothingNew + 1 : 0;
             if (livesWithNothingNew == kLivesWithNothingNewMax) return GiveUpOnEarlyEnds(retries);
@@ -202,19 +172,28 @@ int LiveUntilDone(const LoadOptions& options, RestartableTarget& target) {
         }
         if (!IsFailedLife(end)) return EndWith(end, retries);
         if (WasKilled(end) && InterruptCame()) continue;
-        if (WasKilled(end)) {
-            TellUser("mqam load: the worker process was killed (" + std::to_string(end.code) + ")\n");
-        }
-        if (WaitForNextAttempt(options, retries)) continue;
+        if (WaitForNextAttempt(options.retryForSeconds, retries)) continue;
         if (!InterruptCame()) return EndFailed(end, retries);
     }
+}
+
+int SuperviseLocked(const LoadOptions& options, RestartableTarget& target) {
+    Retries retries;
+    const int fetched = FetchState(options, target, retries);
+    if (fetched != kExitDone) return fetched;
+    const std::string obstacle = FindObstacle(options, target, retries.seen);
+    if (!obstacle.empty()) return Refuse(obstacle);
+    return LiveUntilDone(options, target, retries);
 }
 
 }  // namespace
 
 int SuperviseLoad(const LoadOptions& options, RestartableTarget& target) {
-    const std::string obstacle = FindObstacle(options, target);
-    if (!obstacle.empty()) return Refuse(obstacle);
+    // Also between two lives, in a pause above all, no other command is to take the load over.
+    std::string reason;
+    if (!TakeLoadLock(target.CommandLock(), kLockPatienceSeconds, reason)) return Refuse(reason);
     LeaveInterruptsToWorker();
-    return LiveUntilDone(options, target);
+    const int exitCode = SuperviseLocked(options, target);
+    GiveBackLoadLock(target.CommandLock());
+    return exitCode;
 }

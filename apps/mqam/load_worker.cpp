@@ -73,6 +73,7 @@ std::string DescribeReceipt(const RestartState& state, const RestartableTarget& 
     }
     WatchInterrupts(MarkWorkerExit(kExitStoppedAtOnce));
     ProgressCounters counters;
+    counters.secondsBefore = SecondsSince(options.workerSince);
     StartProgress(ChooseProgressStyle(options, false), counters);
     const RestartLifeOutcome outcome =
         RunRestartLife(entryPoint, settings, target, MakeObserver(options), counters);

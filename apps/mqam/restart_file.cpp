@@ -29,6 +29,10 @@ FileRead ReadWhole(const std::string& path, std::string& text) {
 
 }  // namespace
 
+std::string ScratchOfRestartFile(const std::string& path) {
+    return path + ".new";
+}
+
 bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state, std::string& reason) {
     state.reset();
     std::string text;
@@ -53,7 +57,7 @@ bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state
 
 bool ReplaceRestartFile(const std::string& path, const RestartState& state, std::string& reason) {
     std::string words;
-    if (ReplaceDurably(path, path + ".new", FormatRestartState(state), words)) return true;
+    if (ReplaceDurably(path, ScratchOfRestartFile(path), FormatRestartState(state), words)) return true;
     reason = "cannot replace restart file " + path + ": " + words;
     return false;
 }

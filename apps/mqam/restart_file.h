@@ -7,6 +7,9 @@
 
 #include "apps/mqam/restart_state.h"
 
+/// The file by way of which the one at the path is replaced.
+[[nodiscard]] std::string ScratchOfRestartFile(const std::string& path);
+
 /// Reads restart information; none when there is no file. Returns false with the reason in words, the path
 /// among them, when the file cannot be read or is not whole.
 [[nodiscard]] bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state,

@@ -18,7 +18,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kCheckpointLockPatienceSeconds = 10;
+constexpr int kLockPatienceSeconds = 10;
 
 // Everything that one life carries along.
 struct Life {
@@ -31,6 +31,7 @@ struct Life {
     StartupReport report = {};
     StartDecision decision = {};
     std::string checkpointLock = {};
+    bool inputIsOpen = false;
     std::vector<char> buffer = {};
     std::uint32_t lastLength = 0;  // of the record in the buffer
     std::uint64_t records = 0;     // of the whole load, those not yet stored included
@@ -52,6 +53,14 @@ bool FailModule(Life& life) {
     ErrorText text;
     const bool staysSo = ParseErrorText(life.outcome.moduleFailure.text, text) && StaysSo(text);
     life.outcome.end = staysSo ? RestartLifeEnd::kModuleRefuses : RestartLifeEnd::kModuleFailed;
+    return false;
+}
+
+// Of a target that was not yet written to, with which the life cannot begin.
+bool FailToBegin(Life& life) {
+    if (life.target.Refuses()) return Refuse(life, life.target.Failure());
+    life.outcome.end = RestartLifeEnd::kTargetFailed;
+    life.outcome.targetFailure = life.target.Failure();
     return false;
 }
 
@@ -123,16 +132,22 @@ bool RefuseOtherLoad(Life& life, const Identity& difference, const RestartState&
                             "information of this load elsewhere");
 }
 
-// The module would overwrite them, or delete them at the end.
+// The module would overwrite them, or delete them at the end; a lock's file goes when it is given back.
 bool AreFilesApart(Life& life, const RestartState& fresh) {
-    const std::string& checkpoint = fresh.checkpointFile;
-    for (const std::string& own : life.target.Files()) {
-        if (own != checkpoint && own != fresh.logFile) continue;
-        return Refuse(life, own + " cannot be " + (own == checkpoint ? "the checkpoint file" : "the log") +
-                                " of the load and belong to its target, too: give each a name of its own");
-    }
-    return fresh.logFile != checkpoint ||
-           Refuse(life, checkpoint + " cannot be both checkpoint file and log: give each a name of its own");
+    std::vector<NamedFile> files = life.target.Files();
+    files.push_back({fresh.checkpointFile, "checkpoint file"});
+    files.push_back({CheckpointLockPath(fresh.checkpointFile), "lock of the checkpoint file"});
+    if (!fresh.logFile.empty()) files.push_back({fresh.logFile, "log"});
+    const std::string complaint = FindDoubleUse(files);
+    return complaint.empty() || Refuse(life, complaint);
+}
+
+// The module writes into a log that it finds, and the end of the load deletes it.
+bool IsLogFree(Life& life, const std::string& log) {
+    if (log.empty() || ProbePath(log) != PathKind::kFile || FileBytes(log) == 0) return true;
+    return Refuse(life, log +
+                            " exists: the log of another load would be overwritten; move it away, or delete "
+                            "it when that load is done with");
 }
 
 // Brings the files into the shape that the module can go on from. The order matters: what is decided is told
@@ -142,8 +157,7 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     const std::string& path = fresh.checkpointFile;
     std::string reason;
     life.checkpointLock = CheckpointLockPath(path);
-    if (!TakeLoadLock(life.checkpointLock, kCheckpointLockPatienceSeconds, reason))
-        return Refuse(life, reason);
+    if (!TakeLoadLock(life.checkpointLock, kLockPatienceSeconds, reason)) return Refuse(life, reason);
 
     const auto maxRecordBytes =
         static_cast<std::uint64_t>(std::atoll(FindParameter(life.report, "BlockSize").c_str()));
@@ -154,18 +168,14 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     if (life.decision.action == StartAction::kRefuse) return Refuse(life, life.decision.reason);
     if (life.observer.decision) life.observer.decision(life.decision.reason);
 
+    const bool isOwnLog = stored && stored->logFile == fresh.logFile;
+    if (!isOwnLog && !IsLogFree(life, fresh.logFile)) return false;
     if (stored) {
         state = *stored;
         state.logFile = fresh.logFile;
     } else {
-        if (!fresh.logFile.empty() && ProbePath(fresh.logFile) == PathKind::kFile &&
-            FileBytes(fresh.logFile) > 0) {
-            return Refuse(life, fresh.logFile +
-                                    " exists: the log of another load would be overwritten; move it away, or "
-                                    "delete it when that load is done with");
-        }
         fresh.begun = UtcNow();
-        if (!life.target.Begin(fresh)) return Refuse(life, life.target.Failure());
+        if (!life.target.Begin(fresh)) return FailToBegin(life);
         state = fresh;
     }
     for (const Repair& repair : life.decision.repairs) {
@@ -173,9 +183,11 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
         if (!MakeRepair(path, repair, reason)) return Refuse(life, "could not " + what + ": " + reason);
         if (life.observer.repaired) life.observer.repaired(what);
     }
-    if (!life.target.CutBack(state)) return Refuse(life, life.target.Failure());
+    if (!life.target.CutBack(state)) return FailToBegin(life);
     life.records = state.records;
     life.bytes = state.bytes;
+    life.counters.recordsBefore = state.records;
+    life.counters.bytesBefore = state.bytes;
     life.endBefore = state.lastEnd;
     life.endBeforeRecords = state.lastEndRecords;
     return true;
@@ -198,11 +210,11 @@ bool HandleReceipt(Life& life, std::optional<RestartState>& stored, const Restar
 
 bool Prepare(Life& life) {
     std::optional<RestartState> stored;
-    if (!life.target.Lock()) return Refuse(life, life.target.Failure());
-    if (!life.target.LoadState(stored)) return Refuse(life, life.target.Failure());
-    const bool isOver = stored && stored->phase != LoadPhase::kLoading;
+    std::string reason;
+    if (!TakeLoadLock(life.target.LifeLock(), kLockPatienceSeconds, reason)) return Refuse(life, reason);
+    if (!life.target.LoadState(stored)) return FailToBegin(life);
+    const bool isOver = IsOver(stored);
     if (isOver) {
-        std::string reason;
         if (!CleanUpFinishedLoad(life.target, *stored, reason)) return Refuse(life, reason);
         life.outcome.state = *stored;
         life.outcome.end = RestartLifeEnd::kLoadDone;
@@ -210,7 +222,8 @@ bool Prepare(Life& life) {
     }
     std::string initString = life.settings.initString;
     // The queue was found empty for the whole interval a moment ago: to find that again, a second will do.
-    if (stored && stored->lastEnd == LastEnd::kAfterWait) initString += " -RWAIT 1";
+    if (life.settings.followsEnd && stored && stored->lastEnd == LastEnd::kAfterWait)
+        initString += " -RWAIT 1";
     if (life.session.AskInit(initString) != pmrcOK) {
         static_cast<void>(FailModule(life));
         life.outcome.end = RestartLifeEnd::kModuleRefuses;
@@ -226,8 +239,9 @@ bool Prepare(Life& life) {
         if (difference != nullptr && stored->position) {
             return RefuseOtherLoad(life, *difference, *stored, fresh);
         }
-        // No record was read under a state without a position: nothing hangs on it.
-        if (difference != nullptr) stored.reset();
+        // No record was read under a state without a position: nothing hangs on it, and what stands in the
+        // target by now is somebody else's.
+        if (!stored->position) stored.reset();
     }
     if (!PrepareFiles(life, stored, fresh)) return false;
     for (const auto& [name, value] : life.settings.attributes) {
@@ -297,6 +311,7 @@ bool TakeFirstRecord(Life& life, std::uint32_t length) {
 bool OpenInput(Life& life) {
     std::uint32_t maxRecordBytes = 0;
     if (life.session.AskOpen(kOpenForReading, maxRecordBytes) != pmrcOK) return FailModule(life);
+    life.inputIsOpen = true;
     Tell(life, life.session.TakeNewText());
     life.buffer.resize(maxRecordBytes);
     if (life.decision.action == StartAction::kReplay) {
@@ -405,6 +420,10 @@ void SweepCheckpointLock(const RestartState& state) {
 bool CleanUpFinishedLoad(RestartableTarget& target, RestartState& state, std::string& reason) {
     SweepCheckpointLock(state);
     if (state.phase == LoadPhase::kComplete) return true;
+    if (!target.StoreEnd(state)) {
+        reason = target.Failure();
+        return false;
+    }
     for (const std::string& path : {state.checkpointFile, state.logFile}) {
         std::string words;
         if (path.empty() || ProbePath(path) != PathKind::kFile || DeleteDurably(path, words)) continue;
@@ -433,15 +452,15 @@ RestartLifeOutcome RunRestartLife(PIDMMainFunction entryPoint, const RestartLife
         // ended the input off the queue.
         if (life.session.AskClose() != pmrcOK) {
             static_cast<void>(FailModule(life));
-        } else if (life.outcome.end == RestartLifeEnd::kInputEnded) {
-            FinishLife(life, end);
+        } else {
+            life.inputIsOpen = false;
+            if (life.outcome.end == RestartLifeEnd::kInputEnded) FinishLife(life, end);
         }
     }
     // With the input still open MQ takes its time to end this life: the locks last as long as the process.
-    if (life.outcome.end != RestartLifeEnd::kModuleFailed &&
-        life.outcome.end != RestartLifeEnd::kTargetFailed) {
+    if (!life.inputIsOpen && life.outcome.end != RestartLifeEnd::kModuleFailed) {
         GiveBackLoadLock(life.checkpointLock);
-        target.Unlock();
+        GiveBackLoadLock(target.LifeLock());
     }
     return life.outcome;
 }

@@ -24,6 +24,7 @@ struct RestartLifeSettings {
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = not by count
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
     bool meetsReceipt = false;    ///< a load that is over was so before the command
+    bool followsEnd = false;      ///< the life before ended a moment ago, after the whole wait interval
     bool unfinishedOnly = false;  ///< begin no load over one that is over
 };
 
@@ -57,6 +58,7 @@ struct RestartLifeOutcome {
                                                 RestartableTarget& target, const LifeObserver& observer,
                                                 ProgressCounters& counters);
 
-/// Deletes the checkpoint file and the log of a load that is finished, and stores that it is complete. The
-/// target is locked. Returns false with the reason in words.
+/// Stores that a load is finished once more, so that it is on the medium whatever became of the life that
+/// first did so; then deletes its checkpoint file and log, and stores that it is complete. The target is
+/// locked. Returns false with the reason in words.
 [[nodiscard]] bool CleanUpFinishedLoad(RestartableTarget& target, RestartState& state, std::string& reason);

@@ -136,6 +136,14 @@ bool Complain(const char* words, std::string& reason) {
 
 }  // namespace
 
+bool IsUnfinished(const std::optional<RestartState>& state) {
+    return state && state->phase == LoadPhase::kLoading && state->position;
+}
+
+bool IsOver(const std::optional<RestartState>& state) {
+    return state && state->phase != LoadPhase::kLoading;
+}
+
 std::string FormatRestartState(const RestartState& state) {
     std::string text(kFirstLine);
     for (const Field& field : kFields) {

@@ -49,6 +49,11 @@ struct RestartState {
     std::uint64_t lastEndRecords = 0;  ///< records read up to that end, those behind the position included
 };
 
+/// Whether a stored state is of a load that has begun and is not over. One in which no position was stored
+/// yet has read nothing: it is not yet begun.
+[[nodiscard]] bool IsUnfinished(const std::optional<RestartState>& state);
+[[nodiscard]] bool IsOver(const std::optional<RestartState>& state);
+
 [[nodiscard]] std::string FormatRestartState(const RestartState& state);
 
 /// Returns false with what is wrong with the text ("is cut short", "is damaged: ..."); `state` is then

@@ -1,47 +1,63 @@
 #include "apps/mqam/restartable_file.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "apps/mqam/disk_changes.h"
-#include "apps/mqam/load_lock.h"
 #include "apps/mqam/restart_file.h"
 
 namespace {
 
-constexpr int kLockPatienceSeconds = 10;
+// What a format puts in front of a record and behind it.
+struct Frame {
+    std::uint64_t before;
+    std::uint64_t behind;
+};
 
-std::string LockPath(const RestartableFileSettings& settings) {
-    return settings.restartFile + ".lock";
-}
-
-std::uint64_t StoredBytes(std::size_t recordLength, RecordFormat format) {
+Frame FrameOf(RecordFormat format) {
     switch (format) {
-        case RecordFormat::kLines: return recordLength + 1;
-        case RecordFormat::kLength: return recordLength + 4;
+        case RecordFormat::kLines: return {0, 1};
+        case RecordFormat::kLength: return {4, 0};
         case RecordFormat::kRaw: break;
     }
-    return recordLength;
+    return {0, 0};
+}
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
+};
+
+// Reads so many bytes of a file. Returns false with errno set, 0 when the file is too short.
+bool ReadBytes(const std::string& path, std::uint64_t offset, std::vector<char>& bytes) {
+    const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
+    errno = stream == nullptr ? errno : 0;
+    return stream != nullptr && MoveStreamTo(stream.get(), offset) &&
+           std::fread(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size();
 }
 
 }  // namespace
 
 RestartableFile::RestartableFile(RestartableFileSettings settings) : settings_(std::move(settings)) {}
 
-bool RestartableFile::Fail(const std::string& words) {
-    failure_ = words;
-    return false;
-}
-
-bool RestartableFile::Lock() {
-    return TakeLoadLock(LockPath(settings_), kLockPatienceSeconds, failure_);
-}
-
-void RestartableFile::Unlock() {
-    GiveBackLoadLock(LockPath(settings_));
+std::vector<NamedFile> RestartableFile::Files() const {
+    static constexpr char kWorkFile[] = "work file of the restart file";
+    return {{settings_.path, "target"},
+            {settings_.restartFile, "restart file"},
+            {ScratchOfRestartFile(settings_.restartFile), kWorkFile},
+            {CommandLock(), kWorkFile},
+            {LifeLock(), kWorkFile}};
 }
 
 bool RestartableFile::LoadState(std::optional<RestartState>& state) {
-    return ReadRestartFile(settings_.restartFile, state, failure_);
+    std::string reason;
+    return ReadRestartFile(settings_.restartFile, state, reason) || Refuse(reason);
+}
+
+bool RestartableFile::ReplaceState(const RestartState& state) {
+    std::string reason;
+    return ReplaceRestartFile(settings_.restartFile, state, reason) || Fail(reason);
 }
 
 bool RestartableFile::IsOccupied() {
@@ -53,13 +69,32 @@ bool RestartableFile::Begin(RestartState& state) {
     const std::string& path = settings_.path;
     const PathKind kind = ProbePath(path);
     if (kind == PathKind::kOther) {
-        return Fail(path + " is not a file: a load that can be restarted needs one that can be cut back");
+        return Refuse(path + " is not a file: a load that can be restarted needs one that can be cut back");
     }
     if (IsOccupied() && !settings_.force) {
-        return Fail(path + " holds something; give --force to replace it, or --append to add to it");
+        return Refuse(path + " holds something; give --force to replace it, or --append to add to it");
     }
     state.targetLength = kind == PathKind::kFile && settings_.append ? FileBytes(path) : 0;
-    return ReplaceRestartFile(settings_.restartFile, state, failure_);
+    return ReplaceState(state);
+}
+
+// Another file under the name, or one that was written anew, has other bytes there.
+bool RestartableFile::EndsWithLastRecord(const RestartState& state) {
+    if (state.lastRecordLength == 0) return true;
+    const Frame frame = FrameOf(settings_.format);
+    const std::uint64_t framed = frame.before + state.lastRecordLength + frame.behind;
+    std::vector<char> record(static_cast<std::size_t>(state.lastRecordLength));
+    errno = 0;
+    if (framed <= state.targetLength &&
+        ReadBytes(settings_.path, state.targetLength - frame.behind - state.lastRecordLength, record) &&
+        DigestOf(record.data(), record.size()) == state.lastRecordDigest) {
+        return true;
+    }
+    if (errno != 0) return Fail("cannot read " + settings_.path + ": " + std::strerror(errno));
+    return Refuse(
+        "the first " + std::to_string(state.targetLength) + " bytes of " + settings_.path +
+        " do not end with the last record loaded: something else has changed it; give the file back "
+        "and run the same command again");
 }
 
 bool RestartableFile::CutBack(const RestartState& state) {
@@ -68,32 +103,40 @@ bool RestartableFile::CutBack(const RestartState& state) {
     const bool missing = ProbePath(path) == PathKind::kMissing;
     const std::uint64_t bytes = FileBytes(path);
     if (bytes < length_) {
-        return Fail(path + (missing ? " is missing" : " has " + std::to_string(bytes) + " bytes") +
-                    ", but the load had brought " + std::to_string(length_) +
-                    " to the medium: something else has changed it; give the file back and run the same "
-                    "command again");
+        return Refuse(path + (missing ? " is missing" : " has " + std::to_string(bytes) + " bytes") +
+                      ", but the load had brought " + std::to_string(length_) +
+                      " to the medium: something else has changed it; give the file back and run the same "
+                      "command again");
     }
+    if (!EndsWithLastRecord(state)) return false;
     std::string reason;
     if (bytes > length_ && !CutDurably(path, length_, reason)) {
         return Fail("cannot cut " + path + " to " + std::to_string(length_) + " bytes: " + reason);
     }
     sink_ = std::make_unique<FileSink>(FileTarget{path, -1, OpenMode::kAppend, settings_.format});
     if (!sink_->Open()) return Fail(sink_->Failure());
-    return !missing || SyncNameOf(path, reason) ||
-           Fail("cannot bring the name of " + path + " to the medium: " + reason);
+    // A life that made the file may have died, or failed, before its name was on the medium.
+    return SyncNameOf(path, reason) || Fail("cannot bring the name of " + path + " to the medium: " + reason);
 }
 
 bool RestartableFile::Put(const char* record, std::size_t length) {
     if (!sink_->Put(record, length)) return Fail(sink_->Failure());
-    length_ += StoredBytes(length, settings_.format);
+    const Frame frame = FrameOf(settings_.format);
+    length_ += frame.before + length + frame.behind;
     return true;
 }
 
 bool RestartableFile::Store(const RestartState& state) {
     if (!sink_->Save()) return Fail(sink_->Failure());
-    return ReplaceRestartFile(settings_.restartFile, state, failure_);
+    // Counted, a foreign byte in the middle would push a record over the length that a restart cuts to.
+    if (!sink_->HasLength(length_)) {
+        return Fail(settings_.path +
+                    " was changed by something else while the load wrote to it: what came since the last "
+                    "checkpoint is not counted, and comes again");
+    }
+    return ReplaceState(state);
 }
 
 bool RestartableFile::StoreEnd(const RestartState& state) {
-    return ReplaceRestartFile(settings_.restartFile, state, failure_);
+    return ReplaceState(state);
 }

@@ -20,8 +20,6 @@ class RestartableFile : public RestartableTarget {
   public:
     explicit RestartableFile(RestartableFileSettings settings);
 
-    [[nodiscard]] bool Lock() override;
-    void Unlock() override;
     [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override;
     [[nodiscard]] bool IsOccupied() override;
     [[nodiscard]] bool Begin(RestartState& state) override;
@@ -32,17 +30,16 @@ class RestartableFile : public RestartableTarget {
     [[nodiscard]] bool StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
     [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
-    [[nodiscard]] std::vector<std::string> Files() const override {
-        return {settings_.path, settings_.restartFile};
-    }
+    [[nodiscard]] std::string CommandLock() const override { return settings_.restartFile + ".lock"; }
+    [[nodiscard]] std::string LifeLock() const override { return settings_.restartFile + ".life.lock"; }
+    [[nodiscard]] std::vector<NamedFile> Files() const override;
     [[nodiscard]] const std::string& StateName() const override { return settings_.restartFile; }
-    [[nodiscard]] const std::string& Failure() const override { return failure_; }
 
   private:
-    [[nodiscard]] bool Fail(const std::string& words);
+    [[nodiscard]] bool EndsWithLastRecord(const RestartState& state);
+    [[nodiscard]] bool ReplaceState(const RestartState& state);
 
     RestartableFileSettings settings_;
     std::unique_ptr<FileSink> sink_;
     std::uint64_t length_ = 0;
-    std::string failure_;
 };

@@ -32,9 +32,6 @@ std::string FindContradiction(const LoadOptions& options) {
             return "--attribute PRESERVE_RESTART_INFO is put by the load itself";
         }
     }
-    if (!IsSqliteName(options.target) && AbsolutePath(options.target) == AbsolutePath(options.restartFile)) {
-        return options.target + " cannot be both target and restart file: give each a name of its own";
-    }
     if (!IsSqliteName(options.target)) return "";
     if (!options.restartFile.empty()) {
         return "--restart-file does not go with a SQLite target: the database keeps the restart information";
@@ -46,9 +43,9 @@ std::string FindContradiction(const LoadOptions& options) {
 // Returns the target, or null with a complaint.
 std::unique_ptr<RestartableTarget> MakeTarget(const LoadOptions& options, std::string& complaint) {
     if (!IsSqliteName(options.target)) {
-        return std::make_unique<RestartableFile>(
-            RestartableFileSettings{AbsolutePath(options.target), AbsolutePath(options.restartFile),
-                                    options.format, options.force, options.append});
+        return std::make_unique<RestartableFile>(RestartableFileSettings{
+            AbsolutePath(options.target), FollowLinks(AbsolutePath(options.restartFile)), options.format,
+            options.force, options.append});
     }
     SqliteName name;
     if (!ParseSqliteName(options.target, name, complaint)) return nullptr;
@@ -63,7 +60,8 @@ int RunRestartableLoad(const LoadOptions& options) {
     const std::unique_ptr<RestartableTarget> target =
         complaint.empty() ? MakeTarget(options, complaint) : nullptr;
     RestartLifeSettings settings;
-    if (target != nullptr && ComposeInitString(options.module, settings.initString, complaint)) {
+    if (target != nullptr) complaint = FindDoubleUse(target->Files());
+    if (complaint.empty() && ComposeInitString(options.module, settings.initString, complaint)) {
         static_cast<void>(ComposeAttributes(options, settings.attributes, complaint));
     }
     if (!complaint.empty()) {
@@ -78,6 +76,7 @@ int RunRestartableLoad(const LoadOptions& options) {
         settings.checkpointEveryRecords = kCheckpointEveryByDefault;
     }
     settings.meetsReceipt = options.workerMeetsReceipt;
+    settings.followsEnd = options.workerFollowsEnd;
     settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;
     if (options.workerSince < 0) return SuperviseLoad(options, *target);
     LiveAsWorker(options, settings, *target);

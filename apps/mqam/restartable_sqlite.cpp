@@ -2,12 +2,10 @@
 
 #include <sqlite3.h>
 
-#include "apps/mqam/load_lock.h"
 #include "apps/mqam/platform.h"
 
 namespace {
 
-constexpr int kLockPatienceSeconds = 10;
 constexpr int kBusyMilliseconds = 10000;
 
 struct CloseDatabase {
@@ -27,9 +25,6 @@ class SqliteTarget : public RestartableTarget {
           key_(LowerCase(settings.name.table)),
           stateName_("row '" + key_ + "' of table mqam_restart in " + settings.name.file) {}
 
-    [[nodiscard]] bool Lock() override { return TakeLoadLock(LockPath(), kLockPatienceSeconds, failure_); }
-    void Unlock() override { GiveBackLoadLock(LockPath()); }
-
     [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override;
     [[nodiscard]] bool IsOccupied() override;
     [[nodiscard]] bool Begin(RestartState& state) override;
@@ -40,13 +35,17 @@ class SqliteTarget : public RestartableTarget {
     [[nodiscard]] bool StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "sqlite"; }
-    [[nodiscard]] std::vector<std::string> Files() const override { return {settings_.name.file}; }
+    [[nodiscard]] std::string CommandLock() const override {
+        return settings_.name.file + "." + key_ + ".lock";
+    }
+    [[nodiscard]] std::string LifeLock() const override {
+        return settings_.name.file + "." + key_ + ".life.lock";
+    }
+    [[nodiscard]] std::vector<NamedFile> Files() const override;
     [[nodiscard]] const std::string& StateName() const override { return stateName_; }
-    [[nodiscard]] const std::string& Failure() const override { return failure_; }
 
   private:
-    [[nodiscard]] std::string LockPath() const { return settings_.name.file + "." + key_ + ".lock"; }
-    [[nodiscard]] bool Fail(const std::string& action);
+    [[nodiscard]] bool FailTo(const std::string& action);
     [[nodiscard]] bool Open();
     [[nodiscard]] bool Run(const std::string& sql);
     [[nodiscard]] bool Prepare(const std::string& sql, Statement& statement);
@@ -54,6 +53,7 @@ class SqliteTarget : public RestartableTarget {
     [[nodiscard]] bool IsInTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
     [[nodiscard]] bool FetchNumber(const std::string& sql, std::uint64_t& number);
     [[nodiscard]] bool WriteState(const RestartState& state);
+    [[nodiscard]] bool EndsWithLastRecord(const RestartState& state);
     [[nodiscard]] std::string Table() const { return "\"" + settings_.name.table + "\""; }
 
     SqliteTargetSettings settings_;
@@ -63,13 +63,32 @@ class SqliteTarget : public RestartableTarget {
     Database database_;
     Statement insertion_;
     std::uint64_t rows_ = 0;  // the id of the last one
-    std::string failure_;
 };
 
-bool SqliteTarget::Fail(const std::string& action) {
-    failure_ = settings_.name.file + ": " + action + ": " +
-               (database_ ? sqlite3_errmsg(database_.get()) : "out of memory");
-    return false;
+// Whether time may heal an error: the disk, or somebody who has the database locked.
+bool MayHeal(int code) {
+    constexpr int kPrimaryCode = 0xFF;
+    switch (code & kPrimaryCode) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+        case SQLITE_NOMEM:
+        case SQLITE_IOERR:
+        case SQLITE_FULL: return true;
+        default: return false;
+    }
+}
+
+std::vector<NamedFile> SqliteTarget::Files() const {
+    const std::string& file = settings_.name.file;
+    static constexpr char kWorkFile[] = "work file of the database";
+    return {{file, "target"},           {file + "-journal", kWorkFile}, {file + "-wal", kWorkFile},
+            {file + "-shm", kWorkFile}, {CommandLock(), kWorkFile},     {LifeLock(), kWorkFile}};
+}
+
+bool SqliteTarget::FailTo(const std::string& action) {
+    const std::string words = settings_.name.file + ": " + action + ": " +
+                              (database_ ? sqlite3_errmsg(database_.get()) : "out of memory");
+    return !database_ || MayHeal(sqlite3_errcode(database_.get())) ? Fail(words) : Refuse(words);
 }
 
 bool SqliteTarget::Open() {
@@ -79,31 +98,33 @@ bool SqliteTarget::Open() {
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     database_.reset(opened);
     if (code != SQLITE_OK) {
-        static_cast<void>(Fail("the database cannot be opened"));
+        static_cast<void>(FailTo("the database cannot be opened"));
         database_.reset();
         return false;
     }
     sqlite3_busy_timeout(database_.get(), kBusyMilliseconds);
     // A checkpoint is carried out after the commit that stores it: the commit must outlast a loss of power,
     // the deletion of its journal, too.
-    return Run("PRAGMA synchronous = EXTRA");
+    if (Run("PRAGMA synchronous = EXTRA")) return true;
+    database_.reset();
+    return false;
 }
 
 bool SqliteTarget::Run(const std::string& sql) {
-    return sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK || Fail(sql);
+    return sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK || FailTo(sql);
 }
 
 bool SqliteTarget::Prepare(const std::string& sql, Statement& statement) {
     sqlite3_stmt* prepared = nullptr;
     const int code = sqlite3_prepare_v2(database_.get(), sql.c_str(), -1, &prepared, nullptr);
     statement.reset(prepared);
-    return code == SQLITE_OK || Fail(sql);
+    return code == SQLITE_OK || FailTo(sql);
 }
 
 bool SqliteTarget::FetchNumber(const std::string& sql, std::uint64_t& number) {
     Statement statement;
     if (!Prepare(sql, statement)) return false;
-    if (sqlite3_step(statement.get()) != SQLITE_ROW) return Fail(sql);
+    if (sqlite3_step(statement.get()) != SQLITE_ROW) return FailTo(sql);
     number = static_cast<std::uint64_t>(sqlite3_column_int64(statement.get(), 0));
     return true;
 }
@@ -126,14 +147,13 @@ bool SqliteTarget::LoadState(std::optional<RestartState>& state) {
     }
     const int code = sqlite3_step(statement.get());
     if (code == SQLITE_DONE) return true;
-    if (code != SQLITE_ROW) return Fail("the restart information cannot be read");
+    if (code != SQLITE_ROW) return FailTo("the restart information cannot be read");
     const auto* const text = static_cast<const char*>(sqlite3_column_blob(statement.get(), 0));
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), 0));
     RestartState parsed;
     std::string words;
     if (!ParseRestartState(std::string(text != nullptr ? text : "", length), parsed, words)) {
-        failure_ = stateName_ + " " + words + "; give back an undamaged copy of the database";
-        return false;
+        return Refuse(stateName_ + " " + words + "; give back an undamaged copy of the database");
     }
     state = parsed;
     return true;
@@ -154,9 +174,8 @@ bool SqliteTarget::IsOccupied() {
 bool SqliteTarget::Begin(RestartState& state) {
     if (!Open()) return false;
     if (IsOccupied() && !settings_.force) {
-        failure_ = "table " + settings_.name.table + " of " + settings_.name.file +
-                   " has rows; give --force to replace them, or --append to add to them";
-        return false;
+        return Refuse("table " + settings_.name.table + " of " + settings_.name.file +
+                      " has rows; give --force to replace them, or --append to add to them");
     }
     if (!Run("BEGIN IMMEDIATE") ||
         !Run("CREATE TABLE IF NOT EXISTS mqam_restart (target TEXT PRIMARY KEY, state TEXT NOT NULL)") ||
@@ -170,16 +189,32 @@ bool SqliteTarget::Begin(RestartState& state) {
     return WriteState(state) && Run("COMMIT");
 }
 
+bool SqliteTarget::EndsWithLastRecord(const RestartState& state) {
+    if (state.lastRecordLength == 0) return true;
+    Statement statement;
+    if (!Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(rows_), statement)) {
+        return false;
+    }
+    const int code = sqlite3_step(statement.get());
+    if (code != SQLITE_ROW && code != SQLITE_DONE) return FailTo("the last row cannot be read");
+    const auto* const record = static_cast<const char*>(sqlite3_column_blob(statement.get(), 0));
+    const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), 0));
+    if (length == state.lastRecordLength && DigestOf(record, length) == state.lastRecordDigest) return true;
+    return Refuse("the last row of table " + settings_.name.table + " in " + settings_.name.file +
+                  " is not the last record loaded: something else has changed the table; undo that and run "
+                  "the same command again");
+}
+
 bool SqliteTarget::CutBack(const RestartState& state) {
     if (!Open()) return false;
     if (!FetchNumber("SELECT ifnull(max(id), 0) FROM " + Table(), rows_)) return false;
     if (rows_ != state.targetLength) {
-        failure_ = "the last row of table " + settings_.name.table + " in " + settings_.name.file + " is " +
-                   std::to_string(rows_) + ", but the load had stored " + std::to_string(state.targetLength) +
-                   ": something else has changed the table; undo that and run the same command again";
-        return false;
+        return Refuse("the last row of table " + settings_.name.table + " in " + settings_.name.file +
+                      " is " + std::to_string(rows_) + ", but the load had stored " +
+                      std::to_string(state.targetLength) +
+                      ": something else has changed the table; undo that and run the same command again");
     }
-    return PrepareInsertion();
+    return EndsWithLastRecord(state) && PrepareInsertion();
 }
 
 bool SqliteTarget::Put(const char* record, std::size_t length) {
@@ -189,7 +224,7 @@ bool SqliteTarget::Put(const char* record, std::size_t length) {
     sqlite3_bind_int64(insertion, 1, static_cast<sqlite3_int64>(rows_ + 1));
     sqlite3_bind_blob64(insertion, 2, record, length, SQLITE_STATIC);
     const bool inserted = sqlite3_step(insertion) == SQLITE_DONE;
-    if (sqlite3_reset(insertion) != SQLITE_OK || !inserted) return Fail("a row cannot be inserted");
+    if (sqlite3_reset(insertion) != SQLITE_OK || !inserted) return FailTo("a row cannot be inserted");
     ++rows_;
     return true;
 }
@@ -205,7 +240,8 @@ bool SqliteTarget::WriteState(const RestartState& state) {
     }
     sqlite3_bind_text(statement.get(), 1, key_.c_str(), -1, SQLITE_STATIC);
     sqlite3_bind_text(statement.get(), 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
-    return sqlite3_step(statement.get()) == SQLITE_DONE || Fail("the restart information cannot be written");
+    return sqlite3_step(statement.get()) == SQLITE_DONE ||
+           FailTo("the restart information cannot be written");
 }
 
 bool SqliteTarget::Store(const RestartState& state) {

@@ -1,9 +1,10 @@
 // A target that a load can be restarted into: it keeps the restart state together with the records, so that
 // after a crash both tell the same.
 //
-// The order of calls in a life: Lock, LoadState, then for a new load Begin, then CutBack, Puts with a Store
-// after some of them, at the end StoreEnd or Store. Every call returns false on failure with words for the
-// user in Failure(); after a failed Put or Store nothing but Failure() may be called. Called from one thread.
+// The order of calls in a life, which holds a lock: LoadState, then for a new load Begin, then CutBack, Puts
+// with a Store after some of them, at the end StoreEnd or Store. Every call returns false on failure with
+// words for the user in Failure(); after a failed Put or Store nothing but Failure() and Refuses() may be
+// called. Called from one thread.
 #pragma once
 
 #include <cstddef>
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/mqam/named_files.h"
 #include "apps/mqam/restart_state.h"
 
 class RestartableTarget {
@@ -21,12 +23,7 @@ class RestartableTarget {
     RestartableTarget& operator=(const RestartableTarget&) = delete;
     virtual ~RestartableTarget() = default;
 
-    /// Keeps every other load away from target and state until Unlock or the end of the process. Waits some
-    /// seconds for a load that is just ending.
-    [[nodiscard]] virtual bool Lock() = 0;
-    virtual void Unlock() = 0;
-
-    /// Reads the stored state, none when nothing is stored. Does not need the lock.
+    /// Reads the stored state, none when nothing is stored. Does not need a lock.
     [[nodiscard]] virtual bool LoadState(std::optional<RestartState>& state) = 0;
 
     /// Tells whether a new load would find records of an earlier one in its way: the target exists and holds
@@ -37,7 +34,8 @@ class RestartableTarget {
     /// occupied, unless the user said to replace it. Fills targetLength of the state.
     [[nodiscard]] virtual bool Begin(RestartState& state) = 0;
 
-    /// Cuts off what the state does not count and makes the target ready for records.
+    /// Cuts off what the state does not count and makes the target ready for records. Refuses a target that
+    /// does not end with the last record that the state counts.
     [[nodiscard]] virtual bool CutBack(const RestartState& state) = 0;
 
     /// Takes one record; the bytes are not kept.
@@ -57,8 +55,30 @@ class RestartableTarget {
     [[nodiscard]] virtual std::string Format() const = 0;
     [[nodiscard]] virtual const std::string& StateName() const = 0;
 
-    /// Absolute paths of the files that target and state are kept in.
-    [[nodiscard]] virtual std::vector<std::string> Files() const = 0;
+    /// The file whose lock keeps one command after the other away from target and state, and the one that
+    /// does so with the lives of a command.
+    [[nodiscard]] virtual std::string CommandLock() const = 0;
+    [[nodiscard]] virtual std::string LifeLock() const = 0;
 
-    [[nodiscard]] virtual const std::string& Failure() const = 0;
+    /// The files that target and state are kept in, and those beside them, the locks included.
+    [[nodiscard]] virtual std::vector<NamedFile> Files() const = 0;
+
+    [[nodiscard]] const std::string& Failure() const { return failure_; }
+    /// Of the last failure: it stays until somebody changes something; else the system failed, and time may
+    /// heal that.
+    [[nodiscard]] bool Refuses() const { return refuses_; }
+
+  protected:
+    [[nodiscard]] bool Refuse(const std::string& words) { return End(words, true); }
+    [[nodiscard]] bool Fail(const std::string& words) { return End(words, false); }
+
+  private:
+    [[nodiscard]] bool End(const std::string& words, bool refuses) {
+        failure_ = words;
+        refuses_ = refuses;
+        return false;
+    }
+
+    std::string failure_;
+    bool refuses_ = false;
 };

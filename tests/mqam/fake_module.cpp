@@ -10,6 +10,7 @@
 //   FAKE_CALLS file     appends a line per request to the file
 //   FAKE_END code       what the read after the last record returns (default 9)
 //   FAKE_PAUSE ms       every Read takes so long; FAKE_LAST_PAUSE only the one that ends the input
+//   FAKE_EXIT n         Init ends the process with exit code n, as a library may
 //   FAKE_REPORT_WAIT w  the report says "MQ read wait interval: w"
 //
 // Every other keyword is remembered for the report only; QMGR, CKFILE and LOG show there.
@@ -86,6 +87,7 @@ ReturnCode Init(const InitBlock* block) {
             value += value.empty() ? word : " " + word;
         }
     }
+    if (!Value("FAKE_EXIT").empty()) std::_Exit(Number("FAKE_EXIT"));
     Log("Init " + std::string(block->initString, static_cast<std::size_t>(block->initStringLength)));
     std::string& report = TheFake().report;
     report =

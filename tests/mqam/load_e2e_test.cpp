@@ -18,6 +18,13 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
+// Only Windows lets a worker mark the exit codes that are its own.
+#if defined(_WIN32)
+constexpr bool kExitsAreMarked = true;
+#else
+constexpr bool kExitsAreMarked = false;
+#endif
+
 class FakeLoad : public testing::Test {
   protected:
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
@@ -55,6 +62,20 @@ TEST_F(FakeLoad, WholeLoadWritesLinesAndTellsASummary) {
     EXPECT_EQ(result.standardOutput, "");
     EXPECT_TRUE(Contains(result.standardError, "end of the queue\n  records   3\n  bytes     24\n"))
         << result.standardError;
+}
+
+// An MQ library may end the process, and no code that it chooses makes a load done.
+TEST_F(FakeLoad, AWorkerThatALibraryEndsIsKilledWhateverItsExitCode) {
+    for (const char* code : {"0", "64", "66"}) {
+        if (std::string(code) != "0" && !kExitsAreMarked) continue;
+        const ProgramResult result =
+            Load("-FAKE_EXIT " + std::string(code), {"--to", Path("out"), "--restart-file", Path("restart")});
+        EXPECT_EQ(result.exitCode, 9) << result.standardError;
+        EXPECT_EQ(result.standardError,
+                  "mqam load: the worker process was killed (" + std::string(code) +
+                      ")\n  safe      nothing was loaded: every message is on the queue\n"
+                      "  next      run the same command again\n");
+    }
 }
 
 TEST_F(FakeLoad, QuietLoadPrintsNothing) {

@@ -28,7 +28,9 @@ void LoadSite::Put(int count) {
 void LoadSite::Put(const std::string& message) {
     char file[64];
     std::snprintf(file, sizeof file, "20260101-000000-%09d.msg", ++puts_);
-    std::ofstream(fs::path(folder_) / "spool" / "QM1" / "Q1" / file, std::ios::binary) << message;
+    // Under its name at once whole: a load may be waiting for it.
+    std::ofstream(Path("next-message"), std::ios::binary) << message;
+    fs::rename(Path("next-message"), fs::path(folder_) / "spool" / "QM1" / "Q1" / file);
     if (!message.empty()) messages_.push_back(message);
 }
 

@@ -77,13 +77,12 @@ TEST_F(RestartableLoadRefusal, OptionsThatDoNotGoTogether) {
                   "--attribute PRESERVE_RESTART_INFO is put by the load itself");
     ExpectRefusal(site, {"--attribute", "nonsense"}, "'nonsense' is not of the form NAME=VALUE");
     ExpectRefusal(site, {"--log", site.CheckpointFile()}, "cannot be both checkpoint file and log");
-    ExpectRefusal(site, {"--log", site.Target()}, "cannot be the log of the load and belong to its target");
-    ExpectRefusal(site, {"--log", site.RestartFile()},
-                  "cannot be the log of the load and belong to its target");
+    ExpectRefusal(site, {"--log", site.Target()}, "cannot be both target and log of the load");
+    ExpectRefusal(site, {"--log", site.RestartFile()}, "cannot be both restart file and log of the load");
     site.Set("--ckfile", site.Target());
-    ExpectRefusal(site, {}, "cannot be the checkpoint file of the load and belong to its target");
+    ExpectRefusal(site, {}, "cannot be both target and checkpoint file of the load");
     site.Set("--ckfile", site.RestartFile());
-    ExpectRefusal(site, {}, "cannot be the checkpoint file of the load and belong to its target");
+    ExpectRefusal(site, {}, "cannot be both restart file and checkpoint file of the load");
     site.LeaveOut("--ckfile");
     ExpectRefusal(site, {}, "needs a checkpoint file: give --ckfile FILE\n");
     site.Set("--ckfile", site.CheckpointFile());
@@ -168,6 +167,45 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
         << none.Error();
 }
 
+// The load replaces or deletes the files that it keeps beside those it was told.
+TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad) {
+    LoadSite& site = Add("beside", 3);
+    const std::string words = " of the load: give each a name of its own\n";
+    for (const char* suffix : {".new", ".lock", ".life.lock"}) {
+        const std::string path = site.RestartFile() + suffix;
+        site.Set("--to", path);
+        ExpectRefusal(
+            site, {},
+            "mqam load: " + path + " cannot be both target and work file of the restart file" + words);
+        site.Set("--to", site.Target());
+        site.Set("--ckfile", path);
+        ExpectRefusal(site, {},
+                      path + " cannot be both work file of the restart file and checkpoint file" + words);
+        site.Set("--ckfile", site.CheckpointFile());
+        ExpectRefusal(site, {"--log", path},
+                      path + " cannot be both work file of the restart file and log" + words);
+    }
+    const std::string lock = site.CheckpointFile() + ".lock";
+    site.Set("--to", lock);
+    ExpectRefusal(site, {}, lock + " cannot be both target and lock of the checkpoint file" + words);
+    site.Set("--to", site.Target());
+    ExpectRefusal(site, {"--log", lock},
+                  lock + " cannot be both lock of the checkpoint file and log" + words);
+    EXPECT_EQ(site.Files(), "");
+    EXPECT_EQ(site.Depth(), 3);
+
+    // By another name, and without a word of the module's.
+    std::ofstream(site.Target()) << "";
+    fs::create_hard_link(site.Target(), site.Path("another-name"));
+    site.Set("--ckfile", site.Path("another-name"));
+    ExpectRefusal(site, {"--force"}, " cannot be both target and checkpoint file" + words);
+    fs::remove(site.Path("another-name"));
+    site.Set("--ckfile", site.CheckpointFile());
+    std::ofstream(site.RestartFile() + ".life.lock") << "somebody's";
+    ExpectRefusal(site, {}, ".life.lock holds something: it is not the lock of a load");
+    EXPECT_EQ(ReadFile(site.RestartFile() + ".life.lock"), "somebody's");
+}
+
 // ---- whose load it is
 
 TEST_F(RestartableLoadRefusal, H18_TheRestartFileOfAnotherLoad) {
@@ -243,6 +281,11 @@ TEST_F(RestartableLoadRefusal, RecordsInACheckpointFileWithoutRestartInformation
     std::ofstream(log.Path("log")) << "messages";
     ExpectRefusal(log, {"--log", log.Path("log")}, "the log of another load would be overwritten");
     EXPECT_EQ(ReadFile(log.Path("log")), "messages");
+    // Neither by a load that is gone on with and was begun without it.
+    LoadSite& later = AddUnfinished("later");
+    std::ofstream(later.Path("log")) << "messages";
+    ExpectRefusal(later, {"--log", later.Path("log")}, "the log of another load would be overwritten");
+    EXPECT_EQ(ReadFile(later.Path("log")), "messages");
 }
 
 TEST_F(RestartableLoadRefusal, H8_ACheckpointFileThatIsMissingAlthoughAPositionIsStored) {

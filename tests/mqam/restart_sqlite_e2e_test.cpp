@@ -231,6 +231,15 @@ TEST_F(SqliteLoad, T1_ATableThatSomebodyChangedIsRefusedUntilThatIsUndone) {
     Database(fewer.Path("db")).Run("DELETE FROM orders WHERE id = 3");
     ExpectRefusal(fewer, {}, " is 2, but the load had stored 3: ");
     Database(fewer.Path("db")).Run("INSERT INTO orders VALUES (3, CAST('" + last + "' AS BLOB))");
+    // So many rows, and other ones.
+    LoadSite& other = AddUnfinished("other");
+    const std::string own = RowsOf(other).back();
+    Database(other.Path("db")).Run("UPDATE orders SET record = 'another' WHERE id = 3");
+    ExpectRefusal(other, {},
+                  "mqam load: the last row of table orders in " + other.Path("db") +
+                      " is not the last record loaded: something else has changed the table; undo that and "
+                      "run the same command again\n");
+    Database(other.Path("db")).Run("UPDATE orders SET record = CAST('" + own + "' AS BLOB) WHERE id = 3");
     Database(gone.Path("db")).Run("ALTER TABLE orders RENAME TO aside");
     ExpectRefusal(gone, {}, "no such table: orders");
     Database(gone.Path("db")).Run("ALTER TABLE aside RENAME TO orders");
@@ -259,7 +268,7 @@ TEST_F(SqliteLoad, WhatIsNoDatabaseOrNoTableOfThisKindIsRefused) {
     ExpectRefusal(options, {}, "'mqam_restart' cannot be the table");
     options.Set("--to", "sqlite:" + options.Path("db"));
     options.Set("--ckfile", options.Path("db"));
-    ExpectRefusal(options, {}, "cannot be the checkpoint file of the load and belong to its target");
+    ExpectRefusal(options, {}, "cannot be both target and checkpoint file of the load");
     EXPECT_EQ(options.Files(), "");
 }
 
@@ -290,7 +299,7 @@ TEST_F(SqliteLoad, ADatabaseThatSomebodyKeepsLockedEndsTheLifeAndTheSameCommandC
         second.Run("COMMIT");
         first.Run("COMMIT");
     }
-    EXPECT_EQ(begin.Result().exitCode, 1) << begin.Error();
+    EXPECT_EQ(begin.Result().exitCode, 3) << begin.Error();
     EXPECT_EQ(middle.Result().exitCode, 3) << middle.Error();
     for (LoadSite* site : {&begin, &middle})
         EXPECT_TRUE(Contains(site->Error(), "database is locked")) << site->Error();

@@ -1,0 +1,55 @@
+#include "apps/mqam/load_retries.h"
+
+#include <algorithm>
+#include <string>
+#include <thread>
+
+#include "apps/mqam/progress.h"
+#include "apps/mqam/worker_process.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::seconds;
+
+// Waits, but not for a user who wants an end. Returns false for that.
+bool Pause(seconds duration) {
+    const auto end = Clock::now() + duration;
+    while (Clock::now() < end && !InterruptCame())
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    return !InterruptCame();
+}
+
+}  // namespace
+
+void NoteProgress(RestartableTarget& target, Retries& retries, Clock::duration lifeLasted) {
+    std::optional<RestartState> state;
+    if (!target.LoadState(state) || !state) return;
+    const bool progress = !retries.seen || state->records != retries.seen->records ||
+                          state->phase != retries.seen->phase ||
+                          (state->lives != retries.seen->lives && lifeLasted > kLongestPause);
+    retries.seen = state;
+    if (!progress) return;
+    retries.pause = kFirstPause;
+    retries.attempts = 0;
+}
+
+bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries) {
+    if (retryForSeconds == 0 || InterruptCame()) return false;
+    const Clock::time_point now = Clock::now();
+    if (retries.attempts == 0) retries.failingSince = now;
+    const Clock::time_point end = retries.failingSince + seconds(retryForSeconds);
+    if (now >= end) {
+        TellUser("mqam load: no new checkpoint for " + std::to_string(retryForSeconds) +
+                 " s (--retry-for): giving up\n");
+        return false;
+    }
+    const seconds pause = std::min(retries.pause, std::chrono::ceil<seconds>(end - now));
+    ++retries.attempts;
+    TellUser("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
+             std::to_string(pause.count()) + " s; " +
+             FormatRecordsThatAre(retries.seen ? retries.seen->records : 0) + " loaded\n");
+    if (!Pause(pause)) return false;
+    retries.pause = std::min(retries.pause * 2, kLongestPause);
+    return true;
+}
