@@ -179,37 +179,54 @@ bool IsConfirmed(const CheckpointOptions& options) {
     return false;
 }
 
+RepairPlan Plan(const CheckpointOptions& options, const Stored& stored) {
+    return PlanRepair(options.path, stored.position, options.maxRecordBytes);
+}
+
+std::string DescribeSteps(const CheckpointOptions& options, const RepairPlan& plan) {
+    std::string text;
+    for (const RepairStep& step : plan.steps)
+        text += DescribeStep(options.path, step) + "\n";
+    return text;
+}
+
+int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
+    // The answer was given to what was shown; a load may have run while the user thought about it.
+    if (DescribeSteps(options, Plan(options, stored)) != DescribeSteps(options, plan)) {
+        return Complain("nothing was changed: the files are not as they were; give the command again");
+    }
+    std::string reason;
+    for (const RepairStep& step : plan.steps) {
+        if (TakeStep(options.path, step, reason)) continue;
+        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
+        return kExitTargetFailed;
+    }
+    return kExitDone;
+}
+
 // The steps, one after the other, while no restartable load can begin on the file.
-int TakeSteps(const CheckpointOptions& options, const std::vector<RepairStep>& steps) {
+int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
     const std::string lock = AbsolutePath(options.path) + ".lock";
     std::string reason;
     if (!TakeLoadLock(lock, 0, reason)) return Complain("nothing was changed: " + reason);
-    for (const RepairStep& step : steps) {
-        if (TakeStep(options.path, step, reason)) continue;
-        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
-        GiveBackLoadLock(lock);
-        return kExitTargetFailed;
-    }
+    const int exitCode = TakeStepsLocked(options, stored, plan);
     GiveBackLoadLock(lock);
-    return kExitDone;
+    return exitCode;
 }
 
 int RunRepair(const CheckpointOptions& options) {
     Stored stored;
     if (!FetchStored(options, stored)) return kExitNotStarted;
-    const RepairPlan plan = PlanRepair(options.path, stored.position, options.maxRecordBytes);
+    const RepairPlan plan = Plan(options, stored);
     if (!plan.obstacle.empty()) TellUser("mqam checkpoint: " + plan.obstacle + "\n");
     const int exitCode = plan.obstacle.empty() ? kExitDone : kExitDamaged;
     if (plan.steps.empty()) {
         return exitCode == kExitDone ? Print(options.path + ": nothing to repair\n", exitCode) : exitCode;
     }
-    std::string text;
-    for (const RepairStep& step : plan.steps)
-        text += DescribeStep(options.path, step) + "\n";
-    const int printed = Print(text, kExitDone);
+    const int printed = Print(DescribeSteps(options, plan), kExitDone);
     if (printed != kExitDone) return printed;
     if (!IsConfirmed(options)) return kExitNotStarted;
-    const int taken = TakeSteps(options, plan.steps);
+    const int taken = TakeSteps(options, stored, plan);
     bool isRefused = false;
     return taken != kExitDone ? taken
                               : Print("done\n" + DescribeRestartWith(options, stored, isRefused), exitCode);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "apps/mqam/load_lock.h"
 #include "apps/mqam/restart_state.h"
@@ -227,8 +228,10 @@ TEST_F(CheckpointCommand, RepairOfADamagedFileChangesNothing) {
 }
 
 #if !defined(_WIN32)
-// Runs `mqam checkpoint repair` on a terminal and answers its question. Returns the exit code.
-int RepairOnATerminal(const std::string& path, const std::string& answer) {
+// Runs `mqam checkpoint repair` on a terminal and answers its question, after `meanwhile`. Returns the exit
+// code.
+int RepairOnATerminal(
+    const std::string& path, const std::string& answer, const std::function<void()>& meanwhile = [] {}) {
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child == 0) {
@@ -243,6 +246,7 @@ int RepairOnATerminal(const std::string& path, const std::string& answer) {
         if (got <= 0) break;
         shown.append(piece, static_cast<std::size_t>(got));
         if (!answered && shown.find("[y/N] ") != std::string::npos) {
+            meanwhile();
             answered = write(terminal, answer.data(), answer.size()) == static_cast<ssize_t>(answer.size());
         }
     }
@@ -261,6 +265,16 @@ TEST_F(CheckpointCommand, RepairOnATerminalAsksFirst) {
     EXPECT_EQ(RepairOnATerminal(Path(), "y\n"), 0);
     EXPECT_EQ(ReadFile(Path()), bytes);
     EXPECT_EQ(ReadFile(Path("load.ckpt.torn")), kTorn);
+}
+
+TEST_F(CheckpointCommand, RepairOfFilesThatChangedWhileItAskedChangesNothing) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
+    const std::string later = CheckpointBytes(5, {"one", "two"}) + kTorn;
+    EXPECT_EQ(RepairOnATerminal(Path(), "y\n", [this, &later] { WriteBytesTo(Path(), later); }), 1);
+    EXPECT_EQ(ReadFile(Path()), later);
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.torn")));
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+    EXPECT_EQ(RepairOnATerminal(Path(), "y\n"), 0);
 }
 
 TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {

@@ -294,4 +294,14 @@ TEST_F(RestartPromise, L12_AFlippedBitIsNoticedInTheFirstRecordAndInALengthAlone
     EXPECT_EQ(site.Depth(), 0);
 }
 
+TEST_F(RestartPromise, L13_WhatAnotherLoadAddsToTheTargetOfAnUnfinishedOneIsCutOff) {
+    LoadSite& first = Interrupted("first", 6, "MQCMIT 5 kill before");
+    LoadSite& second = Fresh("second", 2);
+    second.Set("--to", first.Target());
+    EXPECT_EQ(second.Run({"--append"}).exitCode, 0) << second.Error();
+    EXPECT_TRUE(Contains(ReadFile(first.Target()), second.Lines()));
+    first.Run();
+    EXPECT_TRUE(first.IsDone());
+}
+
 }  // namespace

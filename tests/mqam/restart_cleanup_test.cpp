@@ -1,0 +1,89 @@
+// The end of a load that is finished, with a target that notes what is asked of it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "apps/mqam/restart_life.h"
+#include "tests/mqam/test_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Stores nothing, and fails from a number of states on.
+class NotingTarget : public RestartableTarget {
+  public:
+    explicit NotingTarget(std::string watched) : watched_(std::move(watched)) {}
+
+    [[nodiscard]] bool LoadState(std::optional<RestartState>& /*state*/) override { return true; }
+    [[nodiscard]] bool IsOccupied() override { return true; }
+    [[nodiscard]] bool Begin(RestartState& /*state*/) override { return true; }
+    [[nodiscard]] bool CutBack(const RestartState& /*state*/) override { return true; }
+    [[nodiscard]] bool Put(const char* /*record*/, std::size_t /*length*/) override { return true; }
+    [[nodiscard]] std::uint64_t Length() const override { return 0; }
+    [[nodiscard]] bool Store(const RestartState& state) override { return StoreEnd(state); }
+    [[nodiscard]] bool StoreEnd(const RestartState& state) override {
+        if (statesUntilFailure_-- == 0) return Fail("no room");
+        notes_ += state.phase == LoadPhase::kFinished ? "finished" : "complete";
+        notes_ += fs::exists(watched_) ? " with file\n" : " without file\n";
+        return true;
+    }
+    [[nodiscard]] const std::string& Name() const override { return name_; }
+    [[nodiscard]] std::string Format() const override { return "lines"; }
+    [[nodiscard]] const std::string& StateName() const override { return name_; }
+    [[nodiscard]] std::string CommandLock() const override { return ""; }
+    [[nodiscard]] std::string LifeLock() const override { return ""; }
+    [[nodiscard]] std::vector<NamedFile> Files() const override { return {}; }
+
+    void FailBehind(int states) { statesUntilFailure_ = states; }
+    [[nodiscard]] const std::string& Notes() const { return notes_; }
+
+  private:
+    std::string watched_;
+    std::string name_ = "noting";
+    std::string notes_;
+    int statesUntilFailure_ = -1;
+};
+
+class RestartCleanup : public testing::Test {
+  protected:
+    void SetUp() override {
+        state_.phase = LoadPhase::kFinished;
+        state_.checkpointFile = folder_.Path("ck");
+        std::ofstream(state_.checkpointFile) << "records";
+    }
+
+    TestFolder folder_;
+    RestartState state_;
+    std::string reason_;
+};
+
+// A life that died behind the replacement of the restart file left it perhaps in memory alone.
+TEST_F(RestartCleanup, H24_FinishedIsStoredOnceMoreBeforeTheCheckpointFileGoes) {
+    NotingTarget target(state_.checkpointFile);
+    EXPECT_TRUE(CleanUpFinishedLoad(target, state_, reason_)) << reason_;
+    EXPECT_EQ(target.Notes(), "finished with file\ncomplete without file\n");
+    EXPECT_EQ(state_.phase, LoadPhase::kComplete);
+}
+
+TEST_F(RestartCleanup, H24_WhenItCannotBeStoredTheCheckpointFileStays) {
+    NotingTarget target(state_.checkpointFile);
+    target.FailBehind(0);
+    EXPECT_FALSE(CleanUpFinishedLoad(target, state_, reason_));
+    EXPECT_EQ(reason_, "no room");
+    EXPECT_TRUE(fs::exists(state_.checkpointFile));
+    target.FailBehind(1);
+    EXPECT_FALSE(CleanUpFinishedLoad(target, state_, reason_));
+    EXPECT_EQ(state_.phase, LoadPhase::kFinished);
+}
+
+TEST_F(RestartCleanup, ALoadThatIsCompleteIsLeftAlone) {
+    NotingTarget target(state_.checkpointFile);
+    state_.phase = LoadPhase::kComplete;
+    EXPECT_TRUE(CleanUpFinishedLoad(target, state_, reason_)) << reason_;
+    EXPECT_EQ(target.Notes(), "");
+    EXPECT_TRUE(fs::exists(state_.checkpointFile)) << "another load's by now";
+}
+
+}  // namespace
