@@ -155,6 +155,27 @@ void RunAll(std::vector<std::unique_ptr<LoadSite>>& sites, const LoadSite::Argum
         site->Wait();
 }
 
+LoadSite& LoadSites::Add(const std::string& name, int messages, const std::string& faults) {
+    sites_.push_back(std::make_unique<LoadSite>(folder_.Root(), name));
+    sites_.back()->Put(messages);
+    sites_.back()->PlanFaults(faults);
+    return *sites_.back();
+}
+
+LoadSite& LoadSites::AddUnfinished(const std::string& name) {
+    LoadSite& site = Add(name, 10, "MQCMIT 5 kill after");
+    EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
+    EXPECT_EQ(site.Stored("records"), "3");
+    site.PlanFaults("");
+    return site;
+}
+
+void LoadSites::RunAllAgain() {
+    for (const auto& site : sites_)
+        site->PlanFaults("");
+    RunAll(sites_);
+}
+
 bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }

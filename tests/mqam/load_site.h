@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/mqam/program_runner.h"
+#include "tests/mqam/test_folder.h"
 
 class LoadSite {
   public:
@@ -98,6 +99,22 @@ class LoadSite {
 
 /// Starts them all, then waits for all.
 void RunAll(std::vector<std::unique_ptr<LoadSite>>& sites, const LoadSite::Arguments& more = {});
+
+/// A test with any number of sites.
+class LoadSites : public testing::Test {
+  protected:
+    /// A site with so many messages.
+    LoadSite& Add(const std::string& name, int messages, const std::string& faults = "");
+
+    /// A load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.
+    LoadSite& AddUnfinished(const std::string& name);
+
+    /// Nothing fails any more, and all are run again.
+    void RunAllAgain();
+
+    TestFolder folder_;
+    std::vector<std::unique_ptr<LoadSite>> sites_;
+};
 
 [[nodiscard]] bool Contains(const std::string& text, const std::string& part);
 

@@ -8,12 +8,10 @@
 #include <thread>
 
 #include "tests/mqam/load_site.h"
-#include "tests/mqam/test_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Sites = std::vector<std::unique_ptr<LoadSite>>;
 
 // More than are read before somebody can react.
 #if defined(_WIN32)
@@ -22,26 +20,7 @@ constexpr int kManyMessages = 300;
 constexpr int kManyMessages = 3000;
 #endif
 
-class RestartableLoad : public testing::Test {
-  protected:
-    // A site with so many messages.
-    LoadSite& Add(const std::string& name, int messages, const std::string& faults = "") {
-        sites_.push_back(std::make_unique<LoadSite>(folder_.Root(), name));
-        sites_.back()->Put(messages);
-        sites_.back()->PlanFaults(faults);
-        return *sites_.back();
-    }
-
-    // Nothing fails any more, and all are run again.
-    void RunAllAgain() {
-        for (const auto& site : sites_)
-            site->PlanFaults("");
-        RunAll(sites_);
-    }
-
-    TestFolder folder_;
-    Sites sites_;
-};
+class RestartableLoad : public LoadSites {};
 
 TEST_F(RestartableLoad, InOneGoItLeavesTheTargetAndAReceiptAndNothingElse) {
     LoadSite& usual = Add("usual", 10);

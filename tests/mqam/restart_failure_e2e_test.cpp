@@ -7,30 +7,12 @@
 #include <fstream>
 
 #include "tests/mqam/load_site.h"
-#include "tests/mqam/test_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Sites = std::vector<std::unique_ptr<LoadSite>>;
 
-class RestartableLoadFailure : public testing::Test {
-  protected:
-    LoadSite& Add(const std::string& name, int messages, const std::string& faults = "") {
-        sites_.push_back(std::make_unique<LoadSite>(folder_.Root(), name));
-        sites_.back()->Put(messages);
-        sites_.back()->PlanFaults(faults);
-        return *sites_.back();
-    }
-    void RunAllAgain() {
-        for (const auto& site : sites_)
-            site->PlanFaults("");
-        RunAll(sites_);
-    }
-
-    TestFolder folder_;
-    Sites sites_;
-};
+class RestartableLoadFailure : public LoadSites {};
 
 // ---- the queue manager
 

@@ -5,30 +5,13 @@
 #include <fstream>
 
 #include "tests/mqam/load_site.h"
-#include "tests/mqam/test_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class RestartableLoadMeddledWith : public testing::Test {
+class RestartableLoadMeddledWith : public LoadSites {
   protected:
-    LoadSite& Add(const std::string& name, int messages, const std::string& faults = "") {
-        sites_.push_back(std::make_unique<LoadSite>(folder_.Root(), name));
-        sites_.back()->Put(messages);
-        sites_.back()->PlanFaults(faults);
-        return *sites_.back();
-    }
-
-    // A load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.
-    LoadSite& AddUnfinished(const std::string& name) {
-        LoadSite& site = Add(name, 10, "MQCMIT 5 kill after");
-        EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
-        EXPECT_EQ(site.Stored("records"), "3");
-        site.PlanFaults("");
-        return site;
-    }
-
     // A load that has stored 3 records of 4 and waits.
     LoadSite& AddWaiting(const std::string& name) {
         LoadSite& site = Add(name, 4);
@@ -51,9 +34,6 @@ class RestartableLoadMeddledWith : public testing::Test {
             << site.Error();
         EXPECT_EQ(site.Stored("records"), "3");
     }
-
-    TestFolder folder_;
-    std::vector<std::unique_ptr<LoadSite>> sites_;
 };
 
 // ---- the target

@@ -7,32 +7,14 @@
 
 #include "tests/mqam/checkpoint_bytes.h"
 #include "tests/mqam/load_site.h"
-#include "tests/mqam/test_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Arguments = LoadSite::Arguments;
-using Sites = std::vector<std::unique_ptr<LoadSite>>;
 
-class RestartableLoadRefusal : public testing::Test {
+class RestartableLoadRefusal : public LoadSites {
   protected:
-    LoadSite& Add(const std::string& name, int messages, const std::string& faults = "") {
-        sites_.push_back(std::make_unique<LoadSite>(folder_.Root(), name));
-        sites_.back()->Put(messages);
-        sites_.back()->PlanFaults(faults);
-        return *sites_.back();
-    }
-
-    // A load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.
-    LoadSite& AddUnfinished(const std::string& name) {
-        LoadSite& site = Add(name, 10, "MQCMIT 5 kill after");
-        EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
-        EXPECT_EQ(site.Stored("records"), "3");
-        site.PlanFaults("");
-        return site;
-    }
-
     // What a killed worker held stays behind it as an empty file that locks nobody out.
     static std::string FilesWithoutLocks(const LoadSite& site) {
         std::string files;
@@ -59,9 +41,6 @@ class RestartableLoadRefusal : public testing::Test {
         EXPECT_TRUE(ReadFile(site.CheckpointFile()) == checkpoint) << site.Error();
         EXPECT_EQ(site.Depth(), depth);
     }
-
-    TestFolder folder_;
-    Sites sites_;
 };
 
 // ---- options
