@@ -208,7 +208,11 @@ int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, cons
 int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
     const std::string lock = AbsolutePath(options.path) + ".lock";
     std::string reason;
-    if (!TakeLoadLock(lock, 0, reason)) return Complain("nothing was changed: " + reason);
+    const LockOutcome outcome = TakeLoadLock(lock, 0, reason);
+    if (outcome != LockOutcome::kTaken) {
+        const int refused = Complain("nothing was changed: " + reason);
+        return outcome == LockOutcome::kFailed ? kExitTargetFailed : refused;
+    }
     const int exitCode = TakeStepsLocked(options, stored, plan);
     GiveBackLoadLock(lock);
     return exitCode;

@@ -14,7 +14,11 @@ namespace {
 // A name beside the file that nothing has yet: FILE.kept, FILE.kept2 ...
 std::string FreeName(const std::string& path, const std::string& suffix) {
     std::string name = path + suffix;
-    for (int number = 2; ProbePath(name) != PathKind::kMissing; ++number)
+    const auto isTaken = [&name] {
+        const PathKind kind = ProbePath(name);
+        return kind == PathKind::kFile || kind == PathKind::kOther;
+    };
+    for (int number = 2; isTaken(); ++number)
         name = path + suffix + std::to_string(number);
     return name;
 }

@@ -36,7 +36,8 @@ bool Complain(std::string& reason, const std::string& words) {
 bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath, RestartState& state,
                      std::string& reason) {
     std::optional<RestartState> stored;
-    if (!ReadRestartFile(restartFile, stored, reason)) return false;
+    bool mayPass = false;
+    if (!ReadRestartFile(restartFile, stored, reason, mayPass)) return false;
     if (!stored) return Complain(reason, "restart file " + restartFile + " is missing");
     state = *stored;
     if (state.checkpointFile != AbsolutePath(checkpointPath)) {

@@ -23,10 +23,12 @@ struct ExitCodeRow {
 inline constexpr ExitCodeRow kExitCodes[] = {
     {kExitDone, "done: the input was read to its end and every record is in the target"},
     {kExitNotStarted,
-     "nothing was started: an option is wrong, or a file of an earlier load stands in the way"},
+     "nothing was started, or gone on with: an option is wrong, or what an earlier load left stands in the "
+     "way"},
     {kExitModuleFailed,
      "the module failed or refused a request; the records told in the summary are in the target"},
-    {kExitTargetFailed, "the target could not be opened or written"},
+    {kExitTargetFailed,
+     "the target, or with restart information another file of the load, could not be opened or written"},
     {kExitModuleMissing, "the module could not be loaded"},
     {kExitInterrupted, "ended on request (Ctrl-C, SIGTERM); every record read is in the target"},
     {kExitTimeout,

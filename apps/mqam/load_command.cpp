@@ -69,6 +69,7 @@ bool ChooseTarget(const LoadOptions& options, FileTarget& target, std::string& c
     target.path = options.target;
     switch (ProbePath(options.target)) {
         case PathKind::kMissing:
+        case PathKind::kUnknown:
             target.mode = options.append ? OpenMode::kAppend : OpenMode::kCreate;
             return true;
         case PathKind::kOther: target.mode = OpenMode::kExisting; return true;

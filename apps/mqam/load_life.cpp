@@ -54,7 +54,8 @@ std::string FindRemains(const StartupReport& report) {
         if (ProbePath(path) != PathKind::kMissing) return path;
     }
     std::string log = FindParameter(report, "Logging pathname");
-    if (!log.empty() && ProbePath(log) == PathKind::kFile && FileBytes(log) > 0) return log;
+    std::uint64_t logBytes = 0;
+    if (!log.empty() && ProbePath(log, logBytes) == PathKind::kFile && logBytes > 0) return log;
     return "";
 }
 

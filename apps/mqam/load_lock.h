@@ -4,13 +4,22 @@
 
 #include <string>
 
-/// Takes the lock that the file `path` stands for, made when it is missing. Waits up to `patienceSeconds` for
-/// a process that is just ending. Returns false with the reason in words: another process has it, the file
-/// cannot be made, or one is there that holds something and so is no lock. A process may take several.
-[[nodiscard]] bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason);
+enum class LockOutcome {
+    kTaken,
+    kHeld,    ///< by another process
+    kNoLock,  ///< the file holds something: it is none, and left alone
+    kFailed,  ///< the file cannot be made or locked: time may heal it
+};
 
-/// The end of the reason in the last case, behind the path.
-inline constexpr char kNoLock[] = " holds something: it is not the lock of a load, and is left alone";
+/// Takes the lock that the file `path` stands for, made when it is missing. Waits up to `patienceSeconds` for
+/// a process that is just ending. When it is not taken, `reason` says in words why, and what to do. A process
+/// may take several.
+[[nodiscard]] LockOutcome TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason);
+
+/// The words for the outcomes without a lock; `words` are the system's.
+[[nodiscard]] std::string DescribeHeldLock(const std::string& path);
+[[nodiscard]] std::string DescribeNoLock(const std::string& path);
+[[nodiscard]] std::string DescribeFailedLock(const std::string& path, const std::string& words);
 
 /// Gives a lock back and removes its file. Harmless when it is not held.
 void GiveBackLoadLock(const std::string& path);

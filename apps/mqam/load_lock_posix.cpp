@@ -21,49 +21,49 @@ std::map<std::string, int>& HeldLocks() {
     return held;
 }
 
+enum class Place { kStillThere, kHoldsSomething, kGone, kUnknown };
+
 // The holder before removes the file when it gives the lock back: a lock on a file that is no longer at its
 // path locks nobody out.
-bool IsStillAt(const std::string& path, int descriptor) {
+// Place::kUnknown with errno.
+Place FindPlace(const std::string& path, int descriptor) {
     struct stat mine = {};
     struct stat there = {};
-    return fstat(descriptor, &mine) == 0 && stat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
-           mine.st_ino == there.st_ino;
-}
-
-bool IsEmpty(int descriptor) {
-    struct stat status = {};
-    return fstat(descriptor, &status) == 0 && status.st_size == 0;
+    if (fstat(descriptor, &mine) != 0) return Place::kUnknown;
+    if (stat(path.c_str(), &there) != 0) return errno == ENOENT ? Place::kGone : Place::kUnknown;
+    if (mine.st_dev != there.st_dev || mine.st_ino != there.st_ino) return Place::kGone;
+    return mine.st_size == 0 ? Place::kStillThere : Place::kHoldsSomething;
 }
 
 }  // namespace
 
-bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
+LockOutcome TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(patienceSeconds);
     for (;;) {
         const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
         if (descriptor < 0) {
-            reason = path + " cannot be made: " + std::strerror(errno);
-            return false;
+            reason = DescribeFailedLock(path, std::strerror(errno));
+            return LockOutcome::kFailed;
         }
         const bool locked = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
-        if (locked && IsStillAt(path, descriptor)) {
-            if (IsEmpty(descriptor)) {
-                HeldLocks()[path] = descriptor;
-                return true;
-            }
-            close(descriptor);
-            reason = path + kNoLock;
-            return false;
+        const Place place = locked ? FindPlace(path, descriptor) : Place::kGone;
+        if (place == Place::kStillThere) {
+            HeldLocks()[path] = descriptor;
+            return LockOutcome::kTaken;
         }
         const int code = errno;
         close(descriptor);
-        if (!locked && code != EWOULDBLOCK && code != EINTR) {
-            reason = path + " cannot be locked: " + std::strerror(code);
-            return false;
+        if (place == Place::kHoldsSomething) {
+            reason = DescribeNoLock(path);
+            return LockOutcome::kNoLock;
+        }
+        if ((!locked && code != EWOULDBLOCK && code != EINTR) || place == Place::kUnknown) {
+            reason = DescribeFailedLock(path, std::strerror(code));
+            return LockOutcome::kFailed;
         }
         if (!locked && std::chrono::steady_clock::now() >= end) {
-            reason = "another load is running (it holds " + path + ")";
-            return false;
+            reason = DescribeHeldLock(path);
+            return LockOutcome::kHeld;
         }
         if (!locked) std::this_thread::sleep_for(kPause);
     }

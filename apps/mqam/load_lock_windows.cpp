@@ -24,12 +24,12 @@ bool HoldsSomething(const std::string& path) {
 
 }  // namespace
 
-bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
+LockOutcome TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(patienceSeconds);
     // The system would delete it when it is given back.
     if (HoldsSomething(path)) {
-        reason = path + kNoLock;
-        return false;
+        reason = DescribeNoLock(path);
+        return LockOutcome::kNoLock;
     }
     for (;;) {
         // Shared with nobody: that is the lock. The system closes and deletes it with the process.
@@ -37,16 +37,16 @@ bool TakeLoadLock(const std::string& path, int patienceSeconds, std::string& rea
                                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
         if (file != INVALID_HANDLE_VALUE) {
             HeldLocks()[path] = file;
-            return true;
+            return LockOutcome::kTaken;
         }
         const DWORD code = GetLastError();
         // A file that is being deleted denies access for a moment.
         const bool held = code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED;
         if (!held || std::chrono::steady_clock::now() >= end) {
-            reason = code == ERROR_SHARING_VIOLATION
-                         ? "another load is running (it holds " + path + ")"
-                         : path + " cannot be made: error " + std::to_string(code);
-            return false;
+            const bool isOthers = code == ERROR_SHARING_VIOLATION;
+            reason =
+                isOthers ? DescribeHeldLock(path) : DescribeFailedLock(path, "error " + std::to_string(code));
+            return isOthers ? LockOutcome::kHeld : LockOutcome::kFailed;
         }
         Sleep(kPauseMilliseconds);
     }

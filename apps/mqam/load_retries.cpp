@@ -22,9 +22,20 @@ bool Pause(seconds duration) {
 
 }  // namespace
 
+bool IsReceiptOfBefore(const Retries& retries) {
+    return IsOver(retries.atBegin) && retries.seen->begun == retries.atBegin->begun;
+}
+
+bool ReadFirstState(RestartableTarget& target, Retries& retries) {
+    retries.isKnown = target.LoadState(retries.seen);
+    retries.atBegin = retries.seen;
+    return retries.isKnown;
+}
+
 void NoteProgress(RestartableTarget& target, Retries& retries, Clock::duration lifeLasted) {
     std::optional<RestartState> state;
-    if (!target.LoadState(state) || !state) return;
+    retries.isKnown = target.LoadState(state);
+    if (!retries.isKnown || !state) return;
     const bool progress = !retries.seen || state->records != retries.seen->records ||
                           state->phase != retries.seen->phase ||
                           (state->lives != retries.seen->lives && lifeLasted > kLongestPause);
@@ -46,9 +57,12 @@ bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries) {
     }
     const seconds pause = std::min(retries.pause, std::chrono::ceil<seconds>(end - now));
     ++retries.attempts;
+    const bool isOfThisLoad = retries.seen && !IsReceiptOfBefore(retries);
+    const std::string loaded =
+        retries.isKnown ? "; " + FormatRecordsThatAre(isOfThisLoad ? retries.seen->records : 0) + " loaded"
+                        : "";
     TellUser("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
-             std::to_string(pause.count()) + " s; " +
-             FormatRecordsThatAre(retries.seen ? retries.seen->records : 0) + " loaded\n");
+             std::to_string(pause.count()) + " s" + loaded + "\n");
     if (!Pause(pause)) return false;
     retries.pause = std::min(retries.pause * 2, kLongestPause);
     return true;

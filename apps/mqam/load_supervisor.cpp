@@ -26,16 +26,28 @@ int Refuse(const std::string& words) {
 
 // ---- what is told at the end
 
-// `next` says what to do first, when there is something.
-void TellWhatIsSafe(const Retries& retries, const char* next = "run the same command again") {
-    if (!IsUnfinished(retries.seen)) {
-        TellUser(std::string("  safe      nothing was loaded: every message is on the queue\n  next      ") +
-                 next + "\n");
-        return;
+std::string DescribeWhatIsSafe(const Retries& retries) {
+    if (!retries.isKnown) {
+        return "what is loaded stays so; how much it is cannot be told while the restart information cannot "
+               "be read";
     }
-    TellUser("  safe      " + FormatRecordsThatAre(retries.seen->records) + " in " + retries.seen->target +
-             "; what was read behind them is in " + retries.seen->checkpointFile +
-             " or back on the queue\n  next      " + next + ": it goes on there\n");
+    if (IsUnfinished(retries.seen)) {
+        return FormatRecordsThatAre(retries.seen->records) + " in " + retries.seen->target +
+               "; what was read behind them is in " + retries.seen->checkpointFile + " or back on the queue";
+    }
+    if (IsOver(retries.seen) && !IsReceiptOfBefore(retries)) {
+        return "every record is in " + retries.seen->target;
+    }
+    return "nothing was loaded: every message is on the queue";
+}
+
+constexpr const char* kRunAgain = "run the same command again";
+constexpr const char* kPutRightAndRunAgain = "put that right, then run the same command again";
+
+// `next` says what to do first, when there is something.
+void TellWhatIsSafe(const Retries& retries, const std::string& next = kRunAgain) {
+    TellUser("  safe      " + DescribeWhatIsSafe(retries) + "\n  next      " + next +
+             (IsUnfinished(retries.seen) ? ": it goes on there\n" : "\n"));
 }
 
 int GiveUpOnEarlyEnds(const Retries& retries) {
@@ -85,9 +97,7 @@ bool HasInputEnded(const WorkerEnd& end) {
 int EndWith(const WorkerEnd& end, const Retries& retries) {
     switch (end.code) {
         case kWorkerRefused: return kExitNotStarted;
-        case kExitModuleFailed:
-            TellWhatIsSafe(retries, "put that right, then run the same command again");
-            break;
+        case kExitModuleFailed: TellWhatIsSafe(retries, kPutRightAndRunAgain); break;
         case kExitInterrupted:
         case kExitTimeout:
         case kExitStoppedAtOnce: TellWhatIsSafe(retries); break;
@@ -96,23 +106,49 @@ int EndWith(const WorkerEnd& end, const Retries& retries) {
     return end.code;
 }
 
+// Of the target or another file of the load; which and why has been told.
+int EndTargetFailed(const Retries& retries) {
+    TellWhatIsSafe(retries, kPutRightAndRunAgain);
+    return kExitTargetFailed;
+}
+
 int EndFailed(const WorkerEnd& end, const Retries& retries) {
+    if (end.started && !WasKilled(end) && end.code == kExitTargetFailed) return EndTargetFailed(retries);
     TellWhatIsSafe(retries);
-    return end.started && !WasKilled(end) && end.code == kExitTargetFailed ? kExitTargetFailed : kExitRestart;
+    return kExitRestart;
 }
 
 // ---- the lives
 
-// Reads what is stored, again and again when that fails and the user asked for it. Returns an exit code, or
-// kExitDone when it was read.
+// Tells of a file that failed before the first life and waits for the next attempt. Returns kExitDone for
+// that, or the exit code when there is none.
+int TryAgainBefore(const std::string& failure, const LoadOptions& options, Retries& retries) {
+    TellUser("mqam load: " + failure + "\n");
+    if (WaitForNextAttempt(options.retryForSeconds, retries)) return kExitDone;
+    return InterruptCame() ? EndOnRequest(retries) : EndTargetFailed(retries);
+}
+
+// Again and again when the system fails and the user asked for it. Returns an exit code, or kExitDone when it
+// was taken.
+int TakeCommandLock(const LoadOptions& options, RestartableTarget& target, Retries& retries) {
+    std::string reason;
+    for (;;) {
+        const LockOutcome outcome = TakeLoadLock(target.CommandLock(), kLockPatienceSeconds, reason);
+        if (outcome == LockOutcome::kTaken) return kExitDone;
+        if (outcome != LockOutcome::kFailed) return Refuse(reason);
+        // Only to tell what is safe; it is told when it cannot be read.
+        static_cast<void>(ReadFirstState(target, retries));
+        const int exitCode = TryAgainBefore(reason, options, retries);
+        if (exitCode != kExitDone) return exitCode;
+    }
+}
+
+// Reads what is stored, in the same way.
 int FetchState(const LoadOptions& options, RestartableTarget& target, Retries& retries) {
-    while (!target.LoadState(retries.seen)) {
+    while (!ReadFirstState(target, retries)) {
         if (target.Refuses()) return Refuse(target.Failure());
-        TellUser("mqam load: " + target.Failure() + "\n");
-        if (WaitForNextAttempt(options.retryForSeconds, retries)) continue;
-        if (!InterruptCame()) return kExitTargetFailed;
-        TellUser("mqam load: ended on request\n");
-        return kExitInterrupted;
+        const int exitCode = TryAgainBefore(target.Failure(), options, retries);
+        if (exitCode != kExitDone) return exitCode;
     }
     return kExitDone;
 }
@@ -154,13 +190,12 @@ WorkerEnd LiveOnce(RestartableTarget& target, const std::vector<std::string>& ar
 int LiveUntilDone(const LoadOptions& options, RestartableTarget& target, Retries& retries) {
     const auto begin = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::system_clock::now().time_since_epoch());
-    const std::optional<RestartState> atBegin = retries.seen;
     int livesWithNothingNew = 0;
     bool followsEnd = false;
     for (;;) {
         if (InterruptCame()) return EndOnRequest(retries);
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
-        if (IsOver(atBegin) && retries.seen->begun == atBegin->begun) arguments.push_back(kReceiptOption);
+        if (IsReceiptOfBefore(retries)) arguments.push_back(kReceiptOption);
         if (followsEnd) arguments.push_back(kFollowsEndOption);
         const WorkerEnd end = LiveOnce(target, arguments, retries);
         // A life that follows an end waits only a moment: behind it the whole interval counts again.
@@ -177,8 +212,7 @@ int LiveUntilDone(const LoadOptions& options, RestartableTarget& target, Retries
     }
 }
 
-int SuperviseLocked(const LoadOptions& options, RestartableTarget& target) {
-    Retries retries;
+int SuperviseLocked(const LoadOptions& options, RestartableTarget& target, Retries& retries) {
     const int fetched = FetchState(options, target, retries);
     if (fetched != kExitDone) return fetched;
     const std::string obstacle = FindObstacle(options, target, retries.seen);
@@ -189,11 +223,12 @@ int SuperviseLocked(const LoadOptions& options, RestartableTarget& target) {
 }  // namespace
 
 int SuperviseLoad(const LoadOptions& options, RestartableTarget& target) {
-    // Also between two lives, in a pause above all, no other command is to take the load over.
-    std::string reason;
-    if (!TakeLoadLock(target.CommandLock(), kLockPatienceSeconds, reason)) return Refuse(reason);
+    Retries retries;
     LeaveInterruptsToWorker();
-    const int exitCode = SuperviseLocked(options, target);
+    // Also between two lives, in a pause above all, no other command is to take the load over.
+    const int locked = TakeCommandLock(options, target, retries);
+    if (locked != kExitDone) return locked;
+    const int exitCode = SuperviseLocked(options, target, retries);
     GiveBackLoadLock(target.CommandLock());
     return exitCode;
 }

@@ -23,13 +23,18 @@ extern const char* const kModuleFileName;
 /// Returns the address of an exported function, or null.
 [[nodiscard]] void* FindFunction(void* library, const char* name);
 
-enum class PathKind { kMissing, kFile, kOther };
+enum class PathKind {
+    kMissing,
+    kFile,
+    kOther,    ///< a device, pipe or folder
+    kUnknown,  ///< the system does not tell: errno
+};
 
-/// Tells what stands at a path; kOther is a device, pipe or folder.
+/// Tells what stands at a path.
 [[nodiscard]] PathKind ProbePath(const std::string& path);
 
-/// Returns the size of a file, 0 when it cannot be told.
-[[nodiscard]] std::uint64_t FileBytes(const std::string& path);
+/// The same, with the size of a file; 0 of anything else.
+[[nodiscard]] PathKind ProbePath(const std::string& path, std::uint64_t& bytes);
 
 enum class OpenMode {
     kCreate,   ///< refuses a path that exists

@@ -75,14 +75,19 @@ void* FindFunction(void* library, const char* name) {
 }
 
 PathKind ProbePath(const std::string& path) {
-    struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) return PathKind::kMissing;
-    return S_ISREG(status.st_mode) ? PathKind::kFile : PathKind::kOther;
+    std::uint64_t bytes = 0;
+    return ProbePath(path, bytes);
 }
 
-std::uint64_t FileBytes(const std::string& path) {
+PathKind ProbePath(const std::string& path, std::uint64_t& bytes) {
     struct stat status = {};
-    return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    bytes = 0;
+    if (stat(path.c_str(), &status) != 0) {
+        return errno == ENOENT || errno == ENOTDIR ? PathKind::kMissing : PathKind::kUnknown;
+    }
+    if (!S_ISREG(status.st_mode)) return PathKind::kOther;
+    bytes = static_cast<std::uint64_t>(status.st_size);
+    return PathKind::kFile;
 }
 
 int OpenForWriting(const std::string& path, OpenMode mode) {

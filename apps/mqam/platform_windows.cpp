@@ -68,14 +68,19 @@ void* FindFunction(void* library, const char* name) {
 }
 
 PathKind ProbePath(const std::string& path) {
-    struct _stat64 status = {};
-    if (_stat64(path.c_str(), &status) != 0) return PathKind::kMissing;
-    return (status.st_mode & _S_IFMT) == _S_IFREG ? PathKind::kFile : PathKind::kOther;
+    std::uint64_t bytes = 0;
+    return ProbePath(path, bytes);
 }
 
-std::uint64_t FileBytes(const std::string& path) {
+PathKind ProbePath(const std::string& path, std::uint64_t& bytes) {
     struct _stat64 status = {};
-    return _stat64(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    bytes = 0;
+    if (_stat64(path.c_str(), &status) != 0) {
+        return errno == ENOENT ? PathKind::kMissing : PathKind::kUnknown;
+    }
+    if ((status.st_mode & _S_IFMT) != _S_IFREG) return PathKind::kOther;
+    bytes = static_cast<std::uint64_t>(status.st_size);
+    return PathKind::kFile;
 }
 
 int OpenForWriting(const std::string& path, OpenMode mode) {

@@ -33,13 +33,16 @@ std::string ScratchOfRestartFile(const std::string& path) {
     return path + ".new";
 }
 
-bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state, std::string& reason) {
+bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state, std::string& reason,
+                     bool& mayPass) {
     state.reset();
+    mayPass = false;
     std::string text;
     const FileRead read = ReadWhole(path, text);
     if (read == FileRead::kMissing) return true;
     if (read == FileRead::kFailed) {
         reason = "restart file " + path + " cannot be read: " + std::strerror(errno);
+        mayPass = true;
         return false;
     }
     RestartState parsed;

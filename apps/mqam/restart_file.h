@@ -11,9 +11,9 @@
 [[nodiscard]] std::string ScratchOfRestartFile(const std::string& path);
 
 /// Reads restart information; none when there is no file. Returns false with the reason in words, the path
-/// among them, when the file cannot be read or is not whole.
+/// among them, when the file cannot be read (`mayPass`: the system failed) or is not whole (it stays so).
 [[nodiscard]] bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state,
-                                   std::string& reason);
+                                   std::string& reason, bool& mayPass);
 
 /// Makes `state` the restart information, on the medium when this returns. Returns false with the reason;
 /// then the one before stands, or the new one does and only its name may not have reached the medium.

@@ -56,18 +56,26 @@ bool FailModule(Life& life) {
     return false;
 }
 
-// Of a target that was not yet written to, with which the life cannot begin.
-bool FailToBegin(Life& life) {
-    if (life.target.Refuses()) return Refuse(life, life.target.Failure());
+bool FailFile(Life& life, const std::string& words) {
     life.outcome.end = RestartLifeEnd::kTargetFailed;
-    life.outcome.targetFailure = life.target.Failure();
+    life.outcome.targetFailure = words;
     return false;
 }
 
 bool FailTarget(Life& life) {
-    life.outcome.end = RestartLifeEnd::kTargetFailed;
-    life.outcome.targetFailure = life.target.Failure();
-    return false;
+    return FailFile(life, life.target.Failure());
+}
+
+// Of a target that was not yet written to, with which the life cannot begin.
+bool FailToBegin(Life& life) {
+    return life.target.Refuses() ? Refuse(life, life.target.Failure()) : FailTarget(life);
+}
+
+bool TakeLock(Life& life, const std::string& path) {
+    std::string reason;
+    const LockOutcome outcome = TakeLoadLock(path, kLockPatienceSeconds, reason);
+    if (outcome == LockOutcome::kTaken) return true;
+    return outcome == LockOutcome::kFailed ? FailFile(life, reason) : Refuse(life, reason);
 }
 
 std::string CheckpointLockPath(const std::string& checkpointFile) {
@@ -144,7 +152,8 @@ bool AreFilesApart(Life& life, const RestartState& fresh) {
 
 // The module writes into a log that it finds, and the end of the load deletes it.
 bool IsLogFree(Life& life, const std::string& log) {
-    if (log.empty() || ProbePath(log) != PathKind::kFile || FileBytes(log) == 0) return true;
+    std::uint64_t bytes = 0;
+    if (log.empty() || ProbePath(log, bytes) != PathKind::kFile || bytes == 0) return true;
     return Refuse(life, log +
                             " exists: the log of another load would be overwritten; move it away, or delete "
                             "it when that load is done with");
@@ -157,7 +166,7 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     const std::string& path = fresh.checkpointFile;
     std::string reason;
     life.checkpointLock = CheckpointLockPath(path);
-    if (!TakeLoadLock(life.checkpointLock, kLockPatienceSeconds, reason)) return Refuse(life, reason);
+    if (!TakeLock(life, life.checkpointLock)) return false;
 
     const auto maxRecordBytes =
         static_cast<std::uint64_t>(std::atoll(FindParameter(life.report, "BlockSize").c_str()));
@@ -180,7 +189,7 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     }
     for (const Repair& repair : life.decision.repairs) {
         const std::string what = DescribeRepair(path, repair);
-        if (!MakeRepair(path, repair, reason)) return Refuse(life, "could not " + what + ": " + reason);
+        if (!MakeRepair(path, repair, reason)) return FailFile(life, "could not " + what + ": " + reason);
         if (life.observer.repaired) life.observer.repaired(what);
     }
     if (!life.target.CutBack(state)) return FailToBegin(life);
@@ -210,12 +219,12 @@ bool HandleReceipt(Life& life, std::optional<RestartState>& stored, const Restar
 
 bool Prepare(Life& life) {
     std::optional<RestartState> stored;
-    std::string reason;
-    if (!TakeLoadLock(life.target.LifeLock(), kLockPatienceSeconds, reason)) return Refuse(life, reason);
+    if (!TakeLock(life, life.target.LifeLock())) return false;
     if (!life.target.LoadState(stored)) return FailToBegin(life);
     const bool isOver = IsOver(stored);
     if (isOver) {
-        if (!CleanUpFinishedLoad(life.target, *stored, reason)) return Refuse(life, reason);
+        std::string reason;
+        if (!CleanUpFinishedLoad(life.target, *stored, reason)) return FailFile(life, reason);
         life.outcome.state = *stored;
         life.outcome.end = RestartLifeEnd::kLoadDone;
         if (!life.settings.meetsReceipt) return false;
@@ -402,7 +411,7 @@ void FinishLife(Life& life, LastEnd end) {
     state = finished;
     std::string reason;
     if (!CleanUpFinishedLoad(life.target, state, reason)) {
-        static_cast<void>(Refuse(life, reason));
+        static_cast<void>(FailFile(life, reason));
         return;
     }
     life.outcome.end = RestartLifeEnd::kLoadDone;
@@ -412,7 +421,9 @@ void FinishLife(Life& life, LastEnd end) {
 void SweepCheckpointLock(const RestartState& state) {
     const std::string path = CheckpointLockPath(state.checkpointFile);
     std::string words;
-    if (ProbePath(path) == PathKind::kFile && TakeLoadLock(path, 0, words)) GiveBackLoadLock(path);
+    if (ProbePath(path) == PathKind::kFile && TakeLoadLock(path, 0, words) == LockOutcome::kTaken) {
+        GiveBackLoadLock(path);
+    }
 }
 
 }  // namespace
@@ -426,7 +437,8 @@ bool CleanUpFinishedLoad(RestartableTarget& target, RestartState& state, std::st
     }
     for (const std::string& path : {state.checkpointFile, state.logFile}) {
         std::string words;
-        if (path.empty() || ProbePath(path) != PathKind::kFile || DeleteDurably(path, words)) continue;
+        const PathKind kind = path.empty() ? PathKind::kMissing : ProbePath(path);
+        if (kind == PathKind::kMissing || kind == PathKind::kOther || DeleteDurably(path, words)) continue;
         reason = "every record is in the target, but " + path +
                  " of the finished load cannot be deleted: " + words +
                  "; make that possible and run the same command again";

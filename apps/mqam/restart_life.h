@@ -38,7 +38,7 @@ enum class RestartLifeEnd {
     kRefused,        ///< nothing was started: see refusal
     kModuleFailed,   ///< see moduleFailure: time may heal it
     kModuleRefuses,  ///< see moduleFailure: it stays so until somebody changes something
-    kTargetFailed,   ///< see targetFailure
+    kTargetFailed,   ///< the target or another file of the load: see targetFailure
 };
 
 struct RestartLifeOutcome {

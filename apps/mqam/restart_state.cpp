@@ -159,7 +159,7 @@ bool ParseRestartState(const std::string& text, RestartState& state, std::string
         if (text.size() < kFirstLine.size() && kFirstLine.starts_with(text)) {
             return Complain("is cut short", reason);
         }
-        return Complain("is not restart information of mqam, or of another version of it", reason);
+        return Complain("is not restart information of mqam, or that of another version of it", reason);
     }
     const std::size_t checksumAt = text.rfind(kChecksumKey);
     if (checksumAt == std::string::npos || text.back() != '\n') return Complain("is cut short", reason);

@@ -52,7 +52,9 @@ std::vector<NamedFile> RestartableFile::Files() const {
 
 bool RestartableFile::LoadState(std::optional<RestartState>& state) {
     std::string reason;
-    return ReadRestartFile(settings_.restartFile, state, reason) || Refuse(reason);
+    bool mayPass = false;
+    if (ReadRestartFile(settings_.restartFile, state, reason, mayPass)) return true;
+    return mayPass ? Fail(reason) : Refuse(reason);
 }
 
 bool RestartableFile::ReplaceState(const RestartState& state) {
@@ -61,20 +63,25 @@ bool RestartableFile::ReplaceState(const RestartState& state) {
 }
 
 bool RestartableFile::IsOccupied() {
-    if (settings_.append || ProbePath(settings_.path) == PathKind::kMissing) return false;
-    return ProbePath(settings_.path) == PathKind::kOther || FileBytes(settings_.path) > 0;
+    std::uint64_t bytes = 0;
+    const PathKind kind = ProbePath(settings_.path, bytes);
+    if (settings_.append || kind == PathKind::kMissing) return false;
+    // What cannot be looked at is not free either.
+    return kind != PathKind::kFile || bytes > 0;
 }
 
 bool RestartableFile::Begin(RestartState& state) {
     const std::string& path = settings_.path;
-    const PathKind kind = ProbePath(path);
+    std::uint64_t bytes = 0;
+    const PathKind kind = ProbePath(path, bytes);
+    if (kind == PathKind::kUnknown) return Fail(path + " cannot be looked at: " + std::strerror(errno));
     if (kind == PathKind::kOther) {
         return Refuse(path + " is not a file: a load that can be restarted needs one that can be cut back");
     }
-    if (IsOccupied() && !settings_.force) {
+    if (bytes > 0 && !settings_.append && !settings_.force) {
         return Refuse(path + " holds something; give --force to replace it, or --append to add to it");
     }
-    state.targetLength = kind == PathKind::kFile && settings_.append ? FileBytes(path) : 0;
+    state.targetLength = settings_.append ? bytes : 0;
     return ReplaceState(state);
 }
 
@@ -100,13 +107,15 @@ bool RestartableFile::EndsWithLastRecord(const RestartState& state) {
 bool RestartableFile::CutBack(const RestartState& state) {
     const std::string& path = settings_.path;
     length_ = state.targetLength;
-    const bool missing = ProbePath(path) == PathKind::kMissing;
-    const std::uint64_t bytes = FileBytes(path);
+    std::uint64_t bytes = 0;
+    const PathKind kind = ProbePath(path, bytes);
+    if (kind == PathKind::kUnknown) return Fail(path + " cannot be looked at: " + std::strerror(errno));
+    const bool missing = kind == PathKind::kMissing;
     if (bytes < length_) {
         return Refuse(path + (missing ? " is missing" : " has " + std::to_string(bytes) + " bytes") +
                       ", but the load had brought " + std::to_string(length_) +
-                      " to the medium: something else has changed it; give the file back and run the same "
-                      "command again");
+                      " bytes to the medium: something else has changed it; give the file back and run the "
+                      "same command again");
     }
     if (!EndsWithLastRecord(state)) return false;
     std::string reason;
