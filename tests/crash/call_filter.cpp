@@ -264,3 +264,12 @@ bool CutWrite(pid_t thread, std::uint64_t length) {
     registers.rdx = length;
     return ptrace(PTRACE_SETREGS, thread, nullptr, &registers) == 0;
 }
+
+bool FailCall(pid_t thread, int error) {
+    user_regs_struct registers = {};
+    if (ptrace(PTRACE_GETREGS, thread, nullptr, &registers) != 0) return false;
+    // No call has this number: the kernel leaves it out and the result as it stands.
+    registers.orig_rax = static_cast<unsigned long long>(-1);
+    registers.rax = static_cast<unsigned long long>(-static_cast<long long>(error));
+    return ptrace(PTRACE_SETREGS, thread, nullptr, &registers) == 0;
+}

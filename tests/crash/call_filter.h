@@ -25,3 +25,7 @@ struct StateCall {
 
 /// Makes the thread, at the entry of a write, write fewer bytes. Returns false when that cannot be done.
 [[nodiscard]] bool CutWrite(pid_t thread, std::uint64_t length);
+
+/// Makes the call at whose entry the thread stands fail with `error`, undone. Returns false when that cannot
+/// be done.
+[[nodiscard]] bool FailCall(pid_t thread, int error);

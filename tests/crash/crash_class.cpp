@@ -14,6 +14,8 @@ const Series kStoreCalls = {"store-before", "store-after"};
 // What the second death of a pair meets is a matter of the state that the first one left: before each call
 // there is one for each, the cut writes add theirs.
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
+// Nobody is killed: a call fails once, or all calls on one file from then on.
+const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
 // The second life of a load that nothing disturbs finds the queue empty. MQINQ is no call of the module.
 const Series kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
@@ -60,6 +62,13 @@ const std::vector<CrashClass>& CrashClasses() {
         {"file-mqi", "into a file, the worker process killed before and after each MQI call", kFile, false,
          120, 10, kCommand, "", 0, kMqiCalls, 4},
         {"sqlite-mqi", "the same into SQLite", kSqlite, false, 120, 10, kCommand, "", 0, kMqiCalls, 4},
+        {"file-fails", "into a file with a log, a call on one of the load's files fails", kFile, true, 24, 5,
+         kCommand, "", 0, kFailedCalls, 8},
+        {"sqlite-fails", "the same into SQLite", kSqlite, true, 24, 5, kCommand, "", 0, kFailedCalls, 8},
+        {"replay-fails", "into a file, in a restart with checkpoints in the middle of its replay", kFile,
+         true, 24, 5, kCommand, "life1-MQGET-before-18", 1000, kFailedCalls, 4},
+        {"sqlite-replay-fails", "the same into SQLite", kSqlite, true, 24, 5, kCommand,
+         "life1-MQGET-before-18", 1000, kFailedCalls, 4},
         {"file-pairs", "killed twice: again in the restart", kFile, true, 12, 4, kCommand, "", 0, kPairs, 12},
         {"sqlite-pairs",
          "the same into SQLite",

@@ -1,5 +1,6 @@
 #include "tests/crash/death.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 
@@ -9,10 +10,17 @@ struct MomentName {
     DeathMoment moment;
     const char* name;
 };
+// A name in front of one that it begins with.
 constexpr MomentName kMomentNames[] = {
-    {DeathMoment::kBefore, "before"},       {DeathMoment::kAfter, "after"},
-    {DeathMoment::kCutToThree, "cut-to-3"}, {DeathMoment::kCutToHalf, "cut-to-half"},
+    {DeathMoment::kBefore, "before"},
+    {DeathMoment::kAfter, "after"},
+    {DeathMoment::kCutToThree, "cut-to-3"},
+    {DeathMoment::kCutToHalf, "cut-to-half"},
     {DeathMoment::kCutByOne, "cut-by-1"},
+    {DeathMoment::kEioOn, "eio-on"},
+    {DeathMoment::kEio, "eio"},
+    {DeathMoment::kNoSpaceOn, "enospc-on"},
+    {DeathMoment::kNoSpace, "enospc"},
 };
 
 bool TakeNumber(std::string& text, std::uint64_t& number) {
@@ -53,7 +61,22 @@ bool ParseDeath(std::string text, Death& death) {
 }  // namespace
 
 bool IsCut(DeathMoment moment) {
-    return moment != DeathMoment::kBefore && moment != DeathMoment::kAfter;
+    return moment == DeathMoment::kCutToThree || moment == DeathMoment::kCutToHalf ||
+           moment == DeathMoment::kCutByOne;
+}
+
+int ErrorAt(DeathMoment moment) {
+    switch (moment) {
+        case DeathMoment::kEio:
+        case DeathMoment::kEioOn: return EIO;
+        case DeathMoment::kNoSpace:
+        case DeathMoment::kNoSpaceOn: return ENOSPC;
+        default: return 0;
+    }
+}
+
+bool GoesOnFailing(DeathMoment moment) {
+    return moment == DeathMoment::kEioOn || moment == DeathMoment::kNoSpaceOn;
 }
 
 std::string DescribeDeath(const Death& death) {

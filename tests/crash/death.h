@@ -1,5 +1,5 @@
 // One planned death of a load: where it is killed. A point of a class is one death or two, the second in the
-// restart of the first.
+// restart of the first. A call that fails is planned the same way, though nobody is killed there.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,10 @@ enum class DeathMoment {
     kCutToThree,  ///< a write that brings only its first three bytes: less than any length field
     kCutToHalf,
     kCutByOne,  ///< a write that lacks its last byte
+    kEio,       ///< nobody dies: the call fails with EIO
+    kEioOn,     ///< and so does every later one that changes the same file
+    kNoSpace,   ///< the same with ENOSPC
+    kNoSpaceOn,
 };
 
 struct Death {
@@ -31,8 +35,11 @@ struct Death {
 };
 
 [[nodiscard]] bool IsCut(DeathMoment moment);
+/// What a call fails with at this moment; 0 when it is a death.
+[[nodiscard]] int ErrorAt(DeathMoment moment);
+[[nodiscard]] bool GoesOnFailing(DeathMoment moment);
 
-/// "own-before-17", "store-cut-half-3", "life2-MQGET-after-1"
+/// "own-before-17", "own-cut-to-half-3", "own-eio-on-5", "life2-MQGET-after-1"
 [[nodiscard]] std::string DescribeDeath(const Death& death);
 /// The deaths joined by "+".
 [[nodiscard]] std::string DescribePoint(const std::vector<Death>& deaths);

@@ -170,7 +170,7 @@ ProgramOrder ComposeLoad(const CrashClass& crashClass, const std::string& folder
     return order;
 }
 
-std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder) {
+std::string CheckTarget(const CrashClass& crashClass, const std::string& folder) {
     std::string wrong;
     const std::vector<std::string> records = crashClass.target == TargetKind::kFile
                                                  ? ReadRecordsOfFile(folder + "/load/out", wrong)
@@ -178,5 +178,9 @@ std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder)
     if (!wrong.empty()) wrong += "; ";
     const std::string difference = CompareRecords(crashClass, records);
     if (!difference.empty()) wrong += difference + "; ";
-    return wrong + CompareFiles(crashClass, folder) + CheckQueueManager(folder);
+    return wrong + CheckQueueManager(folder);
+}
+
+std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder) {
+    return CheckTarget(crashClass, folder) + CompareFiles(crashClass, folder);
 }

@@ -21,6 +21,10 @@ struct Programs {
 [[nodiscard]] ProgramOrder ComposeLoad(const CrashClass& crashClass, const std::string& folder,
                                        const Programs& programs, int checkpointEvery, bool goesOn);
 
+/// Looks at the target of a load that said it is done, and at its queue. Returns an empty string when every
+/// message is in the target once, in order, byte for byte, and the queue is empty; or else what is wrong.
+[[nodiscard]] std::string CheckTarget(const CrashClass& crashClass, const std::string& folder);
+
 /// Looks at what a load that said it is done left. Returns an empty string when every message is in the
 /// target once, in order, byte for byte, the queue is empty and nothing else is left; or else what is wrong.
 [[nodiscard]] std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder);

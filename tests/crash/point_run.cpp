@@ -2,6 +2,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "tests/crash/complaint.h"
 
 namespace {
 
@@ -11,6 +15,19 @@ PointOutcome Fail(PointOutcome outcome, const std::string& wrong) {
     outcome.verdict = PointVerdict::kFailed;
     outcome.wrong = wrong;
     return outcome;
+}
+
+std::string ReadConsole(const ProgramOrder& order) {
+    std::ifstream file(order.console, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Returns an empty string, or what is wrong with how the command took the call that failed.
+std::string JudgeFailedCall(const CrashClass& crashClass, const std::string& folder, const std::string& told,
+                            int exitCode) {
+    if (exitCode != 0) return JudgeComplaint(told, folder + "/load", exitCode);
+    const std::string wrong = CheckTarget(crashClass, folder);
+    return wrong.empty() ? "" : "it says that it is done, but " + wrong;
 }
 
 }  // namespace
@@ -38,25 +55,34 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
     ProgramOrder mortal = load;
     mortal.fileKibibytesMax = crashClass.fileKibibytesMax;
     TracedEnd end;
+    std::size_t toldBefore = 0;
     for (const Death& death : deaths) {
+        toldBefore = ReadConsole(load).size();
         end = RunProgramToDeath(mortal, death, crashClass.victim);
         outcome.counts = end.counts;
         if (!outcome.where.empty()) outcome.where += ", then ";
         outcome.where += end.where;
         if (!end.unplanned.empty()) return Fail(outcome, end.unplanned);
-        if (!end.died) break;
+        if (!end.came) break;
     }
     const bool fails = crashClass.fileKibibytesMax > 0;
-    if (!end.died && end.exitCode != (fails ? kExitFailed : 0))
+    if (!end.came && end.exitCode != (fails ? kExitFailed : 0))
         return Fail(outcome, "without a death it ended with " + std::to_string(end.exitCode));
     if (end.died && !end.commandDied && end.exitCode != (goesOn ? 0 : kExitFailed))
         return Fail(outcome, "the command ended with " + std::to_string(end.exitCode));
-    if (end.exitCode != 0) {
+    const bool callFailed = end.came && !end.died;
+    if (callFailed) {
+        const std::string told = ReadConsole(load).substr(toldBefore);
+        const std::string wrong = JudgeFailedCall(crashClass, folder, told, end.exitCode);
+        if (!wrong.empty()) return Fail(outcome, wrong);
+    }
+    // Behind a failed call also when it was done all the same: it may have left a file.
+    if (end.exitCode != 0 || callFailed) {
         const int code = RunProgramToEnd(load);
         if (code != 0) return Fail(outcome, "the same command ended with " + std::to_string(code));
     }
     const std::string wrong = CheckLoaded(crashClass, folder);
     if (!wrong.empty()) return Fail(outcome, wrong);
-    outcome.verdict = end.died ? PointVerdict::kPassed : PointVerdict::kBeyond;
+    outcome.verdict = end.came ? PointVerdict::kPassed : PointVerdict::kBeyond;
     return outcome;
 }

@@ -25,11 +25,12 @@ enum class Tracing { kNone, kProcesses, kCalls };
 struct Trace {
     const ProgramOrder& order;
     const std::optional<Death>& death;
-    Victim victim;
+    Victim victim = Victim::kCommand;
     pid_t command = 0;
     int programs = 0;        // started: the command first, then each life's worker
     pid_t awaitingExit = 0;  // the thread inside the call after which to kill
     TracedEnd end = {};
+    std::string failingPath = {};  // of the file whose calls go on failing
 };
 
 [[noreturn]] void Abort(const char* what) {
@@ -94,6 +95,7 @@ pid_t ProcessOf(pid_t thread) {
 
 void Kill(Trace& trace, pid_t thread) {
     const pid_t process = ProcessOf(thread);
+    trace.end.came = true;
     trace.end.died = true;
     trace.end.commandDied = trace.victim == Victim::kCommand || process == trace.command;
     // The command first, so that it sees nothing of its worker's death.
@@ -105,30 +107,52 @@ bool IsInside(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
 }
 
+void MakeFail(Trace& trace, pid_t thread, const std::string& path) {
+    const DeathMoment moment = trace.death->moment;
+    if (!FailCall(thread, ErrorAt(moment))) Abort("a call cannot be made to fail");
+    trace.end.came = true;
+    if (GoesOnFailing(moment)) trace.failingPath = path;
+}
+
+std::string DescribeCall(const Trace& trace, const StateCall& call) {
+    const std::size_t prefix = trace.order.ownFolder.size() + 1;
+    std::string text = call.name + std::string(" ");
+    text += call.path.size() > prefix ? call.path.substr(prefix) : "the folder";
+    if (call.length > 0) text += ", " + std::to_string(call.length) + " bytes";
+    if (trace.programs > 1) text += ", life " + std::to_string(trace.programs - 1);
+    return text;
+}
+
 // At the entry of a call that changes state. Returns false when the thread is not to be resumed.
 bool CountCall(Trace& trace, pid_t thread) {
     StateCall call;
     // A thread that somebody killed meanwhile cannot be read.
     if (!ReadStateCall(thread, call)) return true;
     const bool isStore = IsInside(call.path, trace.order.storeFolder);
-    const bool isOurs = IsInside(call.path, trace.order.ownFolder);
+    const bool isOurs = call.path == trace.order.ownFolder || IsInside(call.path, trace.order.ownFolder);
     // The queue manager maps its counters, to which it stores between two calls.
     if (!call.isKnown && (call.path.empty() || (isOurs && !isStore))) {
         trace.end.unplanned = "it made the system call " + call.name + ", which nobody has looked at";
     }
     if (!call.isKnown || !isOurs) return true;
+    if (call.path == trace.failingPath) {
+        MakeFail(trace, thread, call.path);
+        return true;
+    }
     const auto scope = isStore ? DeathScope::kStore : DeathScope::kOwn;
     const auto index = static_cast<std::size_t>(scope);
     const std::uint64_t number = ++trace.end.counts.calls[index];
     if (call.length >= kShortestCutWrite) ++trace.end.counts.writes[index];
-    if (!trace.death || trace.end.died || trace.awaitingExit != 0 || trace.death->scope != scope) return true;
+    if (!trace.death || trace.end.came || trace.awaitingExit != 0 || trace.death->scope != scope) return true;
     const bool isCut = IsCut(trace.death->moment);
     if (isCut && call.length < kShortestCutWrite) return true;
     if ((isCut ? trace.end.counts.writes[index] : number) != trace.death->number) return true;
 
-    trace.end.where = call.name + std::string(" ") + call.path.substr(trace.order.ownFolder.size() + 1);
-    if (call.length > 0) trace.end.where += ", " + std::to_string(call.length) + " bytes";
-    if (trace.programs > 1) trace.end.where += ", life " + std::to_string(trace.programs - 1);
+    trace.end.where = DescribeCall(trace, call);
+    if (ErrorAt(trace.death->moment) != 0) {
+        MakeFail(trace, thread, call.path);
+        return true;
+    }
     std::uint64_t length = call.length;
     switch (trace.death->moment) {
         case DeathMoment::kBefore: Kill(trace, thread); return false;
@@ -136,6 +160,7 @@ bool CountCall(Trace& trace, pid_t thread) {
         case DeathMoment::kCutToThree: length = 3; break;
         case DeathMoment::kCutToHalf: length /= 2; break;
         case DeathMoment::kCutByOne: --length; break;
+        default: break;
     }
     if (isCut && !CutWrite(thread, length)) Abort("a write cannot be cut short");
     trace.awaitingExit = thread;
@@ -197,6 +222,7 @@ TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death
         } else if (WIFSIGNALED(status) && WTERMSIG(status) != SIGKILL) {
             trace.end.unplanned = "a process was ended by signal " + std::to_string(WTERMSIG(status));
         } else if (WIFSIGNALED(status) && trace.death && trace.death->scope == DeathScope::kMqi) {
+            trace.end.came = true;
             trace.end.died = true;
         }
     }

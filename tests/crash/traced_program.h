@@ -34,7 +34,8 @@ struct CallCounts {
 };
 
 struct TracedEnd {
-    bool died = false;         ///< the planned death came
+    bool came = false;         ///< the planned death, or failure of a call, came
+    bool died = false;         ///< it was a death
     bool commandDied = false;  ///< it took the command
     std::string where;         ///< the call it came at
     int exitCode = -1;         ///< of the command; -1 when it was killed
