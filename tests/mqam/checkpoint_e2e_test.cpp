@@ -428,7 +428,7 @@ TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
 TEST_F(CheckpointOfALoad, RepairChangesNothingWhileALoadIsRunning) {
     std::string reason;
     WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
-    ASSERT_TRUE(TakeLoadLock(Path() + ".lock", 0, reason)) << reason;
+    ASSERT_EQ(TakeLoadLock(Path() + ".lock", 0, reason), LockOutcome::kTaken) << reason;
     const ProgramResult result = RunWithState("repair", {"--yes"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was changed: another load is running"),

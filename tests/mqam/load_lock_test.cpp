@@ -16,6 +16,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using testing::EndsWith;
 using testing::StartsWith;
 
 // What the other process does with the lock at the path that follows in its part: takes it, says so, holds it
@@ -38,7 +39,7 @@ void PlayTheOther(const std::string& part) {
     const std::string how = part.substr(0, colon + 1);
     const std::string path = part.substr(colon + 1);
     std::string reason;
-    if (!TakeLoadLock(path, 0, reason)) EndProcessAtOnce(70);
+    if (TakeLoadLock(path, 0, reason) != LockOutcome::kTaken) EndProcessAtOnce(70);
     std::ofstream(path + ".held") << "x";
     if (!WaitForFile(path + ".go") && how != kHoldForEver) EndProcessAtOnce(71);
     if (how == kHoldAndGiveBack) GiveBackLoadLock(path);
@@ -69,32 +70,34 @@ class LoadLockTest : public testing::Test {
 };
 
 TEST_F(LoadLockTest, TakenAndGivenBackItLeavesNoFile) {
-    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    ASSERT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kTaken) << reason_;
     EXPECT_TRUE(fs::exists(Path()));
     GiveBackLoadLock(Path());
     EXPECT_FALSE(fs::exists(Path()));
-    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    ASSERT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kTaken) << reason_;
     GiveBackLoadLock(Path());
 }
 
 TEST_F(LoadLockTest, AFileThatIsLeftOverLocksNobodyOut) {
     std::ofstream(Path()) << "";
-    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    ASSERT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kTaken) << reason_;
     GiveBackLoadLock(Path());
     EXPECT_FALSE(fs::exists(Path()));
 }
 
 TEST_F(LoadLockTest, AFileThatHoldsSomethingIsNoLockAndStays) {
     std::ofstream(Path()) << "somebody's";
-    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
-    EXPECT_EQ(reason_, Path() + " holds something: it is not the lock of a load, and is left alone");
+    EXPECT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kNoLock);
+    EXPECT_EQ(reason_, Path() +
+                           " holds something: it is not the lock of a load, and is left alone; move it "
+                           "away, then run the same command again");
     GiveBackLoadLock(Path());
     EXPECT_EQ(ReadFile(Path()), "somebody's");
 }
 
 TEST_F(LoadLockTest, AProcessTakesSeveral) {
-    ASSERT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
-    ASSERT_TRUE(TakeLoadLock(Path() + "2", 0, reason_)) << reason_;
+    ASSERT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kTaken) << reason_;
+    ASSERT_EQ(TakeLoadLock(Path() + "2", 0, reason_), LockOutcome::kTaken) << reason_;
     GiveBackLoadLock(Path());
     EXPECT_TRUE(fs::exists(Path() + "2"));
     GiveBackLoadLock(Path() + "2");
@@ -109,14 +112,16 @@ TEST_F(LoadLockTest, GivingBackWhatIsNotHeldLeavesTheFileAlone) {
 }
 
 TEST_F(LoadLockTest, AFolderThatIsMissingIsTold) {
-    EXPECT_FALSE(TakeLoadLock(folder_.Path("none") + "/lock", 0, reason_));
-    EXPECT_THAT(reason_, StartsWith(folder_.Path("none") + "/lock cannot be made: "));
+    EXPECT_EQ(TakeLoadLock(folder_.Path("none") + "/lock", 0, reason_), LockOutcome::kFailed);
+    EXPECT_THAT(reason_, StartsWith(folder_.Path("none") + "/lock cannot be made or locked: "));
+    EXPECT_THAT(reason_, EndsWith("; check that its folder is there and that you may write to it"));
 }
 
 TEST_F(LoadLockTest, ASecondProcessIsRefusedWhileTheFirstHoldsIt) {
     const auto other = StartOther(kHoldAndGiveBack);
-    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
-    EXPECT_EQ(reason_, "another load is running (it holds " + Path() + ")");
+    EXPECT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kHeld);
+    EXPECT_EQ(reason_, "another load is running (it holds " + Path() +
+                           "): wait for its end, or end it, then run the same command again");
     LetOtherGo();
     EXPECT_EQ(other->Wait().exitCode, 0);
 }
@@ -127,7 +132,7 @@ TEST_F(LoadLockTest, ASecondProcessGetsItWhenTheFirstGivesItBackInTime) {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         LetOtherGo();
     });
-    EXPECT_TRUE(TakeLoadLock(Path(), 20, reason_)) << reason_;
+    EXPECT_EQ(TakeLoadLock(Path(), 20, reason_), LockOutcome::kTaken) << reason_;
     later.join();
     EXPECT_TRUE(fs::exists(Path()));
     EXPECT_EQ(other->Wait().exitCode, 0);
@@ -137,19 +142,19 @@ TEST_F(LoadLockTest, ASecondProcessGetsItWhenTheFirstGivesItBackInTime) {
 
 TEST_F(LoadLockTest, ItEndsWithAProcessThatDoesNotGiveItBack) {
     const auto other = StartOther(kHoldAndEnd);
-    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
+    EXPECT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kHeld);
     LetOtherGo();
     EXPECT_EQ(other->Wait().exitCode, 0);
-    EXPECT_TRUE(TakeLoadLock(Path(), 0, reason_)) << reason_;
+    EXPECT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kTaken) << reason_;
     GiveBackLoadLock(Path());
     EXPECT_FALSE(fs::exists(Path()));
 }
 
 TEST_F(LoadLockTest, ItEndsWithAProcessThatIsKilled) {
     const auto other = StartOther(kHoldForEver);
-    EXPECT_FALSE(TakeLoadLock(Path(), 0, reason_));
+    EXPECT_EQ(TakeLoadLock(Path(), 0, reason_), LockOutcome::kHeld);
     static_cast<void>(other->Wait(0));
-    EXPECT_TRUE(TakeLoadLock(Path(), 5, reason_)) << reason_;
+    EXPECT_EQ(TakeLoadLock(Path(), 5, reason_), LockOutcome::kTaken) << reason_;
 }
 
 }  // namespace

@@ -325,13 +325,14 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
     other.Start();
     const ProgramResult refused = same.Wait();
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_TRUE(Contains(refused.standardError,
-                         "mqam load: another load is running (it holds " + site.RestartFile() + ".lock)\n"))
+    EXPECT_TRUE(Contains(refused.standardError, "mqam load: another load is running (it holds " +
+                                                    site.RestartFile() +
+                                                    ".lock): wait for its end, or end it, "))
         << refused.standardError;
     other.Wait();
     EXPECT_EQ(other.Result().exitCode, 1);
-    EXPECT_TRUE(Contains(
-        other.Error(), "mqam load: another load is running (it holds " + site.CheckpointFile() + ".lock)\n"))
+    EXPECT_TRUE(Contains(other.Error(), "mqam load: another load is running (it holds " +
+                                            site.CheckpointFile() + ".lock): wait for its end, or end it, "))
         << other.Error();
     EXPECT_EQ(other.Files(), "");
     EXPECT_EQ(ReadFile(site.Target()), site.Lines());

@@ -191,7 +191,8 @@ TEST_F(RestartableLoadFailure, T2_AFullTargetDiskEndsTheLifeAndTheSameCommandCom
     site.Wait();
     EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "mqam load: cannot write to " + site.Target() + ": ")) << site.Error();
-    EXPECT_TRUE(Contains(site.Error(), "  next      run the same command again: it goes on there\n"))
+    EXPECT_TRUE(Contains(site.Error(),
+                         "  next      put that right, then run the same command again: it goes on there\n"))
         << site.Error();
     EXPECT_GT(std::stoi(site.Stored("records")), 0);
     site.Run();
@@ -204,7 +205,9 @@ TEST_F(RestartableLoadFailure, AFullDiskUnderTheRestartFileEndsTheLifeAndTheSame
     begin.Run();
     EXPECT_EQ(begin.Result().exitCode, 3);
     EXPECT_TRUE(Contains(begin.Error(),
-                         "mqam load: cannot replace restart file " + begin.RestartFile() + ": " + kNoSpace))
+                         "mqam load: cannot replace restart file " + begin.RestartFile() + ": " + kNoSpace +
+                             "\n  safe      nothing was loaded: every message is on the queue\n  next      "
+                             "put that right, then run the same command again\n"))
         << begin.Error();
     EXPECT_EQ(begin.Depth(), 10);
     EXPECT_FALSE(fs::exists(begin.Target()));
@@ -230,6 +233,58 @@ TEST_F(RestartableLoadFailure, AFullDiskUnderTheRestartFileEndsTheLifeAndTheSame
     RunAllAgain();
     for (LoadSite* site : {&begin, &middle})
         EXPECT_TRUE(site->IsDone());
+}
+
+// It may be there all the same: with --append it would be cut to nothing, a new one would go over it.
+TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenForNone) {
+    LoadSite& site = Add("loop", 3);
+    for (const char* option : {"--append", "--force"}) {
+        fs::create_symlink(site.Target(), site.Target());
+        site.Run({option});
+        EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
+        EXPECT_EQ(site.Error(), "mqam load: " + site.Target() +
+                                    " cannot be looked at: " + std::strerror(ELOOP) +
+                                    "\n  safe      nothing was loaded: every message is on the queue\n"
+                                    "  next      put that right, then run the same command again\n");
+        EXPECT_EQ(site.Depth(), 3);
+        fs::remove(site.Target());
+    }
+    site.Run();
+    EXPECT_TRUE(site.IsDone());
+}
+
+TEST_F(RestartableLoadFailure, ALockThatCannotBeMadeIsTriedAgain) {
+    LoadSite& site = Add("lock", 3);
+    fs::create_directory(site.CheckpointFile() + ".lock");
+    site.Start({"--retry-for", "60"});
+    ASSERT_TRUE(site.Program().WaitForError("ck.lock cannot be made or locked: Is a directory; check that "));
+    fs::remove(site.CheckpointFile() + ".lock");
+    site.Wait();
+    EXPECT_TRUE(site.IsDone());
+    EXPECT_GE(CountOf(site.Error(), "mqam load: attempt "), 1) << site.Error();
+}
+
+TEST_F(RestartableLoadFailure, RestartInformationThatCannotBeReadIsTriedAgainAndNothingIsSaidOfWhatIsLoaded) {
+    LoadSite& site = Add("unread", 10, "MQCMIT 5 kill after");
+    ASSERT_EQ(site.Run().exitCode, 9) << site.Error();
+    site.PlanFaults("");
+    const std::string aside = site.RestartFile() + ".aside";
+    fs::rename(site.RestartFile(), aside);
+    fs::create_symlink(site.RestartFile(), site.RestartFile());
+    const std::string complaint =
+        "mqam load: restart file " + site.RestartFile() + " cannot be read: " + std::strerror(ELOOP) + "\n";
+    site.Run();
+    EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
+    EXPECT_EQ(site.Error(),
+              complaint +
+                  "  safe      what is loaded stays so; how much it is cannot be told while the "
+                  "restart information cannot be read\n"
+                  "  next      put that right, then run the same command again\n");
+    site.Start({"--retry-for", "60"});
+    ASSERT_TRUE(site.Program().WaitForError(complaint + "mqam load: attempt 1 in 1 s\n"));
+    fs::rename(aside, site.RestartFile());
+    site.Wait();
+    EXPECT_TRUE(site.IsDone());
 }
 
 TEST_F(RestartableLoadFailure, H10_AFullDiskUnderTheCheckpointFileEndsTheLifeAndTheSameCommandCompletes) {

@@ -315,11 +315,12 @@ TEST_F(RestartableLoadRefusal, T1_ATargetThatIsShorterThanStoredOrGone) {
     const std::string stored = site.Stored("target-length");
     ASSERT_EQ(stored, std::to_string(site.Lines(3).size()));
     fs::resize_file(site.Target(), site.Lines(3).size() - 1);
-    ExpectRefusal(site, {"--force"},
-                  "mqam load: " + site.Target() + " has " + std::to_string(site.Lines(3).size() - 1) +
-                      " bytes, but the load had brought " + stored +
-                      " to the medium: something else has changed it; give the file back and run the same "
-                      "command again\n");
+    ExpectRefusal(
+        site, {"--force"},
+        "mqam load: " + site.Target() + " has " + std::to_string(site.Lines(3).size() - 1) +
+            " bytes, but the load had brought " + stored +
+            " bytes to the medium: something else has changed it; give the file back and run the same "
+            "command again\n");
     fs::remove(site.Target());
     ExpectRefusal(site, {}, site.Target() + " is missing, but the load had brought ");
     WriteBytesTo(site.Target(), target);

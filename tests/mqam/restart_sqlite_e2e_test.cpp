@@ -254,7 +254,7 @@ TEST_F(SqliteLoad, WhatIsNoDatabaseOrNoTableOfThisKindIsRefused) {
     ExpectRefusal(text, {"--force"}, "file is not a database");
     LoadSite& folder = Add("folder", 3);
     folder.Set("--to", "sqlite:" + folder.Path("none/db"));
-    ExpectRefusal(folder, {}, "none/db.records.lock cannot be made: ");
+    ExpectRefusal(folder, {}, "none/db.records.lock cannot be made or locked: ", 3);
     LoadSite& shape = Add("shape", 3);
     Database(shape.Path("db")).Run("CREATE TABLE orders (name TEXT)");
     ExpectRefusal(shape, {"--append"}, "orders has no column named id");
@@ -288,18 +288,36 @@ TEST_F(SqliteLoad, DamagedRestartInformationIsRefused) {
 TEST_F(SqliteLoad, ADatabaseThatSomebodyKeepsLockedEndsTheLifeAndTheSameCommandCompletes) {
     LoadSite& begin = AddUnfinished("begin");
     LoadSite& middle = AddUnfinished("middle");
+    LoadSite& patient = AddUnfinished("patient");
     {
         const Database first(begin.Path("db"));
         first.Run("BEGIN EXCLUSIVE");
+        const Database third(patient.Path("db"));
+        third.Run("BEGIN EXCLUSIVE");
+        patient.Start({"--retry-for", "60"});
         // A reader: rows can be written, but not brought into the file.
         const Database second(middle.Path("db"));
         second.Run("BEGIN");
         EXPECT_EQ(second.Fetch("SELECT record FROM orders").size(), 3U);
-        RunAll(sites_);
+        begin.Start();
+        middle.Start();
+        begin.Wait();
+        middle.Wait();
+        EXPECT_TRUE(patient.Program().WaitForError("mqam load: attempt 1 in 1 s\n"));
+        third.Run("COMMIT");
         second.Run("COMMIT");
         first.Run("COMMIT");
     }
+    patient.Wait();
+    EXPECT_TRUE(IsDone(patient));
+    sites_.pop_back();
     EXPECT_EQ(begin.Result().exitCode, 3) << begin.Error();
+    EXPECT_TRUE(Contains(
+        begin.Error(),
+        "mqam load: " + begin.Path("db") +
+            ": it cannot be opened: database is locked; another program uses the database: let "
+            "it end what it does\n  safe      what is loaded stays so; how much it is cannot be told"))
+        << begin.Error();
     EXPECT_EQ(middle.Result().exitCode, 3) << middle.Error();
     for (LoadSite* site : {&begin, &middle})
         EXPECT_TRUE(Contains(site->Error(), "database is locked")) << site->Error();
