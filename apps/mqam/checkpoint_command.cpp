@@ -31,9 +31,12 @@ constexpr const char* kShowExamples =
     "      every record, and what a restart with this position would do\n"
     "  mqam checkpoint show orders.ckpt --restart-file orders.restart\n"
     "      the same with the position that the load has stored\n"
+    "  mqam checkpoint show orders.ckpt --restart-file 'sqlite:orders.db?table=orders'\n"
+    "      the same of a load into SQLite\n"
     "\n"
-    "Exit codes: 0 the file was shown, 1 it is missing or cannot be read, 3 standard output cannot be "
-    "written.\n";
+    "Exit codes: 0 the file was shown, 1 it is missing or cannot be read (or the restart file), 3 standard "
+    "output cannot\n"
+    "be written.\n";
 
 constexpr const char* kVerifyExamples =
     "Examples:\n"
@@ -52,7 +55,6 @@ constexpr const char* kRepairExamples =
     "      shows what it would do and asks\n"
     "  mqam checkpoint repair orders.ckpt --yes\n"
     "      does it\n"
-    "\n"
     "  mqam checkpoint repair orders.ckpt --restart-file orders.restart\n"
     "      with the position that the load has stored\n"
     "\n"
@@ -152,9 +154,17 @@ int RunVerify(const CheckpointOptions& options) {
     Stored stored;
     if (!FetchStored(options, stored)) return kExitNotStarted;
     const CheckpointFacts facts = InspectCheckpointFile(options.path, options.maxRecordBytes);
-    if (!CanBeRead(facts)) return Complain(SummarizeFacts(facts));
+    const std::vector<std::string> temporaries = FindTemporaryFiles(options.path);
+    if (!CanBeRead(facts)) {
+        const std::string beside = temporaries.empty()
+                                       ? ""
+                                       : "; beside it stands the temporary file " + temporaries.front() +
+                                             ": `mqam checkpoint show " + options.path +
+                                             "` tells what a restart would do";
+        return Complain(SummarizeFacts(facts) + beside);
+    }
     std::string text = DescribeSoundness(facts, options.maxRecordBytes);
-    for (const std::string& temporary : FindTemporaryFiles(options.path)) {
+    for (const std::string& temporary : temporaries) {
         text += "Beside it stands the temporary file " + temporary +
                 ": a rewrite was interrupted, or a load is running.\n";
     }
@@ -258,8 +268,10 @@ CLI::Option* AddPositionOption(CLI::App& command, CheckpointOptions& options, co
 
 CLI::Option* AddRestartFileOption(CLI::App& command, CheckpointOptions& options) {
     return command
-        .add_option("--restart-file", options.restartFile,
-                    "the restart file of the load, which holds its position")
+        .add_option(
+            "--restart-file", options.restartFile,
+            "the restart file of the load, which holds its position; of a load into SQLite its target, "
+            "sqlite:FILE?table=NAME")
         ->type_name("FILE");
 }
 

@@ -11,6 +11,8 @@
 #include "apps/mqam/position_text.h"
 #include "apps/mqam/restart_decision.h"
 #include "apps/mqam/restart_file.h"
+#include "apps/mqam/restartable_sqlite.h"
+#include "apps/mqam/sqlite_name.h"
 #include "recovery/checkpoint_records.h"
 
 namespace {
@@ -31,25 +33,38 @@ bool Complain(std::string& reason, const std::string& words) {
     return false;
 }
 
+// Reads what is stored, none when there is nothing. Returns false with the reason.
+bool ReadStored(const std::string& restartFile, std::optional<RestartState>& stored, std::string& reason) {
+    bool mayPass = false;
+    if (!IsSqliteName(restartFile)) return ReadRestartFile(restartFile, stored, reason, mayPass);
+    SqliteName name;
+    if (!ParseSqliteName(restartFile, name, reason)) return false;
+    name.file = AbsolutePath(name.file);
+    const std::unique_ptr<RestartableTarget> target = MakeSqliteTarget({name}, reason);
+    if (target == nullptr) return false;
+    return target->LoadState(stored) || Complain(reason, target->Failure());
+}
+
 }  // namespace
 
 bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath, RestartState& state,
                      std::string& reason) {
     std::optional<RestartState> stored;
-    bool mayPass = false;
-    if (!ReadRestartFile(restartFile, stored, reason, mayPass)) return false;
-    if (!stored) return Complain(reason, "restart file " + restartFile + " is missing");
+    if (!ReadStored(restartFile, stored, reason)) return false;
+    const std::string what =
+        (IsSqliteName(restartFile) ? "restart information in " : "restart file ") + restartFile;
+    if (!stored) return Complain(reason, what + " is missing");
     state = *stored;
     if (state.checkpointFile != AbsolutePath(checkpointPath)) {
-        return Complain(reason, "restart file " + restartFile + " belongs to the load with checkpoint file " +
-                                    state.checkpointFile + ", not " + AbsolutePath(checkpointPath) +
+        return Complain(reason, what + " belongs to the load with checkpoint file " + state.checkpointFile +
+                                    ", not " + AbsolutePath(checkpointPath) +
                                     (state.position ? "; to look at a copy of that file give --position " +
                                                           FormatPosition(*state.position)
                                                     : ""));
     }
     if (state.phase != LoadPhase::kLoading) {
-        return Complain(reason, "the load of restart file " + restartFile + " is over: every record is in " +
-                                    state.target + ", and no checkpoint file belongs to it any more");
+        return Complain(reason, "the load of " + what + " is over: every record is in " + state.target +
+                                    ", and no checkpoint file belongs to it any more");
     }
     return true;
 }

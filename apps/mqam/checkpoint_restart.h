@@ -1,4 +1,4 @@
-// A checkpoint file in the light of the restart file of its load.
+// A checkpoint file in the light of the restart information of its load.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,9 @@
 
 #include "apps/mqam/restart_state.h"
 
-/// Reads the restart file of the unfinished load that the checkpoint file belongs to. Returns false with the
-/// reason: it is missing, damaged, of another load, or its load is complete.
+/// Reads the restart information of the unfinished load that the checkpoint file belongs to. Returns false
+/// with the reason: it is missing, damaged, of another load, or its load is complete.
+///   restartFile  the restart file, or the name of a SQLite target
 [[nodiscard]] bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath,
                                    RestartState& state, std::string& reason);
 

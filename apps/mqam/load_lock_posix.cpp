@@ -24,8 +24,7 @@ std::map<std::string, int>& HeldLocks() {
 enum class Place { kStillThere, kHoldsSomething, kGone, kUnknown };
 
 // The holder before removes the file when it gives the lock back: a lock on a file that is no longer at its
-// path locks nobody out.
-// Place::kUnknown with errno.
+// path locks nobody out. Place::kUnknown with errno.
 Place FindPlace(const std::string& path, int descriptor) {
     struct stat mine = {};
     struct stat there = {};

@@ -58,14 +58,14 @@ StartDecision DecideBeginning(const CheckpointFacts& file, const std::vector<std
     if (!temporaries.empty()) {
         return Refuse("no position is stored, but the temporary checkpoint file " + temporaries.front() +
                       " may hold records of another load: give each load a folder of its own, or give the "
-                      "restart file of that load back and run its command; " +
+                      "restart information of that load back and run its command; " +
                       Show(file.path) + " tells what the files hold");
     }
     if (file.shape == CheckpointShape::kRecords) {
         return Refuse(
             file.path + " holds " + CountRecords(file.records.size()) +
             ", perhaps their only copies, but no position is stored: it belongs to another load, or "
-            "the restart file of this load is gone; give that back and run the same command again, "
+            "the restart information of this load is gone; give that back and run the same command again, "
             "or name another checkpoint file (" +
             Show(file.path) + " tells what it holds)");
     }
@@ -194,8 +194,10 @@ StartDecision DecideWithRecords(const PositionData& stored, const CheckpointFact
 StartDecision DecideStart(const std::string& checkpointPath, const std::optional<PositionData>& stored,
                           const CheckpointFacts& file, const std::vector<std::string>& temporaries) {
     if (file.shape == CheckpointShape::kUnreadable) {
-        return Refuse(file.path + " cannot be read: " + file.reason +
-                      "; make it readable and run the same command again");
+        StartDecision decision = Refuse(file.path + " cannot be read: " + file.reason +
+                                        "; make it readable and run the same command again");
+        decision.mayPass = true;
+        return decision;
     }
     if (!stored) {
         CheckpointFacts named = file;

@@ -51,6 +51,7 @@ struct StartDecision {
     bool firstRecordIsRepeat = false;
     std::vector<Repair> repairs;  ///< to be made first, in order; none with kRefuse
     std::string reason;           ///< for the operator, for every action; with kRefuse it says what to do
+    bool mayPass = false;         ///< with kRefuse: the system failed, nothing speaks against the files
 };
 
 /// Decides.

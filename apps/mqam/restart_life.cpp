@@ -174,7 +174,10 @@ bool PrepareFiles(Life& life, const std::optional<RestartState>& stored, Restart
     const std::vector<std::string> temporaries = FindTemporaryFiles(path);
     life.decision =
         DecideStart(path, position, InspectForStart(path, temporaries, maxRecordBytes), temporaries);
-    if (life.decision.action == StartAction::kRefuse) return Refuse(life, life.decision.reason);
+    if (life.decision.action == StartAction::kRefuse) {
+        return life.decision.mayPass ? FailFile(life, life.decision.reason)
+                                     : Refuse(life, life.decision.reason);
+    }
     if (life.observer.decision) life.observer.decision(life.decision.reason);
 
     const bool isOwnLog = stored && stored->logFile == fresh.logFile;

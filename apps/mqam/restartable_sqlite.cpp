@@ -35,7 +35,8 @@ constexpr CodeRow kCodes[] = {
     {SQLITE_CANTOPEN, true, "check that the file and its folder can be read and written"},
     {SQLITE_READONLY, true, "check that the file and its folder can be written"},
     {SQLITE_PERM, true, "check that the file and its folder can be written"},
-    {SQLITE_CORRUPT, false, "give back an undamaged copy of the database"},
+    // Also of a disk that cannot read.
+    {SQLITE_CORRUPT, false, "check its disk, and give back an undamaged copy of the database"},
     {SQLITE_NOTADB, false, "name a SQLite database, or give back an undamaged copy of it"},
 };
 

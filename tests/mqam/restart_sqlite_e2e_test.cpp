@@ -272,6 +272,33 @@ TEST_F(SqliteLoad, WhatIsNoDatabaseOrNoTableOfThisKindIsRefused) {
     EXPECT_EQ(options.Files(), "");
 }
 
+TEST_F(SqliteLoad, CheckpointCommandsTakeTheTargetForTheRestartFile) {
+    LoadSite& site = AddUnfinished("show");
+    const auto show = [&site](const std::string& command) {
+        return RunProgram(MQAM_PROGRAM,
+                          {"checkpoint", command, site.CheckpointFile(), "--restart-file",
+                           "sqlite:" + site.Path("db") + "?table=orders"},
+                          site.Path("spool"));
+    };
+    const ProgramResult shown = show("show");
+    EXPECT_EQ(shown.exitCode, 0) << shown.standardError;
+    EXPECT_TRUE(Contains(shown.standardOutput, ", taken after 3 records, offset ")) << shown.standardOutput;
+    EXPECT_TRUE(Contains(shown.standardOutput, "\n  the load goes on behind checkpoint "))
+        << shown.standardOutput;
+    EXPECT_EQ(show("verify").exitCode, 0);
+    EXPECT_EQ(show("repair").standardOutput, site.CheckpointFile() + ": nothing to repair\n");
+    site.Run();
+    EXPECT_TRUE(IsDone(site));
+    const ProgramResult over = show("show");
+    EXPECT_EQ(over.exitCode, 1);
+    EXPECT_TRUE(Contains(over.standardError, "the load of restart information in sqlite:" + site.Path("db") +
+                                                 "?table=orders is over: every record is in sqlite:"))
+        << over.standardError;
+    fs::remove(site.Path("db"));
+    EXPECT_TRUE(Contains(show("show").standardError, "?table=orders is missing\n"));
+    EXPECT_FALSE(fs::exists(site.Path("db")));
+}
+
 TEST_F(SqliteLoad, DamagedRestartInformationIsRefused) {
     LoadSite& site = AddUnfinished("damaged");
     Database(site.Path("db")).Run("UPDATE mqam_restart SET state = replace(state, 'records=3', 'records=4')");
