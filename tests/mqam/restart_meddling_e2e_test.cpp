@@ -132,7 +132,8 @@ TEST_F(RestartableLoadMeddledWith, H18_ASecondCommandInThePauseOfTheFirstIsRefus
     fs::remove_all(site.Path("second"));
     EXPECT_EQ(refused.exitCode, 1) << refused.standardError;
     EXPECT_EQ(refused.standardError,
-              "mqam load: another load is running (it holds " + site.RestartFile() + ".lock)\n");
+              "mqam load: another load is running (it holds " + site.RestartFile() +
+                  ".lock): wait for its end, or end it, then run the same command again\n");
     EXPECT_TRUE(site.IsDone());
 }
 
