@@ -8,8 +8,7 @@ std::string DescribeHeldLock(const std::string& path) {
 std::string DescribeNoLock(const std::string& path) {
     return path +
            " holds something: it is not the lock of a load, and is left alone; move it away, then run the "
-           "same "
-           "command again";
+           "same command again";
 }
 
 std::string DescribeFailedLock(const std::string& path, const std::string& words) {

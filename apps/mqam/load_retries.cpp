@@ -23,7 +23,7 @@ bool Pause(seconds duration) {
 }  // namespace
 
 bool IsReceiptOfBefore(const Retries& retries) {
-    return IsOver(retries.atBegin) && retries.seen->begun == retries.atBegin->begun;
+    return IsOver(retries.atBegin) && retries.seen && retries.seen->begun == retries.atBegin->begun;
 }
 
 bool ReadFirstState(RestartableTarget& target, Retries& retries) {
