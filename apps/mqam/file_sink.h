@@ -49,8 +49,8 @@ class FileSink : public RecordSink {
     [[nodiscard]] bool Finish() override;
     [[nodiscard]] const std::string& Failure() const override { return failure_; }
 
-    /// Whether the file has so many bytes and still stands at its path. To be asked after Save; an open
-    /// descriptor that was given has no path.
+    /// Whether the file has so many bytes and still stands at its path; false with errno as IsFileAt has it.
+    /// To be asked after Save; an open descriptor that was given has no path.
     [[nodiscard]] bool HasLength(std::uint64_t bytes);
 
   private:

@@ -53,7 +53,8 @@ enum class OpenMode {
 /// with errno set.
 [[nodiscard]] int SyncToMedium(int descriptor);
 
-/// Whether an open file stands at the path and has so many bytes.
+/// Whether an open file stands at the path and has so many bytes. False with errno 0 when it does not, with
+/// errno set when the system does not tell.
 [[nodiscard]] bool IsFileAt(int descriptor, const std::string& path, std::uint64_t bytes);
 
 /// Returns 0, or -1 with errno set.

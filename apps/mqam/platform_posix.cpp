@@ -108,16 +108,33 @@ long WriteBytes(int descriptor, const char* bytes, std::size_t length) {
     }
 }
 
+// Of a file every error counts, and of a folder all but that its file system does not bring folders to the
+// medium: one that was shut down behind an error of its disk says EROFS, as a pipe does.
 int SyncToMedium(int descriptor) {
-    if (fsync(descriptor) == 0 || errno == EINVAL || errno == EROFS || errno == ENOTSUP) return 0;
+    if (fsync(descriptor) == 0) return 0;
+    const int code = errno;
+    struct stat status = {};
+    if (fstat(descriptor, &status) == 0) {
+        const bool isFile = S_ISREG(status.st_mode);
+        const bool isFolder = S_ISDIR(status.st_mode);
+        if (!isFile && (code == EINVAL || code == ENOTSUP)) return 0;
+        if (!isFile && !isFolder && code == EROFS) return 0;
+    }
+    errno = code;
     return -1;
 }
 
 bool IsFileAt(int descriptor, const std::string& path, std::uint64_t bytes) {
     struct stat mine = {};
     struct stat there = {};
-    return fstat(descriptor, &mine) == 0 && static_cast<std::uint64_t>(mine.st_size) == bytes &&
-           stat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+    errno = 0;
+    if (fstat(descriptor, &mine) != 0) return false;
+    if (stat(path.c_str(), &there) != 0) {
+        if (errno == ENOENT) errno = 0;
+        return false;
+    }
+    return static_cast<std::uint64_t>(mine.st_size) == bytes && mine.st_dev == there.st_dev &&
+           mine.st_ino == there.st_ino;
 }
 
 int CloseDescriptor(int descriptor) {

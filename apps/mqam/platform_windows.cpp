@@ -107,6 +107,7 @@ int SyncToMedium(int descriptor) {
 
 // While it is open nobody can rename or delete it.
 bool IsFileAt(int descriptor, const std::string& /*path*/, std::uint64_t bytes) {
+    errno = 0;
     return _filelengthi64(descriptor) == static_cast<long long>(bytes);
 }
 

@@ -139,6 +139,7 @@ bool RestartableFile::Store(const RestartState& state) {
     if (!sink_->Save()) return Fail(sink_->Failure());
     // Counted, a foreign byte in the middle would push a record over the length that a restart cuts to.
     if (!sink_->HasLength(length_)) {
+        if (errno != 0) return Fail(settings_.path + " cannot be looked at: " + std::strerror(errno));
         return Fail(settings_.path +
                     " was changed by something else while the load wrote to it: what came since the last "
                     "checkpoint is not counted, and comes again");
