@@ -11,6 +11,10 @@ namespace {
 constexpr DWORD kExitMark = 0x4D510000U;
 constexpr DWORD kExitCodeBits = 0xFFFFU;
 
+// A system with too much to do now and then refuses a process, and grants it a moment later.
+constexpr int kStarts = 3;
+constexpr DWORD kStartPauseMilliseconds = 200;
+
 std::vector<std::string> keptArguments;
 std::atomic<bool> interruptCame{false};
 
@@ -79,9 +83,11 @@ WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (CreateProcessA(program, commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
-                       nullptr, &startup, &process) == 0) {
-        return FailToStart();
+    for (int starts = 1; CreateProcessA(program, commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                                        nullptr, nullptr, &startup, &process) == 0;
+         ++starts) {
+        if (starts == kStarts) return FailToStart();
+        Sleep(kStartPauseMilliseconds);
     }
     if (job == nullptr || AssignProcessToJobObject(job, process.hProcess) == 0) {
         const WorkerEnd end = FailToStart();

@@ -1,11 +1,16 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "tests/mqam/program_runner.h"
 
 namespace {
+
+// Under load Wine now and then does not start a program at all.
+constexpr int kStarts = 4;
+constexpr DWORD kStartPauseMilliseconds = 200;
 
 HANDLE OpenInheritable(const std::string& path, DWORD access, DWORD disposition) {
     SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
@@ -42,11 +47,17 @@ RunningProgram::RunningProgram(const std::string& program, const std::vector<std
     start.hStdOutput = OpenInheritable(outPath_, GENERIC_WRITE, CREATE_ALWAYS);
     start.hStdError = OpenInheritable(errPath_, GENERIC_WRITE, CREATE_ALWAYS);
     PROCESS_INFORMATION process = {};
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process) !=
-        0) {
-        process_ = process.hProcess;
-        processId_ = static_cast<long>(process.dwProcessId);
-        CloseHandle(process.hThread);
+    for (int attempt = 1; process_ == nullptr && attempt <= kStarts; ++attempt) {
+        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                           &process) != 0) {
+            process_ = process.hProcess;
+            processId_ = static_cast<long>(process.dwProcessId);
+            CloseHandle(process.hThread);
+        } else {
+            std::fprintf(stderr, "start %d of %s failed: error %lu\n", attempt, program.c_str(),
+                         GetLastError());
+            Sleep(kStartPauseMilliseconds);
+        }
     }
     CloseHandle(start.hStdInput);
     CloseHandle(start.hStdOutput);
