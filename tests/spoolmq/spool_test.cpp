@@ -21,6 +21,23 @@ void WriteAll(const fs::path& path, const std::string& content) {
     file << content;
 }
 
+namespace {
+
+// Written aside and renamed into place: a reader never sees half of it. Windows renames over no file that a
+// reader has open, which it has for a moment.
+void ReplaceFile(const fs::path& path, const fs::path& aside, const std::string& content) {
+    WriteAll(aside, content);
+    std::error_code failure;
+    for (int tries = 0; tries < 200; ++tries) {
+        fs::rename(aside, path, failure);
+        if (!failure) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ADD_FAILURE() << path << ": " << failure.message();
+}
+
+}  // namespace
+
 SpoolTest::SpoolTest() {
     std::random_device random;
     const fs::path temp = fs::temp_directory_path();
@@ -40,15 +57,12 @@ SpoolTest::~SpoolTest() {
     fs::remove_all(root_, ignored);
 }
 
-// Written aside and renamed into place: a reader never sees half of it.
 void SpoolTest::SetQmgr(const std::string& attributes) const {
-    WriteAll(root_ / "QM1" / "qmgr.new", attributes);
-    fs::rename(root_ / "QM1" / "qmgr.new", root_ / "QM1" / "qmgr.ini");
+    ReplaceFile(root_ / "QM1" / "qmgr.ini", root_ / "QM1" / "qmgr.new", attributes);
 }
 
 void SpoolTest::SetQueue(const std::string& attributes) const {
-    WriteAll(QueuePath() / ".queue.new", attributes);
-    fs::rename(QueuePath() / ".queue.new", QueuePath() / ".queue.ini");
+    ReplaceFile(QueuePath() / ".queue.ini", QueuePath() / ".queue.new", attributes);
 }
 
 void SpoolTest::WriteQueueFile(const std::string& name, const std::string& content) const {
