@@ -1,5 +1,9 @@
 #include "apps/mqam/load_lock.h"
 
+std::string CheckpointLockPath(const std::string& checkpointFile) {
+    return checkpointFile + ".lock";
+}
+
 std::string DescribeHeldLock(const std::string& path) {
     return "another load is running (it holds " + path +
            "): wait for its end, or end it, then run the same command again";

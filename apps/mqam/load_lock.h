@@ -16,6 +16,9 @@ enum class LockOutcome {
 /// may take several.
 [[nodiscard]] LockOutcome TakeLoadLock(const std::string& path, int patienceSeconds, std::string& reason);
 
+/// The file that stands for the lock of a checkpoint file.
+[[nodiscard]] std::string CheckpointLockPath(const std::string& checkpointFile);
+
 /// The words for the outcomes without a lock; `words` are the system's.
 [[nodiscard]] std::string DescribeHeldLock(const std::string& path);
 [[nodiscard]] std::string DescribeNoLock(const std::string& path);

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "apps/mqam/restart_life.h"
+#include "apps/mqam/finished_load.h"
 #include "tests/mqam/test_folder.h"
 
 namespace {
