@@ -1,7 +1,9 @@
 // `mqam check`: the parameters in effect, without touching a queue.
 #pragma once
 
-#include <CLI/App.hpp>
+namespace CLI {
+class App;
+}
 
 /// Adds the subcommand. When the user asks for it, it runs while the command line is parsed and leaves its
 /// exit code in `exitCode`, which must outlive the parsing.

@@ -1,5 +1,6 @@
 #include "apps/mqam/checkpoint_command.h"
 
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>

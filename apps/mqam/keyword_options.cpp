@@ -1,5 +1,6 @@
 #include "apps/mqam/keyword_options.h"
 
+#include <CLI/App.hpp>
 #include <cstddef>
 
 #include "apps/mqam/platform.h"

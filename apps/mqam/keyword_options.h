@@ -2,12 +2,16 @@
 // initialization string; a test holds it against the module's keywords.
 #pragma once
 
-#include <CLI/App.hpp>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "apps/mqam/init_string.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 struct KeywordOption {
     const char* keyword;  ///< the module's

@@ -1,5 +1,6 @@
 #include "apps/mqam/load_command.h"
 
+#include <CLI/App.hpp>
 #include <cerrno>
 #include <chrono>
 #include <cstring>

@@ -1,5 +1,6 @@
 #include "apps/mqam/load_options.h"
 
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Validators.hpp>
 #include <map>

@@ -2,7 +2,6 @@
 // beginning and the one that goes on where it stopped.
 #pragma once
 
-#include <CLI/App.hpp>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -12,6 +11,10 @@
 #include "apps/mqam/keyword_options.h"
 #include "apps/mqam/load_life.h"
 #include "apps/mqam/progress.h"
+
+namespace CLI {
+class App;
+}
 
 enum class RestartPolicy {
     kAuto,   ///< go on with an unfinished load, else begin one

@@ -1,7 +1,9 @@
 // `mqam queue`: queue managers and queues of the stand-in for trials on machines without IBM MQ.
 #pragma once
 
-#include <CLI/App.hpp>
+namespace CLI {
+class App;
+}
 
 /// Adds the subcommand with its own subcommands. When the user asks for one, it runs while the command line
 /// is parsed and leaves its exit code in `exitCode`, which must outlive the parsing.
