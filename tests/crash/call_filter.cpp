@@ -12,6 +12,7 @@
 #include <sys/user.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <cstring>
@@ -21,14 +22,18 @@ namespace {
 
 constexpr int kNone = -1;
 
+// Which arguments make a call one of its row.
+enum class Match { kAnyBit, kNoBit, kEqual };
+
 struct CallRow {
     int number;
     const char* name;
     int descriptor;  // index of the argument: of the file itself, or of the folder that the path begins at
     int path;        // index of the argument, or kNone: the descriptor is the file
     int length;      // index of the argument, or kNone
-    int flags;  // index of an argument without one of these bits of which the call changes nothing, or kNone
+    int flags;       // index of the argument that must match, or kNone: every call is of the row
     std::uint32_t bits = 0;
+    Match match = Match::kAnyBit;
 };
 
 constexpr std::uint32_t kMakesOrEmpties = O_CREAT | O_TRUNC;
@@ -68,8 +73,40 @@ constexpr CallRow kCalls[] = {
     {SYS_mmap, "mmap", 4, kNone, kNone, 3, MAP_SHARED},
 };
 
-// Calls that change no file: what they do is over with the process, locks included.
+// Calls that change no file, and whose failure a load can notice.
+constexpr CallRow kLooks[] = {
+    {SYS_read, "read", 0, kNone, kNone, kNone},
+    {SYS_pread64, "pread64", 0, kNone, kNone, kNone},
+    {SYS_readv, "readv", 0, kNone, kNone, kNone},
+    {SYS_preadv, "preadv", 0, kNone, kNone, kNone},
+    {SYS_open, "open", kNone, 0, kNone, 1, kMakesOrEmpties, Match::kNoBit},
+    {SYS_openat, "openat", 0, 1, kNone, 2, kMakesOrEmpties, Match::kNoBit},
+    {SYS_close, "close", 0, kNone, kNone, kNone},
+    {SYS_lseek, "lseek", 0, kNone, kNone, kNone},
+    {SYS_access, "access", kNone, 0, kNone, kNone},
+    {SYS_faccessat, "faccessat", 0, 1, kNone, kNone},
+    {SYS_faccessat2, "faccessat2", 0, 1, kNone, kNone},
+    {SYS_stat, "stat", kNone, 0, kNone, kNone},
+    {SYS_fstat, "fstat", 0, kNone, kNone, kNone},
+    {SYS_lstat, "lstat", kNone, 0, kNone, kNone},
+    {SYS_newfstatat, "newfstatat", 0, 1, kNone, kNone},
+    {SYS_statx, "statx", 0, 1, kNone, kNone},
+    {SYS_readlink, "readlink", kNone, 0, kNone, kNone},
+    {SYS_readlinkat, "readlinkat", 0, 1, kNone, kNone},
+    {SYS_getdents64, "getdents64", 0, kNone, kNone, kNone},
+    {SYS_flock, "flock", 0, kNone, kNone, kNone},
+    {SYS_fcntl, "fcntl F_SETLK", 0, kNone, kNone, 1, F_SETLK, Match::kEqual},
+    {SYS_fcntl, "fcntl F_SETLKW", 0, kNone, kNone, 1, F_SETLKW, Match::kEqual},
+    {SYS_fcntl, "fcntl F_GETLK", 0, kNone, kNone, 1, F_GETLK, Match::kEqual},
+    {SYS_fcntl, "fcntl F_OFD_SETLK", 0, kNone, kNone, 1, F_OFD_SETLK, Match::kEqual},
+};
+
+// Calls that change no file: what they do is over with the process, locks included. Those above that are here
+// again change nothing with other arguments, or only look.
 constexpr int kHarmlessCalls[] = {
+    SYS_open,
+    SYS_openat,
+    SYS_mmap,
     SYS_read,
     SYS_pread64,
     SYS_readv,
@@ -173,6 +210,43 @@ std::uint32_t ArgumentOffset(int index) {
                                       static_cast<std::size_t>(index) * sizeof(std::uint64_t));
 }
 
+// Lets the filter stop at the calls of the row.
+void AppendRow(std::vector<sock_filter>& program, const CallRow& row) {
+    const auto number = static_cast<std::uint32_t>(row.number);
+    if (row.flags == kNone) {
+        program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1));
+        program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
+        return;
+    }
+    const int test = row.match == Match::kEqual ? BPF_JEQ : BPF_JSET;
+    const bool wanted = row.match != Match::kNoBit;
+    program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 4));
+    program.push_back(Statement(BPF_LD | BPF_W | BPF_ABS, ArgumentOffset(row.flags)));
+    program.push_back(Jump(BPF_JMP | test | BPF_K, row.bits, wanted ? 0 : 1, wanted ? 1 : 0));
+    program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
+    program.push_back(Statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)));
+}
+
+// The same question as the filter's, of a call at which it stopped.
+bool IsOfRow(const CallRow& row, std::uint64_t number, const std::uint64_t* arguments) {
+    if (static_cast<std::uint64_t>(row.number) != number) return false;
+    if (row.flags == kNone) return true;
+    const auto argument = static_cast<std::uint32_t>(arguments[row.flags]);
+    switch (row.match) {
+        case Match::kAnyBit: return (argument & row.bits) != 0;
+        case Match::kNoBit: return (argument & row.bits) == 0;
+        case Match::kEqual: return argument == row.bits;
+    }
+    return false;
+}
+
+template <std::size_t Count>
+const CallRow* FindRow(const CallRow (&rows)[Count], std::uint64_t number, const std::uint64_t* arguments) {
+    const CallRow* const row =
+        std::find_if(rows, rows + Count, [&](const CallRow& one) { return IsOfRow(one, number, arguments); });
+    return row == rows + Count ? nullptr : row;
+}
+
 // A link in /proc, or an empty string.
 std::string ReadLink(pid_t thread, const std::string& name) {
     char target[PATH_MAX];
@@ -202,28 +276,21 @@ bool ReadText(pid_t thread, std::uint64_t address, std::string& text) {
 
 }  // namespace
 
-bool StopAtStateCalls() {
+bool StopAtStateCalls(bool alsoLooks) {
     std::vector<sock_filter> program = {
         Statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, arch)),
         Jump(BPF_JMP | BPF_JEQ | BPF_K, AUDIT_ARCH_X86_64, 1, 0),
         Statement(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
         Statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
     };
+    for (const CallRow& row : kCalls)
+        AppendRow(program, row);
+    if (alsoLooks) {
+        for (const CallRow& row : kLooks)
+            AppendRow(program, row);
+    }
     for (const int harmless : kHarmlessCalls) {
         program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(harmless), 0, 1));
-        program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    }
-    for (const CallRow& row : kCalls) {
-        const auto number = static_cast<std::uint32_t>(row.number);
-        if (row.flags == kNone) {
-            program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1));
-            program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
-            continue;
-        }
-        program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 4));
-        program.push_back(Statement(BPF_LD | BPF_W | BPF_ABS, ArgumentOffset(row.flags)));
-        program.push_back(Jump(BPF_JMP | BPF_JSET | BPF_K, row.bits, 0, 1));
-        program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
         program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
     }
     program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
@@ -239,22 +306,28 @@ bool ReadStateCall(pid_t thread, StateCall& call) {
         return false;
     }
     const auto& seccomp = information.seccomp;
-    for (const CallRow& row : kCalls) {
-        if (static_cast<std::uint64_t>(row.number) != seccomp.nr) continue;
-        call.name = row.name;
-        call.length = row.length == kNone ? 0 : seccomp.args[row.length];
-        const int descriptor =
-            row.descriptor == kNone ? AT_FDCWD : static_cast<int>(seccomp.args[row.descriptor]);
-        if (row.path != kNone && !ReadText(thread, seccomp.args[row.path], call.path)) return false;
-        if (!call.path.empty() && call.path.front() == '/') return true;
-        const std::string begin =
-            ReadLink(thread, descriptor == AT_FDCWD ? "cwd" : "fd/" + std::to_string(descriptor));
-        call.path = call.path.empty() ? begin : begin + "/" + call.path;
-        call.isKnown = row.number != SYS_mmap || begin.empty();
+    const CallRow* row = FindRow(kCalls, seccomp.nr, seccomp.args);
+    if (row == nullptr) {
+        row = FindRow(kLooks, seccomp.nr, seccomp.args);
+        call.looks = row != nullptr;
+    }
+    if (row == nullptr) {
+        call.name = "number " + std::to_string(seccomp.nr);
+        call.isKnown = false;
         return true;
     }
-    call.name = "number " + std::to_string(seccomp.nr);
-    call.isKnown = false;
+    call.name = row->name;
+    call.length = row->length == kNone ? 0 : seccomp.args[row->length];
+    // A descriptor that cannot be closed is closed all the same.
+    call.failsWhenDone = row->number == SYS_close;
+    const int descriptor =
+        row->descriptor == kNone ? AT_FDCWD : static_cast<int>(seccomp.args[row->descriptor]);
+    if (row->path != kNone && !ReadText(thread, seccomp.args[row->path], call.path)) return false;
+    if (!call.path.empty() && call.path.front() == '/') return true;
+    const std::string begin =
+        ReadLink(thread, descriptor == AT_FDCWD ? "cwd" : "fd/" + std::to_string(descriptor));
+    call.path = call.path.empty() ? begin : begin + "/" + call.path;
+    call.isKnown = row->number != SYS_mmap || begin.empty();
     return true;
 }
 
@@ -262,6 +335,13 @@ bool CutWrite(pid_t thread, std::uint64_t length) {
     user_regs_struct registers = {};
     if (ptrace(PTRACE_GETREGS, thread, nullptr, &registers) != 0) return false;
     registers.rdx = length;
+    return ptrace(PTRACE_SETREGS, thread, nullptr, &registers) == 0;
+}
+
+bool FailDoneCall(pid_t thread, int error) {
+    user_regs_struct registers = {};
+    if (ptrace(PTRACE_GETREGS, thread, nullptr, &registers) != 0) return false;
+    registers.rax = static_cast<unsigned long long>(-static_cast<long long>(error));
     return ptrace(PTRACE_SETREGS, thread, nullptr, &registers) == 0;
 }
 

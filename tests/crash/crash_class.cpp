@@ -16,6 +16,7 @@ const Series kStoreCalls = {"store-before", "store-after"};
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
 // Nobody is killed: a call fails once, or all calls on one file from then on.
 const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
+const Series kFailedLooks = {"look-eio", "look-eio-on"};
 // The second life of a load that nothing disturbs finds the queue empty. MQINQ is no call of the module.
 const Series kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
@@ -69,6 +70,13 @@ const std::vector<CrashClass>& CrashClasses() {
          true, 24, 5, kCommand, "life1-MQGET-before-18", 1000, kFailedCalls, 4},
         {"sqlite-replay-fails", "the same into SQLite", kSqlite, true, 24, 5, kCommand,
          "life1-MQGET-before-18", 1000, kFailedCalls, 4},
+        {"file-reads-fail", "into a file with a log, a call that only looks at one of the load's files fails",
+         kFile, true, 24, 5, kCommand, "", 0, kFailedLooks, 4},
+        {"sqlite-reads-fail", "the same into SQLite", kSqlite, true, 24, 5, kCommand, "", 0, kFailedLooks, 4},
+        {"replay-reads-fail", "into a file, in a restart with checkpoints in the middle of its replay", kFile,
+         true, 24, 5, kCommand, "life1-MQGET-before-18", 1000, kFailedLooks, 4},
+        {"sqlite-replay-reads-fail", "the same into SQLite", kSqlite, true, 24, 5, kCommand,
+         "life1-MQGET-before-18", 1000, kFailedLooks, 4},
         {"file-pairs", "killed twice: again in the restart", kFile, true, 12, 4, kCommand, "", 0, kPairs, 12},
         {"sqlite-pairs",
          "the same into SQLite",

@@ -42,6 +42,8 @@ bool ParseDeath(std::string text, Death& death) {
         death.scope = DeathScope::kOwn;
     } else if (TakeWord(text, "store-")) {
         death.scope = DeathScope::kStore;
+    } else if (TakeWord(text, "look-")) {
+        death.scope = DeathScope::kLook;
     } else {
         std::uint64_t life = 0;
         if (!TakeWord(text, "life") || !TakeNumber(text, life) || !TakeWord(text, "-")) return false;
@@ -84,6 +86,7 @@ std::string DescribeDeath(const Death& death) {
     switch (death.scope) {
         case DeathScope::kOwn: text = "own"; break;
         case DeathScope::kStore: text = "store"; break;
+        case DeathScope::kLook: text = "look"; break;
         case DeathScope::kMqi: text = "life" + std::to_string(death.life) + "-" + death.verb; break;
     }
     for (const MomentName& row : kMomentNames) {

@@ -8,8 +8,9 @@
 
 /// Whose calls are counted.
 enum class DeathScope {
-    kOwn,    ///< system calls on the load's own files
+    kOwn,    ///< system calls that change the load's own files
     kStore,  ///< system calls on the queue manager's files: a death of the queue manager's agent
+    kLook,   ///< system calls that only look at the load's own files: counted when a death asks for them
     kMqi,    ///< calls of an MQI verb, by the stand-in's fault plan
 };
 
@@ -20,7 +21,7 @@ enum class DeathMoment {
     kCutToHalf,
     kCutByOne,  ///< a write that lacks its last byte
     kEio,       ///< nobody dies: the call fails with EIO
-    kEioOn,     ///< and so does every later one that changes the same file
+    kEioOn,     ///< and so does every later one of the scope on the same file
     kNoSpace,   ///< the same with ENOSPC
     kNoSpaceOn,
 };
@@ -39,7 +40,7 @@ struct Death {
 [[nodiscard]] int ErrorAt(DeathMoment moment);
 [[nodiscard]] bool GoesOnFailing(DeathMoment moment);
 
-/// "own-before-17", "own-cut-to-half-3", "own-eio-on-5", "life2-MQGET-after-1"
+/// "own-before-17", "own-cut-to-half-3", "look-eio-on-5", "life2-MQGET-after-1"
 [[nodiscard]] std::string DescribeDeath(const Death& death);
 /// The deaths joined by "+".
 [[nodiscard]] std::string DescribePoint(const std::vector<Death>& deaths);

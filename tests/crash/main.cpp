@@ -141,10 +141,10 @@ std::uint64_t RunAll(const Options& options) {
         }
     });
     ClassTally sum;
-    std::printf("%-16s %8s %8s\n", "class", "points", "failures");
+    std::printf("%-24s %8s %8s\n", "class", "points", "failures");
     for (const CrashClass* one : options.classes) {
         const ClassTally& tally = Tallies().at(one->name);
-        std::printf("%-16s %8llu %8llu   %s\n", one->name, static_cast<unsigned long long>(tally.points),
+        std::printf("%-24s %8llu %8llu   %s\n", one->name, static_cast<unsigned long long>(tally.points),
                     static_cast<unsigned long long>(tally.failures), one->what);
         sum.points += tally.points;
         sum.failures += tally.failures;
@@ -163,7 +163,7 @@ int main(int count, char** arguments) {
     Options options = ReadOptions(count, arguments);
     if (options.lists) {
         for (const CrashClass& one : CrashClasses())
-            std::printf("%-16s %s\n", one.name, one.what);
+            std::printf("%-24s %s\n", one.name, one.what);
         return 0;
     }
     options.pool.workFolder = MakeWorkFolder();

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <set>
 
 #include "tests/crash/call_filter.h"
 
@@ -20,7 +21,7 @@ namespace {
 
 constexpr std::uint64_t kShortestCutWrite = 5;
 
-enum class Tracing { kNone, kProcesses, kCalls };
+enum class Tracing { kNone, kProcesses, kCalls, kCallsAndLooks };
 
 struct Trace {
     const ProgramOrder& order;
@@ -30,7 +31,8 @@ struct Trace {
     int programs = 0;        // started: the command first, then each life's worker
     pid_t awaitingExit = 0;  // the thread inside the call after which to kill
     TracedEnd end = {};
-    std::string failingPath = {};  // of the file whose calls go on failing
+    std::string failingPath = {};        // of the file whose calls go on failing
+    std::set<pid_t> failingAtExit = {};  // threads inside a call that fails when it is done
 };
 
 [[noreturn]] void Abort(const char* what) {
@@ -62,7 +64,8 @@ void BecomeProgram(const ProgramOrder& order, Tracing tracing) {
         if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(126);
         raise(SIGSTOP);
     }
-    if (tracing == Tracing::kCalls && !StopAtStateCalls()) _exit(126);
+    const bool alsoLooks = tracing == Tracing::kCallsAndLooks;
+    if ((tracing == Tracing::kCalls || alsoLooks) && !StopAtStateCalls(alsoLooks)) _exit(126);
     execv(arguments[0], arguments.data());
     _exit(127);
 }
@@ -107,11 +110,18 @@ bool IsInside(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
 }
 
-void MakeFail(Trace& trace, pid_t thread, const std::string& path) {
+// Returns false when the thread is not to be resumed.
+bool MakeFail(Trace& trace, pid_t thread, const StateCall& call) {
     const DeathMoment moment = trace.death->moment;
-    if (!FailCall(thread, ErrorAt(moment))) Abort("a call cannot be made to fail");
     trace.end.came = true;
-    if (GoesOnFailing(moment)) trace.failingPath = path;
+    if (GoesOnFailing(moment)) trace.failingPath = call.path;
+    if (!call.failsWhenDone) {
+        if (!FailCall(thread, ErrorAt(moment))) Abort("a call cannot be made to fail");
+        return true;
+    }
+    trace.failingAtExit.insert(thread);
+    if (ptrace(PTRACE_SYSCALL, thread, nullptr, nullptr) != 0) Abort("resume to the end of a call");
+    return false;
 }
 
 std::string DescribeCall(const Trace& trace, const StateCall& call) {
@@ -123,7 +133,8 @@ std::string DescribeCall(const Trace& trace, const StateCall& call) {
     return text;
 }
 
-// At the entry of a call that changes state. Returns false when the thread is not to be resumed.
+// At the entry of a call that changes state or looks at it. Returns false when the thread is not to be
+// resumed.
 bool CountCall(Trace& trace, pid_t thread) {
     StateCall call;
     // A thread that somebody killed meanwhile cannot be read.
@@ -135,11 +146,9 @@ bool CountCall(Trace& trace, pid_t thread) {
         trace.end.unplanned = "it made the system call " + call.name + ", which nobody has looked at";
     }
     if (!call.isKnown || !isOurs) return true;
-    if (call.path == trace.failingPath) {
-        MakeFail(trace, thread, call.path);
-        return true;
-    }
-    const auto scope = isStore ? DeathScope::kStore : DeathScope::kOwn;
+    if (isStore && call.looks) return true;
+    const auto scope = isStore ? DeathScope::kStore : call.looks ? DeathScope::kLook : DeathScope::kOwn;
+    if (call.path == trace.failingPath && scope == trace.death->scope) return MakeFail(trace, thread, call);
     const auto index = static_cast<std::size_t>(scope);
     const std::uint64_t number = ++trace.end.counts.calls[index];
     if (call.length >= kShortestCutWrite) ++trace.end.counts.writes[index];
@@ -149,10 +158,7 @@ bool CountCall(Trace& trace, pid_t thread) {
     if ((isCut ? trace.end.counts.writes[index] : number) != trace.death->number) return true;
 
     trace.end.where = DescribeCall(trace, call);
-    if (ErrorAt(trace.death->moment) != 0) {
-        MakeFail(trace, thread, call.path);
-        return true;
-    }
+    if (ErrorAt(trace.death->moment) != 0) return MakeFail(trace, thread, call);
     std::uint64_t length = call.length;
     switch (trace.death->moment) {
         case DeathMoment::kBefore: Kill(trace, thread); return false;
@@ -178,7 +184,9 @@ void HandleStop(Trace& trace, pid_t thread, int status) {
         ++trace.programs;
         if (trace.death && trace.death->scope == DeathScope::kMqi) WriteFaultPlan(trace);
     } else if (event == 0 && signal == (SIGTRAP | 0x80)) {
-        if (thread == trace.awaitingExit) {
+        if (trace.failingAtExit.erase(thread) > 0) {
+            if (!FailDoneCall(thread, ErrorAt(trace.death->moment))) Abort("a call cannot be made to fail");
+        } else if (thread == trace.awaitingExit) {
             trace.awaitingExit = 0;
             Kill(trace, thread);
             return;
@@ -203,7 +211,10 @@ int RunProgramToEnd(const ProgramOrder& order) {
 TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death>& death, Victim victim) {
     Trace trace{order, death, victim};
     const bool countsCalls = !death || death->scope != DeathScope::kMqi;
-    trace.command = StartProgram(order, countsCalls ? Tracing::kCalls : Tracing::kProcesses);
+    const bool countsLooks = death && death->scope == DeathScope::kLook;
+    trace.command = StartProgram(order, countsLooks   ? Tracing::kCallsAndLooks
+                                        : countsCalls ? Tracing::kCalls
+                                                      : Tracing::kProcesses);
     int status = 0;
     if (waitpid(trace.command, &status, 0) != trace.command || !WIFSTOPPED(status))
         Abort("the traced program");

@@ -29,8 +29,8 @@ struct ProgramOrder {
 
 /// How many calls there were up to the end or the death: the numbers that a Death of the scope can have.
 struct CallCounts {
-    std::uint64_t calls[2] = {};   ///< by DeathScope: own, store
-    std::uint64_t writes[2] = {};  ///< those of them that can be cut short
+    std::uint64_t calls[3] = {};   ///< by DeathScope: own, store, look
+    std::uint64_t writes[3] = {};  ///< those of them that can be cut short
 };
 
 struct TracedEnd {
