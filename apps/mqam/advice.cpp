@@ -204,8 +204,10 @@ constexpr TextAdvice kTexts[] = {
     {"requested sequence prior to checkpoint file", nullptr,
      "The checkpoint file belongs to a later checkpoint than the position: keep both for analysis."},
     {"empty checkpoint file", nullptr,
-     "The checkpoint file holds no checkpoint: look for MQAMtmp.* beside it before you delete anything."},
+     "No byte of the checkpoint file could be read: it holds no checkpoint, or its disk cannot read it. Look "
+     "for MQAMtmp.* beside it before you delete anything."},
     {"reposition", "fsetpos", "The checkpoint file does not fit the position: keep both for analysis."},
+    {"checkpoint", "fgetpos", "The place in the checkpoint file could not be asked for: check its disk."},
     {"checkpoint", "fwrite", kUseDiskSpace},
     {"checkpoint", "fflush", kUseDiskSpace},
     {"appending last record read", nullptr, kUseDiskSpace},

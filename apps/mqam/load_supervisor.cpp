@@ -177,8 +177,14 @@ WorkerEnd LiveOnce(RestartableTarget& target, const std::vector<std::string>& ar
     const Clock::time_point start = Clock::now();
     WorkerEnd end = RunWorker(arguments);
     NoteProgress(target, retries, Clock::now() - start);
+    const bool saysDone = end.started && !end.killed && end.code == kExitDone;
+    if (saysDone && !retries.isKnown) {
+        TellUser("mqam load: whether the load is done cannot be told: " + target.Failure() + "\n");
+        end.code = kExitTargetFailed;
+        return end;
+    }
     // Somebody else's exit in the worker, a library's: a worker is done when the load is.
-    if (end.code == kExitDone && !IsOver(retries.seen)) end.killed = end.started;
+    if (saysDone && !IsOver(retries.seen)) end.killed = true;
     if (!end.started) {
         TellUser("mqam load: a worker process cannot be started: " + end.reason + "\n");
     } else if (WasKilled(end) && !InterruptCame()) {

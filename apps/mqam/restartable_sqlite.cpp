@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "apps/mqam/platform.h"
+#include "apps/mqam/sqlite_reads.h"
 
 namespace {
 
@@ -35,7 +36,6 @@ constexpr CodeRow kCodes[] = {
     {SQLITE_CANTOPEN, true, "check that the file and its folder can be read and written"},
     {SQLITE_READONLY, true, "check that the file and its folder can be written"},
     {SQLITE_PERM, true, "check that the file and its folder can be written"},
-    // Also of a disk that cannot read.
     {SQLITE_CORRUPT, false, "check its disk, and give back an undamaged copy of the database"},
     {SQLITE_NOTADB, false, "name a SQLite database, or give back an undamaged copy of it"},
 };
@@ -130,7 +130,7 @@ bool SqliteTarget::Open() {
     if (database_) return true;
     sqlite3* opened = nullptr;
     const int code = sqlite3_open_v2(settings_.name.file.c_str(), &opened,
-                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, RegisterSqliteReads());
     database_.reset(opened);
     if (code != SQLITE_OK) {
         static_cast<void>(FailTo("it cannot be opened"));

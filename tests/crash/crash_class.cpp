@@ -16,6 +16,7 @@ const Series kStoreCalls = {"store-before", "store-after"};
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
 // Nobody is killed: a call fails once, or all calls on one file from then on.
 const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
+// The same of the calls that only look: no look lacks space.
 const Series kFailedLooks = {"look-eio", "look-eio-on"};
 // The second life of a load that nothing disturbs finds the queue empty. MQINQ is no call of the module.
 const Series kMqiCalls = {

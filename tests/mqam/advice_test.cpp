@@ -70,7 +70,14 @@ TEST(Advice, TextRowsLookAtTheFailingCallToo) {
     const auto seek =
         FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: checkpoint--Failing function: fgetpos--Error "
                          "occured while processing Checkpoint--Reason: Undefined."));
-    EXPECT_TRUE(seek.empty());
+    ASSERT_EQ(seek.size(), 1U);
+    EXPECT_NE(seek[0].find("could not be asked for"), std::string::npos);
+}
+
+TEST(Advice, AFileOfWhichNoByteCameMayBeEmptyOrUnreadable) {
+    const auto advice = FindAdvice(Parse("M/RepositionFile(!ERROR!).  --ERROR: empty checkpoint file."));
+    ASSERT_EQ(advice.size(), 1U);
+    EXPECT_NE(advice[0].find("it holds no checkpoint, or its disk cannot read it"), std::string::npos);
 }
 
 TEST(Advice, APositionThatTheFileCannotBeMovedToIsKnownByItsText) {

@@ -1,0 +1,89 @@
+// A database that the disk cannot read, at each of the reads in turn.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "apps/mqam/restartable_sqlite.h"
+#include "tests/mqam/test_folder.h"
+
+namespace {
+
+int readsUntilFailure;  // 0: none fails
+
+ssize_t ReadOrFail(int descriptor, void* bytes, size_t count, off_t offset) {
+    if (readsUntilFailure > 0 && --readsUntilFailure == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return pread(descriptor, bytes, count, offset);
+}
+
+// Which of the two SQLite calls is a matter of how it was built.
+void ReplaceReads(sqlite3_syscall_ptr replacement) {
+    sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
+    for (const char* name : {"pread", "pread64"})
+        files->xSetSystemCall(files, name, replacement);
+}
+
+class SqliteReads : public testing::Test {
+  protected:
+    void SetUp() override { ReplaceReads(reinterpret_cast<sqlite3_syscall_ptr>(ReadOrFail)); }
+    void TearDown() override {
+        readsUntilFailure = 0;
+        ReplaceReads(nullptr);
+    }
+
+    [[nodiscard]] std::unique_ptr<RestartableTarget> MakeTarget() const {
+        std::string complaint;
+        return MakeSqliteTarget({{path_, "orders"}, false, true}, complaint);
+    }
+
+    void StoreOneRecord() const {
+        const std::unique_ptr<RestartableTarget> target = MakeTarget();
+        RestartState state;
+        state.begun = "2026-01-01T00:00:00Z";
+        ASSERT_TRUE(target->Begin(state)) << target->Failure();
+        ASSERT_TRUE(target->CutBack(state)) << target->Failure();
+        ASSERT_TRUE(target->Put("record", 6)) << target->Failure();
+        state.targetLength = target->Length();
+        ASSERT_TRUE(target->Store(state)) << target->Failure();
+    }
+
+    // A life as far as its first record; returns whether nothing failed.
+    static bool BeginLife(RestartableTarget& target) {
+        std::optional<RestartState> state;
+        return target.LoadState(state) && state && target.CutBack(*state) && target.Put("record", 6) &&
+               target.Store(*state);
+    }
+
+    TestFolder folder_;
+    std::string path_ = folder_.Path("db");
+};
+
+TEST_F(SqliteReads, OneThatFailsIsAFailureOfTheDiskAndNoDamage) {
+    StoreOneRecord();
+    int failures = 0;
+    for (;; ++failures) {
+        ASSERT_LT(failures, 100);
+        const std::unique_ptr<RestartableTarget> target = MakeTarget();
+        readsUntilFailure = failures + 1;
+        const bool began = BeginLife(*target);
+        if (readsUntilFailure > 0) {
+            EXPECT_TRUE(began) << target->Failure();
+            break;
+        }
+        readsUntilFailure = 0;
+        // SQLite does without some.
+        if (began) continue;
+        EXPECT_FALSE(target->Refuses()) << failures;
+        for (const char* words : {"disk I/O error", "; check its disk"}) {
+            EXPECT_NE(target->Failure().find(words), std::string::npos)
+                << failures << ": " << target->Failure();
+        }
+    }
+    EXPECT_GE(failures, 4);
+}
+
+}  // namespace
