@@ -2,27 +2,43 @@
 
 #include <sqlite3.h>
 
+#include <array>
+
 namespace {
+
+// A file begins with a pointer to its methods; `own` comes first, so that they lead back to the system's.
+struct Methods {
+    sqlite3_io_methods own;  // the system's but for reads
+    const sqlite3_io_methods* system;
+};
 
 sqlite3_vfs* systemFiles;
 sqlite3_vfs ownFiles;
-const sqlite3_io_methods* systemMethods;  // of the first file opened
-sqlite3_io_methods ownMethods;            // the same but for reads
+// SQLite has one for the database and one for its journal, which needs no locks.
+std::array<Methods, 4> allMethods;
 
 int ReadHonestly(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
-    const int code = systemMethods->xRead(file, bytes, count, offset);
+    const auto* const methods = reinterpret_cast<const Methods*>(file->pMethods);
+    const int code = methods->system->xRead(file, bytes, count, offset);
     return code == SQLITE_IOERR_CORRUPTFS ? SQLITE_IOERR_READ : code;
+}
+
+// Returns those with `system` behind them, or null when there are too many.
+const Methods* FindMethods(const sqlite3_io_methods* system) {
+    for (Methods& methods : allMethods) {
+        if (methods.system == nullptr) {
+            methods = {*system, system};
+            methods.own.xRead = ReadHonestly;
+        }
+        if (methods.system == system) return &methods;
+    }
+    return nullptr;
 }
 
 int OpenFile(sqlite3_vfs* /*own*/, const char* name, sqlite3_file* file, int flags, int* flagsOut) {
     const int code = systemFiles->xOpen(systemFiles, name, file, flags, flagsOut);
-    if (file->pMethods == nullptr) return code;
-    if (systemMethods == nullptr) {
-        systemMethods = file->pMethods;
-        ownMethods = *systemMethods;
-        ownMethods.xRead = ReadHonestly;
-    }
-    if (file->pMethods == systemMethods) file->pMethods = &ownMethods;
+    const Methods* const methods = file->pMethods == nullptr ? nullptr : FindMethods(file->pMethods);
+    if (methods != nullptr) file->pMethods = &methods->own;
     return code;
 }
 
