@@ -16,8 +16,8 @@ const Series kStoreCalls = {"store-before", "store-after"};
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
 // Nobody is killed: a call fails once, or all calls on one file from then on.
 const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
-// The same of the calls that only look: no look lacks space.
-const Series kFailedLooks = {"look-eio", "look-eio-on"};
+// The same of the calls that only look, for want of space none fails; and of a file that is lost altogether.
+const Series kFailedLooks = {"look-eio", "look-eio-on", "look-eio-all"};
 // The second life of a load that nothing disturbs finds the queue empty. MQINQ is no call of the module.
 const Series kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",

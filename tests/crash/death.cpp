@@ -12,15 +12,11 @@ struct MomentName {
 };
 // A name in front of one that it begins with.
 constexpr MomentName kMomentNames[] = {
-    {DeathMoment::kBefore, "before"},
-    {DeathMoment::kAfter, "after"},
-    {DeathMoment::kCutToThree, "cut-to-3"},
-    {DeathMoment::kCutToHalf, "cut-to-half"},
-    {DeathMoment::kCutByOne, "cut-by-1"},
-    {DeathMoment::kEioOn, "eio-on"},
-    {DeathMoment::kEio, "eio"},
-    {DeathMoment::kNoSpaceOn, "enospc-on"},
-    {DeathMoment::kNoSpace, "enospc"},
+    {DeathMoment::kBefore, "before"},       {DeathMoment::kAfter, "after"},
+    {DeathMoment::kCutToThree, "cut-to-3"}, {DeathMoment::kCutToHalf, "cut-to-half"},
+    {DeathMoment::kCutByOne, "cut-by-1"},   {DeathMoment::kEioOn, "eio-on"},
+    {DeathMoment::kEioAll, "eio-all"},      {DeathMoment::kEio, "eio"},
+    {DeathMoment::kNoSpaceOn, "enospc-on"}, {DeathMoment::kNoSpace, "enospc"},
 };
 
 bool TakeNumber(std::string& text, std::uint64_t& number) {
@@ -70,7 +66,8 @@ bool IsCut(DeathMoment moment) {
 int ErrorAt(DeathMoment moment) {
     switch (moment) {
         case DeathMoment::kEio:
-        case DeathMoment::kEioOn: return EIO;
+        case DeathMoment::kEioOn:
+        case DeathMoment::kEioAll: return EIO;
         case DeathMoment::kNoSpace:
         case DeathMoment::kNoSpaceOn: return ENOSPC;
         default: return 0;
@@ -78,7 +75,11 @@ int ErrorAt(DeathMoment moment) {
 }
 
 bool GoesOnFailing(DeathMoment moment) {
-    return moment == DeathMoment::kEioOn || moment == DeathMoment::kNoSpaceOn;
+    return moment == DeathMoment::kEioOn || moment == DeathMoment::kNoSpaceOn || FailsEveryScope(moment);
+}
+
+bool FailsEveryScope(DeathMoment moment) {
+    return moment == DeathMoment::kEioAll;
 }
 
 std::string DescribeDeath(const Death& death) {

@@ -22,7 +22,8 @@ enum class DeathMoment {
     kCutByOne,  ///< a write that lacks its last byte
     kEio,       ///< nobody dies: the call fails with EIO
     kEioOn,     ///< and so does every later one of the scope on the same file
-    kNoSpace,   ///< the same with ENOSPC
+    kEioAll,    ///< kLook: and so does every later one on the same file, those that change it too
+    kNoSpace,   ///< the first two of these with ENOSPC
     kNoSpaceOn,
 };
 
@@ -39,6 +40,7 @@ struct Death {
 /// What a call fails with at this moment; 0 when it is a death.
 [[nodiscard]] int ErrorAt(DeathMoment moment);
 [[nodiscard]] bool GoesOnFailing(DeathMoment moment);
+[[nodiscard]] bool FailsEveryScope(DeathMoment moment);
 
 /// "own-before-17", "own-cut-to-half-3", "look-eio-on-5", "life2-MQGET-after-1"
 [[nodiscard]] std::string DescribeDeath(const Death& death);

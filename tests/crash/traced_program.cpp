@@ -148,7 +148,10 @@ bool CountCall(Trace& trace, pid_t thread) {
     if (!call.isKnown || !isOurs) return true;
     if (isStore && call.looks) return true;
     const auto scope = isStore ? DeathScope::kStore : call.looks ? DeathScope::kLook : DeathScope::kOwn;
-    if (call.path == trace.failingPath && scope == trace.death->scope) return MakeFail(trace, thread, call);
+    if (call.path == trace.failingPath &&
+        (scope == trace.death->scope || FailsEveryScope(trace.death->moment))) {
+        return MakeFail(trace, thread, call);
+    }
     const auto index = static_cast<std::size_t>(scope);
     const std::uint64_t number = ++trace.end.counts.calls[index];
     if (call.length >= kShortestCutWrite) ++trace.end.counts.writes[index];
