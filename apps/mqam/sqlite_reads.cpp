@@ -2,9 +2,13 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 
 namespace {
+
+// Of both structures: a newer SQLite may have more methods behind those that are copied.
+constexpr int kVersionCopied = 3;
 
 // A file begins with a pointer to its methods; `own` comes first, so that they lead back to the system's.
 struct Methods {
@@ -29,6 +33,7 @@ const Methods* FindMethods(const sqlite3_io_methods* system) {
         if (methods.system == nullptr) {
             methods = {*system, system};
             methods.own.xRead = ReadHonestly;
+            methods.own.iVersion = std::min(system->iVersion, kVersionCopied);
         }
         if (methods.system == system) return &methods;
     }
@@ -46,6 +51,7 @@ bool RegisterFiles() {
     systemFiles = sqlite3_vfs_find(nullptr);
     if (systemFiles == nullptr) return false;
     ownFiles = *systemFiles;
+    ownFiles.iVersion = std::min(systemFiles->iVersion, kVersionCopied);
     ownFiles.zName = "mqam";
     ownFiles.pNext = nullptr;
     ownFiles.xOpen = OpenFile;
