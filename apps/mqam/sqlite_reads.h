@@ -2,6 +2,6 @@
 // were damaged. Databases opened over these files have an I/O error instead, with the system's reason.
 #pragma once
 
-/// Makes the files known to SQLite, once in a process. Returns the name of the VFS to open a database with, or
-/// null when SQLite refuses: its own files are then used.
+/// Makes the files known to SQLite, once in a process. Returns the name of the VFS to open a database with,
+/// or null when SQLite refuses: its own files are then used.
 [[nodiscard]] const char* RegisterSqliteReads();
