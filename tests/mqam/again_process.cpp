@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include "apps/mqam/worker_process.h"
+
 namespace {
 
 constexpr char kVariable[] = "MQAM_TEST_PART";
@@ -30,4 +32,14 @@ std::string ThisProgram() {
 std::vector<std::string> ArgumentsForThisTest() {
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     return {std::string("--gtest_filter=") + test->test_suite_name() + "." + test->name()};
+}
+
+void MakeThisTestTheWorker(const std::string& part) {
+    std::vector<std::string> words = ArgumentsForThisTest();
+    words.insert(words.begin(), ThisProgram());
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    KeepArguments(static_cast<int>(arguments.size()), arguments.data());
+    GiveOutPart(part);
 }

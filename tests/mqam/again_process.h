@@ -14,3 +14,6 @@ void GiveOutPart(const std::string& part);
 /// Path and arguments with which this very test is started again.
 [[nodiscard]] std::string ThisProgram();
 [[nodiscard]] std::vector<std::string> ArgumentsForThisTest();
+
+/// From now on a worker that RunWorker starts is this very test, and plays `part`.
+void MakeThisTestTheWorker(const std::string& part);

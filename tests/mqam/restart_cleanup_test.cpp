@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "apps/mqam/finished_load.h"
+#include "tests/mqam/empty_target.h"
 #include "tests/mqam/test_folder.h"
 
 namespace {
@@ -12,36 +13,22 @@ namespace {
 namespace fs = std::filesystem;
 
 // Stores nothing, and fails from a number of states on.
-class NotingTarget : public RestartableTarget {
+class NotingTarget : public EmptyTarget {
   public:
     explicit NotingTarget(std::string watched) : watched_(std::move(watched)) {}
 
-    [[nodiscard]] bool LoadState(std::optional<RestartState>& /*state*/) override { return true; }
-    [[nodiscard]] bool IsOccupied() override { return true; }
-    [[nodiscard]] bool Begin(RestartState& /*state*/) override { return true; }
-    [[nodiscard]] bool CutBack(const RestartState& /*state*/) override { return true; }
-    [[nodiscard]] bool Put(const char* /*record*/, std::size_t /*length*/) override { return true; }
-    [[nodiscard]] std::uint64_t Length() const override { return 0; }
-    [[nodiscard]] bool Store(const RestartState& state) override { return StoreEnd(state); }
     [[nodiscard]] bool StoreEnd(const RestartState& state) override {
         if (statesUntilFailure_-- == 0) return Fail("no room");
         notes_ += state.phase == LoadPhase::kFinished ? "finished" : "complete";
         notes_ += fs::exists(watched_) ? " with file\n" : " without file\n";
         return true;
     }
-    [[nodiscard]] const std::string& Name() const override { return name_; }
-    [[nodiscard]] std::string Format() const override { return "lines"; }
-    [[nodiscard]] const std::string& StateName() const override { return name_; }
-    [[nodiscard]] std::string CommandLock() const override { return ""; }
-    [[nodiscard]] std::string LifeLock() const override { return ""; }
-    [[nodiscard]] std::vector<NamedFile> Files() const override { return {}; }
 
     void FailBehind(int states) { statesUntilFailure_ = states; }
     [[nodiscard]] const std::string& Notes() const { return notes_; }
 
   private:
     std::string watched_;
-    std::string name_ = "noting";
     std::string notes_;
     int statesUntilFailure_ = -1;
 };

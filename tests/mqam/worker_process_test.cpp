@@ -23,13 +23,7 @@ constexpr int kAsExpected = 42;
 constexpr int kNotAsExpected = 43;
 
 WorkerEnd RunThisTestAsWorker(const std::string& part, const std::vector<std::string>& more = {}) {
-    std::vector<std::string> words = ArgumentsForThisTest();
-    words.insert(words.begin(), ThisProgram());
-    std::vector<char*> arguments;
-    for (std::string& word : words)
-        arguments.push_back(word.data());
-    KeepArguments(static_cast<int>(arguments.size()), arguments.data());
-    GiveOutPart(part);
+    MakeThisTestTheWorker(part);
     const WorkerEnd end = RunWorker(more);
     GiveOutPart("");
     return end;
