@@ -31,7 +31,7 @@ CheckpointLook LookAtCheckpoint(const std::string& path) {
 
 std::string LeftTemporaryFile() {
     for (const auto& entry : std::filesystem::directory_iterator(".")) {
-        const std::string name = entry.path().filename().string();
+        std::string name = entry.path().filename().string();
         if (name.rfind("MQAMtmp.", 0) == 0) return name;
     }
     return "";

@@ -129,7 +129,7 @@ class MqiFailure : public testing::TestWithParam<MqiFailureCase> {
     /// While no other load is there: one queue manager answers at a time.
     static void SetUpTestSuite() { (void)CallsWithoutFailure(); }
 
-    void CheckReturn(const std::string& request, const Outcome& outcome) {
+    void CheckReturn(const std::string& request, const Outcome& outcome) const {
         const Expected expected = ExpectedOf(GetParam(), load.queueManager.LengthFound());
         // The empty queue has nothing for a read that waits on.
         const bool ends = GetParam().fault.reason == 2033 && GetParam().when == When::EmptyQueue;

@@ -46,7 +46,7 @@ class QueueManagerDouble {
     void EndProcess();
 
     /// Whether a fault has struck that call.
-    [[nodiscard]] bool HasStruck(Verb verb, int nth) const { return struck_.count({verb, nth}) != 0; }
+    [[nodiscard]] bool HasStruck(Verb verb, int nth) const { return struck_.contains({verb, nth}); }
     [[nodiscard]] MQLONG LengthFound() const { return lengthFound_; }  ///< by the MQGET that was struck last
     [[nodiscard]] std::vector<std::string> Left() const;               ///< messages that are not committed
 

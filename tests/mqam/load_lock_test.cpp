@@ -1,5 +1,6 @@
 #include "apps/mqam/load_lock.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>

@@ -22,10 +22,10 @@ class RestartDamageTest : public testing::Test {
         state_.lastRecordDigest = DigestOf(kRecords.front().data(), kRecords.front().size());
     }
 
-    StartDecision DecideOn(const std::string& bytes) {
+    [[nodiscard]] StartDecision DecideOn(const std::string& bytes) const {
         const std::string& path = state_.checkpointFile;
         WriteBytesTo(path, bytes);
-        const StartDecision decision =
+        StartDecision decision =
             DecideStart(path, state_.position, InspectForStart(path, {}, kMaxRecordBytes), {});
         EXPECT_NE(decision.reason, "");
         return decision;

@@ -1,5 +1,6 @@
 #include "apps/mqam/restart_file.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>

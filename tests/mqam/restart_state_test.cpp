@@ -1,5 +1,6 @@
 #include "apps/mqam/restart_state.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -419,7 +419,7 @@ TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
     const std::string good = "RWAIT 7\nTDM no\n";
     const auto check = [this](const std::string& bytes) {
         std::ofstream(Path("parm"), std::ios::binary) << bytes;
-        const ProgramResult result =
+        ProgramResult result =
             RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--parmfile", Path("parm")},
                        folder_.Root());
         EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 2) << result.exitCode << " " << bytes;
@@ -442,7 +442,7 @@ TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
         turned[bit / 8] = static_cast<char>(turned[bit / 8] ^ (1 << bit % 8));
         // A keyword that the change has made another name is never taken for the one before.
         const ProgramResult result = check(turned);
-        if (bit < 5 * 8 && bit % 8 != 5) {
+        if (bit / 8 < 5 && bit % 8 != 5) {
             EXPECT_FALSE(Contains(result.standardOutput, "\nMQ read wait interval           7\n")) << turned;
         }
     }

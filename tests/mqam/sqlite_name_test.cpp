@@ -1,5 +1,6 @@
 #include "apps/mqam/sqlite_name.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {

@@ -24,7 +24,7 @@ constexpr int kNotAsExpected = 43;
 
 WorkerEnd RunThisTestAsWorker(const std::string& part, const std::vector<std::string>& more = {}) {
     MakeThisTestTheWorker(part);
-    const WorkerEnd end = RunWorker(more);
+    WorkerEnd end = RunWorker(more);
     GiveOutPart("");
     return end;
 }

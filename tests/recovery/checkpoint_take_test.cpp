@@ -189,7 +189,7 @@ TEST_F(CheckpointTake, AllPositionsStandInTheSameBlock) {
     const PositionOutcome second = GetPos();
     EXPECT_EQ(address(first), address(second));
     const PositionData* block = nullptr;
-    std::memcpy(&block, address(second).data(), sizeof block);
+    std::memcpy(&block, address(second).data(), sizeof(const PositionData*));
     EXPECT_TRUE(Is(*block, 2, 0, 0));
     // Going back gives the block the sequence of the file.
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);

@@ -37,7 +37,7 @@ std::string RestartedLoad::Finish() {
 bool RestartedLoad::PrepareFiles(bool& goBack) {
     RestartFiles files = LookAtRestartFiles();
     const std::vector<std::string> temporary = TemporaryFiles(files);
-    if (files.count(kCheckpointFile) == 0 && stored) {
+    if (!files.contains(kCheckpointFile) && stored) {
         if (temporary.empty()) {
             failure_ = "a position is stored, and no checkpoint file is there";
             return false;
@@ -47,7 +47,7 @@ bool RestartedLoad::PrepareFiles(bool& goBack) {
     for (const std::string& name : temporary)
         files.erase(name);
     goBack = false;
-    if (files.count(kCheckpointFile) != 0) {
+    if (files.contains(kCheckpointFile)) {
         std::string& bytes = files[kCheckpointFile];
         const CheckpointPicture picture = PictureOf(bytes);
         bytes.resize(picture.wholeBytes);

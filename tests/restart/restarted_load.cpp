@@ -155,7 +155,7 @@ void RestartedLoad::ReadOne(GetMeets meets, bool slowly) {
 }
 
 Outcome RestartedLoad::CloseModule() {
-    const Outcome outcome = Close();
+    Outcome outcome = Close();
     running = false;
     return outcome;
 }

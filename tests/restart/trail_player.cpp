@@ -102,7 +102,7 @@ void Trail::PutMessages() {
         const bool isEmpty = ((Defined("EMPTIES", 0) >> number) & 1) != 0;
         if (!isEmpty)
             message.bytes =
-                "message " + std::string(static_cast<std::size_t>(number), 'a' + static_cast<char>(number));
+                "message " + std::string(static_cast<std::size_t>(number), static_cast<char>('a' + number));
         if (number == 1 && !bytesOfMessage1.empty()) message.bytes = bytesOfMessage1;
         if (Defined("NULS", 0) != 0 && number == 1) message.bytes = std::string(9, '\0');
         if (Defined("ALIKE", 0) != 0 && number == 2) message.bytes = queue.messages[1].bytes.substr(0, 7);

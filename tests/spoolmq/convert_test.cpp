@@ -96,10 +96,11 @@ TEST_F(ConvertTest, The1200CharacterSetHasTheByteOrderOfTheEncoding) {
 }
 
 TEST_F(ConvertTest, DataAlreadyAsWantedIsGivenAsItIsWhateverItsFormat) {
-    PutText("\xFF\x00", 819, "        ");
+    const std::string body("\xFF\0x", 3);
+    PutText(body, 819, "        ");
     const Got got = GetAs(819);
     EXPECT_EQ(kDone, got.codes);
-    EXPECT_EQ("\xFF", got.body.substr(0, 1));
+    EXPECT_EQ(body, got.body);
     ExpectTaken();
 }
 

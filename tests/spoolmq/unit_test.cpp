@@ -16,8 +16,8 @@ class UnitTest : public SpoolTest {
         for (const std::string& body : bodies)
             ASSERT_EQ(kDone, Put(connection_, object_, body));
     }
-    Got GetOne(MQLONG options) { return Get(connection_, object_, options); }
-    Got GetOther(MQLONG options) { return Get(other_, otherObject_, options); }
+    [[nodiscard]] Got GetOne(MQLONG options) const { return Get(connection_, object_, options); }
+    [[nodiscard]] Got GetOther(MQLONG options) const { return Get(other_, otherObject_, options); }
 
     MQHCONN other_ = -1;
     MQHOBJ otherObject_ = -1;

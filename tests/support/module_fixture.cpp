@@ -8,7 +8,7 @@ namespace {
 /// and it is never unloaded, so each later load takes a copy of its own.
 std::string ModuleFile() {
     static int loads = 0;
-    const std::string built = ModulePath();
+    std::string built = ModulePath();
     if (loads++ == 0) return built;
     const std::string name =
         "copy" + std::to_string(loads) + "_" + std::filesystem::path(built).filename().string();
