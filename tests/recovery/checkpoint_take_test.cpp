@@ -189,7 +189,8 @@ TEST_F(CheckpointTake, AllPositionsStandInTheSameBlock) {
     const PositionOutcome second = GetPos();
     EXPECT_EQ(address(first), address(second));
     const PositionData* block = nullptr;
-    std::memcpy(&block, address(second).data(), sizeof(const PositionData*));
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the data holds the pointer
+    std::memcpy(&block, address(second).data(), sizeof block);
     EXPECT_TRUE(Is(*block, 2, 0, 0));
     // Going back gives the block the sequence of the file.
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
