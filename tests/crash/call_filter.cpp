@@ -101,36 +101,13 @@ constexpr CallRow kLooks[] = {
     {SYS_fcntl, "fcntl F_OFD_SETLK", 0, kNone, kNone, 1, F_OFD_SETLK, Match::kEqual},
 };
 
-// Calls that change no file: what they do is over with the process, locks included. Those above that are here
-// again change nothing with other arguments, or only look.
+// Other calls that change no file: what they do is over with the process.
 constexpr int kHarmlessCalls[] = {
-    SYS_open,
-    SYS_openat,
-    SYS_mmap,
-    SYS_read,
-    SYS_pread64,
-    SYS_readv,
-    SYS_preadv,
-    SYS_lseek,
-    SYS_close,
-    SYS_access,
-    SYS_faccessat,
-    SYS_faccessat2,
-    SYS_stat,
-    SYS_fstat,
-    SYS_lstat,
-    SYS_newfstatat,
-    SYS_statx,
     SYS_statfs,
     SYS_fstatfs,
-    SYS_readlink,
-    SYS_readlinkat,
-    SYS_getdents64,
     SYS_getcwd,
     SYS_chdir,
     SYS_fadvise64,
-    SYS_flock,
-    SYS_fcntl,
     SYS_ioctl,
     SYS_dup,
     SYS_dup2,
@@ -227,6 +204,12 @@ void AppendRow(std::vector<sock_filter>& program, const CallRow& row) {
     program.push_back(Statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)));
 }
 
+// Lets the filter pass over the call.
+void AppendHarmless(std::vector<sock_filter>& program, int call) {
+    program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1));
+    program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+}
+
 // The same question as the filter's, of a call at which it stopped.
 bool IsOfRow(const CallRow& row, std::uint64_t number, const std::uint64_t* arguments) {
     if (static_cast<std::uint64_t>(row.number) != number) return false;
@@ -289,10 +272,14 @@ bool StopAtStateCalls(bool alsoLooks) {
         for (const CallRow& row : kLooks)
             AppendRow(program, row);
     }
-    for (const int harmless : kHarmlessCalls) {
-        program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(harmless), 0, 1));
-        program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    // With other arguments a call of a row changes nothing.
+    for (const CallRow& row : kCalls) {
+        if (row.flags != kNone) AppendHarmless(program, row.number);
     }
+    for (const CallRow& row : kLooks)
+        AppendHarmless(program, row.number);
+    for (const int harmless : kHarmlessCalls)
+        AppendHarmless(program, harmless);
     program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
     const sock_fprog filter = {static_cast<unsigned short>(program.size()), program.data()};
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
