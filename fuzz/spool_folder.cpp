@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "apps/spoolmq/mqi_server.h"
 #include "fuzz/harness.h"
 #include "fuzz/mqi_block.h"
 #include "fuzz/spool_tree.h"
+#include "spoolmq/base/mqi_server.h"
 
 extern "C" {
 void MQCONN(MQCHAR* QMgrName, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);

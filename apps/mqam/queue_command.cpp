@@ -11,7 +11,7 @@
 #include "apps/mqam/progress.h"
 #include "apps/mqam/queue_put.h"
 #include "apps/mqam/queue_report.h"
-#include "apps/spoolmq/store_admin.h"
+#include "spoolmq/store/admin.h"
 
 namespace {
 

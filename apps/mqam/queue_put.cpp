@@ -11,8 +11,8 @@
 #include "apps/mqam/order_generator.h"
 #include "apps/mqam/platform.h"
 #include "apps/mqam/progress.h"
-#include "apps/spoolmq/descriptor.h"
-#include "apps/spoolmq/store.h"
+#include "spoolmq/store/descriptor.h"
+#include "spoolmq/store/store.h"
 
 namespace {
 

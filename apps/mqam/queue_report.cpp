@@ -5,9 +5,9 @@
 
 #include "apps/mqam/exit_codes.h"
 #include "apps/mqam/progress.h"
-#include "apps/spoolmq/descriptor.h"
-#include "apps/spoolmq/store.h"
-#include "apps/spoolmq/store_admin.h"
+#include "spoolmq/store/admin.h"
+#include "spoolmq/store/descriptor.h"
+#include "spoolmq/store/store.h"
 
 namespace {
 

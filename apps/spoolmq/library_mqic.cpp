@@ -1,3 +1,0 @@
-#include "library_kind.h"
-
-const bool spoolmq::kIsClientLibrary = true;

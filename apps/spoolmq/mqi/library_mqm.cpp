@@ -1,0 +1,3 @@
+#include "spoolmq/mqi/library_kind.h"
+
+const bool spoolmq::kIsClientLibrary = false;

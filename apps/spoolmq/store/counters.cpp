@@ -1,0 +1,98 @@
+#include "spoolmq/store/counters.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "spoolmq/store/names.h"
+
+namespace spoolmq {
+
+namespace {
+
+constexpr std::size_t kCounterFileBytes = 4096;
+
+// What stands in the files. A fresh file is all zeros, which is the right start of every counter: there is
+// nothing to construct.
+struct QmgrNumbers {
+    std::atomic<std::int64_t> lastStampNs;
+};
+struct QueueNumbers {
+    std::atomic<std::uint64_t> arrivals;
+    std::atomic<std::uint64_t> returns;
+    std::atomic<std::int64_t> lastPublishedNs;
+};
+
+static_assert(std::atomic<std::int64_t>::is_always_lock_free &&
+              std::atomic<std::uint64_t>::is_always_lock_free);
+
+/// Null while the file cannot be touched.
+QmgrNumbers* NumbersOf(const QmgrCounters& counters) {
+    return MakeWhole(counters.file) ? static_cast<QmgrNumbers*>(counters.file.memory) : nullptr;
+}
+QueueNumbers* NumbersOf(const QueueCounters& counters) {
+    return MakeWhole(counters.file) ? static_cast<QueueNumbers*>(counters.file.memory) : nullptr;
+}
+
+}  // namespace
+
+OsStatus MapQmgrCounters(const std::string& path, QmgrCounters* counters) {
+    return MapSharedFile(path, kCounterFileBytes, &counters->file);
+}
+OsStatus MapQueueCounters(const std::string& path, QueueCounters* counters) {
+    return MapSharedFile(path, kCounterFileBytes, &counters->file);
+}
+
+std::int64_t LastStamp(const QmgrCounters& counters) {
+    const QmgrNumbers* numbers = NumbersOf(counters);
+    return numbers != nullptr ? numbers->lastStampNs.load() : 0;
+}
+
+std::int64_t NextStamp(const QmgrCounters& counters) {
+    const std::int64_t now = FileClockNs();
+    QmgrNumbers* numbers = NumbersOf(counters);
+    if (numbers == nullptr) return now;
+    std::int64_t last = numbers->lastStampNs.load();
+    std::int64_t next = 0;
+    do {
+        // A file that holds what was never given out is damaged; the clock goes on from now.
+        next = last < kLatestStampNs ? std::max(now, last + 1) : now;
+    } while (!numbers->lastStampNs.compare_exchange_weak(last, next));
+    return next;
+}
+
+void RaiseStamp(const QmgrCounters& counters, std::int64_t stampNs) {
+    QmgrNumbers* numbers = NumbersOf(counters);
+    if (numbers == nullptr) return;
+    std::int64_t last = numbers->lastStampNs.load();
+    while (last < stampNs && !numbers->lastStampNs.compare_exchange_weak(last, stampNs)) {
+    }
+}
+
+std::uint64_t Arrivals(const QueueCounters& counters) {
+    const QueueNumbers* numbers = NumbersOf(counters);
+    return numbers != nullptr ? numbers->arrivals.load() : 0;
+}
+
+std::uint64_t Returns(const QueueCounters& counters) {
+    const QueueNumbers* numbers = NumbersOf(counters);
+    return numbers != nullptr ? numbers->returns.load() : 0;
+}
+
+void NoteArrival(const QueueCounters& counters, std::int64_t stampNs) {
+    QueueNumbers* numbers = NumbersOf(counters);
+    if (numbers == nullptr) return;
+    std::int64_t last = numbers->lastPublishedNs.load();
+    while (last < stampNs && !numbers->lastPublishedNs.compare_exchange_weak(last, stampNs)) {
+    }
+    if (last > stampNs) numbers->returns.fetch_add(1);
+    numbers->arrivals.fetch_add(1);
+}
+
+void NoteReturn(const QueueCounters& counters) {
+    QueueNumbers* numbers = NumbersOf(counters);
+    if (numbers == nullptr) return;
+    numbers->returns.fetch_add(1);
+    numbers->arrivals.fetch_add(1);
+}
+
+}  // namespace spoolmq

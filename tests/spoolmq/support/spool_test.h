@@ -1,0 +1,56 @@
+// A spool folder of its own for each test, with queue manager QM1 and queue Q.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/spoolmq/support/child_process.h"
+#include "tests/spoolmq/support/mq_client.h"
+
+class SpoolTest : public testing::Test {
+  protected:
+    SpoolTest();
+    ~SpoolTest() override;
+
+    [[nodiscard]] std::string Root() const { return root_.generic_string(); }
+    [[nodiscard]] std::filesystem::path QueuePath() const { return root_ / "QM1" / "Q"; }
+    void SetQmgr(const std::string& attributes) const;   ///< lines of qmgr.ini
+    void SetQueue(const std::string& attributes) const;  ///< lines of .queue.ini
+    void WriteQueueFile(const std::string& name, const std::string& content) const;
+
+    /// Connects and opens Q for shared input, browse, output and inquire.
+    void ConnectAndOpen();
+    /// Everything else of a connection with the same options; its handle is not bound to the thread.
+    void ConnectBeside(MQHCONN* connection, MQHOBJ* object);
+    /// Takes all messages without syncpoint and returns their bodies, each followed by "~" and its back-out
+    /// count if that is not 0.
+    std::vector<std::string> Drain();
+    /// Files that are messages, by name.
+    [[nodiscard]] std::vector<std::string> MessageFiles() const;
+    [[nodiscard]] bool AreUnitsEmpty() const;
+
+    /// Starts spoolmq_actor, which carries out the steps given; see actor.cpp.
+    [[nodiscard]] ChildProcess StartActor(const std::vector<std::string>& steps);
+    /// Runs it to its end and returns its exit code.
+    int RunActor(const std::vector<std::string>& steps);
+    /// Lines that actors have logged, those of one actor in their order.
+    [[nodiscard]] std::vector<std::string> Log() const;
+    /// Removes what they have logged; to be called when none is running.
+    void ForgetLogs();
+    void WaitForLog(const std::string& line) const;
+
+    MQHCONN connection_ = -1;
+    MQHOBJ object_ = -1;
+
+  private:
+    [[nodiscard]] std::filesystem::path LogPath(int actor) const;
+
+    std::filesystem::path root_;
+    int actors_ = 0;
+};
+
+[[nodiscard]] std::string ReadAll(const std::filesystem::path& path);
+void WriteAll(const std::filesystem::path& path, const std::string& content);
