@@ -1,6 +1,6 @@
 // One life of a load that can be restarted: from the restart state and whatever the lives before left on
 // disk, to an end of input, a failure or a request to stop. The numbered rules that its order of calls
-// follows, and the reason for each, are in docs/restart.md.
+// follows, and the reason for each, are in docs/hosts.md.
 //
 // A process lives at most one of them and must then end at once (EndProcessAtOnce), without Shut: the
 // module's state cannot be used a second time, and after a failure neither may be closed what would commit

@@ -1,5 +1,5 @@
 // The requests that the lives of a load make of the module, and in which order, as the module's trace has
-// them: the rules of docs/restart.md that are about calls, seen in the command itself.
+// them: the rules of docs/hosts.md that are about calls, seen in the command itself.
 #include <gtest/gtest.h>
 
 #include <fstream>

@@ -1,4 +1,4 @@
-// The numbered guarantees and limits of docs/restart.md, each shown by a load.
+// The numbered guarantees and limits of docs/hosts.md, each shown by a load.
 #include <gtest/gtest.h>
 
 #include <algorithm>
