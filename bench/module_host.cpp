@@ -35,13 +35,13 @@ void LoadModule(const char* modulePath, const char* mqLibraryPath) {
 
 void StartLoad(const std::string& keywords) {
     InitBlock init = {};
-    init.firstVersion = kFirstInterfaceVersion;
-    init.secondVersion = kSecondInterfaceVersion;
+    init.firstVersion = MQAMOD_FIRST_INTERFACE_VERSION;
+    init.secondVersion = MQAMOD_SECOND_INTERFACE_VERSION;
     init.initStringLength = static_cast<std::int32_t>(keywords.size());
     init.initString = keywords.data();
     Require(pmiPIDMOptInit, "Init", &init);
     OpenBlock open = {};
-    open.openMode = kOpenForReading;
+    open.openMode = MQAMOD_OPEN_FOR_READING;
     Require(pmiPIDMOptOpen, "Open", &open);
 }
 

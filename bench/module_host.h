@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 /// Loads the module, which binds the MQ library given, and ends the process with a message when it cannot.
 void LoadModule(const char* modulePath, const char* mqLibraryPath);

@@ -101,7 +101,7 @@ ReturnCode Call(std::uint32_t option, ExactBlock& data, Outputs outputs) {
 ReturnCode Init(const char* initString, std::int32_t length, std::uint16_t firstVersion) {
     ExactBlock data(HostBytes(sizeof(InitBlock)));
     data.SetField(offsetof(InitBlock, firstVersion), firstVersion);
-    data.SetField(offsetof(InitBlock, secondVersion), kSecondInterfaceVersion);
+    data.SetField(offsetof(InitBlock, secondVersion), MQAMOD_SECOND_INTERFACE_VERSION);
     data.SetField(offsetof(InitBlock, initStringLength), length);
     data.SetField(offsetof(InitBlock, initString), initString);
     return Call(pmiPIDMOptInit, data, {offsetof(InitBlock, clearedByInit), sizeof(InitBlock::clearedByInit)});
@@ -109,9 +109,9 @@ ReturnCode Init(const char* initString, std::int32_t length, std::uint16_t first
 
 ExactBlock AttributeData(const std::string& name, const std::string& value) {
     std::string bytes = HostBytes(offsetof(AttributeBlock, value)) + value;
-    const std::size_t nameBytes = std::min(name.size(), kAttributeNameBytes);
+    const std::size_t nameBytes = std::min<std::size_t>(name.size(), MQAMOD_ATTRIBUTE_NAME_BYTES);
     bytes.replace(offsetof(AttributeBlock, name), nameBytes, name, 0, nameBytes);
-    if (nameBytes < kAttributeNameBytes) bytes[offsetof(AttributeBlock, name) + nameBytes] = '\0';
+    if (nameBytes < MQAMOD_ATTRIBUTE_NAME_BYTES) bytes[offsetof(AttributeBlock, name) + nameBytes] = '\0';
     const auto length = static_cast<std::uint32_t>(value.size());
     std::memcpy(bytes.data() + offsetof(AttributeBlock, valueLength), &length, sizeof length);
     return ExactBlock(bytes);
@@ -127,7 +127,7 @@ ReturnCode HostInit(const std::string& initString, std::uint16_t firstVersion) {
 }
 
 ReturnCode HostInitNowhere(std::int32_t length) {
-    return Init(nullptr, length, kFirstInterfaceVersion);
+    return Init(nullptr, length, MQAMOD_FIRST_INTERFACE_VERSION);
 }
 
 ReturnCode HostOpen(std::int16_t mode, std::uint16_t pathNameLength) {
@@ -165,7 +165,7 @@ Position HostGetPos() {
     const ReturnCode code = Call(pmiPIDMOptGetPos, data, {kFirst, sizeof(PositionBlock) - kFirst});
     const auto* position = data.Field<const char*>(offsetof(PositionBlock, position));
     if (position == nullptr) return {code, std::nullopt};
-    Require(data.Field<std::uint32_t>(kFirst) == kPositionBytes, "a position has its length");
+    Require(data.Field<std::uint32_t>(kFirst) == MQAMOD_POSITION_BYTES, "a position has its length");
     PositionData copy{};
     std::memcpy(&copy, position, sizeof copy);
     return {code, copy};

@@ -8,15 +8,16 @@
 #include <optional>
 #include <string>
 
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
-ReturnCode HostInit(const std::string& initString, std::uint16_t firstVersion = kFirstInterfaceVersion);
+ReturnCode HostInit(const std::string& initString,
+                    std::uint16_t firstVersion = MQAMOD_FIRST_INTERFACE_VERSION);
 
 /// Init with a null pointer and this length, which must not be above 0.
 ReturnCode HostInitNowhere(std::int32_t length);
 
 /// Notes the record bytes that the module asks for.
-ReturnCode HostOpen(std::int16_t mode = kOpenForReading, std::uint16_t pathNameLength = 0);
+ReturnCode HostOpen(std::int16_t mode = MQAMOD_OPEN_FOR_READING, std::uint16_t pathNameLength = 0);
 
 struct Record {
     ReturnCode code;

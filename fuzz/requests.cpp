@@ -70,7 +70,7 @@ void InitFromParts(ByteReader& input) {
 
 void InitFromBytes(ByteReader& input) {
     const std::string initString = input.Bytes(input.Byte());
-    (void)HostInit(initString, initString.size() == 1 ? 1000 : kFirstInterfaceVersion);
+    (void)HostInit(initString, initString.size() == 1 ? 1000 : MQAMOD_FIRST_INTERFACE_VERSION);
 }
 
 void InitNowhere(ByteReader& input) {

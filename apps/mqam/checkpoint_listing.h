@@ -2,12 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/mqam/checkpoint_facts.h"
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 /// Which records to list: so many from the beginning and so many from the end.
 struct ListedRecords {

@@ -2,13 +2,14 @@
 // be the only copy of a record is destroyed: what gives way is kept under another name.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/mqam/checkpoint_facts.h"
 #include "apps/mqam/restart_decision.h"
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 struct RepairStep {
     enum class Kind {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// A request that did not succeed.
 struct ModuleFailure {

@@ -87,7 +87,8 @@ bool TakeCheckpoint(Life& life) {
 
 bool OpenInput(Life& life) {
     std::uint32_t maxRecordBytes = 0;
-    if (life.session.AskOpen(kOpenForReading, maxRecordBytes) != pmrcOK) return FailModule(life, true);
+    if (life.session.AskOpen(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK)
+        return FailModule(life, true);
     PassNotice(life);
     life.buffer.resize(maxRecordBytes);
     if (!life.sink.Open()) return FailTarget(life);

@@ -22,7 +22,7 @@
 #include "apps/mqam/host_log.h"
 #include "apps/mqam/progress.h"
 #include "apps/mqam/sink.h"
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 struct LifeSettings {
     std::string initString;

@@ -7,7 +7,7 @@
 
 #include "apps/mqam/platform.h"
 #include "apps/mqam/sqlite_name.h"
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 namespace {
 
@@ -135,7 +135,7 @@ bool ComposeAttributes(const LoadOptions& options,
                        std::vector<std::pair<std::string, std::string>>& attributes, std::string& complaint) {
     for (const std::string& item : options.attributes) {
         const std::size_t equals = item.find('=');
-        if (equals == std::string::npos || equals == 0 || equals > kAttributeNameBytes) {
+        if (equals == std::string::npos || equals == 0 || equals > MQAMOD_ATTRIBUTE_NAME_BYTES) {
             complaint = "--attribute: '" + item + "' is not of the form NAME=VALUE";
             return false;
         }

@@ -35,8 +35,8 @@ ReturnCode ModuleSession::Ask(std::uint32_t option, const char* name, void* bloc
 
 ReturnCode ModuleSession::AskInit(const std::string& initString) {
     InitBlock block{};
-    block.firstVersion = kFirstInterfaceVersion;
-    block.secondVersion = kSecondInterfaceVersion;
+    block.firstVersion = MQAMOD_FIRST_INTERFACE_VERSION;
+    block.secondVersion = MQAMOD_SECOND_INTERFACE_VERSION;
     block.initStringLength = static_cast<std::int32_t>(initString.size());
     block.initString = initString.c_str();
     return Ask(pmiPIDMOptInit, "Init", &block);
@@ -45,7 +45,7 @@ ReturnCode ModuleSession::AskInit(const std::string& initString) {
 ReturnCode ModuleSession::AskPutAttribute(const std::string& name, std::string_view value) {
     std::vector<char> bytes(offsetof(AttributeBlock, value) + value.size() + 1, '\0');
     std::memcpy(bytes.data() + offsetof(AttributeBlock, name), name.data(),
-                std::min(name.size(), kAttributeNameBytes));
+                std::min<std::size_t>(name.size(), MQAMOD_ATTRIBUTE_NAME_BYTES));
     const auto length = static_cast<std::uint32_t>(value.size());
     std::memcpy(bytes.data() + offsetof(AttributeBlock, valueLength), &length, sizeof length);
     if (!value.empty()) {
@@ -74,15 +74,15 @@ ReturnCode ModuleSession::AskRead(void* buffer, std::uint32_t& length) {
 ReturnCode ModuleSession::AskGetPos(PositionData& position) {
     PositionBlock block{};
     const ReturnCode code = Ask(pmiPIDMOptGetPos, "GetPos", &block);
-    if (code == pmrcOK && block.position != nullptr && block.positionLength == kPositionBytes) {
-        std::memcpy(&position, block.position, kPositionBytes);
+    if (code == pmrcOK && block.position != nullptr && block.positionLength == MQAMOD_POSITION_BYTES) {
+        std::memcpy(&position, block.position, MQAMOD_POSITION_BYTES);
     }
     return code;
 }
 
 ReturnCode ModuleSession::AskSetPos(const PositionData& position) {
     PositionBlock block{};
-    block.positionLength = kPositionBytes;
+    block.positionLength = MQAMOD_POSITION_BYTES;
     block.position = &position;
     return Ask(pmiPIDMOptSetPos, "SetPos", &block);
 }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "apps/mqam/failure_report.h"
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 /// Loads the module.
 ///   path    in   the library; empty = the one beside the running program

@@ -16,7 +16,7 @@ int DigitValue(char digit) {
 }  // namespace
 
 std::optional<PositionData> ParsePosition(const std::string& digits) {
-    unsigned char bytes[kPositionBytes];
+    unsigned char bytes[MQAMOD_POSITION_BYTES];
     if (digits.size() != 2 * sizeof bytes) return std::nullopt;
     for (std::size_t i = 0; i < sizeof bytes; ++i) {
         const int high = DigitValue(digits[2 * i]);
@@ -30,7 +30,7 @@ std::optional<PositionData> ParsePosition(const std::string& digits) {
 }
 
 std::string FormatPosition(const PositionData& position) {
-    unsigned char bytes[kPositionBytes];
+    unsigned char bytes[MQAMOD_POSITION_BYTES];
     std::memcpy(bytes, &position, sizeof bytes);
     std::string digits;
     for (const unsigned char byte : bytes) {

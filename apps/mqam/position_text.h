@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 /// Returns the position, or none when the text is anything but 32 hexadecimal digits.
 [[nodiscard]] std::optional<PositionData> ParsePosition(const std::string& digits);

@@ -3,12 +3,13 @@
 // makes the repairs, then acts on it.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/mqam/checkpoint_facts.h"
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 enum class StartAction {
     /// Nothing was stored and no records are waiting: Open, GetPos, Reads.

@@ -109,7 +109,7 @@ bool TakeFirstRecord(Life& life, std::uint32_t length) {
 
 bool OpenInput(Life& life) {
     std::uint32_t maxRecordBytes = 0;
-    if (life.session.AskOpen(kOpenForReading, maxRecordBytes) != pmrcOK)
+    if (life.session.AskOpen(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK)
         return EndByModule(life.outcome, life.session);
     life.inputIsOpen = true;
     Tell(life, life.session.TakeNewText());

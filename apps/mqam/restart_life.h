@@ -12,7 +12,7 @@
 #include "apps/mqam/restart_outcome.h"
 #include "apps/mqam/restart_preparation.h"
 #include "apps/mqam/restartable_target.h"
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 /// Lives one life.
 ///   entryPoint  in      the loaded module

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 enum class LoadPhase {
     kLoading,

@@ -14,7 +14,7 @@ namespace {
 
 // The name and value of the block as text. A value may or may not count its NUL, and either may lack one.
 struct Attribute {
-    char name[kAttributeNameBytes + 1];
+    char name[MQAMOD_ATTRIBUTE_NAME_BYTES + 1];
     const char* value;
     std::uint32_t valueLength;
     int textLength;  // characters of the value up to its NUL
@@ -96,7 +96,7 @@ constexpr AttributeRow kAttributes[] = {
     {"EXPORT_WIDTHS", Acknowledge},
 };
 
-void TakeName(const AttributeBlock& block, char (&name)[kAttributeNameBytes + 1]) {
+void TakeName(const AttributeBlock& block, char (&name)[MQAMOD_ATTRIBUTE_NAME_BYTES + 1]) {
     std::snprintf(name, sizeof name, "%.*s", static_cast<int>(sizeof block.name), block.name);
 }
 
@@ -127,7 +127,7 @@ ReturnCode PutAttribute(const AttributeBlock& block) {
 }
 
 ReturnCode GetAttribute(const AttributeBlock& block) {
-    char name[kAttributeNameBytes + 1];
+    char name[MQAMOD_ATTRIBUTE_NAME_BYTES + 1];
     TakeName(block, name);
     TraceOutcome(FormatText("Attribute name: '%s'", name));
     (void)std::fflush(nullptr);

@@ -1,7 +1,7 @@
 // The attributes that the host puts.
 #pragma once
 
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 /// The PutAttribute request: acts on GEN_EOF, PRESERVE_RESTART_INFO, TIMEOUT_SECONDS and ZBQ_HL_LOG_HANDLE,
 /// accepts a fixed list of other names without acting, and traces the outcome.

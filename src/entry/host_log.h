@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Takes over the host's log handle and at once hands it the host-log form of the start-up report.
 ///   value   in  the handle; at most its first 8 bytes count, behind a shorter one the handle is zero

@@ -9,17 +9,18 @@
 //   initialized, queue open       Open                      all but Init; a second Open fails
 //     checkpoint pending          GetPos                    carried out by Read, SetPos or GetPos
 //     replaying                   SetPos                    left at the end of the checkpoint file
+#include <cstdint>
 #include <cstdio>
 
 #include "diag/error_text.h"
 #include "diag/identification.h"
 #include "diag/message_text.h"
 #include "diag/trace.h"
-#include "entry/host_interface.h"
 #include "entry/host_log.h"
 #include "entry/invariants.h"
 #include "entry/module_state.h"
 #include "entry/requests.h"
+#include "mqamod.h"
 
 namespace {
 

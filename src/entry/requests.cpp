@@ -34,7 +34,8 @@ void TraceJobEvent(const char* text) {
 // A failed Init leaves the module initialized: the host must Shut before it can Init again.
 ReturnCode RunInit(void* data) {
     InitBlock& block = *static_cast<InitBlock*>(data);
-    if (block.firstVersion != kFirstInterfaceVersion || block.secondVersion != kSecondInterfaceVersion) {
+    if (block.firstVersion != MQAMOD_FIRST_INTERFACE_VERSION ||
+        block.secondVersion != MQAMOD_SECOND_INTERFACE_VERSION) {
         return pmrcBadVersion;
     }
     const ReturnCode rc = ParseParms(block.initString, block.initStringLength);
@@ -66,7 +67,7 @@ ReturnCode RunClose(void*) {
         ReportError(Severity::Error, kFunction, "Attempt to close, no Queue Open");
         return pmrcFailure;
     }
-    const ReturnCode rc = CloseAll(kStopAtFirstFailure);
+    const ReturnCode rc = CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE);
     TraceJobEvent(FormatText("Messages received via MQGET: %ld", static_cast<long>(MsgCount())));
     return rc;
 }
@@ -99,7 +100,7 @@ ReturnCode RunGetPos(void* data) {
     if (position != nullptr) {
         PositionBlock& block = *static_cast<PositionBlock*>(data);
         block.position = position;
-        block.positionLength = kPositionBytes;
+        block.positionLength = MQAMOD_POSITION_BYTES;
     }
     return rc;
 }

@@ -2,7 +2,7 @@
 // outputs. Called by the dispatcher when the module is in the state that the request needs.
 #pragma once
 
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 [[nodiscard]] ReturnCode RunInit(void* data);
 [[nodiscard]] ReturnCode RunOpen(void* data);

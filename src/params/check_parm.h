@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Validates the keyword at the index and stores its value in the settings.
 ///   tokens  in/out  count NUL-terminated tokens, the caller's; Yes or No is put into upper case in place

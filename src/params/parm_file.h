@@ -2,7 +2,7 @@
 // that its values win.
 #pragma once
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Remembers the file that ReadParmFile reads. Requires a path of at most 32766 characters.
 void SetParmFilePath(const char* path);

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Reads the parameters and puts them into effect. The trace level must have been set to 0 before.
 ///   initString  in  length bytes, not necessarily NUL-terminated; a NUL among them ends it; null is the

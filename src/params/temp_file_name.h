@@ -1,7 +1,7 @@
 // The name of the temporary checkpoint file.
 #pragma once
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 #include "params/settings.h"
 
 /// Builds "MQAMtmp." and the process number, in the folder of the checkpoint file.

@@ -63,9 +63,9 @@ ReturnCode Disconnect() {
 ReturnCode CloseAll(std::uint16_t mode) {
     CloseLog();
     ReturnCode rc = CloseQueue();
-    if (rc != pmrcOK && mode == kStopAtFirstFailure) return rc;
+    if (rc != pmrcOK && mode == MQAMOD_STOP_AT_FIRST_FAILURE) return rc;
     rc = Disconnect();
-    if (rc != pmrcOK && mode == kStopAtFirstFailure) return rc;
+    if (rc != pmrcOK && mode == MQAMOD_STOP_AT_FIRST_FAILURE) return rc;
     ReleaseCkPtFile();
     return pmrcOK;
 }

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 #include "mqi/mqi.h"
 
 /// Connects, as a client when a channel and a server were given, opens the queue, retrying for a while,

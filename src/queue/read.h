@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Returns the next record.
 ///   buffer  out  at least BKSZ bytes, receives the record; without one its contents mean nothing

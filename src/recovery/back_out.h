@@ -1,7 +1,7 @@
 // Returning uncommitted messages to the queue.
 #pragma once
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Backs out the unit of work with MQBACK.
 /// Returns pmrcOK; or pmrcFailure, with an error text, when MQBACK ended in a warning or failed.

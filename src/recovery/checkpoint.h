@@ -3,8 +3,7 @@
 // first checkpoint on every message is saved in the checkpoint file before it is committed.
 #pragma once
 
-#include "diag/return_codes.h"
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 /// The GetPos request.
 ///   position  out  the module's own block, to be copied at once; null when none is handed out

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Opens the file of the CKFILE setting: one that exists for recovery, its contents kept, unless
 /// ReleaseCkPtFile has run in this process; else a new, empty one. Clears the last-record buffer. Does

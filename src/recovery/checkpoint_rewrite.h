@@ -1,7 +1,7 @@
 // Rewriting the checkpoint file for a new checkpoint.
 #pragma once
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Starts the checkpoint file again: the new sequence number, then the last record returned. While a restart
 /// is being replayed the records not yet replayed follow, copied through the temporary checkpoint file, and

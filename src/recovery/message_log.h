@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// Opens the log of the LOG setting. A file that exists is kept and overwritten from its beginning, in spite
 /// of the trace saying "will append": restarts rely on it. Returns pmrcOK; or pmrcFailure, with an error

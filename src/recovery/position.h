@@ -2,7 +2,9 @@
 // checkpoint file.
 #pragma once
 
-#include "recovery/position_data.h"
+#include <cstdint>
+
+#include "mqamod.h"
 
 /// The sequence number of the last checkpoint: 0 from Open, one more with each position handed out, the
 /// file's own after a SetPos that came as far as its header, also one that failed then.

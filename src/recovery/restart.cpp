@@ -79,7 +79,7 @@ ReturnCode GoBackTo(const PositionData& position) {
 ReturnCode SetPosition(const void* position, std::uint32_t length) {
     if (!Setting().CKFILE && !Setting().MqCheckpointMode)
         return Fail(kMain, "Checkpoint support NOT requested");
-    if (length != kPositionBytes) return Fail(kMain, "incorrect position data length");
+    if (length != MQAMOD_POSITION_BYTES) return Fail(kMain, "incorrect position data length");
     PositionData requested;
     std::memcpy(&requested, position, sizeof requested);
 

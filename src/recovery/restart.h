@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "diag/return_codes.h"
+#include "mqamod.h"
 
 /// The SetPos request: positions the checkpoint file at the checkpoint of the position and begins the replay.
 /// The first record replayed is the last one that the host had received before the checkpoint.

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "recovery/position_data.h"
+#include "mqamod.h"
 
 inline std::string HeaderBytes(std::int32_t sequence) {
     std::string bytes(4, '\0');

@@ -15,6 +15,7 @@
 //
 // Every other keyword is remembered for the report only; QMGR, CKFILE and LOG show there.
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -25,7 +26,7 @@
 #include <thread>
 #include <vector>
 
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 namespace {
 
@@ -110,7 +111,7 @@ ReturnCode Open(OpenBlock* block) {
     std::printf("%s", TheFake().knowsHostLog ? TheFake().report.c_str() : "fake module: keyword help\n");
     std::fflush(stdout);
     Log("Open " + std::to_string(block->openMode));
-    if (block->openMode != kOpenForReading || MustFail("Open")) return Fail();
+    if (block->openMode != MQAMOD_OPEN_FOR_READING || MustFail("Open")) return Fail();
     block->maxRecordBytes = 1048576;
     return pmrcOK;
 }
@@ -149,7 +150,7 @@ ReturnCode GetPos(PositionBlock* block) {
     ++fake.position.CkPtSeq;
     fake.position.CkPtMsgCount = fake.records;
     fake.position.CkPtOffset = 4;
-    block->positionLength = kPositionBytes;
+    block->positionLength = MQAMOD_POSITION_BYTES;
     block->position = &fake.position;
     return pmrcOK;
 }

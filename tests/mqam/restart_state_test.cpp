@@ -99,7 +99,7 @@ TEST(RestartStateTest, EveryFieldComesBack) {
     EXPECT_EQ(back.lastRecordLength, state.lastRecordLength);
     EXPECT_EQ(back.lastRecordDigest, state.lastRecordDigest);
     ASSERT_TRUE(back.position);
-    EXPECT_EQ(std::memcmp(&*back.position, &*state.position, kPositionBytes), 0);
+    EXPECT_EQ(std::memcmp(&*back.position, &*state.position, MQAMOD_POSITION_BYTES), 0);
     EXPECT_EQ(back.lastEnd, state.lastEnd);
     EXPECT_EQ(back.lastEndRecords, state.lastEndRecords);
 }
@@ -163,7 +163,7 @@ TEST(RestartStateTest, NumbersComeBackAtTheirLimits) {
     EXPECT_EQ(back.records, UINT64_MAX);
     EXPECT_EQ(back.lastEndRecords, UINT64_MAX);
     EXPECT_EQ(back.lastRecordDigest, UINT64_MAX);
-    EXPECT_EQ(std::memcmp(&*back.position, &*state.position, kPositionBytes), 0);
+    EXPECT_EQ(std::memcmp(&*back.position, &*state.position, MQAMOD_POSITION_BYTES), 0);
 }
 
 TEST(RestartStateTest, ATextCutAtAnyByteIsRefused) {

@@ -103,7 +103,7 @@ TEST_F(OpenTest, OtherModesThanReadingAreRefused) {
 
 TEST_F(OpenTest, PathNameDrawsAWarningAndIsIgnored) {
     InitTraced(1);
-    EXPECT_TRUE(Succeeds(Open(kOpenForReading, 1)));
+    EXPECT_TRUE(Succeeds(Open(MQAMOD_OPEN_FOR_READING, 1)));
     EXPECT_THAT(trace.NewLines(),
                 ElementsAre(WarningLine("PIDMMain", "Ignoring unnecessary pathname specification at open"),
                             InfoLine("PIDMMain", "Queue Manager open"), InfoLine("PIDMMain", "Queue open")));

@@ -174,7 +174,7 @@ TEST_F(DirectCall, ByMqOpenKeepsThePreviousRecord) {
     ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
     EXPECT_EQ(std::string(buffer, length), "kept");
     EXPECT_TRUE(EqualsKeptRecord("kept", 4));
-    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+    EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
 TEST_F(DirectCall, ByMqTheReadBehindAPositionIsNotSupportedOnce) {
@@ -190,7 +190,7 @@ TEST_F(DirectCall, ByMqTheReadBehindAPositionIsNotSupportedOnce) {
     EXPECT_EQ(mq.Count(Verb::Get), 0U);
     EXPECT_EQ(ReadRecord(buffer, &length), pmrcOK);
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN GET") << "nothing is saved or committed by MQ's means";
-    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+    EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
 TEST_F(DirectCall, ByMqARedundantGetPosIsNotSupported) {
@@ -214,7 +214,7 @@ TEST_F(DirectCall, ByMqEveryReadBehindSetPosIsNotSupported) {
         EXPECT_EQ(ReadRecord(buffer, &length), pmrcNotSupported);
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN BACK");
     EXPECT_TRUE(ReplayFromCkPt());
-    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+    EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
 // Both kinds of checkpoints at once, which Init refuses: the only way by MQ to a record that is replayed.
@@ -230,7 +230,7 @@ TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
     ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
     EXPECT_EQ(std::string(buffer, length), "one");
     EXPECT_FALSE(ReplayFromCkPt());
-    EXPECT_EQ(CloseAll(kStopAtFirstFailure), pmrcOK);
+    EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
 TEST_F(DirectCall, ARecordOfNoBytesIsSavedAsItsLengthAlone) {

@@ -61,7 +61,7 @@ constexpr std::size_t kAttributeNameBlockBytes = offsetof(AttributeBlock, valueL
 
 std::string AttributeBytes(const std::string& name) {
     std::string data = HostBytes(kAttributeNameBlockBytes);
-    const std::string field = (name + '\0').substr(0, kAttributeNameBytes);
+    const std::string field = (name + '\0').substr(0, MQAMOD_ATTRIBUTE_NAME_BYTES);
     data.replace(offsetof(AttributeBlock, name), field.size(), field);
     return data;
 }
@@ -105,14 +105,14 @@ Outcome HostRequests::InitWithVersions(std::uint16_t first, std::uint16_t second
 }
 
 Outcome HostRequests::Init(const std::string& initString) {
-    return InitWithVersions(kFirstInterfaceVersion, kSecondInterfaceVersion, initString);
+    return InitWithVersions(MQAMOD_FIRST_INTERFACE_VERSION, MQAMOD_SECOND_INTERFACE_VERSION, initString);
 }
 
 Outcome HostRequests::InitCounted(const std::optional<std::string>& initString, std::int32_t length) {
     std::string data = HostBytes(offsetof(InitBlock, initString) + sizeof(char*));
     const OddBlock text(initString.value_or(""));
-    Store(data, offsetof(InitBlock, firstVersion), kFirstInterfaceVersion);
-    Store(data, offsetof(InitBlock, secondVersion), kSecondInterfaceVersion);
+    Store(data, offsetof(InitBlock, firstVersion), MQAMOD_FIRST_INTERFACE_VERSION);
+    Store(data, offsetof(InitBlock, secondVersion), MQAMOD_SECOND_INTERFACE_VERSION);
     Store(data, offsetof(InitBlock, initStringLength), length);
     Store(data, offsetof(InitBlock, initString), initString ? text.Address() : nullptr);
     return Call(pmiPIDMOptInit, data, {{offsetof(InitBlock, clearedByInit), 8}});

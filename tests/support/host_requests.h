@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "entry/host_interface.h"
+#include "mqamod.h"
 
 inline constexpr std::uint8_t kHostByte = 0xA5;
 
@@ -46,7 +46,7 @@ class HostRequests {
     Outcome InitWithVersions(std::uint16_t first, std::uint16_t second, const std::string& initString);
     /// Init with a length that need not match the string, and a null pointer when there is no string.
     Outcome InitCounted(const std::optional<std::string>& initString, std::int32_t length);
-    Outcome Open(std::int16_t mode = kOpenForReading, std::uint16_t pathNameLength = 0);
+    Outcome Open(std::int16_t mode = MQAMOD_OPEN_FOR_READING, std::uint16_t pathNameLength = 0);
     ReadOutcome Read();
     PositionOutcome GetPos();
     Outcome SetPos(const PositionData& position);
