@@ -1,5 +1,4 @@
-// The benchmarks' host: drives the module through PIDMMain, with no more work of its own for a record than a
-// host has.
+// The benchmarks' host. It calls PIDMMain and does no more work of its own for each record than any host must.
 #pragma once
 
 #include <cstddef>
@@ -9,17 +8,17 @@
 
 #include "mqamod.h"
 
-/// Loads the module, which binds the MQ library given, and ends the process with a message when it cannot.
+/// Loads the module, which will bind the given MQ library. Ends the process with a message if that fails.
 void LoadModule(const char* modulePath, const char* mqLibraryPath);
 
-/// Init with the keywords and Open; ends the process with the module's error text when one fails.
+/// Calls Init with the keywords, then Open. Ends the process with the module's error text if one fails.
 void StartLoad(const std::string& keywords);
 
-/// GetPos; the checkpoint is carried out by the next ReadOne.
+/// Calls GetPos. The next ReadOne carries the checkpoint out.
 void RequestCheckpoint();
 
-/// One Read. Returns the bytes of the record.
+/// Calls Read once. Returns the length of the record in bytes.
 std::uint32_t ReadOne();
 
-/// Close and Shut.
+/// Calls Close and Shut.
 void EndLoad();

@@ -1,16 +1,14 @@
-// What the module costs a record, beside the least that it could cost.
+// Measures what the module costs for each record, compared with the least that it could cost.
 //
-//   FloorGet          MQGET alone: what any reader pays
-//   Read              the module's Read without checkpointing
-//   FloorGetSave      MQGET, one write of the record with its length to a file, MQCMIT: what any reader that
-//   keeps messages
-//                     safe pays
-//   ReadCheckpointed  the module's Read behind a checkpoint: every message saved in the checkpoint file and
-//   committed
+//   FloorGet          only MQGET, which every reader needs
+//   Read              the module's Read without checkpoints
+//   FloorGetSave      MQGET, one write of the record with its length to a file, and MQCMIT, which every reader
+//                     needs that keeps messages safe
+//   ReadCheckpointed  the module's Read after a checkpoint, which saves and commits every message
 //
-// All run in one process over an MQ library that answers from memory, with messages of 100 bytes, 1 KB and 32
-// KB. Files stand in the current directory's file system; they are started again every 64 MB so that they
-// stay in the page cache.
+// All run in one process with an MQ library that answers from memory, with messages of 100 bytes, 1 KB and
+// 32 KB. The files are in the current directory. They are rewritten every 64 MB so that they stay in the page
+// cache.
 //   read_bench [--benchmark_...]
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
@@ -49,7 +47,7 @@ void TellRates(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-// How many records of that size fit into a file before it is started again.
+// The number of records of that size that fit into a file before it is rewritten.
 std::int64_t RecordsPerFile(const benchmark::State& state) {
     return kFileBytes / (state.range(0) + 8) + 1;
 }
@@ -133,8 +131,8 @@ BENCHMARK(ReadCheckpointed)->Arg(100)->Arg(1024)->Arg(32768);
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    // The module prints its report on standard output at each Open: what is written there by the C library
-    // goes nowhere, the results go to the original through a stream of their own.
+    // The module prints its report on standard output at each Open. That output is discarded; the results go
+    // to the original standard output through a stream of their own.
     std::ofstream results("/proc/self/fd/" + std::to_string(dup(STDOUT_FILENO)));
     if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
     LoadModule(MODULE_FILE, MEMORY_MQ_FILE);

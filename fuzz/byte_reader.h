@@ -1,4 +1,4 @@
-// The fuzzer's bytes, taken from the front. Behind their end every number is 0 and every text empty.
+// The fuzzer's bytes, read from the front. After their end every number is 0 and every text is empty.
 #pragma once
 
 #include <algorithm>

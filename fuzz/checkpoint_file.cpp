@@ -1,6 +1,6 @@
-// The input is the 16 bytes of a position, two bytes that say how the host goes on, and a checkpoint file: a
-// load is restarted with them. What comes back is held against what the file holds when it is simply walked
-// through: the records in their order, no other, and a failure exactly where the file is damaged.
+// The input is the 16 bytes of a position, two bytes that say how the host continues, and a checkpoint file.
+// A load is restarted with them. What it returns is compared with a simple walk through the file: the records
+// in order and no others, and a failure exactly where the file is damaged.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -17,10 +17,10 @@ constexpr char kFile[] = "ck";
 constexpr std::size_t kHeaderBytes = 4;
 constexpr std::size_t kLengthBytes = 8;
 constexpr int kQueueMessages = 2;
-constexpr std::int64_t kFarOffset = std::int64_t{1}
-                                    << 40;  // beyond, it is for the file system to accept a seek
+// Above this offset the file system may refuse a seek.
+constexpr std::int64_t kFarOffset = std::int64_t{1} << 40;
 
-// What the two bytes choose.
+// What the two bytes select.
 struct Plan {
     std::uint64_t blockSize;
     bool traced;
@@ -53,29 +53,29 @@ std::string BytesOf(T number) {
     return {reinterpret_cast<const char*>(&number), sizeof number};
 }
 
-// The replay as it must go: the file's bytes and the place that it has come to.
+// The replay as it must happen: the file's bytes and the offset that it has reached.
 struct Replay {
     std::string file;
     std::uint64_t at;
     std::uint64_t blockSize;
     std::string lastRecord;
-    int queueMessages;  // delivered behind the file's end
+    int queueMessages;  // delivered after the file's end
 };
 
 enum class Step { Record, End, Damage };
 
-// What stands at the replay's place.
+// Says what is at the replay's offset.
 Step StepAt(const Replay& replay, std::uint64_t at, std::string& record) {
     if (at >= replay.file.size()) return Step::End;
     const std::uint64_t left = replay.file.size() - at;
-    if (left < kLengthBytes) return Step::End;  // a torn length is no record
+    if (left < kLengthBytes) return Step::End;  // a torn length is not a record
     const auto length = NumberAt<std::uint64_t>(replay.file, at);
     if (length > replay.blockSize || length > left - kLengthBytes) return Step::Damage;
     record = replay.file.substr(at + kLengthBytes, length);
     return Step::Record;
 }
 
-// The records from the place on, as they stand in the file; false when there is damage among them.
+// Collects the records from the offset on. Returns false if one of them is damaged.
 bool TakeRemaining(const Replay& replay, std::string& remaining) {
     std::string record;
     std::uint64_t at = replay.at;
@@ -86,7 +86,7 @@ bool TakeRemaining(const Replay& replay, std::string& remaining) {
     return step == Step::End;
 }
 
-// Where the restart begins; false when it must be refused.
+// Finds where the restart begins. Returns false if it must be refused.
 bool FindBeginning(const PositionData& position, Replay& replay) {
     if (replay.file.size() < kHeaderBytes) return false;
     const auto sequence = NumberAt<std::int32_t>(replay.file, 0);
@@ -96,7 +96,7 @@ bool FindBeginning(const PositionData& position, Replay& replay) {
     return true;
 }
 
-// One Read without a checkpoint before it. Returns whether the host may go on.
+// Calls Read without a checkpoint before it. Returns whether the host may continue.
 bool ReadOn(Replay& replay) {
     std::string expected;
     const Step step = StepAt(replay, replay.at, expected);
@@ -117,8 +117,8 @@ bool ReadOn(Replay& replay) {
     return true;
 }
 
-// GetPos and the Read that carries it out: the file then holds the header, the last record and what is to
-// come.
+// Calls GetPos and the Read that carries it out. The file then holds the header, the last record and those
+// that were not replayed yet.
 bool TakeCheckpointAndRead(Replay& replay) {
     const Position position = HostGetPos();
     Require(position.code == pmrcOK && position.data.has_value(), "a position is given");

@@ -1,4 +1,4 @@
-// The clock that the module sees: it stands still unless an input moves it, so that no input waits and each
+// The clock that the module sees. It does not advance unless an input moves it, so no input waits and each
 // behaves the same every time. The program is linked so that calls of time and nanosleep come here.
 #pragma once
 

@@ -1,12 +1,12 @@
-// What each harness defines: fuzz_main.cpp calls it once for every input, in a fresh life of the module.
+// What each harness defines. It is called once for every input, with the module as freshly loaded.
 #pragma once
 
 #include "fuzz/byte_reader.h"
 
-/// Gives one input to the module.
+/// Runs the module on one input.
 void RunInput(ByteReader input);
 
-/// Ends the process with the sentence that does not hold: a finding.
+/// Reports a finding: ends the process with the sentence that is not true.
 [[noreturn]] void ReportFinding(const char* sentence);
 
 inline void Require(bool holds, const char* sentence) {

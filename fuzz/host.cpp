@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr char kHostByte = '\xA5';  // what stands in the fields that are not the request's
+constexpr char kHostByte = '\xA5';  // the content of fields that do not belong to the request
 constexpr std::size_t kMostRecordBytes = 16777216;
 
-// Bytes on the heap, no more than asked for, at an odd address.
+// Bytes on the heap at an odd address, exactly as many as requested.
 class ExactBlock {
   public:
     explicit ExactBlock(std::size_t bytes)
@@ -55,7 +55,7 @@ struct Outputs {
     std::size_t bytes = 0;
 };
 
-std::size_t recordBytes = 1;  // asked for by the last Open
+std::size_t recordBytes = 1;  // requested by the last Open
 
 bool IsReturnCode(ReturnCode code) {
     constexpr std::array<ReturnCode, 8> kCodes = {pmrcOK,           pmrcEOF,         pmrcBadVersion,

@@ -1,5 +1,5 @@
-// The input is the initialization string. Its files are those of the work folder, which is empty; a parameter
-// file that it names can only be one that this very string had the module make.
+// The input is the initialization string. Its files are in the work directory, which is empty, so a parameter
+// file that it names can only be a file that the same string made the module write.
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"

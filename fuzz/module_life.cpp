@@ -11,7 +11,7 @@
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"
 
-// The linker gives the bounds of the sections that module_sections.h names.
+// The linker defines the bounds of the sections that module_sections.h names.
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
 extern std::uint64_t __start_mqamod_bss[];
@@ -30,8 +30,8 @@ struct Section {
 };
 std::vector<Section> sections;
 
-// The bytes between the variables are the sanitizer's: they may be copied, but not through memcpy, which it
-// watches.
+// The bytes between the variables belong to the sanitizer. They may be copied, but not with memcpy, which the
+// sanitizer checks.
 __attribute__((no_sanitize("address", "coverage"))) void Remember(volatile std::uint64_t* begin,
                                                                   const volatile std::uint64_t* end) {
     Section section{begin, static_cast<std::size_t>(end - begin), {}};
@@ -57,8 +57,8 @@ void PrepareModule() {
     Require(std::freopen("/dev/null", "w", stdout) != nullptr, "standard output can be redirected");
 }
 
-// A module that was never initialized, or was shut before the last request, takes no Shut but may hold an
-// error text; an Init, whatever it answers, makes it take one.
+// A module that was never initialized, or was already shut, refuses Shut but may hold an error text. After an
+// Init, whatever it returns, it accepts Shut.
 void EndModuleLife() {
     PlayCalmQueue(0);
     (void)HostInit("");

@@ -17,7 +17,7 @@ namespace {
 
 struct Script {
     ByteReader* input = nullptr;  // null: the calm queue
-    int messages = 0;             // of the calm queue, still to come
+    int messages = 0;             // that the calm queue will still deliver
     int delivered = 0;
     int emptyAnswers = 0;
     std::string lastMessage;
@@ -35,14 +35,14 @@ constexpr std::array<MQLONG, 22> kReasons = {2003, 2009, 2010, 2016, 2018, 2019,
                                              2042, 2045, 2058, 2059, 2071, 2079, 2080, 2085,
                                              2101, 2119, 2161, 2162, 2195, 2495};
 
-// The first byte of an outcome says which kind it is; below the first of these it is a success.
+// The first byte of an outcome selects its kind. Below the first of these constants it is a success.
 constexpr std::uint8_t kFirstFailure = 200;
 constexpr std::uint8_t kFirstWarning = 230;
 constexpr std::uint8_t kFirstAnything = 250;
 
-// For MQGET: below the first of these it is the length of a message whose bytes follow.
-constexpr std::uint8_t kFirstRepeated = 140;    // the message before, backed out since
-constexpr std::uint8_t kFirstEmptyQueue = 160;  // no message, after so many seconds
+// For MQGET, below the first of these it is the length of a message whose bytes follow.
+constexpr std::uint8_t kFirstRepeated = 140;    // the previous message, redelivered after a back-out
+constexpr std::uint8_t kFirstEmptyQueue = 160;  // no message, after a number of seconds
 constexpr std::uint8_t kFirstAroundRoom = 190;  // a message as long as the buffer, or one byte more or less
 
 MQLONG Reason(std::uint8_t kind) {
@@ -67,7 +67,7 @@ void Answer(std::uint8_t kind, MQLONG* compCode, MQLONG* reason) {
     *reason = outcome.reason;
 }
 
-// A call that opens something: any handle may come, also beside a failure.
+// A call that opens something may return any handle, even together with a failure.
 void AnswerHandle(MQLONG* handle, MQLONG usual, MQLONG* compCode, MQLONG* reason) {
     const std::uint8_t kind = TakeKind();
     Answer(kind, compCode, reason);
@@ -98,7 +98,7 @@ void CommitOrBackOut(MQHCONN, MQLONG* compCode, MQLONG* reason) {
     AnswerPlainly(compCode, reason);
 }
 
-// The outputs of MQGET and the room that it has for the message.
+// The outputs of MQGET and the size of the message buffer.
 struct Get {
     MQMD* descriptor;
     MQLONG bufferLength;

@@ -1,24 +1,24 @@
-// The queue manager of the fuzzer. It stands behind the MQ double, a library that the module loads as it
-// loads any MQ library, and answers each call as the input says.
+// The queue manager of the fuzzer. It answers each call as the input says. The module reaches it through the
+// MQ double, which it loads like any MQ library.
 #pragma once
 
 #include <string>
 
 #include "fuzz/byte_reader.h"
 
-/// Makes the module find the double. Once a process.
+/// Makes the module find the double. To be called once per process.
 void BindMqScript();
 
-/// Takes each call's outcome from the input, one byte or more a call, as the calls come. Behind the input's
-/// end MQGET fails for good and everything else succeeds.
+/// Takes the outcome of each call from the input, at least one byte per call. After the input's end every
+/// MQGET fails and everything else succeeds.
 void PlayOutcomes(ByteReader* input);
 
-/// Everything succeeds; the queue delivers so many messages, then it is empty, and a host that goes on asking
-/// is told that the connection broke.
+/// Makes every call succeed. The queue delivers `messages` messages and is then empty; a host that continues
+/// to ask gets a broken connection.
 void PlayCalmQueue(int messages);
 
-/// The bytes of the calm queue's message, the first being number 1.
+/// Returns the bytes of a message of the calm queue. The first one has number 1.
 std::string CalmMessage(int number);
 
-/// The room in the host's record buffer: no more is written there, whatever length is told.
+/// Sets the size of the host's record buffer: no more is written there, whatever length MQGET reports.
 void SetRecordBufferRoom(std::size_t bytes);

@@ -1,5 +1,5 @@
-// A structure or buffer of an MQI caller: on the heap, zeros, and exactly as long as its version says, so
-// that the sanitizer sees every byte touched beyond.
+// A structure or buffer of an MQI caller. It is on the heap, filled with zeros, and exactly as long as its
+// version says, so that the sanitizer sees every access beyond it.
 #pragma once
 
 #include <algorithm>
@@ -47,9 +47,9 @@ class MqiBlock {
         text.resize(size, ' ');
         SetSome(offset, text);
     }
-    /// From the offset to the end of the block.
+    /// Fills the block from the offset to its end.
     void SetBytes(std::size_t offset, const char* bytes) { SetSome(offset, {bytes, bytes_ - offset}); }
-    /// What of the bytes there is room for.
+    /// Copies as many of the bytes as there is room for.
     void SetSome(std::size_t offset, std::string_view bytes) {
         if (offset >= bytes_) return;
         std::memcpy(memory_ + offset, bytes.data(), std::min(bytes.size(), bytes_ - offset));

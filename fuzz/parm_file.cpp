@@ -1,5 +1,5 @@
-// The input is the parameter file. No slash gets into it: the file is read in pieces of 511 characters, and a
-// slash anywhere could become the first character of a path.
+// The input is the parameter file. It contains no slash, because the file is read in pieces of 511 characters
+// and a slash anywhere could become the first character of a path.
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"

@@ -1,4 +1,4 @@
-// libFuzzer's entry points for the harnesses of other pieces than the module.
+// libFuzzer's entry points for the harnesses that do not use the module.
 #include <cstdint>
 
 #include "fuzz/harness.h"

@@ -1,5 +1,6 @@
 // The input is a list of requests with their data and, between them, the outcomes of the MQ calls that they
-// lead to. Files change under the module, the clock jumps, and lives follow one another on the same files.
+// cause. Files change while the module uses them, the clock jumps, and several processes in turn use the same
+// files.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,12 +21,11 @@ namespace {
 
 constexpr int kMostRequests = 200;
 
-// The positions that the host has been given and may come back to.
+// The positions that the host has received and may return to.
 std::array<PositionData, 4> given;
 std::size_t givenCount;
 
-// The host's log object: a table of functions at one place of the object, its log function at one of the
-// table.
+// The host's log object. It points to a table of functions, one of which is the log function.
 struct HostLogObject {
     char host[16];
     const void* table;
@@ -50,7 +50,7 @@ std::string LogHandle(std::uint8_t kind) {
     const void* object = &kObjects[kind % std::size(kObjects)];
     std::string handle(reinterpret_cast<const char*>(&object), sizeof object);
     handle.resize(sizeof object + kind % 3U, '\0');
-    // A handle that is cut is zero: any other would be an address that no host owns.
+    // A truncated handle becomes zero. Any other value would be an address that no host owns.
     if (kind >= 128) handle.assign(kind % sizeof object, '\0');
     return handle;
 }
@@ -116,7 +116,7 @@ void Identify(ByteReader&) {
 }
 
 void AnyOption(ByteReader& input) {
-    // Write, close/rewind, and what is no option at all.
+    // Write, close/rewind, and numbers that are not options.
     static constexpr std::uint32_t kOptions[] = {0, pmiPIDMOptWrite, pmiPIDMOptCloseR, 15, 255, 0xFFFFFFFF};
     (void)HostOption(kOptions[input.Byte() % std::size(kOptions)]);
 }
@@ -176,7 +176,7 @@ void BreakOrMendClock(ByteReader& input) {
     BreakClock((input.Byte() & 1U) != 0);
 }
 
-// The process ends and another begins: what the host had the module keep is there, and nothing else.
+// The process ends and another one begins. It finds only the files that the host made the module keep.
 void NextLife(ByteReader& input) {
     EndModuleLife();
     PlayOutcomes(&input);
@@ -204,7 +204,7 @@ constexpr void (*kRequests[])(ByteReader&) = {InitFromParts, InitFromBytes,
 }  // namespace
 
 void RunInput(ByteReader input) {
-    // Paths come from initialization strings, and messages that are logged may be read as a parameter file.
+    // Paths come from initialization strings, and a log of messages may be read as a parameter file.
     std::string bytes = input.Rest();
     DropSlashes(bytes);
     ByteReader safe{reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()};

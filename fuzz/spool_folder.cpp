@@ -1,6 +1,6 @@
-// The input is what stands in the stand-in's folder and what a program does with it: files of any name and
+// The input is the content of the stand-in's directory and what a program does with it: files of any name and
 // content where queue managers, queues, descriptors and units of work are expected, and MQI calls in any
-// order, between which the folder goes on changing as if others worked on it.
+// order, between which the directory changes as if other programs used it.
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -28,7 +28,7 @@ namespace {
 
 constexpr int kMostSteps = 60;
 
-// What the program holds. The first connection is of the thread's own, the others are shareable.
+// The program's handles. The first connection belongs to the thread, the others are shareable.
 struct Program {
     std::vector<MQHCONN> connections;
     std::vector<MQHOBJ> objects;
@@ -209,7 +209,7 @@ constexpr void (*kSteps[])(ByteReader&) = {MakeSpoolFile,
                                            Close,
                                            Disconnect};
 
-// What came later than the corpus has a number of its own, so that the corpus goes on meaning what it meant.
+// Calls added after the corpus have numbers of their own, so that the inputs of the corpus keep their meaning.
 constexpr std::uint8_t kRareStep = 255;
 constexpr void (*kRareSteps[])(ByteReader&) = {MakeSpoolPipe, CutSpoolFile};
 

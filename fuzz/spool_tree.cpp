@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 constexpr char kUnits[] = "root/QM/.units";
 constexpr char kDeadUnit[] = "9-1";  // of a process that has ended
 
-// The unit of work of a connection that is open, or the dead one.
+// The unit of work of an open connection, or that of a process that has ended.
 std::string SomeUnit() {
     std::string unit = kDeadUnit;
     DIR* entries = opendir(kUnits);
@@ -43,7 +43,7 @@ std::string Folder(std::uint8_t kind) {
     return std::string(kUnits) + '/' + unit + kStages[kind / 2U % std::size(kStages)];
 }
 
-// YYYYMMDD-HHMMSS-NNNNNNNNN, mostly a time that exists.
+// Makes a name of the form YYYYMMDD-HHMMSS-NNNNNNNNN, usually a valid time.
 std::string Stamp(ByteReader& input) {
     char text[64];
     const std::uint8_t kind = input.Byte();
@@ -93,7 +93,7 @@ std::string Path(ByteReader& input) {
     return folder + '/' + Name(input);
 }
 
-// With the folders on the way to it, where these can be made.
+// Makes the directories on the path too, if they can be made.
 void MakeParent(const std::string& path) {
     std::error_code error;
     fs::create_directories(fs::path(path).parent_path(), error);
@@ -104,7 +104,7 @@ void Remove(const std::string& path) {
     fs::remove_all(path, error);
 }
 
-// Files that somebody copied in are taken when they have come to rest.
+// Files that someone copied in are taken once they no longer change.
 void LetRest(const std::string& path) {
     const timespec longAgo[] = {{1000000000, 0}, {1000000000, 0}};
     (void)utimensat(AT_FDCWD, path.c_str(), longAgo, 0);

@@ -1,12 +1,12 @@
-// Text inputs, with room for what is long: the byte 1, a character and a 16-bit count stand for so many of
-// that character, so that a short input reaches the limits of paths, lines and lists.
+// Text inputs that can be long: the byte 1, a character and a 16-bit count represent a run of that character,
+// so a short input reaches the limits of paths, lines and lists.
 #pragma once
 
 #include <string>
 
 #include "fuzz/byte_reader.h"
 
-/// Runs end where the text is mostCharacters long: what is longer only costs time.
+/// A run ends when the text has mostCharacters characters, because longer ones only cost time.
 inline std::string TakeText(ByteReader input, std::size_t mostCharacters) {
     constexpr std::uint8_t kRun = 1;
     std::string text;

@@ -16,7 +16,7 @@
 namespace {
 
 struct Folders {
-    std::string path;  // the work folder
+    std::string path;  // the work directory
     int work = -1;
     int started = -1;  // where the process was started
 };
@@ -31,7 +31,7 @@ bool IsDots(const char* name) {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
-// Takes over the descriptor of the folder.
+// Takes ownership of the directory's descriptor.
 void Empty(int folder) {
     DIR* entries = fdopendir(folder);
     if (entries == nullptr) ReportFinding("the work folder can be listed");
@@ -87,7 +87,7 @@ void DropSlashes(std::string& text) {
 
 void WriteFile(const char* name, const std::string& bytes) {
     const int file = open(name, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (file == -1) return;  // a folder of that name
+    if (file == -1) return;  // a directory of that name
     Require(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()),
             "a file of the work folder can be written");
     (void)close(file);

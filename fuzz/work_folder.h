@@ -1,19 +1,20 @@
-// The folder in which an input does its file work: empty at the beginning of each input, and the current
-// folder while it runs. It is made in memory (/dev/shm) where the system has that, else where TMPDIR says.
+// The directory in which an input does its file work. It is empty at the beginning of each input, and the
+// current directory while the input runs. It is in memory (/dev/shm) if the system has that, otherwise in
+// TMPDIR.
 #pragma once
 
 #include <cstddef>
 #include <string>
 
-/// Makes the folder; it is removed when the process ends regularly.
+/// Makes the directory. It is removed when the process ends normally.
 void MakeWorkFolder();
 
 void EnterWorkFolder();
 
-/// Empties the folder and goes back to the folder that the process was started in.
+/// Empties the directory and returns to the directory in which the process was started.
 void LeaveWorkFolder();
 
-/// Replaces what would lead a path of the text out of the work folder: a slash at the beginning of a word,
+/// Replaces what would lead a path in the text out of the work directory: a slash at the beginning of a word,
 /// and "..". Words end at white space and at NULs.
 void ConfinePaths(std::string& text);
 
@@ -22,5 +23,5 @@ void DropSlashes(std::string& text);
 
 void WriteFile(const char* name, const std::string& bytes);
 
-/// The bytes of the file; empty when there is none.
+/// Returns the bytes of the file, or nothing if there is no file.
 std::string ReadFile(const char* name);

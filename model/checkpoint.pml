@@ -1,8 +1,8 @@
 /*
- * A load that is restarted until it is done: the host (a command that runs one life after the other), the access
- * module, its checkpoint file, the host's target with the position stored beside it, and the queue manager.
+ * A load that is restarted until it is done: the host (a command that makes one attempt after another), the access
+ * module, its checkpoint file, the host's target with the position that is stored with it, and the queue manager.
  *
- * There is one process, because there is one thread: what spin explores is not an interleaving but every place at
+ * There is one process, because there is one thread. Spin does not explore interleavings. It explores every place at
  * which a process can die, a file call or an MQ call can fail, or an operator can stop the load. Each of these takes
  * one from `budget`, so BUDGET is the number of misfortunes in one load. README.md says what is left out and how to
  * read a trail.
@@ -17,7 +17,7 @@
 #define BUDGET 2
 #endif
 
-/* Which misfortunes can come. */
+/* The misfortunes that can happen. */
 #ifndef F_CRASH
 #define F_CRASH 1               /* the worker dies, between any two steps */
 #endif
@@ -25,13 +25,13 @@
 #define F_MQ 1                  /* an MQ call fails */
 #endif
 #ifndef F_INHIBIT
-#define F_INHIBIT F_MQ          /* MQGET fails without data on a connection that lives */
+#define F_INHIBIT F_MQ          /* MQGET fails without data on a connection that attempts */
 #endif
 #ifndef F_IO
 #define F_IO 1                  /* a file call of the module fails */
 #endif
 #ifndef F_RESET
-#define F_RESET F_IO            /* ... one that starts the file again */
+#define F_RESET F_IO            /* ... one that rewrites the file */
 #endif
 #ifndef F_READ
 #define F_READ F_IO             /* ... one that reads a record in a replay */
@@ -40,19 +40,19 @@
 #define F_LOG F_IO              /* ... one that writes the message log */
 #endif
 #ifndef F_TORN
-#define F_TORN 1                /* what is interrupted while it is written can be there in part */
+#define F_TORN 1                /* an interrupted write can leave part of the bytes */
 #endif
 #ifndef F_BACK
-#define F_BACK 1                /* after a failed save MQBACK can fail, too */
+#define F_BACK 1                /* MQBACK can fail after a failed save */
 #endif
 #ifndef F_STOP
-#define F_STOP 1                /* the operator ends the load early, or the command dies between two lives */
+#define F_STOP 1                /* the operator ends the load early, or the command dies between two attempts */
 #endif
 #ifndef F_TIMEOUT
 #define F_TIMEOUT 1             /* TIMEOUT_SECONDS fires */
 #endif
 #ifndef LATE
-#define LATE 1                  /* the queue manager may notice late that a life is over */
+#define LATE 1                  /* the queue manager may notice late that an attempt is over */
 #endif
 #ifndef CLOCK
 #define CLOCK 1                 /* the host sees whether a Read took RWAIT; 0: a shorter one may seem as long */
@@ -61,22 +61,22 @@
 #define EMPTIES 0               /* messages without data: the sum of 1 << m */
 #endif
 #ifndef ALIKE
-#define ALIKE 0                 /* message 2 has the bytes with which the record before it begins */
+#define ALIKE 0                 /* the record before message 2 begins with the bytes of message 2 */
 #endif
 #ifndef NULS
-#define NULS 0                  /* message 1 is nothing but NUL bytes, as the record buffer after Open */
+#define NULS 0                  /* message 1 is only NUL bytes, like the record buffer after Open */
 #endif
 #ifndef F_OTHER
-#define F_OTHER 0               /* another load takes a message that was backed out, between two lives of this one */
+#define F_OTHER 0               /* another load takes a message that was backed out, between two attempts of this one */
 #endif
 #ifndef OVERTAKE
-#define OVERTAKE 0              /* message 1 was put first but is committed late: it comes whenever it likes */
+#define OVERTAKE 0              /* message 1 was put first but is committed late: it can come at any time */
 #endif
 #ifndef ORDER
 #define ORDER 1                 /* another order counts as damage; 0: only what is lost or doubled does */
 #endif
 #ifndef POWER
-#define POWER 0                 /* a death may take with it what was flushed but never reached the disk */
+#define POWER 0                 /* a crash may lose what was flushed but never reached the disk */
 #endif
 
 /* The rules. */
@@ -87,7 +87,7 @@
 #define RULE_H2 1               /* data and position durable between GetPos and the next Read */
 #endif
 #ifndef RULE_H3
-#define RULE_H3 1               /* also when GetPos gives the sequence that is stored already */
+#define RULE_H3 1               /* the position is stored even if its sequence number is already stored */
 #endif
 #ifndef RULE_H4
 #define RULE_H4 1               /* GetPos only when a record came since the last one, or nothing is in the file */
@@ -99,28 +99,28 @@
 #define RULE_H6_TDM 1           /* TDM yes */
 #endif
 #ifndef RULE_H6_END
-#define RULE_H6_END 1           /* an end of input ends the life */
+#define RULE_H6_END 1           /* an end of input ends the attempt */
 #endif
 #ifndef RULE_H6_CLOSE
 #define RULE_H6_CLOSE 1         /* ... by Close, whose MQDISC takes the duplicate off the queue */
 #endif
 #ifndef RULE_H6_LIFE
-#define RULE_H6_LIFE 1          /* done only when another life found nothing more */
+#define RULE_H6_LIFE 1          /* done only when another attempt found nothing more */
 #endif
 #ifndef RULE_H6_CLEAN
-#define RULE_H6_CLEAN 1         /* ... and that life followed one that was closed without error at its end of input */
+#define RULE_H6_CLEAN 1         /* ... and that attempt followed one that was closed without error at its end of input */
 #endif
 #ifndef RULE_H6_WAIT
 #define RULE_H6_WAIT 1          /* ... and its last Read took RWAIT */
 #endif
 #ifndef RULE_H7
-#define RULE_H7 1               /* a file without a whole record: no SetPos, no repeat */
+#define RULE_H7 1               /* a file without a complete record: no SetPos, no repeat */
 #endif
 #ifndef RULE_H8
-#define RULE_H8 1               /* file missing, temporary file there: rename it before Open */
+#define RULE_H8 1               /* only the temporary file exists: rename it before Open */
 #endif
 #ifndef RULE_H8B
-#define RULE_H8B 1              /* both there: delete the temporary file before Open */
+#define RULE_H8B 1              /* both files exist: delete the temporary file before Open */
 #endif
 #ifndef RULE_H9
 #define RULE_H9 1               /* a failed Read ends the process */
@@ -135,7 +135,7 @@
 #define RULE_H12 1              /* no Read after pmrcTimeout */
 #endif
 #ifndef RULE_H13
-#define RULE_H13 1              /* one life a process */
+#define RULE_H13 1              /* one attempt per process */
 #endif
 #ifndef RULE_H13B
 #define RULE_H13B 1             /* PRESERVE_RESTART_INFO YES before the first Close */
@@ -150,7 +150,7 @@
 #define RULE_H17 1              /* a failed SetPos ends the process */
 #endif
 #ifndef RULE_H21
-#define RULE_H21 1              /* MQEX: Open waits until the queue manager has ended the life before */
+#define RULE_H21 1              /* MQEX: Open waits until the queue manager has ended the previous attempt */
 #endif
 #ifndef RULE_H22
 #define RULE_H22 1              /* a torn tail is cut off before Open */
@@ -159,21 +159,21 @@
 #define RULE_H23 1              /* done only after a Close without error */
 #endif
 #ifndef RULE_H24
-#define RULE_H24 1              /* done is stored before the checkpoint file goes */
+#define RULE_H24 1              /* done is stored before the checkpoint file is deleted */
 #endif
 #ifndef RULE_T1
-#define RULE_T1 1               /* the target is cut back to the stored length before a life */
+#define RULE_T1 1               /* the target is cut back to the stored length before an attempt */
 #endif
 #ifndef RULE_T2
 #define RULE_T2 1               /* data durable before the position that counts it */
 #endif
 
-/* Choices that a host could make otherwise. */
+/* Choices that a host could make differently. */
 #ifndef END_GETPOS
 #define END_GETPOS 0            /* GetPos calls at an end of input: 0, 1 (left pending), 2 (carried out before Close) */
 #endif
 #ifndef STOP_GETPOS
-#define STOP_GETPOS 1           /* GetPos calls when the operator stops the load: likewise */
+#define STOP_GETPOS 1           /* GetPos calls when the operator stops the load: the same values */
 #endif
 #ifndef SETPOS_HEADER
 #define SETPOS_HEADER 0         /* 1: SetPos, then GetPos at once, on a file that is only a header */
@@ -181,7 +181,7 @@
 
 #define FMAX (N + 3)
 #define TMAX (N + 3)
-#define LIVES (2 * BUDGET + 7)
+#define ATTEMPTS (2 * BUDGET + 7)
 
 #define EMPTY(m) ((EMPTIES >> (m)) & 1)
 /* The module's test of a message that was backed out before: against the record it kept, 0 when there is none. */
@@ -194,8 +194,8 @@
 
 /* a message */
 #define ON 0                    /* on the queue */
-#define GOT 1                   /* in the unit of work of the life that runs */
-#define LIMBO 2                 /* in the unit of work of a life that is over, not backed out yet */
+#define GOT 1                   /* in the unit of work of the running attempt */
+#define LIMBO 2                 /* in the unit of work of an attempt that is over, not backed out yet */
 #define GONE 3
 #define PUT 4                   /* put and not committed by the sender: not on the queue yet */
 
@@ -214,7 +214,7 @@
 #define CRASH(text) if :: MISFORTUNE(F_CRASH); printf(text); goto died :: true fi
 
 byte budget = BUDGET;
-byte lives;
+byte attempts;
 
 /* The queue manager. */
 byte queue[N + 1];              /* ON, GOT, LIMBO, GONE */
@@ -222,22 +222,22 @@ bit backoutCount[N + 1];        /* whether it is above 0 */
 bit theirs[N + 1];              /* another load took it */
 bit connected;
 
-/* The checkpoint file, as the system calls left it, and the temporary files of even and odd lives. */
+/* The checkpoint file as the system calls left it, and the temporary files of even and odd attempts. */
 bit fileThere;
 bit headerThere;
 byte header;
 byte record[FMAX];              /* 0: a record of length 0 */
 byte records;
-byte torn;                      /* bytes behind the last whole record: 1: fewer than 8; 2: a length and part of its record */
-bit garbled;                    /* records were written behind a torn one, or without a header */
+byte torn;                      /* bytes after the last complete record: 1: fewer than 8; 2: a length and part of its record */
+bit garbled;                    /* records were written after a torn one, or without a header */
 bit rewriteBuffered;            /* header and first record are still in the stream's buffer */
-bit appendBuffered;             /* so is the last record */
+bit appendBuffered;             /* the last record is still in the stream's buffer */
 byte temp[2];
 byte tempHeader[2];
 byte tempRecord[2 * FMAX];
 byte tempRecords[2];
 
-/* The module: gone with the process. An offset is the number of a record, from 1; 0 is the start of the file. The
+/* The module's variables, lost with the process. An offset is the number of a record, from 1; 0 is the start of the file. The
    ...Valid bits are not in the module: they follow whether an offset was measured in the file as it is now. */
 byte CkPtSeq;
 byte CkPtOffset;
@@ -250,15 +250,15 @@ byte kept;                      /* CkPtRecBuf: a message, or 0 */
 bit syncpoint;
 bit timedOut;
 byte stream;                    /* the number of the record that is read next; 0: no stream */
-bit inside;                     /* the stream stands in the middle of a record */
-bit streamError;                /* a write failed: as long as the stream is open nothing is written behind it    */
+bit inside;                     /* the stream is in the middle of a record */
+bit streamError;                /* a write failed: nothing more is written while the stream is open */
 byte rc;
 byte rec;                       /* the record returned; 0: of length 0 */
 
-/* The host: the target, and the restart file beside it (or a row in the same transaction). */
+/* The host's target, and its restart file (or a row in the same transaction). */
 byte target[TMAX];
 byte written;                   /* records written, in this process's buffers or beyond */
-byte synced;                    /* records that reached the file */
+byte synced;                    /* records that are synced */
 byte stored;                    /* records that the stored position counts */
 bit positionThere;
 byte posSeq;
@@ -266,16 +266,16 @@ byte posOffset;
 bit posOffsetValid;
 bit posRepeat;                  /* a record was returned before GetPos: the file begins with it */
 
-/* The host: gone with the life. */
-byte givenSeq;                  /* what the last GetPos gave */
+/* The host's variables, lost with the attempt. */
+byte givenSeq;                  /* what the last GetPos returned */
 byte givenOffset;
 bit givenOffsetValid;
 bit givenRepeat;
 byte givenCount;
 bit givenUnsaved;
-bit returned;                   /* Read returned a record in this life */
-bit since;                      /* ... and since the last GetPos */
-bit fromQueue;                  /* a record came from the queue in this life */
+bit returned;                   /* Read returned a record in this attempt */
+bit since;                      /* Read returned a record since the last GetPos */
+bit fromQueue;                  /* a record came from the queue in this attempt */
 bit slow;                       /* the last Read took RWAIT */
 bit saveFailed;
 bit setPos;
@@ -285,8 +285,8 @@ byte then;                      /* what follows GetPos */
 bit finished;
 bit readOn;
 
-/* The command, over its lives. */
-bit beforeClean;                /* the life before met an end of input and was closed without error */
+/* The command's variables, kept from attempt to attempt. */
+bit beforeClean;                /* the previous attempt reached an end of input and was closed without error */
 byte beforeCount;               /* records in the target at its end */
 
 byte i, j, m;                   /* scratch: 0 between uses */
@@ -337,7 +337,7 @@ inline Find(state) {
     d_step { m = 1; do :: m <= N && queue[m] != state -> m++ :: else -> break od }
 }
 
-/* The connection is gone: the queue manager backs out, at once or later. */
+/* The connection is gone. The queue manager backs out, at once or later. */
 inline LoseConnection() {
     connected = 0;
     Find(GOT);
@@ -350,7 +350,7 @@ inline LoseConnection() {
     m = 0
 }
 
-/* What the queue manager and the senders do whenever they like. */
+/* What the queue manager and the senders can do at any time. */
 inline MeanwhileInMq() {
     Find(LIMBO);
     if
@@ -369,7 +369,7 @@ inline FirstOnQueue() {
 
 /* ---- module ---- */
 
-/* What a death or a failure leaves of a rewrite that was not flushed. */
+/* What a crash or a failure leaves of a rewrite that was not flushed. */
 inline TearRewrite() {
     rewriteBuffered = 0;
     if
@@ -414,7 +414,7 @@ inline RewriteInPlace() {
 }
 
 inline RewriteInReplay() {
-    temp[lives % 2] = PART;
+    temp[attempts % 2] = PART;
     CRASH("    dies while the temporary file is written\n");
     if
     :: MISFORTUNE(F_IO);
@@ -424,15 +424,15 @@ inline RewriteInReplay() {
     :: torn == 2 -> ERROR("ERROR: stuck: the rewrite meets a record cut short\n")
     :: torn != 2 ->
        d_step {
-           temp[lives % 2] = FULL;
-           tempHeader[lives % 2] = CkPtSeq;
-           tempRecord[(lives % 2) * FMAX] = kept;
+           temp[attempts % 2] = FULL;
+           tempHeader[attempts % 2] = CkPtSeq;
+           tempRecord[(attempts % 2) * FMAX] = kept;
            i = stream; j = 1;
            do
-           :: i <= records && j < FMAX -> tempRecord[(lives % 2) * FMAX + j] = record[i - 1]; i++; j++
+           :: i <= records && j < FMAX -> tempRecord[(attempts % 2) * FMAX + j] = record[i - 1]; i++; j++
            :: else -> break
            od;
-           tempRecords[lives % 2] = j;
+           tempRecords[attempts % 2] = j;
            i = 0; j = 0
        }
        CRASH("    dies with the temporary file complete and the checkpoint file still there\n");
@@ -440,8 +440,8 @@ inline RewriteInReplay() {
        CRASH("    dies between delete and rename\n");
        if
        :: MISFORTUNE(F_IO); printf("    fault: the rename fails\n"); rc = FAIL
-       :: true -> d_step { RenameTemp(lives % 2); stream = 2; streamError = 0 }
-          printf("    checkpoint %d: file replaced, %d records behind the last one kept\n", CkPtSeq, records - 1);
+       :: true -> d_step { RenameTemp(attempts % 2); stream = 2; streamError = 0 }
+          printf("    checkpoint %d: file replaced, %d records after the last one kept\n", CkPtSeq, records - 1);
           CRASH("    dies after the rename\n")
        fi
     fi
@@ -459,7 +459,7 @@ inline DoGetPos() {
 
 inline ReadFromChkPt() {
     if
-    :: inside -> ERROR("ERROR: garbled: the replay goes on in the middle of a record\n")
+    :: inside -> ERROR("ERROR: garbled: the replay continues in the middle of a record\n")
     :: !inside && stream == 0 -> rc = FAIL
     :: !inside && stream > records ->
        d_step { CkPtOffset = stream; offsetValid = 1 }
@@ -486,7 +486,7 @@ inline FailSave() {
 inline SaveAndCommit() {
     kept = m;
     if
-    :: MISFORTUNE(F_IO); printf("    fault: the place of the record to be saved cannot be told\n"); FailSave()
+    :: MISFORTUNE(F_IO); printf("    fault: the offset of the record to be saved cannot be determined\n"); FailSave()
     :: true -> WriteAndCommit()
     fi
 }
@@ -536,7 +536,7 @@ inline ReadFromQueue() {
        timedOut = 1; rc = TIMEOUT
     :: connected && timedOut -> if :: m <= N -> printf("    MQGET returns message %d\n", m); queue[m] = (syncpoint -> GOT : GONE) :: else fi; rc = TIMEOUT
     :: connected && MISFORTUNE(F_INHIBIT);
-       printf("    fault: MQGET fails without data, the connection lives\n"); rc = EOF
+       printf("    fault: MQGET fails without data, the connection works\n"); rc = EOF
     :: connected && MISFORTUNE(F_MQ);
        printf("    fault: MQGET fails without data, the connection is broken\n");
        if :: slow = 1; printf("      only after RWAIT has passed\n") :: true fi;
@@ -636,7 +636,7 @@ inline Open() {
     }
 }
 
-/* Mode 1: stops at the first MQ call that fails, then nothing is committed and the file stays as it is. */
+/* Mode 1 stops at the first MQ call that fails; then nothing is committed and the file stays as it is. */
 inline Close() {
     if
     :: !connected -> rc = FAIL
@@ -655,7 +655,7 @@ inline Close() {
 /* ---- host ---- */
 
 #if OVERTAKE || F_OTHER || !ORDER
-/* Nothing twice; the order is not known beforehand, or does not matter. */
+/* Checks that nothing is there twice. The order is not known beforehand, or does not matter. */
 inline Judge() {
     d_step {
         i = stored;
@@ -732,10 +732,10 @@ inline GetPos() {
 }
 
 inline StartLife() {
-    lives++;
-    if :: lives > LIVES -> ERROR("ERROR: stuck: one life after the other, and none is the last\n") :: else fi;
+    attempts++;
+    if :: attempts > ATTEMPTS -> ERROR("ERROR: stuck: one attempt after another, and none is the last\n") :: else fi;
     d_step {
-        printf("life %d: %d records stored", lives, stored);
+        printf("attempt %d: %d records stored", attempts, stored);
         if :: positionThere -> printf(" with position %d", posSeq) :: else fi;
         if
         :: !fileThere -> printf("; no checkpoint file\n")
@@ -795,11 +795,11 @@ inline LookAtFiles() {
     setPos = positionThere && (!RULE_H7 || records > 0 || (SETPOS_HEADER && headerThere))
 }
 
-/* The records of the life, one by one. */
+/* The records of the attempt, one by one. */
 inline TakeRecord() {
     if
     :: rec == 0 && RULE_H15 -> printf("  (a record of length 0, ignored)\n")
-    :: rec == 0 && !RULE_H15 -> ERROR("ERROR: doubled: a record of length 0 that nobody sent\n")
+    :: rec == 0 && !RULE_H15 -> ERROR("ERROR: doubled: a record of length 0 that no one sent\n")
     :: rec != 0 ->
        if
        :: first && posRepeat ->
@@ -841,7 +841,7 @@ active proctype Load()
 {
 atomic {
     queue[1] = (OVERTAKE -> PUT : ON);
-life:
+attempt:
     StartLife();
     LookAtFiles();
     if :: !RULE_H16 && !setPos -> d_step { CkPtSeq++; CkPtPending = 1; givenSeq = CkPtSeq; printf("  GetPos -> 1\n") }
@@ -926,8 +926,8 @@ stop:
        FinishLoad()
     :: !finished && then == END ->
        beforeClean = 1; beforeCount = written;
-       if :: MISFORTUNE(F_STOP); printf("  fault: the command dies between two lives\n"); goto ended :: true fi;
-       goto life
+       if :: MISFORTUNE(F_STOP); printf("  fault: the command dies between two attempts\n"); goto ended :: true fi;
+       goto attempt
     :: !finished && then != END -> goto ended
     fi;
 
@@ -952,7 +952,7 @@ died:
     fi;
 ended:
     beforeClean = 0; beforeCount = 0;
-    goto life;
+    goto attempt;
 
 done:
     skip

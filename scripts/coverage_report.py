@@ -1,10 +1,11 @@
-"""Prints what gcovr has counted and holds it against the branches that are known not to be taken.
+"""Prints what gcovr has counted and compares it with the list of branches that are known not to be taken.
 
     coverage_report.py BRANCHES.json NOT-TAKEN.md
 
-NOT-TAKEN.md names a file in a heading, "## src/x.cpp", and below it each line of the source with branches that are not taken, as
-it stands there without its indentation: "- `the line`", or "- 2 of `the line`" for more than one; the reason follows. Lines are
-known by their text and not by their number, which changes with every edit above. Ends with 1 when the two differ.
+NOT-TAKEN.md has a heading for each file, "## src/x.cpp". Under it is an item for each line of the source with branches that
+are not taken: "- `the line`", without its indentation, or "- 2 of `the line`" for more than one branch. The reason follows.
+Lines are identified by their text and not by their number, which changes with every edit above them. Ends with 1 if the
+counts and the list differ.
 """
 import json
 import re
@@ -13,7 +14,7 @@ from collections import Counter
 
 
 def read_named(path):
-    """The branches not taken that the list names, as (file, text of the line) -> how many."""
+    """Returns the branches that the list names, as a map from (file, text of the line) to their number."""
     named = Counter()
     file = None
     with open(path, encoding="utf-8") as lines:
@@ -51,13 +52,13 @@ def main(counted_path, named_path):
     found = Counter()
     for file, number, line, missing in not_taken:
         found[(file, line)] += missing
-        mark = "" if found[(file, line)] <= named[(file, line)] else f"   <- not named in {named_path}"
+        mark = "" if found[(file, line)] <= named[(file, line)] else f"   <- not listed in {named_path}"
         print(f"{file}:{number}: {missing} not taken: {line}{mark}")
     stale = {key: count for key, count in named.items() if found[key] < count}
     for (file, line), count in stale.items():
-        print(f"{file}: {found[(file, line)]} not taken, {count} named in {named_path}: {line}")
+        print(f"{file}: {found[(file, line)]} not taken, {count} listed in {named_path}: {line}")
     unnamed = sum((found - named).values())
-    print(f"{sum(found.values())} branches not taken, {unnamed} of them not named, {len(stale)} entries out of date")
+    print(f"{sum(found.values())} branches not taken, {unnamed} of them not listed, {len(stale)} entries out of date")
     return 1 if unnamed or stale else 0
 
 

@@ -29,7 +29,7 @@ std::string RestartedLoad::Finish() {
         }
         recordsOfCleanLife = target.size();
     }
-    return "one life after the other, and none is the last";
+    return "one attempt after another, and none is the last";
 }
 
 /// What is there before Open. Returns false, with failure_, when nothing may be opened; goBack tells whether

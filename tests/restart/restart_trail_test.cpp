@@ -80,7 +80,7 @@ TEST_F(Trail, H6_end_ReadingOnBehindADuplicateDoublesBoth) {
 }
 
 TEST_F(Trail, H6_close_WithoutCloseEveryLifeMeetsTheDuplicate) {
-    EXPECT_EQ(Play("H6-close"), "stuck: one life after the other, and none is the last");
+    EXPECT_EQ(Play("H6-close"), "stuck: one attempt after another, and none is the last");
     EXPECT_EQ(Target(), "1");
     EXPECT_EQ(queue.Waiting(), "1 2 3");
     EXPECT_EQ(Finish(), "");
@@ -120,7 +120,7 @@ TEST_F(Trail, H7_SetPosOnAFileWithoutARecordFailsEveryTime) {
     EXPECT_THAT(lastSetPos.errorText, HasSubstr("empty checkpoint file"));
     GoOn(R"(
   the process ends without Close
-life 3: 0 records stored with position 1; checkpoint file of 0 bytes
+attempt 3: 0 records stored with position 1; checkpoint file of 0 bytes
   Init, PRESERVE_RESTART_INFO YES, Open -> 0
   SetPos 1
     -> 34
@@ -163,7 +163,7 @@ TEST_F(Trail, H9_log_ReadingOnSkipsARecordThatWasCommitted) {
 /// Bytes that look like a record in a message show what is read there.
 TEST_F(Trail, H9_read_ReadingOnInTheMiddleOfARecordReturnsItsBytes) {
     bytesOfMessage1 = std::string("\5\0\0\0\0\0\0\0", 8) + "inner";
-    EXPECT_EQ(Play("H9-read"), "garbled: the replay goes on in the middle of a record");
+    EXPECT_EQ(Play("H9-read"), "garbled: the replay continues in the middle of a record");
     EXPECT_EQ(lastRead.returnCode, pmrcOK);
     EXPECT_EQ(Target(), "\"inner\"");
 }
@@ -210,7 +210,7 @@ TEST_F(Trail, H13_preserve_CloseDeletesTheFile) {
 }
 
 TEST_F(Trail, H15_ARecordThatNobodySentIsStored) {
-    EXPECT_EQ(Play("H15"), "doubled: a record of length 0 that nobody sent");
+    EXPECT_EQ(Play("H15"), "doubled: a record of length 0 that no one sent");
     EXPECT_EQ(lastRead.returnCode, pmrcOK);
     EXPECT_EQ(Target(), "\"\"");
     EXPECT_EQ(Finish(), "");
@@ -248,7 +248,7 @@ TEST_F(Trail, H22_ATornTailFailsEveryRewrite) {
     EXPECT_THAT(lastRead.errorText, HasSubstr("checkpoint record body"));
     GoOn(R"(
   the process ends without Close
-life 3: 1 records stored with position 2; checkpoint file: header 1, 1 records
+attempt 3: 1 records stored with position 2; checkpoint file: header 1, 1 records
   Init, PRESERVE_RESTART_INFO YES, Open -> 0
   SetPos 2
     -> 0 (header 1, replay from record 1 of 1)

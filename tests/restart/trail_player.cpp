@@ -46,7 +46,7 @@ struct TrailRows {
         {"the queue manager does not notice yet: message # stays in the unit of work", &Trail::StayUnnoticed},
         {"the queue manager backs message # out", &Trail::BackOutLate},
         {"message # is committed by its sender", &Trail::CommitOfSender},
-        {"fault: MQGET fails without data, the connection lives", &Trail::MeetFailure},
+        {"fault: MQGET fails without data, the connection works", &Trail::MeetFailure},
         {"fault: MQGET fails without data, the connection is broken", &Trail::MeetBrokenConnection},
         {"only after RWAIT has passed", &Trail::BeSlow},
         {"fault: MQGET returns message # with a warning", &Trail::MeetWarning, &Trail::CheckDelivered},
@@ -55,11 +55,11 @@ struct TrailRows {
         {"fault: writing the temporary file fails", &Trail::FailTemporary},
         {"fault: reading the checkpoint file fails in the middle of a record", &Trail::FailReplay},
         {"fault: the checkpoint file cannot be read", &Trail::FailSetPos},
-        {"fault: the place of the record to be saved cannot be told", &Trail::FailPlace},
+        {"fault: the offset of the record to be saved cannot be determined", &Trail::FailPlace},
         {"fault: so does MQBACK", &Trail::FailBackOut},
         {"fault: writing the message log fails", &Trail::FailLog},
         {"checkpoint #: file truncated, header and last record written", nullptr, &Trail::CheckRewrite},
-        {"checkpoint #: file replaced, # records behind the last one kept", nullptr,
+        {"checkpoint #: file replaced, # records after the last one kept", nullptr,
          &Trail::CheckReplacement},
         {"MQGET returns message #", nullptr, &Trail::CheckDelivered},
         {"message # is taken for a duplicate", nullptr, &Trail::CheckDelivered},
@@ -118,7 +118,7 @@ void Trail::PlayLines(const std::vector<TrailLine>& lines) {
     for (auto line = lines.begin(); line != lines.end() && !HasFatalFailure();) {
         const auto next =
             std::find_if(line + 1, lines.end(), [](const TrailLine& other) { return other.indent <= 2; });
-        SCOPED_TRACE("life " + std::to_string(life) + ", line: " + line->text);
+        SCOPED_TRACE("attempt " + std::to_string(life) + ", line: " + line->text);
         PlayBlock({line, next});
         line = next;
     }
@@ -126,7 +126,7 @@ void Trail::PlayLines(const std::vector<TrailLine>& lines) {
 
 void Trail::PlayBlock(const std::vector<TrailLine>& block) {
     const std::string& text = block.front().text;
-    if (text.rfind("life ", 0) == 0) return PlayLife(text);
+    if (text.rfind("attempt ", 0) == 0) return PlayLife(text);
     if (text.rfind("ERROR: ", 0) == 0) {
         if (error_.empty()) error_ = text.substr(7);
         return;
@@ -187,7 +187,7 @@ void Trail::PlayLife(const std::string& line) {
 }
 
 std::string Trail::LifeLine() const {
-    std::string line = "life " + std::to_string(life) + ": " + std::to_string(stored ? stored->records : 0) +
+    std::string line = "attempt " + std::to_string(life) + ": " + std::to_string(stored ? stored->records : 0) +
                        " records stored";
     if (stored) line += " with position " + std::to_string(stored->data.CkPtSeq);
     return line + "; " + CheckpointText();
