@@ -4,12 +4,15 @@
 #include <cstdio>
 #include <cstring>
 
-#include "diag/message_catalogue.h"
-
 namespace {
 
-// Written only here; survives every request.
+// Written only by the routines of this file. Empty when the module is loaded; no request clears it.
 char messageText[1024];
+
+const char* FormatList(const char* format, std::va_list arguments) {
+    std::vsnprintf(messageText, sizeof messageText, format, arguments);
+    return messageText;
+}
 
 }  // namespace
 
@@ -18,22 +21,17 @@ const char* MessageText() {
 }
 
 const char* FormatText(const char* format, ...) {
-    va_list arguments;
+    std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(messageText, sizeof messageText, format, arguments);
+    FormatList(format, arguments);
     va_end(arguments);
     return messageText;
 }
 
-const char* FormatNumbered(int code, ...) {
-    const char* format = GetMsgFormat(code);
-    // Every format of the catalogue begins with the code, so the code is formatted first and the rest, which
-    // takes the caller's arguments, behind it.
-    const char* rest = std::strchr(format, ':');
-    const int used = std::snprintf(messageText, sizeof messageText, "MQA%04d", code);
-    va_list arguments;
-    va_start(arguments, code);
-    std::vsnprintf(messageText + used, sizeof messageText - static_cast<std::size_t>(used), rest, arguments);
+const char* format_check::FormatChecked(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    FormatList(format, arguments);
     va_end(arguments);
     return messageText;
 }

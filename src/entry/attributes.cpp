@@ -30,13 +30,13 @@ void TraceOutcome(const char* text) {
 }
 
 void TraceReceived(const Attribute& attribute, const char* text) {
-    TraceOutcome(FormatText("%s '%s' %s", "Attribute name:", attribute.name, text));
+    TraceOutcome(FormatText("Attribute name: '%s' %s", attribute.name, text));
 }
 
 ReturnCode RefuseValue(const Attribute& attribute) {
-    TraceOutcome(FormatText("%s '%s' %s ('%.*s'). %s.", "Attribute name:", attribute.name,
-                            "received.  Invalid value", attribute.textLength, attribute.value,
-                            "Returning 'pmrcBadAttrValue' to client"));
+    TraceOutcome(FormatText(
+        "Attribute name: '%s' received.  Invalid value ('%.*s'). Returning 'pmrcBadAttrValue' to client.",
+        attribute.name, attribute.textLength, attribute.value));
     return pmrcBadAttrValue;
 }
 
@@ -57,9 +57,9 @@ ReturnCode PutPreserve(const Attribute& attribute) {
 
 ReturnCode PutTimeout(const Attribute& attribute) {
     EnableTimeout(ReadNumber(attribute.value, static_cast<std::size_t>(attribute.textLength)));
-    TraceOutcome(FormatText("%s '%s' %s %s", "Attribute name:", attribute.name,
-                            "received. Enabled TimeOut Facility for responsiveness",
-                            "while reading input data from queue."));
+    TraceReceived(
+        attribute,
+        "received. Enabled TimeOut Facility for responsiveness while reading input data from queue.");
     return pmrcOK;
 }
 
@@ -72,8 +72,8 @@ ReturnCode PutLogHandle(const Attribute& attribute) {
 }
 
 ReturnCode Acknowledge(const Attribute& attribute) {
-    TraceOutcome(FormatText("Received attribute '%s'='%.*s', %s", attribute.name, attribute.textLength,
-                            attribute.value, "no action taken nor required"));
+    TraceOutcome(FormatText("Received attribute '%s'='%.*s', no action taken nor required", attribute.name,
+                            attribute.textLength, attribute.value));
     return pmrcOK;
 }
 
@@ -113,8 +113,8 @@ ReturnCode Put(const Attribute& attribute) {
     for (const AttributeRow& row : kAttributes) {
         if (std::strcmp(attribute.name, row.name) == 0) return row.put(attribute);
     }
-    TraceOutcome(FormatText("Attribute name: '%s' unknown.  %s.", attribute.name,
-                            "Returning 'pmrcBadAttrName' to client"));
+    TraceOutcome(
+        FormatText("Attribute name: '%s' unknown.  Returning 'pmrcBadAttrName' to client.", attribute.name));
     return pmrcBadAttrName;
 }
 

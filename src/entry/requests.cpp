@@ -74,7 +74,7 @@ ReturnCode RunClose(void*) {
 
 ReturnCode RunCloseRewind(void* data) {
     SetPositionUnchangedFlag(false);
-    ReportError(Severity::Warning, kFunction, FormatNumbered(159));
+    ReportError(Severity::Warning, kFunction, FormatNumbered<Message::kCloseRewindUnsupported>());
     return RunClose(data);
 }
 

@@ -16,12 +16,10 @@ namespace {
 
 constexpr char kFunction[] = "CheckParm";
 constexpr std::size_t kMaxKeywordCharacters = 250;
-constexpr int kUnidentifiedKeyword = 100;
-constexpr int kArgumentMissing = 164;
 
 struct KeywordRow;
 
-// The tokens being validated and the place of the keyword among them.
+// The tokens being validated, and which of them is the keyword.
 struct Position {
     char* const* tokens;
     std::int32_t count;
@@ -30,19 +28,47 @@ struct Position {
 
 using Check = ReturnCode (*)(const KeywordRow&, const Position&);
 
-// One keyword. What `check` needs beyond the name stands in the columns of its kind.
+// Formats the message for a value that is refused.
+//   number  in  the value as a number, or the number of its characters when it is a path or a name
+using Refusal = const char* (*)(const KeywordRow&, const char* value, std::int32_t number);
+
+// One keyword. Which columns it fills in depends on its check.
 struct KeywordRow {
     const char* name;
     Check check;
-    int message = 0;                        // the numbered message for a value that is refused
-    std::int32_t limit = 0;                 // largest number, or most characters
-    char* text = nullptr;                   // paths and names: where the value goes
-    bool* flag = nullptr;                   // set when the value is taken; for Yes and No the setting itself
-    void (*store)(std::int32_t) = nullptr;  // numbers: stores the value, before it is checked
-    bool (*inRange)(std::int32_t) = nullptr;
+    Refusal refusal = nullptr;
+    std::int32_t smallest = 1;  // numbers
+    std::int32_t largest = 0;   // numbers; most characters of paths and names
+    char* text = nullptr;       // where a path or name is stored
+    bool* flag = nullptr;       // set when the value is accepted; the setting itself for Yes and No
+    void (*store)(std::int32_t) = nullptr;  // stores a number, before it is checked
 };
 
-ReturnCode Refuse(const char* message) {
+template <Message kMessage>
+const char* RefuseNumber(const KeywordRow& row, const char*, std::int32_t number) {
+    return FormatNumbered<kMessage>(row.name, number);
+}
+
+const char* RefuseBlockSize(const KeywordRow& row, const char*, std::int32_t number) {
+    return FormatNumbered<Message::kBlockSizeOutOfRange>(row.name, number, row.largest);
+}
+
+template <Message kMessage>
+const char* RefuseWord(const KeywordRow& row, const char* value, std::int32_t) {
+    return FormatNumbered<kMessage>(row.name, value);
+}
+
+template <Message kMessage>
+const char* RefuseName(const KeywordRow& row, const char* value, std::int32_t characters) {
+    return FormatNumbered<kMessage>(row.name, value, characters, row.largest);
+}
+
+template <Message kMessage>
+const char* RefusePath(const KeywordRow& row, const char* value, std::int32_t characters) {
+    return FormatNumbered<kMessage>(row.name, "pathname", value, characters, row.largest);
+}
+
+ReturnCode Fail(const char* message) {
     ReportError(Severity::Error, kFunction, message);
     return pmrcFailure;
 }
@@ -55,10 +81,10 @@ char* Token(const Position& at, std::int32_t offset) {
     return at.tokens[*at.index + offset];
 }
 
-// The value of a keyword, or null with the error reported when there is none.
+// Returns the value after the keyword; or null, with the error reported, when there is none.
 char* Value(const Position& at) {
     if (HasToken(at, 1)) return Token(at, 1);
-    (void)Refuse(FormatNumbered(kArgumentMissing, Token(at, 0)));
+    (void)Fail(FormatNumbered<Message::kArgumentMissing>(Token(at, 0)));
     return nullptr;
 }
 
@@ -77,16 +103,32 @@ ReturnCode CheckFlag(const KeywordRow& row, const Position& at) {
     return Consume(at, 1);
 }
 
-ReturnCode CheckNumber(const KeywordRow& row, const Position& at) {
+bool IsInRange(const KeywordRow& row, std::int32_t number) {
+    return number >= row.smallest && number <= row.largest;
+}
+
+ReturnCode StoreNumber(const KeywordRow& row, const Position& at,
+                       bool (*isAccepted)(const KeywordRow&, std::int32_t)) {
     const char* value = Value(at);
     if (value == nullptr) return pmrcFailure;
     const std::int32_t number = ReadNumber(value, std::strlen(value));
     row.store(number);
-    if (!row.inRange(number)) return Refuse(FormatNumbered(row.message, row.name, number, row.limit));
+    if (!isAccepted(row, number)) return Fail(row.refusal(row, value, number));
     return Consume(at, 2);
 }
 
-// Sets *setting by YES or NO in any case, upper-casing the value in place. Returns false for any other word.
+ReturnCode CheckNumber(const KeywordRow& row, const Position& at) {
+    return StoreNumber(row, at, IsInRange);
+}
+
+ReturnCode CheckReadWait(const KeywordRow& row, const Position& at) {
+    return StoreNumber(row, at, [](const KeywordRow& r, std::int32_t seconds) {
+        return seconds == kUnlimitedWait || IsInRange(r, seconds);
+    });
+}
+
+// Sets *setting for YES or NO in any case, and converts the value to upper case in place. Returns false for
+// any other word.
 bool ReadYesNo(char* value, bool* setting) {
     UpperCase(value);
     const bool yes = std::strcmp(value, "YES") == 0;
@@ -98,15 +140,15 @@ bool ReadYesNo(char* value, bool* setting) {
 ReturnCode CheckYesNo(const KeywordRow& row, const Position& at) {
     char* value = Value(at);
     if (value == nullptr) return pmrcFailure;
-    if (!ReadYesNo(value, row.flag)) return Refuse(FormatNumbered(row.message, row.name, value));
+    if (!ReadYesNo(value, row.flag)) return Fail(row.refusal(row, value, 0));
     return Consume(at, 2);
 }
 
 ReturnCode CheckFlush(const KeywordRow& row, const Position& at) {
     char* value = Value(at);
     if (value == nullptr) return pmrcFailure;
-    if (!ReadYesNo(value, &writableSettings.FLUSH)) {
-        if (std::strcmp(value, "T") != 0) return Refuse(FormatNumbered(row.message, row.name, value));
+    if (!ReadYesNo(value, row.flag)) {
+        if (std::strcmp(value, "T") != 0) return Fail(row.refusal(row, value, 0));
         writableSettings.flushT = true;
     }
     return Consume(at, 2);
@@ -121,78 +163,66 @@ ReturnCode CheckConvert(const KeywordRow& row, const Position& at) {
         return Consume(at, 2);
     }
     bool convert = false;
-    if (!ReadYesNo(value, &convert)) return Refuse(FormatNumbered(row.message, row.name, value));
+    if (!ReadYesNo(value, &convert)) return Fail(row.refusal(row, value, 0));
     writableSettings.CONVERT = convert ? 1 : 0;
     return Consume(at, 2);
 }
 
-// Copies a value that fits into a text of limit + 1 bytes and clears what is behind it.
-bool TakeText(const char* value, std::int32_t limit, char* text) {
-    if (std::strlen(value) > static_cast<std::size_t>(limit)) return false;
-    std::strncpy(text, value, static_cast<std::size_t>(limit) + 1);
-    return true;
+// Returns pmrcOK when the value has at most row.largest characters, else fails with the row's message.
+ReturnCode CheckLength(const KeywordRow& row, const char* value) {
+    const std::size_t characters = std::strlen(value);
+    if (characters <= static_cast<std::size_t>(row.largest)) return pmrcOK;
+    return Fail(row.refusal(row, value, static_cast<std::int32_t>(characters)));
 }
 
-int LengthOf(const char* value) {
-    return static_cast<int>(std::strlen(value));
+// Copies an accepted value into the row's text, which has room for row.largest characters and a NUL, and fills
+// the rest of it with zeros.
+void StoreText(const KeywordRow& row, const char* value) {
+    std::strncpy(row.text, value, static_cast<std::size_t>(row.largest) + 1);
 }
 
-ReturnCode CheckPath(const KeywordRow& row, const Position& at) {
+ReturnCode CheckText(const KeywordRow& row, const Position& at) {
     const char* value = Value(at);
-    if (value == nullptr) return pmrcFailure;
-    if (!TakeText(value, row.limit, row.text)) {
-        return Refuse(FormatNumbered(row.message, row.name, kPathname, value, LengthOf(value), row.limit));
-    }
+    if (value == nullptr || CheckLength(row, value) != pmrcOK) return pmrcFailure;
+    StoreText(row, value);
     *row.flag = true;
     return Consume(at, 2);
 }
 
-ReturnCode CheckName(const KeywordRow& row, const Position& at) {
+ReturnCode StoreChannelField(const KeywordRow& row, const Position& at, void (*set)(const char*)) {
     const char* value = Value(at);
-    if (value == nullptr) return pmrcFailure;
-    if (!TakeText(value, row.limit, row.text)) {
-        return Refuse(FormatNumbered(row.message, row.name, value, LengthOf(value), row.limit));
-    }
-    *row.flag = true;
-    return Consume(at, 2);
-}
-
-ReturnCode TakeChannelField(const KeywordRow& row, const Position& at, void (*set)(const char*)) {
-    const char* value = Value(at);
-    if (value == nullptr) return pmrcFailure;
-    if (std::strlen(value) > static_cast<std::size_t>(row.limit)) {
-        return Refuse(FormatNumbered(row.message, row.name, value, LengthOf(value), row.limit));
-    }
+    if (value == nullptr || CheckLength(row, value) != pmrcOK) return pmrcFailure;
     *row.flag = true;
     set(value);
     return Consume(at, 2);
 }
 
-// The line on standard output is on purpose: users know it.
+// Printing the keyword to standard output is deliberate: hosts and their operators know the line.
 ReturnCode CheckServer(const KeywordRow& row, const Position& at) {
     (void)std::printf("keyword= %s\n", row.name);
-    return TakeChannelField(row, at, SetConnectionName);
+    return StoreChannelField(row, at, SetConnectionName);
 }
 
 ReturnCode CheckChannel(const KeywordRow& row, const Position& at) {
-    return TakeChannelField(row, at, SetChannelName);
+    return StoreChannelField(row, at, SetChannelName);
 }
 
-// The token behind the level is always the path, even when it looks like a keyword. A level out of range is
-// reported, but the path is still taken.
+// The token after the level is always the path, even if it looks like a keyword. If the level is out of range,
+// the path is stored all the same.
 ReturnCode CheckTrace(const KeywordRow& row, const Position& at) {
+    constexpr int kMaxLevel = 4;
     const char* levelText = Value(at);
     if (levelText == nullptr) return pmrcFailure;
     ReturnCode rc = pmrcOK;
     const std::int32_t level = ReadNumber(levelText, std::strlen(levelText));
     SetTraceLevel(level);
-    if (level < 0 || level > 4) rc = Refuse(FormatNumbered(101, row.name, level));
-
-    if (!HasToken(at, 2)) return Refuse(FormatNumbered(kArgumentMissing, levelText));
-    const char* path = Token(at, 2);
-    if (!TakeText(path, row.limit, row.text)) {
-        return Refuse(FormatNumbered(row.message, row.name, kPathname, path, LengthOf(path), row.limit));
+    if (level < 0 || level > kMaxLevel) {
+        rc = Fail(FormatNumbered<Message::kTraceLevelOutOfRange>(row.name, level));
     }
+    if (!HasToken(at, 2)) return Fail(FormatNumbered<Message::kArgumentMissing>(levelText));
+    const char* path = Token(at, 2);
+    if (CheckLength(row, path) != pmrcOK) return pmrcFailure;
+    StoreText(row, path);
     (void)Consume(at, 3);
     return rc;
 }
@@ -200,22 +230,10 @@ ReturnCode CheckTrace(const KeywordRow& row, const Position& at) {
 void StoreBlockSize(std::int32_t bytes) {
     writableSettings.BKSZ = bytes;
 }
-bool IsBlockSize(std::int32_t bytes) {
-    return bytes >= 1 && bytes <= kMaxBlockSize;
-}
-
-bool IsWait(std::int32_t seconds) {
-    return seconds >= 1 && seconds <= 600;
-}
-bool IsReadWait(std::int32_t seconds) {
-    return seconds == kUnlimitedWait || IsWait(seconds);
-}
-bool IsTenacity(std::int32_t seconds) {
-    return seconds >= 1 && seconds <= 6000;
-}
-
+// A number that is about to be refused is stored as it is.
 void StoreReadWait(std::int32_t seconds) {
-    writableSettings.RWAIT = IsWait(seconds) ? seconds * 1000 : seconds;
+    const bool isWait = seconds >= 1 && seconds <= kMaxWaitSeconds;
+    writableSettings.RWAIT = isWait ? seconds * 1000 : seconds;
 }
 void StoreOpenWait(std::int32_t seconds) {
     writableSettings.OWAIT = static_cast<std::uint32_t>(seconds);
@@ -228,60 +246,76 @@ constexpr KeywordRow kKeywords[] = {
     {.name = "HELP", .check = CheckHelp},
     {.name = "TRCL",
      .check = CheckTrace,
-     .message = 103,
-     .limit = kMaxPathCharacters,
+     .refusal = RefusePath<Message::kTracePathTooLong>,
+     .largest = kMaxPathCharacters,
      .text = writableSettings.tracePath},
     {.name = "BKSZ",
      .check = CheckNumber,
-     .message = 106,
-     .limit = kMaxBlockSize,
-     .store = StoreBlockSize,
-     .inRange = IsBlockSize},
-    {.name = "RWAIT", .check = CheckNumber, .message = 107, .store = StoreReadWait, .inRange = IsReadWait},
+     .refusal = RefuseBlockSize,
+     .largest = kMaxBlockSize,
+     .store = StoreBlockSize},
+    {.name = "RWAIT",
+     .check = CheckReadWait,
+     .refusal = RefuseNumber<Message::kReadWaitOutOfRange>,
+     .largest = kMaxWaitSeconds,
+     .store = StoreReadWait},
     {.name = "OTENACITY",
      .check = CheckNumber,
-     .message = 108,
-     .store = StoreTenacity,
-     .inRange = IsTenacity},
-    {.name = "OWAIT", .check = CheckNumber, .message = 109, .store = StoreOpenWait, .inRange = IsWait},
+     .refusal = RefuseNumber<Message::kTenacityOutOfRange>,
+     .largest = kMaxTenacitySeconds,
+     .store = StoreTenacity},
+    {.name = "OWAIT",
+     .check = CheckNumber,
+     .refusal = RefuseNumber<Message::kOpenWaitOutOfRange>,
+     .largest = kMaxWaitSeconds,
+     .store = StoreOpenWait},
     {.name = "LOG",
-     .check = CheckPath,
-     .message = 110,
-     .limit = kMaxPathCharacters,
+     .check = CheckText,
+     .refusal = RefusePath<Message::kLogPathTooLong>,
+     .largest = kMaxPathCharacters,
      .text = writableSettings.logPath,
      .flag = &writableSettings.LOG},
-    {.name = "TLF", .check = CheckYesNo, .message = 112, .flag = &writableSettings.TLF},
-    {.name = "TDM", .check = CheckYesNo, .message = 114, .flag = &writableSettings.TDM},
-    {.name = "CONVERT", .check = CheckConvert, .message = 115},
-    {.name = "FLUSH", .check = CheckFlush, .message = 116},
+    {.name = "TLF",
+     .check = CheckYesNo,
+     .refusal = RefuseWord<Message::kLogFailureWordInvalid>,
+     .flag = &writableSettings.TLF},
+    {.name = "TDM",
+     .check = CheckYesNo,
+     .refusal = RefuseWord<Message::kDuplicateWordInvalid>,
+     .flag = &writableSettings.TDM},
+    {.name = "CONVERT", .check = CheckConvert, .refusal = RefuseWord<Message::kConvertWordInvalid>},
+    {.name = "FLUSH",
+     .check = CheckFlush,
+     .refusal = RefuseWord<Message::kFlushWordInvalid>,
+     .flag = &writableSettings.FLUSH},
     {.name = "CKFILE",
-     .check = CheckPath,
-     .message = 117,
-     .limit = kMaxPathCharacters,
+     .check = CheckText,
+     .refusal = RefusePath<Message::kCheckpointPathTooLong>,
+     .largest = kMaxPathCharacters,
      .text = writableSettings.checkpointPath,
      .flag = &writableSettings.CKFILE},
     {.name = "MQEX", .check = CheckFlag, .flag = &writableSettings.MQEX},
     {.name = "QMGR",
-     .check = CheckName,
-     .message = 118,
-     .limit = kMaxNameCharacters,
+     .check = CheckText,
+     .refusal = RefuseName<Message::kQueueManagerNameTooLong>,
+     .largest = kMaxNameCharacters,
      .text = writableSettings.QMGR,
      .flag = &writableSettings.qmgrGiven},
     {.name = "QNM",
-     .check = CheckName,
-     .message = 119,
-     .limit = kMaxNameCharacters,
+     .check = CheckText,
+     .refusal = RefuseName<Message::kQueueNameTooLong>,
+     .largest = kMaxNameCharacters,
      .text = writableSettings.QNM,
      .flag = &writableSettings.qnmGiven},
     {.name = "SRVR",
      .check = CheckServer,
-     .message = 120,
-     .limit = sizeof(MQCD::ConnectionName),
+     .refusal = RefuseName<Message::kServerNameTooLong>,
+     .largest = sizeof(MQCD::ConnectionName),
      .flag = &writableSettings.srvrGiven},
     {.name = "CHNL",
      .check = CheckChannel,
-     .message = 121,
-     .limit = sizeof(MQCD::ChannelName),
+     .refusal = RefuseName<Message::kChannelNameTooLong>,
+     .largest = sizeof(MQCD::ChannelName),
      .flag = &writableSettings.chnlGiven},
 };
 
@@ -297,7 +331,7 @@ const KeywordRow* FindKeyword(const char* name) {
 ReturnCode CheckParm(char* const* tokens, std::int32_t count, std::int32_t* index) {
     const char* token = tokens[*index];
     if (std::strlen(token) > kMaxKeywordCharacters)
-        return Refuse(FormatNumbered(kUnidentifiedKeyword, token));
+        return Fail(FormatNumbered<Message::kUnidentifiedKeyword>(token));
 
     char keyword[kMaxKeywordCharacters + 1];
     std::snprintf(keyword, sizeof keyword, "%s", token[0] == '-' ? token + 1 : token);
@@ -305,6 +339,6 @@ ReturnCode CheckParm(char* const* tokens, std::int32_t count, std::int32_t* inde
     TraceLine(TraceLevel::Always, Severity::Info, kFunction, FormatText("Keyword: %s", keyword));
 
     const KeywordRow* row = FindKeyword(keyword);
-    if (row == nullptr) return Refuse(FormatNumbered(kUnidentifiedKeyword, keyword));
+    if (row == nullptr) return Fail(FormatNumbered<Message::kUnidentifiedKeyword>(keyword));
     return row->check(*row, {tokens, count, index});
 }

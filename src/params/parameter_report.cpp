@@ -25,7 +25,7 @@ void ReportCheckpoint(const Settings& settings) {
     } else if (!settings.CKFILE) {
         Report("Checkpoint: None.");
     } else {
-        Report(FormatText("Checkpoint: File-based to %s %s", kPathname, settings.checkpointPath));
+        Report(FormatText("Checkpoint: File-based to pathname %s", settings.checkpointPath));
     }
 }
 
@@ -34,7 +34,7 @@ void ReportLogging(const Settings& settings) {
         Report("Logging: none");
         return;
     }
-    Report(FormatText("Logging %s: '%s'", kPathname, settings.logPath));
+    Report(FormatText("Logging pathname: '%s'", settings.logPath));
     Report(settings.TLF ? "Terminate on Log failure: yes" : "Terminate on Log failure: no");
 }
 

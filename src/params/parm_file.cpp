@@ -48,8 +48,8 @@ ReturnCode ReadLines(std::FILE* file) {
         if (rc != pmrcOK) return rc;
     }
     if (std::feof(file) != 0) return pmrcOK;
-    ReportStreamError(Severity::Error, kFunction, FormatNumbered(125), "fgets", Activity::Parameter,
-                      "parameter");
+    ReportStreamError(Severity::Error, kFunction, FormatNumbered<Message::kParameterFileReadFailed>(),
+                      "fgets", Activity::Parameter, "parameter");
     return pmrcFailure;
 }
 
@@ -63,7 +63,7 @@ ReturnCode ReadParmFile() {
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
               FormatText("Opening parameter file name: '%s'", parmFilePath));
     std::FILE* file = std::fopen(parmFilePath, "r");
-    if (file == nullptr) return Fail(FormatNumbered(124, std::strerror(errno)));
+    if (file == nullptr) return Fail(FormatNumbered<Message::kParameterFileOpenFailed>(std::strerror(errno)));
     const ReturnCode rc = ReadLines(file);
     (void)std::fclose(file);
     return rc;

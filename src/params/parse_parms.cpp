@@ -33,11 +33,13 @@ void TraceJobEvent(const char* text) {
 // -PARMFILE is the one keyword of the initialization string that CheckParm does not know; its dash is
 // required.
 ReturnCode TakeParmFile(const TokenList& tokens, std::int32_t* index) {
-    if (*index + 1 >= tokens.count) return Fail(FormatNumbered(164, tokens.slots[*index]));
+    if (*index + 1 >= tokens.count)
+        return Fail(FormatNumbered<Message::kArgumentMissing>(tokens.slots[*index]));
     const char* path = tokens.slots[*index + 1];
     const std::size_t length = std::strlen(path);
     if (length > kMaxPathCharacters) {
-        return Fail(FormatNumbered(126, kPathname, path, static_cast<int>(length), kMaxPathCharacters));
+        return Fail(FormatNumbered<Message::kParameterFilePathTooLong>(
+            "pathname", path, static_cast<int>(length), kMaxPathCharacters));
     }
     SetParmFilePath(path);
     *index += 2;
@@ -75,14 +77,15 @@ ReturnCode ReadInitString(const char* initString, std::int32_t length, bool* par
 
 ReturnCode CheckAcrossKeywords() {
     Settings& settings = writableSettings;
-    if (!settings.qmgrGiven) return Fail(FormatNumbered(127, "QMGR"));
-    if (!settings.qnmGiven) return Fail(FormatNumbered(128, "QNM"));
+    if (!settings.qmgrGiven) return Fail(FormatNumbered<Message::kQueueManagerNameMissing>("QMGR"));
+    if (!settings.qnmGiven) return Fail(FormatNumbered<Message::kQueueNameMissing>("QNM"));
     if (!settings.LOG) {
         settings.TLF = false;
     } else if (settings.TLF && settings.MqCheckpointMode) {
-        return Fail(FormatNumbered(129, "TLF", "CKMQ"));
+        return Fail(FormatNumbered<Message::kLogAndMqCheckpoints>("TLF", "CKMQ"));
     }
-    if (settings.CKFILE && settings.MqCheckpointMode) return Fail(FormatNumbered(130, "CKFILE", "CKMQ"));
+    if (settings.CKFILE && settings.MqCheckpointMode)
+        return Fail(FormatNumbered<Message::kFileAndMqCheckpoints>("CKFILE", "CKMQ"));
     return pmrcOK;
 }
 
@@ -90,9 +93,10 @@ ReturnCode CheckAcrossKeywords() {
 // somewhere.
 ReturnCode OpenTraceFile() {
     const Settings& settings = Setting();
-    TraceJobEvent(FormatText("Trace being directed to %s: '%s'", kPathname, settings.tracePath));
+    TraceJobEvent(FormatText("Trace being directed to pathname: '%s'", settings.tracePath));
     std::FILE* file = std::fopen(settings.tracePath, "a");
-    if (file == nullptr) return Fail(FormatNumbered(132, settings.tracePath, std::strerror(errno)));
+    if (file == nullptr)
+        return Fail(FormatNumbered<Message::kTraceFileOpenFailed>(settings.tracePath, std::strerror(errno)));
     UseTraceFile(file);
     ShowModuleID();
     return pmrcOK;
@@ -114,7 +118,8 @@ ReturnCode StartTrace() {
 ReturnCode ResolveClientChannel() {
     constexpr char kFromEnvironment[] = "%s (keyword:%s) was not specified.\n%s";
     const Settings& settings = Setting();
-    if (settings.chnlGiven != settings.srvrGiven) return Fail(FormatNumbered(133, "CHNL", "SRVR"));
+    if (settings.chnlGiven != settings.srvrGiven)
+        return Fail(FormatNumbered<Message::kChannelWithoutServer>("CHNL", "SRVR"));
     if (settings.chnlGiven) return pmrcOK;
     SetChannelName("");
     TraceJobEvent(FormatText(kFromEnvironment, "Channel Name", "CHNL",

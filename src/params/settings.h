@@ -13,9 +13,8 @@ inline constexpr std::size_t kPathBytes = kMaxPathCharacters + 1;
 inline constexpr std::int32_t kMaxNameCharacters = 48;  ///< queue managers and queues
 inline constexpr std::int32_t kMaxBlockSize = 16777216;
 inline constexpr std::int32_t kUnlimitedWait = -1;
-
-/// How messages and the report call a path.
-inline constexpr char kPathname[] = "pathname";
+inline constexpr std::int32_t kMaxWaitSeconds = 600;
+inline constexpr std::int32_t kMaxTenacitySeconds = 6000;
 
 struct Settings {
     // Reset by every Init.

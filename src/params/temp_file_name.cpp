@@ -25,7 +25,8 @@ ReturnCode BuildTempFileName(const char* checkpointPath, char (&name)[kPathBytes
     const int processIdLength = std::snprintf(processId, sizeof processId, "%d", CurrentProcessId());
     const int length = folderLength + static_cast<int>(std::strlen(kPrefix)) + processIdLength;
     if (length > kMaxPathCharacters) {
-        ReportError(Severity::Error, kFunction, FormatNumbered(135, length, kMaxPathCharacters));
+        ReportError(Severity::Error, kFunction,
+                    FormatNumbered<Message::kTemporaryPathTooLong>(length, kMaxPathCharacters));
         return pmrcFailure;
     }
     std::snprintf(name, sizeof name, "%.*s%s%s", folderLength, checkpointPath, kPrefix, processId);

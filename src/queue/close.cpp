@@ -40,7 +40,8 @@ ReturnCode CloseQueue() {
     char queue[sizeof(MQOD::ObjectName) + 1];
     std::snprintf(queue, sizeof queue, "%.*s", static_cast<int>(sizeof(MQOD::ObjectName)),
                   OpenedObjectName());
-    ReportError(Severity::Error, kFunction, FormatNumbered(142, queue, static_cast<long>(reason)));
+    ReportError(Severity::Error, kFunction,
+                FormatNumbered<Message::kQueueCloseFailed>(queue, static_cast<long>(reason)));
     return pmrcFailure;
 }
 
@@ -54,7 +55,7 @@ ReturnCode Disconnect() {
     SetConnectionHandle(0);
     if (compCode == MQCC_OK) return pmrcOK;
     ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
-                FormatNumbered(144, Setting().QMGR, static_cast<long>(reason)));
+                FormatNumbered<Message::kDisconnectFailed>(Setting().QMGR, static_cast<long>(reason)));
     return pmrcFailure;
 }
 

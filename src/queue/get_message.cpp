@@ -3,7 +3,6 @@
 #include <cstring>
 #include <ctime>
 
-#include "diag/message_text.h"
 #include "diag/trace.h"
 #include "mqi/session.h"
 #include "params/host_attributes.h"
@@ -66,7 +65,7 @@ GetEnd GetMessage(void* buffer) {
         PrepareGet();
         if (GenEofFlag()) {
             TraceLine(TraceLevel::JobEvents, Severity::Info, "PIDMMain",
-                      FormatText("%s '%s'", "returning EOF as requested via attribute", "GEN_EOF"));
+                      "returning EOF as requested via attribute 'GEN_EOF'");
             end = GetEnd::EofRequested;
             break;
         }

@@ -40,9 +40,11 @@ ReturnCode Fail(const char* message) {
 void TraceConnectFailure(const char* qmgr, MQLONG reason) {
     if (const char* failure = MqLibraryFailure()) TraceJobEvent(failure, Severity::Warning);
     if (reason == MQRC_Q_MGR_NAME_ERROR) {
-        TraceJobEvent(FormatNumbered(153, qmgr, static_cast<long>(reason)), Severity::Error);
+        TraceJobEvent(FormatNumbered<Message::kConnectUnknownManager>(qmgr, static_cast<long>(reason)),
+                      Severity::Error);
     } else if (reason == MQRC_Q_MGR_NOT_AVAILABLE) {
-        TraceJobEvent(FormatNumbered(154, qmgr, static_cast<long>(reason)), Severity::Error);
+        TraceJobEvent(FormatNumbered<Message::kConnectManagerDown>(qmgr, static_cast<long>(reason)),
+                      Severity::Error);
     }
 }
 
@@ -60,7 +62,7 @@ ReturnCode Connect() {
     MQCONNX(qmgr, &options, &handle, &compCode, &reason);
     if (compCode != MQCC_OK) {
         TraceConnectFailure(settings.QMGR, reason);
-        return Fail(FormatText("%s %ld", "Error received from MQCONNX :", static_cast<long>(reason)));
+        return Fail(FormatText("Error received from MQCONNX : %ld", static_cast<long>(reason)));
     }
     SetConnectionHandle(handle);
     TraceJobEvent(FormatText("Queue Manager open"));
@@ -72,9 +74,9 @@ ReturnCode Connect() {
 ReturnCode FailAttempts(MQLONG reason) {
     const Settings& settings = Setting();
     if (reason == MQRC_OBJECT_IN_USE && settings.MQEX) {
-        FormatNumbered(157, settings.QNM, static_cast<long>(reason));
+        FormatNumbered<Message::kQueueInUse>(settings.QNM, static_cast<long>(reason));
     } else if (reason == MQRC_UNKNOWN_OBJECT_NAME) {
-        FormatNumbered(158, settings.QNM, static_cast<long>(reason));
+        FormatNumbered<Message::kQueueUnknown>(settings.QNM, static_cast<long>(reason));
     }
     return Fail(MessageText());
 }
@@ -94,7 +96,7 @@ ReturnCode OpenWithRetry() {
         MQOPEN(ConnectionHandle(), &state.descriptor, options, &handle, &state.compCode, &reason);
         if (state.compCode == MQCC_WARNING) {
             ReportError(Severity::Warning, kFunction,
-                        FormatNumbered(156, settings.QNM, static_cast<long>(reason)));
+                        FormatNumbered<Message::kQueueOpenWarning>(settings.QNM, static_cast<long>(reason)));
         }
         ++attempts;
         // OWAIT counts seconds but pauses milliseconds: hosts rely on opens that fail fast.
@@ -120,13 +122,12 @@ void ResetReadState() {
 
 ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (QueueHandle() != MQHO_NONE) {
-        FormatNumbered(163);
+        FormatNumbered<Message::kQueueAlreadyOpen>();
         return Fail("Access Module limited to 1 open Queue");
     }
     if (openMode != 1) return Fail("Access Module is read only");
     if (pathNameLength > 0) {
-        TraceJobEvent(FormatText("%s %s %s", "Ignoring unnecessary", kPathname, "specification at open"),
-                      Severity::Warning);
+        TraceJobEvent("Ignoring unnecessary pathname specification at open", Severity::Warning);
     }
     // What a failed Open left behind; its file stays.
     DropLogStream();
@@ -136,7 +137,7 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (rc == pmrcOK) rc = Connect();
     if (rc == pmrcOK) rc = OpenWithRetry();
     if (rc != pmrcOK) return rc;
-    TraceJobEvent(FormatText("Queue open"));
+    TraceJobEvent("Queue open");
     ResetReadState();
     // What a failed Close left open. Only here: before, a later CloseAll is still to keep or delete the file.
     DropCkPtFileStream();

@@ -42,9 +42,9 @@ void TellEmptyQueue() {
 // no data does, whatever its reason: hosts know it as the end.
 bool TellEnd(const GetOutcome& outcome) {
     if (outcome.reason == MQRC_SYNCPOINT_LIMIT_REACHED) {
-        TraceJobEvent(Severity::Warning, FormatText("%s %s %s", "Checkpoint capacity exceeded.",
-                                                    "No more messages can be handled within current",
-                                                    "unit of work.  Returning EOF."));
+        TraceJobEvent(Severity::Warning,
+                      "Checkpoint capacity exceeded. No more messages can be handled within current "
+                      "unit of work.  Returning EOF.");
         return true;
     }
     if (outcome.reason != MQRC_NO_MSG_AVAILABLE && outcome.dataLength != 0) return false;
@@ -63,12 +63,14 @@ ReturnCode ClassifyEofRequest(const GetOutcome& outcome) {
 ReturnCode ClassifyGet(const GetOutcome& outcome) {
     if (IsMessage(outcome)) {
         // More than the buffer holds is no message, whatever the completion code says.
-        if (outcome.dataLength > Setting().BKSZ) return FailGet(FormatNumbered(161, Setting().BKSZ));
+        if (outcome.dataLength > Setting().BKSZ)
+            return FailGet(FormatNumbered<Message::kMessageTooLong>(Setting().BKSZ));
         return pmrcOK;
     }
     if (TellEnd(outcome)) return pmrcEOF;
-    if (outcome.reason == MQRC_TRUNCATED_MSG_FAILED) return FailGet(FormatNumbered(161, Setting().BKSZ));
-    return FailGet(FormatNumbered(165, static_cast<long>(outcome.reason)));
+    if (outcome.reason == MQRC_TRUNCATED_MSG_FAILED)
+        return FailGet(FormatNumbered<Message::kMessageTooLong>(Setting().BKSZ));
+    return FailGet(FormatNumbered<Message::kGetFailed>(static_cast<long>(outcome.reason)));
 }
 
 // A message that was got and backed out before may have been returned already. It is compared with the record
@@ -76,17 +78,15 @@ ReturnCode ClassifyGet(const GetOutcome& outcome) {
 ReturnCode CheckDuplicate(const void* record, std::uint32_t length) {
     const MQLONG backoutCount = LastBackoutCount();
     if (backoutCount <= 0) return pmrcOK;
-    TraceJobEvent(Severity::Warning, FormatText("%s (%s: %d).", "Potential duplicate message found",
-                                                "BackoutCount", backoutCount));
+    TraceJobEvent(Severity::Warning,
+                  FormatText("Potential duplicate message found (BackoutCount: %d).", backoutCount));
     if (!RecordBufferExists() || !EqualsKeptRecord(record, length)) return pmrcOK;
     TraceJobEvent(Severity::Warning, "Message identical to previous.");
     if (Setting().TDM) {
-        TraceJobEvent(Severity::Warning,
-                      FormatText("%s (keyword %s: yes)", "Generating EOF per request", "TDM"));
+        TraceJobEvent(Severity::Warning, "Generating EOF per request (keyword TDM: yes)");
         return pmrcEOF;
     }
-    TraceJobEvent(Severity::Info,
-                  FormatText("%s (keyword %s: no)", "Returning message and continuing", "TDM"));
+    TraceJobEvent(Severity::Info, "Returning message and continuing (keyword TDM: no)");
     return pmrcOK;
 }
 
@@ -96,7 +96,7 @@ ReturnCode CommitMessage() {
     MQCMIT(ConnectionHandle(), &compCode, &reason);
     if (compCode == MQCC_OK) return pmrcOK;
     ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
-                FormatNumbered(143, static_cast<long>(reason)));
+                FormatNumbered<Message::kCommitFailed>(static_cast<long>(reason)));
     return pmrcFailure;
 }
 
@@ -146,7 +146,8 @@ void TraceRecord(const void* record, std::uint32_t length) {
 ReturnCode ReadRecord(void* buffer, std::uint32_t* length) {
     *length = 0;
     if (QueueHandle() == MQHO_NONE) {
-        ReportError(Severity::Error, kFunction, FormatNumbered(160, Setting().QMGR, Setting().QNM));
+        ReportError(Severity::Error, kFunction,
+                    FormatNumbered<Message::kReadWithoutQueue>(Setting().QMGR, Setting().QNM));
         return pmrcFailure;
     }
     ReturnCode rc = pmrcOK;

@@ -13,6 +13,6 @@ ReturnCode BackOutMQ() {
     MQBACK(ConnectionHandle(), &compCode, &reason);
     if (compCode == MQCC_OK) return pmrcOK;
     ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
-                FormatNumbered(145, static_cast<long>(reason)));
+                FormatNumbered<Message::kBackOutFailed>(static_cast<long>(reason)));
     return pmrcFailure;
 }

@@ -30,7 +30,8 @@ char streamBuffer[65536];
 constexpr char kOpenFunction[] = "OpenCkPtFile";
 
 ReturnCode FailOpen(const char* function, const char* reason) {
-    ReportError(Severity::Error, function, FormatNumbered(137, Setting().checkpointPath, reason));
+    ReportError(Severity::Error, function,
+                FormatNumbered<Message::kCheckpointOpenFailed>(Setting().checkpointPath, reason));
     return pmrcFailure;
 }
 
@@ -54,8 +55,8 @@ ReturnCode ProbeDiskSpace() {
     const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
     if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
     const char* reason = StreamReason(state.CkPtFileStream);
-    ReportStreamError(Severity::Error, kOpenFunction, FormatNumbered(123), "fwrite", Activity::Checkpoint,
-                      reason);
+    ReportStreamError(Severity::Error, kOpenFunction, FormatNumbered<Message::kCheckpointDiskFull>(),
+                      "fwrite", Activity::Checkpoint, reason);
     FreeRecordBuffer();
     return pmrcFailure;
 }
@@ -70,13 +71,13 @@ ReturnCode OpenCkPtFile() {
     }
     const char* path = Setting().checkpointPath;
     TraceLine(TraceLevel::Always, Severity::Info, kOpenFunction,
-              FormatText("Checkpoint/restart via %s: '%s'", kPathname, path));
+              FormatText("Checkpoint/restart via pathname: '%s'", path));
 
     bool forRecovery = false;
     if (!state.FreshCkPtFile) {
         if (std::FILE* probe = std::fopen(path, "rb")) {
             TraceLine(TraceLevel::Always, Severity::Info, kOpenFunction,
-                      FormatText("Checkpoint %s exists, %s", kPathname, "will be used for recovery"));
+                      "Checkpoint pathname exists, will be used for recovery");
             forRecovery = true;
             (void)std::fclose(probe);
         } else if (errno != ENOENT) {
@@ -87,7 +88,7 @@ ReturnCode OpenCkPtFile() {
     const ReturnCode rc = ReopenCkPtFile(forRecovery ? "rb+" : "wb+", kOpenFunction);
     if (rc != pmrcOK) return rc;
     TraceLine(TraceLevel::JobEvents, Severity::Info, kOpenFunction,
-              FormatText("%s ('%s') %s", "Checkpoint file", path, "open successful"));
+              FormatText("Checkpoint file ('%s') open successful", path));
     ClearRecordBuffer();
     if (Setting().MqCheckpointMode && !forRecovery) return ProbeDiskSpace();
     return pmrcOK;
@@ -136,9 +137,9 @@ void ReleaseCkPtFile() {
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
               FormatText("Deleting checkpoint file ('%s').", path));
     if (DeleteByCommand(path) == -1) {
-        TraceLine(TraceLevel::JobEvents, Severity::Warning, kFunction,
-                  FormatText("%s (%s). Reason '%s'", "Unable to delete checkpoint file", path,
-                             std::strerror(errno)));
+        TraceLine(
+            TraceLevel::JobEvents, Severity::Warning, kFunction,
+            FormatText("Unable to delete checkpoint file (%s). Reason '%s'", path, std::strerror(errno)));
     }
     state.preserved = false;
 }

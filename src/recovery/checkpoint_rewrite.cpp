@@ -27,11 +27,12 @@ ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
 
 // A write or read that moved fewer bytes than it should: the counts in the trace, the call and its reason in
 // the error text.
-ReturnCode FailCount(int message, std::size_t expected, std::size_t moved, const char* what,
-                     const char* failingCall, std::FILE* stream, Activity activity) {
+template <Message kMessage>
+ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, const char* failingCall,
+                     std::FILE* stream, Activity activity) {
     const char* reason = StreamReason(stream);
     TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
-              FormatNumbered(message, static_cast<int>(expected), static_cast<int>(moved)));
+              FormatNumbered<kMessage>(static_cast<int>(expected), static_cast<int>(moved)));
     ReportStreamError(Severity::Error, kFunction, what, failingCall, activity, reason);
     return pmrcFailure;
 }
@@ -42,7 +43,7 @@ ReturnCode WriteBytes(std::FILE* stream, Activity activity, const void* bytes, s
                       const char* what) {
     const std::size_t written = std::ferror(stream) == 0 ? std::fwrite(bytes, 1, count, stream) : 0;
     if (written == count) return pmrcOK;
-    return FailCount(146, count, written, what, "fwrite", stream, activity);
+    return FailCount<Message::kShortWrite>(count, written, what, "fwrite", stream, activity);
 }
 
 ReturnCode WriteHeader(std::FILE* stream, Activity activity) {
@@ -76,14 +77,15 @@ ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
         const PieceRead lengthRead = ReadRecordLength(from, &length);
         if (!lengthRead.whole) {
             if (lengthRead.atEnd) return pmrcOK;
-            return FailCount(147, sizeof length, lengthRead.bytes, "checkpoint record length", "fread", from,
-                             Activity::Checkpoint);
+            return FailCount<Message::kShortRead>(sizeof length, lengthRead.bytes, "checkpoint record length",
+                                                  "fread", from, Activity::Checkpoint);
         }
         // A replay refuses such a length; copying it would only move the damage, and its bytes fit nowhere.
         if (length > static_cast<std::uint64_t>(Setting().BKSZ)) {
             const char* reason = StreamReason(from);
-            TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
-                      FormatNumbered(152, static_cast<int>(length), Setting().BKSZ));
+            TraceLine(
+                TraceLevel::JobEvents, Severity::Error, kFunction,
+                FormatNumbered<Message::kRecordLengthInvalid>(static_cast<int>(length), Setting().BKSZ));
             ReportStreamError(Severity::Error, kFunction, "checkpoint record length", nullptr,
                               Activity::Checkpoint, reason);
             return pmrcFailure;
@@ -91,8 +93,8 @@ ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
         std::memcpy(scratch, &length, sizeof length);
         const PieceRead bodyRead = ReadRecordBody(from, scratch + sizeof length, length);
         if (!bodyRead.whole) {
-            return FailCount(147, length, bodyRead.bytes, "checkpoint record body", "fread", from,
-                             Activity::Checkpoint);
+            return FailCount<Message::kShortRead>(length, bodyRead.bytes, "checkpoint record body", "fread",
+                                                  from, Activity::Checkpoint);
         }
         const ReturnCode rc = WriteBytes(to, Activity::Temp, scratch, sizeof length + length, "checkpoint");
         if (rc != pmrcOK) return rc;
@@ -128,8 +130,9 @@ ReturnCode ReplaceCkPtFile() {
     const char* temp = Setting().FilePathTemp;
     const char* path = Setting().checkpointPath;
     if (std::remove(path) != 0 && errno != ENOENT)
-        return Fail(FormatNumbered(151, temp, std::strerror(errno)));
-    if (std::rename(temp, path) != 0) return Fail(FormatNumbered(150, temp, std::strerror(errno)));
+        return Fail(FormatNumbered<Message::kCheckpointDeleteFailed>(temp, std::strerror(errno)));
+    if (std::rename(temp, path) != 0)
+        return Fail(FormatNumbered<Message::kTemporaryFileRenameFailed>(temp, std::strerror(errno)));
     return ReopenCkPtFile("rb+", kFunction);
 }
 
@@ -143,8 +146,8 @@ ReturnCode SkipDelivered(std::size_t bytes) {
         const std::size_t got = std::fread(skipped, 1, wanted, CkPtFileStream());
         done += got;
         if (got < wanted) {
-            return FailCount(147, bytes, done, "'positioning' read", "fread", CkPtFileStream(),
-                             Activity::Checkpoint);
+            return FailCount<Message::kShortRead>(bytes, done, "'positioning' read", "fread",
+                                                  CkPtFileStream(), Activity::Checkpoint);
         }
     }
     return pmrcOK;
@@ -155,7 +158,8 @@ ReturnCode StartAgainInReplay() {
     const char* temp = Setting().FilePathTemp;
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, FormatText("FilePathTemp '%s'", temp));
     std::FILE* TempFileStream = std::fopen(temp, "w+b");
-    if (TempFileStream == nullptr) return Fail(FormatNumbered(148, temp, std::strerror(errno)), "fopen");
+    if (TempFileStream == nullptr)
+        return Fail(FormatNumbered<Message::kTemporaryFileOpenFailed>(temp, std::strerror(errno)), "fopen");
 
     ReturnCode rc = WriteTempFile(TempFileStream);
     if (rc == pmrcOK) rc = FlushTempFile(TempFileStream);

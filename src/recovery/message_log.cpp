@@ -21,7 +21,8 @@ struct LogState {
 LogState log;
 
 ReturnCode FailOpen(const char* reason) {
-    ReportError(Severity::Error, "OpenLogFile", FormatNumbered(141, Setting().logPath, reason), " ");
+    ReportError(Severity::Error, "OpenLogFile",
+                FormatNumbered<Message::kLogOpenFailed>(Setting().logPath, reason), " ");
     return pmrcFailure;
 }
 
@@ -90,9 +91,8 @@ void CloseLogFile() {
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
               FormatText("Deleting log file ('%s').", path));
     if (DeleteByCommand(path) == -1) {
-        TraceLine(
-            TraceLevel::JobEvents, Severity::Warning, kFunction,
-            FormatText("%s (%s). Reason '%s'", "Unable to delete log file", path, std::strerror(errno)));
+        TraceLine(TraceLevel::JobEvents, Severity::Warning, kFunction,
+                  FormatText("Unable to delete log file (%s). Reason '%s'", path, std::strerror(errno)));
     }
     log.preserved = false;
 }

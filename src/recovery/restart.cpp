@@ -37,7 +37,7 @@ ReturnCode FailStream(const char* function, const char* message, const char* fai
 ReturnCode FailRead(const char* function, std::uint64_t expected, std::size_t got, const char* what) {
     const char* reason = StreamReason(CkPtFileStream());
     TraceLine(TraceLevel::JobEvents, Severity::Error, function,
-              FormatNumbered(147, static_cast<int>(expected), static_cast<int>(got)));
+              FormatNumbered<Message::kShortRead>(static_cast<int>(expected), static_cast<int>(got)));
     return FailStream(function, what, "fread", reason);
 }
 
@@ -52,7 +52,7 @@ ReturnCode SeekToPosition(const PositionData& position) {
     if (SetStreamPosition(CkPtFileStream(), position.CkPtOffset)) return pmrcOK;
     const char* reason = StreamReason(CkPtFileStream());
     // Prepared and shown nowhere, as ever: what is reported is the activity.
-    FormatNumbered(162);
+    FormatNumbered<Message::kRepositionFailed>();
     return FailStream(kMain, "reposition", "fsetpos", reason);
 }
 
@@ -87,7 +87,7 @@ ReturnCode SetPosition(const void* position, std::uint32_t length) {
     SetMsgCount(requested.CkPtMsgCount);
     if (requested.CkPtMsgCount != 0) UncountMessage();
     TraceLine(TraceLevel::JobEvents, Severity::Info, kMain,
-              FormatText("%s. %s: %d", "Reposition requested", "Requested sequence", requested.CkPtSeq));
+              FormatText("Reposition requested. Requested sequence: %d", requested.CkPtSeq));
     const ReturnCode rc = GoBackTo(requested);
     if (rc != pmrcOK) return rc;
     ClearCkPtPending();
@@ -110,8 +110,9 @@ ReturnCode RepositionFile() {
                   FormatText("Checkpoint file sequence: %d", CkPtSeq()));
         return pmrcOK;
     }
-    TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
-              FormatNumbered(147, static_cast<int>(sizeof sequence), static_cast<int>(read.bytes)));
+    TraceLine(
+        TraceLevel::JobEvents, Severity::Error, kFunction,
+        FormatNumbered<Message::kShortRead>(static_cast<int>(sizeof sequence), static_cast<int>(read.bytes)));
     if (read.bytes == 0) return Fail(kFunction, "empty checkpoint file");
     return FailStream(kFunction, "checkpoint sequence", "fread", reason);
 }
@@ -143,8 +144,9 @@ ReturnCode ReadFromChkPt(void* buffer, std::uint32_t* length) {
     TraceLine(TraceLevel::IoEvents, Severity::Info, kFunction,
               FormatText("Checkpoint record length: %d", static_cast<int>(recordLength)));
     if (recordLength > static_cast<std::uint64_t>(Setting().BKSZ)) {
-        TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
-                  FormatNumbered(152, static_cast<int>(recordLength), Setting().BKSZ));
+        TraceLine(
+            TraceLevel::JobEvents, Severity::Error, kFunction,
+            FormatNumbered<Message::kRecordLengthInvalid>(static_cast<int>(recordLength), Setting().BKSZ));
         return FailStream(kFunction, "checkpoint record length", nullptr, reason);
     }
     const PieceRead bodyRead = ReadRecordBody(stream, buffer, recordLength);
