@@ -1,6 +1,8 @@
-# A layer is a folder of src/ built as one static library that sees the headers of the layers it USES and no
-# others: every layer has an include directory of its own that holds nothing but a link to its folder, so an
-# include that points the wrong way does not compile.
+# A layer is a directory of sources built as one static library that sees the headers of the layers it USES and no
+# others. Every layer has an include directory of its own in the build tree that contains nothing but a link to its
+# directory, so an include that points the wrong way does not compile.
+
+# mqamod_layer(name SOURCES files... USES layers...): a directory of src/. Its headers are included as "name/file.h".
 function(mqamod_layer name)
   cmake_parse_arguments(LAYER "" "" "SOURCES;USES" ${ARGN})
   set(include_dir ${CMAKE_BINARY_DIR}/layers/${name})

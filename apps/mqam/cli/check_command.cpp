@@ -1,0 +1,93 @@
+#include "mqam/cli/check_command.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/base/progress.h"
+#include "mqam/cli/keyword_options.h"
+#include "mqam/explain/failure_report.h"
+#include "mqam/load/plain_load.h"
+#include "mqam/module/module_session.h"
+#include "platform/platform.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  mqam check --qmgr QM1 --queue ORDERS --rwait 5\n"
+    "      what a load with these options would use\n"
+    "  mqam check --parmfile orders.parm\n"
+    "      is the parameter file in order?\n"
+    "  mqam check --qmgr QM1 --queue ORDERS --keyword-help\n"
+    "      the module's own help on its keywords\n"
+    "\n"
+    "Neither the queue manager nor any file but a trace and the parameter file is touched.\n"
+    "\n"
+    "Exit codes: 0 in order, 1 an option is wrong, 2 the module refuses the parameters, 3 standard output "
+    "cannot be\n"
+    "written, 4 the module cannot be loaded.\n";
+
+int WriteAnswer(int descriptor, const std::string& text) {
+    for (std::size_t done = 0; done < text.size();) {
+        const long written = platform::WriteBytes(descriptor, text.data() + done, text.size() - done);
+        if (written <= 0) {
+            PrintMessage(std::string("mqam check: cannot write to standard output: ") + std::strerror(errno) +
+                         "\n");
+            return kExitTargetFailed;
+        }
+        done += static_cast<std::size_t>(written);
+    }
+    return kExitDone;
+}
+
+int RunCheck(const ModuleOptions& options) {
+    std::string initString;
+    std::string complaint;
+    if (!ComposeInitString(options, initString, complaint)) {
+        PrintMessage("mqam check: " + complaint + "\n");
+        return kExitNotStarted;
+    }
+    const bool helpWanted = WasKeywordGiven(options, "HELP");
+    const int standardOutput = platform::RedirectStdout(helpWanted ? platform::ModuleOutput::kToStandardError
+                                                                   : platform::ModuleOutput::kDropped);
+    if (standardOutput < 0) {
+        PrintMessage(std::string("mqam check: standard output: ") + std::strerror(errno) + "\n");
+        return kExitTargetFailed;
+    }
+    const PIDMMainFunction entryPoint = LoadModule(options.modulePath, complaint);
+    if (entryPoint == nullptr) {
+        PrintMessage("mqam check: the module cannot be loaded: " + complaint + "\n");
+        return kExitModuleMissing;
+    }
+    ModuleSession session(entryPoint);
+    StartupReport report;
+    if (session.Init(initString) != pmrcOK || FetchReport(session, helpWanted, report) != pmrcOK) {
+        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure()));
+        return kExitModuleFailed;
+    }
+    if (session.Shut() != pmrcOK) {
+        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure()));
+        return kExitModuleFailed;
+    }
+    return WriteAnswer(standardOutput, FormatReport(report, ""));
+}
+
+}  // namespace
+
+void AddCheckCommand(CLI::App& app, int& exitCode) {
+    CLI::App* command =
+        app.add_subcommand("check", "Show the parameters in effect, or the error, without touching a queue");
+    const auto options = std::make_shared<ModuleOptions>();
+    AddModuleOptions(*command, *options);
+    command->footer(kExamples);
+    command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
+}
+
+}  // namespace mqam

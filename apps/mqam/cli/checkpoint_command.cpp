@@ -1,0 +1,325 @@
+#include "mqam/cli/checkpoint_command.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/base/progress.h"
+#include "mqam/checkpoint/integrity.h"
+#include "mqam/checkpoint/listing.h"
+#include "mqam/checkpoint/repair.h"
+#include "mqam/load/load_lock.h"
+#include "mqam/load/stored_load.h"
+#include "mqam/module/position_text.h"
+#include "platform/paths.h"
+#include "platform/platform.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr const char* kShowExamples =
+    "Examples:\n"
+    "  mqam checkpoint show orders.ckpt\n"
+    "      what is in it, and what is beside it\n"
+    "  mqam checkpoint show orders.ckpt --position 05000000080000000400000000000000 --all\n"
+    "      every record, and what a restart with this position would do\n"
+    "  mqam checkpoint show orders.ckpt --restart-file orders.restart\n"
+    "      the same with the position that the load has stored\n"
+    "  mqam checkpoint show orders.ckpt --restart-file 'sqlite:orders.db?table=orders'\n"
+    "      the same of a load into SQLite\n"
+    "\n"
+    "Exit codes: 0 the file was shown, 1 it is missing or cannot be read (or the restart file), 3 standard "
+    "output cannot\n"
+    "be written.\n";
+
+constexpr const char* kVerifyExamples =
+    "Examples:\n"
+    "  mqam checkpoint verify orders.ckpt\n"
+    "      intact, incomplete as a crash leaves it, or damaged: with the bytes that are\n"
+    "  mqam checkpoint verify orders.ckpt --restart-file orders.restart\n"
+    "      and whether the load can go on with it\n"
+    "\n"
+    "Exit codes: 0 intact, 1 missing or not readable (or the restart file), 3 standard output cannot be "
+    "written, 10\n"
+    "incomplete, damaged, or of no use to the load.\n";
+
+constexpr const char* kRepairExamples =
+    "Examples:\n"
+    "  mqam checkpoint repair orders.ckpt\n"
+    "      shows what it would do and asks\n"
+    "  mqam checkpoint repair orders.ckpt --yes\n"
+    "      does it\n"
+    "  mqam checkpoint repair orders.ckpt --restart-file orders.restart\n"
+    "      with the position that the load has stored\n"
+    "\n"
+    "No load may be running on the file. A restart of `mqam load` makes the repairs that are beyond doubt by "
+    "itself;\n"
+    "this command makes them without a restart, and those that need someone who looks. What gives way is "
+    "kept\n"
+    "as FILE.kept, bytes that are cut off as FILE.torn.\n"
+    "\n"
+    "Exit codes: 0 all in order now, 1 nothing was changed (not confirmed, or a wrong option), 3 a change "
+    "failed, 10 something\n"
+    "cannot be repaired.\n";
+
+struct CheckpointOptions {
+    std::string path;
+    std::uint64_t maxRecordBytes = kLargestRecordBytes;
+    std::string position;
+    std::string restartFile;
+    std::size_t first = 0;
+    std::size_t last = 0;
+    bool all = false;
+    bool yes = false;
+};
+
+int Complain(const std::string& words) {
+    PrintMessage("mqam checkpoint: " + words + "\n");
+    return kExitNotStarted;
+}
+
+// Returns `exitCode`, or that of an output that cannot be written.
+int Print(const std::string& text, int exitCode) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return exitCode;
+    (void)Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+    return kExitTargetFailed;
+}
+
+bool CanBeRead(const CheckpointScan& facts) {
+    return facts.shape != CheckpointShape::kMissing && facts.shape != CheckpointShape::kUnreadable;
+}
+
+// What is known of the load that the file belongs to.
+struct Stored {
+    std::optional<RestartState> state;  // with --restart-file
+    std::optional<PositionData> position;
+};
+
+// Returns false when the restart file that was named is of no use; the user has been told.
+bool FetchStored(const CheckpointOptions& options, Stored& stored) {
+    if (!options.position.empty()) stored.position = ParsePosition(options.position);
+    if (options.restartFile.empty()) return true;
+    RestartState state;
+    std::string reason;
+    if (!ReadStateOfLoad(options.restartFile, options.path, state, reason)) {
+        (void)Complain(reason);
+        return false;
+    }
+    stored.position = state.position;
+    stored.state = state;
+    return true;
+}
+
+std::string DescribeRestartWith(const CheckpointOptions& options, const Stored& stored, bool& isRefused) {
+    isRefused = false;
+    if (options.position.empty() && !stored.state) {
+        return "(--position or --restart-file tells what a restart would do)\n";
+    }
+    std::string text = DescribeRestart(options.path, stored.position, options.maxRecordBytes, isRefused);
+    if (!stored.state || isRefused) return text;
+    const std::string foreign = FindForeignRecord(options.path, *stored.state, options.maxRecordBytes);
+    if (foreign.empty()) return text;
+    isRefused = true;
+    return text + "  refused then: " + foreign + "\n";
+}
+
+ListedRecords ListedBy(const CheckpointOptions& options) {
+    if (options.all) return {std::numeric_limits<std::size_t>::max(), 0};
+    if (options.first == 0 && options.last == 0) return {};
+    return {options.first, options.last};
+}
+
+int RunShow(const CheckpointOptions& options) {
+    Stored stored;
+    if (!FetchStored(options, stored)) return kExitNotStarted;
+    const CheckpointScan facts = ScanCheckpointFile(options.path, options.maxRecordBytes);
+    std::string text = SummarizeScan(facts) + "\n" + ListRecords(facts, ListedBy(options));
+    for (const std::string& temporary : FindTemporaryFiles(options.path)) {
+        text +=
+            "temporary file " + SummarizeScan(ScanCheckpointFile(temporary, options.maxRecordBytes)) + "\n";
+    }
+    bool isRefused = false;
+    text += DescribeRestartWith(options, stored, isRefused);
+    return Print(text, CanBeRead(facts) ? kExitDone : kExitNotStarted);
+}
+
+int RunVerify(const CheckpointOptions& options) {
+    Stored stored;
+    if (!FetchStored(options, stored)) return kExitNotStarted;
+    const CheckpointScan facts = ScanCheckpointFile(options.path, options.maxRecordBytes);
+    const std::vector<std::string> temporaries = FindTemporaryFiles(options.path);
+    if (!CanBeRead(facts)) {
+        const std::string beside = temporaries.empty()
+                                       ? ""
+                                       : "; beside it stands the temporary file " + temporaries.front() +
+                                             ": `mqam checkpoint show " + options.path +
+                                             "` tells what a restart would do";
+        return Complain(SummarizeScan(facts) + beside);
+    }
+    std::string text = DescribeIntegrity(facts, options.maxRecordBytes);
+    for (const std::string& temporary : temporaries) {
+        text += "Beside it stands the temporary file " + temporary +
+                ": a rewrite was interrupted, or a load is running.\n";
+    }
+    bool isRefused = false;
+    if (stored.state) text += DescribeRestartWith(options, stored, isRefused);
+    const bool isIntact = CheckIntegrity(facts) == Integrity::kIntact && !isRefused;
+    return Print(text, isIntact ? kExitDone : kExitDamaged);
+}
+
+bool IsConfirmed(const CheckpointOptions& options) {
+    if (options.yes) return true;
+    constexpr int kStandardInput = 0;
+    if (!platform::IsTerminal(kStandardInput)) {
+        PrintMessage("mqam checkpoint: nothing was changed; give --yes to do this without being asked\n");
+        return false;
+    }
+    PrintMessage("No load may be running on this file. Do this? [y/N] ");
+    char answer[16] = {};
+    if (std::fgets(answer, sizeof answer, stdin) != nullptr && (answer[0] == 'y' || answer[0] == 'Y'))
+        return true;
+    PrintMessage("mqam checkpoint: nothing was changed\n");
+    return false;
+}
+
+RepairPlan Plan(const CheckpointOptions& options, const Stored& stored) {
+    return PlanRepair(options.path, stored.position, options.maxRecordBytes);
+}
+
+std::string DescribeSteps(const CheckpointOptions& options, const RepairPlan& plan) {
+    std::string text;
+    for (const RepairStep& step : plan.steps)
+        text += DescribeStep(options.path, step) + "\n";
+    return text;
+}
+
+int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
+    // The answer was given to what was shown; a load may have run while the user thought about it.
+    if (DescribeSteps(options, Plan(options, stored)) != DescribeSteps(options, plan)) {
+        return Complain("nothing was changed: the files are not as they were; give the command again");
+    }
+    std::string reason;
+    for (const RepairStep& step : plan.steps) {
+        if (TakeStep(options.path, step, reason)) continue;
+        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
+        return kExitTargetFailed;
+    }
+    return kExitDone;
+}
+
+// The steps, one after the other, while no restartable load can begin on the file.
+int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
+    const std::string lock = platform::AbsolutePath(options.path) + ".lock";
+    std::string reason;
+    const LockOutcome outcome = AcquireLoadLock(lock, 0, reason);
+    if (outcome != LockOutcome::kAcquired) {
+        const int refused = Complain("nothing was changed: " + reason);
+        return outcome == LockOutcome::kFailed ? kExitTargetFailed : refused;
+    }
+    const int exitCode = TakeStepsLocked(options, stored, plan);
+    ReleaseLoadLock(lock);
+    return exitCode;
+}
+
+int RunRepair(const CheckpointOptions& options) {
+    Stored stored;
+    if (!FetchStored(options, stored)) return kExitNotStarted;
+    const RepairPlan plan = Plan(options, stored);
+    if (!plan.obstacle.empty()) PrintMessage("mqam checkpoint: " + plan.obstacle + "\n");
+    const int exitCode = plan.obstacle.empty() ? kExitDone : kExitDamaged;
+    if (plan.steps.empty()) {
+        return exitCode == kExitDone ? Print(options.path + ": nothing to repair\n", exitCode) : exitCode;
+    }
+    const int printed = Print(DescribeSteps(options, plan), kExitDone);
+    if (printed != kExitDone) return printed;
+    if (!IsConfirmed(options)) return kExitNotStarted;
+    const int taken = TakeSteps(options, stored, plan);
+    bool isRefused = false;
+    return taken != kExitDone ? taken
+                              : Print("done\n" + DescribeRestartWith(options, stored, isRefused), exitCode);
+}
+
+std::string CheckPosition(const std::string& digits) {
+    return ParsePosition(digits) ? "" : "32 hexadecimal digits are needed";
+}
+
+void AddFileOptions(CLI::App& command, CheckpointOptions& options) {
+    command.add_option("FILE", options.path, "the checkpoint file")->type_name("")->required();
+    command
+        .add_option(
+            "--bksz,--max-record", options.maxRecordBytes,
+            "the largest record of the load, 1..16777216 bytes. Default: 16777216, the module's limit")
+        ->type_name("BYTES")
+        ->check(CLI::Range(std::uint64_t{1}, kLargestRecordBytes).description(""));
+}
+
+CLI::Option* AddPositionOption(CLI::App& command, CheckpointOptions& options, const char* description) {
+    return command.add_option("--position", options.position, description)
+        ->type_name("HEX")
+        ->check(CLI::Validator(CheckPosition, ""));
+}
+
+CLI::Option* AddRestartFileOption(CLI::App& command, CheckpointOptions& options) {
+    return command
+        .add_option(
+            "--restart-file", options.restartFile,
+            "the restart file of the load, which holds its position; of a load into SQLite its target, "
+            "sqlite:FILE?table=NAME")
+        ->type_name("FILE");
+}
+
+using Run = int (*)(const CheckpointOptions&);
+
+std::shared_ptr<CheckpointOptions> AddSubcommand(CLI::App& parent, const char* name, const char* description,
+                                                 const char* examples, Run run, int& exitCode) {
+    CLI::App* command = parent.add_subcommand(name, description);
+    auto options = std::make_shared<CheckpointOptions>();
+    AddFileOptions(*command, *options);
+    command->footer(examples);
+    command->callback([options, run, &exitCode] { exitCode = run(*options); });
+    return options;
+}
+
+}  // namespace
+
+void AddCheckpointCommand(CLI::App& app, int& exitCode) {
+    CLI::App* parent = app.add_subcommand("checkpoint", "Look into a checkpoint file, verify it, repair it");
+    parent->require_subcommand(1);
+
+    auto show = AddSubcommand(*parent, "show", "Show the records and what a restart would do", kShowExamples,
+                              RunShow, exitCode);
+    CLI::App* command = parent->get_subcommand("show");
+    AddRestartFileOption(*command, *show)
+        ->excludes(AddPositionOption(*command, *show,
+                                     "the stored position with which the restart is made, 16 bytes in hex"));
+    auto* all = command->add_flag("--all", show->all, "list every record");
+    command->add_option("--first", show->first, "list so many records from the beginning. Default: 10")
+        ->type_name("N")
+        ->excludes(all);
+    command->add_option("--last", show->last, "list so many records from the end. Default: 10")
+        ->type_name("N")
+        ->excludes(all);
+
+    auto verify = AddSubcommand(*parent, "verify", "Tell whether the file is intact, to the byte",
+                                kVerifyExamples, RunVerify, exitCode);
+    AddRestartFileOption(*parent->get_subcommand("verify"), *verify);
+
+    auto repair = AddSubcommand(*parent, "repair", "Complete what a crash interrupted", kRepairExamples,
+                                RunRepair, exitCode);
+    command = parent->get_subcommand("repair");
+    AddRestartFileOption(*command, *repair)
+        ->excludes(AddPositionOption(*command, *repair, "the stored position of the load, 16 bytes in hex"));
+    command->add_flag("--yes", repair->yes, "do it without asking");
+}
+
+}  // namespace mqam

@@ -1,0 +1,162 @@
+#include "mqam/cli/keyword_options.h"
+
+#include <CLI/App.hpp>
+#include <cstddef>
+
+#include "platform/platform.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr const char* kQueueGroup = "Queue";
+constexpr const char* kReadGroup = "Reading";
+constexpr const char* kSafetyGroup = "Checkpoint and log";
+constexpr const char* kTraceGroup = "Diagnosis";
+
+constexpr KeywordOption kTable[] = {
+    {"QMGR", "--qmgr", 1, "NAME", kQueueGroup, "queue manager, 1..48 characters; required", "QM1"},
+    {"QNM", "--queue,--qnm", 1, "NAME", kQueueGroup, "queue to read, 1..48 characters; required", "ORDERS"},
+    {"CHNL", "--channel,--chnl", 1, "NAME", kQueueGroup,
+     "client channel, 1..20 characters; needs --server. Default: MQ's own (MQSERVER), or a local connection",
+     "DEV.APP.SVRCONN"},
+    {"SRVR", "--server,--srvr", 1, "HOST(PORT)", kQueueGroup,
+     "server connection of the client channel, 1..264 characters; needs --channel", "mq.example.com(1414)"},
+    {"MQEX", "--exclusive,--mqex", 0, "", kQueueGroup, "open the queue exclusively. Default: shared", ""},
+    {"OTENACITY", "--otenacity", 1, "SECONDS", kQueueGroup,
+     "tenacity of the open, 1..6000; divided by --owait it is the number of attempts, at least 1. Default: 5",
+     "60"},
+    {"OWAIT", "--owait", 1, "SECONDS", kQueueGroup,
+     "what one attempt to open counts against --otenacity, 1..600; the pause between two attempts lasts as "
+     "many "
+     "milliseconds. Default: 5",
+     "5"},
+    {"RWAIT", "--rwait", 1, "SECONDS", kReadGroup,
+     "the input ends when the queue stays empty for so long: 1..600 s, -1 = wait for ever (Ctrl-C then takes "
+     "effect with the next message). Default: 15",
+     "5"},
+    {"BKSZ", "--max-record,--bksz", 1, "BYTES", kReadGroup,
+     "largest message, 1..16777216 bytes; a longer one stays on the queue and ends the load. Default: "
+     "1048576",
+     "4194304"},
+    {"CONVERT", "--convert", 1, "yes|no|CCSID", kReadGroup,
+     "MQ converts the data: to the queue manager's character set, or to the CCSID given. Default: no",
+     "1208"},
+    {"TDM", "--tdm", 1, "yes|no", kReadGroup,
+     "a message that is delivered again and equals the one before ends the input (no: it is loaded). "
+     "Default: yes",
+     "no"},
+    {"CKFILE", "--ckfile", 1, "FILE", kSafetyGroup,
+     "checkpoint file; keeps the records since the last checkpoint. Default: no checkpoints", "orders.ckpt",
+     0},
+    {"FLUSH", "--flush", 1, "yes|no|t", kSafetyGroup,
+     "force checkpoint data to the medium. The module reports it, but flushes the same with yes and no. "
+     "Default: no",
+     "yes"},
+    {"LOG", "--log", 1, "FILE", kSafetyGroup,
+     "copy every message to this file; deleted at the end unless --preserve. Default: no log", "orders.log",
+     0},
+    {"TLF", "--tlf", 1, "yes|no", kSafetyGroup,
+     "a log that cannot be written ends the load (no: it goes on without a log). Default: yes", "no"},
+    {"TRCL", "--trace,--trcl", 2, "LEVEL FILE", kTraceGroup,
+     "trace, appended to FILE: 0 none, 1 job events, 2 I/O events, 3 I/O buffers, 4 details. Default: 0",
+     "2 orders.trc", 1},
+    {"HELP", "--keyword-help", 0, "", kTraceGroup,
+     "have the module print its own keyword help, on standard error", ""},
+    {"PARMFILE", "--parmfile", 1, "FILE", "Keywords in one piece",
+     "read keywords from FILE, one a line, '#' in column 1 starts a comment. Combines with the options "
+     "above; a "
+     "keyword given in both takes the file's value",
+     "orders.parm"},
+};
+
+std::string FirstName(const KeywordOption& row) {
+    const std::string names = row.option;
+    return names.substr(0, names.find(','));
+}
+
+std::string HelpText(const KeywordOption& row) {
+    std::string text = row.help;
+    text += std::string(" [") + row.keyword;
+    if (row.values > 0) text += "; e.g. " + FirstName(row) + " " + row.example;
+    return text + "]";
+}
+
+/// The values as the module takes them.
+std::vector<std::string> ModuleValues(const KeywordOption& row, std::vector<std::string> values) {
+    if (row.path < values.size()) values[row.path] = platform::NativePath(values[row.path]);
+    return values;
+}
+
+bool IsGiven(const ModuleOptions& options, std::size_t row) {
+    return options.flags[row] != 0 || !options.values[row].empty();
+}
+
+}  // namespace
+
+std::span<const KeywordOption> AllKeywordOptions() {
+    return kTable;
+}
+
+void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
+    const std::size_t rows = AllKeywordOptions().size();
+    options.values.assign(rows, {});
+    options.flags.assign(rows, 0);
+    options.rawInitOption =
+        command
+            .add_option(
+                "--init", options.rawInit,
+                "the module's initialization string as it stands, instead of all keyword options [e.g. "
+                "--init \"-QMGR QM1 -QNM ORDERS\"]")
+            ->type_name("STRING");
+    for (std::size_t i = 0; i < rows; ++i) {
+        const KeywordOption& row = kTable[i];
+        CLI::Option* option = nullptr;
+        if (row.values == 0) {
+            char* flag = &options.flags[i];
+            option = command.add_flag_callback(
+                row.option, [flag] { *flag = 1; }, HelpText(row));
+        } else {
+            option = command.add_option(row.option, options.values[i], HelpText(row))
+                         ->expected(row.values)
+                         ->allow_extra_args(false)
+                         ->type_name(row.valueName);
+        }
+        option->group(row.group)->excludes(options.rawInitOption);
+    }
+    options.rawInitOption->group("Keywords in one piece");
+    command
+        .add_option("--module", options.modulePath,
+                    "the access module to load. Default: the one beside this program")
+        ->type_name("PATH")
+        ->group(kTraceGroup);
+}
+
+bool ComposeInitString(const ModuleOptions& options, std::string& initString, std::string& complaint) {
+    initString.clear();
+    complaint.clear();
+    if (options.rawInitOption != nullptr && options.rawInitOption->count() > 0) {
+        initString = options.rawInit;
+        return true;
+    }
+    std::vector<GivenKeyword> given;
+    for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
+        if (!IsGiven(options, i)) continue;
+        given.push_back(
+            {kTable[i].keyword, FirstName(kTable[i]), ModuleValues(kTable[i], options.values[i])});
+    }
+    if (given.empty()) {
+        complaint = "no queue is named: give --qmgr and --queue, or --parmfile, or --init";
+        return false;
+    }
+    return BuildInitString(given, initString, complaint);
+}
+
+bool WasKeywordGiven(const ModuleOptions& options, const std::string& keyword) {
+    for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
+        if (keyword == kTable[i].keyword) return IsGiven(options, i);
+    }
+    return false;
+}
+
+}  // namespace mqam

@@ -1,0 +1,169 @@
+#include "mqam/cli/load_command.h"
+
+#include <CLI/App.hpp>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/base/progress.h"
+#include "mqam/cli/load_options.h"
+#include "mqam/cli/restartable_load.h"
+#include "mqam/cli/summary.h"
+#include "mqam/explain/failure_report.h"
+#include "mqam/module/module_session.h"
+#include "mqam/target/file/file_sink.h"
+#include "platform/platform.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --to orders.txt\n"
+    "      every message of the queue as a line of orders.txt; ends when the queue has been empty for 15 s\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --rwait 5 --format length --to orders.bin\n"
+    "      binary messages: 4 bytes little-endian length before each\n"
+    "  mqam load --parmfile orders.parm --to - | gzip > orders.gz\n"
+    "      keywords from a file, records to standard output\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --channel DEV.APP.SVRCONN --server 'mq.example.com(1414)' \\\n"
+    "            --ckfile orders.ckpt --checkpoint-every 1000 --log orders.log --trace 2 orders.trc --to "
+    "orders.txt\n"
+    "      as an MQ client, with checkpoints, message log and trace\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --restart-file orders.restart --to "
+    "orders.txt\n"
+    "      whatever ends it, the same command goes on: every message is in orders.txt once\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --to 'sqlite:orders.db?table=orders' "
+    "--retry-for "
+    "3600\n"
+    "      the same into a SQLite table, which keeps the restart information, too; goes on by itself after a "
+    "failure\n";
+
+int Refuse(const std::string& words) {
+    PrintMessage("mqam load: " + words + "\n");
+    return kExitNotStarted;
+}
+
+// Fills the settings of the life. Returns false with a complaint.
+bool ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings, std::string& complaint) {
+    if (!ComposeInitString(options.module, settings.initString, complaint)) return false;
+    if (!ComposeAttributes(options, settings.attributes, complaint)) return false;
+    settings.checkpointEveryRecords = options.checkpointEvery;
+    settings.keywordHelpWanted = WasKeywordGiven(options.module, "HELP");
+    return true;
+}
+
+// An option that only a load with restart information has, or null.
+const char* FindRestartOption(const LoadOptions& options) {
+    if (options.checkpointSeconds != 0) return "--checkpoint-seconds";
+    if (options.restart != RestartPolicy::kAuto) return "--restart";
+    if (options.retryForSeconds != 0) return "--retry-for";
+    return nullptr;
+}
+
+// Decides how the target is opened. Returns false with a complaint when a file stands in the way.
+bool ChooseTarget(const LoadOptions& options, FileSinkSettings& target, std::string& complaint) {
+    target.format = options.format;
+    if (options.target == "-") {
+        target.path = "standard output";
+        return true;
+    }
+    target.path = options.target;
+    switch (platform::ProbePath(options.target)) {
+        case platform::PathKind::kMissing:
+        case platform::PathKind::kUnknown:
+            target.mode = options.append ? platform::OpenMode::kAppend : platform::OpenMode::kCreate;
+            return true;
+        case platform::PathKind::kOther: target.mode = platform::OpenMode::kExisting; return true;
+        case platform::PathKind::kFile: break;
+    }
+    if (!options.force && !options.append) {
+        complaint = options.target + " exists; give --force to replace it, or --append to add to it";
+        return false;
+    }
+    target.mode = options.append ? platform::OpenMode::kAppend : platform::OpenMode::kReplace;
+    return true;
+}
+
+int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const std::string& target,
+               double seconds) {
+    if (outcome.end == PlainLoadEnd::kNotStarted) {
+        return Refuse(
+            outcome.standsInTheWay +
+            " exists: as the checkpoint file or log of an earlier load it may hold the only copy of records, "
+            "and this load would destroy it. Move it away, or delete it when that load is done with");
+    }
+    if (outcome.moduleFailure.code != pmrcOK)
+        PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure));
+    if (!outcome.targetFailure.empty()) PrintMessage("mqam load: " + outcome.targetFailure + "\n");
+    const bool failed =
+        outcome.end == PlainLoadEnd::kModuleFailed || outcome.end == PlainLoadEnd::kTargetFailed;
+    if (failed && outcome.mustEndProcess && outcome.records > 0)
+        PrintMessage(DescribeWhatIsSafe(options.checkpointEvery > 0));
+    if (!options.quiet && outcome.targetWasOpened)
+        PrintMessage("mqam load: " + DescribeSummary(outcome, target, seconds));
+    if (outcome.end == PlainLoadEnd::kTargetFailed) return kExitTargetFailed;
+    if (outcome.moduleFailure.code != pmrcOK) return kExitModuleFailed;
+    switch (outcome.end) {
+        case PlainLoadEnd::kEndedEarly: return kExitEndedEarly;
+        case PlainLoadEnd::kInterrupted: return kExitInterrupted;
+        case PlainLoadEnd::kTimeout: return kExitTimeout;
+        default: return kExitDone;
+    }
+}
+
+int RunLoad(const LoadOptions& options) {
+    PlainLoadSettings settings;
+    FileSinkSettings target;
+    std::string complaint;
+    if (IsRestartable(options)) return RunRestartableLoad(options);
+    if (const char* option = FindRestartOption(options)) {
+        return Refuse(std::string(option) + " needs --restart-file FILE, or a SQLite target");
+    }
+    if (!ComposeSettings(options, settings, complaint) || !ChooseTarget(options, target, complaint)) {
+        return Refuse(complaint);
+    }
+    const int standardOutput =
+        platform::RedirectStdout(settings.keywordHelpWanted ? platform::ModuleOutput::kToStandardError
+                                                            : platform::ModuleOutput::kDropped);
+    if (standardOutput < 0) return Refuse(std::string("standard output: ") + std::strerror(errno));
+    if (options.target == "-") target.descriptor = standardOutput;
+
+    const PIDMMainFunction entryPoint = LoadModule(options.module.modulePath, complaint);
+    if (entryPoint == nullptr) {
+        PrintMessage("mqam load: the module cannot be loaded: " + complaint + "\n");
+        return kExitModuleMissing;
+    }
+    platform::WatchInterrupts(kExitStoppedAtOnce);
+    FileSink sink(target);
+    ProgressCounters counters;
+    const auto start = std::chrono::steady_clock::now();
+    const bool recordsOnScreen = options.target == "-" && platform::IsTerminal(standardOutput);
+    StartProgress(ChooseProgressStyle(options, recordsOnScreen), counters);
+    const PlainLoadResult outcome = RunPlainLoad(entryPoint, settings, sink, MakeObserver(options), counters);
+    StopProgress();
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const int exitCode = FinishLoad(options, outcome, target.path, seconds);
+    if (outcome.mustEndProcess) platform::ExitImmediately(exitCode);
+    return exitCode;
+}
+
+}  // namespace
+
+void AddLoadCommand(CLI::App& app, int& exitCode) {
+    CLI::App* command =
+        app.add_subcommand("load", "Load the messages of a queue into a file or a SQLite table");
+    const auto options = std::make_shared<LoadOptions>();
+    AddLoadOptions(*command, *options);
+    std::string footer = kExamples;
+    footer += "\nExit codes:\n";
+    for (const ExitCodeRow& row : kExitCodes) {
+        footer += "  " + std::to_string(row.code) + "  " + row.meaning + "\n";
+    }
+    command->footer(footer);
+    command->callback([options, &exitCode] { exitCode = RunLoad(*options); });
+}
+
+}  // namespace mqam

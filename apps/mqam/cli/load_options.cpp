@@ -1,0 +1,179 @@
+#include "mqam/cli/load_options.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Validators.hpp>
+#include <map>
+
+#include "mqamod.h"
+#include "mqam/explain/failure_report.h"
+#include "mqam/target/sqlite/sqlite_name.h"
+#include "platform/platform.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr const char* kTargetGroup = "Target";
+constexpr const char* kReadGroup = "Reading";
+constexpr const char* kSafetyGroup = "Checkpoint and log";
+constexpr const char* kRestartGroup = "Restart";
+constexpr const char* kDiagnosisGroup = "Diagnosis";
+
+void AddTargetOptions(CLI::App& command, LoadOptions& options) {
+    static const std::map<std::string, RecordFormat> formats = [] {
+        std::map<std::string, RecordFormat> byName;
+        for (const RecordFormatRow& row : kRecordFormats)
+            byName[row.name] = row.format;
+        return byName;
+    }();
+    command
+        .add_option("--to", options.target,
+                    "file for the records, - for standard output, or sqlite:FILE?table=NAME for rows of a "
+                    "SQLite table (default table: records)")
+        ->type_name("TARGET")
+        ->required()
+        ->group(kTargetGroup);
+    command
+        .add_option(
+            "--format", options.format,
+            "lines: the record and a line feed; length: 4 bytes little-endian length, then the record; raw: "
+            "the bytes alone. Default: lines. Records that hold line feeds need length")
+        ->type_name("lines|length|raw")
+        ->transform(CLI::Transformer(formats).description(""))
+        ->each([&options](const std::string&) { options.formatGiven = true; })
+        ->group(kTargetGroup);
+    auto* force =
+        command.add_flag("--force", options.force, "replace a target that exists")->group(kTargetGroup);
+    command.add_flag("--append", options.append, "add to a target that exists")
+        ->group(kTargetGroup)
+        ->excludes(force);
+}
+
+void AddSafetyOptions(CLI::App& command, LoadOptions& options) {
+    command
+        .add_option("--checkpoint-every", options.checkpointEvery,
+                    "take a checkpoint after every N records; needs a checkpoint file. Default: none; with "
+                    "restart information 1000, unless --checkpoint-seconds is given")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber.description(""))
+        ->group(kSafetyGroup);
+    command.add_flag("--preserve", options.preserve, "keep checkpoint file and log at the end")
+        ->group(kSafetyGroup);
+}
+
+void AddRestartOptions(CLI::App& command, LoadOptions& options) {
+    static const std::map<std::string, RestartPolicy> policies = {
+        {"auto", RestartPolicy::kAuto}, {"never", RestartPolicy::kNever}, {"only", RestartPolicy::kOnly}};
+    command
+        .add_option(
+            "--restart-file", options.restartFile,
+            "keep restart information in FILE: whatever ends the load, the same command goes on where "
+            "it stopped, and every message is in the target once. Needs --ckfile. A SQLite target "
+            "keeps it in the database instead")
+        ->type_name("FILE")
+        ->group(kRestartGroup);
+    command
+        .add_option("--checkpoint-seconds", options.checkpointSeconds,
+                    "take a checkpoint with the first record after S seconds without one")
+        ->type_name("S")
+        ->check(CLI::Range(1, 2147483647).description(""))
+        ->group(kRestartGroup);
+    command
+        .add_option(
+            "--restart", options.restart,
+            "auto: go on with an unfinished load, else begin one; never: refuse when one is unfinished; "
+            "only: refuse when none is. Default: auto")
+        ->type_name("never|auto|only")
+        ->transform(CLI::Transformer(policies).description(""))
+        ->group(kRestartGroup);
+    command
+        .add_option(
+            "--retry-for", options.retryForSeconds,
+            "after a failure go on by itself, with growing pauses, until SECONDS have passed without a "
+            "new checkpoint. Default: end, and leave it to the next command")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, 2147483647).description(""))
+        ->group(kRestartGroup);
+    command.add_option(kWorkerOption, options.workerSince, "")->group("");
+    command.add_flag(kReceiptOption, options.workerMeetsReceipt, "")->group("");
+    command.add_flag(kFollowsEndOption, options.workerFollowsEnd, "")->group("");
+}
+
+void AddDiagnosisOptions(CLI::App& command, LoadOptions& options) {
+    command
+        .add_option("--attribute", options.attributes,
+                    "put an attribute of the module after Init; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->take_all()
+        ->group(kDiagnosisGroup);
+    command.add_flag("--verbose", options.verbose, "show the parameters in effect and every checkpoint")
+        ->group(kDiagnosisGroup);
+    command.add_flag("--quiet", options.quiet, "no progress and no summary; failures are told")
+        ->group(kDiagnosisGroup);
+}
+
+}  // namespace
+
+void AddLoadOptions(CLI::App& command, LoadOptions& options) {
+    AddTargetOptions(command, options);
+    AddModuleOptions(command, options.module);
+    command
+        .add_option("--timeout", options.timeoutSeconds,
+                    "end a read that has waited for more than so many seconds, 1..2147483647. Default: none")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, 2147483647).description(""))
+        ->group(kReadGroup);
+    AddSafetyOptions(command, options);
+    AddRestartOptions(command, options);
+    AddDiagnosisOptions(command, options);
+}
+
+bool IsRestartable(const LoadOptions& options) {
+    return !options.restartFile.empty() || IsSqliteName(options.target);
+}
+
+bool ComposeAttributes(const LoadOptions& options,
+                       std::vector<std::pair<std::string, std::string>>& attributes, std::string& complaint) {
+    for (const std::string& item : options.attributes) {
+        const std::size_t equals = item.find('=');
+        if (equals == std::string::npos || equals == 0 || equals > MQAMOD_ATTRIBUTE_NAME_BYTES) {
+            complaint = "--attribute: '" + item + "' is not of the form NAME=VALUE";
+            return false;
+        }
+        attributes.emplace_back(item.substr(0, equals), item.substr(equals + 1));
+    }
+    if (options.timeoutSeconds > 0) {
+        attributes.emplace_back("TIMEOUT_SECONDS", std::to_string(options.timeoutSeconds));
+    }
+    if (options.preserve) attributes.emplace_back("PRESERVE_RESTART_INFO", "YES");
+    return true;
+}
+
+LoadObserver MakeObserver(const LoadOptions& options) {
+    LoadObserver observer;
+    observer.stopWanted = [] { return platform::InterruptRequested(); };
+    observer.notice = [](const std::string& text) {
+        PrintMessage("mqam load: " + DescribeNotice(text) + "\n");
+    };
+    observer.repaired = [](const std::string& what) { PrintMessage("mqam load: repaired: " + what + "\n"); };
+    if (options.verbose) {
+        observer.report = [](const StartupReport& report) { PrintMessage(FormatReport(report, "  ")); };
+        observer.decision = [](const std::string& text) { PrintMessage("mqam load: " + text + "\n"); };
+        observer.checkpoint = [](const PositionData& position) {
+            PrintMessage("mqam load: checkpoint " + std::to_string(position.CkPtSeq) + " after " +
+                         std::to_string(position.CkPtMsgCount) + " records, file offset " +
+                         std::to_string(position.CkPtOffset) + "\n");
+        };
+    }
+    return observer;
+}
+
+ProgressStyle ChooseProgressStyle(const LoadOptions& options, bool recordsOnScreen) {
+    if (options.quiet) return ProgressStyle::kNone;
+    return platform::IsStandardErrorTerminal() && !recordsOnScreen ? ProgressStyle::kLiveLine
+                                                                   : ProgressStyle::kPlainLines;
+}
+
+}  // namespace mqam

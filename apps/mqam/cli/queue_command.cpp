@@ -1,0 +1,266 @@
+#include "mqam/cli/queue_command.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/base/progress.h"
+#include "mqam/queue/put.h"
+#include "mqam/queue/report.h"
+#include "spoolmq/store/admin.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr const char* kQueueExamples =
+    "A queue manager is a folder in the spool folder, a queue is a folder in it, and a message is a file: "
+    "what you\n"
+    "copy into a queue folder is a message. Programs meet it as IBM MQ when they load the stand-in's "
+    "libraries\n"
+    "(bin/spoolmq/) with SPOOLMQ_DIR naming the spool folder.\n"
+    "\n"
+    "Examples:\n"
+    "  export SPOOLMQ_DIR=/tmp/spool\n"
+    "  mqam queue create QM1 ORDERS\n"
+    "  mqam queue put QM1 ORDERS --count 1000\n"
+    "  mqam queue list\n"
+    "  ls /tmp/spool/QM1/ORDERS\n";
+
+constexpr const char* kCreateExamples =
+    "Examples:\n"
+    "  mqam queue create QM1 ORDERS\n"
+    "      a queue, and its queue manager if it is not there yet\n"
+    "  mqam queue create QM1 TEXTS --set file_format=MQSTR --set max_depth=5000\n"
+    "      files copied into it are text; the 5001st message is refused\n"
+    "\n"
+    "The attributes stand with their explanation in QM1/qmgr.ini and QM1/ORDERS/.queue.ini and can be "
+    "changed at\n"
+    "any time; programs that run see the change with their next call.\n";
+
+constexpr const char* kPutExamples =
+    "Examples:\n"
+    "  mqam queue put QM1 ORDERS order1.xml order2.xml\n"
+    "      each file is a message\n"
+    "  mqam queue put QM1 ORDERS --lines orders.txt\n"
+    "      each line is a message\n"
+    "  printf hello | mqam queue put QM1 ORDERS\n"
+    "      standard input is a message\n"
+    "  mqam queue put QM1 ORDERS --count 50000 --sizes 1-102400 --binary 10 --record put.bin\n"
+    "      made-up orders of 1 byte to 100 KB, one in ten of them binary; put.bin receives what was put, as "
+    "`mqam load\n"
+    "      --format length` writes it\n"
+    "  mqam queue put QM1 ORDERS --length put.bin\n"
+    "      and puts it again\n";
+
+constexpr const char* kShowExamples =
+    "Examples:\n"
+    "  mqam queue show QM1\n"
+    "      attributes and queues of the queue manager\n"
+    "  mqam queue show QM1 ORDERS\n"
+    "      attributes and first messages of the queue\n"
+    "  mqam queue show QM1 ORDERS 20260131-235959-123456789.msg\n"
+    "      descriptor and beginning of one message\n"
+    "  mqam queue show QM1 ORDERS 20260131-235959-123456789.msg --body > message.bin\n"
+    "      its bytes\n";
+
+constexpr const char* kDeleteExamples =
+    "Examples:\n"
+    "  mqam queue delete QM1 ORDERS\n"
+    "      an empty queue\n"
+    "  mqam queue delete QM1 ORDERS --force\n"
+    "      with its messages\n"
+    "  mqam queue delete QM1 --force\n"
+    "      the queue manager with everything in it\n";
+
+struct CreateOptions {
+    std::string spool;
+    std::string queueManager;
+    std::string queue;
+    std::vector<std::string> settings;
+};
+
+struct DeleteOptions {
+    std::string spool;
+    std::string queueManager;
+    std::string queue;
+    bool force = false;
+};
+
+int Refuse(const std::string& command, const std::string& words) {
+    PrintMessage("mqam queue " + command + ": " + words + "\n");
+    return kExitNotStarted;
+}
+
+/// Applies the --set options: to the queue when one is named, else to the queue manager.
+template <typename Attributes>
+bool ApplySettings(const std::vector<std::string>& settings, Attributes& attributes, std::string& why) {
+    for (const std::string& setting : settings) {
+        const std::size_t equals = setting.find('=');
+        if (equals == std::string::npos) {
+            why = "--set " + setting + ": takes NAME=VALUE";
+            return false;
+        }
+        if (!spoolmq::SetAttribute(setting.substr(0, equals), setting.substr(equals + 1), &attributes,
+                                   &why)) {
+            why = "--set " + setting + ": " + why;
+            return false;
+        }
+    }
+    return true;
+}
+
+int RunCreate(const CreateOptions& options) {
+    std::string why;
+    spoolmq::QmgrAttributes qmgr;
+    spoolmq::QueueAttributes queue;
+    const bool isQueue = !options.queue.empty();
+    if (isQueue ? !ApplySettings(options.settings, queue, why) : !ApplySettings(options.settings, qmgr, why))
+        return Refuse("create", why);
+    spoolmq::StoreStatus status =
+        spoolmq::CreateQueueManager(options.spool, options.queueManager, qmgr, &why);
+    if (status == spoolmq::StoreStatus::Ok)
+        std::printf("queue manager %s made in %s\n", options.queueManager.c_str(), options.spool.c_str());
+    if (isQueue && (status == spoolmq::StoreStatus::Ok || status == spoolmq::StoreStatus::Exists)) {
+        status = spoolmq::CreateQueue(options.spool, options.queueManager, options.queue, queue, &why);
+        if (status == spoolmq::StoreStatus::Ok)
+            std::printf("queue %s made in %s/%s\n", options.queue.c_str(), options.spool.c_str(),
+                        spoolmq::FolderOfObject(options.queueManager).c_str());
+    }
+    return status == spoolmq::StoreStatus::Ok ? kExitDone : Refuse("create", why);
+}
+
+int RunDelete(const DeleteOptions& options) {
+    std::string why;
+    const std::string qmgrPath = options.spool + '/' + spoolmq::FolderOfObject(options.queueManager);
+    std::vector<std::string> queues = {options.queue};
+    if (options.queue.empty()) queues = spoolmq::QueueNames(options.spool, options.queueManager);
+    for (const std::string& queue : queues) {
+        const std::int64_t depth = spoolmq::QueueDepth(qmgrPath, spoolmq::FolderOfObject(queue));
+        if (depth > 0 && !options.force)
+            return Refuse("delete", "queue " + queue + " holds " + std::to_string(depth) +
+                                        " messages; --force deletes them with it");
+    }
+    const spoolmq::StoreStatus status =
+        options.queue.empty()
+            ? spoolmq::DeleteQueueManager(options.spool, options.queueManager, &why)
+            : spoolmq::DeleteQueue(options.spool, options.queueManager, options.queue, &why);
+    if (status != spoolmq::StoreStatus::Ok) return Refuse("delete", why);
+    std::printf("%s deleted\n", options.queue.empty() ? options.queueManager.c_str() : options.queue.c_str());
+    return kExitDone;
+}
+
+/// The option that all have.
+void AddSpool(CLI::App& command, std::string& spool) {
+    command.add_option("--spool", spool, "the spool folder, by default $SPOOLMQ_DIR")
+        ->type_name("DIR")
+        ->envname("SPOOLMQ_DIR")
+        ->required();
+}
+
+void AddCreate(CLI::App& parent, int& exitCode) {
+    CLI::App* command = parent.add_subcommand("create", "Make a queue manager, or a queue in it");
+    const auto options = std::make_shared<CreateOptions>();
+    AddSpool(*command, options->spool);
+    command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
+    command->add_option("QUEUE", options->queue, "name of the queue");
+    command->add_option("--set", options->settings, "set an attribute of what is made")
+        ->type_name("NAME=VALUE");
+    command->footer(kCreateExamples);
+    command->callback([options, &exitCode] { exitCode = RunCreate(*options); });
+}
+
+void AddPut(CLI::App& parent, int& exitCode) {
+    CLI::App* command =
+        parent.add_subcommand("put", "Put messages: files, lines, standard input, or made-up orders");
+    const auto options = std::make_shared<QueuePutOptions>();
+    AddSpool(*command, options->spool);
+    command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
+    command->add_option("QUEUE", options->queue, "name of the queue")->required();
+    command->add_option("FILE", options->files, "files to put, each as one message; - is standard input");
+    CLI::Option* lines = command->add_flag("--lines", options->lines, "each line is a message");
+    command
+        ->add_flag("--length", options->framed,
+                   "each message stands behind its length, 4 bytes little-endian")
+        ->excludes(lines);
+    CLI::Option* count =
+        command->add_option("--count", options->count, "put that many made-up orders")->type_name("N");
+    command->add_option("--seed", options->seed, "the same number makes the same orders (1)")
+        ->type_name("N")
+        ->needs(count);
+    command->add_option("--sizes", options->sizes, "range of their sizes in bytes, both ends included")
+        ->type_name("MIN-MAX")
+        ->needs(count);
+    command->add_option("--binary", options->binaryPercent, "how many in a hundred are random bytes (0)")
+        ->type_name("PERCENT")
+        ->check(CLI::Range(0, 100))
+        ->needs(count);
+    command
+        ->add_option("--record", options->recordPath,
+                     "append what was put to this file, in the --length framing")
+        ->type_name("FILE");
+    command->add_option("--format", options->format, "format of the messages, for instance MQSTR for text")
+        ->type_name("NAME")
+        ->check([](const std::string& text) {
+            return text.size() > 8 ? std::string("a format has at most 8 characters") : std::string();
+        });
+    command->add_option("--ccsid", options->ccsid, "character set of the messages (the queue manager's)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 65535));
+    command->add_flag("--quiet", options->quiet, "no progress and no summary");
+    command->footer(kPutExamples);
+    command->callback([options, &exitCode] { exitCode = RunQueuePut(*options); });
+}
+
+void AddList(CLI::App& parent, int& exitCode) {
+    CLI::App* command = parent.add_subcommand("list", "List queue managers and queues with their depths");
+    const auto spool = std::make_shared<std::string>();
+    const auto queueManager = std::make_shared<std::string>();
+    AddSpool(*command, *spool);
+    command->add_option("QMGR", *queueManager, "only this queue manager");
+    command->callback([spool, queueManager, &exitCode] { exitCode = RunQueueList(*spool, *queueManager); });
+}
+
+void AddShow(CLI::App& parent, int& exitCode) {
+    CLI::App* command = parent.add_subcommand("show", "Show attributes and messages, or one message");
+    const auto options = std::make_shared<QueueShowOptions>();
+    AddSpool(*command, options->spool);
+    command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
+    command->add_option("QUEUE", options->queue, "name of the queue");
+    command->add_option("MESSAGE", options->message, "file name of a message");
+    command->add_flag("--body", options->body, "write the message's bytes, nothing else");
+    command->add_option("--limit", options->limit, "messages to list (20)")->type_name("N");
+    command->footer(kShowExamples);
+    command->callback([options, &exitCode] { exitCode = RunQueueShow(*options); });
+}
+
+void AddDelete(CLI::App& parent, int& exitCode) {
+    CLI::App* command = parent.add_subcommand("delete", "Delete a queue, or a queue manager");
+    const auto options = std::make_shared<DeleteOptions>();
+    AddSpool(*command, options->spool);
+    command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
+    command->add_option("QUEUE", options->queue, "name of the queue");
+    command->add_flag("--force", options->force, "also when it holds messages");
+    command->footer(kDeleteExamples);
+    command->callback([options, &exitCode] { exitCode = RunDelete(*options); });
+}
+
+}  // namespace
+
+void AddQueueCommand(CLI::App& app, int& exitCode) {
+    CLI::App* command =
+        app.add_subcommand("queue", "Make, fill and look into queues of the stand-in queue manager");
+    command->require_subcommand(1);
+    command->footer(kQueueExamples);
+    AddCreate(*command, exitCode);
+    AddPut(*command, exitCode);
+    AddList(*command, exitCode);
+    AddShow(*command, exitCode);
+    AddDelete(*command, exitCode);
+}
+
+}  // namespace mqam

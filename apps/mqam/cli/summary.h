@@ -1,0 +1,18 @@
+// What the user reads when a load has ended.
+#pragma once
+
+#include <string>
+
+#include "mqam/load/plain_load.h"
+
+namespace mqam {
+
+/// Returns the summary, a line each with its line end: how the input ended, records, bytes, elapsed time,
+/// rate and target.
+[[nodiscard]] std::string DescribeSummary(const PlainLoadResult& outcome, const std::string& target,
+                                          double seconds);
+
+/// Returns a line that says where the messages are after a life that failed with the input open.
+[[nodiscard]] std::string DescribeWhatIsSafe(bool withCheckpoints);
+
+}  // namespace mqam

@@ -1,0 +1,32 @@
+#include "mqam/load/attempt_result.h"
+
+#include "mqam/explain/advice.h"
+#include "mqam/module/error_text.h"
+
+namespace mqam {
+
+bool EndByModule(AttemptResult& outcome, const ModuleSession& session) {
+    outcome.moduleFailure = session.LastFailure();
+    ErrorText text;
+    const bool staysSo = ParseErrorText(outcome.moduleFailure.text, text) && StaysSo(text);
+    outcome.end = staysSo ? AttemptEnd::kModuleRefuses : AttemptEnd::kModuleFailed;
+    return false;
+}
+
+bool EndByFile(AttemptResult& outcome, const std::string& words) {
+    outcome.end = AttemptEnd::kTargetFailed;
+    outcome.targetFailure = words;
+    return false;
+}
+
+bool EndByTarget(AttemptResult& outcome, const Target& target) {
+    return EndByFile(outcome, target.Failure());
+}
+
+bool RefuseAttempt(AttemptResult& outcome, const std::string& words) {
+    outcome.end = AttemptEnd::kRefused;
+    outcome.refusal = words;
+    return false;
+}
+
+}  // namespace mqam

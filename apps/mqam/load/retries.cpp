@@ -1,0 +1,73 @@
+#include "mqam/load/retries.h"
+
+#include <algorithm>
+#include <string>
+#include <thread>
+
+#include "mqam/base/progress.h"
+#include "mqam/load/worker_process.h"
+
+namespace mqam {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::seconds;
+
+// Waits, but not for a user who wants an end. Returns false for that.
+bool Pause(seconds duration) {
+    const auto end = Clock::now() + duration;
+    while (Clock::now() < end && !InterruptCame())
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    return !InterruptCame();
+}
+
+}  // namespace
+
+bool IsReceiptOfBefore(const Retries& retries) {
+    return IsOver(retries.atBegin) && retries.seen && retries.seen->begun == retries.atBegin->begun;
+}
+
+bool ReadFirstState(Target& target, Retries& retries) {
+    retries.isKnown = target.LoadState(retries.seen);
+    retries.atBegin = retries.seen;
+    return retries.isKnown;
+}
+
+void NoteProgress(Target& target, Retries& retries, Clock::duration lifeLasted) {
+    std::optional<RestartState> state;
+    retries.isKnown = target.LoadState(state);
+    if (!retries.isKnown || !state) return;
+    const bool progress = !retries.seen || state->records != retries.seen->records ||
+                          state->phase != retries.seen->phase ||
+                          (state->lives != retries.seen->lives && lifeLasted > kLongestPause);
+    retries.seen = state;
+    if (!progress) return;
+    retries.pause = kFirstPause;
+    retries.attempts = 0;
+}
+
+bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries) {
+    if (retryForSeconds == 0 || InterruptCame()) return false;
+    const Clock::time_point now = Clock::now();
+    if (retries.attempts == 0) retries.failingSince = now;
+    const Clock::time_point end = retries.failingSince + seconds(retryForSeconds);
+    if (now >= end) {
+        PrintMessage("mqam load: no new checkpoint for " + std::to_string(retryForSeconds) +
+                     " s (--retry-for): giving up\n");
+        return false;
+    }
+    const seconds pause = std::min(retries.pause, std::chrono::ceil<seconds>(end - now));
+    ++retries.attempts;
+    const bool isOfThisLoad = retries.seen && !IsReceiptOfBefore(retries);
+    const std::string loaded =
+        retries.isKnown ? "; " + FormatRecordsThatAre(isOfThisLoad ? retries.seen->records : 0) + " loaded"
+                        : "";
+    PrintMessage("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
+                 std::to_string(pause.count()) + " s" + loaded + "\n");
+    if (!Pause(pause)) return false;
+    retries.pause = std::min(retries.pause * 2, kLongestPause);
+    return true;
+}
+
+}  // namespace mqam

@@ -1,0 +1,95 @@
+#include "mqam/load/worker.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <exception>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/explain/failure_report.h"
+#include "mqam/load/worker_process.h"
+#include "mqam/module/module_session.h"
+#include "platform/platform.h"
+
+namespace mqam {
+
+namespace {
+
+[[noreturn]] void EndWorker(int exitCode, const std::string& words) {
+    if (!words.empty()) PrintMessage("mqam load: " + words);
+    platform::ExitImmediately(MarkWorkerExit(exitCode));
+}
+
+double SecondsSince(std::int64_t epochMilliseconds) {
+    const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(
+                         std::chrono::system_clock::now().time_since_epoch())
+                         .count();
+    return now > epochMilliseconds ? static_cast<double>(now - epochMilliseconds) / 1000 : 0;
+}
+
+std::string DescribeDone(const WorkerSettings& settings, const AttemptResult& outcome, const Target& target) {
+    if (settings.quiet) return "";
+    const RestartState& state = outcome.state;
+    return "end of the queue: the load is done\n  records   " + FormatCount(state.records) +
+           "\n  bytes     " + FormatCount(state.bytes) + "\n  begun     " + state.begun + "\n  lives     " +
+           FormatCount(state.lives) + "\n  elapsed   " +
+           FormatElapsed(SecondsSince(settings.commandStartedMs)) + "\n  target    " + target.Name() + "\n";
+}
+
+std::string DescribeReceipt(const RestartState& state, const Target& target) {
+    return "this load is complete, nothing was loaded now: begun " + state.begun + ", it has put " +
+           FormatRecords(state.records) + " into " + state.target +
+           "\n  next      to load more into it give --append; to load anew move it away, or delete what is "
+           "kept of the load (" +
+           target.StateName() + ")\n";
+}
+
+[[noreturn]] void EndAttempt(const WorkerSettings& settings, const AttemptResult& outcome,
+                             const Target& target) {
+    switch (outcome.end) {
+        case AttemptEnd::kLoadDone: EndWorker(kExitDone, DescribeDone(settings, outcome, target));
+        case AttemptEnd::kNothingToDo: EndWorker(kExitDone, DescribeReceipt(outcome.state, target));
+        case AttemptEnd::kInputEnded: EndWorker(kWorkerInputEnded, "");
+        case AttemptEnd::kNoProgress: EndWorker(kWorkerNoProgress, "");
+        case AttemptEnd::kInterrupted: EndWorker(kExitInterrupted, "ended on request\n");
+        case AttemptEnd::kTimeout: EndWorker(kExitTimeout, "the time-out (--timeout) expired\n");
+        case AttemptEnd::kRefused: EndWorker(kWorkerRefused, outcome.refusal + "\n");
+        case AttemptEnd::kModuleFailed: EndWorker(kExitRestart, DescribeFailure(outcome.moduleFailure));
+        case AttemptEnd::kModuleRefuses: EndWorker(kExitModuleFailed, DescribeFailure(outcome.moduleFailure));
+        case AttemptEnd::kTargetFailed: EndWorker(kExitTargetFailed, outcome.targetFailure + "\n");
+    }
+    EndWorker(kExitModuleFailed, "");
+}
+
+[[noreturn]] void Live(const WorkerSettings& settings, Target& target) {
+    // The module prints its report on standard output.
+    if (platform::RedirectStdout(platform::ModuleOutput::kDropped) < 0) {
+        EndWorker(kWorkerRefused, std::string("standard output: ") + std::strerror(errno) + "\n");
+    }
+    std::string reason;
+    const PIDMMainFunction entryPoint = LoadModule(settings.modulePath, reason);
+    if (entryPoint == nullptr) {
+        EndWorker(kExitModuleMissing, "the module cannot be loaded: " + reason + "\n");
+    }
+    platform::WatchInterrupts(MarkWorkerExit(kExitStoppedAtOnce));
+    ProgressCounters counters;
+    counters.secondsBefore = SecondsSince(settings.commandStartedMs);
+    StartProgress(settings.progress, counters);
+    const AttemptResult outcome =
+        RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters);
+    StopProgress();
+    EndAttempt(settings, outcome, target);
+}
+
+}  // namespace
+
+void RunAsWorker(const WorkerSettings& settings, Target& target) {
+    // An exception must not leave by way of main: exit routines of an MQ library may disconnect.
+    try {
+        Live(settings, target);
+    } catch (const std::exception& error) {
+        EndWorker(kExitRestart, std::string(error.what()) + "\n");
+    }
+}
+
+}  // namespace mqam

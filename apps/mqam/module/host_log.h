@@ -1,0 +1,16 @@
+// The host's log, as the module sees it: an object whose function table receives the start-up report, which
+// is the only way to see the parameters in effect without opening a queue.
+#pragma once
+
+#include <string>
+
+namespace mqam {
+
+/// Returns the handle that the attribute ZBQ_HL_LOG_HANDLE takes: valid for the life of the process, and the
+/// same at every call.
+[[nodiscard]] void* HostLogHandle();
+
+/// Returns the report that the module last passed to the handle, or an empty string.
+[[nodiscard]] const std::string& ReceivedReport();
+
+}  // namespace mqam

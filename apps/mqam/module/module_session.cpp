@@ -1,0 +1,120 @@
+#include "mqam/module/module_session.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace mqam {
+
+PIDMMainFunction LoadModule(const std::string& path, std::string& reason) {
+    const std::string tried = path.empty() ? platform::ProgramDirectory() + platform::kModuleFileName : path;
+    std::string words;
+    void* library = platform::OpenLibrary(tried, words);
+    if (library == nullptr) {
+        reason = words.starts_with(tried) ? words : tried + ": " + words;
+        return nullptr;
+    }
+    void* function = platform::FindFunction(library, "PIDMMain");
+    if (function == nullptr) {
+        reason = tried + ": it exports no PIDMMain, so it is not the access module";
+        return nullptr;
+    }
+    return reinterpret_cast<PIDMMainFunction>(function);
+}
+
+ReturnCode ModuleSession::Ask(std::uint32_t option, const char* name, void* block) {
+    RequestBlock request{};
+    request.OptCode = option;
+    entryPoint_(&request, block);
+    request_ = name;
+    code_ = static_cast<ReturnCode>(request.ReturnCode);
+    text_ = request.ErrorText;
+    return code_;
+}
+
+ReturnCode ModuleSession::Init(const std::string& initString) {
+    InitBlock block{};
+    block.firstVersion = MQAMOD_FIRST_INTERFACE_VERSION;
+    block.secondVersion = MQAMOD_SECOND_INTERFACE_VERSION;
+    block.initStringLength = static_cast<std::int32_t>(initString.size());
+    block.initString = initString.c_str();
+    return Ask(pmiPIDMOptInit, "Init", &block);
+}
+
+ReturnCode ModuleSession::PutAttribute(const std::string& name, std::string_view value) {
+    std::vector<char> bytes(offsetof(AttributeBlock, value) + value.size() + 1, '\0');
+    std::memcpy(bytes.data() + offsetof(AttributeBlock, name), name.data(),
+                std::min<std::size_t>(name.size(), MQAMOD_ATTRIBUTE_NAME_BYTES));
+    const auto length = static_cast<std::uint32_t>(value.size());
+    std::memcpy(bytes.data() + offsetof(AttributeBlock, valueLength), &length, sizeof length);
+    if (!value.empty()) {
+        std::memcpy(bytes.data() + offsetof(AttributeBlock, value), value.data(), value.size());
+    }
+    attribute_ = name;
+    return Ask(pmiPIDMOptPutAttr, "PutAttribute", bytes.data());
+}
+
+ReturnCode ModuleSession::Open(std::int16_t mode, std::uint32_t& maxRecordBytes) {
+    OpenBlock block{};
+    block.openMode = mode;
+    const ReturnCode code = Ask(pmiPIDMOptOpen, "Open", &block);
+    maxRecordBytes = block.maxRecordBytes;
+    return code;
+}
+
+ReturnCode ModuleSession::Read(void* buffer, std::uint32_t& length) {
+    ReadBlock block{};
+    block.recordBuffer = buffer;
+    const ReturnCode code = Ask(pmiPIDMOptRead, "Read", &block);
+    length = block.recordLength;
+    return code;
+}
+
+ReturnCode ModuleSession::GetPos(PositionData& position) {
+    PositionBlock block{};
+    const ReturnCode code = Ask(pmiPIDMOptGetPos, "GetPos", &block);
+    if (code == pmrcOK && block.position != nullptr && block.positionLength == MQAMOD_POSITION_BYTES) {
+        std::memcpy(&position, block.position, MQAMOD_POSITION_BYTES);
+    }
+    return code;
+}
+
+ReturnCode ModuleSession::SetPos(const PositionData& position) {
+    PositionBlock block{};
+    block.positionLength = MQAMOD_POSITION_BYTES;
+    block.position = &position;
+    return Ask(pmiPIDMOptSetPos, "SetPos", &block);
+}
+
+ReturnCode ModuleSession::Close() {
+    PositionBlock block{};  // Close has no fields of its own
+    return Ask(pmiPIDMOptClose, "Close", &block);
+}
+
+ReturnCode ModuleSession::Shut() {
+    ShutBlock block{};
+    return Ask(pmiPIDMOptShut, "Shut", &block);
+}
+
+ModuleFailure ModuleSession::LastFailure() const {
+    ModuleFailure outcome;
+    outcome.request = request_;
+    if (outcome.request == "PutAttribute") outcome.request += " " + attribute_;
+    outcome.code = code_;
+    // A refused attribute builds no text: what is attached then belongs to an earlier request.
+    const bool hasText = code_ != pmrcBadAttrName && code_ != pmrcBadAttrValue && code_ != pmrcNotSupported &&
+                         code_ != pmrcBadVersion;
+    if (hasText && text_ != nullptr) outcome.text = text_;
+    return outcome;
+}
+
+std::string ModuleSession::TakeNewText() {
+    if (text_ == nullptr || seenText_ == text_) return "";
+    seenText_ = text_;
+    return seenText_;
+}
+
+}  // namespace mqam

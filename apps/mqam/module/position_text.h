@@ -1,0 +1,16 @@
+// The position of a checkpoint as 32 hexadecimal digits: its 16 bytes as the module hands them out.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "mqamod.h"
+
+namespace mqam {
+
+/// Returns the position, or none when the text is anything but 32 hexadecimal digits.
+[[nodiscard]] std::optional<PositionData> ParsePosition(const std::string& digits);
+
+[[nodiscard]] std::string FormatPosition(const PositionData& position);
+
+}  // namespace mqam

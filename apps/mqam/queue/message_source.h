@@ -1,0 +1,27 @@
+// Cuts what files or standard input hold into messages.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace mqam {
+
+enum class MessageFraming {
+    kWhole,   ///< the file is one message
+    kLines,   ///< each line, without its line feed (a carriage return before it is kept: it may be data)
+    kLength,  ///< 4 bytes little-endian length, then that many bytes
+};
+
+enum class SourceResult { kMessage, kEnd, kFailed };
+
+inline constexpr std::size_t kMessageBytesMax = 104857600;  ///< the longest message there is: 100 MB
+
+/// Reads the next message. `isFirst` tells whether it is the first of its file: an empty file is one empty
+/// message for kWhole. On kFailed `complaint` says why.
+[[nodiscard]] SourceResult ReadMessage(std::FILE* file, MessageFraming framing, bool isFirst,
+                                       std::string& message, std::string& complaint);
+
+/// Appends a message in the framing of kLength. False when the file cannot be written.
+[[nodiscard]] bool WriteFramed(std::FILE* file, const std::string& message);
+
+}  // namespace mqam

@@ -1,0 +1,195 @@
+#include "mqam/queue/put.h"
+
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/base/progress.h"
+#include "mqam/queue/message_source.h"
+#include "mqam/queue/order_generator.h"
+#include "platform/platform.h"
+#include "spoolmq/store/descriptor.h"
+#include "spoolmq/store/store.h"
+
+namespace mqam {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A put in progress.
+struct Putting {
+    std::unique_ptr<spoolmq::StoreConnection> connection;
+    std::unique_ptr<spoolmq::StoreQueue> queue;
+    bool hasDescriptor = false;
+    mqi::MQMD descriptor{};
+    std::FILE* record = nullptr;
+    ProgressCounters counters;
+};
+
+void Complain(const std::string& words) {
+    PrintMessage("mqam queue put: " + words + "\n");
+}
+
+bool OpenTarget(const QueuePutOptions& options, Putting& putting) {
+    std::string why;
+    spoolmq::StoreStatus status =
+        ConnectStore(options.spool, options.queueManager, &putting.connection, &why);
+    if (status == spoolmq::StoreStatus::Ok)
+        status = OpenStoreQueue(putting.connection.get(), options.queue, spoolmq::InputUse::None,
+                                &putting.queue, &why);
+    if (status == spoolmq::StoreStatus::Ok) return true;
+    Complain(why);
+    if (status == spoolmq::StoreStatus::UnknownQueueManager || status == spoolmq::StoreStatus::UnknownQueue)
+        PrintMessage("  make it with: mqam queue create " + options.queueManager + " " + options.queue +
+                     "\n");
+    return false;
+}
+
+void ComposeDescriptor(const QueuePutOptions& options, Putting& putting) {
+    putting.hasDescriptor = !options.format.empty() || options.ccsid != 0;
+    if (!putting.hasDescriptor) return;
+    const spoolmq::QueueAttributes& attributes = putting.queue->state->attributes.values;
+    putting.descriptor = spoolmq::ParseDescriptor("");
+    mqi::MQMD& md = putting.descriptor;
+    spoolmq::FillField(md.Format, sizeof md.Format, options.format);
+    md.CodedCharSetId = options.ccsid != 0 ? options.ccsid : putting.connection->attributes.values.ccsid;
+    md.Persistence = attributes.defaultPersistence;
+    md.Priority = attributes.defaultPriority;
+    spoolmq::FillField(md.UserIdentifier, sizeof md.UserIdentifier, spoolmq::UserName());
+    spoolmq::FillField(md.PutApplName, sizeof md.PutApplName, "mqam");
+    md.PutApplType = spoolmq::kPlatformApplType;
+}
+
+bool PutOne(const QueuePutOptions& options, const std::string& message, Putting& putting) {
+    std::string why;
+    const mqi::MQMD* descriptor = nullptr;
+    if (putting.hasDescriptor) {
+        spoolmq::FormatPutDateTime(spoolmq::FileClockNs(), putting.descriptor.PutDate,
+                                   putting.descriptor.PutTime);
+        spoolmq::MakeIdentifier(*putting.connection, putting.descriptor.MsgId);
+        descriptor = &putting.descriptor;
+    }
+    if (PutMessage(putting.queue.get(), descriptor, message.data(), message.size(), false, &why) !=
+        spoolmq::StoreStatus::Ok) {
+        Complain(why + "\n  the messages told below are in the queue, no others");
+        return false;
+    }
+    if (putting.record != nullptr && !WriteFramed(putting.record, message)) {
+        Complain("--record " + options.recordPath + ": " + std::strerror(errno));
+        return false;
+    }
+    ++putting.counters.records;
+    putting.counters.bytes += message.size();
+    return true;
+}
+
+int PutFile(const QueuePutOptions& options, const std::string& path, Putting& putting) {
+    const bool isStandardInput = path == "-";
+    std::FILE* file = isStandardInput ? stdin : std::fopen(path.c_str(), "rb");
+    if (file == nullptr) {
+        Complain(path + ": " + std::strerror(errno) + "; nothing of it was put");
+        return kExitNotStarted;
+    }
+    const MessageFraming framing = options.framed  ? MessageFraming::kLength
+                                   : options.lines ? MessageFraming::kLines
+                                                   : MessageFraming::kWhole;
+    std::string message;
+    std::string complaint;
+    int result = kExitDone;
+    for (bool isFirst = true; result == kExitDone; isFirst = false) {
+        const SourceResult got = ReadMessage(file, framing, isFirst, message, complaint);
+        if (got == SourceResult::kEnd) break;
+        if (got == SourceResult::kFailed) {
+            Complain((isStandardInput ? "standard input" : path) + ": " + complaint);
+            result = kExitNotStarted;
+        } else if (!PutOne(options, message, putting)) {
+            result = kExitTargetFailed;
+        }
+    }
+    if (!isStandardInput) std::fclose(file);
+    return result;
+}
+
+/// "1-102400". False when it is not a range.
+bool ParseSizes(const std::string& text, GeneratorSettings& settings) {
+    if (text.empty()) return true;
+    const std::size_t dash = text.find('-');
+    if (dash == std::string::npos) return false;
+    const auto [endOfMin, minError] = std::from_chars(text.data(), text.data() + dash, settings.bytesMin);
+    const auto [endOfMax, maxError] =
+        std::from_chars(text.data() + dash + 1, text.data() + text.size(), settings.bytesMax);
+    settings.hasSizes = true;
+    return minError == std::errc() && maxError == std::errc() && endOfMin == text.data() + dash &&
+           endOfMax == text.data() + text.size() && settings.bytesMin >= 1 &&
+           settings.bytesMin <= settings.bytesMax && settings.bytesMax <= kMessageBytesMax;
+}
+
+int PutGenerated(const QueuePutOptions& options, Putting& putting) {
+    GeneratorSettings settings;
+    settings.seed = options.seed;
+    settings.binaryPercent = options.binaryPercent;
+    if (!ParseSizes(options.sizes, settings)) {
+        Complain("--sizes " + options.sizes +
+                 ": takes MIN-MAX in bytes, for instance 1-102400; at most 104857600");
+        return kExitNotStarted;
+    }
+    for (std::uint64_t index = 0; index < options.count; ++index) {
+        if (!PutOne(options, MakeMessage(settings, index), putting)) return kExitTargetFailed;
+    }
+    return kExitDone;
+}
+
+int PutAll(const QueuePutOptions& options, Putting& putting) {
+    int result = kExitDone;
+    for (const std::string& path : options.files) {
+        if (result == kExitDone) result = PutFile(options, path, putting);
+    }
+    if (result == kExitDone && options.count > 0) result = PutGenerated(options, putting);
+    if (options.files.empty() && options.count == 0) result = PutFile(options, "-", putting);
+    return result;
+}
+
+int PutAndTell(const QueuePutOptions& options, Putting& putting) {
+    const Clock::time_point start = Clock::now();
+    const bool isLive = !options.quiet && platform::IsStandardErrorTerminal();
+    StartProgress(isLive ? ProgressStyle::kLiveLine : ProgressStyle::kNone, putting.counters);
+    const int result = PutAll(options, putting);
+    StopProgress();
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    const std::string summary = "put " + FormatCount(putting.counters.records) + " messages, " +
+                                FormatBytes(putting.counters.bytes) + ", on " + options.queue + " of " +
+                                putting.connection->object + " in " + FormatElapsed(seconds);
+    if (!options.quiet || result != kExitDone) PrintMessage("mqam queue put: " + summary + "\n");
+    return result;
+}
+
+}  // namespace
+
+int RunQueuePut(const QueuePutOptions& options) {
+    Putting putting;
+    if (!OpenTarget(options, putting)) return kExitNotStarted;
+    ComposeDescriptor(options, putting);
+    int result = kExitDone;
+    if (!options.recordPath.empty()) {
+        putting.record = std::fopen(options.recordPath.c_str(), "ab");
+        if (putting.record == nullptr) {
+            Complain("--record " + options.recordPath + ": " + std::strerror(errno) + "; nothing was put");
+            result = kExitNotStarted;
+        }
+    }
+    spoolmq::UseBinaryStreams();
+    if (result == kExitDone) result = PutAndTell(options, putting);
+    if (putting.record != nullptr && std::fclose(putting.record) != 0 && result == kExitDone) {
+        Complain("--record " + options.recordPath + ": " + std::strerror(errno));
+        result = kExitTargetFailed;
+    }
+    CloseStoreQueue(std::move(putting.queue));
+    DisconnectStore(std::move(putting.connection));
+    return result;
+}
+
+}  // namespace mqam

@@ -1,0 +1,177 @@
+#include "mqam/queue/report.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/base/progress.h"
+#include "spoolmq/store/descriptor.h"
+#include "spoolmq/store/store.h"
+#include "spoolmq/store/admin.h"
+
+namespace mqam {
+
+namespace {
+
+constexpr std::size_t kPreviewBytes = 60;
+
+struct OpenedQueue {
+    std::unique_ptr<spoolmq::StoreConnection> connection;
+    std::unique_ptr<spoolmq::StoreQueue> queue;
+};
+
+int Refuse(const std::string& command, const std::string& words) {
+    PrintMessage("mqam queue " + command + ": " + words + "\n");
+    return kExitNotStarted;
+}
+
+void CloseAll(OpenedQueue& opened) {
+    if (opened.queue != nullptr) CloseStoreQueue(std::move(opened.queue));
+    if (opened.connection != nullptr) DisconnectStore(std::move(opened.connection));
+}
+
+/// The bytes as one line: what cannot be printed is a dot.
+std::string Preview(const std::string& bytes) {
+    std::string text = bytes.substr(0, kPreviewBytes);
+    for (char& c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < ' ' || code == 0x7F) c = '.';
+    }
+    return text + (bytes.size() > kPreviewBytes ? "..." : "");
+}
+
+std::string BodyOf(const spoolmq::FoundMessage& found, std::size_t bytesMax) {
+    std::string body(std::min(bytesMax, static_cast<std::size_t>(found.bytes)), '\0');
+    std::string why;
+    if (ReadFound(found, body.data(), body.size(), &why) != spoolmq::StoreStatus::Ok) return "(" + why + ")";
+    return body;
+}
+
+template <typename Row, typename Attributes>
+void PrintAttributes(const std::vector<Row>& table, const Attributes& values) {
+    for (const Row& row : table) {
+        const std::string text = AttributeText(row, values);
+        std::printf("  %-28s %s\n", row.name, text.empty() ? "-" : text.c_str());
+    }
+}
+
+void PrintMessageLine(const spoolmq::FoundMessage& found) {
+    const mqi::MQMD& md = found.descriptor;
+    const std::string format(spoolmq::FieldText(md.Format, sizeof md.Format));
+    std::printf("  %-36s %10lld  %7d  %-8s  %s\n", found.fileName.c_str(),
+                static_cast<long long>(found.bytes), static_cast<int>(md.BackoutCount), format.c_str(),
+                Preview(BodyOf(found, kPreviewBytes + 1)).c_str());
+}
+
+void PrintMessages(spoolmq::StoreQueue* queue, std::uint64_t limit) {
+    spoolmq::BrowseCursor cursor;
+    std::string why;
+    for (std::uint64_t count = 0; count < limit; ++count) {
+        spoolmq::FoundMessage found;
+        if (FindMessage(queue, {}, &cursor, &found, &why) != spoolmq::StoreStatus::Ok) return;
+        if (count == 0)
+            std::printf("\n  %-36s %10s  %7s  %-8s  %s\n", "message", "bytes", "backout", "format", "begins");
+        PrintMessageLine(found);
+        cursor.isSet = true;
+        cursor.stampNs = found.name.stampNs;
+        cursor.fileName = found.fileName;
+        ReleaseFound(&found);
+    }
+    spoolmq::FoundMessage more;
+    if (FindMessage(queue, {}, &cursor, &more, &why) != spoolmq::StoreStatus::Ok) return;
+    ReleaseFound(&more);
+    std::printf("  ... and more: --limit N shows N messages\n");
+}
+
+int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue* queue) {
+    spoolmq::BrowseCursor cursor;
+    cursor.isSet = true;
+    cursor.fileName = options.message;
+    spoolmq::MessageName name;
+    if (ParseMessageName(options.message, &name)) cursor.stampNs = name.stampNs;
+    spoolmq::FoundMessage found;
+    std::string why;
+    if (FindUnderCursor(queue, cursor, &found, &why) != spoolmq::StoreStatus::Ok)
+        return Refuse("show", "there is no message \"" + options.message + "\" in " + options.queue +
+                                  "; `mqam queue show " + options.queueManager + " " + options.queue +
+                                  "` lists the messages");
+    const std::string body = BodyOf(found, static_cast<std::size_t>(found.bytes));
+    if (options.body) {
+        spoolmq::UseBinaryStreams();
+        std::fwrite(body.data(), 1, body.size(), stdout);
+    } else {
+        std::printf("%s, %lld bytes, backed out %d times\n%s\n%s\n", found.fileName.c_str(),
+                    static_cast<long long>(found.bytes), static_cast<int>(found.descriptor.BackoutCount),
+                    spoolmq::FormatDescriptor(found.descriptor).c_str(), Preview(body).c_str());
+    }
+    ReleaseFound(&found);
+    return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
+}
+
+int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue* queue) {
+    const spoolmq::QueueState& state = *queue->state;
+    std::printf("queue %s of %s, in %s\n", state.object.c_str(), queue->connection->object.c_str(),
+                state.path.c_str());
+    std::printf("  %-28s %lld\n  %-28s %d\n", "messages",
+                static_cast<long long>(spoolmq::QueueDepth(queue->connection->path, state.folder)),
+                "open for input", spoolmq::InputOpenCount(state.path));
+    PrintAttributes(spoolmq::QueueAttributeTable(), state.attributes.values);
+    PrintMessages(queue, options.limit);
+    return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
+}
+
+}  // namespace
+
+int RunQueueList(const std::string& spool, const std::string& queueManager) {
+    std::vector<std::string> names = spoolmq::QueueManagerNames(spool);
+    if (!queueManager.empty()) {
+        if (std::find(names.begin(), names.end(), queueManager) == names.end())
+            return Refuse("list", "there is no queue manager " + queueManager + " in \"" + spool + "\"");
+        names = {queueManager};
+    }
+    if (names.empty()) {
+        std::printf("no queue manager in \"%s\"; make one with: mqam queue create QM1 ORDERS\n",
+                    spool.c_str());
+        return kExitDone;
+    }
+    std::printf("%-48s %10s %6s\n", "queue manager, queue", "messages", "inputs");
+    for (const std::string& name : names) {
+        const std::string path = spool + '/' + spoolmq::FolderOfObject(name);
+        static_cast<void>(spoolmq::RecoverDeadUnits(path, ""));
+        std::printf("%s\n", name.c_str());
+        for (const std::string& queue : spoolmq::QueueNames(spool, name)) {
+            const std::string folder = spoolmq::FolderOfObject(queue);
+            std::printf("  %-46s %10lld %6d\n", queue.c_str(),
+                        static_cast<long long>(spoolmq::QueueDepth(path, folder)),
+                        spoolmq::InputOpenCount(path + '/' + folder));
+        }
+    }
+    return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
+}
+
+int RunQueueShow(const QueueShowOptions& options) {
+    OpenedQueue opened;
+    std::string why;
+    spoolmq::StoreStatus status = ConnectStore(options.spool, options.queueManager, &opened.connection, &why);
+    if (status == spoolmq::StoreStatus::Ok && options.queue.empty()) {
+        std::printf("queue manager %s, in %s\n", opened.connection->object.c_str(),
+                    opened.connection->path.c_str());
+        PrintAttributes(spoolmq::QmgrAttributeTable(), opened.connection->attributes.values);
+        CloseAll(opened);
+        return RunQueueList(options.spool, options.queueManager);
+    }
+    if (status == spoolmq::StoreStatus::Ok)
+        status = OpenStoreQueue(opened.connection.get(), options.queue, spoolmq::InputUse::None,
+                                &opened.queue, &why);
+    int result = kExitDone;
+    if (status != spoolmq::StoreStatus::Ok)
+        result = Refuse("show", why);
+    else if (options.message.empty())
+        result = ShowQueue(options, opened.queue.get());
+    else
+        result = ShowMessage(options, opened.queue.get());
+    CloseAll(opened);
+    return result;
+}
+
+}  // namespace mqam

@@ -1,8 +1,0 @@
-// `mqam load` with restart information: the command itself, and the workers that it starts.
-#pragma once
-
-#include "apps/mqam/load_options.h"
-
-/// Runs the load that the options ask for, as the command or as one of its workers. Returns the exit code. A
-/// worker does not come back: it ends the process.
-[[nodiscard]] int RunRestartableLoad(const LoadOptions& options);

@@ -1,0 +1,444 @@
+// mqam checkpoint as a process.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+#include "mqam/load/load_lock.h"
+#include "mqam/target/restart_state.h"
+#include "tests/support/checkpoint_bytes.h"
+#include "tests/support/program_runner.h"
+#include "tests/support/test_directory.h"
+
+#if !defined(_WIN32)
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace mqam;
+#endif
+
+namespace {
+
+namespace fs = std::filesystem;
+using Arguments = std::vector<std::string>;
+
+const std::string kTorn = LengthBytes(50) + "torn";
+
+class CheckpointCommand : public testing::Test {
+  protected:
+    [[nodiscard]] std::string Path(const std::string& name = "load.ckpt") const { return folder_.Path(name); }
+
+    // Runs `mqam checkpoint COMMAND load.ckpt MORE`.
+    ProgramResult Run(const std::string& command, const Arguments& more = {}) const {
+        Arguments arguments = {"checkpoint", command, Path()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+        result.standardOutput = WithUnixLineEnds(result.standardOutput);
+        return result;
+    }
+
+    TestDirectory folder_;
+};
+
+TEST_F(CheckpointCommand, ShowListsEachRecordWithOffsetLengthAndFirstBytes) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", std::string("\0\xFFtwo", 5)}) + kTorn);
+    const ProgramResult result = Run("show");
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(
+        result.standardOutput,
+        Path() +
+            ": 40 bytes, checkpoint 5, 2 records (8 bytes of data); 12 bytes from offset 28 on are no whole "
+            "record\n"
+            "      offset     length  begins\n"
+            "           4          3  6f 6e 65                                         |one|\n"
+            "          15          5  00 ff 74 77 6f                                   |..two|\n"
+            "(--position or --restart-file tells what a restart would do)\n");
+}
+
+TEST_F(CheckpointCommand, ShowLeavesOutTheMiddleOfALongFileUnlessAllIsGiven) {
+    std::vector<std::string> records;
+    records.reserve(1025);
+    for (int i = 0; i < 1025; ++i)
+        records.push_back("r" + std::to_string(i));
+    WriteBytesTo(Path(), CheckpointBytes(1, records));
+    const auto has = [](const ProgramResult& result, const std::string& part) {
+        return result.standardOutput.find(part) != std::string::npos;
+    };
+    const ProgramResult usual = Run("show");
+    EXPECT_TRUE(has(usual, "|r9|\n             (1,005 records left out; --all lists them)\n"));
+    EXPECT_TRUE(has(usual, "|r1015|\n") && has(usual, "|r1024|\n"));
+    EXPECT_FALSE(has(usual, "|r10|\n") || has(usual, "|r1014|\n"));
+    const ProgramResult ends = Run("show", {"--first", "1", "--last", "2"});
+    EXPECT_TRUE(has(ends, "|r0|\n             (1,022 records left out; --all lists them)\n"));
+    EXPECT_TRUE(has(ends, "|r1023|\n") && !has(ends, "|r1|\n") && !has(ends, "|r1022|\n"));
+    const ProgramResult all = Run("show", {"--all"});
+    EXPECT_TRUE(has(all, "|r512|\n") && !has(all, "left out"));
+}
+
+TEST_F(CheckpointCommand, ShowTellsWhatARestartWithAPositionWouldDo) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two"}));
+    WriteBytesTo(Path("MQAMtmp.4711"), CheckpointBytes(6, {"two"}));
+    const std::string position = "06000000090000000F00000000000000";
+    const ProgramResult result = Run("show", {"--position", position});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    const std::string expected =
+        "temporary file " + Path("MQAMtmp.4711") +
+        ": 15 bytes, checkpoint 6, 1 record (3 bytes of data)\n"
+        "A restart with the position 06000000090000000f00000000000000 (checkpoint 6, taken after 9 records, "
+        "offset "
+        "15):\n"
+        "  first: delete " +
+        Path("MQAMtmp.4711") +
+        " (a rewrite was interrupted; its records are in the checkpoint file)\n"
+        "  the load goes on behind checkpoint 6: " +
+        Path() + " gives back the last record loaded, to be compared, then the queue is read\n";
+    EXPECT_TRUE(result.standardOutput.ends_with(expected)) << result.standardOutput;
+    const ProgramResult refused = Run("show", {"--position", "04" + position.substr(2)});
+    EXPECT_EQ(refused.exitCode, 0);
+    EXPECT_NE(refused.standardOutput.find("\n  refused: " + Path() +
+                                          " belongs to checkpoint 5, the stored position to "
+                                          "checkpoint 4: the file has moved on"),
+              std::string::npos)
+        << refused.standardOutput;
+    EXPECT_TRUE(fs::exists(Path("MQAMtmp.4711")));
+}
+
+TEST_F(CheckpointCommand, ShowOfAMissingFileTellsItsTemporaryFilesAndFails) {
+    WriteBytesTo(Path("MQAMtmp.1"), CheckpointBytes(5, {"one"}));
+    const ProgramResult result = Run("show", {"--position", "05000000090000000F00000000000000"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.standardOutput.starts_with(Path() + ": missing\ntemporary file "))
+        << result.standardOutput;
+    EXPECT_NE(result.standardOutput.find("  first: rename "), std::string::npos) << result.standardOutput;
+}
+
+TEST_F(CheckpointCommand, PositionThatIsNoneIsRefused) {
+    WriteBytesTo(Path(), "");
+    for (const char* position :
+         {"", "05", "0500000009000000000000000000000g", "050000000900000000000000000000000"}) {
+        const ProgramResult result = Run("show", {std::string("--position=") + position});
+        EXPECT_EQ(result.exitCode, 1) << position;
+        EXPECT_NE(result.standardError.find("--position"), std::string::npos) << result.standardError;
+    }
+}
+
+TEST_F(CheckpointCommand, VerifyOfAnIntactFileNamesWhatCannotBeKnown) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two"}));
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(
+        result.standardOutput,
+        Path() +
+            " is intact\n"
+            "  bytes 0 to 3: the sequence number: checkpoint 5\n"
+            "  bytes 4 to 25: 2 whole records\n"
+            "Not known: the format has no checksum. Bytes changed inside a record or in the sequence number "
+            "do\nnot show, and neither does a file that lost whole records at its end.\n");
+}
+
+TEST_F(CheckpointCommand, VerifyTellsATornRecord) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_TRUE(
+        result.standardOutput.starts_with(Path() +
+                                          " is incomplete\n"
+                                          "  bytes 0 to 3: the sequence number: checkpoint 5\n"
+                                          "  bytes 4 to 14: 1 whole record\n"
+                                          "  bytes 15 to 26: a record length of 50, and 4 bytes behind it\n"
+                                          "Known: a crash in the middle of an append leaves exactly this."))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointCommand, VerifyNamesTheDamagedBitOfALengthAndWhatIsMisread) {
+    // The length of "two" then leads into "four", where no record begins.
+    std::string bytes = CheckpointBytes(5, {"one", "two", "three", "four and more"});
+    bytes[15] = static_cast<char>(bytes[15] ^ 32);
+    WriteBytesTo(Path(), bytes);
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_TRUE(
+        result.standardOutput.starts_with(Path() +
+                                          " is damaged\n"
+                                          "  bytes 0 to 3: the sequence number: checkpoint 5\n"
+                                          "  bytes 4 to 14: 1 whole record\n"
+                                          "  bytes 15 to 57: read as 1 whole record, probably wrongly\n"
+                                          "  bytes 58 to 59: the beginning of a record length, of 8 bytes\n"
+                                          "Known: one bit of the record length at offset 15 is probably "
+                                          "wrong. Were the length 3, 2 whole\nrecords "
+                                          "from offset 26 on would lead exactly to the end of the file.\n"))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointCommand, VerifyTellsALengthThatNoRecordHas) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + LengthBytes(0x7777777777) + "xyz");
+    const ProgramResult result = Run("verify", {"--bksz", "100"});
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_NE(result.standardOutput.find(
+                  "  bytes 15 to 25: a record length of 513105426295, above the largest record "
+                  "(100), and what follows it\n"
+                  "Known: no crash of the module leaves this. Where the next record begins"),
+              std::string::npos)
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointCommand, VerifyOfAMissingFileFails) {
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.standardError, "mqam checkpoint: " + Path() + ": missing\n");
+}
+
+TEST_F(CheckpointCommand, RepairWithoutATerminalShowsItsStepsAndChangesNothing) {
+    const std::string bytes = CheckpointBytes(5, {"one"});
+    WriteBytesTo(Path(), bytes + kTorn);
+    const ProgramResult result = Run("repair");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.standardOutput.starts_with("copy " + Path() + " from offset 15 on to " + Path() +
+                                                  ".torn\ncut " + Path() + " to 15 bytes"))
+        << result.standardOutput;
+    EXPECT_NE(result.standardError.find("nothing was changed"), std::string::npos) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path()), bytes + kTorn);
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.torn")));
+}
+
+TEST_F(CheckpointCommand, RepairWithYesMakesItsStepsAndThenFindsNothing) {
+    const std::string bytes = CheckpointBytes(5, {"one"});
+    WriteBytesTo(Path(), "");
+    WriteBytesTo(Path("MQAMtmp.1"), bytes);
+    const ProgramResult result = Run("repair", {"--yes", "--position", "05000000090000000000000000000000"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_NE(result.standardOutput.find("\ndone\nA restart with the position"), std::string::npos)
+        << result.standardOutput;
+    EXPECT_NE(result.standardOutput.find("  the load goes on behind checkpoint 5"), std::string::npos);
+    EXPECT_EQ(ReadFileIfAny(Path()), bytes);
+    EXPECT_TRUE(fs::exists(Path("load.ckpt.kept")));
+    const ProgramResult again = Run("repair");
+    EXPECT_EQ(again.exitCode, 0) << again.standardError;
+    EXPECT_EQ(again.standardOutput, Path() + ": nothing to repair\n");
+}
+
+TEST_F(CheckpointCommand, RepairOfADamagedFileChangesNothing) {
+    const std::string bytes =
+        CheckpointBytes(5, {"one"}) + LengthBytes(99) + "two" + LengthBytes(5) + "three";
+    WriteBytesTo(Path(), bytes);
+    const ProgramResult result = Run("repair", {"--yes"});
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_NE(result.standardError.find("is damaged and nothing is changed"), std::string::npos)
+        << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path()), bytes);
+}
+
+#if !defined(_WIN32)
+// Runs `mqam checkpoint repair` on a terminal and answers its question, after `meanwhile`. Returns the exit
+// code.
+int RepairOnATerminal(
+    const std::string& path, const std::string& answer, const std::function<void()>& meanwhile = [] {}) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        execl(MQAM_PROGRAM, MQAM_PROGRAM, "checkpoint", "repair", path.c_str(), nullptr);
+        _exit(127);
+    }
+    std::string shown;
+    char piece[512];
+    // The terminal tells an error once the program is gone.
+    for (bool answered = false;;) {
+        const ssize_t got = read(terminal, piece, sizeof piece);
+        if (got <= 0) break;
+        shown.append(piece, static_cast<std::size_t>(got));
+        if (!answered && shown.find("[y/N] ") != std::string::npos) {
+            meanwhile();
+            answered = write(terminal, answer.data(), answer.size()) == static_cast<ssize_t>(answer.size());
+        }
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    close(terminal);
+    EXPECT_NE(shown.find("No load may be running on this file. Do this?"), std::string::npos) << shown;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(CheckpointCommand, RepairOnATerminalAsksFirst) {
+    const std::string bytes = CheckpointBytes(5, {"one"});
+    WriteBytesTo(Path(), bytes + kTorn);
+    EXPECT_EQ(RepairOnATerminal(Path(), "\n"), 1);
+    EXPECT_EQ(ReadFileIfAny(Path()), bytes + kTorn);
+    EXPECT_EQ(RepairOnATerminal(Path(), "y\n"), 0);
+    EXPECT_EQ(ReadFileIfAny(Path()), bytes);
+    EXPECT_EQ(ReadFileIfAny(Path("load.ckpt.torn")), kTorn);
+}
+
+TEST_F(CheckpointCommand, RepairOfFilesThatChangedWhileItAskedChangesNothing) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
+    const std::string later = CheckpointBytes(5, {"one", "two"}) + kTorn;
+    EXPECT_EQ(RepairOnATerminal(Path(), "y\n", [this, &later] { WriteBytesTo(Path(), later); }), 1);
+    EXPECT_EQ(ReadFileIfAny(Path()), later);
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.torn")));
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+    EXPECT_EQ(RepairOnATerminal(Path(), "y\n"), 0);
+}
+
+TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
+    // Room in the name for the first such suffix, which is taken, and not for the second.
+    const std::string path = Path(std::string(250, 'x'));
+    WriteBytesTo(path + ".torn", "of another repair");
+    const std::string bytes = CheckpointBytes(5, {"one"}) + kTorn;
+    WriteBytesTo(path, bytes);
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, {"checkpoint", "repair", path, "--yes"}, folder_.Root());
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.standardError.find("could not copy "), std::string::npos) << result.standardError;
+    EXPECT_NE(result.standardError.find("File name too long"), std::string::npos) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(path), bytes);
+}
+#endif
+
+// ---- with the restart file of the load
+
+// A load that stored checkpoint 5 behind 8 records, the last of which was "one".
+class CheckpointOfALoad : public CheckpointCommand {
+  protected:
+    void SetUp() override {
+        state_.checkpointFile = Path();
+        state_.target = "/data/orders.txt";
+        state_.position = MakePosition(5, 8, 77);
+        state_.lastRecordLength = 3;
+        state_.lastRecordDigest = DigestOf("one", 3);
+        WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two"}));
+    }
+    [[nodiscard]] std::string RestartFile() const { return Path("a load.restart"); }
+
+    ProgramResult RunWithState(const std::string& command, const Arguments& more = {}) const {
+        WriteBytesTo(RestartFile(), FormatRestartState(state_));
+        Arguments arguments = {"--restart-file", RestartFile()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run(command, arguments);
+    }
+
+    // Each of the three commands refuses with 1 and these words, and the file stays as it is.
+    void ExpectRefusal(const std::string& words, const Arguments& more = {}) const {
+        const std::string before = ReadFileIfAny(Path());
+        for (const char* command : {"show", "verify", "repair"}) {
+            Arguments arguments = {"--restart-file", RestartFile()};
+            arguments.insert(arguments.end(), more.begin(), more.end());
+            const ProgramResult result = Run(command, arguments);
+            EXPECT_EQ(result.exitCode, 1) << command << result.standardOutput;
+            EXPECT_EQ(result.standardOutput, "");
+            EXPECT_NE(result.standardError.find(words), std::string::npos) << result.standardError;
+        }
+        EXPECT_EQ(ReadFileIfAny(Path()), before);
+    }
+
+    RestartState state_;
+};
+
+TEST_F(CheckpointOfALoad, ShowTellsWhatARestartWouldDoWithTheStoredPosition) {
+    const ProgramResult result = RunWithState("show");
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(result.standardOutput.ends_with(
+        "A restart with the position 05000000080000004d00000000000000 (checkpoint 5, taken after 8 records, "
+        "offset 77):\n"
+        "  the load goes on behind checkpoint 5: " +
+        Path() +
+        " gives back the last record loaded, to be compared, and 1 record behind it, then the queue is "
+        "read\n"))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, VerifyTellsWhetherTheLoadCanGoOnWithAnIntactFile) {
+    ProgramResult result = RunWithState("verify");
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_NE(result.standardOutput.find(" is intact\n"), std::string::npos);
+    EXPECT_NE(result.standardOutput.find("  the load goes on behind checkpoint 5"), std::string::npos)
+        << result.standardOutput;
+    state_.position = MakePosition(9, 8, 77);
+    result = RunWithState("verify");
+    EXPECT_EQ(result.exitCode, 10) << result.standardError;
+    EXPECT_NE(result.standardOutput.find("\n  refused: " + Path() + " belongs to checkpoint 5"),
+              std::string::npos)
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, ARecordThatIsNotTheLastOneLoadedIsTold) {
+    state_.lastRecordDigest = DigestOf("two", 3);
+    const std::string words = "  refused then: the record at offset 4 of " + Path() +
+                              " is not the last one loaded: the checkpoint file or the restart file is "
+                              "another load's or a backup; give the right file back\n";
+    ProgramResult result = RunWithState("show");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.standardOutput.ends_with(words)) << result.standardOutput;
+    result = RunWithState("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_TRUE(result.standardOutput.ends_with(words)) << result.standardOutput;
+    // The checkpoint that was stored and not carried out: its offset names the record.
+    state_.position = MakePosition(6, 9, 15);
+    EXPECT_EQ(RunWithState("verify").exitCode, 0);
+    state_.lastRecordLength = 4;
+    EXPECT_EQ(RunWithState("verify").exitCode, 10);
+}
+
+TEST_F(CheckpointOfALoad, RepairTakesTheTemporaryFileOfTheStoredCheckpoint) {
+    fs::remove(Path());
+    WriteBytesTo(Path("MQAMtmp.1"), CheckpointBytes(4, {"zero", "one"}));
+    WriteBytesTo(Path("MQAMtmp.2"), CheckpointBytes(5, {"one", "two"}));
+    const ProgramResult result = RunWithState("repair", {"--yes"});
+    EXPECT_EQ(result.exitCode, 10) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one", "two"}));
+    EXPECT_TRUE(fs::exists(Path("MQAMtmp.1")));
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+}
+
+TEST_F(CheckpointOfALoad, ALoadThatHasStoredNothingYetBegins) {
+    state_.position.reset();
+    WriteBytesTo(Path(), "");
+    const ProgramResult result = RunWithState("show");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(
+        result.standardOutput.ends_with("A restart without a stored position:\n"
+                                        "  nothing is stored and no record waits in " +
+                                        Path() + ": the load begins\n"))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, ARestartFileOfNoUseIsRefused) {
+    ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is missing\n");
+    const std::string good = FormatRestartState(state_);
+    WriteBytesTo(RestartFile(), good.substr(0, good.size() - 1));
+    ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is cut short; give back");
+    WriteBytesTo(RestartFile(), "");
+    ExpectRefusal(" is empty; give back");
+    state_.phase = LoadPhase::kComplete;
+    WriteBytesTo(RestartFile(), FormatRestartState(state_));
+    ExpectRefusal(" is over: every record is in /data/orders.txt, and no checkpoint file belongs to it");
+    state_.phase = LoadPhase::kLoading;
+    state_.checkpointFile = "/elsewhere/orders.ckpt";
+    WriteBytesTo(RestartFile(), FormatRestartState(state_));
+    ExpectRefusal(" belongs to the load with checkpoint file /elsewhere/orders.ckpt, not " + Path() +
+                  "; to look at a copy of that file give --position 05000000080000004d00000000000000\n");
+}
+
+TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
+    for (const char* command : {"show", "repair"}) {
+        const ProgramResult result =
+            RunWithState(command, {"--position", "05000000080000004d00000000000000"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_NE(result.standardError.find("--position"), std::string::npos) << result.standardError;
+    }
+}
+
+TEST_F(CheckpointOfALoad, RepairChangesNothingWhileALoadIsRunning) {
+    std::string reason;
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
+    ASSERT_EQ(AcquireLoadLock(Path() + ".lock", 0, reason), LockOutcome::kAcquired) << reason;
+    const ProgramResult result = RunWithState("repair", {"--yes"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was changed: another load is running"),
+              std::string::npos)
+        << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one"}) + kTorn);
+    ReleaseLoadLock(Path() + ".lock");
+    EXPECT_EQ(RunWithState("repair", {"--yes"}).exitCode, 0);
+}
+
+}  // namespace

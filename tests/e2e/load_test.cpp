@@ -1,0 +1,424 @@
+// mqam load and mqam check as a process, on a module that does what the test tells it.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "tests/support/program_runner.h"
+#include "tests/support/test_directory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Arguments = std::vector<std::string>;
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// Only Windows lets a worker mark the exit codes that are its own.
+#if defined(_WIN32)
+constexpr bool kExitsAreMarked = true;
+#else
+constexpr bool kExitsAreMarked = false;
+#endif
+
+class FakeLoad : public testing::Test {
+  protected:
+    [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
+
+    // Runs mqam load over the fake module; `script` is the init string behind -QMGR and -QNM.
+    ProgramResult Load(const std::string& script, const Arguments& more = {}) {
+        Arguments arguments = {"load", "--module", FAKE_MODULE, "--init", Script(script)};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+    }
+
+    [[nodiscard]] std::string Script(const std::string& script) const {
+        return "-QMGR QM1 -QNM Q1 -FAKE_CALLS " + Path("calls") + " " + script;
+    }
+
+    // The requests that the module got, Init without its text.
+    [[nodiscard]] std::string Calls() const {
+        std::ifstream file(Path("calls"));
+        std::string calls;
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("Init")) line = "Init";
+            calls += (calls.empty() ? "" : " ") + line;
+        }
+        return calls;
+    }
+
+    TestDirectory folder_;
+};
+
+TEST_F(FakeLoad, WholeLoadWritesLinesAndTellsASummary) {
+    const ProgramResult result = Load("-FAKE_RECORDS 3", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "record 1\nrecord 2\nrecord 3\n");
+    EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1 Read Read Read Read Close Shut");
+    EXPECT_EQ(result.standardOutput, "");
+    EXPECT_TRUE(Contains(result.standardError, "end of the queue\n  records   3\n  bytes     24\n"))
+        << result.standardError;
+}
+
+// An MQ library may end the process, and no code that it chooses makes a load done.
+TEST_F(FakeLoad, AWorkerThatALibraryEndsIsKilledWhateverItsExitCode) {
+    for (const char* code : {"0", "64", "66"}) {
+        if (std::string(code) != "0" && !kExitsAreMarked) continue;
+        const ProgramResult result =
+            Load("-FAKE_EXIT " + std::string(code), {"--to", Path("out"), "--restart-file", Path("restart")});
+        EXPECT_EQ(result.exitCode, 9) << result.standardError;
+        EXPECT_EQ(result.standardError,
+                  "mqam load: the worker process was killed (" + std::string(code) +
+                      ")\n  safe      nothing was loaded: every message is on the queue\n"
+                      "  next      run the same command again\n");
+    }
+}
+
+TEST_F(FakeLoad, QuietLoadPrintsNothing) {
+    const ProgramResult result = Load("-FAKE_RECORDS 3", {"--to", Path("out"), "--quiet"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.standardError, "");
+    EXPECT_EQ(result.standardOutput, "");
+}
+
+TEST_F(FakeLoad, LengthFormatPutsFourBytesLittleEndianBeforeEachRecord) {
+    const ProgramResult result =
+        Load("-FAKE_RECORDS 2 -FAKE_RECORD_BYTES 300", {"--to", Path("out"), "--format", "length"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    const std::string bytes = ReadFileIfAny(Path("out"));
+    ASSERT_EQ(bytes.size(), 608U);
+    EXPECT_EQ(bytes.substr(0, 4), std::string("\x2C\x01\x00\x00", 4));
+    EXPECT_EQ(bytes.substr(304, 4), std::string("\x2C\x01\x00\x00", 4));
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_EQ(static_cast<unsigned char>(bytes[static_cast<std::size_t>(4 + i)]), (1 + i) % 256) << i;
+        ASSERT_EQ(static_cast<unsigned char>(bytes[static_cast<std::size_t>(308 + i)]), (2 + i) % 256) << i;
+    }
+}
+
+TEST_F(FakeLoad, RawFormatAddsNothing) {
+    const ProgramResult result =
+        Load("-FAKE_RECORDS 2 -FAKE_RECORD_BYTES 256", {"--to", Path("out"), "--format", "raw"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    const std::string bytes = ReadFileIfAny(Path("out"));
+    ASSERT_EQ(bytes.size(), 512U);
+    for (int i = 0; i < 512; ++i) {
+        ASSERT_EQ(static_cast<unsigned char>(bytes[static_cast<std::size_t>(i)]),
+                  (1 + i / 256 + i % 256) % 256)
+            << i;
+    }
+}
+
+TEST_F(FakeLoad, StandardOutputHoldsTheRecordsAloneAndInBinary) {
+    const ProgramResult result =
+        Load("-SRVR s -FAKE_RECORDS 2 -FAKE_RECORD_BYTES 20", {"--to", "-", "--format", "raw", "--verbose"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    std::string expected;
+    for (int i = 0; i < 40; ++i)
+        expected += static_cast<char>(1 + i / 20 + i % 20);
+    EXPECT_EQ(result.standardOutput, expected);
+    EXPECT_TRUE(Contains(result.standardError, "Queue Manager Name  'QM1'\n")) << result.standardError;
+}
+
+TEST_F(FakeLoad, KeywordHelpOfTheModuleGoesToStandardError) {
+    Arguments arguments = {"load", "--module", FAKE_MODULE, "--qmgr", "QM1", "--keyword-help", "--to", "-"};
+    const ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(result.standardOutput, "");
+    EXPECT_TRUE(Contains(result.standardError, "fake module: keyword help\n")) << result.standardError;
+}
+
+TEST_F(FakeLoad, ExistingTargetIsKeptUnlessForcedOrAppended) {
+    std::ofstream(Path("out")) << "old\n";
+    ProgramResult result = Load("-FAKE_RECORDS 1", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(Contains(result.standardError, "--force")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")).substr(0, 3), "old");
+    EXPECT_EQ(Calls(), "");
+
+    result = Load("-FAKE_RECORDS 1", {"--to", Path("out"), "--append"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(ReadFileIfAny(Path("out")).ends_with("record 1\n"));
+    EXPECT_EQ(ReadFileIfAny(Path("out")).substr(0, 3), "old");
+
+    result = Load("-FAKE_RECORDS 2", {"--to", Path("out"), "--force"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "record 1\nrecord 2\n");
+}
+
+TEST_F(FakeLoad, TargetInAMissingFolderFailsBeforeAnythingIsRead) {
+    const ProgramResult result = Load("-FAKE_RECORDS 1", {"--to", Path("none/out")});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(Contains(result.standardError, "cannot open")) << result.standardError;
+    EXPECT_FALSE(Contains(Calls(), "Read")) << Calls();
+    EXPECT_FALSE(Contains(Calls(), "Close")) << Calls();
+}
+
+#if !defined(_WIN32)
+TEST_F(FakeLoad, FullDiskIsToldAndTheModuleIsNotClosed) {
+    const ProgramResult result = Load("-FAKE_RECORDS 3", {"--to", "/dev/full"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(Contains(result.standardError, "cannot write to /dev/full: No space left on device"))
+        << result.standardError;
+    EXPECT_FALSE(Contains(Calls(), "Close")) << Calls();
+}
+#endif
+
+TEST_F(FakeLoad, MissingModuleIsToldWithItsPath) {
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM, {"load", "--module", Path("none.so"), "--qmgr", "Q", "--to", "-"}, folder_.Root());
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_TRUE(Contains(result.standardError, "none.so")) << result.standardError;
+}
+
+TEST_F(FakeLoad, FailingInitIsTakenApartAndNothingIsOpened) {
+    const ProgramResult result = Load(
+        "-FAKE_FAIL Init -FAKE_ERROR "
+        "M/"
+        "ParseParms(!ERROR!).__--ERROR:_MQA0127:_<Queue_Manager_Name_must_be_specified._Keyword:_QMGR_<name>>"
+        ".",
+        {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError,
+                         "the module failed: Init returned 34\n"
+                         "  message   Queue Manager Name must be specified. Keyword: QMGR <name>\n"
+                         "  number    MQA0127\n"
+                         "  function  ParseParms\n"
+                         "  next      Name the queue manager: --qmgr NAME, or QMGR in the parameter file.\n"))
+        << result.standardError;
+    EXPECT_EQ(Calls(), "Init Shut");
+    EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(FakeLoad, FailingOpenLeavesNoTargetAndNeitherClosesNorShuts) {
+    const ProgramResult result = Load("-FAKE_FAIL Open", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "Open returned 34")) << result.standardError;
+    EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1");
+    EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(FakeLoad, FailingReadKeepsWhatWasReadAndNeitherClosesNorShuts) {
+    const ProgramResult result = Load(
+        "-FAKE_RECORDS 5 -FAKE_FAIL Read -FAKE_FAIL_AT 3 -FAKE_ERROR "
+        "M/PIDMMain(!ERROR!).__--ERROR:_MQA0165:_<Reason_code_=_2009>--Failing_function:_MQGET.",
+        {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  call      MQGET\n")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "2009 MQRC_CONNECTION_BROKEN")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "  records   2\n")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "record 1\nrecord 2\n");
+    EXPECT_FALSE(Contains(Calls(), "Close")) << Calls();
+    EXPECT_FALSE(Contains(Calls(), "Shut")) << Calls();
+}
+
+TEST_F(FakeLoad, FailingCloseIsToldWithEveryRecordInTheTarget) {
+    const ProgramResult result = Load("-FAKE_RECORDS 2 -FAKE_FAIL Close", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "mqam load: end of the queue\n  records   2\n"))
+        << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "record 1\nrecord 2\n");
+    EXPECT_TRUE(Contains(Calls(), "Close Shut")) << Calls();
+}
+
+TEST_F(FakeLoad, WarningWithASuccessfulReadIsTold) {
+    const ProgramResult result = Load("-FAKE_RECORDS 3 -FAKE_NOTICE 2", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0);
+    const std::string line = "note from the module (WriteLogRec): continuing without Log";
+    EXPECT_TRUE(Contains(result.standardError, line)) << result.standardError;
+    EXPECT_EQ(result.standardError.find(line), result.standardError.rfind(line));
+}
+
+TEST_F(FakeLoad, AttributesArePutAfterInitInOrder) {
+    const ProgramResult result = Load("", {"--to", "-", "--attribute", "CHARSET_NAME=UTF=8", "--attribute",
+                                           "GEN=", "--timeout", "7", "--preserve"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(Calls(),
+              "Init PutAttribute ZBQ_HL_LOG_HANDLE PutAttribute CHARSET_NAME=UTF=8 PutAttribute GEN= "
+              "PutAttribute TIMEOUT_SECONDS=7 PutAttribute PRESERVE_RESTART_INFO=YES Open 1 Read Close Shut");
+}
+
+TEST_F(FakeLoad, UnknownAttributeEndsTheLoadBeforeOpen) {
+    const ProgramResult result = Load("", {"--to", "-", "--attribute", "UNKNOWN=1"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "PutAttribute UNKNOWN returned 33")) << result.standardError;
+    EXPECT_FALSE(Contains(Calls(), "Open")) << Calls();
+}
+
+TEST_F(FakeLoad, TimeoutHasItsOwnExitCode) {
+    const ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_END 55", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 6);
+    EXPECT_TRUE(Contains(result.standardError, "the time-out expired")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "record 1\n");
+    EXPECT_TRUE(Contains(Calls(), "Close Shut")) << Calls();
+}
+
+TEST_F(FakeLoad, EndBeforeTheReadWaitIsTold) {
+    ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 8);
+    EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
+    result =
+        Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1 -FAKE_LAST_PAUSE 1100", {"--to", Path("out"), "--force"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(Contains(result.standardError, "mqam load: end of the queue\n")) << result.standardError;
+}
+
+TEST_F(FakeLoad, EndOfAnUnlimitedWaitIsNeverTheEndOfTheQueue) {
+    const ProgramResult result = Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT indefinite", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 8);
+    EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
+}
+
+TEST_F(FakeLoad, CheckpointsAreTakenAfterOpenAndEveryNRecords) {
+    const ProgramResult result = Load("-CKFILE " + Path("ck") + " -FAKE_RECORDS 5",
+                                      {"--to", Path("out"), "--checkpoint-every", "2", "--verbose"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(Calls(),
+              "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1 GetPos Read Read GetPos Read Read GetPos Read Read "
+              "Close Shut");
+    EXPECT_TRUE(Contains(result.standardError, "checkpoint 2 after 2 records, file offset 4\n"))
+        << result.standardError;
+}
+
+TEST_F(FakeLoad, FailingGetPosEndsTheLoadWithoutClose) {
+    const ProgramResult result = Load("-FAKE_RECORDS 5 -FAKE_FAIL GetPos -FAKE_FAIL_AT 2",
+                                      {"--to", Path("out"), "--checkpoint-every", "2"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1 GetPos Read Read GetPos");
+}
+
+TEST_F(FakeLoad, CheckpointFileOfAnEarlierLoadStopsTheLoadBeforeOpen) {
+    std::ofstream(Path("ck")) << "records";
+    const ProgramResult result = Load("-CKFILE " + Path("ck") + " -FAKE_RECORDS 5", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(Contains(result.standardError, Path("ck"))) << result.standardError;
+    EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Shut");
+    EXPECT_EQ(ReadFileIfAny(Path("ck")), "records");
+    EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(FakeLoad, LogOfAnEarlierLoadStopsTheLoadBeforeOpen) {
+    std::ofstream(Path("log")) << "records";
+    ProgramResult result = Load("-LOG " + Path("log") + " -FAKE_RECORDS 5", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(Contains(result.standardError, Path("log"))) << result.standardError;
+    EXPECT_FALSE(Contains(Calls(), "Open")) << Calls();
+    EXPECT_EQ(ReadFileIfAny(Path("log")), "records");
+
+    std::ofstream(Path("log"), std::ios::trunc).flush();
+    result = Load("-LOG " + Path("log") + " -FAKE_RECORDS 5", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+}
+
+TEST_F(FakeLoad, RecordsAreInTheTargetWhileTheLoadWaits) {
+    RunningProgram program(MQAM_PROGRAM,
+                           {"load", "--module", FAKE_MODULE, "--init",
+                            Script("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 60000"), "--to", Path("out")},
+                           {}, folder_.Root());
+    EXPECT_TRUE(WaitForText(Path("out"), "record 1\nrecord 2\n"));
+}
+
+TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
+    RunningProgram program(MQAM_PROGRAM,
+                           {"load", "--module", FAKE_MODULE, "--init",
+                            Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 10 -CKFILE " + Path("ck")), "--to",
+                            Path("out"), "--checkpoint-every", "1", "--verbose"},
+                           {}, folder_.Root());
+    ASSERT_TRUE(program.WaitForError("checkpoint 3 ")) << program.Wait().standardError;
+    ASSERT_TRUE(program.Interrupt());
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 5) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "press again to stop at once")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "on request")) << result.standardError;
+    EXPECT_TRUE(Contains(Calls(), "PutAttribute GEN_EOF= Read Close Shut")) << Calls();
+    EXPECT_TRUE(ReadFileIfAny(Path("out")).starts_with("record 1\nrecord 2\n"));
+}
+
+TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
+    RunningProgram program(MQAM_PROGRAM,
+                           {"load", "--module", FAKE_MODULE, "--init",
+                            Script("-FAKE_RECORDS 1 -FAKE_LAST_PAUSE 60000 -CKFILE " + Path("ck")), "--to",
+                            Path("out"), "--checkpoint-every", "1", "--verbose"},
+                           {}, folder_.Root());
+    ASSERT_TRUE(program.WaitForError("checkpoint 2 ")) << program.Wait().standardError;
+    ASSERT_TRUE(program.Interrupt());
+    ASSERT_TRUE(program.WaitForError("press again"));
+    // One that follows at once would count as the same.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    ASSERT_TRUE(program.Interrupt());
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 7) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "stopped at once")) << result.standardError;
+    EXPECT_FALSE(Contains(Calls(), "Close")) << Calls();
+}
+
+TEST_F(FakeLoad, PlainProgressLinesAppearEveryFewSeconds) {
+    const ProgramResult result = Load("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 6000", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(Contains(result.standardError, "mqam: 2 records, 16 bytes, ")) << result.standardError;
+}
+
+TEST_F(FakeLoad, WrongOptionsAreRefusedWithCodeOne) {
+    const std::vector<Arguments> wrong = {
+        {},
+        {"load"},
+        {"load", "--to", "-"},
+        {"load", "--qmgr", "Q", "--to", "-", "--no-such-option"},
+        {"load", "--qmgr", "Q", "--to", "-", "--format", "xml"},
+        {"load", "--qmgr", "Q", "--to", "-", "--force", "--append"},
+        {"load", "--qmgr", "Q", "--to", "-", "--checkpoint-every", "0"},
+        {"load", "--qmgr", "Q", "--to", "-", "--timeout", "0"},
+        {"load", "--qmgr", "Q", "--to", "-", "--attribute", "=x"},
+        {"load", "--qmgr", "Q", "--to", "-", "--attribute", "NAME"},
+        {"load", "--qmgr", "a b", "--to", "-"},
+        {"check"},
+        {"no-such-command"},
+    };
+    for (const Arguments& arguments : wrong) {
+        std::string line;
+        for (const std::string& word : arguments)
+            line += " " + word;
+        const ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+        EXPECT_EQ(result.exitCode, 1) << line;
+        EXPECT_NE(result.standardError, "") << line;
+    }
+}
+
+TEST_F(FakeLoad, HelpTeachesOptionsExamplesAndExitCodes) {
+    const ProgramResult result = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());
+    EXPECT_EQ(result.exitCode, 0);
+    for (const char* part : {"Examples:", "Exit codes:", "--qmgr", "--trace", "a keyword given in both",
+                             "  7  stopped at once"}) {
+        EXPECT_TRUE(Contains(WithUnixLineEnds(result.standardOutput), part)) << part;
+    }
+}
+
+TEST_F(FakeLoad, CheckPrintsTheParametersAndOpensNothing) {
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM, {"check", "--module", FAKE_MODULE, "--init", Script("-CKFILE a.ckpt -SRVR s")},
+        folder_.Root());
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(result.standardOutput,
+              "Fake module, Version 1\n"
+              "\n"
+              "Queue Manager Name  'QM1'\n"
+              "Checkpoint          File-based to pathname a.ckpt\n");
+    EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Shut");
+}
+
+TEST_F(FakeLoad, CheckTellsTheErrorOfInit) {
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, {"check", "--module", FAKE_MODULE, "--init", Script("-FAKE_FAIL Init")},
+                   folder_.Root());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.standardOutput, "");
+    EXPECT_TRUE(Contains(result.standardError, "  message   told to fail\n")) << result.standardError;
+}
+
+}  // namespace

@@ -1,0 +1,182 @@
+// The requests that the lives of a load make of the module, and in which order, as the module's trace has
+// them: the rules of docs/hosts.md that are about calls, seen in the command itself.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "tests/e2e/load_site.h"
+#include "tests/support/checkpoint_bytes.h"
+#include "tests/support/test_directory.h"
+
+namespace {
+
+using Lives = std::vector<std::string>;
+
+constexpr char kBegin[] = "Init Preserve Attribute Open ";
+
+// The text between two others in a line, or "" when they are not there.
+std::string Between(const std::string& line, const std::string& before, const std::string& behind) {
+    const std::size_t at = line.find(before);
+    if (at == std::string::npos) return "";
+    const std::size_t from = at + before.size();
+    const std::size_t end = line.find(behind, from);
+    return end == std::string::npos ? "" : line.substr(from, end - from);
+}
+
+// Beside the load's folder, where nothing but its files is expected.
+std::string TraceOf(const LoadSite& site) {
+    return site.Folder() + ".trace";
+}
+
+// A life as its requests: "Init Open Read Read:9 Close", each with its return code unless that is 0, and one
+// in which the process died with "!".
+Lives LivesOf(const LoadSite& site) {
+    Lives lives;
+    std::string request;
+    std::istringstream lines(ReadFileIfAny(TraceOf(site)));
+    const auto end = [&](const std::string& how) {
+        if (!request.empty()) lives.back() += request + how + " ";
+        request.clear();
+    };
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("Paramters in effect:") != std::string::npos) {
+            end("!");
+            lives.emplace_back();
+            request = "Init";
+        }
+        const std::string entered = Between(line, "entered for option '", "'");
+        if (!entered.empty()) request = entered == "PutAttribute" ? "Attribute" : entered;
+        if (line.find("Checkpoint resources will be preserved") != std::string::npos) request = "Preserve";
+        const std::string code = Between(line + "\n", "Returning to Hostlink, rc=", "\n");
+        if (!code.empty())
+            end(std::atoi(code.c_str()) == 0 ? "" : ":" + std::to_string(std::atoi(code.c_str())));
+    }
+    end("!");
+    for (std::string& life : lives)
+        if (life.ends_with(" ")) life.pop_back();
+    return lives;
+}
+
+class RestartCalls : public testing::Test {
+  protected:
+    LoadSite& Add(const std::string& name, int messages, const std::string& faults = "") {
+        sites_.push_back(std::make_unique<LoadSite>(folder_.Root(), name));
+        LoadSite& site = *sites_.back();
+        site.Put(messages);
+        site.PlanFaults(faults);
+        return site;
+    }
+    static LoadSite::Arguments Traced(const LoadSite& site) { return {"--trace", "2", TraceOf(site)}; }
+    // Starts them all, and waits for all.
+    void RunTraced() {
+        for (const auto& site : sites_)
+            site->Start(Traced(*site));
+        for (const auto& site : sites_)
+            site->Wait();
+    }
+    static Lives Expected(const Lives& behindBegin) {
+        Lives lives;
+        for (const std::string& life : behindBegin)
+            lives.push_back(kBegin + life);
+        return lives;
+    }
+
+    TestDirectory folder_;
+    std::vector<std::unique_ptr<LoadSite>> sites_;
+};
+
+TEST_F(RestartCalls, H1_H13_EveryLifeOpensOnceKeepsTheFileAndTakesAPositionBeforeItReads) {
+    LoadSite& some = Add("some", 8);
+    LoadSite& even = Add("even", 6);
+    LoadSite& none = Add("none", 0);
+    RunTraced();
+    for (const auto& site : sites_)
+        EXPECT_EQ(site->Result().exitCode, 0) << site->Error();
+    EXPECT_EQ(LivesOf(some),
+              Expected({"GetPos Read Read Read GetPos Read Read Read GetPos Read Read Read:9 Close",
+                        "SetPos Read GetPos Read Read Read:9 Close"}));
+    EXPECT_EQ(LivesOf(even), Expected({"GetPos Read Read Read GetPos Read Read Read GetPos Read:9 Close",
+                                       "SetPos Read GetPos Read:9 Close"}));
+    EXPECT_EQ(LivesOf(none), Expected({"GetPos Read:9 Close", "GetPos Read:9 Close"}));
+}
+
+TEST_F(RestartCalls, H5_AfterADeathOneRecordIsReadAndThenAPositionTakenAtOnce) {
+    LoadSite& site = Add("site", 8, "MQCMIT 5 kill before");
+    site.Run(Traced(site));
+    site.PlanFaults("");
+    site.Run(Traced(site));
+    EXPECT_EQ(site.Result().exitCode, 0) << site.Error();
+    // The message that came again ends the second life; Close takes it off the queue.
+    EXPECT_EQ(LivesOf(site), Expected({"GetPos Read Read Read GetPos Read Read!",
+                                       "SetPos Read GetPos Read Read Read:9 Close",
+                                       "SetPos Read GetPos Read Read Read GetPos Read Read Read:9 Close",
+                                       "SetPos Read GetPos Read Read Read:9 Close"}));
+}
+
+TEST_F(RestartCalls, H9_H11_AFailedReadIsTheLastRequestOfItsLife) {
+    LoadSite& commit = Add("commit", 8, "MQCMIT 5 fail 2 2009");
+    LoadSite& warning = Add("warning", 8, "MQGET 2 warn 2119");
+    RunTraced();
+    EXPECT_EQ(LivesOf(commit), Expected({"GetPos Read Read Read GetPos Read Read:34"})) << commit.Error();
+    EXPECT_EQ(LivesOf(warning), Expected({"GetPos Read Read:34"})) << warning.Error();
+    for (LoadSite* site : {&commit, &warning}) {
+        site->PlanFaults("");
+        site->Start();
+    }
+    for (LoadSite* site : {&commit, &warning}) {
+        site->Wait();
+        EXPECT_TRUE(site->IsDone());
+    }
+}
+
+TEST_F(RestartCalls, H12_AfterTheTimeOutNothingIsRead) {
+    LoadSite& site = Add("site", 2);
+    site.Set("--rwait", "-1");
+    LoadSite::Arguments more = Traced(site);
+    more.insert(more.end(), {"--timeout", "2"});
+    site.Run(more);
+    EXPECT_EQ(site.Result().exitCode, 6) << site.Error();
+    const Lives lives = LivesOf(site);
+    ASSERT_EQ(lives.size(), 1U);
+    EXPECT_TRUE(lives[0].ends_with("Open GetPos Read Read Read:55 Close")) << lives[0];
+}
+
+TEST_F(RestartCalls, H15_ARecordOfNoBytesInTheCheckpointFileIsPassedOver) {
+    LoadSite& site = Add("site", 8, "MQCMIT 5 kill after");
+    ASSERT_EQ(site.Run().exitCode, 9) << site.Error();
+    const std::vector<std::string>& messages = site.Messages();
+    ASSERT_EQ(ReadFileIfAny(site.CheckpointFile()),
+              CheckpointBytes(2, {messages[2], messages[3], messages[4]}));
+    WriteBytesTo(site.CheckpointFile(), CheckpointBytes(2, {messages[2], messages[3], "", messages[4]}));
+    site.PlanFaults("");
+    site.Run();
+    EXPECT_TRUE(site.IsDone());
+}
+
+TEST_F(RestartCalls, H21_EveryLifeOpensExclusivelyAndEndsAtADuplicate) {
+    LoadSite& site = Add("site", 2);
+    site.Run(Traced(site));
+    EXPECT_TRUE(site.IsDone());
+    const std::string trace = ReadFileIfAny(TraceOf(site));
+    EXPECT_EQ(CountOf(trace, "Queue open: EXCLUSIVE."), 2);
+    EXPECT_EQ(CountOf(trace, "Terminate on duplicate message: yes"), 2);
+}
+
+TEST_F(RestartCalls, H23_ACloseThatFailsIsNotTheEndOfTheLoad) {
+    LoadSite& disconnect = Add("disconnect", 4, "MQDISC 1 fail 2 2009");
+    LoadSite& close = Add("close", 4, "MQCLOSE 1 fail 2 2009");
+    RunTraced();
+    for (const auto& site : sites_) {
+        EXPECT_EQ(site->Result().exitCode, 9) << site->Error();
+        EXPECT_EQ(site->Stored("phase"), "loading");
+        EXPECT_TRUE(LivesOf(*site).back().ends_with("Read:9 Close:34")) << LivesOf(*site).back();
+    }
+    for (LoadSite* site : {&disconnect, &close}) {
+        site->PlanFaults("");
+        site->Run();
+        EXPECT_TRUE(site->IsDone());
+    }
+}
+
+}  // namespace

@@ -1,0 +1,451 @@
+// mqam on the real module, over the stand-in queue manager: whole loads from a queue's folder into a file.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/program_runner.h"
+#include "tests/support/test_directory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Arguments = std::vector<std::string>;
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// Bytes of every value, so that line ends, NULs and Ctrl-Z are among them.
+std::string BinaryMessage(std::size_t length, unsigned seed) {
+    std::string bytes(length, '\0');
+    for (char& c : bytes) {
+        seed = seed * 1664525U + 1013904223U;
+        c = static_cast<char>(seed >> 24);
+    }
+    return bytes;
+}
+
+std::string LengthBefore(const std::string& record) {
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes += static_cast<char>(record.size() >> shift & 0xFF);
+    return bytes + record;
+}
+
+class SpoolLoad : public testing::Test {
+  protected:
+    void SetUp() override { fs::create_directories(fs::path(Queue())); }
+
+    [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
+    [[nodiscard]] std::string Queue() const { return Path("spool") + "/QM1/Q1"; }
+
+    // Puts a message: a file in the queue's folder, named so that the order of puts is the order of arrival.
+    void Put(const std::string& message) {
+        char name[64];
+        std::snprintf(name, sizeof name, "/20260101-000000-%09d.msg", ++puts_);
+        std::ofstream(Queue() + name, std::ios::binary) << message;
+    }
+
+    // Messages in the queue's folder.
+    [[nodiscard]] int Depth() const {
+        const auto isMessage = [](const fs::directory_entry& entry) {
+            return entry.is_regular_file() && entry.path().extension() == ".msg";
+        };
+        return static_cast<int>(
+            std::count_if(fs::directory_iterator(Queue()), fs::directory_iterator(), isMessage));
+    }
+
+    [[nodiscard]] std::map<std::string, std::string> Environment() const {
+        std::map<std::string, std::string> environment = {{"SPOOLMQ_DIR", Path("spool")},
+                                                          {"MQAMOD_MQ_LIBRARY", SPOOLMQ_LIBRARY}};
+        if (!faults_.empty()) environment["SPOOLMQ_FAULTS"] = faults_;
+        return environment;
+    }
+
+    [[nodiscard]] static Arguments LoadArguments(const Arguments& more) {
+        Arguments arguments = {"load", "--qmgr", "QM1", "--queue", "Q1"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+
+    [[nodiscard]] ProgramResult Load(const Arguments& more) const {
+        return RunProgram(MQAM_PROGRAM, LoadArguments(more), folder_.Root(), Environment());
+    }
+
+    TestDirectory folder_;
+    std::string faults_;
+    int puts_ = 0;
+};
+
+TEST_F(SpoolLoad, LinesAreByteExact) {
+    Put("first");
+    Put("second, with a carriage return\r");
+    Put("3");
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "first\nsecond, with a carriage return\r\n3\n");
+    EXPECT_TRUE(Contains(result.standardError, "end of the queue\n  records   3\n")) << result.standardError;
+    EXPECT_EQ(Depth(), 0);
+}
+
+TEST_F(SpoolLoad, LengthFormatIsByteExactForBinaryMessages) {
+    std::string expected;
+    unsigned seed = 1;
+    for (const std::size_t length : {1U, 2U, 255U, 256U, 4096U, 65536U, 102400U}) {
+        const std::string message = BinaryMessage(length, ++seed);
+        Put(message);
+        expected += LengthBefore(message);
+    }
+    const ProgramResult result = Load({"--rwait", "1", "--format", "length", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(ReadFileIfAny(Path("out")) == expected);
+}
+
+TEST_F(SpoolLoad, RawBytesOnStandardOutputAreExactAndAlone) {
+    std::string expected;
+    for (unsigned i = 0; i < 20; ++i) {
+        Put(BinaryMessage(700, i));
+        expected += BinaryMessage(700, i);
+    }
+    const ProgramResult result = Load({"--rwait", "1", "--format", "raw", "--to", "-", "--verbose"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(result.standardOutput == expected) << result.standardOutput.size();
+}
+
+TEST_F(SpoolLoad, UnknownQueueIsReason2085) {
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--to", Path("out")},
+                   folder_.Root(), Environment());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(
+        result.standardError,
+        "the module failed: Open returned 34\n"
+        "  message   MQOpen attempts exhausted. QName 'NOSUCH', reason code 2085 (Unknown queue name)\n"
+        "  number    MQA0158\n"
+        "  function  PIDMMain\n"
+        "  reason    2085 MQRC_UNKNOWN_OBJECT_NAME: "))
+        << result.standardError;
+    EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(SpoolLoad, UnknownQueueManagerIsReason2058) {
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, {"load", "--qmgr", "NOSUCH", "--queue", "Q1", "--to", Path("out")},
+                   folder_.Root(), Environment());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  message   Error received from MQCONNX : 2058\n"))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "  next      Check --qmgr ")) << result.standardError;
+}
+
+TEST_F(SpoolLoad, MissingMqLibraryIsReason2495AndAdviceNamesTheVariable) {
+    auto environment = Environment();
+    environment["MQAMOD_MQ_LIBRARY"] = Path("none");
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, LoadArguments({"--to", Path("out")}), folder_.Root(), environment);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  reason    2495 ")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "MQAMOD_MQ_LIBRARY")) << result.standardError;
+}
+
+TEST_F(SpoolLoad, MessageLongerThanTheBufferStaysOnTheQueue) {
+    Put("short");
+    Put(std::string(200, 'x'));
+    const ProgramResult result = Load({"--rwait", "1", "--max-record", "100", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  number    MQA0161\n")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "  call      MQGET\n")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "Raise --max-record")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "short\n");
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolLoad, CheckpointsAndLogAreKeptWhenPreserved) {
+    std::string all;
+    for (int i = 1; i <= 5; ++i) {
+        Put("message " + std::to_string(i));
+        all += "message " + std::to_string(i);
+    }
+    const ProgramResult result =
+        Load({"--rwait", "1", "--ckfile", Path("ck"), "--log", Path("log"), "--checkpoint-every", "2",
+              "--preserve", "--verbose", "--format", "raw", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), all);
+    EXPECT_EQ(ReadFileIfAny(Path("log")), all);
+    // Header with sequence 3, the last record before that checkpoint, the record after it.
+    EXPECT_EQ(ReadFileIfAny(Path("ck")),
+              std::string("\3\0\0\0\x09\0\0\0\0\0\0\0message 4\x09\0\0\0\0\0\0\0message 5", 38));
+    EXPECT_TRUE(Contains(result.standardError, "checkpoint 1 after 0 records")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "checkpoint 3 after 4 records")) << result.standardError;
+    EXPECT_FALSE(Contains(result.standardError, "checkpoint 4")) << result.standardError;
+}
+
+TEST_F(SpoolLoad, CheckpointFileAndLogAreGoneAfterALoadThatFinished) {
+    Put("one");
+    const ProgramResult result = Load({"--rwait", "1", "--ckfile", Path("ck"), "--log", Path("log"),
+                                       "--checkpoint-every", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_FALSE(fs::exists(Path("ck")));
+    EXPECT_FALSE(fs::exists(Path("log")));
+}
+
+TEST_F(SpoolLoad, FilesWhosePathsHaveSlashesAreGoneAsWellAndNoneIsLeftBesideThem) {
+    Put("one");
+    const std::string folder = fs::path(Path("files")).generic_string();
+    fs::create_directory(folder);
+    const ProgramResult result =
+        Load({"--rwait", "1", "--ckfile", folder + "/ck", "--log", folder + "/log", "--trace", "1",
+              folder + "/trace", "--checkpoint-every", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    std::string left;
+    for (const auto& file : fs::directory_iterator(folder))
+        left += file.path().filename().string() + ' ';
+    EXPECT_EQ(left, "trace ");
+    std::string temporary = ReadFileIfAny(folder + "/trace");
+    temporary.erase(0, temporary.find("Temporary checkpoint file: '"));
+    const fs::path beside = fs::path(folder).make_preferred() / "MQAMtmp.";
+    EXPECT_EQ(temporary.find("Temporary checkpoint file: '" + beside.string()), 0U) << temporary;
+}
+
+TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
+    for (int i = 1; i <= 5; ++i)
+        Put("message " + std::to_string(i));
+    faults_ = "MQCMIT 3 fail 2 2009";
+    ProgramResult result =
+        Load({"--rwait", "1", "--ckfile", Path("ck"), "--checkpoint-every", "10", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  message   MQCMIT failed, reason code = 2009\n"))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "back on the queue")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "message 1\nmessage 2\n");
+    EXPECT_TRUE(fs::exists(Path("ck")));
+
+    // The checkpoint file still holds records: a load that would destroy it is refused.
+    faults_.clear();
+    result = Load({"--rwait", "1", "--ckfile", Path("ck"), "--checkpoint-every", "10", "--to", Path("more")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(Contains(result.standardError, "only copy")) << result.standardError;
+
+    result = Load({"--rwait", "1", "--to", Path("more")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("more")), "message 3\nmessage 4\nmessage 5\n");
+}
+
+TEST_F(SpoolLoad, LostConnectionBeforeTheFirstMessageIsNotTakenForTheEndOfTheQueue) {
+    Put("one");
+    faults_ = "MQGET 1 fail 2 2009";
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
+        << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "");
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
+    Put("one");
+    faults_ = "MQGET 1 fail 2 2016";
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 8);
+    EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
+        << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "");
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolLoad, GetThatFailsBehindAMessageTellsItsReason) {
+    Put("one");
+    faults_ = "MQGET 2 fail 2 2009";
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  reason    2009 MQRC_CONNECTION_BROKEN: "))
+        << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
+}
+
+TEST_F(SpoolLoad, EmptyMessageEndsTheInputEarlyAndIsTold) {
+    Put("one");
+    Put("");
+    Put("two");
+    const ProgramResult result = Load({"--rwait", "5", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 8);
+    EXPECT_TRUE(Contains(result.standardError, "an empty message")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolLoad, TimeoutEndsAnUnlimitedWait) {
+    Put("one");
+    const ProgramResult result = Load({"--rwait", "-1", "--timeout", "5", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 6) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
+}
+
+TEST_F(SpoolLoad, InterruptWhileTheLastReadWaitsLeavesAnOrdinaryEnd) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
+    Put("one");
+    RunningProgram program(MQAM_PROGRAM, LoadArguments({"--rwait", "2", "--to", Path("out")}), Environment(),
+                           folder_.Root());
+    EXPECT_TRUE(WaitForText(Path("out"), "one\n"));
+    EXPECT_TRUE(program.Interrupt());
+    EXPECT_TRUE(program.WaitForError("finishing"));
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "end of the queue")) << result.standardError;
+}
+
+TEST_F(SpoolLoad, InterruptBetweenMessagesLeavesTheRestOnTheQueue) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
+    constexpr int kMessages = 3000;
+    for (int i = 1; i <= kMessages; ++i)
+        Put("message " + std::to_string(i));
+    RunningProgram program(MQAM_PROGRAM,
+                           LoadArguments({"--rwait", "30", "--ckfile", Path("ck"), "--checkpoint-every", "1",
+                                          "--verbose", "--to", Path("out")}),
+                           Environment(), folder_.Root());
+    ASSERT_TRUE(program.WaitForError("checkpoint 5 ")) << program.Wait(0).standardError;
+    ASSERT_TRUE(program.Interrupt());
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 5) << result.standardError;
+    std::string expected;
+    int loaded = 0;
+    for (; static_cast<int>(expected.size()) < static_cast<int>(fs::file_size(Path("out"))); ++loaded) {
+        expected += "message " + std::to_string(loaded + 1) + "\n";
+    }
+    EXPECT_EQ(ReadFileIfAny(Path("out")), expected);
+    EXPECT_GE(loaded, 4);
+    EXPECT_EQ(Depth(), kMessages - loaded);
+}
+
+TEST_F(SpoolLoad, ExclusiveOpenOfAQueueInUseIsTold) {
+    RunningProgram reader(MQAM_PROGRAM, LoadArguments({"--rwait", "60", "--verbose", "--to", Path("first")}),
+                          Environment(), folder_.Root());
+    Put("one");
+    ASSERT_TRUE(WaitForText(Path("first"), "one\n"));
+    fs::create_directories(Path("second"));
+    const ProgramResult result = RunProgram(MQAM_PROGRAM, LoadArguments({"--exclusive", "--to", Path("out")}),
+                                            Path("second"), Environment());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "  number    MQA0157\n")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "reason    2042 ")) << result.standardError;
+}
+
+// Killed after it had stored that it is complete.
+TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
+    Put("one");
+    const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
+                            Path("restart"), "--to", Path("out")};
+    ASSERT_EQ(Load(load).exitCode, 0);
+    std::ofstream(Path("ck.lock")).flush();
+    const ProgramResult again = Load(load);
+    EXPECT_EQ(again.exitCode, 0) << again.standardError;
+    EXPECT_TRUE(Contains(again.standardError, "this load is complete")) << again.standardError;
+    EXPECT_FALSE(fs::exists(Path("ck.lock")));
+}
+
+// On Windows what somebody ends has an exit code like any other.
+TEST_F(SpoolLoad, KilledWorkerIsToldAndTheSameCommandIsAdvised) {
+    Put("one");
+    const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
+                            Path("restart"), "--to", Path("out")};
+    faults_ = "MQCMIT 1 kill before";
+    const ProgramResult killed = Load(load);
+    EXPECT_EQ(killed.exitCode, 9) << killed.standardError;
+    EXPECT_TRUE(Contains(killed.standardError, "the worker process was killed (")) << killed.standardError;
+    EXPECT_TRUE(Contains(killed.standardError, "run the same command again")) << killed.standardError;
+}
+
+TEST_F(SpoolLoad, CheckAcceptsEveryOptionAndShowsWhatIsInEffect) {
+    std::ofstream(Path("parm")) << "# comment\nRWAIT 7\nTDM no\n";
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM,
+        {"check",    "--qmgr",   "QM1",          "--queue",     "Q1",        "--channel",  "C1",
+         "--server", "h(1414)",  "--exclusive",  "--otenacity", "60",        "--owait",    "5",
+         "--rwait",  "3",        "--max-record", "100",         "--convert", "1208",       "--tdm",
+         "yes",      "--ckfile", Path("ck"),     "--flush",     "yes",       "--log",      Path("log"),
+         "--tlf",    "no",       "--trace",      "1",           Path("trc"), "--parmfile", Path("parm")},
+        folder_.Root());
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(result.standardError, "");
+    const std::size_t parameters = result.standardOutput.find("Queue Manager Name");
+    ASSERT_NE(parameters, std::string::npos) << result.standardOutput;
+    EXPECT_EQ(result.standardOutput.substr(parameters),
+              "Queue Manager Name                'QM1'\n"
+              "Queue Name                        'Q1'\n"
+              "Checkpoint                        File-based to pathname " +
+                  Path("ck") +
+                  "\n"
+                  "Media flush                       Yes\n"
+                  "Logging pathname                  '" +
+                  Path("log") +
+                  "'\n"
+                  "Terminate on Log failure          no\n"
+                  "Terminate on duplicate message    no\n"
+                  "MQ convert message data to CCSID  1208\n"
+                  "Queue open                        EXCLUSIVE.\n"
+                  "BlockSize                         100\n"
+                  "MQ open retry tenacity            60\n"
+                  "MQ open wait interval             5\n"
+                  "MQ read wait interval             7\n");
+    EXPECT_TRUE(fs::exists(Path("trc")));
+    EXPECT_FALSE(fs::exists(Path("ck")));
+    EXPECT_FALSE(fs::exists(Path("log")));
+}
+
+TEST_F(SpoolLoad, CheckTellsARefusedValueWithItsOption) {
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--rwait", "0"}, folder_.Root());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError,
+                         "  number    MQA0107\n  function  CheckParm\n"
+                         "  next      Give --rwait -1 (wait for ever) or 1 to 600 seconds.\n"))
+        << result.standardError;
+}
+
+TEST_F(SpoolLoad, CheckShowsTheModulesKeywordHelp) {
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--keyword-help"}, folder_.Root());
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "Command help;")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardOutput, "Queue Name ")) << result.standardOutput;
+}
+
+// Cut at every byte and with every bit turned, a parameter file is taken as it is or refused with the reason.
+TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
+    const std::string good = "RWAIT 7\nTDM no\n";
+    const auto check = [this](const std::string& bytes) {
+        std::ofstream(Path("parm"), std::ios::binary) << bytes;
+        ProgramResult result =
+            RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--parmfile", Path("parm")},
+                       folder_.Root());
+        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 2) << result.exitCode << " " << bytes;
+        const std::string& wanted = result.exitCode == 0 ? result.standardOutput : result.standardError;
+        EXPECT_TRUE(Contains(wanted, result.exitCode == 0 ? "\nMQ read wait interval " : "  message   "))
+            << bytes << "\n"
+            << result.standardOutput << result.standardError;
+        return result;
+    };
+    EXPECT_TRUE(Contains(check(good).standardOutput, "\nMQ read wait interval           7\n"));
+    for (std::size_t bytes = 0; bytes < good.size(); ++bytes)
+        static_cast<void>(check(good.substr(0, bytes)));
+#if defined(_WIN32)
+    constexpr std::size_t kStep = 19;  // a process takes its time to start
+#else
+    constexpr std::size_t kStep = 1;
+#endif
+    for (std::size_t bit = 0; bit < good.size() * 8; bit += kStep) {
+        std::string turned = good;
+        turned[bit / 8] = static_cast<char>(turned[bit / 8] ^ (1 << bit % 8));
+        // A keyword that the change has made another name is never taken for the one before.
+        const ProgramResult result = check(turned);
+        if (bit / 8 < 5 && bit % 8 != 5) {
+            EXPECT_FALSE(Contains(result.standardOutput, "\nMQ read wait interval           7\n")) << turned;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,231 @@
+#include "mqam/checkpoint/scan.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/support/checkpoint_bytes.h"
+#include "tests/support/test_directory.h"
+
+using namespace mqam;
+
+namespace {
+
+constexpr std::uint64_t kMaxRecord = 1000;
+
+class CheckpointFactsTest : public testing::Test {
+  protected:
+    [[nodiscard]] std::string Path(const std::string& name = "load.ckpt") const { return folder_.Path(name); }
+    CheckpointScan Inspect(const std::string& bytes) const {
+        WriteBytesTo(Path(), bytes);
+        return ScanCheckpointFile(Path(), kMaxRecord);
+    }
+
+    TestDirectory folder_;
+};
+
+TEST_F(CheckpointFactsTest, MissingFileIsMissing) {
+    const CheckpointScan facts = ScanCheckpointFile(Path(), kMaxRecord);
+    EXPECT_EQ(facts.shape, CheckpointShape::kMissing);
+    EXPECT_EQ(facts.path, Path());
+}
+
+TEST_F(CheckpointFactsTest, FolderIsUnreadableWithAReason) {
+    const CheckpointScan facts = ScanCheckpointFile(folder_.Root(), kMaxRecord);
+    EXPECT_EQ(facts.shape, CheckpointShape::kUnreadable);
+    EXPECT_EQ(facts.reason, "not a file");
+}
+
+TEST_F(CheckpointFactsTest, RecordsAreToldWithOffsetLengthAndHead) {
+    const std::string large(kMaxRecord, 'x');
+    const std::string bytes = CheckpointBytes(-7, {"one", std::string("\0two", 4), "", large});
+    const CheckpointScan facts = Inspect(bytes);
+    ASSERT_EQ(facts.shape, CheckpointShape::kRecords);
+    EXPECT_EQ(facts.sequence, -7);
+    EXPECT_EQ(facts.fileBytes, bytes.size());
+    EXPECT_EQ(facts.intactBytes, bytes.size());
+    EXPECT_EQ(facts.impossibleLengthAt, 0U);
+    EXPECT_EQ(facts.resyncOffset, 0U);
+    ASSERT_EQ(facts.records.size(), 4U);
+    EXPECT_EQ(facts.records[1].offset, 15U);
+    EXPECT_EQ(facts.records[1].length, 4U);
+    EXPECT_EQ(facts.records[1].head, std::string("\0two", 4));
+    EXPECT_EQ(facts.records[2].length, 0U);
+    EXPECT_EQ(facts.records[3].offset, 35U);
+    EXPECT_EQ(facts.records[3].length, kMaxRecord);
+    EXPECT_EQ(facts.records[3].head, std::string(32, 'x'));
+}
+
+TEST_F(CheckpointFactsTest, FileCutAtEveryByteTellsItsIntactPart) {
+    const std::vector<std::string> records = {"the first", "", "and the third record"};
+    const std::string whole = CheckpointBytes(3, records);
+    for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
+        SCOPED_TRACE(cut);
+        const CheckpointScan facts = Inspect(whole.substr(0, cut));
+        // What the records' ends say, without reading the bytes.
+        std::size_t intact = cut < 4 ? 0 : 4;
+        std::size_t count = 0;
+        for (const std::string& record : records) {
+            if (intact == 0 || intact + 8 + record.size() > cut) break;
+            intact += 8 + record.size();
+            ++count;
+        }
+        const CheckpointShape shape = cut == 0    ? CheckpointShape::kEmpty
+                                      : cut < 4   ? CheckpointShape::kTornHeader
+                                      : count > 0 ? CheckpointShape::kRecords
+                                                  : CheckpointShape::kHeaderOnly;
+        EXPECT_EQ(facts.shape, shape);
+        EXPECT_EQ(facts.fileBytes, cut);
+        EXPECT_EQ(facts.intactBytes, intact);
+        EXPECT_EQ(facts.records.size(), count);
+        EXPECT_EQ(facts.sequence, cut < 4 ? 0 : 3);
+        EXPECT_EQ(facts.impossibleLengthAt, 0U);
+        EXPECT_EQ(facts.resyncOffset, 0U);
+        const bool lengthIsThere = count < records.size() && intact != 0 && cut >= intact + 8;
+        EXPECT_EQ(facts.lengthBehindIntact, lengthIsThere ? records[count].size() : 0);
+    }
+}
+
+// The places at which a file of these records would end, walked over the bytes in memory.
+struct Walk {
+    std::vector<std::uint64_t> offsets;
+    std::uint64_t intact = 4;
+    bool impossible = false;
+};
+
+Walk WalkBytes(const std::string& bytes) {
+    Walk walk;
+    while (bytes.size() - walk.intact >= 8) {
+        std::uint64_t length = 0;
+        for (int i = 7; i >= 0; --i) {
+            length = length << 8 | static_cast<unsigned char>(bytes[walk.intact + static_cast<unsigned>(i)]);
+        }
+        walk.impossible = length > kMaxRecord;
+        if (walk.impossible || length > bytes.size() - walk.intact - 8) break;
+        walk.offsets.push_back(walk.intact);
+        walk.intact += 8 + length;
+    }
+    return walk;
+}
+
+TEST_F(CheckpointFactsTest, EveryFlippedBitOfTheFirstRecordsIsToldAsTheBytesHaveIt) {
+    const std::string whole = CheckpointBytes(1, {"first record", "second one", "third", "fourth record"});
+    const std::size_t thirdEnds = 4 + 20 + 18 + 13;
+    int torn = 0;
+    int impossible = 0;
+    int resyncRecords = 0;
+    for (std::size_t bit = 0; bit < thirdEnds * 8; ++bit) {
+        SCOPED_TRACE(bit);
+        std::string bytes = whole;
+        bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ (1 << (bit % 8)));
+        const CheckpointScan facts = Inspect(bytes);
+        const Walk walk = WalkBytes(bytes);
+        EXPECT_EQ(facts.fileBytes, bytes.size());
+        EXPECT_EQ(facts.intactBytes, walk.intact);
+        EXPECT_EQ(facts.impossibleLengthAt, walk.impossible ? walk.intact : 0);
+        ASSERT_EQ(facts.records.size(), walk.offsets.size());
+        for (std::size_t i = 0; i < walk.offsets.size(); ++i) {
+            EXPECT_EQ(facts.records[i].offset, walk.offsets[i]);
+        }
+        // A wrong length that is noticed at all is found, and the offset of the field with it: the fourth
+        // record still leads to the end of the file.
+        if (walk.intact < bytes.size()) {
+            EXPECT_NE(facts.resyncOffset, 0U);
+            EXPECT_EQ(facts.resyncRecords, bit / 8 < 12 ? 3U : bit / 8 < 32 ? 2U : 1U);
+            EXPECT_EQ(facts.damagedLengthAt, bit / 8 < 12 ? 4U : bit / 8 < 32 ? 24U : 42U);
+        } else {
+            EXPECT_EQ(facts.resyncOffset, 0U);
+            EXPECT_EQ(facts.damagedLengthAt, 0U);
+        }
+        torn += walk.intact < bytes.size() ? 1 : 0;
+        impossible += walk.impossible ? 1 : 0;
+        resyncRecords += facts.resyncOffset != 0 ? 1 : 0;
+    }
+    EXPECT_GT(torn, impossible);
+    EXPECT_GT(impossible, 3 * 50);
+    EXPECT_EQ(resyncRecords, torn);
+}
+
+TEST_F(CheckpointFactsTest, LengthDamagedInManyBitsIsNoticedByTheRecordsBehindIt) {
+    const std::string bytes =
+        CheckpointBytes(1, {"first"}) + LengthBytes(0x2D5) + "second" + LengthBytes(5) + "third";
+    const CheckpointScan facts = Inspect(bytes);
+    EXPECT_EQ(facts.intactBytes, 17U);
+    EXPECT_EQ(facts.resyncOffset, 31U);
+    EXPECT_EQ(facts.damagedLengthAt, 0U);
+}
+
+TEST_F(CheckpointFactsTest, DamagedLengthOfTheLastRecordCannotBeToldFromATornOne) {
+    const CheckpointScan facts = Inspect(CheckpointBytes(1, {"first"}) + LengthBytes(6 ^ 64) + "second");
+    EXPECT_EQ(facts.intactBytes, 17U);
+    EXPECT_EQ(facts.resyncOffset, 0U);
+}
+
+TEST_F(CheckpointFactsTest, LengthOfTheLargestRecordIsPossibleAndOneMoreIsNot) {
+    const std::string head = CheckpointBytes(1, {"a"});
+    const CheckpointScan largest = Inspect(head + LengthBytes(kMaxRecord) + "torn");
+    EXPECT_EQ(largest.impossibleLengthAt, 0U);
+    EXPECT_EQ(largest.lengthBehindIntact, kMaxRecord);
+    const CheckpointScan larger = Inspect(head + LengthBytes(kMaxRecord + 1) + "torn");
+    EXPECT_EQ(larger.impossibleLengthAt, head.size());
+    EXPECT_EQ(larger.fileBytes, head.size() + 12);
+    const CheckpointScan negative = Inspect(head + LengthBytes(~std::uint64_t{0}));
+    EXPECT_EQ(negative.impossibleLengthAt, head.size());
+}
+
+TEST_F(CheckpointFactsTest, TornRecordOfZerosIsNotTakenForRecords) {
+    const CheckpointScan facts = Inspect(HeaderBytes(1) + LengthBytes(900) + std::string(600, '\0'));
+    EXPECT_EQ(facts.shape, CheckpointShape::kHeaderOnly);
+    EXPECT_EQ(facts.resyncOffset, 0U);
+}
+
+TEST_F(CheckpointFactsTest, TemporaryFilesAreFoundByNameAndSorted) {
+    for (const char* name :
+         {"MQAMtmp.77", "MQAMtmp.4711", "MQAMtmp.", "MQAMtmp.4x", "xMQAMtmp.1", "load.ckpt"})
+        WriteBytesTo(Path(name), "");
+    EXPECT_EQ(FindTemporaryFiles(Path()),
+              (std::vector<std::string>{Path("MQAMtmp.4711"), Path("MQAMtmp.77")}));
+    const char separator = static_cast<char>(std::filesystem::path::preferred_separator);
+    EXPECT_TRUE(FindTemporaryFiles(Path("none") + separator + "load.ckpt").empty());
+}
+
+#if defined(_WIN32)
+TEST_F(CheckpointFactsTest, TemporaryFilesOfAPathWithSlashesAreFoundWhereTheModulePutsThem) {
+    std::filesystem::create_directory(Path("sub"));
+    WriteBytesTo(Path("sub/MQAMtmp.1"), "");
+    WriteBytesTo(Path("MQAMtmp.2"), "");
+    EXPECT_EQ(FindTemporaryFiles(folder_.Root() + "\\sub/load.ckpt"),
+              (std::vector<std::string>{folder_.Root() + "\\MQAMtmp.2", folder_.Root() + "\\sub/MQAMtmp.1"}));
+}
+#endif
+
+TEST_F(CheckpointFactsTest, CopyIsARunOfTheFilesRecords) {
+    const CheckpointScan file = Inspect(CheckpointBytes(1, {"a", "bb", "cc", "bb", "dd", "e"}));
+    const auto copies = [&](const std::string& bytes) {
+        WriteBytesTo(Path("temporary"), bytes);
+        std::string reason;
+        const bool copy = IsCopyOfRecords(ScanCheckpointFile(Path("temporary"), kMaxRecord), file, reason);
+        EXPECT_EQ(reason, "");
+        return copy;
+    };
+    EXPECT_TRUE(copies(""));
+    EXPECT_TRUE(copies(HeaderBytes(2)));
+    EXPECT_TRUE(copies(HeaderBytes(2) + LengthBytes(50) + "torn"));
+    EXPECT_TRUE(copies(CheckpointBytes(2, {"bb", "dd", "e"})));
+    EXPECT_TRUE(copies(CheckpointBytes(2, {"bb", "cc"})));
+    EXPECT_TRUE(copies(CheckpointBytes(2, {"", "cc", "bb"})));
+    EXPECT_FALSE(copies(CheckpointBytes(2, {"bb", "e"})));
+    EXPECT_FALSE(copies(CheckpointBytes(2, {"dd", "e", "f"})));
+    EXPECT_FALSE(copies(CheckpointBytes(2, {"f"})));
+}
+
+TEST_F(CheckpointFactsTest, CopyIsToldApartBehindTheHeadsToo) {
+    const std::string left = std::string(500, 'x') + "left";
+    const std::string right = std::string(500, 'x') + "rite";
+    const CheckpointScan file = Inspect(CheckpointBytes(1, {left}));
+    WriteBytesTo(Path("temporary"), CheckpointBytes(2, {right}));
+    std::string reason;
+    EXPECT_FALSE(IsCopyOfRecords(ScanCheckpointFile(Path("temporary"), kMaxRecord), file, reason));
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+#include "mqam/cli/keyword_options.h"
+
+#include <gtest/gtest.h>
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <filesystem>
+#include <map>
+#include <set>
+
+using namespace mqam;
+
+namespace {
+
+// The module's keywords with the number of their values.
+const std::map<std::string, int> kModuleKeywords = {
+    {"HELP", 0}, {"TRCL", 2}, {"BKSZ", 1}, {"RWAIT", 1},   {"OTENACITY", 1}, {"OWAIT", 1},
+    {"LOG", 1},  {"TLF", 1},  {"TDM", 1},  {"CONVERT", 1}, {"FLUSH", 1},     {"CKFILE", 1},
+    {"MQEX", 0}, {"QMGR", 1}, {"QNM", 1},  {"SRVR", 1},    {"CHNL", 1},      {"PARMFILE", 1}};
+
+// Parses a command line (without the program's name) into an initialization string; "refused: ..." otherwise.
+std::string Compose(std::vector<std::string> arguments) {
+    CLI::App app;
+    ModuleOptions options;
+    AddModuleOptions(app, options);
+    std::reverse(arguments.begin(), arguments.end());
+    try {
+        app.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        return std::string("refused: ") + error.what();
+    }
+    std::string text, complaint;
+    return ComposeInitString(options, text, complaint) ? text : "refused: " + complaint;
+}
+
+TEST(KeywordOptions, EveryKeywordOfTheModuleHasAnOptionWithItsValues) {
+    std::map<std::string, int> table;
+    for (const KeywordOption& row : AllKeywordOptions()) {
+        EXPECT_TRUE(table.emplace(row.keyword, row.values).second) << row.keyword;
+    }
+    EXPECT_EQ(table, kModuleKeywords);
+}
+
+TEST(KeywordOptions, EveryRowTeachesItsUse) {
+    for (const KeywordOption& row : AllKeywordOptions()) {
+        EXPECT_GT(std::string(row.help).size(), 15U) << row.keyword;
+        EXPECT_NE(row.values > 0, std::string(row.example).empty()) << row.keyword;
+        EXPECT_NE(row.values > 0, std::string(row.valueName).empty()) << row.keyword;
+    }
+}
+
+TEST(KeywordOptions, EveryExampleParsesToItsKeyword) {
+    for (const KeywordOption& row : AllKeywordOptions()) {
+        const std::string names = row.option;
+        std::vector<std::string> arguments = {names.substr(0, names.find(','))};
+        std::string expected = std::string("-") + row.keyword;
+        const std::string example = row.example;
+        if (row.values == 1) arguments.push_back(example);
+        if (row.values == 2) {
+            arguments.push_back(example.substr(0, example.find(' ')));
+            arguments.push_back(example.substr(example.find(' ') + 1));
+        }
+        if (row.values > 0) expected += " " + example;
+        EXPECT_EQ(Compose(arguments), expected);
+    }
+}
+
+TEST(KeywordOptions, EveryNameOfAnOptionWorks) {
+    EXPECT_EQ(Compose({"--qnm", "Q"}), "-QNM Q");
+    EXPECT_EQ(Compose({"--queue", "Q"}), "-QNM Q");
+    EXPECT_EQ(Compose({"--bksz", "100"}), "-BKSZ 100");
+    EXPECT_EQ(Compose({"--mqex"}), "-MQEX");
+    EXPECT_EQ(Compose({"--trcl", "1", "f"}), "-TRCL 1 f");
+}
+
+TEST(KeywordOptions, PathsOfFilesThatTheModuleWritesHaveTheSystemsDelimiter) {
+    const std::string slash(1, static_cast<char>(std::filesystem::path::preferred_separator));
+    const std::string native = "d" + slash + "e" + slash + "f";
+    EXPECT_EQ(Compose({"--ckfile", "d/e/f"}), "-CKFILE " + native);
+    EXPECT_EQ(Compose({"--log", "d/e/f"}), "-LOG " + native);
+    EXPECT_EQ(Compose({"--trace", "1", "d/e/f"}), "-TRCL 1 " + native);
+    EXPECT_EQ(Compose({"--trace", "1/2", "f"}), "-TRCL 1/2 f");
+    EXPECT_EQ(Compose({"--server", "a/b"}), "-SRVR a/b");
+    EXPECT_EQ(Compose({"--parmfile", "d/e/f"}), "-PARMFILE d/e/f");
+    EXPECT_EQ(Compose({"--init", "-CKFILE d/e/f"}), "-CKFILE d/e/f");
+}
+
+TEST(KeywordOptions, NegativeWaitIsAValue) {
+    EXPECT_EQ(Compose({"--rwait", "-1"}), "-RWAIT -1");
+}
+
+TEST(KeywordOptions, ParameterFileCombinesWithOptions) {
+    EXPECT_EQ(Compose({"--parmfile", "p", "--qmgr", "QM1"}), "-QMGR QM1 -PARMFILE p");
+}
+
+TEST(KeywordOptions, RawStringIsPassedAsItStands) {
+    EXPECT_EQ(Compose({"--init", " -qmgr  QM1"}), " -qmgr  QM1");
+}
+
+TEST(KeywordOptions, RawStringExcludesKeywordOptions) {
+    for (const auto& extra :
+         std::vector<std::vector<std::string>>{{"--qmgr", "Q"}, {"--exclusive"}, {"--parmfile", "p"}}) {
+        std::vector<std::string> arguments = {"--init", "-QMGR Q"};
+        arguments.insert(arguments.end(), extra.begin(), extra.end());
+        EXPECT_EQ(Compose(arguments).substr(0, 9), "refused: ") << extra[0];
+    }
+}
+
+TEST(KeywordOptions, KeywordGivenTwiceIsRefused) {
+    EXPECT_EQ(Compose({"--qmgr", "A", "--qmgr", "B"}).substr(0, 9), "refused: ");
+}
+
+TEST(KeywordOptions, TraceWithoutFileIsRefused) {
+    EXPECT_EQ(Compose({"--trace", "2"}).substr(0, 9), "refused: ");
+}
+
+TEST(KeywordOptions, NothingGivenIsRefused) {
+    EXPECT_NE(Compose({}).find("--queue"), std::string::npos);
+}
+
+TEST(KeywordOptions, BlankInAValueIsRefusedNamingTheOption) {
+    EXPECT_EQ(Compose({"--log", "my log"}).substr(0, 16), "refused: --log: ");
+}
+
+}  // namespace

@@ -1,0 +1,49 @@
+#include "mqam/load/supervisor.h"
+
+#include <gtest/gtest.h>
+
+#include "mqam/base/exit_codes.h"
+#include "mqam/load/worker_process.h"
+#include "platform/platform.h"
+#include "tests/mqam/load/empty_target.h"
+#include "tests/support/same_test_process.h"
+#include "tests/support/test_directory.h"
+
+using namespace mqam;
+
+namespace {
+
+// Its state can be read once, and never again.
+class UnreadableTarget : public EmptyTarget {
+  public:
+    explicit UnreadableTarget(const TestDirectory& folder) : folder_(folder) {}
+
+    [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override {
+        state.reset();
+        return loads_++ == 0 || Fail("cannot read the state: the disk is gone");
+    }
+    [[nodiscard]] std::string CommandLock() const override { return folder_.Path("lock"); }
+    [[nodiscard]] std::string AttemptLock() const override { return folder_.Path("life.lock"); }
+
+  private:
+    const TestDirectory& folder_;
+    int loads_ = 0;
+};
+
+TEST(LoadSupervisorTest, ALoadWhoseEndCannotBeLookedUpIsNotCalledKilled) {
+    if (!PartToPlay().empty()) platform::ExitImmediately(MarkWorkerExit(kExitDone));
+    MakeThisTestTheWorker("worker");
+    const TestDirectory folder;
+    UnreadableTarget target(folder);
+    testing::internal::CaptureStderr();
+    const int exitCode = SuperviseLoad(SupervisorSettings(), target);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(exitCode, kExitTargetFailed);
+    EXPECT_EQ(told,
+              "mqam load: whether the load is done cannot be told: cannot read the state: the disk is gone\n"
+              "  safe      what is loaded stays so; how much it is cannot be told while the restart "
+              "information cannot be read\n"
+              "  next      put that right, then run the same command again\n");
+}
+
+}  // namespace
