@@ -5,9 +5,9 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "spoolmq/store/admin.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
-#include "spoolmq/store/admin.h"
 
 namespace mqam {
 
