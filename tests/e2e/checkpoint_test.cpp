@@ -14,9 +14,9 @@
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 using namespace mqam;
-#endif
 
 namespace {
 

@@ -15,9 +15,9 @@
 
 #if !defined(_WIN32)
 #include <unistd.h>
+#endif
 
 using namespace mqam;
-#endif
 
 namespace {
 
