@@ -5,9 +5,9 @@
 #include <CLI/Validators.hpp>
 #include <map>
 
-#include "mqamod.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/target/sqlite/sqlite_name.h"
+#include "mqamod.h"
 #include "platform/platform.h"
 
 namespace mqam {

@@ -7,12 +7,12 @@
 // messages never delivered.
 #pragma once
 
-#include "mqamod.h"
 #include "mqam/base/progress.h"
 #include "mqam/load/attempt_result.h"
 #include "mqam/load/attempt_start.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/target/target.h"
+#include "mqamod.h"
 
 namespace mqam {
 

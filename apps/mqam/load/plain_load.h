@@ -17,11 +17,11 @@
 #include <utility>
 #include <vector>
 
-#include "mqamod.h"
 #include "mqam/base/progress.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/module/module_failure.h"
 #include "mqam/target/record_sink.h"
+#include "mqamod.h"
 
 namespace mqam {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "mqamod.h"
 #include "mqam/module/module_failure.h"
+#include "mqamod.h"
 
 namespace mqam {
 

@@ -59,8 +59,7 @@ struct TrailRows {
         {"fault: so does MQBACK", &Trail::FailBackOut},
         {"fault: writing the message log fails", &Trail::FailLog},
         {"checkpoint #: file truncated, header and last record written", nullptr, &Trail::CheckRewrite},
-        {"checkpoint #: file replaced, # records after the last one kept", nullptr,
-         &Trail::CheckReplacement},
+        {"checkpoint #: file replaced, # records after the last one kept", nullptr, &Trail::CheckReplacement},
         {"MQGET returns message #", nullptr, &Trail::CheckDelivered},
         {"message # is taken for a duplicate", nullptr, &Trail::CheckDelivered},
         {"message # is empty", nullptr, &Trail::CheckDelivered},
@@ -187,8 +186,8 @@ void Trail::PlayLife(const std::string& line) {
 }
 
 std::string Trail::LifeLine() const {
-    std::string line = "attempt " + std::to_string(life) + ": " + std::to_string(stored ? stored->records : 0) +
-                       " records stored";
+    std::string line = "attempt " + std::to_string(life) + ": " +
+                       std::to_string(stored ? stored->records : 0) + " records stored";
     if (stored) line += " with position " + std::to_string(stored->data.CkPtSeq);
     return line + "; " + CheckpointText();
 }
