@@ -1,5 +1,6 @@
 // What a restartable load refuses, and what it does when the same or another command comes again.
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include <filesystem>
 #include <fstream>
@@ -44,6 +45,17 @@ class RestartableLoadRefusal : public LoadSites {
 };
 
 // ---- options
+
+// The module reports a parameter in a line of at most 1,023 characters. A path that is cut there names another file.
+TEST_F(RestartableLoadRefusal, ACheckpointPathThatTheModuleCannotReportInFull) {
+    LoadSite& site = Add("long_path", 3);
+    std::string path = site.Path("long");
+    while (path.size() < 1100)
+        path += "/" + std::string(std::min<std::size_t>(200, 1100 - path.size()), 'x');
+    site.Set("--ckfile", path);
+    ExpectRefusal(site, {}, "the value of 'Checkpoint' is too long");
+    EXPECT_FALSE(std::filesystem::exists(site.Path("long")));
+}
 
 TEST_F(RestartableLoadRefusal, OptionsThatDoNotGoTogether) {
     LoadSite& site = Add("options", 3);

@@ -90,10 +90,7 @@ bool ChooseTarget(const LoadOptions& options, FileSinkSettings& target, std::str
 int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const std::string& target,
                double seconds) {
     if (outcome.end == PlainLoadEnd::kNotStarted) {
-        return Refuse(
-            outcome.standsInTheWay +
-            " exists: as the checkpoint file or log of an earlier load it may hold the only copy of records, "
-            "and this load would destroy it. Move it away, or delete it when that load is done with");
+        return Refuse(outcome.refusal);
     }
     if (outcome.moduleFailure.code != pmrcOK)
         PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure));

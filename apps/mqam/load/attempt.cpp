@@ -134,9 +134,8 @@ bool IsCheckpointDue(const Life& life) {
 }
 
 LastEnd ClassifyEnd(const Life& life, Clock::duration waited) {
-    const std::string interval = FindParameter(life.preparation.report, "MQ read wait interval");
-    const bool waitedOut =
-        interval != "indefinite" && waited >= std::chrono::seconds(std::atol(interval.c_str()));
+    const std::optional<std::chrono::seconds>& readWait = life.preparation.report.readWait;
+    const bool waitedOut = readWait && waited >= *readWait;
     return waitedOut ? LastEnd::kAfterWait : LastEnd::kEarly;
 }
 

@@ -1,8 +1,5 @@
 #include "mqam/load/attempt_start.h"
 
-#include <cstdlib>
-#include <string_view>
-
 #include "mqam/base/utc_time.h"
 #include "mqam/load/completion.h"
 #include "mqam/load/load_lock.h"
@@ -40,28 +37,26 @@ bool TakeLock(Beginning& life, const std::string& path) {
 }
 
 bool ReadReport(Beginning& life, RestartState& fresh) {
-    constexpr std::string_view kFileBased = "File-based to pathname ";
     StartupReport& report = life.preparation.report;
     if (FetchReport(life.session, false, report) != pmrcOK) return EndByModule(life.outcome, life.session);
     if (life.observer.report) life.observer.report(report);
-    const std::string checkpoint = FindParameter(report, "Checkpoint");
-    if (!checkpoint.starts_with(kFileBased)) {
+    if (!report.truncatedParameter.empty()) return RefuseAttempt(life.outcome, DescribeTruncation(report));
+    if (report.checkpointFile.empty()) {
         return RefuseAttempt(life.outcome,
                              "a load that can be restarted needs a checkpoint file: give --ckfile FILE");
     }
-    if (FindParameter(report, "Terminate on duplicate message") != "yes") {
+    if (!report.stopsAtDuplicate) {
         return RefuseAttempt(
             life.outcome,
             "a load that can be restarted needs --tdm yes: without it a message that a crash "
             "puts back on the queue is loaded twice");
     }
-    fresh.queueManager = FindParameter(report, "Queue Manager Name");
-    fresh.queue = FindParameter(report, "Queue Name");
-    fresh.checkpointFile = platform::AbsolutePath(checkpoint.substr(kFileBased.size()));
+    fresh.queueManager = report.queueManager;
+    fresh.queue = report.queue;
+    fresh.checkpointFile = platform::AbsolutePath(report.checkpointFile);
     fresh.target = life.target.Name();
     fresh.format = life.target.Format();
-    const std::string log = FindParameter(report, "Logging pathname");
-    if (!log.empty()) fresh.logFile = platform::AbsolutePath(log);
+    if (!report.logFile.empty()) fresh.logFile = platform::AbsolutePath(report.logFile);
     return true;
 }
 
@@ -125,8 +120,7 @@ bool PrepareFiles(Beginning& life, const std::optional<RestartState>& stored, Re
     life.preparation.checkpointLock = CheckpointLockPath(path);
     if (!TakeLock(life, life.preparation.checkpointLock)) return false;
 
-    const auto maxRecordBytes =
-        static_cast<std::uint64_t>(std::atoll(FindParameter(life.preparation.report, "BlockSize").c_str()));
+    const std::uint64_t maxRecordBytes = life.preparation.report.maxRecordBytes;
     const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
     const std::vector<std::string> temporaries = FindTemporaryFiles(path);
     decision = DecideStart(path, position, ScanForStart(path, temporaries, maxRecordBytes), temporaries);

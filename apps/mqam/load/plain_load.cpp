@@ -39,6 +39,12 @@ bool FailTarget(Life& life) {
     return false;
 }
 
+bool Refuse(Life& life, const std::string& error) {
+    life.outcome.end = PlainLoadEnd::kNotStarted;
+    life.outcome.refusal = error;
+    return false;
+}
+
 void PassNotice(Life& life) {
     const std::string text = life.session.TakeNewText();
     if (!text.empty() && life.observer.notice) life.observer.notice(text);
@@ -49,16 +55,15 @@ void PassNotice(Life& life) {
 // log is overwritten from its beginning and deleted at Close. Even an empty checkpoint file tells of a load
 // that did not finish; an empty log tells nothing.
 std::string FindRemains(const StartupReport& report) {
-    constexpr std::string_view kFileBased = "File-based to pathname ";
-    const std::string checkpoint = FindParameter(report, "Checkpoint");
-    if (checkpoint.starts_with(kFileBased)) {
-        std::string path = checkpoint.substr(kFileBased.size());
-        if (platform::ProbePath(path) != platform::PathKind::kMissing) return path;
+    if (!report.checkpointFile.empty() &&
+        platform::ProbePath(report.checkpointFile) != platform::PathKind::kMissing) {
+        return report.checkpointFile;
     }
-    std::string log = FindParameter(report, "Logging pathname");
     std::uint64_t logBytes = 0;
-    if (!log.empty() && platform::ProbePath(log, logBytes) == platform::PathKind::kFile && logBytes > 0)
-        return log;
+    if (!report.logFile.empty() &&
+        platform::ProbePath(report.logFile, logBytes) == platform::PathKind::kFile && logBytes > 0) {
+        return report.logFile;
+    }
     return "";
 }
 
@@ -69,10 +74,14 @@ bool Prepare(Life& life) {
     }
     if (life.observer.report) life.observer.report(life.report);
 
-    life.outcome.standsInTheWay = FindRemains(life.report);
-    if (!life.outcome.standsInTheWay.empty()) {
-        life.outcome.end = PlainLoadEnd::kNotStarted;
-        return false;
+    if (!life.report.truncatedParameter.empty()) return Refuse(life, DescribeTruncation(life.report));
+    const std::string remains = FindRemains(life.report);
+    if (!remains.empty()) {
+        return Refuse(
+            life, remains +
+                      " exists: as the checkpoint file or log of an earlier load it may hold the only copy "
+                      "of records, and this load would destroy it. Move it away, or delete it once that "
+                      "load is finished");
     }
     for (const auto& [name, value] : life.settings.attributes) {
         if (life.session.PutAttribute(name, value) != pmrcOK) return FailModule(life, false);
@@ -101,8 +110,7 @@ bool OpenInput(Life& life) {
 // The end of a queue never comes before the read wait interval has passed; an empty message, a repeated one,
 // MQ's limit or an MQGET that failed without data does.
 bool CameEarly(const Life& life, Clock::duration waited) {
-    const std::string interval = FindParameter(life.report, "MQ read wait interval");
-    return interval == "indefinite" || waited < std::chrono::seconds(std::atol(interval.c_str()));
+    return !life.report.readWait || waited < *life.report.readWait;
 }
 
 bool ReadInput(Life& life) {

@@ -38,7 +38,7 @@ enum class PlainLoadEnd {
     kEndedEarly,    ///< the module told the end of the input before the read wait interval had passed
     kInterrupted,   ///< stopWanted said so
     kTimeout,       ///< the module's time-out expired
-    kNotStarted,    ///< a checkpoint file of an earlier load is there; nothing was opened
+    kNotStarted,    ///< see refusal; nothing was opened
     kModuleFailed,  ///< see moduleFailure
     kTargetFailed,  ///< see targetFailure
 };
@@ -54,7 +54,7 @@ struct PlainLoadResult {
     bool mustEndProcess = false;
     ModuleFailure moduleFailure;  ///< code not pmrcOK = a request failed; Close or Shut may, whatever the end
     std::string targetFailure;
-    std::string standsInTheWay;  ///< path of the file, for kNotStarted
+    std::string refusal;  ///< with kNotStarted: the error message
 };
 
 /// Lives one life.

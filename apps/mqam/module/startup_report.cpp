@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <sstream>
 #include <string_view>
 
@@ -14,6 +15,30 @@ std::string Trim(const std::string& text) {
     const std::size_t start = text.find_first_not_of(" \r");
     if (start == std::string::npos) return "";
     return text.substr(start, text.find_last_not_of(" \r") - start + 1);
+}
+
+// The value without the quotes around it.
+std::string Unquote(const std::string& value) {
+    if (value.size() >= 2 && value.front() == '\'' && value.back() == '\'') {
+        return value.substr(1, value.size() - 2);
+    }
+    return value;
+}
+
+void ReadParameter(const std::string& name, const std::string& value, StartupReport& report) {
+    constexpr std::string_view kFileBased = "File-based to pathname ";
+    if (name == "Queue Manager Name") report.queueManager = Unquote(value);
+    if (name == "Queue Name") report.queue = Unquote(value);
+    if (name == "Checkpoint" && value.starts_with(kFileBased)) {
+        report.checkpointFile = value.substr(kFileBased.size());
+    }
+    if (name == "Logging pathname") report.logFile = Unquote(value);
+    if (name == "Terminate on duplicate message") report.stopsAtDuplicate = value == "yes";
+    if (name == "Queue open") report.opensExclusively = value == "EXCLUSIVE.";
+    if (name == "BlockSize") report.maxRecordBytes = std::strtoull(value.c_str(), nullptr, 10);
+    if (name == "MQ read wait interval" && value != "indefinite") {
+        report.readWait = std::chrono::seconds(std::strtoll(value.c_str(), nullptr, 10));
+    }
 }
 
 }  // namespace
@@ -38,9 +63,17 @@ StartupReport ParseReport(const std::string& text) {
             report.parameters.emplace_back(line, "");
         } else {
             report.parameters.emplace_back(line.substr(0, colon), line.substr(colon + 2));
+            ReadParameter(line.substr(0, colon), line.substr(colon + 2), report);
+            if (line.size() > kLongestReportedLine) report.truncatedParameter = line.substr(0, colon);
         }
     }
     return report;
+}
+
+std::string DescribeTruncation(const StartupReport& report) {
+    return "the value of '" + report.truncatedParameter + "' is too long: the module reports at most " +
+           std::to_string(kLongestReportedLine) +
+           " characters of it, so this program cannot know which file the module uses; use a shorter path";
 }
 
 std::string FormatReport(const StartupReport& report, const std::string& indent) {
@@ -60,19 +93,8 @@ std::string FormatReport(const StartupReport& report, const std::string& indent)
     return lines;
 }
 
-std::string FindParameter(const StartupReport& report, const std::string& name) {
-    for (const auto& [candidate, value] : report.parameters) {
-        if (candidate != name) continue;
-        if (value.size() >= 2 && value.front() == '\'' && value.back() == '\'') {
-            return value.substr(1, value.size() - 2);
-        }
-        return value;
-    }
-    return "";
-}
-
-ReturnCode FetchReport(ModuleSession& session, bool keywordHelpWanted, StartupReport& report) {
-    if (keywordHelpWanted) {
+ReturnCode FetchReport(ModuleSession& session, bool wantsKeywordHelp, StartupReport& report) {
+    if (wantsKeywordHelp) {
         // The help is only in the text that Open prints, and only before the module knows the host's log. An
         // Open for writing prints it and is refused before it touches anything.
         constexpr std::int16_t kOpenForWriting = 2;

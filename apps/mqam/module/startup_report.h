@@ -1,6 +1,10 @@
-// The report that the module passes to the log of its host after Init: who the module is, and the parameters in effect.
+// The start-up report that the module passes to the log of its host after Init: who the module is, and the
+// parameters in effect. The module reports them as text only; this is the one place that reads that text.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,23 +13,41 @@
 
 namespace mqam {
 
-/// The report taken apart.
 struct StartupReport {
-    std::vector<std::string> identification;  ///< who the module is
-    std::vector<std::pair<std::string, std::string>>
-        parameters;  ///< name and value; value empty when a line has none
+    /// The report as it was printed, for the user: who the module is, then name and value of each parameter. The
+    /// value is empty if a line has none.
+    std::vector<std::string> identification;
+    std::vector<std::pair<std::string, std::string>> parameters;
+
+    // The parameters that a load depends on.
+    std::string queueManager;
+    std::string queue;
+    std::string checkpointFile;  ///< as given to the module; empty = no checkpoint file
+    std::string logFile;         ///< as given to the module; empty = no message log
+    bool stopsAtDuplicate = false;
+    bool opensExclusively = false;
+    std::uint64_t maxRecordBytes = 0;
+    std::optional<std::chrono::seconds> readWait;  ///< none = a read waits without limit
+
+    /// The name of a parameter whose line the module cut at its limit, so that the value is not known in full;
+    /// empty if there is none. Such a report must not be used: a path in it may be another file's.
+    std::string truncatedParameter;
 };
 
+/// The longest line of a parameter that the module reports in full, in characters.
+inline constexpr std::size_t kLongestReportedLine = 1022;
+
 [[nodiscard]] StartupReport ParseReport(const std::string& text);
+
+/// The error message for a report with a truncated parameter.
+[[nodiscard]] std::string DescribeTruncation(const StartupReport& report);
 
 /// Returns the report as lines in two columns, each with its line end and `indent` before it.
 [[nodiscard]] std::string FormatReport(const StartupReport& report, const std::string& indent);
 
-/// Returns the value of a parameter of the report without the quotes around it, or an empty string.
-[[nodiscard]] std::string FindParameter(const StartupReport& report, const std::string& name);
-
-/// Hands the module the host's log after Init and returns the report that it passed there.
-///   keywordHelpWanted  have the module print its help on standard output first
-[[nodiscard]] ReturnCode FetchReport(ModuleSession& session, bool keywordHelpWanted, StartupReport& report);
+/// Hands the module the host's log after Init and returns the report that the module passed to it.
+///   wantsKeywordHelp  have the module print its help on standard output first
+///   report            unchanged unless the code is pmrcOK
+[[nodiscard]] ReturnCode FetchReport(ModuleSession& session, bool wantsKeywordHelp, StartupReport& report);
 
 }  // namespace mqam

@@ -1,5 +1,4 @@
 #include "mqam/module/host_log.h"
-#include "mqam/module/startup_report.h"
 
 #include <gtest/gtest.h>
 
@@ -42,30 +41,6 @@ TEST(HostLog, OtherMessagesAndHandlesAreRefused) {
     EXPECT_NE(FindFunctionAsTheModuleDoes()(HostLogHandle(), 19004, 2, 3, 5, buffer, 5, kReport, nullptr), 0);
     EXPECT_NE(FindFunctionAsTheModuleDoes()(&other, 19003, 2, 3, 5, buffer, 5, kReport, nullptr), 0);
     EXPECT_EQ(ReceivedReport(), "");
-}
-
-TEST(HostLog, ReportIsTakenApart) {
-    const StartupReport report = ParseReport(kReport);
-    ASSERT_EQ(report.identification.size(), 2U);
-    EXPECT_EQ(report.identification[0], "Norvane Websphere MQ AMOD, Version 16.20.00.04");
-    ASSERT_EQ(report.parameters.size(), 5U);
-    EXPECT_EQ(FindParameter(report, "Queue Manager Name"), "QM1");
-    EXPECT_EQ(FindParameter(report, "Checkpoint"), "File-based to pathname C:\\a: b");
-    EXPECT_EQ(FindParameter(report, "No such"), "");
-}
-
-TEST(HostLog, ReportIsShownInTwoColumns) {
-    StartupReport report;
-    report.identification = {"The module"};
-    report.parameters = {
-        {"Queue", "'Q'"}, {"A long name of a parameter without a value", ""}, {"Queue open", "X."}};
-    EXPECT_EQ(FormatReport(report, "> "),
-              "> The module\n\n> Queue       'Q'\n> A long name of a parameter without a value\n> Queue open "
-              " X.\n");
-}
-
-TEST(HostLog, EmptyReportIsNothing) {
-    EXPECT_EQ(FormatReport(ParseReport(""), ""), "");
 }
 
 }  // namespace
