@@ -4,13 +4,14 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "diag/identification.h"
+#include "diag/module_id.h"
 
 namespace {
 
+// Written only by the routines of this file.
 struct ErrorTextState {
-    char* text;            // none when loaded; replaced by each report, freed by Shut
-    std::uint32_t length;  // bytes allocated for it
+    char* text;            // null when the module is loaded; replaced by each report, freed by Shut
+    std::uint32_t length;  // the bytes allocated for it; 0 when there is none
 };
 ErrorTextState state;
 
@@ -24,7 +25,7 @@ const char* ActivityWord(Activity activity) {
     return kWords[static_cast<int>(activity)];
 }
 
-// A label and its text, both empty when the piece is not given.
+// A label and its text. Both are empty if the piece is left out.
 struct Piece {
     const char* label;
     const char* text;
@@ -58,7 +59,7 @@ void Report(Severity severity, const char* function, const Piece (&pieces)[kPiec
     state.length = 0;
     TracePieces(severity, function, pieces);
 
-    // 11 covers the punctuation and the NUL; the reason counts twice. The host sees the size, so it stays.
+    // The host sees this size, so its formula is fixed: 11 for punctuation and the NUL, and the reason twice.
     std::size_t size =
         std::strlen(kModuleId) + std::strlen(function) + std::strlen(SeverityWord(severity)) + 11;
     for (const Piece& piece : pieces)

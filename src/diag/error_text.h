@@ -1,7 +1,7 @@
-// The error text: what the host is told of the most recent failure, beside the return code.
+// The error text: the description of the most recent failure, which the host receives with the return code.
 //
-// There is at most one. Each report replaces it, a later success leaves it as it is, and only Shut frees it:
-// the host judges success by the return code alone.
+// There is at most one. Each report replaces it, a later success leaves it as it is, and only Shut frees it.
+// The host must therefore judge success only by the return code.
 #pragma once
 
 #include <cstdint>
@@ -9,35 +9,38 @@
 
 #include "diag/trace.h"
 
-/// The object that was being processed when a call on a stream failed.
+/// The kind of file that was being processed when a call on a stream failed.
 enum class Activity { Parameter, Log, Checkpoint, Temp };
 
-/// Reports a failure: a block of lines in the trace file, when one is open, whatever the level; and the error
-/// text "MODULE/FUNCTION(SEVERITY).  --ERROR: MESSAGE--Failing function: CALL--Error occured while processing
-/// ACTIVITY--Reason: REASON.", with the pieces that are given.
-///   function     in  the reporting routine's name
-///   message      in  as a rule the message text
+/// Reports a failure in two places: as a block of lines in the trace file, if one is open, whatever the trace
+/// level; and as the error text "MODULE/FUNCTION(SEVERITY).  --ERROR: MESSAGE--Failing function: CALL.". The
+/// piece about the failing call is left out if there is none.
+///   function     in  the routine that the report names
+///   message      in  as a rule MessageText()
 ///   failingCall  in  the call that failed, or null
-/// When there is no memory for the text the trace file, or standard output, says so and the error text is
-/// none.
+/// If there is no memory for the error text, the trace file or standard output says so, and ErrorText returns
+/// null.
 void ReportError(Severity severity, const char* function, const char* message,
                  const char* failingCall = nullptr);
 
-/// The same for a call that failed on an open stream.
+/// Reports a call that failed on an open stream. The error text of ReportError is then followed by
+/// "--Error occured while processing ACTIVITY--Reason: REASON", before the final point.
 ///   failingCall  in  the call that failed, or null
-///   reason       in  as a rule StreamReason, taken right after the failing call
+///   reason       in  as a rule StreamReason, called right after the call that failed
 void ReportStreamError(Severity severity, const char* function, const char* message, const char* failingCall,
                        Activity activity, const char* reason);
 
-/// Why a call on the stream failed: the system's text for errno when the stream's error indicator is set,
-/// else "Undefined". Ask right after the failing call. Valid until the next system error text is asked for.
+/// Returns the reason why a call on the stream failed: the system's text for errno if the error indicator of
+/// the stream is set, otherwise "Undefined". Call it right after the call that failed. The text is valid until
+/// the next call of std::strerror.
 [[nodiscard]] const char* StreamReason(std::FILE* stream);
 
-/// The error text, or null when there is none. The module's own.
+/// Returns the error text, or null if there is none. It belongs to the module.
 [[nodiscard]] const char* ErrorText();
 
-/// The bytes allocated for the error text: more than its length, the rest is zero. 0 when there is none.
+/// Returns the bytes allocated for the error text, or 0 if there is none. They are more than the text needs;
+/// the rest are zero.
 [[nodiscard]] std::uint32_t ErrorTextLength();
 
-/// Frees the error text.
+/// Frees the error text. Shut calls it.
 void FreeErrorText();

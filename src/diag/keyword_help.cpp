@@ -1,17 +1,21 @@
 #include "diag/keyword_help.h"
 
-#include "diag/identification.h"
+#include "diag/module_id.h"
 #include "diag/report_texts.h"
 #include "diag/trace.h"
 
 namespace {
 
-bool helpShown;  // false when loaded, set by the first HELP, never reset
+// Written only by ShowKeywordHelp.
+struct HelpState {
+    bool isShown;  // false when the module is loaded; set by the first HELP, never cleared
+};
+HelpState state;
 
-// Behind the title, one row a piece; each gets a newline of its own, so one that begins or ends with a
-// newline leaves an empty line. The texts are kept as users know them, wording included. The channel and
-// server keywords have no heading line, and OTENACITY's default is told as 60 where the setting takes 5: both
-// on purpose.
+// The pieces after the title. A newline follows each of them, so a piece that begins or ends with a newline
+// leaves an empty line. Users know these texts, so they keep their wording. Two flaws are kept on purpose: the
+// channel and server keywords have no heading line, and the default of OTENACITY is given as 60, although it
+// is 5.
 constexpr const char* kPieces[] = {
     "\n"
     "-PARMFILE <parameter pathname>",
@@ -90,8 +94,8 @@ constexpr const char* kPieces[] = {
 }  // namespace
 
 void ShowKeywordHelp() {
-    if (helpShown) return;
-    helpShown = true;
+    if (state.isShown) return;
+    state.isShown = true;
     SaveConsoleLine(FormatUntracedLine("MQA%04d:%s (ver %s): Command help;", 23, kModuleId, kModuleVersion));
     for (const char* piece : kPieces)
         SaveConsoleLine(piece);

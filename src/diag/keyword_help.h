@@ -1,6 +1,6 @@
-// The help that the HELP keyword produces.
+// The help that the keyword HELP asks for.
 #pragma once
 
-/// Appends the keyword help to the console report text, at most once for the life of the loaded module: it is
-/// seen on standard output at Open, unless the host has supplied its log handle.
+/// Appends the keyword help to the console form of the start-up report, once at most until the module is
+/// unloaded. Open prints it to standard output, unless the host has supplied its log handle.
 void ShowKeywordHelp();

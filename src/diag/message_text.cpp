@@ -6,18 +6,21 @@
 
 namespace {
 
-// Written only by the routines of this file. Empty when the module is loaded; no request clears it.
-char messageText[1024];
+// Written only by the routines of this file.
+struct MessageTextState {
+    char text[1024];  // empty when the module is loaded; no request clears it
+};
+MessageTextState state;
 
 const char* FormatList(const char* format, std::va_list arguments) {
-    std::vsnprintf(messageText, sizeof messageText, format, arguments);
-    return messageText;
+    std::vsnprintf(state.text, sizeof state.text, format, arguments);
+    return state.text;
 }
 
 }  // namespace
 
 const char* MessageText() {
-    return messageText;
+    return state.text;
 }
 
 const char* FormatText(const char* format, ...) {
@@ -25,7 +28,7 @@ const char* FormatText(const char* format, ...) {
     va_start(arguments, format);
     FormatList(format, arguments);
     va_end(arguments);
-    return messageText;
+    return state.text;
 }
 
 const char* format_check::FormatChecked(const char* format, ...) {
@@ -33,13 +36,13 @@ const char* format_check::FormatChecked(const char* format, ...) {
     va_start(arguments, format);
     FormatList(format, arguments);
     va_end(arguments);
-    return messageText;
+    return state.text;
 }
 
 const char* AppendBytes(const void* bytes, unsigned count) {
-    const std::size_t used = std::strlen(messageText);
-    std::size_t room = sizeof messageText - 1 - used;
+    const std::size_t used = std::strlen(state.text);
+    std::size_t room = sizeof state.text - 1 - used;
     if (room > count) room = count;
-    std::strncat(messageText + used, static_cast<const char*>(bytes), room);
-    return messageText;
+    std::strncat(state.text + used, static_cast<const char*>(bytes), room);
+    return state.text;
 }

@@ -4,17 +4,16 @@
 #include <cstring>
 #include <ctime>
 
-#include "diag/trace.h"
-
 namespace {
 
 constexpr std::size_t kReportBytes = 8192;
 
+// Written only by the routines of this file.
 struct ReportState {
-    char console[kReportBytes];  // never cleared
-    char hostLog[kReportBytes];  // never cleared
-    char hostLogLine[4096];      // the host-log line being built
-    std::tm time;                // local time of the last TakeReportTime
+    char console[kReportBytes];  // empty when the module is loaded; never cleared
+    char hostLog[kReportBytes];  // empty when the module is loaded; never cleared
+    char hostLogLine[4096];      // scratch space: the host-log line being built
+    std::tm time;                // local time of the most recent ReadReportTime; never cleared
 };
 ReportState state;
 
@@ -42,18 +41,13 @@ void SaveConsoleLine(const char* line) {
     std::memcpy(state.console + used + length, "\n", 2);
 }
 
-void TakeReportTime() {
+void ReadReportTime() {
     const std::time_t now = std::time(nullptr);
     const std::tm* local = std::localtime(&now);
     state.time = local != nullptr ? *local : std::tm{};
 }
 
-void ReportLine(int number, const char* function, const char* text) {
-    if (std::FILE* file = TraceFile()) {
-        WriteTraceStamp();
-        (void)std::fprintf(file, "%s(info): %s\n", function, text);
-        return;
-    }
+void AddNumberedLine(int number, const char* text) {
     char line[2048 + 32];
     std::snprintf(line, sizeof line, "**** %02d:%02d:%02d MQA%05d %s", state.time.tm_hour, state.time.tm_min,
                   state.time.tm_sec, number, text);
@@ -62,16 +56,7 @@ void ReportLine(int number, const char* function, const char* text) {
     Append(state.hostLog, state.hostLogLine);
 }
 
-void ReportParameterHeading(int number, const char* text) {
-    char line[256];
-    std::snprintf(line, sizeof line, "**** %02d:%02d:%02d MQA%05d %s\n", state.time.tm_hour,
-                  state.time.tm_min, state.time.tm_sec, number, text);
-    Append(state.console, line);
-    std::snprintf(state.hostLogLine, sizeof state.hostLogLine, "MQ_ACCESSMODULE: ZBQ%05d %s\n", number, text);
-    Append(state.hostLog, state.hostLogLine);
-}
-
-void ReportParameter(const char* text) {
+void AddParameterLine(const char* text) {
     char line[1024 + 32];
     std::snprintf(line, sizeof line, "     .        %s\n", text);
     Append(state.console, line);

@@ -4,32 +4,36 @@
 #include <cstring>
 #include <ctime>
 
-#include "diag/identification.h"
+#include "diag/module_id.h"
 #include "diag/report_texts.h"
 
 namespace {
 
+constexpr std::size_t kTimeCharacters = 8;  // HH:MM:SS
+
+// Written only by the routines of this file.
 struct TraceState {
-    int storedLevel;  // 0 when loaded; set by Init alone
-    std::FILE* file;  // none when loaded; opened by Init, stays open for the life of the loaded module
-    char untracedLine[2048];  // overwritten by each statement that finds no trace file
+    int storedLevel;          // 0 when the module is loaded; reset by each Init
+    std::FILE* file;          // null when the module is loaded; open from the first Init with a trace on,
+                              // and never closed except to be replaced
+    char untracedLine[2048];  // empty when the module is loaded; never cleared
+    char stamp[kTimeCharacters + 1];  // scratch space: the time of the statement being written
 };
 TraceState state;
 
 constexpr char kFunction[] = "PIDMMain";
 
-// The time of day of now, HH:MM:SS, or the empty string when the clock cannot be read.
+// Returns the current time of day as HH:MM:SS, or an empty text if the clock cannot be read.
 const char* TimeStamp() {
-    static char stamp[9];
-    stamp[0] = '\0';
+    constexpr std::size_t kTimeAt = 11;  // in "Www Mmm dd hh:mm:ss yyyy\n"
+    state.stamp[0] = '\0';
     const std::time_t now = std::time(nullptr);
-    if (now == static_cast<std::time_t>(-1)) return stamp;
-    // "Www Mmm dd hh:mm:ss yyyy\n": the time of day stands at 11 to 18.
+    if (now == static_cast<std::time_t>(-1)) return state.stamp;
     if (const char* text = std::ctime(&now)) {
-        std::memcpy(stamp, text + 11, 8);
-        stamp[8] = '\0';
+        std::memcpy(state.stamp, text + kTimeAt, kTimeCharacters);
+        state.stamp[kTimeCharacters] = '\0';
     }
-    return stamp;
+    return state.stamp;
 }
 
 }  // namespace
@@ -74,6 +78,7 @@ void TraceLine(TraceLevel level, Severity severity, const char* function, const 
             FormatUntracedLine("%s/%s(%s): %s", kModuleId, function, SeverityWord(severity), text);
         }
     }
+    // The contract (trace.h) asks for this flush of all streams. It is not a leftover: a checkpoint needs it.
     (void)std::fflush(nullptr);
 }
 

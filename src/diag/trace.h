@@ -1,46 +1,56 @@
-// The trace: a file that follows what the module does, at one of four levels. Every line is flushed at once,
-// so the trace survives a crash of the host.
+// The trace: a file that records what the module does, at one of four levels. Every line is flushed at once, so
+// the trace survives a crash of the host.
+//
+// A line is "HH:MM:SS: FUNCTION(SEVERITY): TEXT". FUNCTION is the routine that the interface documents, which is
+// not always the function that writes the line: most lines of open.cpp, read.cpp and requests.cpp say
+// "PIDMMain", and those about releasing files say "CloseAll".
+//
+// How long a line can be depends on where its text was formatted. The message text (message_text.h) cuts it at
+// 1023 characters. The untraced line, which replaces the trace file when none is open, has room for 2047.
 #pragma once
 
 #include <cstdio>
 
-/// How much has to be asked for (keyword TRCL) before a statement is written.
+/// The level of a statement: the value of the keyword TRCL from which on it is written.
 enum class TraceLevel { Always = -1, JobEvents = 1, IoEvents = 2, IoBuffers = 3, Details = 4 };
 
 enum class Severity { Info, Warning, Error };
 
-/// "info", "!warning!" or "!ERROR!".
+/// Returns "info", "!warning!" or "!ERROR!".
 [[nodiscard]] const char* SeverityWord(Severity severity);
 
-/// Stores the level that statements are tested against. It is TRCL + 1 once the parameters are parsed, TRCL
-/// itself while they are being parsed, and 0 from the start of Init until TRCL is met.
+/// Stores the level that statements are compared with: 0 at the start of Init, TRCL once that keyword has been
+/// read, and TRCL + 1 when all parameters have been read.
 void SetTraceLevel(int storedLevel);
 [[nodiscard]] int StoredTraceLevel();
 
-/// Whether a statement of that level is written: Always at any stored level, level N when the stored level is
-/// above N.
+/// Returns whether a statement of this level is written: Always is written at any stored level, level N if the
+/// stored level is greater than N.
 [[nodiscard]] bool TraceAdmits(TraceLevel level);
 
-/// The open trace file, or null. It is never closed but by UseTraceFile.
+/// Returns the open trace file, or null. Only UseTraceFile closes it.
 [[nodiscard]] std::FILE* TraceFile();
 
-/// Takes over a file opened for appending as the trace file, and closes the one in use before.
+/// Takes ownership of a file opened for appending, makes it the trace file, and closes the previous one.
 void UseTraceFile(std::FILE* file);
 
-/// Writes the time of day and ": " to the trace file; the time is empty when the clock cannot be read.
+/// Writes the time of day and ": " to the trace file. The time is empty if the clock cannot be read.
 /// Requires an open trace file.
 void WriteTraceStamp();
 
-/// One trace statement: "FUNCTION(SEVERITY): TEXT" behind a time stamp in the trace file, or, without a trace
-/// file, behind the module's name in the untraced line. Flushes all output streams, also when the level is
-/// not admitted: the checkpoint file's header reaches the disk that way.
+/// Writes one statement, if its level is admitted: to the trace file, or, when none is open, after the module's
+/// name to the untraced line. Then flushes all output streams of the process, even if the level was not
+/// admitted. That flush is part of the module's contract: the header of a new checkpoint file reaches the
+/// operating system by it and by nothing else.
+///   function  in  the routine that the line names
+///   text      in  as a rule MessageText()
 void TraceLine(TraceLevel level, Severity severity, const char* function, const char* text);
 
-/// The statement that begins every request but Init: "entered for option 'WORD'" at TraceLevel::IoEvents,
-/// info. Without a trace file it goes on into the console report text. Unlike TraceLine it flushes the trace
-/// file alone.
+/// Writes the statement that begins every request except Init, "entered for option 'WORD'", at
+/// TraceLevel::IoEvents. Without a trace file, the untraced line is also appended to the console form of the
+/// start-up report. Unlike TraceLine it flushes only the trace file.
 void TraceEntry(const char* optionWord);
 
-/// The untraced line: 2048 bytes that take a trace statement when no trace file is open, and in which
-/// the identification is formatted.
+/// Formats into the untraced line, cut at 2047 characters, and returns it. It holds the most recent statement
+/// that found no trace file open; the identification and the help are formatted in it, too.
 [[gnu::format(printf, 1, 2)]] const char* FormatUntracedLine(const char* format, ...);

@@ -8,7 +8,7 @@
 #include "diag/trace.h"
 #include "entry/host_log.h"
 #include "params/host_attributes.h"
-#include "params/number.h"
+#include "params/keyword_text.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "diag/error_text.h"
-#include "diag/identification.h"
 #include "diag/message_text.h"
+#include "diag/module_id.h"
 #include "diag/trace.h"
 #include "entry/attributes.h"
 #include "entry/module_state.h"

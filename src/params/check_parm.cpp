@@ -8,9 +8,8 @@
 #include "diag/message_text.h"
 #include "diag/trace.h"
 #include "mqi/client_channel.h"
-#include "params/number.h"
-#include "params/settings_writer.h"
-#include "params/tokens.h"
+#include "params/keyword_text.h"
+#include "params/settings.h"
 
 namespace {
 

@@ -2,11 +2,12 @@
 
 namespace {
 
+// Written only by the routines of this file. All are zero when the module is loaded.
 struct HostAttributes {
-    bool GenEofFlag;
-    bool PreserveRestartInfo;
-    bool TimeoutEnabled;
-    std::int32_t timeoutSeconds;
+    bool GenEofFlag;              // cleared by an Open that opens the queue
+    bool PreserveRestartInfo;     // cleared by Shut
+    bool TimeoutEnabled;          // never cleared
+    std::int32_t timeoutSeconds;  // never cleared, only replaced
 };
 HostAttributes attributes;
 

@@ -1,17 +1,17 @@
-// What the host has set with attributes, read by the layers that act on it.
+// What the host has set with PutAttribute, for the layers that act on it.
 #pragma once
 
 #include <cstdint>
 
-/// The host has asked for the end of the input. Cleared by an Open that opens the queue, by nothing else.
+/// Returns whether the host has asked for the end of the input.
 [[nodiscard]] bool GenEofFlag();
 void SetGenEofFlag(bool requested);
 
-/// Keep the checkpoint file and the log at close instead of deleting them. Cleared by Shut.
+/// Returns whether Close and Shut keep the checkpoint file and the log instead of deleting them.
 [[nodiscard]] bool PreserveRestartInfo();
 void SetPreserveRestartInfo(bool preserve);
 
-/// The read time-out: whether there is one, and its seconds. Lasts until the module is unloaded.
+/// Return whether there is a time-out for reads, and its seconds.
 [[nodiscard]] bool TimeoutEnabled();
 [[nodiscard]] std::int32_t TimeoutSeconds();
 void EnableTimeout(std::int32_t seconds);

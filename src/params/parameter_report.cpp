@@ -1,12 +1,10 @@
 #include "params/parameter_report.h"
 
-#include <algorithm>
-
 #include "diag/message_text.h"
 #include "diag/report_texts.h"
 #include "diag/trace.h"
 #include "mqi/client_channel.h"
-#include "params/settings_writer.h"
+#include "params/settings.h"
 
 namespace {
 
@@ -16,7 +14,7 @@ void TraceJobEvent(const char* text) {
 
 void Report(const char* text) {
     TraceJobEvent(text);
-    ReportParameter(text);
+    AddParameterLine(text);
 }
 
 void ReportCheckpoint(const Settings& settings) {
@@ -38,7 +36,7 @@ void ReportLogging(const Settings& settings) {
     Report(settings.TLF ? "Terminate on Log failure: yes" : "Terminate on Log failure: no");
 }
 
-// The line for a CCSID carries a line end of its own, which leaves an empty line in the report.
+// The line for a CCSID ends with a newline of its own, which leaves an empty line in the report.
 void ReportConversion(const Settings& settings) {
     if (settings.CONVERT == 0) {
         Report("MQ convert message data: no");
@@ -49,11 +47,9 @@ void ReportConversion(const Settings& settings) {
     }
 }
 
-void ReportOpenTiming(Settings& settings) {
-    settings.OTENACITY = std::max(settings.OTENACITY, settings.OWAIT);
+void ReportOpenTiming(const Settings& settings) {
     Report(FormatText("MQ open retry tenacity: %d", static_cast<int>(settings.OTENACITY)));
     Report(FormatText("MQ open wait interval: %d", static_cast<int>(settings.OWAIT)));
-    settings.OTENACITY /= settings.OWAIT;
 }
 
 void ReportReadWait(const Settings& settings) {
@@ -67,9 +63,9 @@ void ReportReadWait(const Settings& settings) {
 }  // namespace
 
 void ReportParametersInEffect() {
-    Settings& settings = writableSettings;
-    ReportParameterHeading(19087, "MQAM Parameters in effect:");
-    ReportParameter(FormatText("Queue Manager Name: '%s'", settings.QMGR));
+    const Settings& settings = Setting();
+    AddNumberedLine(19087, "MQAM Parameters in effect:");
+    AddParameterLine(FormatText("Queue Manager Name: '%s'", settings.QMGR));
     Report(FormatText("Queue Name: '%s'", settings.QNM));
     ReportCheckpoint(settings);
     Report(settings.FLUSH ? "Media flush: Yes" : "Media flush: No");

@@ -8,15 +8,19 @@
 #include "diag/message_text.h"
 #include "diag/trace.h"
 #include "params/check_parm.h"
+#include "params/keyword_text.h"
 #include "params/settings.h"
-#include "params/tokens.h"
 
 namespace {
 
 constexpr char kFunction[] = "ReadParmFile";
 constexpr int kLineBytes = 512;
 
-char parmFilePath[kPathBytes];  // set by Init when -PARMFILE is given
+// Written only by SetParmFilePath.
+struct ParmFileState {
+    char path[kPathBytes];  // empty when the module is loaded; replaced by each Init with -PARMFILE
+};
+ParmFileState state;
 
 ReturnCode Fail(const char* message) {
     ReportError(Severity::Error, kFunction, message);
@@ -28,10 +32,10 @@ ReturnCode ReadLine(const char* line) {
     TokenList tokens;
     ReturnCode rc = pmrcOK;
     switch (Tokenize(line, std::strlen(line), &tokens)) {
-        case Tokenized::TooMany: rc = Fail("Too many parameters"); break;
-        case Tokenized::NoMemory: rc = Fail("memory allocation failed"); break;
-        case Tokenized::Done:
-            // A line without a token holds no keyword to check: the help promises that it is ignored.
+        case Tokenized::kTooMany: rc = Fail("Too many parameters"); break;
+        case Tokenized::kNoMemory: rc = Fail("memory allocation failed"); break;
+        case Tokenized::kDone:
+            // The help promises that empty lines are ignored.
             if (tokens.count > 0) {
                 std::int32_t index = 0;
                 rc = CheckParm(tokens.slots, tokens.count, &index);
@@ -56,13 +60,13 @@ ReturnCode ReadLines(std::FILE* file) {
 }  // namespace
 
 void SetParmFilePath(const char* path) {
-    std::snprintf(parmFilePath, sizeof parmFilePath, "%s", path);
+    std::snprintf(state.path, sizeof state.path, "%s", path);
 }
 
 ReturnCode ReadParmFile() {
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
-              FormatText("Opening parameter file name: '%s'", parmFilePath));
-    std::FILE* file = std::fopen(parmFilePath, "r");
+              FormatText("Opening parameter file name: '%s'", state.path));
+    std::FILE* file = std::fopen(state.path, "r");
     if (file == nullptr) return Fail(FormatNumbered<Message::kParameterFileOpenFailed>(std::strerror(errno)));
     const ReturnCode rc = ReadLines(file);
     (void)std::fclose(file);

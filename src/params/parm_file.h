@@ -1,14 +1,15 @@
-// The parameter file: text with one keyword and its value a line, read behind the initialization string so
-// that its values win.
+// The parameter file: a text file with one keyword and its value on each line. It is read after the
+// initialization string, so that its values win.
 #pragma once
 
 #include "mqamod.h"
 
-/// Remembers the file that ReadParmFile reads. Requires a path of at most 32766 characters.
+/// Stores the path of the file that ReadParmFile reads: at most 32766 characters.
 void SetParmFilePath(const char* path);
 
-/// Hands every line of the parameter file to CheckParm. Lines whose first character is '#' and lines without
-/// a token are skipped; tokens behind those that the keyword consumed are ignored; a line longer than 511
-/// characters is read as several. Returns pmrcOK; or pmrcFailure, with an error text, when the file cannot be
-/// opened or read, or at the first line that CheckParm refuses. The file is closed again in every case.
+/// Passes every line of the parameter file to CheckParm. Lines that begin with '#' and lines without a token
+/// are skipped; tokens after those of the line's keyword are ignored; a line of more than 511 characters is
+/// read as several lines. Closes the file in every case.
+/// Returns pmrcOK; or pmrcFailure, with an error text, if the file cannot be opened or read, or at the first
+/// line that CheckParm refuses.
 [[nodiscard]] ReturnCode ReadParmFile();

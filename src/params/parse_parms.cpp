@@ -1,5 +1,6 @@
 #include "params/parse_parms.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,12 +11,12 @@
 #include "diag/trace.h"
 #include "mqi/client_channel.h"
 #include "params/check_parm.h"
+#include "params/keyword_text.h"
 #include "params/parameter_report.h"
 #include "params/parm_file.h"
 #include "params/record_buffer.h"
-#include "params/settings_writer.h"
-#include "params/temp_file_name.h"
-#include "params/tokens.h"
+#include "params/settings.h"
+#include "platform/os.h"
 
 namespace {
 
@@ -30,8 +31,7 @@ void TraceJobEvent(const char* text) {
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
 }
 
-// -PARMFILE is the one keyword of the initialization string that CheckParm does not know; its dash is
-// required.
+// -PARMFILE is the only keyword that CheckParm does not know, and the only one whose dash is required.
 ReturnCode TakeParmFile(const TokenList& tokens, std::int32_t* index) {
     if (*index + 1 >= tokens.count)
         return Fail(FormatNumbered<Message::kArgumentMissing>(tokens.slots[*index]));
@@ -67,9 +67,9 @@ ReturnCode ReadInitString(const char* initString, std::int32_t length, bool* par
     TokenList tokens;
     ReturnCode rc = pmrcOK;
     switch (Tokenize(initString, static_cast<std::size_t>(length), &tokens)) {
-        case Tokenized::TooMany: rc = Fail("Too many init string parameters"); break;
-        case Tokenized::NoMemory: rc = Fail("memory allocation failed"); break;
-        case Tokenized::Done: rc = ReadKeywords(tokens, parmFileGiven);
+        case Tokenized::kTooMany: rc = Fail("Too many init string parameters"); break;
+        case Tokenized::kNoMemory: rc = Fail("memory allocation failed"); break;
+        case Tokenized::kDone: rc = ReadKeywords(tokens, parmFileGiven);
     }
     ReleaseTokens(&tokens);
     return rc;
@@ -89,8 +89,7 @@ ReturnCode CheckAcrossKeywords() {
     return pmrcOK;
 }
 
-// Until a new trace file is open the one of an earlier Init stays in use, so that a failure here is traced
-// somewhere.
+// The trace file of an earlier Init stays in use until the new one is open, so that a failure is traced there.
 ReturnCode OpenTraceFile() {
     const Settings& settings = Setting();
     TraceJobEvent(FormatText("Trace being directed to pathname: '%s'", settings.tracePath));
@@ -130,10 +129,41 @@ ReturnCode ResolveClientChannel() {
     return pmrcOK;
 }
 
-ReturnCode PrepareCheckpointing() {
+// OTENACITY counts seconds up to here, in the report as well. From now on it is the number of attempts to open
+// the queue.
+void ReportAndCountAttempts() {
     Settings& settings = writableSettings;
+    settings.OTENACITY = std::max(settings.OTENACITY, settings.OWAIT);
+    ReportParametersInEffect();
+    settings.OTENACITY /= settings.OWAIT;
+}
+
+// Derives the path of the temporary checkpoint file: "MQAMtmp." and the process number, in the directory of the
+// checkpoint file.
+ReturnCode DeriveTempPath() {
+    constexpr char kPrefix[] = "MQAMtmp.";
+    Settings& settings = writableSettings;
+    const char* path = settings.checkpointPath;
+    const char* delimiter = std::strrchr(path, kPathDelimiter);
+    const int directoryLength = delimiter == nullptr ? 0 : static_cast<int>(delimiter - path) + 1;
+    TraceJobEvent(FormatText("i=%d, PATH_DELIMITER='%c'", directoryLength, kPathDelimiter));
+
+    char processId[16];
+    const int processIdLength = std::snprintf(processId, sizeof processId, "%d", CurrentProcessId());
+    const int length = directoryLength + static_cast<int>(std::strlen(kPrefix)) + processIdLength;
+    if (length > kMaxPathCharacters) {
+        return Fail(FormatNumbered<Message::kTemporaryPathTooLong>(length, kMaxPathCharacters));
+    }
+    std::snprintf(settings.FilePathTemp, sizeof settings.FilePathTemp, "%.*s%s%s", directoryLength, path,
+                  kPrefix, processId);
+    TraceJobEvent(FormatText("Temporary checkpoint file: '%s'", settings.FilePathTemp));
+    return pmrcOK;
+}
+
+ReturnCode PrepareCheckpointing() {
+    const Settings& settings = Setting();
     if (!settings.CKFILE && !settings.MqCheckpointMode) return pmrcOK;
-    const ReturnCode rc = BuildTempFileName(settings.checkpointPath, settings.FilePathTemp);
+    const ReturnCode rc = DeriveTempPath();
     if (rc != pmrcOK) return rc;
     if (!AllocateRecordBuffer(static_cast<std::size_t>(settings.BKSZ)))
         return Fail("memory allocation failed");
@@ -151,6 +181,6 @@ ReturnCode ParseParms(const char* initString, std::int32_t length) {
     if (rc == pmrcOK) rc = StartTrace();
     if (rc == pmrcOK) rc = ResolveClientChannel();
     if (rc != pmrcOK) return rc;
-    ReportParametersInEffect();
+    ReportAndCountAttempts();
     return PrepareCheckpointing();
 }

@@ -1,14 +1,14 @@
-// The parameter work of Init: defaults, initialization string, parameter file, cross-keyword rules, trace
-// file, report of the parameters in effect, and what is derived from them.
+// What Init does with the parameters: it sets the defaults, reads the initialization string and the parameter
+// file, checks the rules that concern several keywords, opens the trace file, writes the report of the
+// parameters in effect, and derives what depends on them.
 #pragma once
 
 #include <cstdint>
 
 #include "mqamod.h"
 
-/// Reads the parameters and puts them into effect. The trace level must have been set to 0 before.
-///   initString  in  length bytes, not necessarily NUL-terminated; a NUL among them ends it; null is the
-///   empty string
-/// Returns pmrcOK; or pmrcFailure, with an error text, at the first failure. Nothing done before it is
+/// Reads the parameters and puts them into effect. Requires a stored trace level of 0.
+///   initString  in  length bytes; it ends earlier at a NUL. Null means an empty string
+/// Returns pmrcOK; or pmrcFailure, with an error text, at the first failure. Nothing that was done before is
 /// undone.
 [[nodiscard]] ReturnCode ParseParms(const char* initString, std::int32_t length);

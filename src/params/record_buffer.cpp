@@ -5,9 +5,10 @@
 
 namespace {
 
+// Written only by the routines of this file.
 struct RecordBuffer {
-    unsigned char* CkPtRecBuf;  // capacity bytes, or none
-    std::size_t capacity;       // length word and record
+    unsigned char* CkPtRecBuf;  // null when the module is loaded; replaced by Init, freed by Shut
+    std::size_t capacity;       // the bytes of CkPtRecBuf: the length word and the largest record
 };
 RecordBuffer buffer;
 

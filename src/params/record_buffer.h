@@ -1,6 +1,6 @@
-// The last-record buffer, CkPtRecBuf: an 8-byte length and the bytes of the last record returned to the host,
-// laid out as a record of the checkpoint file. It exists from an Init that asked for checkpointing until
-// Shut; it stands with the parameters because Init makes it as soon as BKSZ is final.
+// The last-record buffer, CkPtRecBuf: an 8-byte length word, followed by the bytes of the record that was
+// returned to the host last. This is also the layout of a record in the checkpoint file. Init allocates the
+// buffer once BKSZ is final, if checkpoints are asked for, and Shut frees it.
 #pragma once
 
 #include <cstddef>
@@ -8,31 +8,31 @@
 
 inline constexpr std::size_t kRecordLengthBytes = 8;
 
-/// Allocates the buffer for records of up to recordBytes and sets its length to 0. Frees an earlier one.
-/// Returns false, without a buffer, when memory runs out.
+/// Allocates the buffer for records of at most recordBytes, and frees an earlier one. The new buffer is filled
+/// with zeros. Returns false, without a buffer, if memory runs out.
 [[nodiscard]] bool AllocateRecordBuffer(std::size_t recordBytes);
 
 /// Frees the buffer, if there is one.
 void FreeRecordBuffer();
 
-/// Whether there is a buffer. The routines below require it.
+/// Returns whether there is a buffer. The routines below require one.
 [[nodiscard]] bool RecordBufferExists();
 
-/// Fills the whole buffer with zeros: no record.
+/// Fills the whole buffer with zeros. This means that no record was returned yet.
 void ClearRecordBuffer();
 
-/// Makes the record the buffer's.
+/// Copies a record into the buffer.
 ///   length  in  bytes, at most the recordBytes of AllocateRecordBuffer
 void KeepRecord(const void* record, std::uint32_t length);
 
-/// The length of the record kept.
+/// Returns the length of the record in the buffer.
 [[nodiscard]] std::uint64_t KeptRecordLength();
 
-/// The length word with the record's bytes behind it: KeptRecordLength() + kRecordLengthBytes bytes to write
-/// to the file.
+/// Returns the record as the checkpoint file stores it, with its length word: KeptRecordLength() +
+/// kRecordLengthBytes bytes.
 [[nodiscard]] const void* KeptRecordImage();
 
-/// Whether the record equals the first length bytes behind the length word. When the kept record is shorter,
-/// bytes of earlier records take part in the comparison, as they always have.
+/// Returns whether the record equals the first length bytes after the length word. If the record in the buffer
+/// is shorter, the comparison includes bytes of earlier records; hosts depend on that.
 ///   length  in  bytes, at most the recordBytes of AllocateRecordBuffer
 [[nodiscard]] bool EqualsKeptRecord(const void* record, std::uint32_t length);

@@ -1,7 +1,5 @@
 #include "params/settings.h"
 
-#include "params/settings_writer.h"
-
 Settings writableSettings;
 
 const Settings& Setting() {

@@ -1,8 +1,7 @@
-// The settings: one value for each keyword, named by the keyword itself.
+// The settings: one value for each keyword, named like the keyword.
 //
-// Each Init resets the defaults and the keywords then overwrite them; what is not reset keeps the value of an
-// earlier Init of the same loaded module. Only this folder writes them (settings_writer.h); everybody reads
-// them here.
+// Init resets some of them to their defaults; then the keywords overwrite what they name. Only this directory
+// and StopLogging write settings.
 #pragma once
 
 #include <cstddef>
@@ -10,44 +9,68 @@
 
 inline constexpr std::int32_t kMaxPathCharacters = 32766;
 inline constexpr std::size_t kPathBytes = kMaxPathCharacters + 1;
-inline constexpr std::int32_t kMaxNameCharacters = 48;  ///< queue managers and queues
+inline constexpr std::int32_t kMaxNameCharacters = 48;  // queue managers and queues
 inline constexpr std::int32_t kMaxBlockSize = 16777216;
-inline constexpr std::int32_t kUnlimitedWait = -1;
-inline constexpr std::int32_t kMaxWaitSeconds = 600;
+inline constexpr std::int32_t kMaxWaitSeconds = 600;  // RWAIT and OWAIT
 inline constexpr std::int32_t kMaxTenacitySeconds = 6000;
+inline constexpr std::int32_t kUnlimitedWait = -1;
 
 struct Settings {
-    // Reset by every Init.
-    std::int32_t BKSZ;   ///< largest message in bytes; the size of the record buffers
-    std::int32_t RWAIT;  ///< wait for a message in milliseconds, or kUnlimitedWait
-    std::uint32_t
-        OTENACITY;         ///< seconds for which a failing open is retried; after Init the number of attempts
-    std::uint32_t OWAIT;   ///< seconds between attempts
-    bool LOG;              ///< keep a message log; also switched off when a log failure is survived
-    bool TLF;              ///< a log failure ends the load; off whenever LOG is
-    bool TDM;              ///< a duplicate message ends the input
-    std::int32_t CONVERT;  ///< 0 no conversion, 1 convert, else the CCSID to convert to
-    bool FLUSH;            ///< reported, never consulted: the checkpoint file is flushed always
-    bool flushT;           ///< FLUSH T: kept without effect
-    bool CKFILE;           ///< checkpoint to a file
-    bool MqCheckpointMode;  ///< CKMQ: checkpoint by MQ means; no keyword switches it on
+    // Reset to their defaults by each Init (ResetSettings), and never in between, except for LOG.
 
-    // Not reset.
-    bool MQEX;  ///< open the queue exclusively
+    /// The largest message in bytes, and the size of the record buffers.
+    std::int32_t BKSZ;
+    /// The wait for a message in milliseconds, or kUnlimitedWait.
+    std::int32_t RWAIT;
+    /// For how many seconds a failing open is repeated; once Init has finished, the number of attempts.
+    std::uint32_t OTENACITY;
+    /// What one attempt to open counts against OTENACITY, in seconds; also the pause between attempts, in
+    /// milliseconds.
+    std::uint32_t OWAIT;
+    /// Keep a message log. StopLogging clears it as well.
+    bool LOG;
+    /// A log failure ends the load. Init clears it if there is no log.
+    bool TLF;
+    /// A duplicate message ends the input.
+    bool TDM;
+    /// 0 for no conversion, 1 for conversion, any other value is the CCSID to convert to.
+    std::int32_t CONVERT;
+    /// Appears in the report and has no other effect: the checkpoint file is always flushed.
+    bool FLUSH;
+    /// FLUSH T was given. It has no effect.
+    bool flushT;
+    /// Take checkpoints to a file.
+    bool CKFILE;
+    /// Take checkpoints by MQ's own means (CKMQ in messages). No keyword sets it, so it is always off.
+    bool MqCheckpointMode;
+
+    // Set by their keywords and never reset: an Init without the keyword keeps the value of an earlier Init of
+    // the same loaded module.
+
+    /// Open the queue exclusively.
+    bool MQEX;
     bool qmgrGiven;
     bool qnmGiven;
     bool srvrGiven;
     bool chnlGiven;
-    char QMGR[kMaxNameCharacters + 1];  ///< zero-filled behind the name: MQ reads 48 bytes
+    /// Both names are filled with zeros, because MQ reads 48 bytes.
+    char QMGR[kMaxNameCharacters + 1];
     char QNM[kMaxNameCharacters + 1];
     char tracePath[kPathBytes];
     char logPath[kPathBytes];
     char checkpointPath[kPathBytes];
-    char FilePathTemp[kPathBytes];  ///< temporary checkpoint file, derived at the end of Init
+    /// The path of the temporary checkpoint file. Each Init that asks for checkpoints derives it.
+    char FilePathTemp[kPathBytes];
 };
 
-/// The settings in effect.
+/// Returns the settings in effect.
 [[nodiscard]] const Settings& Setting();
 
 /// Switches logging off until an Init asks for a log again.
 void StopLogging();
+
+/// Write access, for the routines of this directory.
+extern Settings writableSettings;
+
+/// Sets the defaults of the settings that each Init resets.
+void ResetSettings();

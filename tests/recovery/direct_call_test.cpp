@@ -7,7 +7,7 @@
 #include "mqi/session.h"
 #include "params/parameter_report.h"
 #include "params/record_buffer.h"
-#include "params/settings_writer.h"
+#include "params/settings.h"
 #include "queue/close.h"
 #include "queue/open.h"
 #include "queue/read.h"

@@ -4,7 +4,7 @@
 
 #include "diag/error_text.h"
 #include "params/record_buffer.h"
-#include "params/settings_writer.h"
+#include "params/settings.h"
 #include "recovery/checkpoint_file.h"
 #include "tests/recovery/recovery_fixture.h"
 
