@@ -91,65 +91,58 @@ struct DeleteOptions {
     bool force = false;
 };
 
-int Refuse(const std::string& command, const std::string& words) {
-    PrintMessage("mqam queue " + command + ": " + words + "\n");
+int Refuse(const std::string& command, const std::string& error) {
+    PrintMessage("mqam queue " + command + ": " + error + "\n");
     return kExitNotStarted;
 }
 
 /// Applies the --set options: to the queue when one is named, else to the queue manager.
 template <typename Attributes>
-bool ApplySettings(const std::vector<std::string>& settings, Attributes& attributes, std::string& why) {
+spoolmq::Status ApplySettings(const std::vector<std::string>& settings, Attributes& attributes) {
     for (const std::string& setting : settings) {
         const std::size_t equals = setting.find('=');
-        if (equals == std::string::npos) {
-            why = "--set " + setting + ": takes NAME=VALUE";
-            return false;
+        spoolmq::Status status = {spoolmq::StatusCode::kFailed, "takes NAME=VALUE"};
+        if (equals != std::string::npos) {
+            status = spoolmq::SetAttribute(setting.substr(0, equals), setting.substr(equals + 1), attributes);
         }
-        if (!spoolmq::SetAttribute(setting.substr(0, equals), setting.substr(equals + 1), &attributes,
-                                   &why)) {
-            why = "--set " + setting + ": " + why;
-            return false;
-        }
+        if (!status.IsOk()) return {status.code, "--set " + setting + ": " + status.error};
     }
-    return true;
+    return {};
 }
 
 int RunCreate(const CreateOptions& options) {
-    std::string why;
     spoolmq::QmgrAttributes qmgr;
     spoolmq::QueueAttributes queue;
     const bool isQueue = !options.queue.empty();
-    if (isQueue ? !ApplySettings(options.settings, queue, why) : !ApplySettings(options.settings, qmgr, why))
-        return Refuse("create", why);
-    spoolmq::StoreStatus status =
-        spoolmq::CreateQueueManager(options.spool, options.queueManager, qmgr, &why);
-    if (status == spoolmq::StoreStatus::Ok)
+    spoolmq::Status status =
+        isQueue ? ApplySettings(options.settings, queue) : ApplySettings(options.settings, qmgr);
+    if (!status.IsOk()) return Refuse("create", status.error);
+    status = spoolmq::CreateQueueManager(options.spool, options.queueManager, qmgr);
+    if (status.IsOk())
         std::printf("queue manager %s made in %s\n", options.queueManager.c_str(), options.spool.c_str());
-    if (isQueue && (status == spoolmq::StoreStatus::Ok || status == spoolmq::StoreStatus::Exists)) {
-        status = spoolmq::CreateQueue(options.spool, options.queueManager, options.queue, queue, &why);
-        if (status == spoolmq::StoreStatus::Ok)
+    if (isQueue && (status.IsOk() || status.code == spoolmq::StatusCode::kAlreadyExists)) {
+        status = spoolmq::CreateQueue(options.spool, options.queueManager, options.queue, queue);
+        if (status.IsOk())
             std::printf("queue %s made in %s/%s\n", options.queue.c_str(), options.spool.c_str(),
-                        spoolmq::FolderOfObject(options.queueManager).c_str());
+                        spoolmq::DirectoryOfObject(options.queueManager).c_str());
     }
-    return status == spoolmq::StoreStatus::Ok ? kExitDone : Refuse("create", why);
+    return status.IsOk() ? kExitDone : Refuse("create", status.error);
 }
 
 int RunDelete(const DeleteOptions& options) {
-    std::string why;
-    const std::string qmgrPath = options.spool + '/' + spoolmq::FolderOfObject(options.queueManager);
+    const std::string qmgrPath = options.spool + '/' + spoolmq::DirectoryOfObject(options.queueManager);
     std::vector<std::string> queues = {options.queue};
     if (options.queue.empty()) queues = spoolmq::QueueNames(options.spool, options.queueManager);
     for (const std::string& queue : queues) {
-        const std::int64_t depth = spoolmq::QueueDepth(qmgrPath, spoolmq::FolderOfObject(queue));
+        const std::int64_t depth = spoolmq::QueueDepth(qmgrPath, spoolmq::DirectoryOfObject(queue));
         if (depth > 0 && !options.force)
             return Refuse("delete", "queue " + queue + " holds " + std::to_string(depth) +
                                         " messages; --force deletes them with it");
     }
-    const spoolmq::StoreStatus status =
-        options.queue.empty()
-            ? spoolmq::DeleteQueueManager(options.spool, options.queueManager, &why)
-            : spoolmq::DeleteQueue(options.spool, options.queueManager, options.queue, &why);
-    if (status != spoolmq::StoreStatus::Ok) return Refuse("delete", why);
+    const spoolmq::Status status =
+        options.queue.empty() ? spoolmq::DeleteQueueManager(options.spool, options.queueManager)
+                              : spoolmq::DeleteQueue(options.spool, options.queueManager, options.queue);
+    if (!status.IsOk()) return Refuse("delete", status.error);
     std::printf("%s deleted\n", options.queue.empty() ? options.queueManager.c_str() : options.queue.c_str());
     return kExitDone;
 }

@@ -35,15 +35,13 @@ void Complain(const std::string& words) {
 }
 
 bool OpenTarget(const QueuePutOptions& options, Putting& putting) {
-    std::string why;
-    spoolmq::StoreStatus status =
-        ConnectStore(options.spool, options.queueManager, &putting.connection, &why);
-    if (status == spoolmq::StoreStatus::Ok)
-        status = OpenStoreQueue(putting.connection.get(), options.queue, spoolmq::InputUse::None,
-                                &putting.queue, &why);
-    if (status == spoolmq::StoreStatus::Ok) return true;
-    Complain(why);
-    if (status == spoolmq::StoreStatus::UnknownQueueManager || status == spoolmq::StoreStatus::UnknownQueue)
+    spoolmq::Status status = ConnectStore(options.spool, options.queueManager, putting.connection);
+    if (status.IsOk())
+        status = OpenStoreQueue(*putting.connection, options.queue, spoolmq::InputUse::kNone, putting.queue);
+    if (status.IsOk()) return true;
+    Complain(status.error);
+    if (status.code == spoolmq::StatusCode::kUnknownQueueManager ||
+        status.code == spoolmq::StatusCode::kUnknownQueue)
         PrintMessage("  make it with: mqam queue create " + options.queueManager + " " + options.queue +
                      "\n");
     return false;
@@ -65,17 +63,16 @@ void ComposeDescriptor(const QueuePutOptions& options, Putting& putting) {
 }
 
 bool PutOne(const QueuePutOptions& options, const std::string& message, Putting& putting) {
-    std::string why;
-    const mqi::MQMD* descriptor = nullptr;
+    spoolmq::NewMessage newMessage = {nullptr, message.data(), message.size()};
     if (putting.hasDescriptor) {
         spoolmq::FormatPutDateTime(spoolmq::FileClockNs(), putting.descriptor.PutDate,
                                    putting.descriptor.PutTime);
         spoolmq::MakeIdentifier(*putting.connection, putting.descriptor.MsgId);
-        descriptor = &putting.descriptor;
+        newMessage.descriptor = &putting.descriptor;
     }
-    if (PutMessage(putting.queue.get(), descriptor, message.data(), message.size(), false, &why) !=
-        spoolmq::StoreStatus::Ok) {
-        Complain(why + "\n  the messages told below are in the queue, no others");
+    const spoolmq::Status status = PutMessage(*putting.queue, newMessage, spoolmq::Syncpoint::kNo);
+    if (!status.IsOk()) {
+        Complain(status.error + "\n  the messages told below are in the queue, no others");
         return false;
     }
     if (putting.record != nullptr && !WriteFramed(putting.record, message)) {

@@ -20,8 +20,8 @@ struct OpenedQueue {
     std::unique_ptr<spoolmq::StoreQueue> queue;
 };
 
-int Refuse(const std::string& command, const std::string& words) {
-    PrintMessage("mqam queue " + command + ": " + words + "\n");
+int Refuse(const std::string& command, const std::string& error) {
+    PrintMessage("mqam queue " + command + ": " + error + "\n");
     return kExitNotStarted;
 }
 
@@ -42,9 +42,8 @@ std::string Preview(const std::string& bytes) {
 
 std::string BodyOf(const spoolmq::FoundMessage& found, std::size_t bytesMax) {
     std::string body(std::min(bytesMax, static_cast<std::size_t>(found.bytes)), '\0');
-    std::string why;
-    if (ReadFound(found, body.data(), body.size(), &why) != spoolmq::StoreStatus::Ok) return "(" + why + ")";
-    return body;
+    const spoolmq::Status status = ReadFound(found, body.data(), body.size());
+    return status.IsOk() ? body : "(" + status.error + ")";
 }
 
 template <typename Row, typename Attributes>
@@ -63,35 +62,33 @@ void PrintMessageLine(const spoolmq::FoundMessage& found) {
                 Preview(BodyOf(found, kPreviewBytes + 1)).c_str());
 }
 
-void PrintMessages(spoolmq::StoreQueue* queue, std::uint64_t limit) {
+void PrintMessages(spoolmq::StoreQueue& queue, std::uint64_t limit) {
     spoolmq::BrowseCursor cursor;
-    std::string why;
     for (std::uint64_t count = 0; count < limit; ++count) {
         spoolmq::FoundMessage found;
-        if (FindMessage(queue, {}, &cursor, &found, &why) != spoolmq::StoreStatus::Ok) return;
+        if (!FindMessage(queue, {}, cursor, found).IsOk()) return;
         if (count == 0)
             std::printf("\n  %-36s %10s  %7s  %-8s  %s\n", "message", "bytes", "backout", "format", "begins");
         PrintMessageLine(found);
         cursor.isSet = true;
         cursor.stampNs = found.name.stampNs;
         cursor.fileName = found.fileName;
-        ReleaseFound(&found);
+        ReleaseFound(found);
     }
     spoolmq::FoundMessage more;
-    if (FindMessage(queue, {}, &cursor, &more, &why) != spoolmq::StoreStatus::Ok) return;
-    ReleaseFound(&more);
+    if (!FindMessage(queue, {}, cursor, more).IsOk()) return;
+    ReleaseFound(more);
     std::printf("  ... and more: --limit N shows N messages\n");
 }
 
-int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue* queue) {
+int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
     spoolmq::BrowseCursor cursor;
     cursor.isSet = true;
     cursor.fileName = options.message;
     spoolmq::MessageName name;
-    if (ParseMessageName(options.message, &name)) cursor.stampNs = name.stampNs;
+    if (ParseMessageName(options.message, name)) cursor.stampNs = name.stampNs;
     spoolmq::FoundMessage found;
-    std::string why;
-    if (FindUnderCursor(queue, cursor, &found, &why) != spoolmq::StoreStatus::Ok)
+    if (!FindUnderCursor(queue, cursor, found).IsOk())
         return Refuse("show", "there is no message \"" + options.message + "\" in " + options.queue +
                                   "; `mqam queue show " + options.queueManager + " " + options.queue +
                                   "` lists the messages");
@@ -104,16 +101,16 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue* queue) {
                     static_cast<long long>(found.bytes), static_cast<int>(found.descriptor.BackoutCount),
                     spoolmq::FormatDescriptor(found.descriptor).c_str(), Preview(body).c_str());
     }
-    ReleaseFound(&found);
+    ReleaseFound(found);
     return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
 }
 
-int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue* queue) {
-    const spoolmq::QueueState& state = *queue->state;
-    std::printf("queue %s of %s, in %s\n", state.object.c_str(), queue->connection->object.c_str(),
+int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
+    const spoolmq::QueueState& state = *queue.state;
+    std::printf("queue %s of %s, in %s\n", state.object.c_str(), queue.connection->object.c_str(),
                 state.path.c_str());
     std::printf("  %-28s %lld\n  %-28s %d\n", "messages",
-                static_cast<long long>(spoolmq::QueueDepth(queue->connection->path, state.folder)),
+                static_cast<long long>(spoolmq::QueueDepth(queue.connection->path, state.directory)),
                 "open for input", spoolmq::InputOpenCount(state.path));
     PrintAttributes(spoolmq::QueueAttributeTable(), state.attributes.values);
     PrintMessages(queue, options.limit);
@@ -136,14 +133,14 @@ int RunQueueList(const std::string& spool, const std::string& queueManager) {
     }
     std::printf("%-48s %10s %6s\n", "queue manager, queue", "messages", "inputs");
     for (const std::string& name : names) {
-        const std::string path = spool + '/' + spoolmq::FolderOfObject(name);
+        const std::string path = spool + '/' + spoolmq::DirectoryOfObject(name);
         static_cast<void>(spoolmq::RecoverDeadUnits(path, ""));
         std::printf("%s\n", name.c_str());
         for (const std::string& queue : spoolmq::QueueNames(spool, name)) {
-            const std::string folder = spoolmq::FolderOfObject(queue);
+            const std::string directory = spoolmq::DirectoryOfObject(queue);
             std::printf("  %-46s %10lld %6d\n", queue.c_str(),
-                        static_cast<long long>(spoolmq::QueueDepth(path, folder)),
-                        spoolmq::InputOpenCount(path + '/' + folder));
+                        static_cast<long long>(spoolmq::QueueDepth(path, directory)),
+                        spoolmq::InputOpenCount(path + '/' + directory));
         }
     }
     return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
@@ -151,25 +148,23 @@ int RunQueueList(const std::string& spool, const std::string& queueManager) {
 
 int RunQueueShow(const QueueShowOptions& options) {
     OpenedQueue opened;
-    std::string why;
-    spoolmq::StoreStatus status = ConnectStore(options.spool, options.queueManager, &opened.connection, &why);
-    if (status == spoolmq::StoreStatus::Ok && options.queue.empty()) {
+    spoolmq::Status status = ConnectStore(options.spool, options.queueManager, opened.connection);
+    if (status.IsOk() && options.queue.empty()) {
         std::printf("queue manager %s, in %s\n", opened.connection->object.c_str(),
                     opened.connection->path.c_str());
         PrintAttributes(spoolmq::QmgrAttributeTable(), opened.connection->attributes.values);
         CloseAll(opened);
         return RunQueueList(options.spool, options.queueManager);
     }
-    if (status == spoolmq::StoreStatus::Ok)
-        status = OpenStoreQueue(opened.connection.get(), options.queue, spoolmq::InputUse::None,
-                                &opened.queue, &why);
+    if (status.IsOk())
+        status = OpenStoreQueue(*opened.connection, options.queue, spoolmq::InputUse::kNone, opened.queue);
     int result = kExitDone;
-    if (status != spoolmq::StoreStatus::Ok)
-        result = Refuse("show", why);
+    if (!status.IsOk())
+        result = Refuse("show", status.error);
     else if (options.message.empty())
-        result = ShowQueue(options, opened.queue.get());
+        result = ShowQueue(options, *opened.queue);
     else
-        result = ShowMessage(options, opened.queue.get());
+        result = ShowMessage(options, *opened.queue);
     CloseAll(opened);
     return result;
 }

@@ -1,22 +1,24 @@
-// The attributes of queue managers and queues: small text files, "name = value" a line, '#' starts a comment.
-// They can be edited at any time; every call looks at them.
+// The attributes of queue managers and queues. They are kept in small text files, one "name = value" a line,
+// in which '#' starts a comment:
 //
-//     ROOT/QM1/qmgr.ini              of the queue manager QM1
-//     ROOT/QM1/ORDERS/.queue.ini     of its queue ORDERS
+//     ROOT/QM1/qmgr.ini              attributes of the queue manager QM1
+//     ROOT/QM1/ORDERS/.queue.ini     attributes of its queue ORDERS
 //
-// Neither file has to exist. Each attribute is a row of a table (QmgrAttributeTable, QueueAttributeTable)
-// that the reader, the writer of fresh files, `mqam queue show` and the tests walk.
+// A file may be edited at any time, because every MQI call checks whether it has changed. A file that does not
+// exist means the defaults. Each attribute is one row of a table (QmgrAttributeTable, QueueAttributeTable),
+// which drives reading, writing, `mqam queue show` and the tests.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "spoolmq/os/os.h"
+#include "spoolmq/base/status.h"
 
 namespace spoolmq {
 
-enum class QmgrState : std::int32_t { Running, Quiescing, Stopping, Ended };
+enum class QmgrState : std::int32_t { kRunning, kQuiescing, kStopping, kEnded };
 
 struct QmgrAttributes {
     std::int32_t state = 0;  ///< a QmgrState
@@ -49,48 +51,36 @@ struct QueueAttributes {
 template <typename Attributes>
 struct AttributeRow {
     const char* name;
-    std::int32_t Attributes::*number;  ///< null for a text
+    std::int32_t Attributes::*number;  ///< null for a text attribute
     std::string Attributes::*text;     ///< null for a number
     std::int32_t minimum;
     std::int32_t maximum;
-    const char*
-        words;  ///< "first|second": words that stand for minimum, minimum + 1, ...; null for plain numbers
+    /// "first|second|...": the words for minimum, minimum + 1 and so on; null for an attribute in digits.
+    const char* words;
     const char* help;
 };
 
 [[nodiscard]] const std::vector<AttributeRow<QmgrAttributes>>& QmgrAttributeTable();
 [[nodiscard]] const std::vector<AttributeRow<QueueAttributes>>& QueueAttributeTable();
 
-/// Sets one attribute from its text. False with the reason in *why when the name is unknown or the value not
-/// valid.
-[[nodiscard]] bool SetAttribute(std::string_view name, std::string_view value, QmgrAttributes* to,
-                                std::string* why);
-[[nodiscard]] bool SetAttribute(std::string_view name, std::string_view value, QueueAttributes* to,
-                                std::string* why);
-/// Reads a whole file over the defaults; false as above, the reason names the line.
-[[nodiscard]] bool ParseAttributes(std::string_view content, QmgrAttributes* to, std::string* why);
-[[nodiscard]] bool ParseAttributes(std::string_view content, QueueAttributes* to, std::string* why);
-/// The text of a file that holds these values, with a comment on every attribute.
-[[nodiscard]] std::string FormatAttributes(const QmgrAttributes& from);
-[[nodiscard]] std::string FormatAttributes(const QueueAttributes& from);
-/// The value of one attribute as it is written in the file.
-[[nodiscard]] std::string AttributeText(const AttributeRow<QmgrAttributes>& row, const QmgrAttributes& from);
+/// Sets one attribute from its text. kFailed: the name is unknown or the value not valid; `attributes` is
+/// unchanged.
+Status SetAttribute(std::string_view name, std::string_view value, QmgrAttributes& attributes);
+Status SetAttribute(std::string_view name, std::string_view value, QueueAttributes& attributes);
+
+/// Parses the text of a file; what the text does not set has its default. kFailed: the error names the line,
+/// and `attributes` is unchanged.
+Status ParseAttributes(std::string_view text, QmgrAttributes& attributes);
+Status ParseAttributes(std::string_view text, QueueAttributes& attributes);
+
+/// Returns the text of a file that holds these values, with a comment on every attribute.
+[[nodiscard]] std::string FormatAttributes(const QmgrAttributes& attributes);
+[[nodiscard]] std::string FormatAttributes(const QueueAttributes& attributes);
+
+/// Returns the value of one attribute as a file spells it.
+[[nodiscard]] std::string AttributeText(const AttributeRow<QmgrAttributes>& row,
+                                        const QmgrAttributes& attributes);
 [[nodiscard]] std::string AttributeText(const AttributeRow<QueueAttributes>& row,
-                                        const QueueAttributes& from);
-
-/// An attribute file as it was last read. Asking for the values costs one look at the file's times.
-template <typename Attributes>
-struct WatchedAttributes {
-    std::string path;
-    Attributes values;
-    FileInfo seen;              ///< of the file that the values are from; identity 0: no file
-    std::int64_t readAtNs = 0;  ///< FileClockNs when it was read
-    bool isRead = false;
-};
-
-/// Brings the values up to date. False when the file has become unreadable or wrong: the last good values
-/// stay, and *why names file, line and reason.
-[[nodiscard]] bool RefreshAttributes(WatchedAttributes<QmgrAttributes>* watched, std::string* why);
-[[nodiscard]] bool RefreshAttributes(WatchedAttributes<QueueAttributes>* watched, std::string* why);
+                                        const QueueAttributes& attributes);
 
 }  // namespace spoolmq

@@ -1,9 +1,9 @@
-// The queue manager's side of IBM's Message Queue Interface: the structures in every published version, and
-// the constants that a queue manager needs beyond those that the module uses.
+// The queue manager's side of IBM's Message Queue Interface: the structures in every published version, and the
+// constants that a queue manager needs in addition to those of mqi/mqi.h.
 //
 // Names, offsets and values are IBM's (IBM MQ documentation, "Data types used in the MQI" and "IBM MQ
-// constants"). The structures live in a namespace of their own because mqi/mqi.h declares the same names up
-// to the versions that the module passes.
+// constants"). The structures have a namespace of their own, because mqi/mqi.h declares the same names in the
+// versions that the module passes.
 #pragma once
 
 #include <array>
@@ -165,16 +165,16 @@ struct MQPMO {
 static_assert(offsetof(MQPMO, ResolvedQName) == 32 && offsetof(MQPMO, RecsPresent) == 128 &&
               offsetof(MQPMO, OriginalMsgHandle) == 160 && sizeof(MQPMO) == 184);
 
-/// The fields of a client's channel definition that are looked at, all of version 1 but ConnectionName (2).
+/// The start of a client's channel definition. The named fields are those that the stand-in uses.
 struct MQCDStart {
     MQCHAR ChannelName[20];
     MQLONG Version;
     MQLONG ChannelType;
     MQLONG TransportType;
-    MQBYTE notLookedAt0[812];
+    MQBYTE unused0[812];
     MQLONG MaxMsgLength;
-    MQBYTE notLookedAt1[136];
-    MQBYTE notLookedAt2[40];
+    MQBYTE unused1[136];
+    MQBYTE unusedVersion2[40];
     MQCHAR ConnectionName[264];
 };
 static_assert(offsetof(MQCDStart, MaxMsgLength) == 844 && offsetof(MQCDStart, ConnectionName) == 1024);

@@ -1,6 +1,5 @@
-// Written once from the Unicode Consortium's mappings of these character sets. Bytes that code page 1252
-// leaves undefined stand for the control characters of their value, so that every byte of every set can be
-// converted.
+// The tables follow the Unicode Consortium's mappings. A byte that code page 1252 leaves undefined maps to the
+// control character of the same value, so that every byte of every set can be converted.
 #include "spoolmq/conversion/code_pages.h"
 
 namespace spoolmq {
@@ -88,7 +87,7 @@ constexpr CodePage kCodePage500 = {
 };
 // clang-format on
 
-/// ASCII with the upper half given.
+// Returns the code page whose lower half is ASCII.
 constexpr CodePage WithUpperHalf(const std::uint16_t (&upperHalf)[128]) {
     CodePage page{};
     for (std::uint16_t byte = 0; byte < 128; ++byte) {

@@ -1,4 +1,4 @@
-// The single-byte character sets that messages are converted between, as tables of Unicode characters.
+// The single-byte character sets, each a table of the Unicode characters that its 256 bytes mean.
 #pragma once
 
 #include <array>
@@ -8,10 +8,10 @@
 
 namespace spoolmq {
 
-/// The Unicode character of each byte.
+/// Indexed by the byte.
 using CodePage = std::array<std::uint16_t, 256>;
 
-/// Null when the character set is not one of 37, 437, 500, 819, 850, 1252.
+/// Returns null unless the character set is 37, 437, 500, 819, 850 or 1252.
 [[nodiscard]] const CodePage* FindCodePage(MQLONG ccsid);
 
 }  // namespace spoolmq

@@ -7,21 +7,32 @@
 
 namespace spoolmq {
 
-struct ConversionResult {
-    MQLONG reason = MQRC_NONE;  ///< MQRC_NONE: the buffer holds data in this character set and encoding
+/// How text is represented, by the two fields of MQMD that describe it.
+struct TextForm {
     MQLONG ccsid = 0;
     MQLONG encoding = 0;
 };
 
-/// Converts the data in `buffer` from what the descriptor says to the wanted character set and encoding.
-///   length     bytes of data, not more than capacity
-///   capacity   bytes of the buffer
-///   converted  out: bytes of data afterwards; the unconverted length when there is a reason
-/// Reasons: 2110 the format is none that can be converted; 2111, 2115 source or target character set not
-/// known; 2112, 2116 source or target encoding not known; 2119 a character is malformed or has no
-/// counterpart; 2120 the result does not fit. In each case the data is as it was.
-[[nodiscard]] ConversionResult ConvertMessage(const mqi::MQMD& descriptor, MQLONG wantedCcsid,
-                                              MQLONG wantedEncoding, void* buffer, std::size_t length,
-                                              std::size_t capacity, std::size_t* converted);
+struct MessageBuffer {
+    void* data = nullptr;
+    std::size_t bytes = 0;     ///< length of the message data
+    std::size_t capacity = 0;  ///< size of the buffer
+};
+
+struct Conversion {
+    MQLONG reason = MQRC_NONE;
+    TextForm form;          ///< what the data now has; meaningless when there is a reason
+    std::size_t bytes = 0;  ///< length of the data afterwards
+};
+
+/// Converts the data in the buffer, in place, from what the descriptor says to the wanted form.
+/// Reasons, all of which leave the data and its length as they were:
+///   2110        the format is not text
+///   2111, 2115  unknown source or target character set
+///   2112, 2116  unknown source or target encoding
+///   2119        a character is malformed or does not exist in the target character set
+///   2120        the result is larger than the buffer
+[[nodiscard]] Conversion ConvertMessage(const mqi::MQMD& descriptor, const TextForm& wanted,
+                                        const MessageBuffer& buffer);
 
 }  // namespace spoolmq

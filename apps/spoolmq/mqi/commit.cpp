@@ -5,35 +5,28 @@ namespace spoolmq {
 
 namespace {
 
-Outcome BackOut(Connection* connection) {
-    std::string why;
-    connection->isDoomed = false;
-    if (BackOutStore(connection->store.get(), &why) == StoreStatus::Ok) return kOk;
-    NoteProblem(why);
+Outcome ToOutcome(const Status& status) {
+    if (status.IsOk()) return kOk;
+    ReportProblem(status.error);
     return Failed(mqi::MQRC_RESOURCE_PROBLEM);
 }
 
-Outcome CommitCall(MQHCONN handle) {
+Outcome Commit(MQHCONN handle) {
     EnteredConnection entered;
-    Outcome outcome = EnterConnection(handle, &entered);
-    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(entered.connection.get(), false);
+    Outcome outcome = EnterConnection(handle, entered);
+    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(*entered.connection, false);
     if (outcome.compCode != MQCC_OK) return outcome;
-    Connection* connection = entered.connection.get();
-    if (connection->isDoomed) {
-        outcome = BackOut(connection);
-        return outcome.compCode == MQCC_OK ? Warning(mqi::MQRC_BACKED_OUT) : outcome;
-    }
-    std::string why;
-    if (CommitStore(connection->store.get(), &why) == StoreStatus::Ok) return kOk;
-    NoteProblem(why);
-    return Failed(mqi::MQRC_RESOURCE_PROBLEM);
+    StoreConnection& store = *entered.connection->store;
+    if (!store.unit.isRollbackOnly) return ToOutcome(CommitStore(store));
+    outcome = ToOutcome(BackOutStore(store));
+    return outcome.compCode == MQCC_OK ? Warning(mqi::MQRC_BACKED_OUT) : outcome;
 }
 
-Outcome BackOutCall(MQHCONN handle) {
+Outcome BackOut(MQHCONN handle) {
     EnteredConnection entered;
-    Outcome outcome = EnterConnection(handle, &entered);
-    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(entered.connection.get(), false);
-    return outcome.compCode == MQCC_OK ? BackOut(entered.connection.get()) : outcome;
+    Outcome outcome = EnterConnection(handle, entered);
+    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(*entered.connection, false);
+    return outcome.compCode == MQCC_OK ? ToOutcome(BackOutStore(*entered.connection->store)) : outcome;
 }
 
 }  // namespace
@@ -42,9 +35,9 @@ Outcome BackOutCall(MQHCONN handle) {
 using namespace spoolmq;
 
 SPOOLMQ_EXPORT void MQCMIT(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    RunVerb(Verb::Mqcmit, Hconn, CompCode, Reason, [&] { return CommitCall(Hconn); });
+    RunVerb(Verb::kMqcmit, Hconn, CompCode, Reason, [&] { return Commit(Hconn); });
 }
 
 SPOOLMQ_EXPORT void MQBACK(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    RunVerb(Verb::Mqback, Hconn, CompCode, Reason, [&] { return BackOutCall(Hconn); });
+    RunVerb(Verb::kMqback, Hconn, CompCode, Reason, [&] { return BackOut(Hconn); });
 }

@@ -22,30 +22,30 @@ bool IsOneBitOrNone(MQLONG options) {
 }
 
 HandleSharing SharingOf(MQLONG options) {
-    if ((options & mqi::MQCNO_HANDLE_SHARE_BLOCK) != 0) return HandleSharing::Block;
-    if ((options & mqi::MQCNO_HANDLE_SHARE_NO_BLOCK) != 0) return HandleSharing::NoBlock;
-    return HandleSharing::None;
+    if ((options & mqi::MQCNO_HANDLE_SHARE_BLOCK) != 0) return HandleSharing::kBlock;
+    if ((options & mqi::MQCNO_HANDLE_SHARE_NO_BLOCK) != 0) return HandleSharing::kNoBlock;
+    return HandleSharing::kNone;
 }
 
-/// Whether this is a client's connection: always through the client library, else when it is asked for.
+// Whether this is a client connection: always through the client library, otherwise on request.
 bool IsClientConnection(MQLONG options) {
     if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) return true;
     return (options & kBindingOptions) == 0 && EnvironmentVariable("MQ_CONNECT_TYPE") == "CLIENT";
 }
 
-/// Holds a client's channel definition against the attributes of the queue manager.
-Outcome CheckChannel(const mqi::MQCNO& cno, const QmgrAttributes& attributes, Connection* connection) {
-    connection->isClient = IsClientConnection(cno.Options);
-    if (!connection->isClient) return kOk;
+// Compares a client's channel definition with the attributes of the queue manager, and sets the client's limits.
+Outcome CheckChannel(const mqi::MQCNO& cno, const QmgrAttributes& attributes, Connection& connection) {
+    connection.isClient = IsClientConnection(cno.Options);
+    if (!connection.isClient) return kOk;
     if ((cno.Options & mqi::MQCNO_LOCAL_BINDING) != 0) return Failed(mqi::MQRC_ENVIRONMENT_ERROR);
-    connection->messageLimit = attributes.channelMaxMessageLength;
+    connection.messageLimit = attributes.channelMaxMessageLength;
     if (cno.ClientConnPtr != nullptr && cno.ClientConnOffset != 0) return Failed(mqi::MQRC_CLIENT_CONN_ERROR);
     if (cno.ClientConnPtr == nullptr) return kOk;
     mqi::MQCDStart cd{};
-    std::memcpy(&cd, cno.ClientConnPtr, offsetof(mqi::MQCDStart, notLookedAt2));
+    std::memcpy(&cd, cno.ClientConnPtr, offsetof(mqi::MQCDStart, unusedVersion2));
     if (cd.Version < 1 || cd.Version > 13) return Failed(mqi::MQRC_CD_ERROR);
     if (cd.Version >= 2) std::memcpy(&cd, cno.ClientConnPtr, sizeof cd);
-    if (cd.MaxMsgLength > 0) connection->messageLimit = std::min(connection->messageLimit, cd.MaxMsgLength);
+    if (cd.MaxMsgLength > 0) connection.messageLimit = std::min(connection.messageLimit, cd.MaxMsgLength);
     const std::string_view channel = FieldText(cd.ChannelName, sizeof cd.ChannelName);
     const std::string_view server = FieldText(cd.ConnectionName, sizeof cd.ConnectionName);
     if (!attributes.listener.empty() && server != attributes.listener)
@@ -57,19 +57,19 @@ Outcome CheckChannel(const mqi::MQCNO& cno, const QmgrAttributes& attributes, Co
 
 Outcome CheckState(const QmgrAttributes& attributes) {
     switch (static_cast<QmgrState>(attributes.state)) {
-        case QmgrState::Running: break;
-        case QmgrState::Quiescing: return Failed(mqi::MQRC_Q_MGR_QUIESCING);
-        case QmgrState::Stopping: return Failed(mqi::MQRC_Q_MGR_STOPPING);
-        case QmgrState::Ended: return Failed(MQRC_Q_MGR_NOT_AVAILABLE);
+        case QmgrState::kRunning: break;
+        case QmgrState::kQuiescing: return Failed(mqi::MQRC_Q_MGR_QUIESCING);
+        case QmgrState::kStopping: return Failed(mqi::MQRC_Q_MGR_STOPPING);
+        case QmgrState::kEnded: return Failed(MQRC_Q_MGR_NOT_AVAILABLE);
     }
     return kOk;
 }
 
-/// What a thread that already holds a connection of its own gets instead of a second one.
-Outcome ConnectAgain(const Connection& own, const std::string& name, MQHCONN* handle) {
+// Answers a thread that already has a connection of its own, and cannot have a second one.
+Outcome ConnectAgain(const Connection& own, const std::string& name, MQHCONN& handle) {
     if (!name.empty() && own.store != nullptr && name != own.store->object)
         return Failed(mqi::MQRC_ANOTHER_Q_MGR_CONNECTED);
-    *handle = own.handle;
+    handle = own.handle;
     return Warning(mqi::MQRC_ALREADY_CONNECTED);
 }
 
@@ -81,29 +81,28 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
     auto connection = std::make_shared<Connection>();
     connection->sharing = SharingOf(cno.Options);
     connection->threadId = ThreadId();
-    // A client may ask for any queue manager, "*", or for any that is called so.
+    // A client may ask for "*", any queue manager, or for "*NAME", any queue manager of that name.
     if (!name.empty() && name[0] == '*' && IsClientConnection(cno.Options)) name.erase(0, 1);
-    if (connection->sharing == HandleSharing::None) {
+    if (connection->sharing == HandleSharing::kNone) {
         const std::shared_ptr<Connection> own = OwnConnectionOfThread();
-        if (own != nullptr) return ConnectAgain(*own, name, handle);
+        if (own != nullptr) return ConnectAgain(*own, name, *handle);
     }
     const std::string root = EnvironmentVariable("SPOOLMQ_DIR");
     if (root.empty()) {
-        NoteProblem("SPOOLMQ_DIR is not set: it names the folder that holds the queue managers");
+        ReportProblem("SPOOLMQ_DIR is not set: it names the directory that holds the queue managers");
         return Failed(MQRC_Q_MGR_NOT_AVAILABLE);
     }
-    std::string why;
-    const StoreStatus status = ConnectStore(root, name, &connection->store, &why);
-    if (status == StoreStatus::Failed) {
-        NoteProblem(why);
+    const Status status = ConnectStore(root, name, connection->store);
+    if (status.code == StatusCode::kFailed) {
+        ReportProblem(status.error);
         return Failed(mqi::MQRC_UNEXPECTED_ERROR);
     }
-    if (status != StoreStatus::Ok) return Failed(ReasonOfStore(status, why));
+    if (!status.IsOk()) return Failed(ReasonOf(status));
     const QmgrAttributes& attributes = connection->store->attributes.values;
     Outcome outcome = CheckState(attributes);
-    if (outcome.compCode == MQCC_OK) outcome = CheckChannel(cno, attributes, connection.get());
+    if (outcome.compCode == MQCC_OK) outcome = CheckChannel(cno, attributes, *connection);
     if (outcome.compCode != MQCC_OK) {
-        DropStore(connection.get());
+        DropStore(*connection);
         return outcome;
     }
     connection->applName = FieldText(cno.ApplName, sizeof cno.ApplName);
@@ -113,7 +112,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
     return kOk;
 }
 
-/// An identifier of the connection, for callers whose structure has room for one.
+// Fills the identifier of the connection, which callers with a recent structure receive.
 void FillConnectionId(MQHCONN handle, MQBYTE* connectionId) {
     std::memset(connectionId, 0, 24);
     std::memcpy(connectionId, "AMQC", 4);
@@ -124,7 +123,7 @@ void FillConnectionId(MQHCONN handle, MQBYTE* connectionId) {
 
 Outcome ConnectWithOptions(const char* qmgrName, void* connectOptions, MQHCONN* handle) {
     mqi::MQCNO cno{};
-    if (connectOptions != nullptr && !LoadStructure(connectOptions, &cno)) return Failed(mqi::MQRC_CNO_ERROR);
+    if (connectOptions != nullptr && !LoadStructure(connectOptions, cno)) return Failed(mqi::MQRC_CNO_ERROR);
     const Outcome outcome = Connect(qmgrName, cno, handle);
     if (outcome.compCode != MQCC_FAILED && cno.Version >= 5) {
         FillConnectionId(*handle, cno.ConnectionId);
@@ -133,24 +132,23 @@ Outcome ConnectWithOptions(const char* qmgrName, void* connectOptions, MQHCONN* 
     return outcome;
 }
 
-/// Commits, and backs out where that is not possible.
-Outcome CommitAtEnd(Connection* connection) {
-    std::string why;
-    if (connection->isDoomed && UncommittedCount(*connection->store) > 0)
-        return Warning(mqi::MQRC_BACKED_OUT);
-    if (CommitStore(connection->store.get(), &why) == StoreStatus::Ok) return kOk;
-    NoteProblem(why);
+// Commits. What cannot be committed is backed out when the connection ends.
+Outcome CommitAtEnd(StoreConnection& store) {
+    if (store.unit.isRollbackOnly && UncommittedCount(store) > 0) return Warning(mqi::MQRC_BACKED_OUT);
+    const Status status = CommitStore(store);
+    if (status.IsOk()) return kOk;
+    ReportProblem(status.error);
     return Warning(mqi::MQRC_BACKED_OUT);
 }
 
 Outcome Disconnect(MQHCONN* handle) {
     if (handle == nullptr) return Failed(mqi::MQRC_HCONN_ERROR);
     EnteredConnection entered;
-    Outcome outcome = EnterConnection(*handle, &entered);
+    Outcome outcome = EnterConnection(*handle, entered);
     Connection* connection = entered.connection.get();
     if (connection == nullptr) return outcome;
-    if (outcome.compCode == MQCC_OK) outcome = CommitAtEnd(connection);
-    DropStore(connection);
+    if (outcome.compCode == MQCC_OK) outcome = CommitAtEnd(*connection->store);
+    DropStore(*connection);
     ForgetConnection(*handle);
     *handle = mqi::MQHC_UNUSABLE_HCONN;
     return outcome;
@@ -162,17 +160,17 @@ Outcome Disconnect(MQHCONN* handle) {
 using namespace spoolmq;
 
 SPOOLMQ_EXPORT void MQCONN(MQCHAR* QMgrName, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    RunVerb(Verb::Mqconn, mqi::MQHC_UNUSABLE_HCONN, CompCode, Reason,
+    RunVerb(Verb::kMqconn, mqi::MQHC_UNUSABLE_HCONN, CompCode, Reason,
             [&] { return Connect(QMgrName, mqi::MQCNO{}, Hconn); });
 }
 
 SPOOLMQ_EXPORT void MQCONNX(MQCHAR* QMgrName, ::MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode,
                             MQLONG* Reason) {
-    RunVerb(Verb::Mqconnx, mqi::MQHC_UNUSABLE_HCONN, CompCode, Reason,
+    RunVerb(Verb::kMqconnx, mqi::MQHC_UNUSABLE_HCONN, CompCode, Reason,
             [&] { return ConnectWithOptions(QMgrName, ConnectOpts, Hconn); });
 }
 
 SPOOLMQ_EXPORT void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
     const MQHCONN handle = Hconn == nullptr ? mqi::MQHC_UNUSABLE_HCONN : *Hconn;
-    RunVerb(Verb::Mqdisc, handle, CompCode, Reason, [&] { return Disconnect(Hconn); });
+    RunVerb(Verb::kMqdisc, handle, CompCode, Reason, [&] { return Disconnect(Hconn); });
 }

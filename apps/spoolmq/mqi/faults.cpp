@@ -25,18 +25,18 @@ struct CallRange {
 };
 
 struct VerbRule {
-    std::size_t verb;  ///< index of kVerbNames
+    std::size_t verb;  // index of kVerbNames
     CallRange calls;
     Fault fault;
 };
 
 struct PointRule {
     std::string point;
-    CallRange passes;
-    std::int64_t passed = 0;
+    CallRange range;
+    std::int64_t reached = 0;
 };
 
-/// Read once, before the first call that it could concern; then only the counts change.
+// The plan is read once, before the first call; after that only its counts change.
 struct FaultPlan {
     std::mutex guard;
     bool isLoaded = false;
@@ -47,7 +47,8 @@ struct FaultPlan {
 };
 
 FaultPlan& Plan() {
-    static auto* const plan = new FaultPlan;  // never destroyed: calls may come while the process is ending
+    // The plan is never destroyed, because calls may come while the process is ending.
+    static auto* const plan = new FaultPlan;
     return *plan;
 }
 
@@ -70,7 +71,7 @@ std::optional<std::int64_t> Number(std::string_view word) {
     return number;
 }
 
-/// "5", "5-7", "5+", "*"
+// Parses "5", "5-7", "5+" or "*".
 std::optional<CallRange> ParseRange(std::string_view word) {
     if (word == "*") return CallRange{};
     if (!word.empty() && word.back() == '+') {
@@ -88,17 +89,17 @@ std::optional<CallRange> ParseRange(std::string_view word) {
 std::optional<Fault> ParseAction(const std::vector<std::string_view>& words) {
     const std::string_view action = words[2];
     if (action == "kill" && words.size() == 4) {
-        if (words[3] == "before") return Fault{FaultKind::KillBefore, 0, 0};
-        if (words[3] == "after") return Fault{FaultKind::KillAfter, 0, 0};
+        if (words[3] == "before") return Fault{FaultKind::kKillBefore, 0, 0};
+        if (words[3] == "after") return Fault{FaultKind::kKillAfter, 0, 0};
     }
     if (action == "warn" && words.size() == 4) {
         const std::optional<std::int64_t> reason = Number(words[3]);
-        if (reason) return Fault{FaultKind::FailAfter, MQCC_WARNING, static_cast<MQLONG>(*reason)};
+        if (reason) return Fault{FaultKind::kFailAfter, MQCC_WARNING, static_cast<MQLONG>(*reason)};
     }
     if ((action == "fail" || action == "fail-after") && words.size() == 5) {
         const std::optional<std::int64_t> compCode = Number(words[3]);
         const std::optional<std::int64_t> reason = Number(words[4]);
-        const FaultKind kind = action == "fail" ? FaultKind::Fail : FaultKind::FailAfter;
+        const FaultKind kind = action == "fail" ? FaultKind::kFail : FaultKind::kFailAfter;
         if (compCode && reason && *compCode <= 2)
             return Fault{kind, static_cast<MQLONG>(*compCode), static_cast<MQLONG>(*reason)};
     }
@@ -112,32 +113,31 @@ std::string Quoted(std::string_view text) {
     return quoted;
 }
 
-/// An empty text when the line is understood, else what is wrong with it.
-std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan* plan) {
+// Adds the rule of a line. Returns the error; empty when the line is valid.
+std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan& plan) {
     if (words.size() < 3) return "a line has at least three words: VERB CALLS ACTION";
     if (words[0] == "point") {
-        const std::optional<CallRange> passes = ParseRange(words[2]);
-        if (!passes || words.size() != 4 || words[3] != "kill")
+        const std::optional<CallRange> range = ParseRange(words[2]);
+        if (!range || words.size() != 4 || words[3] != "kill")
             return "a point line reads: point NAME CALLS kill";
-        plan->pointRules.push_back({std::string(words[1]), *passes});
+        plan.pointRules.push_back({std::string(words[1]), *range});
         return {};
     }
     std::size_t verb = 0;
     while (verb < kVerbNames.size() && kVerbNames[verb] != words[0])
         ++verb;
-    if (verb == kVerbNames.size()) return Quoted(words[0]) + " is not a verb that can be planned";
+    if (verb == kVerbNames.size()) return Quoted(words[0]) + " is not a verb that can fail";
     const std::optional<CallRange> calls = ParseRange(words[1]);
-    if (!calls) return Quoted(words[1]) + " is not a call number: 5, 5-7, 5+ or *";
+    if (!calls) return Quoted(words[1]) + " is not a number of calls: give 5, 5-7, 5+ or *";
     const std::optional<Fault> fault = ParseAction(words);
     if (!fault)
-        return "the action is none of: fail CC RC, fail-after CC RC, warn RC, kill before, kill after (CC 0 "
-               "to 2)";
-    plan->verbRules.push_back({verb, *calls, *fault});
+        return "the action is not one of: fail CC RC, fail-after CC RC, warn RC, kill before, kill after (CC is 0 to 2)";
+    plan.verbRules.push_back({verb, *calls, *fault});
     return {};
 }
 
-void ParsePlan(std::string_view text, const std::string& source, FaultPlan* plan) {
-    for (int number = 1; !text.empty() && plan->error.empty(); ++number) {
+void ParsePlan(std::string_view text, const std::string& source, FaultPlan& plan) {
+    for (int number = 1; !text.empty() && plan.error.empty(); ++number) {
         const std::size_t end = std::min(text.find_first_of("\n;"), text.size());
         std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
@@ -145,46 +145,44 @@ void ParsePlan(std::string_view text, const std::string& source, FaultPlan* plan
         line = line.substr(0, line.find('#'));
         const std::vector<std::string_view> words = Words(line);
         if (words.empty()) continue;
-        const std::string problem = ParseLine(words, plan);
-        if (!problem.empty())
-            plan->error =
-                source + ", line " + std::to_string(number) + " " + Quoted(wholeLine) + ": " + problem;
+        const std::string error = ParseLine(words, plan);
+        if (!error.empty())
+            plan.error = source + ", line " + std::to_string(number) + " " + Quoted(wholeLine) + ": " + error;
     }
 }
 
-void PassPlannedPoint(std::string_view point) {
+void ReachPlannedPoint(std::string_view point) {
     FaultPlan& plan = Plan();
     const std::lock_guard<std::mutex> lock(plan.guard);
     for (PointRule& rule : plan.pointRules) {
         if (rule.point != point) continue;
-        ++rule.passed;
-        if (rule.passed >= rule.passes.first && rule.passed <= rule.passes.last) EndProcessAtOnce();
+        ++rule.reached;
+        if (rule.reached >= rule.range.first && rule.reached <= rule.range.last) EndProcessAtOnce();
     }
 }
 
-void ReadPlan(FaultPlan* plan) {
+void ReadPlan(FaultPlan& plan) {
     ParsePlan(EnvironmentVariable("SPOOLMQ_FAULTS"), "SPOOLMQ_FAULTS", plan);
     const std::string path = EnvironmentVariable("SPOOLMQ_FAULT_FILE");
-    if (path.empty() || !plan->error.empty()) return;
+    if (path.empty() || !plan.error.empty()) return;
     std::string content;
     if (ReadWholeFile(path, &content) == OsStatus::Ok)
         ParsePlan(content, path, plan);
     else
-        plan->error = "SPOOLMQ_FAULT_FILE \"" + path + "\": " + LastOsErrorText();
+        plan.error = "SPOOLMQ_FAULT_FILE \"" + path + "\": " + LastOsErrorText();
 }
 
 }  // namespace
 
-bool LoadFaultPlan(std::string* why) {
+Status LoadFaultPlan() {
     FaultPlan& plan = Plan();
     const std::lock_guard<std::mutex> lock(plan.guard);
     if (!plan.isLoaded) {
         plan.isLoaded = true;
-        ReadPlan(&plan);
-        if (!plan.pointRules.empty()) SetStorePointListener(PassPlannedPoint);
+        ReadPlan(plan);
+        if (!plan.pointRules.empty()) SetCrashPointListener(ReachPlannedPoint);
     }
-    *why = plan.error;
-    return plan.error.empty();
+    return plan.error.empty() ? Status() : Status{StatusCode::kFailed, plan.error};
 }
 
 Fault NextFault(Verb verb) {

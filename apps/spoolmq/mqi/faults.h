@@ -1,33 +1,46 @@
-// The fault plan of a test: which call of which verb fails how, or ends the process. See README.md for the
-// grammar.
+// The fault plan of a test: which call of which verb fails in which way, or ends the process. README.md
+// describes its grammar.
 #pragma once
 
 #include <string>
 
 #include "mqi/mqi.h"
+#include "spoolmq/base/status.h"
 
 namespace spoolmq {
 
-enum class Verb { Mqconn, Mqconnx, Mqdisc, Mqopen, Mqclose, Mqget, Mqput, Mqput1, Mqcmit, Mqback, Mqinq };
+enum class Verb {
+    kMqconn,
+    kMqconnx,
+    kMqdisc,
+    kMqopen,
+    kMqclose,
+    kMqget,
+    kMqput,
+    kMqput1,
+    kMqcmit,
+    kMqback,
+    kMqinq
+};
 
 enum class FaultKind {
-    None,
-    Fail,       ///< the call has no effect and reports the codes
-    FailAfter,  ///< the call takes effect, then reports the codes
-    KillBefore,
-    KillAfter,
+    kNone,
+    kFail,       ///< the call has no effect and reports the codes
+    kFailAfter,  ///< the call takes effect and then reports the codes
+    kKillBefore,
+    kKillAfter,
 };
 
 struct Fault {
-    FaultKind kind = FaultKind::None;
+    FaultKind kind = FaultKind::kNone;
     MQLONG compCode = 0;
     MQLONG reason = 0;
 };
 
-/// Reads the plan of SPOOLMQ_FAULTS and SPOOLMQ_FAULT_FILE, the first time it is called in the process.
-/// False, every time, when there is something in it that cannot be understood; *why names the line.
-[[nodiscard]] bool LoadFaultPlan(std::string* why);
-/// Counts a call of the verb and says what is to happen to it.
+/// Reads the plan from SPOOLMQ_FAULTS and SPOOLMQ_FAULT_FILE on the first call in the process. kFailed, on every
+/// call, when the plan is not valid: the error names the line.
+Status LoadFaultPlan();
+/// Counts a call of the verb and returns what is to happen to it.
 [[nodiscard]] Fault NextFault(Verb verb);
 
 }  // namespace spoolmq

@@ -1,4 +1,4 @@
-// MQINQ. Which attributes there are is a table a kind of object.
+// MQINQ. One table for queues and one for queue managers lists the attributes.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -14,8 +14,8 @@ constexpr std::size_t kNameChars = 48;
 
 struct Selector {
     MQLONG selector;
-    MQLONG (*number)(const OpenObject&, const Connection&);  ///< null for a character attribute
-    std::string (*text)(const OpenObject&, const Connection&);
+    MQLONG (*number)(const OpenObject&, const Connection&);     // null for a character attribute
+    std::string (*text)(const OpenObject&, const Connection&);  // null for an integer attribute
 };
 
 const QueueAttributes& QueueValues(const OpenObject& object) {
@@ -31,7 +31,7 @@ using C = Connection;
 const Selector kQueueSelectors[] = {
     {3,
      [](const O& o, const C& c) {
-         return static_cast<MQLONG>(QueueDepth(c.store->path, o.queue->state->folder));
+         return static_cast<MQLONG>(QueueDepth(c.store->path, o.queue->state->directory));
      },
      nullptr},  // CURRENT_Q_DEPTH
     {4, [](const O& o, const C&) -> MQLONG { return QueueValues(o).defaultOpenExclusive != 0 ? 4 : 2; },
@@ -96,7 +96,7 @@ Outcome CheckInquiry(const Inquiry& inquiry, bool isQueue) {
     return kOk;
 }
 
-/// Fills what there is room for.
+// Fills the caller's areas as far as they go.
 Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connection& connection) {
     Outcome outcome = kOk;
     MQLONG numbers = 0;
@@ -118,7 +118,7 @@ Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connectio
         used += copied;
         if (copied < sizeof value) outcome = Warning(mqi::MQRC_CHAR_ATTRS_TOO_SHORT);
     }
-    // What is left of the area is blank.
+    // The rest of the area is blank.
     if (inquiry.text != nullptr)
         std::memset(inquiry.text + used, ' ', static_cast<std::size_t>(inquiry.textLength) - used);
     return outcome;
@@ -127,15 +127,15 @@ Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connectio
 Outcome Inquire(MQHCONN connectionHandle, MQHOBJ handle, const Inquiry& inquiry) {
     EnteredConnection entered;
     OpenObject* object = nullptr;
-    Outcome outcome = EnterConnection(connectionHandle, &entered);
-    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(entered.connection.get(), false);
-    if (outcome.compCode == MQCC_OK) outcome = FindObject(entered.connection.get(), handle, &object);
+    Outcome outcome = EnterConnection(connectionHandle, entered);
+    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(*entered.connection, false);
+    if (outcome.compCode == MQCC_OK) outcome = FindObject(*entered.connection, handle, object);
     if (outcome.compCode != MQCC_OK) return outcome;
     if ((object->options & mqi::MQOO_INQUIRE) == 0) return Failed(mqi::MQRC_NOT_OPEN_FOR_INQUIRE);
     outcome = CheckInquiry(inquiry, object->queue != nullptr);
     if (outcome.compCode != MQCC_OK) return outcome;
-    std::string why;
-    if (object->queue != nullptr && !RefreshQueue(object->queue.get(), &why)) NoteProblem(why);
+    const Status status = object->queue != nullptr ? RefreshQueue(*object->queue) : Status();
+    if (!status.IsOk()) ReportProblem(status.error);
     return Answer(inquiry, *object, *entered.connection);
 }
 
@@ -148,5 +148,5 @@ SPOOLMQ_EXPORT void MQINQ(MQHCONN Hconn, MQHOBJ Hobj, MQLONG SelectorCount, MQLO
                           MQLONG IntAttrCount, MQLONG* IntAttrs, MQLONG CharAttrLength, MQCHAR* CharAttrs,
                           MQLONG* CompCode, MQLONG* Reason) {
     const Inquiry inquiry = {SelectorCount, Selectors, IntAttrCount, IntAttrs, CharAttrLength, CharAttrs};
-    RunVerb(Verb::Mqinq, Hconn, CompCode, Reason, [&] { return Inquire(Hconn, Hobj, inquiry); });
+    RunVerb(Verb::kMqinq, Hconn, CompCode, Reason, [&] { return Inquire(Hconn, Hobj, inquiry); });
 }

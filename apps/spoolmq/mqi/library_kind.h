@@ -1,6 +1,9 @@
-// The one thing in which the two libraries differ: every connection through the client library is a client's.
+// The only difference between the two libraries.
 #pragma once
 
 namespace spoolmq {
+
+/// Whether every connection through this library is a client connection.
 extern const bool kIsClientLibrary;
-}
+
+}  // namespace spoolmq

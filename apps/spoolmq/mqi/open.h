@@ -1,11 +1,12 @@
-// Opening objects, for MQOPEN and for MQPUT1's open of its own.
+// Opening objects, for MQOPEN and MQPUT1.
 #pragma once
 
 #include "spoolmq/mqi/verb_frame.h"
 
 namespace spoolmq {
 
-/// Opens what the descriptor names and fills its output fields. On success *object is the open object.
-[[nodiscard]] Outcome OpenObjectOf(Connection* connection, mqi::MQOD* od, MQLONG options, OpenObject* object);
+/// Opens what the descriptor names and fills the descriptor's output fields. `object` is open on success.
+[[nodiscard]] Outcome OpenNamedObject(Connection& connection, mqi::MQOD& od, MQLONG options,
+                                      OpenObject& object);
 
 }  // namespace spoolmq

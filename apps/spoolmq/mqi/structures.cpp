@@ -10,7 +10,7 @@ namespace {
 
 struct StructureRule {
     std::string_view strucId;
-    std::array<std::size_t, 8> lengths;  ///< of versions 1, 2, ...; 0 behind the last
+    std::array<std::size_t, 8> lengths;  // of versions 1, 2 and so on; 0 after the last
 };
 
 constexpr StructureRule kCnoRule = {"CNO ", {12, 24, 152, 168, 200, 224, 256, 272}};
@@ -19,7 +19,7 @@ constexpr StructureRule kMdRule = {"MD  ", {324, 364}};
 constexpr StructureRule kGmoRule = {"GMO ", {72, 80, 100, 112}};
 constexpr StructureRule kPmoRule = {"PMO ", {128, 160, 184}};
 
-/// 0 when the structure is not valid.
+// Returns 0 when the structure is not valid.
 std::size_t LengthOf(const StructureRule& rule, const void* structure) {
     MQLONG version = 0;
     if (structure == nullptr || std::memcmp(structure, rule.strucId.data(), rule.strucId.size()) != 0)
@@ -30,11 +30,11 @@ std::size_t LengthOf(const StructureRule& rule, const void* structure) {
 }
 
 template <typename Structure>
-bool Load(const StructureRule& rule, const void* from, const Structure& defaults, Structure* to) {
+bool Load(const StructureRule& rule, const void* from, const Structure& defaults, Structure& to) {
     const std::size_t length = LengthOf(rule, from);
     if (length == 0) return false;
-    *to = defaults;
-    std::memcpy(static_cast<void*>(to), from, length);
+    to = defaults;
+    std::memcpy(static_cast<void*>(&to), from, length);
     return true;
 }
 
@@ -52,19 +52,19 @@ mqi::MQGMO GmoDefault() {
 
 }  // namespace
 
-bool LoadStructure(const void* from, mqi::MQCNO* to) {
+bool LoadStructure(const void* from, mqi::MQCNO& to) {
     return Load(kCnoRule, from, mqi::MQCNO{}, to);
 }
-bool LoadStructure(const void* from, mqi::MQOD* to) {
+bool LoadStructure(const void* from, mqi::MQOD& to) {
     return Load(kOdRule, from, mqi::MQOD{}, to);
 }
-bool LoadStructure(const void* from, mqi::MQMD* to) {
+bool LoadStructure(const void* from, mqi::MQMD& to) {
     return Load(kMdRule, from, mqi::MqmdDefault(), to);
 }
-bool LoadStructure(const void* from, mqi::MQGMO* to) {
+bool LoadStructure(const void* from, mqi::MQGMO& to) {
     return Load(kGmoRule, from, GmoDefault(), to);
 }
-bool LoadStructure(const void* from, mqi::MQPMO* to) {
+bool LoadStructure(const void* from, mqi::MQPMO& to) {
     return Load(kPmoRule, from, mqi::MQPMO{}, to);
 }
 

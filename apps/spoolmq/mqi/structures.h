@@ -1,19 +1,19 @@
-// Structures of the callers: of any published version, at any address. A structure is copied in up to the
-// length of its version, the fields of later versions keep the defaults it is copied over, and only that
-// length is ever written back.
+// The structures that callers pass: of any published version, at any address. A structure is copied up to the
+// length of its version, the fields of later versions have their defaults, and only that length is ever written
+// back.
 #pragma once
 
 #include "spoolmq/base/mqi_server.h"
 
 namespace spoolmq {
 
-/// Each returns false when the pointer is null, StrucId is not the structure's or Version not a published
-/// one; *to is then undefined.
-[[nodiscard]] bool LoadStructure(const void* from, mqi::MQCNO* to);
-[[nodiscard]] bool LoadStructure(const void* from, mqi::MQOD* to);
-[[nodiscard]] bool LoadStructure(const void* from, mqi::MQMD* to);
-[[nodiscard]] bool LoadStructure(const void* from, mqi::MQGMO* to);
-[[nodiscard]] bool LoadStructure(const void* from, mqi::MQPMO* to);
+/// Each returns false when the pointer is null, StrucId does not match or Version was never published; `to` is
+/// then undefined.
+[[nodiscard]] bool LoadStructure(const void* from, mqi::MQCNO& to);
+[[nodiscard]] bool LoadStructure(const void* from, mqi::MQOD& to);
+[[nodiscard]] bool LoadStructure(const void* from, mqi::MQMD& to);
+[[nodiscard]] bool LoadStructure(const void* from, mqi::MQGMO& to);
+[[nodiscard]] bool LoadStructure(const void* from, mqi::MQPMO& to);
 
 void StoreStructure(const mqi::MQCNO& from, void* to);
 void StoreStructure(const mqi::MQOD& from, void* to);

@@ -1,5 +1,5 @@
-// The verbs that a client may look up and that are not served: each fails with 2298. MQBEGIN and the verbs of
-// subscriptions, callbacks, status and message properties.
+// The verbs that clients may look up and that the stand-in does not support: MQBEGIN, MQSET and those for
+// subscriptions, callbacks, status and message properties. Each fails with 2298.
 #include "spoolmq/base/mqi_server.h"
 #include "spoolmq/mqi/verb_frame.h"
 

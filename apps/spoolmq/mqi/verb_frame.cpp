@@ -10,16 +10,17 @@ namespace {
 struct ConnectionTable {
     std::mutex guard;
     std::map<MQHCONN, std::shared_ptr<Connection>> connections;
-    MQHCONN next = 0x00140006;  // handles are opaque: nothing that looks like an index, never 0
+    // Handles are opaque: they do not look like an index, and are never 0.
+    MQHCONN next = 0x00140006;
 };
 
-/// Never destroyed: calls may come while the process is ending.
 ConnectionTable& Table() {
+    // The table is never destroyed, because calls may come while the process is ending.
     static auto* const table = new ConnectionTable;
     return *table;
 }
 
-/// A connection of this thread alone ends with the thread, backed out.
+// Ends a connection that only this thread can use when the thread ends; its unit of work is backed out.
 struct ThreadEnd {
     bool isArmed = false;
     ThreadEnd() = default;
@@ -31,27 +32,29 @@ struct ThreadEnd {
         if (connection == nullptr) return;
         ForgetConnection(connection->handle);
         const std::lock_guard<std::mutex> busy(connection->busy);
-        DropStore(connection.get());
+        DropStore(*connection);
     }
 };
 thread_local ThreadEnd threadEnd;
 
-/// The connection is lost as a real one would be: the queue manager backs out, the handle is dead.
+// Loses the connection as a real one would be lost: the queue manager backs out, and the handle is dead.
 void BreakConnection(MQHCONN handle) {
     EnteredConnection entered;
-    if (EnterConnection(handle, &entered).reason != MQRC_NONE) return;
+    if (EnterConnection(handle, entered).reason != MQRC_NONE) return;
     entered.connection->isBroken = true;
-    DropStore(entered.connection.get());
+    DropStore(*entered.connection);
 }
 
-void DoomUnit(MQHCONN handle, Verb verb) {
+// Does what the reason "backed out" says: at a commit the unit of work is backed out, at any other verb it
+// becomes rollback-only.
+void FailUnit(MQHCONN handle, Verb verb) {
     EnteredConnection entered;
-    if (EnterConnection(handle, &entered).reason != MQRC_NONE) return;
-    std::string why;
-    if (verb == Verb::Mqcmit || verb == Verb::Mqdisc)
-        static_cast<void>(BackOutStore(entered.connection->store.get(), &why));
+    if (EnterConnection(handle, entered).reason != MQRC_NONE) return;
+    StoreConnection& store = *entered.connection->store;
+    if (verb == Verb::kMqcmit || verb == Verb::kMqdisc)
+        static_cast<void>(BackOutStore(store));
     else
-        entered.connection->isDoomed = true;
+        store.unit.isRollbackOnly = true;
 }
 
 Outcome RunGuarded(const std::function<Outcome()>& call) {
@@ -65,27 +68,26 @@ Outcome RunGuarded(const std::function<Outcome()>& call) {
 }
 
 Outcome RunPlanned(Verb verb, MQHCONN handle, const std::function<Outcome()>& call) {
-    std::string why;
-    if (!LoadFaultPlan(&why)) {
-        NoteProblem(why);
+    const Status planned = LoadFaultPlan();
+    if (!planned.IsOk()) {
+        ReportProblem(planned.error);
         return Failed(mqi::MQRC_UNEXPECTED_ERROR);
     }
     const Fault fault = NextFault(verb);
-    if (fault.kind == FaultKind::KillBefore) EndProcessAtOnce();
-    Outcome outcome{fault.compCode, fault.reason};
-    if (fault.kind != FaultKind::Fail) {
-        const Outcome done = RunGuarded(call);
-        if (fault.kind == FaultKind::KillAfter) EndProcessAtOnce();
-        if (fault.kind == FaultKind::None) return done;
+    if (fault.kind == FaultKind::kKillBefore) EndProcessAtOnce();
+    if (fault.kind != FaultKind::kFail) {
+        const Outcome outcome = RunGuarded(call);
+        if (fault.kind == FaultKind::kKillAfter) EndProcessAtOnce();
+        if (fault.kind == FaultKind::kNone) return outcome;
     }
-    if (outcome.reason == mqi::MQRC_CONNECTION_BROKEN) BreakConnection(handle);
-    if (outcome.reason == mqi::MQRC_BACKED_OUT) DoomUnit(handle, verb);
-    return outcome;
+    if (fault.reason == mqi::MQRC_CONNECTION_BROKEN) BreakConnection(handle);
+    if (fault.reason == mqi::MQRC_BACKED_OUT) FailUnit(handle, verb);
+    return {fault.compCode, fault.reason};
 }
 
 }  // namespace
 
-Outcome EnterConnection(MQHCONN handle, EnteredConnection* entered) {
+Outcome EnterConnection(MQHCONN handle, EnteredConnection& entered) {
     std::shared_ptr<Connection> connection;
     {
         ConnectionTable& table = Table();
@@ -94,18 +96,18 @@ Outcome EnterConnection(MQHCONN handle, EnteredConnection* entered) {
         if (found == table.connections.end()) return Failed(mqi::MQRC_HCONN_ERROR);
         connection = found->second;
     }
-    if (connection->sharing == HandleSharing::None && connection->threadId != ThreadId())
+    if (connection->sharing == HandleSharing::kNone && connection->threadId != ThreadId())
         return Failed(mqi::MQRC_HCONN_ERROR);
     std::unique_lock<std::mutex> guard(connection->busy, std::defer_lock);
-    if (connection->sharing != HandleSharing::NoBlock)
+    if (connection->sharing != HandleSharing::kNoBlock)
         guard.lock();
     else if (!guard.try_lock())
         return Failed(mqi::MQRC_CALL_IN_PROGRESS);
     // Another thread may have disconnected while this one waited for its turn.
     if (connection->store == nullptr && !connection->isBroken) return Failed(mqi::MQRC_HCONN_ERROR);
     const bool isBroken = connection->isBroken;
-    entered->connection = std::move(connection);
-    entered->guard = std::move(guard);
+    entered.connection = std::move(connection);
+    entered.guard = std::move(guard);
     return isBroken ? Failed(mqi::MQRC_CONNECTION_BROKEN) : kOk;
 }
 
@@ -115,7 +117,7 @@ void AddConnection(const std::shared_ptr<Connection>& connection) {
     connection->handle = table.next;
     table.next += 2;
     table.connections[connection->handle] = connection;
-    if (connection->sharing == HandleSharing::None) threadEnd.isArmed = true;
+    if (connection->sharing == HandleSharing::kNone) threadEnd.isArmed = true;
 }
 
 void ForgetConnection(MQHCONN handle) {
@@ -128,59 +130,67 @@ std::shared_ptr<Connection> OwnConnectionOfThread() {
     ConnectionTable& table = Table();
     const std::lock_guard<std::mutex> lock(table.guard);
     for (const auto& [handle, connection] : table.connections) {
-        if (connection->sharing == HandleSharing::None && connection->threadId == ThreadId())
+        if (connection->sharing == HandleSharing::kNone && connection->threadId == ThreadId())
             return connection;
     }
     return nullptr;
 }
 
-void DropStore(Connection* connection) {
-    for (auto& [handle, object] : connection->objects) {
+void DropStore(Connection& connection) {
+    for (auto& [handle, object] : connection.objects) {
         if (object.queue != nullptr) CloseStoreQueue(std::move(object.queue));
     }
-    connection->objects.clear();
-    if (connection->store != nullptr) DisconnectStore(std::move(connection->store));
+    connection.objects.clear();
+    if (connection.store != nullptr) DisconnectStore(std::move(connection.store));
 }
 
-Outcome CheckQueueManager(Connection* connection, bool failIfQuiescing) {
-    std::string why;
-    if (!RefreshAttributes(&connection->store->attributes, &why)) NoteProblem(why);
-    switch (static_cast<QmgrState>(connection->store->attributes.values.state)) {
-        case QmgrState::Running: break;
-        case QmgrState::Quiescing: return failIfQuiescing ? Failed(mqi::MQRC_Q_MGR_QUIESCING) : kOk;
-        case QmgrState::Stopping: return Failed(mqi::MQRC_Q_MGR_STOPPING);
-        case QmgrState::Ended:
-            connection->isBroken = true;
+Outcome CheckQueueManager(Connection& connection, bool failIfQuiescing) {
+    const Status status = RefreshAttributes(connection.store->attributes);
+    if (!status.IsOk()) ReportProblem(status.error);
+    switch (static_cast<QmgrState>(connection.store->attributes.values.state)) {
+        case QmgrState::kRunning: break;
+        case QmgrState::kQuiescing: return failIfQuiescing ? Failed(mqi::MQRC_Q_MGR_QUIESCING) : kOk;
+        case QmgrState::kStopping: return Failed(mqi::MQRC_Q_MGR_STOPPING);
+        case QmgrState::kEnded:
+            connection.isBroken = true;
             DropStore(connection);
             return Failed(mqi::MQRC_CONNECTION_BROKEN);
     }
     return kOk;
 }
 
-Outcome FindObject(Connection* connection, MQHOBJ handle, OpenObject** object) {
-    const auto found = connection->objects.find(handle);
-    if (found == connection->objects.end()) return Failed(mqi::MQRC_HOBJ_ERROR);
-    *object = &found->second;
+Outcome CheckUnit(const Connection& connection) {
+    const StoreConnection& store = *connection.store;
+    if (store.unit.isRollbackOnly) return Failed(mqi::MQRC_BACKED_OUT);
+    if (UncommittedCount(store) >= static_cast<std::size_t>(store.attributes.values.maxUncommitted))
+        return Failed(MQRC_SYNCPOINT_LIMIT_REACHED);
     return kOk;
 }
 
-void NoteProblem(const std::string& text) {
+Outcome FindObject(Connection& connection, MQHOBJ handle, OpenObject*& object) {
+    const auto found = connection.objects.find(handle);
+    if (found == connection.objects.end()) return Failed(mqi::MQRC_HOBJ_ERROR);
+    object = &found->second;
+    return kOk;
+}
+
+void ReportProblem(const std::string& text) {
     std::fprintf(stderr, "spoolmq: %s\n", text.c_str());
 }
 
-MQLONG ReasonOfStore(StoreStatus status, const std::string& why) {
-    switch (status) {
-        case StoreStatus::Ok: return MQRC_NONE;
-        case StoreStatus::UnknownQueueManager: return MQRC_Q_MGR_NAME_ERROR;
-        case StoreStatus::UnknownQueue: return MQRC_UNKNOWN_OBJECT_NAME;
-        case StoreStatus::InUse: return MQRC_OBJECT_IN_USE;
-        case StoreStatus::QueueDeleted: return mqi::MQRC_Q_DELETED;
-        case StoreStatus::NoMessage: return MQRC_NO_MSG_AVAILABLE;
-        case StoreStatus::Exists:
-        case StoreStatus::Taken:
-        case StoreStatus::Failed: break;
+MQLONG ReasonOf(const Status& status) {
+    switch (status.code) {
+        case StatusCode::kOk: return MQRC_NONE;
+        case StatusCode::kUnknownQueueManager: return MQRC_Q_MGR_NAME_ERROR;
+        case StatusCode::kUnknownQueue: return MQRC_UNKNOWN_OBJECT_NAME;
+        case StatusCode::kInUse: return MQRC_OBJECT_IN_USE;
+        case StatusCode::kQueueDeleted: return mqi::MQRC_Q_DELETED;
+        case StatusCode::kNoMessage: return MQRC_NO_MSG_AVAILABLE;
+        case StatusCode::kAlreadyExists:
+        case StatusCode::kMessageGone:
+        case StatusCode::kFailed: break;
     }
-    NoteProblem(why);
+    ReportProblem(status.error);
     return mqi::MQRC_RESOURCE_PROBLEM;
 }
 

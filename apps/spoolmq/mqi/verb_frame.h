@@ -1,5 +1,5 @@
-// What every verb goes through: the fault plan, the look-up of its connection, and the guard that no C++
-// exception leaves the library.
+// What every verb does around its own work: it follows the fault plan, looks up its connection and keeps C++
+// exceptions inside the library.
 #pragma once
 
 #include <functional>
@@ -14,6 +14,7 @@
 
 namespace spoolmq {
 
+/// The completion code and reason of a verb.
 struct Outcome {
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;
@@ -27,7 +28,7 @@ inline Outcome Warning(MQLONG reason) {
 }
 inline constexpr Outcome kOk{};
 
-enum class HandleSharing { None, Block, NoBlock };
+enum class HandleSharing { kNone, kBlock, kNoBlock };
 
 struct OpenObject {
     std::unique_ptr<StoreQueue> queue;  ///< null for the queue manager itself
@@ -37,47 +38,48 @@ struct OpenObject {
 
 struct Connection {
     MQHCONN handle = mqi::MQHC_UNUSABLE_HCONN;
-    HandleSharing sharing = HandleSharing::None;
+    HandleSharing sharing = HandleSharing::kNone;
     std::uint64_t threadId = 0;
     std::string applName;
     bool isClient = false;
-    MQLONG messageLimit = 0;                 ///< of a client's channel, bytes
-    std::mutex busy;                         ///< held by the call in progress; guards all that follows
+    MQLONG messageLimit = 0;                 ///< of a client's channel, in bytes
+    std::mutex busy;                         ///< held by the call in progress; guards the members below
     std::unique_ptr<StoreConnection> store;  ///< null once disconnected or broken
     std::map<MQHOBJ, OpenObject> objects;
     bool isBroken = false;
-    bool isDoomed = false;  ///< its unit of work can only be backed out
 };
 
-/// A connection with its guard held.
+/// A connection whose `busy` this thread holds.
 struct EnteredConnection {
     std::shared_ptr<Connection> connection;
     std::unique_lock<std::mutex> guard;
 };
 
-/// The connection of a handle, for one call. 2018, 2219; 2009 for a broken one, which is entered all the
-/// same.
-[[nodiscard]] Outcome EnterConnection(MQHCONN handle, EnteredConnection* entered);
-/// Adds a connection and gives it its handle.
+/// Looks up a handle and enters its connection for one call. Fails with 2018 or 2219; or with 2009 for a broken
+/// connection, which is entered nevertheless.
+[[nodiscard]] Outcome EnterConnection(MQHCONN handle, EnteredConnection& entered);
+/// Adds a connection and assigns its handle.
 void AddConnection(const std::shared_ptr<Connection>& connection);
 void ForgetConnection(MQHCONN handle);
-/// The connection that this thread holds for itself; null when it has none.
+/// Returns the connection that only this thread can use; null when there is none.
 [[nodiscard]] std::shared_ptr<Connection> OwnConnectionOfThread();
-/// Closes all objects and lets go of the store, which backs out what is uncommitted. The guard must be held.
-void DropStore(Connection* connection);
+/// Closes all objects and disconnects from the store, which backs out what is uncommitted. The caller holds
+/// `busy`.
+void DropStore(Connection& connection);
 
-/// Whether the call can go on as far as the queue manager's state is concerned: 2161, 2162, 2009.
-[[nodiscard]] Outcome CheckQueueManager(Connection* connection, bool failIfQuiescing);
-/// 2019 when there is no such object.
-[[nodiscard]] Outcome FindObject(Connection* connection, MQHOBJ handle, OpenObject** object);
+/// Whether the state of the queue manager allows the call; fails with 2161, 2162 or 2009.
+[[nodiscard]] Outcome CheckQueueManager(Connection& connection, bool failIfQuiescing);
+/// Whether the unit of work can take another message; fails with 2003 or 2024.
+[[nodiscard]] Outcome CheckUnit(const Connection& connection);
+/// Sets `object` to the open object; fails with 2019.
+[[nodiscard]] Outcome FindObject(Connection& connection, MQHOBJ handle, OpenObject*& object);
 
-/// Says on stderr what a completion code cannot.
-void NoteProblem(const std::string& text);
-/// The reason for a store's failure; the text goes to stderr where the reason alone would leave one in the
-/// dark.
-[[nodiscard]] MQLONG ReasonOfStore(StoreStatus status, const std::string& why);
+/// Prints on standard error what a reason code cannot say.
+void ReportProblem(const std::string& text);
+/// Returns the reason code of a failed status. Prints the error if the code says too little.
+[[nodiscard]] MQLONG ReasonOf(const Status& status);
 
-/// Runs one verb through the fault plan. handle is MQHC_UNUSABLE_HCONN for calls that have none yet.
+/// Runs one verb under the fault plan. `handle` is MQHC_UNUSABLE_HCONN for a call that has none yet.
 void RunVerb(Verb verb, MQHCONN handle, MQLONG* compCode, MQLONG* reason,
              const std::function<Outcome()>& call);
 

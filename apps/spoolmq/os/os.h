@@ -1,14 +1,11 @@
-// What the stand-in needs of the operating system. os_posix.cpp and os_windows.cpp implement it and are the
-// only files of this folder that know the system. Paths are UTF-8 with '/' between their parts, on Windows
-// too.
+// What the stand-in needs from the operating system. os_posix.cpp and os_windows.cpp implement it and are the only
+// files of the stand-in that call the system. Paths are UTF-8 with '/' between their parts, on Windows too.
 //
-// Two promises carry everything built on top:
-//   1. RenameNew moves a file from one folder to another in one step, whatever ends the process around it,
-//   and
-//      never replaces a file.
-//   2. A presence (AcquirePresence) ends with its process, however that ends, at the latest when the process
-//   can be
-//      waited for.
+// Everything above relies on two promises:
+//   1. RenameNew moves a file from one directory to another in one step, even if the process is killed during
+//      the call, and never replaces a file.
+//   2. A presence (AcquirePresence) ends with its process, however that ends, and at the latest when another
+//      process that waits for it learns of its end.
 #pragma once
 
 #include <cstddef>

@@ -12,90 +12,84 @@ std::vector<std::string> ObjectsIn(const std::string& path) {
     if (ListFolder(path, &entries) != OsStatus::Ok) return names;
     for (const FolderEntry& entry : entries) {
         if (!entry.isFolder || entry.name[0] == '.') continue;
-        std::string name = ObjectOfFolder(entry.name);
+        std::string name = ObjectOfDirectory(entry.name);
         if (!name.empty()) names.push_back(std::move(name));
     }
     std::sort(names.begin(), names.end());
     return names;
 }
 
-StoreStatus Failure(const std::string& path, std::string* why) {
-    *why = path + ": " + LastOsErrorText();
-    return StoreStatus::Failed;
+bool IsDirectory(const std::string& path) {
+    FileInfo info;
+    return StatPath(path, &info) == OsStatus::Ok && info.isFolder;
 }
 
-/// Makes a folder and the folders on the way to it.
-OsStatus MakeFolders(const std::string& path) {
+// Creates a directory and the directories on the way to it.
+OsStatus CreateDirectories(const std::string& path) {
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        // A folder on the way that is there already may not be ours to make: only the last one's failure
-        // counts.
+        // Creating one that already exists may be forbidden, so only a failure with the last one counts.
         static_cast<void>(MakeFolder(path.substr(0, end)));
     }
     return MakeFolder(path);
 }
 
-bool IsFolder(const std::string& path) {
-    FileInfo info;
-    return StatPath(path, &info) == OsStatus::Ok && info.isFolder;
-}
-
-StoreStatus CreateObject(const std::string& path, const std::string& name, const std::string& iniName,
-                         const std::string& ini, std::string* why) {
+Status CreateObject(const std::string& path, const std::string& name, const std::string& iniName,
+                    const std::string& ini) {
     if (!IsObjectName(name)) {
-        *why = "\"" + name + "\" is not a name: 1 to 48 of the characters A-Z a-z 0-9 . / _ %";
-        return StoreStatus::Failed;
+        return {StatusCode::kFailed,
+                "\"" + name + "\" is not a name: a name has 1 to 48 of the characters A-Z a-z 0-9 . / _ %"};
     }
-    if (IsFolder(path)) {
-        *why = name + " is already there, in \"" + path + "\"";
-        return StoreStatus::Exists;
-    }
-    if (MakeFolders(path) != OsStatus::Ok) return Failure(path, why);
+    if (IsDirectory(path)) return {StatusCode::kAlreadyExists, name + " already exists in \"" + path + "\""};
+    if (CreateDirectories(path) != OsStatus::Ok) return FileError(path);
     const std::string iniPath = path + '/' + iniName;
-    if (WriteNewFile(iniPath, ini.data(), ini.size(), false) != OsStatus::Ok) return Failure(iniPath, why);
-    return StoreStatus::Ok;
+    if (WriteNewFile(iniPath, ini.data(), ini.size(), false) != OsStatus::Ok) return FileError(iniPath);
+    return {};
 }
 
-/// Removes a folder with everything in it, the attribute file last so that what is left after a failure still
-/// is what it was.
 OsStatus RemoveTree(const std::string& path) {
     std::vector<FolderEntry> entries;
     OsStatus status = ListFolder(path, &entries);
     if (status == OsStatus::NotFound) return OsStatus::Ok;
     for (const FolderEntry& entry : entries) {
         if (status != OsStatus::Ok) return status;
-        // A link to a folder goes as a file does: what it leads to is not the queue's.
-        status = RemoveFile(path + '/' + entry.name);
-        if (status != OsStatus::Ok && entry.isFolder) status = RemoveTree(path + '/' + entry.name);
+        const std::string entryPath = path + '/' + entry.name;
+        // A link to a directory is removed like a file: what it leads to does not belong to the queue.
+        status = RemoveFile(entryPath);
+        if (status != OsStatus::Ok && entry.isFolder) status = RemoveTree(entryPath);
     }
     return status == OsStatus::Ok ? RemoveEmptyFolder(path) : status;
 }
 
-std::int64_t MessagesInUnits(const std::string& qmgrPath, const std::string& folder) {
+std::int64_t MessagesInUnits(const std::string& qmgrPath, const std::string& queueDirectory) {
     std::vector<FolderEntry> units;
     std::vector<FolderEntry> messages;
     std::int64_t count = 0;
     if (ListFolder(UnitsPath(qmgrPath), &units) != OsStatus::Ok) return 0;
     for (const FolderEntry& unit : units) {
         if (!unit.isFolder) continue;
-        for (const UnitStage stage : {UnitStage::Got, UnitStage::Taking, UnitStage::Put}) {
-            const std::string path =
-                UnitsPath(qmgrPath) + '/' + unit.name + '/' + StageName(stage) + '/' + folder;
-            if (ListFolder(path, &messages) == OsStatus::Ok)
+        const std::string unitPath = UnitsPath(qmgrPath) + '/' + unit.name;
+        for (const UnitStage stage : {UnitStage::kGot, UnitStage::kTaking, UnitStage::kPut}) {
+            if (ListFolder(unitPath + '/' + StageName(stage) + '/' + queueDirectory, &messages) ==
+                OsStatus::Ok)
                 count += static_cast<std::int64_t>(messages.size());
         }
     }
     return count;
 }
 
-StoreStatus CheckUnused(const std::string& qmgrPath, const std::string& name, std::string* why) {
-    const std::string folder = FolderOfObject(name);
+Status CheckUnused(const std::string& qmgrPath, const std::string& name) {
+    const std::string directory = DirectoryOfObject(name);
     static_cast<void>(RecoverDeadUnits(qmgrPath, ""));
-    const std::int32_t opens = InputOpenCount(qmgrPath + '/' + folder);
-    const std::int64_t inUnits = MessagesInUnits(qmgrPath, folder);
-    if (opens == 0 && inUnits == 0) return StoreStatus::Ok;
-    *why = "queue " + name + " is in use: " + std::to_string(opens) + " programs have it open for input, " +
-           std::to_string(inUnits) + " messages are in units of work; end those programs first";
-    return StoreStatus::InUse;
+    const std::int32_t opens = InputOpenCount(qmgrPath + '/' + directory);
+    const std::int64_t inUnits = MessagesInUnits(qmgrPath, directory);
+    if (opens == 0 && inUnits == 0) return {};
+    return {StatusCode::kInUse, "queue " + name + " is in use: " + std::to_string(opens) +
+                                    " programs have it open for input, " + std::to_string(inUnits) +
+                                    " messages are in units of work; end those programs first"};
+}
+
+Status UnknownQueueManager(const std::string& root, const std::string& name) {
+    return {StatusCode::kUnknownQueueManager, "there is no queue manager " + name + " in \"" + root + "\""};
 }
 
 }  // namespace
@@ -105,57 +99,46 @@ std::vector<std::string> QueueManagerNames(const std::string& root) {
 }
 
 std::vector<std::string> QueueNames(const std::string& root, const std::string& qmgr) {
-    return ObjectsIn(root + '/' + FolderOfObject(qmgr));
+    return ObjectsIn(root + '/' + DirectoryOfObject(qmgr));
 }
 
-StoreStatus CreateQueueManager(const std::string& root, const std::string& name,
-                               const QmgrAttributes& attributes, std::string* why) {
-    return CreateObject(root + '/' + FolderOfObject(name), name, "qmgr.ini", FormatAttributes(attributes),
-                        why);
+Status CreateQueueManager(const std::string& root, const std::string& name,
+                          const QmgrAttributes& attributes) {
+    return CreateObject(root + '/' + DirectoryOfObject(name), name, "qmgr.ini", FormatAttributes(attributes));
 }
 
-StoreStatus CreateQueue(const std::string& root, const std::string& qmgr, const std::string& name,
-                        const QueueAttributes& attributes, std::string* why) {
-    const std::string qmgrPath = root + '/' + FolderOfObject(qmgr);
-    if (!IsObjectName(qmgr) || !IsFolder(qmgrPath)) {
-        *why = "there is no queue manager " + qmgr + " in \"" + root + "\"";
-        return StoreStatus::UnknownQueueManager;
-    }
-    return CreateObject(qmgrPath + '/' + FolderOfObject(name), name, ".queue.ini",
-                        FormatAttributes(attributes), why);
+Status CreateQueue(const std::string& root, const std::string& qmgr, const std::string& name,
+                   const QueueAttributes& attributes) {
+    const std::string qmgrPath = root + '/' + DirectoryOfObject(qmgr);
+    if (!IsObjectName(qmgr) || !IsDirectory(qmgrPath)) return UnknownQueueManager(root, qmgr);
+    return CreateObject(qmgrPath + '/' + DirectoryOfObject(name), name, ".queue.ini",
+                        FormatAttributes(attributes));
 }
 
-StoreStatus DeleteQueue(const std::string& root, const std::string& qmgr, const std::string& name,
-                        std::string* why) {
-    const std::string qmgrPath = root + '/' + FolderOfObject(qmgr);
-    const std::string path = qmgrPath + '/' + FolderOfObject(name);
-    if (!IsObjectName(name) || !IsFolder(path)) {
-        *why = "there is no queue " + name + " in \"" + qmgrPath + "\"";
-        return StoreStatus::UnknownQueue;
-    }
-    const StoreStatus status = CheckUnused(qmgrPath, name, why);
-    if (status != StoreStatus::Ok) return status;
-    return RemoveTree(path) == OsStatus::Ok ? StoreStatus::Ok : Failure(path, why);
+Status DeleteQueue(const std::string& root, const std::string& qmgr, const std::string& name) {
+    const std::string qmgrPath = root + '/' + DirectoryOfObject(qmgr);
+    const std::string path = qmgrPath + '/' + DirectoryOfObject(name);
+    if (!IsObjectName(name) || !IsDirectory(path))
+        return {StatusCode::kUnknownQueue, "there is no queue " + name + " in \"" + qmgrPath + "\""};
+    Status status = CheckUnused(qmgrPath, name);
+    if (status.IsOk() && RemoveTree(path) != OsStatus::Ok) status = FileError(path);
+    return status;
 }
 
-StoreStatus DeleteQueueManager(const std::string& root, const std::string& name, std::string* why) {
-    const std::string path = root + '/' + FolderOfObject(name);
-    if (!IsObjectName(name) || !IsFolder(path)) {
-        *why = "there is no queue manager " + name + " in \"" + root + "\"";
-        return StoreStatus::UnknownQueueManager;
-    }
+Status DeleteQueueManager(const std::string& root, const std::string& name) {
+    const std::string path = root + '/' + DirectoryOfObject(name);
+    if (!IsObjectName(name) || !IsDirectory(path)) return UnknownQueueManager(root, name);
     for (const std::string& queue : QueueNames(root, name)) {
-        const StoreStatus status = CheckUnused(path, queue, why);
-        if (status != StoreStatus::Ok) return status;
+        Status status = CheckUnused(path, queue);
+        if (!status.IsOk()) return status;
     }
     std::vector<FolderEntry> units;
     static_cast<void>(RecoverDeadUnits(path, ""));
     if (ListFolder(UnitsPath(path), &units) == OsStatus::Ok && !units.empty()) {
-        *why = "programs are connected to queue manager " + name + "; end them first, see \"" +
-               UnitsPath(path) + "\"";
-        return StoreStatus::InUse;
+        return {StatusCode::kInUse, "programs are connected to queue manager " + name +
+                                        "; end them first, see \"" + UnitsPath(path) + "\""};
     }
-    return RemoveTree(path) == OsStatus::Ok ? StoreStatus::Ok : Failure(path, why);
+    return RemoveTree(path) == OsStatus::Ok ? Status() : FileError(path);
 }
 
 }  // namespace spoolmq

@@ -1,4 +1,4 @@
-// Making, listing and removing queue managers and queues. Making a folder by hand does as well.
+// Creating, listing and deleting queue managers and queues. A directory made by hand does as well.
 #pragma once
 
 #include <string>
@@ -8,23 +8,21 @@
 
 namespace spoolmq {
 
-/// In alphabetical order; empty when the root is not there.
+/// Return the names in alphabetical order; none when the directory does not exist.
 [[nodiscard]] std::vector<std::string> QueueManagerNames(const std::string& root);
 [[nodiscard]] std::vector<std::string> QueueNames(const std::string& root, const std::string& qmgr);
 
-/// Makes the root as needed. Exists: it is there and was left alone.
-[[nodiscard]] StoreStatus CreateQueueManager(const std::string& root, const std::string& name,
-                                             const QmgrAttributes& attributes, std::string* why);
-[[nodiscard]] StoreStatus CreateQueue(const std::string& root, const std::string& qmgr,
-                                      const std::string& name, const QueueAttributes& attributes,
-                                      std::string* why);
+/// Creates a queue manager, and the root where it is missing. kAlreadyExists: it is unchanged. kFailed.
+Status CreateQueueManager(const std::string& root, const std::string& name, const QmgrAttributes& attributes);
+/// Creates a queue. kAlreadyExists: it is unchanged. kUnknownQueueManager, kFailed.
+Status CreateQueue(const std::string& root, const std::string& qmgr, const std::string& name,
+                   const QueueAttributes& attributes);
 
-/// Deletes a queue with all its messages. InUse: somebody has it open for input, or messages are in units of
-/// work.
-[[nodiscard]] StoreStatus DeleteQueue(const std::string& root, const std::string& qmgr,
-                                      const std::string& name, std::string* why);
-/// Deletes a queue manager with all its queues. InUse as above, for any of them, or somebody is connected.
-[[nodiscard]] StoreStatus DeleteQueueManager(const std::string& root, const std::string& name,
-                                             std::string* why);
+/// Deletes a queue with all its messages. kInUse: someone has it open for input, or messages are in units of
+/// work. kUnknownQueue, kFailed.
+Status DeleteQueue(const std::string& root, const std::string& qmgr, const std::string& name);
+/// Deletes a queue manager with all its queues. kInUse: one of them is in use, or a program is connected.
+/// kUnknownQueueManager, kFailed.
+Status DeleteQueueManager(const std::string& root, const std::string& name);
 
 }  // namespace spoolmq

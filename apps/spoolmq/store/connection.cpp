@@ -1,3 +1,4 @@
+// Connecting to a queue manager, and committing and backing out its unit of work.
 #include "spoolmq/store/admin.h"
 #include "spoolmq/store/store.h"
 
@@ -5,22 +6,21 @@ namespace spoolmq {
 
 namespace {
 
-/// The default queue manager, empty when there is none.
+// Returns the name of the default queue manager; empty when there is none.
 std::string DefaultQueueManager(const std::string& root) {
     const std::vector<std::string> names = QueueManagerNames(root);
     if (names.size() == 1) return names.front();
     for (const std::string& name : names) {
-        std::string content;
+        std::string text;
         QmgrAttributes attributes;
-        std::string why;
-        if (ReadWholeFile(root + '/' + FolderOfObject(name) + "/qmgr.ini", &content) == OsStatus::Ok &&
-            ParseAttributes(content, &attributes, &why) && attributes.isDefault != 0)
+        if (ReadWholeFile(root + '/' + DirectoryOfObject(name) + "/qmgr.ini", &text) == OsStatus::Ok &&
+            ParseAttributes(text, attributes).IsOk() && attributes.isDefault != 0)
             return name;
     }
     return {};
 }
 
-std::string NameListing(const std::vector<std::string>& names) {
+std::string FormatNames(const std::vector<std::string>& names) {
     if (names.empty()) return "there is none";
     std::string text = "there are:";
     for (const std::string& name : names)
@@ -28,58 +28,58 @@ std::string NameListing(const std::vector<std::string>& names) {
     return text;
 }
 
-void AnnouncePublished(StoreConnection* connection, const std::vector<UnitMember>& published) {
+Status CheckQueueManager(const std::string& root, const std::string& name, const std::string& path) {
+    FileInfo info;
+    if (IsObjectName(name) && StatPath(path, &info) == OsStatus::Ok && info.isFolder) return {};
+    return {StatusCode::kUnknownQueueManager, "there is no queue manager " + name + " in \"" + root + "\"; " +
+                                                  FormatNames(QueueManagerNames(root))};
+}
+
+void AnnouncePublished(const StoreConnection& connection, const std::vector<UnitMember>& published) {
     for (const UnitMember& member : published) {
-        const auto state = connection->queues.find(member.queueFolder);
+        const auto state = connection.queues.find(member.queueDirectory);
         MessageName name;
-        if (state != connection->queues.end() && ParseMessageName(member.fileName, &name))
-            NoteArrival(state->second->counters, name.stampNs);
+        if (state != connection.queues.end() && ParseMessageName(member.fileName, name))
+            CountArrival(state->second->counters, name.stampNs);
     }
 }
 
 }  // namespace
 
-StoreStatus ConnectStore(const std::string& root, const std::string& name,
-                         std::unique_ptr<StoreConnection>* connection, std::string* why) {
-    connection->reset();
+Status ConnectStore(const std::string& root, const std::string& name,
+                    std::unique_ptr<StoreConnection>& connection) {
+    connection.reset();
     const std::string object = name.empty() ? DefaultQueueManager(root) : name;
     if (object.empty()) {
-        *why = "no queue manager was named and none in \"" + root + "\" is the default; " +
-               NameListing(QueueManagerNames(root));
-        return StoreStatus::UnknownQueueManager;
+        return {StatusCode::kUnknownQueueManager, "no queue manager was named and none in \"" + root +
+                                                      "\" is the default; " +
+                                                      FormatNames(QueueManagerNames(root))};
     }
     auto fresh = std::make_unique<StoreConnection>();
     fresh->object = object;
-    fresh->path = root + '/' + FolderOfObject(object);
-    FileInfo info;
-    if (!IsObjectName(object) || StatPath(fresh->path, &info) != OsStatus::Ok || !info.isFolder) {
-        *why = "there is no queue manager " + object + " in \"" + root + "\"; " +
-               NameListing(QueueManagerNames(root));
-        return StoreStatus::UnknownQueueManager;
-    }
+    fresh->path = root + '/' + DirectoryOfObject(object);
     fresh->attributes.path = fresh->path + "/qmgr.ini";
-    if (!RefreshAttributes(&fresh->attributes, why)) return StoreStatus::Failed;
-    if (MapQmgrCounters(fresh->path + "/.state", &fresh->counters) != OsStatus::Ok) {
-        *why = fresh->path + "/.state: " + LastOsErrorText();
-        return StoreStatus::Failed;
-    }
-    if (OpenUnit(fresh->path, &fresh->unit) != OsStatus::Ok) {
-        *why = UnitsPath(fresh->path) + ": " + LastOsErrorText();
+    Status status = CheckQueueManager(root, object, fresh->path);
+    if (status.IsOk()) status = RefreshAttributes(fresh->attributes);
+    if (!status.IsOk()) return status;
+    if (MapQmgrCounters(fresh->path + "/.state", fresh->counters) != OsStatus::Ok)
+        return FileError(fresh->path + "/.state");
+    if (OpenUnit(fresh->path, fresh->unit) != OsStatus::Ok) {
+        status = FileError(UnitsPath(fresh->path));
         UnmapSharedFile(&fresh->counters.file);
-        return StoreStatus::Failed;
+        return status;
     }
     static_cast<void>(RecoverDeadUnits(fresh->path, fresh->unit.id));
     fresh->lastRecoveryMs = MonotonicMs();
-    *connection = std::move(fresh);
-    return StoreStatus::Ok;
+    connection = std::move(fresh);
+    return {};
 }
 
 void DisconnectStore(std::unique_ptr<StoreConnection> connection) {
-    std::string why;
-    static_cast<void>(
-        BackOutStore(connection.get(), &why));  // what fails here is recovered by the next program
-    CloseUnit(&connection->unit);
-    for (const auto& [folder, state] : connection->queues)
+    // If the back-out fails, the next program recovers the rest.
+    static_cast<void>(BackOutStore(*connection));
+    CloseUnit(connection->unit);
+    for (const auto& [directory, state] : connection->queues)
         UnmapSharedFile(&state->counters.file);
     UnmapSharedFile(&connection->counters.file);
 }
@@ -88,29 +88,28 @@ std::size_t UncommittedCount(const StoreConnection& connection) {
     return connection.unit.members.size();
 }
 
-StoreStatus CommitStore(StoreConnection* connection, std::string* why) {
+Status CommitStore(StoreConnection& connection) {
+    if (connection.unit.isRollbackOnly && !connection.unit.members.empty())
+        return {StatusCode::kFailed, "the unit of work can only be backed out"};
     std::vector<UnitMember> published;
-    connection->unit.sync = connection->attributes.values.sync != 0;
-    if (CommitUnit(&connection->unit, &published) != OsStatus::Ok) {
-        *why =
-            "commit in " + UnitsPath(connection->path) + '/' + connection->unit.id + ": " + LastOsErrorText();
-        return StoreStatus::Failed;
-    }
+    connection.unit.sync = connection.attributes.values.sync != 0;
+    if (CommitUnit(connection.unit, published) != OsStatus::Ok)
+        return FileError("commit in " + UnitsPath(connection.path) + '/' + connection.unit.id);
     AnnouncePublished(connection, published);
-    return StoreStatus::Ok;
+    return {};
 }
 
-StoreStatus BackOutStore(StoreConnection* connection, std::string* why) {
+Status BackOutStore(StoreConnection& connection) {
     std::vector<UnitMember> returned;
-    const OsStatus status = BackOutUnit(&connection->unit, &returned);
-    ++connection->returnsHere;
-    if (status != OsStatus::Ok)
-        *why = "back-out in " + UnitsPath(connection->path) + ": " + LastOsErrorText();
+    Status status;
+    if (BackOutUnit(connection.unit, returned) != OsStatus::Ok)
+        status = FileError("back-out in " + UnitsPath(connection.path));
+    ++connection.ownReturns;
     for (const UnitMember& member : returned) {
-        const auto state = connection->queues.find(member.queueFolder);
-        if (state != connection->queues.end()) NoteReturn(state->second->counters);
+        const auto state = connection.queues.find(member.queueDirectory);
+        if (state != connection.queues.end()) CountReturn(state->second->counters);
     }
-    return status == OsStatus::Ok ? StoreStatus::Ok : StoreStatus::Failed;
+    return status;
 }
 
 }  // namespace spoolmq

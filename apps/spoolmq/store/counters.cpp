@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t kCounterFileBytes = 4096;
 
-// What stands in the files. A fresh file is all zeros, which is the right start of every counter: there is
-// nothing to construct.
+// The content of the files. A new file is all zeros, which is the right start of every counter, so nothing is
+// constructed.
 struct QmgrNumbers {
     std::atomic<std::int64_t> lastStampNs;
 };
@@ -25,7 +25,7 @@ struct QueueNumbers {
 static_assert(std::atomic<std::int64_t>::is_always_lock_free &&
               std::atomic<std::uint64_t>::is_always_lock_free);
 
-/// Null while the file cannot be touched.
+// Return null while the file cannot be accessed.
 QmgrNumbers* NumbersOf(const QmgrCounters& counters) {
     return MakeWhole(counters.file) ? static_cast<QmgrNumbers*>(counters.file.memory) : nullptr;
 }
@@ -35,11 +35,11 @@ QueueNumbers* NumbersOf(const QueueCounters& counters) {
 
 }  // namespace
 
-OsStatus MapQmgrCounters(const std::string& path, QmgrCounters* counters) {
-    return MapSharedFile(path, kCounterFileBytes, &counters->file);
+OsStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters) {
+    return MapSharedFile(path, kCounterFileBytes, &counters.file);
 }
-OsStatus MapQueueCounters(const std::string& path, QueueCounters* counters) {
-    return MapSharedFile(path, kCounterFileBytes, &counters->file);
+OsStatus MapQueueCounters(const std::string& path, QueueCounters& counters) {
+    return MapSharedFile(path, kCounterFileBytes, &counters.file);
 }
 
 std::int64_t LastStamp(const QmgrCounters& counters) {
@@ -54,7 +54,7 @@ std::int64_t NextStamp(const QmgrCounters& counters) {
     std::int64_t last = numbers->lastStampNs.load();
     std::int64_t next = 0;
     do {
-        // A file that holds what was never given out is damaged; the clock goes on from now.
+        // A stamp that can never have been assigned means a damaged file: start again from the clock.
         next = last < kLatestStampNs ? std::max(now, last + 1) : now;
     } while (!numbers->lastStampNs.compare_exchange_weak(last, next));
     return next;
@@ -78,7 +78,7 @@ std::uint64_t Returns(const QueueCounters& counters) {
     return numbers != nullptr ? numbers->returns.load() : 0;
 }
 
-void NoteArrival(const QueueCounters& counters, std::int64_t stampNs) {
+void CountArrival(const QueueCounters& counters, std::int64_t stampNs) {
     QueueNumbers* numbers = NumbersOf(counters);
     if (numbers == nullptr) return;
     std::int64_t last = numbers->lastPublishedNs.load();
@@ -88,7 +88,7 @@ void NoteArrival(const QueueCounters& counters, std::int64_t stampNs) {
     numbers->arrivals.fetch_add(1);
 }
 
-void NoteReturn(const QueueCounters& counters) {
+void CountReturn(const QueueCounters& counters) {
     QueueNumbers* numbers = NumbersOf(counters);
     if (numbers == nullptr) return;
     numbers->returns.fetch_add(1);

@@ -1,7 +1,7 @@
-// Small counters that all processes share through memory-mapped files. They save work (a look into a folder,
-// a wait that sleeps too long) and keep the order of arrival across processes; no message depends on them. A
-// file that is lost or cut short is made anew, from zeros; while it cannot be, a counter reads as zero and is
-// not raised.
+// Small counters that all processes share through memory-mapped files. They save work (reading a directory, a
+// wait that sleeps too long) and keep the order of arrival the same for all processes; no message depends on
+// them. A file that is lost or cut short is created again and filled with zeros. While that is not possible, a
+// counter reads as zero and cannot be raised.
 #pragma once
 
 #include <cstdint>
@@ -11,33 +11,33 @@
 
 namespace spoolmq {
 
-/// ROOT/QM/.state: the latest arrival stamp given out.
+/// ROOT/QM/.state: the latest arrival stamp that was assigned.
 struct QmgrCounters {
     SharedFile file;
 };
 
-/// ROOT/QM/QUEUE/.state: what became available, and the latest stamp of it.
+/// ROOT/QM/QUEUE/.state: how often messages became available, and the latest stamp among them.
 struct QueueCounters {
     SharedFile file;
 };
 
-/// Failed and so on when the file cannot be mapped. Released with UnmapSharedFile.
-[[nodiscard]] OsStatus MapQmgrCounters(const std::string& path, QmgrCounters* counters);
-[[nodiscard]] OsStatus MapQueueCounters(const std::string& path, QueueCounters* counters);
+/// Maps the file, to be released with UnmapSharedFile. Any status of MapSharedFile when it cannot be mapped.
+[[nodiscard]] OsStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters);
+[[nodiscard]] OsStatus MapQueueCounters(const std::string& path, QueueCounters& counters);
 
 [[nodiscard]] std::int64_t LastStamp(const QmgrCounters& counters);
-/// An arrival stamp later than every one given out before, also when the clock was set back.
+/// Returns an arrival stamp later than all that were assigned before, even when the clock has been set back.
 [[nodiscard]] std::int64_t NextStamp(const QmgrCounters& counters);
-/// Makes the stamps to come later than this one.
+/// Makes all future stamps later than this one.
 void RaiseStamp(const QmgrCounters& counters, std::int64_t stampNs);
 
-/// Raised after messages became available in whatever way.
+/// Raised whenever messages have become available.
 [[nodiscard]] std::uint64_t Arrivals(const QueueCounters& counters);
-/// Raised after messages became available before later ones.
+/// Raised whenever messages have become available in front of later ones.
 [[nodiscard]] std::uint64_t Returns(const QueueCounters& counters);
-/// Notes that a message put with this stamp has just become available.
-void NoteArrival(const QueueCounters& counters, std::int64_t stampNs);
-/// Notes that messages are back at their old places.
-void NoteReturn(const QueueCounters& counters);
+/// Counts a message with this stamp that a put or a commit has just made available.
+void CountArrival(const QueueCounters& counters, std::int64_t stampNs);
+/// Counts messages that have just been returned to their places.
+void CountReturn(const QueueCounters& counters);
 
 }  // namespace spoolmq

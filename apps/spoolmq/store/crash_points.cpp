@@ -5,15 +5,15 @@
 namespace spoolmq {
 
 namespace {
-std::atomic<StorePointListener> pointListener{nullptr};  // set by the fault plan, see faults.cpp
+std::atomic<CrashPointListener> pointListener{nullptr};
 }
 
-void SetStorePointListener(StorePointListener listener) {
+void SetCrashPointListener(CrashPointListener listener) {
     pointListener = listener;
 }
 
-void PassStorePoint(std::string_view point) {
-    const StorePointListener listener = pointListener;
+void ReachCrashPoint(std::string_view point) {
+    const CrashPointListener listener = pointListener;
     if (listener != nullptr) listener(point);
 }
 

@@ -8,7 +8,7 @@ namespace spoolmq {
 
 namespace {
 
-enum class FieldKind { Number, Characters, Bytes };
+enum class FieldKind { kNumber, kCharacters, kBytes };
 
 struct Field {
     std::string_view name;
@@ -18,7 +18,7 @@ struct Field {
 };
 
 #define SPOOLMQ_FIELD(name, kind) \
-    { #name, FieldKind::kind, offsetof(mqi::MQMD, name), sizeof(mqi::MQMD::name) }
+    { #name, FieldKind::k##kind, offsetof(mqi::MQMD, name), sizeof(mqi::MQMD::name) }
 constexpr Field kFields[] = {
     SPOOLMQ_FIELD(MsgId, Bytes),
     SPOOLMQ_FIELD(CorrelId, Bytes),
@@ -51,17 +51,17 @@ constexpr Field kFields[] = {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-/// The defaults as they are on disk: character fields blank rather than NUL.
+// Returns the defaults that apply to a descriptor on disk: character fields are blank, not NUL.
 mqi::MQMD BlankDescriptor() {
     mqi::MQMD descriptor = mqi::MqmdDefault();
     for (const Field& field : kFields) {
-        if (field.kind == FieldKind::Characters)
+        if (field.kind == FieldKind::kCharacters)
             std::memset(reinterpret_cast<char*>(&descriptor) + field.offset, ' ', field.size);
     }
     return descriptor;
 }
 
-/// Line ends and percent signs, and nothing else, are written as %XX.
+// Writes control characters and percent signs, and nothing else, as %XX.
 std::string EscapedText(std::string_view text) {
     std::string escaped;
     for (const char c : text) {
@@ -105,14 +105,14 @@ void ParseBytes(std::string_view digits, unsigned char* to, std::size_t size) {
     }
 }
 
-void ParseField(const Field& field, std::string_view value, mqi::MQMD* descriptor) {
-    char* to = reinterpret_cast<char*>(descriptor) + field.offset;
-    if (field.kind == FieldKind::Number) {
+void ParseField(const Field& field, std::string_view value, mqi::MQMD& descriptor) {
+    char* to = reinterpret_cast<char*>(&descriptor) + field.offset;
+    if (field.kind == FieldKind::kNumber) {
         MQLONG number = 0;
         const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
         if (error == std::errc() && end == value.data() + value.size())
             std::memcpy(to, &number, sizeof number);
-    } else if (field.kind == FieldKind::Characters) {
+    } else if (field.kind == FieldKind::kCharacters) {
         FillField(to, field.size, UnescapedText(value));
     } else {
         ParseBytes(value, reinterpret_cast<unsigned char*>(to), field.size);
@@ -154,11 +154,11 @@ std::string FormatDescriptor(const mqi::MQMD& descriptor) {
             continue;
         text += field.name;
         text += '=';
-        if (field.kind == FieldKind::Number) {
+        if (field.kind == FieldKind::kNumber) {
             MQLONG number = 0;
             std::memcpy(&number, from, sizeof number);
             text += std::to_string(number);
-        } else if (field.kind == FieldKind::Characters) {
+        } else if (field.kind == FieldKind::kCharacters) {
             text += EscapedText(FieldText(from, field.size));
         } else {
             text += HexDigits(reinterpret_cast<const unsigned char*>(from), field.size);
@@ -172,7 +172,7 @@ mqi::MQMD ParseDescriptor(std::string_view text) {
     static const mqi::MQMD defaults = BlankDescriptor();
     mqi::MQMD descriptor = defaults;
     const Field* const end = std::end(kFields);
-    // Fields are mostly in the table's order: the search goes on from the last one found.
+    // Fields are mostly in the order of the table, so each search starts after the last one found.
     const Field* next = std::begin(kFields);
     while (!text.empty()) {
         const std::size_t lineEnd = std::min(text.find('\n'), text.size());
@@ -185,7 +185,7 @@ mqi::MQMD ParseDescriptor(std::string_view text) {
         const Field* found = std::find_if(next, end, isNamed);
         if (found == end) found = std::find_if(std::begin(kFields), end, isNamed);
         if (found == end) continue;
-        ParseField(*found, line.substr(equals + 1), &descriptor);
+        ParseField(*found, line.substr(equals + 1), descriptor);
         next = found + 1;
     }
     return descriptor;

@@ -1,7 +1,7 @@
 #include "spoolmq/store/listing.h"
 
 #include <algorithm>
-#include <tuple>
+#include <optional>
 
 #include "spoolmq/store/names.h"
 
@@ -9,15 +9,15 @@ namespace spoolmq {
 
 namespace {
 
-// Within a tick of the file clock two changes of a folder look like one.
+// Two changes of a directory within one tick of the file clock leave the same time.
 constexpr std::int64_t kClockTickNs = 20000000;
 
-// A folder of so many messages is listed again whenever there is a reason to.
-constexpr std::size_t kQuickListing = 1000;
+// A queue with fewer messages than this is listed again whenever there is a reason to.
+constexpr std::size_t kShortListing = 1000;
 
 std::string_view RestOf(const MessageEntry& entry) {
     std::string_view name = entry.fileName;
-    return entry.isForeign ? name : name.substr(name.find('.') + 1);
+    return entry.isCopiedIn ? name : name.substr(name.find('.') + 1);
 }
 
 bool ArrivedBefore(const MessageEntry& a, const MessageEntry& b) {
@@ -25,53 +25,64 @@ bool ArrivedBefore(const MessageEntry& a, const MessageEntry& b) {
     return RestOf(a) < RestOf(b);
 }
 
+// Completes an entry of a message that the store has named. Returns false when it is too recent to be listed.
+bool FillNamedEntry(const MessageName& name, std::int64_t horizonNs, const QmgrCounters& stamps,
+                    MessageEntry& entry) {
+    entry.stampNs = name.stampNs;
+    if (entry.stampNs <= horizonNs) return true;
+    // If the stamp comes from a clock ahead of ours and the counters were lost, raising the counter makes the
+    // next listing include the message.
+    RaiseStamp(stamps, entry.stampNs);
+    return false;
+}
+
+// Completes an entry of a copied-in file. Returns false when it is not settled, nothing when it is gone.
+std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowNs, std::int32_t settleMs,
+                                      MessageEntry& entry) {
+    FileInfo info;
+    if (StatPath(path, &info) != OsStatus::Ok) return std::nullopt;
+    entry.stampNs = info.changeTimeNs;
+    entry.isCopiedIn = true;
+    return IsSettled(info, nowNs, settleMs) && info.changeTimeNs <= nowNs;
+}
+
 }  // namespace
 
 bool IsSettled(const FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) {
-    // Writing sets both times. A later change is a rename into place (or a copy's last step, setting the
-    // times of the original): the file is complete.
+    // Writing sets both times. A later change is a rename into place, or the last step of a copy, which gives
+    // the file the times of the original: either way the file is complete.
     if (file.changeTimeNs > file.writeTimeNs) return true;
     return nowNs - file.writeTimeNs >= std::int64_t{settleMs} * 1000000;
 }
 
 OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters, const QmgrCounters& stamps,
-                     std::int32_t settleMs, Listing* listing) {
+                     std::int32_t settleMs, Listing& listing) {
     Listing fresh;
     const std::int64_t lastStampNs = LastStamp(stamps);
     fresh.arrivals = Arrivals(counters);
     fresh.returns = Returns(counters);
     fresh.loadedAtNs = FileClockNs();
     fresh.loadedAtMs = MonotonicMs();
-    FileInfo folder;
+    FileInfo directory;
     std::vector<FolderEntry> files;
-    OsStatus status = StatPath(queuePath, &folder);
+    OsStatus status = StatPath(queuePath, &directory);
     if (status == OsStatus::Ok) status = ListFolder(queuePath, &files);
     if (status != OsStatus::Ok) return status;
-    fresh.folderChangeNs = folder.changeTimeNs;
+    fresh.directoryChangeNs = directory.changeTimeNs;
     fresh.entries.reserve(files.size());
     const std::int64_t horizonNs = std::max(lastStampNs, fresh.loadedAtNs);
     MessageName name;
     for (FolderEntry& file : files) {
         if (!file.isFile || IsIgnoredFile(file.name)) continue;
         MessageEntry entry;
-        if (ParseMessageName(file.name, &name)) {
-            entry.stampNs = name.stampNs;
-            if (entry.stampNs > horizonNs) {
-                fresh.isPartial = true;
-                // From a clock that was ahead of ours, with the counters lost: next time it is among the
-                // others.
-                RaiseStamp(stamps, entry.stampNs);
-                continue;
-            }
-        } else {
-            FileInfo info;
-            if (StatPath(queuePath + '/' + file.name, &info) != OsStatus::Ok) continue;
-            if (!IsSettled(info, fresh.loadedAtNs, settleMs) || info.changeTimeNs > fresh.loadedAtNs) {
-                fresh.isPartial = true;
-                continue;
-            }
-            entry.stampNs = info.changeTimeNs;
-            entry.isForeign = true;
+        const std::optional<bool> isReady =
+            ParseMessageName(file.name, name)
+                ? FillNamedEntry(name, horizonNs, stamps, entry)
+                : FillCopiedInEntry(queuePath + '/' + file.name, fresh.loadedAtNs, settleMs, entry);
+        if (!isReady.has_value()) continue;
+        if (!*isReady) {
+            fresh.isPartial = true;
+            continue;
         }
         entry.fileName = std::move(file.name);
         fresh.entries.push_back(std::move(entry));
@@ -79,25 +90,26 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
     std::sort(fresh.entries.begin(), fresh.entries.end(), ArrivedBefore);
     fresh.isLoaded = true;
     fresh.loadTookMs = MonotonicMs() - fresh.loadedAtMs;
-    *listing = std::move(fresh);
+    listing = std::move(fresh);
     return OsStatus::Ok;
 }
 
 bool HasReturns(const Listing& listing, const QueueCounters& counters) {
     if (!listing.isLoaded) return true;
     if (Returns(counters) == listing.returns) return false;
-    if (listing.entries.size() - listing.first < kQuickListing) return true;
+    if (listing.entries.size() - listing.first < kShortListing) return true;
     return MonotonicMs() - listing.loadedAtMs >= listing.loadTookMs * 10;
 }
 
 OsStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters, const Listing& listing,
-                     bool* answer) {
-    FileInfo folder;
-    const OsStatus status = StatPath(queuePath, &folder);
+                     bool& hasArrivals) {
+    FileInfo directory;
+    const OsStatus status = StatPath(queuePath, &directory);
     if (status != OsStatus::Ok) return status;
-    *answer = !listing.isLoaded || listing.isPartial || Arrivals(counters) != listing.arrivals ||
-              Returns(counters) != listing.returns || folder.changeTimeNs != listing.folderChangeNs ||
-              listing.loadedAtNs - folder.changeTimeNs < kClockTickNs;
+    hasArrivals = !listing.isLoaded || listing.isPartial || Arrivals(counters) != listing.arrivals ||
+                  Returns(counters) != listing.returns ||
+                  directory.changeTimeNs != listing.directoryChangeNs ||
+                  listing.loadedAtNs - directory.changeTimeNs < kClockTickNs;
     return OsStatus::Ok;
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kStampChars = 25;  // YYYYMMDD-HHMMSS-NNNNNNNNN
 constexpr std::int64_t kNsPerSecond = 1000000000;
-// File systems end at 255 bytes: room for the stamp and a back-out count of any size.
+// File systems allow 255 bytes, which leaves room for the stamp and a back-out count of any size.
 constexpr std::size_t kRestCharsMax = 200;
 
 struct CalendarTime {
@@ -36,7 +36,7 @@ CalendarTime CalendarOf(std::int64_t stampNs) {
     return calendar;
 }
 
-char* PutDigits(char* to, std::int64_t value, int digits) {
+char* WriteDigits(char* to, std::int64_t value, int digits) {
     for (int place = digits - 1; place >= 0; --place) {
         to[place] = static_cast<char>('0' + value % 10);
         value /= 10;
@@ -44,24 +44,24 @@ char* PutDigits(char* to, std::int64_t value, int digits) {
     return to + digits;
 }
 
-/// The number that `digits` characters spell; false when one of them is no digit.
-bool TakeDigits(const char* from, int digits, std::int64_t* value) {
-    *value = 0;
+// Reads a number of `digits` characters. Returns false when one of them is not a digit.
+bool ReadDigits(const char* from, int digits, std::int64_t& value) {
+    value = 0;
     for (int place = 0; place < digits; ++place) {
         if (from[place] < '0' || from[place] > '9') return false;
-        *value = *value * 10 + (from[place] - '0');
+        value = value * 10 + (from[place] - '0');
     }
     return true;
 }
 
-bool ParseStamp(std::string_view text, std::int64_t* stampNs) {
+bool ParseStamp(std::string_view text, std::int64_t& stampNs) {
     if (text.size() < kStampChars || text[8] != '-' || text[15] != '-') return false;
     CalendarTime at;
     const char* chars = text.data();
-    if (!TakeDigits(chars, 4, &at.year) || !TakeDigits(chars + 4, 2, &at.month) ||
-        !TakeDigits(chars + 6, 2, &at.day) || !TakeDigits(chars + 9, 2, &at.hour) ||
-        !TakeDigits(chars + 11, 2, &at.minute) || !TakeDigits(chars + 13, 2, &at.second) ||
-        !TakeDigits(chars + 16, 9, &at.nanosecond))
+    if (!ReadDigits(chars, 4, at.year) || !ReadDigits(chars + 4, 2, at.month) ||
+        !ReadDigits(chars + 6, 2, at.day) || !ReadDigits(chars + 9, 2, at.hour) ||
+        !ReadDigits(chars + 11, 2, at.minute) || !ReadDigits(chars + 13, 2, at.second) ||
+        !ReadDigits(chars + 16, 9, at.nanosecond))
         return false;
     namespace chrono = std::chrono;
     const chrono::year_month_day date{chrono::year(static_cast<int>(at.year)),
@@ -70,20 +70,20 @@ bool ParseStamp(std::string_view text, std::int64_t* stampNs) {
     if (!date.ok() || at.hour > 23 || at.minute > 59 || at.second > 59 || at.year < 1970 || at.year > 2261)
         return false;
     const std::int64_t days = chrono::sys_days(date).time_since_epoch().count();
-    *stampNs = (((days * 24 + at.hour) * 60 + at.minute) * 60 + at.second) * kNsPerSecond + at.nanosecond;
+    stampNs = (((days * 24 + at.hour) * 60 + at.minute) * 60 + at.second) * kNsPerSecond + at.nanosecond;
     return true;
 }
 
 std::string FormatStamp(std::int64_t stampNs) {
     const CalendarTime at = CalendarOf(stampNs);
     std::string text(kStampChars, '-');
-    char* next = PutDigits(text.data(), at.year, 4);
-    next = PutDigits(next, at.month, 2);
-    next = PutDigits(next, at.day, 2) + 1;
-    next = PutDigits(next, at.hour, 2);
-    next = PutDigits(next, at.minute, 2);
-    next = PutDigits(next, at.second, 2) + 1;
-    PutDigits(next, at.nanosecond, 9);
+    char* next = WriteDigits(text.data(), at.year, 4);
+    next = WriteDigits(next, at.month, 2);
+    next = WriteDigits(next, at.day, 2) + 1;
+    next = WriteDigits(next, at.hour, 2);
+    next = WriteDigits(next, at.minute, 2);
+    next = WriteDigits(next, at.second, 2) + 1;
+    WriteDigits(next, at.nanosecond, 9);
     return text;
 }
 
@@ -104,22 +104,22 @@ std::string FormatMessageName(const MessageName& name) {
     return text + '.' + name.rest;
 }
 
-bool ParseMessageName(std::string_view text, MessageName* name) {
-    if (!ParseStamp(text, &name->stampNs)) return false;
+bool ParseMessageName(std::string_view text, MessageName& name) {
+    if (!ParseStamp(text, name.stampNs)) return false;
     std::size_t at = kStampChars;
-    name->backoutCount = 0;
+    name.backoutCount = 0;
     if (at < text.size() && text[at] == '~') {
         std::int64_t count = 0;
         const std::size_t first = ++at;
         while (at < text.size() && text[at] >= '0' && text[at] <= '9') {
-            count = std::min<std::int64_t>(count * 10 + (text[at] - '0'), kMostBackouts);
+            count = std::min<std::int64_t>(count * 10 + (text[at] - '0'), kMaxBackoutCount);
             ++at;
         }
         if (at == first) return false;
-        name->backoutCount = static_cast<std::int32_t>(count);
+        name.backoutCount = static_cast<std::int32_t>(count);
     }
     if (at + 1 >= text.size() || text[at] != '.') return false;
-    name->rest = text.substr(at + 1);
+    name.rest = text.substr(at + 1);
     return true;
 }
 
@@ -127,10 +127,10 @@ std::string DescriptorName(const MessageName& name) {
     return FormatStamp(name.stampNs) + '.' + name.rest;
 }
 
-MessageName AdoptedName(std::int64_t stampNs, std::string_view fileName) {
+MessageName CopiedInName(std::int64_t stampNs, std::string_view fileName) {
     if (fileName.size() > kRestCharsMax) {
         std::size_t first = fileName.size() - kRestCharsMax;
-        // Not in the middle of a UTF-8 character.
+        // Do not cut in the middle of a UTF-8 character.
         while (first < fileName.size() && (static_cast<unsigned char>(fileName[first]) & 0xC0) == 0x80)
             ++first;
         fileName.remove_prefix(first);
@@ -150,9 +150,9 @@ bool IsIgnoredFile(std::string_view fileName) {
 
 void FormatPutDateTime(std::int64_t stampNs, char* date, char* time) {
     const CalendarTime at = CalendarOf(stampNs);
-    PutDigits(PutDigits(PutDigits(date, at.year, 4), at.month, 2), at.day, 2);
-    PutDigits(PutDigits(PutDigits(PutDigits(time, at.hour, 2), at.minute, 2), at.second, 2),
-              at.nanosecond / 10000000, 2);
+    WriteDigits(WriteDigits(WriteDigits(date, at.year, 4), at.month, 2), at.day, 2);
+    WriteDigits(WriteDigits(WriteDigits(WriteDigits(time, at.hour, 2), at.minute, 2), at.second, 2),
+                at.nanosecond / 10000000, 2);
 }
 
 bool IsObjectName(std::string_view name) {
@@ -163,32 +163,32 @@ bool IsObjectName(std::string_view name) {
     return true;
 }
 
-std::string FolderOfObject(std::string_view name) {
-    std::string folder;
+std::string DirectoryOfObject(std::string_view name) {
+    std::string directory;
     for (std::size_t i = 0; i < name.size(); ++i) {
         const char c = name[i];
         const bool dotAtEnd = c == '.' && (i == 0 || i + 1 == name.size());
         if (c == '/') {
-            folder += "%2F";
+            directory += "%2F";
         } else if (c == '%') {
-            folder += "%25";
+            directory += "%25";
         } else if (dotAtEnd) {
-            folder += "%2E";
+            directory += "%2E";
         } else {
-            folder += c;
+            directory += c;
         }
     }
-    return folder;
+    return directory;
 }
 
-std::string ObjectOfFolder(std::string_view folder) {
+std::string ObjectOfDirectory(std::string_view directory) {
     std::string name;
-    for (std::size_t i = 0; i < folder.size(); ++i) {
-        if (folder[i] != '%') {
-            name += folder[i];
+    for (std::size_t i = 0; i < directory.size(); ++i) {
+        if (directory[i] != '%') {
+            name += directory[i];
             continue;
         }
-        const std::string_view code = folder.substr(i, 3);
+        const std::string_view code = directory.substr(i, 3);
         if (code == "%2F") {
             name += '/';
         } else if (code == "%25") {
@@ -200,7 +200,7 @@ std::string ObjectOfFolder(std::string_view folder) {
         }
         i += 2;
     }
-    return IsObjectName(name) && FolderOfObject(name) == folder ? name : std::string();
+    return IsObjectName(name) && DirectoryOfObject(name) == directory ? name : std::string();
 }
 
 }  // namespace spoolmq

@@ -1,11 +1,11 @@
-// Names on disk: of the folder of a queue or queue manager, and of a message file.
+// Names on disk: of the directory of a queue or queue manager, and of a message file.
 //
-// A message that the store has handled is called
+// Once the store has handled a message, its file is called
 //     YYYYMMDD-HHMMSS-NNNNNNNNN[~B].REST
-// the UTC time of its arrival down to the nanosecond, how often it was backed out (left out when never), and
-// "msg" for a message put through the interface or the name that a copied-in file came with. Names therefore
-// sort in arrival order, and the back-out count changes in the very rename that puts a message back: there is
-// no moment at which one has happened without the other.
+// The first part is the time of arrival in UTC, down to the nanosecond. B is the number of back-outs, left out
+// while it is 0. REST is "msg" for a message that a program put, or the name of the file that was copied in.
+// Names therefore sort in order of arrival, and the rename that returns a message to its queue also raises its
+// back-out count: there is no moment at which one has happened without the other.
 #pragma once
 
 #include <cstdint>
@@ -14,11 +14,11 @@
 
 namespace spoolmq {
 
-/// The last nanosecond of 2261: 64 bits hold no whole year after it. A later stamp is none.
+/// The last nanosecond of 2261, the last whole year that 64 bits can express. A later stamp is not valid.
 inline constexpr std::int64_t kLatestStampNs = 9214646399999999999;
 
-/// The largest back-out count: it is no more raised, and a name with a larger one means this.
-inline constexpr std::int32_t kMostBackouts = 999999999;
+/// The largest back-out count. It is never raised further, and a larger number in a file name is read as this.
+inline constexpr std::int32_t kMaxBackoutCount = 999999999;
 
 struct MessageName {
     std::int64_t stampNs = 0;  ///< arrival, nanoseconds since 1970 UTC
@@ -27,23 +27,28 @@ struct MessageName {
 };
 
 [[nodiscard]] std::string FormatMessageName(const MessageName& name);
-/// False when the text is not of that form: a file that somebody put there. *name is then undefined.
-[[nodiscard]] bool ParseMessageName(std::string_view text, MessageName* name);
-/// What stays the same however often the message is backed out: the name of its descriptor.
+
+/// Returns false when the text does not have that form, so that the file is one that someone copied in; `name`
+/// is then undefined.
+[[nodiscard]] bool ParseMessageName(std::string_view text, MessageName& name);
+
+/// Returns the name of the message's descriptor, which does not depend on the back-out count.
 [[nodiscard]] std::string DescriptorName(const MessageName& name);
-/// A name for a copied-in file that the store is about to handle; too long a name is cut at its front.
-[[nodiscard]] MessageName AdoptedName(std::int64_t stampNs, std::string_view fileName);
-/// Files that are never messages: hidden ones and those still being copied, *.tmp, *.part and the like.
+
+/// Returns the name under which the store handles a copied-in file. Too long a file name loses its beginning.
+[[nodiscard]] MessageName CopiedInName(std::int64_t stampNs, std::string_view fileName);
+
+/// Whether a file is never a message: hidden files and files still being copied (*.tmp, *.part and the like).
 [[nodiscard]] bool IsIgnoredFile(std::string_view fileName);
 
-/// "20260131" and "23595912" (hundredths) as in PutDate and PutTime; each pointer receives 8 characters.
+/// Writes "20260131" and "23595912" (with hundredths) as in PutDate and PutTime: 8 characters each.
 void FormatPutDateTime(std::int64_t stampNs, char* date, char* time);
 
-/// Whether the text is a queue or queue manager name: 1 to 48 of A-Z a-z 0-9 . / _ %
+/// Whether the text is the name of a queue or queue manager: 1 to 48 of A-Z a-z 0-9 . / _ %
 [[nodiscard]] bool IsObjectName(std::string_view name);
-/// The folder of an object: its name, with '/', '%' and a dot at either end written as %XX.
-[[nodiscard]] std::string FolderOfObject(std::string_view name);
-/// The inverse; empty when no object has this folder.
-[[nodiscard]] std::string ObjectOfFolder(std::string_view folder);
+/// Returns the directory of an object: its name, with '/', '%' and a dot at either end written as %XX.
+[[nodiscard]] std::string DirectoryOfObject(std::string_view name);
+/// Returns the name of the object whose directory this is; empty when it is not the directory of an object.
+[[nodiscard]] std::string ObjectOfDirectory(std::string_view directory);
 
 }  // namespace spoolmq

@@ -1,3 +1,4 @@
+// Putting messages.
 #include <cstring>
 
 #include "spoolmq/store/crash_points.h"
@@ -8,84 +9,86 @@ namespace spoolmq {
 
 namespace {
 
-std::string DescriptorFolder(const QueueState& state) {
+// A name can only be taken if the counters were lost within a clock tick, which never needs nearly as many
+// attempts.
+constexpr int kMaxNameAttempts = 1000;
+
+std::string DescriptorDirectory(const QueueState& state) {
     return state.path + "/.desc";
 }
 
-// The names of a clock tick; only counters that were lost in it can give one out twice.
-constexpr int kNameTries = 1000;
+OsStatus WriteDescriptor(const StoreQueue& queue, const std::string& fileName, const mqi::MQMD& descriptor) {
+    const bool sync = queue.connection->attributes.values.sync != 0;
+    const std::string text = FormatDescriptor(descriptor);
+    const std::string directory = DescriptorDirectory(*queue.state);
+    const std::string path = directory + '/' + fileName;
+    OsStatus status = WriteNewFile(path, text.data(), text.size(), sync);
+    if (status == OsStatus::NotFound && MakeFolder(directory) == OsStatus::Ok)
+        status = WriteNewFile(path, text.data(), text.size(), sync);
+    if (status == OsStatus::Ok && sync) status = SyncFolder(directory);
+    return status;
+}
 
-/// Writes body and descriptor where nobody sees them. On failure both are gone again; Exists when another
-/// message has the name, which is left alone.
-OsStatus WriteUnseen(StoreQueue* queue, const std::string& fileName, const mqi::MQMD* descriptor,
-                     const void* body, std::size_t bytes, std::string* path) {
-    StoreConnection* connection = queue->connection;
-    const bool sync = connection->attributes.values.sync != 0;
-    // The body first: it is what recovery goes by, and it takes the descriptor with it.
-    OsStatus status = StagePath(&connection->unit, UnitStage::Put, queue->state->folder, fileName, path);
-    if (status == OsStatus::Ok) status = WriteNewFile(*path, body, bytes, sync);
+// Writes body and descriptor of the member where no reader sees them, the body to `path`. On failure both are
+// deleted again. Exists when another message has the name; that one is left unchanged.
+OsStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const NewMessage& message,
+                     std::string& path) {
+    StoreConnection& connection = *queue.connection;
+    const bool sync = connection.attributes.values.sync != 0;
+    // The body comes first: recovery deletes a body together with its descriptor.
+    OsStatus status = MakeMemberPath(connection.unit, member, path);
+    if (status == OsStatus::Ok) status = WriteNewFile(path, message.body, message.bytes, sync);
     if (status != OsStatus::Ok) return status;
-    PassStorePoint("put-body");
-    if (descriptor == nullptr) return status;
-    const std::string text = FormatDescriptor(*descriptor);
-    const std::string descriptorPath = DescriptorFolder(*queue->state) + '/' + fileName;
-    status = WriteNewFile(descriptorPath, text.data(), text.size(), sync);
-    if (status == OsStatus::NotFound && MakeFolder(DescriptorFolder(*queue->state)) == OsStatus::Ok)
-        status = WriteNewFile(descriptorPath, text.data(), text.size(), sync);
-    if (status == OsStatus::Ok && sync) status = SyncFolder(DescriptorFolder(*queue->state));
+    ReachCrashPoint("put-body");
+    if (message.descriptor == nullptr) return status;
+    status = WriteDescriptor(queue, member.fileName, *message.descriptor);
     if (status == OsStatus::Ok) {
-        PassStorePoint("put-ready");
-        return status;
-    }
-    if (status == OsStatus::Exists) {
-        static_cast<void>(RemoveFile(*path));
+        ReachCrashPoint("put-ready");
+    } else if (status == OsStatus::Exists) {
+        static_cast<void>(RemoveFile(path));
     } else {
-        static_cast<void>(DeleteMessage(connection->path, queue->state->folder, fileName, *path));
+        static_cast<void>(DeleteMessage(connection.path, member, path));
     }
     return status;
 }
 
-/// Makes a message that is seen at once, or, in a unit, once that is committed. Exists as WriteUnseen has it.
-OsStatus PutUnderName(StoreQueue* queue, const std::string& fileName, const mqi::MQMD* descriptor,
-                      const void* body, std::size_t bytes, bool syncpoint, std::string* path) {
-    OsStatus status = WriteUnseen(queue, fileName, descriptor, body, bytes, path);
-    if (status != OsStatus::Ok || syncpoint) return status;
-    status = RenameNew(*path, queue->state->path + '/' + fileName);
-    if (status != OsStatus::Ok)
-        static_cast<void>(DeleteMessage(queue->connection->path, queue->state->folder, fileName, *path));
+// Makes a written message available.
+OsStatus Publish(const StoreQueue& queue, const UnitMember& member, const std::string& path) {
+    const OsStatus status = RenameNew(path, queue.state->path + '/' + member.fileName);
+    if (status != OsStatus::Ok) static_cast<void>(DeleteMessage(queue.connection->path, member, path));
     return status;
 }
 
-StoreStatus PutFailure(const StoreQueue& queue, const std::string& path, std::string* why) {
-    *why = path + ": " + LastOsErrorText();
+Status PutError(const StoreQueue& queue, const std::string& path) {
+    Status status = FileError(path);
     FileInfo info;
-    return StatPath(queue.state->path, &info) == OsStatus::NotFound ? StoreStatus::QueueDeleted
-                                                                    : StoreStatus::Failed;
+    if (StatPath(queue.state->path, &info) == OsStatus::NotFound) status.code = StatusCode::kQueueDeleted;
+    return status;
 }
 
 }  // namespace
 
-StoreStatus PutMessage(StoreQueue* queue, const mqi::MQMD* descriptor, const void* body, std::size_t bytes,
-                       bool syncpoint, std::string* why) {
-    StoreConnection* connection = queue->connection;
+Status PutMessage(StoreQueue& queue, const NewMessage& message, Syncpoint syncpoint) {
+    StoreConnection& connection = *queue.connection;
     MessageName name;
     name.rest = "msg";
-    std::string fileName;
+    UnitMember member = {UnitStage::kPut, queue.state->directory, {}};
     std::string path;
     OsStatus status = OsStatus::Exists;
-    for (int i = 0; status == OsStatus::Exists && i < kNameTries; ++i) {
-        name.stampNs = NextStamp(connection->counters);
-        fileName = FormatMessageName(name);
-        status = PutUnderName(queue, fileName, descriptor, body, bytes, syncpoint, &path);
+    for (int attempt = 0; status == OsStatus::Exists && attempt < kMaxNameAttempts; ++attempt) {
+        name.stampNs = NextStamp(connection.counters);
+        member.fileName = FormatMessageName(name);
+        status = WriteUnseen(queue, member, message, path);
+        if (status == OsStatus::Ok && syncpoint == Syncpoint::kNo) status = Publish(queue, member, path);
     }
-    if (status != OsStatus::Ok) return PutFailure(*queue, path, why);
-    if (syncpoint) {
-        connection->unit.members.push_back({UnitStage::Put, queue->state->folder, fileName});
-        return StoreStatus::Ok;
+    if (status != OsStatus::Ok) return PutError(queue, path);
+    if (syncpoint == Syncpoint::kYes) {
+        connection.unit.members.push_back(member);
+        return {};
     }
-    if (connection->attributes.values.sync != 0) static_cast<void>(SyncFolder(queue->state->path));
-    NoteArrival(queue->state->counters, name.stampNs);
-    return StoreStatus::Ok;
+    if (connection.attributes.values.sync != 0) static_cast<void>(SyncFolder(queue.state->path));
+    CountArrival(queue.state->counters, name.stampNs);
+    return {};
 }
 
 void MakeIdentifier(const StoreConnection& connection, MQBYTE* identifier) {
@@ -96,12 +99,6 @@ void MakeIdentifier(const StoreConnection& connection, MQBYTE* identifier) {
     const std::int64_t stamp = NextStamp(connection.counters);
     for (int i = 0; i < 8; ++i)
         identifier[16 + i] = static_cast<MQBYTE>(stamp >> (56 - 8 * i));
-}
-
-bool IsQueueFull(StoreQueue* queue) {
-    const std::int64_t limit = queue->state->attributes.values.maxDepth;
-    if (limit == 999999999) return false;
-    return QueueDepth(queue->connection->path, queue->state->folder) >= limit;
 }
 
 }  // namespace spoolmq

@@ -2,7 +2,6 @@
 #include <array>
 #include <cstdio>
 
-#include "spoolmq/store/admin.h"
 #include "spoolmq/store/store.h"
 
 namespace spoolmq {
@@ -11,6 +10,7 @@ namespace {
 
 constexpr std::string_view kSharedEnding = ".shared";
 constexpr std::string_view kExclusiveEnding = ".exclusive";
+constexpr std::int32_t kNoDepthLimit = 999999999;
 
 bool EndsWith(std::string_view text, std::string_view end) {
     return text.size() > end.size() && text.substr(text.size() - end.size()) == end;
@@ -20,12 +20,17 @@ std::string OpensPath(const std::string& queuePath) {
     return queuePath + "/.opens";
 }
 
+// Holding this lock keeps other programs from registering an open for input.
+std::string OpensLockPath(const std::string& queuePath) {
+    return OpensPath(queuePath) + "/.guard";
+}
+
 struct InputOpens {
     std::int32_t shared = 0;
     std::int32_t exclusive = 0;
 };
 
-/// Counts the opens that belong to living programs and clears the others away.
+// Counts the opens of living programs and removes those of dead ones.
 InputOpens CountInputOpens(const std::string& queuePath) {
     InputOpens opens;
     std::vector<FolderEntry> entries;
@@ -34,9 +39,9 @@ InputOpens CountInputOpens(const std::string& queuePath) {
         const bool isShared = EndsWith(entry.name, kSharedEnding);
         if (!isShared && !EndsWith(entry.name, kExclusiveEnding)) continue;
         const std::string path = OpensPath(queuePath) + '/' + entry.name;
-        OsFile presence = kNoFile;
-        if (AcquirePresence(path, &presence) == OsStatus::Ok)
-            ReleasePresence(path, presence);
+        OsFile processLock = kNoFile;
+        if (AcquirePresence(path, &processLock) == OsStatus::Ok)
+            ReleasePresence(path, processLock);
         else if (isShared)
             ++opens.shared;
         else
@@ -45,109 +50,110 @@ InputOpens CountInputOpens(const std::string& queuePath) {
     return opens;
 }
 
-/// Decides whether the open for input is possible and registers it. The guard keeps two programs from
-/// deciding at the same time.
-StoreStatus RegisterInput(StoreQueue* queue, InputUse use, std::string* why) {
-    const std::string folder = OpensPath(queue->state->path);
-    if (MakeFolder(folder) != OsStatus::Ok) {
-        *why = folder + ": " + LastOsErrorText();
-        return StoreStatus::Failed;
-    }
-    const OsFile guard = EnterGuard(folder + "/.guard");
-    const InputOpens opens = CountInputOpens(queue->state->path);
-    const bool isExclusive = use == InputUse::Exclusive;
-    StoreStatus result = StoreStatus::Ok;
-    if (opens.exclusive > 0 || (isExclusive && opens.shared > 0)) {
-        *why = "queue " + queue->state->object + " is open for input: " + std::to_string(opens.exclusive) +
-               " exclusive, " + std::to_string(opens.shared) + " shared; see \"" + folder + "\"";
-        result = StoreStatus::InUse;
-    } else {
-        std::array<char, 64> name{};
-        std::snprintf(name.data(), name.size(), "/%lld-%08llx", static_cast<long long>(ProcessId()),
-                      static_cast<unsigned long long>(RandomNumber() & 0xFFFFFFFF));
-        queue->inputPath = folder + name.data() + std::string(isExclusive ? kExclusiveEnding : kSharedEnding);
-        if (AcquirePresence(queue->inputPath, &queue->inputPresence) != OsStatus::Ok) {
-            *why = queue->inputPath + ": " + LastOsErrorText();
-            result = StoreStatus::Failed;
-        }
-    }
-    LeaveGuard(guard);
-    return result;
+Status CheckInput(const StoreQueue& queue, InputUse use) {
+    const InputOpens opens = CountInputOpens(queue.state->path);
+    if (opens.exclusive == 0 && (use != InputUse::kExclusive || opens.shared == 0)) return {};
+    return {StatusCode::kInUse, "queue " + queue.state->object +
+                                    " is open for input: " + std::to_string(opens.exclusive) +
+                                    " exclusive, " + std::to_string(opens.shared) + " shared; see \"" +
+                                    OpensPath(queue.state->path) + "\""};
 }
 
-/// What the connection knows of the queue, made or renewed. Null when there is no such queue or *why says
-/// otherwise.
-QueueState* StateOfQueue(StoreConnection* connection, const std::string& name, std::string* why) {
-    const std::string folder = FolderOfObject(name);
-    const std::string path = connection->path + '/' + folder;
+Status LockInput(StoreQueue& queue, InputUse use) {
+    std::array<char, 64> name{};
+    std::snprintf(name.data(), name.size(), "/%lld-%08llx", static_cast<long long>(ProcessId()),
+                  static_cast<unsigned long long>(RandomNumber() & 0xFFFFFFFF));
+    queue.inputPath = OpensPath(queue.state->path) + name.data();
+    queue.inputPath += use == InputUse::kExclusive ? kExclusiveEnding : kSharedEnding;
+    if (AcquirePresence(queue.inputPath, &queue.inputLock) != OsStatus::Ok) return FileError(queue.inputPath);
+    return {};
+}
+
+// Registers an open for input if the other opens allow it.
+Status RegisterInput(StoreQueue& queue, InputUse use) {
+    if (MakeFolder(OpensPath(queue.state->path)) != OsStatus::Ok)
+        return FileError(OpensPath(queue.state->path));
+    const OsFile lock = EnterGuard(OpensLockPath(queue.state->path));
+    Status status = CheckInput(queue, use);
+    if (status.IsOk()) status = LockInput(queue, use);
+    LeaveGuard(lock);
+    return status;
+}
+
+// Maps the counters of the queue's present directory, which may not be the one of an earlier open.
+Status RefreshCounters(QueueState& state, std::uint64_t identity) {
+    if (state.counters.file.memory != nullptr && state.identity == identity) return {};
+    QueueCounters counters;
+    if (MapQueueCounters(state.path + "/.state", counters) != OsStatus::Ok)
+        return FileError(state.path + "/.state");
+    // The queue is new to this connection, or was deleted and created again: nothing needs the old counters.
+    UnmapSharedFile(&state.counters.file);
+    state.counters = counters;
+    state.identity = identity;
+    return {};
+}
+
+// Sets `state` to what the connection knows about the queue, created or updated.
+Status FindQueueState(StoreConnection& connection, const std::string& name, QueueState*& state) {
+    const std::string directory = DirectoryOfObject(name);
+    const std::string path = connection.path + '/' + directory;
     FileInfo info;
-    if (!IsObjectName(name) || StatPath(path, &info) != OsStatus::Ok || !info.isFolder) return nullptr;
-    std::unique_ptr<QueueState>& state = connection->queues[folder];
-    if (state == nullptr) {
-        state = std::make_unique<QueueState>();
-        state->object = name;
-        state->folder = folder;
-        state->path = path;
-        state->attributes.path = path + "/.queue.ini";
+    if (!IsObjectName(name) || StatPath(path, &info) != OsStatus::Ok || !info.isFolder) {
+        return {StatusCode::kUnknownQueue, "there is no queue " + name + " in \"" + connection.path + "\""};
     }
-    // Deleted and created anew since: the old counters belong to nobody any more.
-    if (state->counters.file.memory == nullptr || state->identity != info.identity) {
-        QueueCounters counters;
-        if (MapQueueCounters(path + "/.state", &counters) != OsStatus::Ok) {
-            *why = path + "/.state: " + LastOsErrorText();
-            // One that has counters may be open: it stays with them.
-            if (state->counters.file.memory == nullptr) connection->queues.erase(folder);
-            return nullptr;
-        }
-        UnmapSharedFile(&state->counters.file);
-        state->counters = counters;
-        state->identity = info.identity;
+    std::unique_ptr<QueueState>& known = connection.queues[directory];
+    if (known == nullptr) {
+        known = std::make_unique<QueueState>();
+        known->object = name;
+        known->directory = directory;
+        known->path = path;
+        known->attributes.path = path + "/.queue.ini";
     }
-    return state.get();
+    const Status status = RefreshCounters(*known, info.identity);
+    if (status.IsOk())
+        state = known.get();
+    else if (known->counters.file.memory == nullptr)
+        // A state that has counters is kept, because a handle may be using it.
+        connection.queues.erase(directory);
+    return status;
 }
 
 }  // namespace
 
-StoreStatus OpenStoreQueue(StoreConnection* connection, const std::string& name, InputUse use,
-                           std::unique_ptr<StoreQueue>* queue, std::string* why) {
-    queue->reset();
-    why->clear();
-    QueueState* state = StateOfQueue(connection, name, why);
-    if (state == nullptr && !why->empty()) return StoreStatus::Failed;
-    if (state == nullptr) {
-        *why = "there is no queue " + name + " in \"" + connection->path + "\"";
-        return StoreStatus::UnknownQueue;
-    }
+Status OpenStoreQueue(StoreConnection& connection, const std::string& name, InputUse use,
+                      std::unique_ptr<StoreQueue>& queue) {
+    queue.reset();
     auto fresh = std::make_unique<StoreQueue>();
-    fresh->connection = connection;
-    fresh->state = state;
-    if (!RefreshAttributes(&state->attributes, why)) return StoreStatus::Failed;
-    if (use != InputUse::None) {
-        const StoreStatus status = RegisterInput(fresh.get(), use, why);
-        if (status != StoreStatus::Ok) return status;
-        if (RecoverDeadUnits(connection->path, connection->unit.id)) ++connection->returnsHere;
-        connection->lastRecoveryMs = MonotonicMs();
+    fresh->connection = &connection;
+    Status status = FindQueueState(connection, name, fresh->state);
+    if (status.IsOk()) status = RefreshAttributes(fresh->state->attributes);
+    if (!status.IsOk()) return status;
+    if (use != InputUse::kNone) {
+        status = RegisterInput(*fresh, use);
+        if (!status.IsOk()) return status;
+        if (RecoverDeadUnits(connection.path, connection.unit.id)) ++connection.ownReturns;
+        connection.lastRecoveryMs = MonotonicMs();
     }
-    *queue = std::move(fresh);
-    return StoreStatus::Ok;
+    queue = std::move(fresh);
+    return {};
 }
 
 void CloseStoreQueue(std::unique_ptr<StoreQueue> queue) {
-    ReleasePresence(queue->inputPath, queue->inputPresence);
+    ReleasePresence(queue->inputPath, queue->inputLock);
 }
 
-bool RefreshQueue(StoreQueue* queue, std::string* why) {
-    return RefreshAttributes(&queue->state->attributes, why);
+Status RefreshQueue(StoreQueue& queue) {
+    return RefreshAttributes(queue.state->attributes);
 }
 
 std::int32_t InputOpenCount(const std::string& queuePath) {
-    const OsFile guard = EnterGuard(OpensPath(queuePath) + "/.guard");
+    const OsFile lock = EnterGuard(OpensLockPath(queuePath));
     const InputOpens opens = CountInputOpens(queuePath);
-    LeaveGuard(guard);
+    LeaveGuard(lock);
     return opens.shared + opens.exclusive;
 }
 
-std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueFolder) {
+std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueDirectory) {
     std::vector<FolderEntry> entries;
     std::int64_t depth = 0;
     const auto countFiles = [&](const std::string& path) {
@@ -159,13 +165,19 @@ std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueFol
     if (ListFolder(UnitsPath(qmgrPath), &units) == OsStatus::Ok) {
         for (const FolderEntry& unit : units) {
             if (!unit.isFolder) continue;
-            for (const UnitStage stage : {UnitStage::Got, UnitStage::Taking, UnitStage::Put})
-                countFiles(UnitsPath(qmgrPath) + '/' + unit.name + '/' + StageName(stage) + '/' +
-                           queueFolder);
+            const std::string unitPath = UnitsPath(qmgrPath) + '/' + unit.name;
+            for (const UnitStage stage : {UnitStage::kGot, UnitStage::kTaking, UnitStage::kPut})
+                countFiles(unitPath + '/' + StageName(stage) + '/' + queueDirectory);
         }
     }
-    countFiles(qmgrPath + '/' + queueFolder);
+    countFiles(qmgrPath + '/' + queueDirectory);
     return depth;
+}
+
+bool IsQueueFull(const StoreQueue& queue) {
+    const std::int32_t limit = queue.state->attributes.values.maxDepth;
+    if (limit == kNoDepthLimit) return false;
+    return QueueDepth(queue.connection->path, queue.state->directory) >= limit;
 }
 
 }  // namespace spoolmq

@@ -1,4 +1,4 @@
-// Putting the units of work of dead programs in order: unit.h, invariant 3.
+// Recovery of the units of work of dead processes (invariant 3 in unit.h).
 #include <algorithm>
 
 #include "spoolmq/store/counters.h"
@@ -12,77 +12,90 @@ namespace {
 
 constexpr std::string_view kLockEnding = ".lock";
 
-/// Tells the readers of a queue that messages came back.
+// A unit whose lock this process has acquired.
+struct DeadUnit {
+    const std::string& qmgrPath;
+    std::string path;
+    bool isCommitted = false;
+};
+
+// Makes the readers of a queue look at its directory again.
 void AnnounceReturn(const std::string& queuePath) {
     QueueCounters counters;
-    if (MapQueueCounters(queuePath + "/.state", &counters) != OsStatus::Ok) return;
-    NoteReturn(counters);
+    if (MapQueueCounters(queuePath + "/.state", counters) != OsStatus::Ok) return;
+    CountReturn(counters);
     UnmapSharedFile(&counters.file);
 }
 
-OsStatus SettleMessage(const std::string& qmgrPath, UnitStage stage, bool isCommitted,
-                       const std::string& queueFolder, const std::string& fileName, const std::string& path) {
-    switch (stage) {
-        case UnitStage::Got:
-            if (isCommitted) break;
-            return ReturnMessage(qmgrPath, queueFolder, fileName, path, 1);
-        case UnitStage::Taking: return ReturnMessage(qmgrPath, queueFolder, fileName, path, 0);
-        case UnitStage::Put:
-            if (isCommitted) return ReturnMessage(qmgrPath, queueFolder, fileName, path, 0);
-            break;
-        case UnitStage::Done: break;
+OsStatus SettleMessage(const DeadUnit& unit, const UnitMember& message, const std::string& path) {
+    switch (message.stage) {
+        case UnitStage::kGot:
+            if (unit.isCommitted) break;
+            return ReturnMessage(unit.qmgrPath, message, path, BackoutCount::kRaise);
+        case UnitStage::kTaking: return ReturnMessage(unit.qmgrPath, message, path, BackoutCount::kKeep);
+        case UnitStage::kPut:
+            if (!unit.isCommitted) break;
+            return ReturnMessage(unit.qmgrPath, message, path, BackoutCount::kKeep);
+        case UnitStage::kDone: break;
     }
-    return DeleteMessage(qmgrPath, queueFolder, fileName, path);
+    return DeleteMessage(unit.qmgrPath, message, path);
 }
 
-/// All messages of one stage of a dead unit. False when one could not be settled.
-bool SettleStage(const std::string& qmgrPath, const std::string& unitPath, UnitStage stage,
-                 bool isCommitted) {
-    const std::string stagePath = unitPath + '/' + StageName(stage);
-    std::vector<FolderEntry> queues;
+// Settles the messages of one stage and queue. Returns whether none is left.
+bool SettleQueue(const DeadUnit& unit, UnitStage stage, const std::string& queueDirectory,
+                 const std::string& path) {
     std::vector<FolderEntry> messages;
-    if (ListFolder(stagePath, &queues) != OsStatus::Ok) return true;  // the stage was never used
+    if (ListFolder(path, &messages) != OsStatus::Ok) return false;
     bool isSettled = true;
-    for (const FolderEntry& queue : queues) {
-        const std::string folder = stagePath + '/' + queue.name;
-        if (ListFolder(folder, &messages) != OsStatus::Ok) return false;
-        for (const FolderEntry& message : messages) {
-            isSettled &= SettleMessage(qmgrPath, stage, isCommitted, queue.name, message.name,
-                                       folder + '/' + message.name) == OsStatus::Ok;
-            PassStorePoint("return-step");
-        }
-        // Also when the messages were settled by someone who died before he could tell.
-        if (stage != UnitStage::Done) AnnounceReturn(qmgrPath + '/' + queue.name);
-        PassStorePoint("recovered");
-        isSettled = isSettled && RemoveEmptyFolder(folder) == OsStatus::Ok;
+    for (const FolderEntry& message : messages) {
+        const UnitMember member = {stage, queueDirectory, message.name};
+        isSettled &= SettleMessage(unit, member, path + '/' + message.name) == OsStatus::Ok;
+        ReachCrashPoint("return-step");
     }
+    // This is needed even if there was no message: an earlier recovery may have been killed before it got here.
+    if (stage != UnitStage::kDone) AnnounceReturn(unit.qmgrPath + '/' + queueDirectory);
+    ReachCrashPoint("recovered");
+    return isSettled && RemoveEmptyFolder(path) == OsStatus::Ok;
+}
+
+// Settles all messages of one stage. Returns whether none is left.
+bool SettleStage(const DeadUnit& unit, UnitStage stage) {
+    const std::string stagePath = unit.path + '/' + StageName(stage);
+    std::vector<FolderEntry> queues;
+    // The directory of a stage that the unit never used does not exist.
+    if (ListFolder(stagePath, &queues) != OsStatus::Ok) return true;
+    bool isSettled = true;
+    for (const FolderEntry& queue : queues)
+        isSettled &= SettleQueue(unit, stage, queue.name, stagePath + '/' + queue.name);
     return isSettled && RemoveEmptyFolder(stagePath) == OsStatus::Ok;
 }
 
-/// False when something of the unit has to stay.
+// Settles a whole unit. Returns false when something of it has to stay.
 bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
     FileInfo marker;
     const bool isCommitted = StatPath(unitPath + "/commit", &marker) == OsStatus::Ok;
+    const DeadUnit unit = {qmgrPath, unitPath, isCommitted};
     bool isSettled = true;
-    for (const UnitStage stage : {UnitStage::Done, UnitStage::Taking, UnitStage::Put, UnitStage::Got})
-        isSettled &= SettleStage(qmgrPath, unitPath, stage, isCommitted);
+    for (const UnitStage stage : {UnitStage::kDone, UnitStage::kTaking, UnitStage::kPut, UnitStage::kGot})
+        isSettled &= SettleStage(unit, stage);
     if (!isSettled) return false;
-    // The marker goes last: until then it says what is to become of the rest.
+    // The marker is removed last: until then it says what has to happen to the remaining messages.
     return RemoveFile(unitPath + "/commit") == OsStatus::Ok &&
            RemoveFile(unitPath + "/open") == OsStatus::Ok && RemoveEmptyFolder(unitPath) == OsStatus::Ok;
 }
 
-/// The unit that a folder, or a lock file that is left without one, belongs to; empty for anything else.
+// Returns the id of the unit whose directory this entry is, or whose lock file it is when the directory no
+// longer exists; empty for anything else.
 std::string UnitOfEntry(const FolderEntry& entry, const std::vector<FolderEntry>& entries) {
     const std::string_view name = entry.name;
     if (entry.isFolder) return entry.name;
     if (name.size() <= kLockEnding.size() || name.substr(name.size() - kLockEnding.size()) != kLockEnding)
         return {};
     const std::string_view id = name.substr(0, name.size() - kLockEnding.size());
-    const bool hasFolder = std::any_of(entries.begin(), entries.end(), [&](const FolderEntry& other) {
+    const bool hasDirectory = std::any_of(entries.begin(), entries.end(), [&](const FolderEntry& other) {
         return other.isFolder && other.name == id;
     });
-    return hasFolder ? std::string() : std::string(id);
+    return hasDirectory ? std::string() : std::string(id);
 }
 
 }  // namespace
@@ -91,21 +104,22 @@ bool RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId) {
     const std::string units = UnitsPath(qmgrPath);
     std::vector<FolderEntry> entries;
     if (ListFolder(units, &entries) != OsStatus::Ok) return false;
-    bool wasThereOne = false;
+    bool hasFound = false;
     for (const FolderEntry& entry : entries) {
         const std::string id = UnitOfEntry(entry, entries);
         if (id.empty() || id == ownId) continue;
-        const std::string lockPath = units + '/' + id + std::string(kLockEnding);
-        OsFile presence = kNoFile;
-        if (AcquirePresence(lockPath, &presence) != OsStatus::Ok) continue;
-        wasThereOne = true;
+        const std::string unitPath = units + '/' + id;
+        const std::string lockPath = unitPath + std::string(kLockEnding);
+        OsFile processLock = kNoFile;
+        if (AcquirePresence(lockPath, &processLock) != OsStatus::Ok) continue;
+        hasFound = true;
         FileInfo info;
-        if (StatPath(units + '/' + id, &info) != OsStatus::Ok || SettleUnit(qmgrPath, units + '/' + id))
-            ReleasePresence(lockPath, presence);
+        if (StatPath(unitPath, &info) != OsStatus::Ok || SettleUnit(qmgrPath, unitPath))
+            ReleasePresence(lockPath, processLock);
         else
-            CloseFile(presence);
+            CloseFile(processLock);
     }
-    return wasThereOne;
+    return hasFound;
 }
 
 }  // namespace spoolmq

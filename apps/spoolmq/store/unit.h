@@ -1,26 +1,30 @@
 // Units of work on disk.
 //
-// Every connection has a folder QM/.units/ID and, for as long as its process lives, the lock on
-// QM/.units/ID.lock. Messages stand in it by what is to become of them, in a subfolder a queue:
+// Every connection has a directory QM/.units/ID and, as long as its process lives, the lock QM/.units/ID.lock.
+// The messages of the unit are in that directory, in one subdirectory for each stage and queue. The stage says
+// what will happen to a message:
 //
-//     got/QUEUE/NAME     got under syncpoint:      commit deletes, back-out returns with the count raised
-//     taking/QUEUE/NAME  a get without syncpoint under way: returns as it was if the program dies
-//     put/QUEUE/NAME     put and not yet available: commit makes it available, back-out deletes
-//     done/QUEUE/NAME    gone for good, about to be deleted
-//     open, or commit    a marker: while it is called commit, the commit of all of got and put is decided
+//     got/QUEUE/NAME     got under syncpoint: a commit deletes it, a back-out returns it with its count raised
+//     taking/QUEUE/NAME  being got without syncpoint: returned unchanged if the process dies
+//     put/QUEUE/NAME     put under syncpoint: a commit makes it available, a back-out deletes it
+//     done/QUEUE/NAME    committed, about to be deleted
 //
-// Invariants, whatever moment the process is killed at:
-//   1. A message is one file; every move of it is one rename. It is in exactly one place.
-//   2. A commit is decided in one step: renaming the marker, or, for a unit of a single message, the rename
-//   of that
-//      message (got to done, put to its queue). What is decided is finished by whoever comes next.
-//   3. A unit whose lock is free belongs to nobody alive. Whoever finds it takes the lock, then finishes it
-//   if it
-//      is decided, else backs it out. Each step leaves the unit such that the whole can be begun again.
-//   4. The back-out count is in the name and changes in the rename that returns the message: it is raised
-//   exactly once.
-//   5. A descriptor (QUEUE/.desc) is written before its message can be seen and deleted just before its file
-//   is.
+// The directory also holds an empty file, the marker. Its name is "open", or "commit" while a commit of
+// everything in got and put is decided and not yet finished.
+//
+// Invariants, whenever the process is killed:
+//   1. A message is one file, and each move of it is one rename. It is in exactly one place.
+//   2. A commit is decided by a single rename: that of the marker, or, in a unit of one message, that of the
+//      message itself (from got to done, or from put to its queue). A decided commit is finished by whoever
+//      comes next.
+//   3. A unit whose lock is free belongs to a dead process. Whoever finds it acquires the lock, then finishes
+//      the commit if it is decided, else backs the unit out. Each step leaves the unit in a state from which
+//      all of this can be done again.
+//   4. The back-out count is part of the file name and is raised by the rename that returns the message: it is
+//      raised exactly once.
+//   5. A descriptor (QUEUE/.desc) is written before its message becomes visible and deleted just before its
+//      message is. A message without one would look like a copied-in file; between the two deletions it is
+//      already out of its queue.
 #pragma once
 
 #include <string>
@@ -31,50 +35,52 @@
 
 namespace spoolmq {
 
-enum class UnitStage { Got, Taking, Put, Done };
+enum class UnitStage { kGot, kTaking, kPut, kDone };
 
 struct UnitMember {
-    UnitStage stage;  ///< Got or Put
-    std::string queueFolder;
+    UnitStage stage = UnitStage::kGot;
+    std::string queueDirectory;
     std::string fileName;
 };
 
 struct Unit {
     std::string qmgrPath;
-    std::string id;  ///< process id and a random number; empty when there is no unit folder
-    OsFile presence = kNoFile;
-    bool sync = false;  ///< force commits to the disk
-    std::vector<UnitMember> members;
-    std::unordered_set<std::string> madeFolders;
+    std::string id;  ///< process id and a random number; empty when there is no directory
+    OsFile processLock = kNoFile;
+    bool sync = false;                ///< force commits to the disk
+    bool isRollbackOnly = false;      ///< can only be backed out, which resets it
+    std::vector<UnitMember> members;  ///< in the stages got and put
+    std::unordered_set<std::string> createdDirectories;
 };
 
-/// Makes the unit folder and its lock.
-[[nodiscard]] OsStatus OpenUnit(const std::string& qmgrPath, Unit* unit);
-/// Removes folder and lock. Whatever is still in the unit is left to the recovery of dead units.
-void CloseUnit(Unit* unit);
+/// Creates the unit's directory and its lock.
+[[nodiscard]] OsStatus OpenUnit(const std::string& qmgrPath, Unit& unit);
+/// Removes directory and lock. Whatever is still in the unit is left to RecoverDeadUnits.
+void CloseUnit(Unit& unit);
 
-/// Where a message of this queue and name stands in the unit; makes the folders on first use.
-[[nodiscard]] OsStatus StagePath(Unit* unit, UnitStage stage, const std::string& queueFolder,
-                                 const std::string& fileName, std::string* path);
+/// Sets `path` to where the member's file is, or is to be, in the unit. Creates the directories on first use.
+[[nodiscard]] OsStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path);
 
-/// Commits the members. Failed: nothing is decided and the unit is as before. Once decided the answer is Ok;
-/// what could not be finished is left in a unit of its own for recovery, and *unit goes on with a fresh one.
-/// *touched receives the queues that got messages, to be told to waiting readers.
-[[nodiscard]] OsStatus CommitUnit(Unit* unit, std::vector<UnitMember>* published);
-/// Backs out the members. On Failed the rest is left in a unit of its own for recovery; *unit goes on with a
-/// fresh one. *returned receives the messages that are back.
-[[nodiscard]] OsStatus BackOutUnit(Unit* unit, std::vector<UnitMember>* returned);
+/// Commits the members. Any failure: nothing is decided and the unit is as before. Once the commit is decided
+/// the status is Ok; what could not be finished then stays, as a unit of its own, for recovery, and `unit`
+/// continues with a new directory. `published` receives the messages that became available.
+[[nodiscard]] OsStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published);
+/// Backs out the members. Failed: the rest stays, as a unit of its own, for recovery, and `unit` continues with
+/// a new directory. `returned` receives the messages that are back in their queues.
+[[nodiscard]] OsStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned);
 
-/// Deletes a message for good: its descriptor, then its file at `path`.
-[[nodiscard]] OsStatus DeleteMessage(const std::string& qmgrPath, const std::string& queueFolder,
-                                     const std::string& fileName, const std::string& path);
-/// Renames the file at `path` back into its queue, with the back-out count raised by `raise`.
-[[nodiscard]] OsStatus ReturnMessage(const std::string& qmgrPath, const std::string& queueFolder,
-                                     const std::string& fileName, const std::string& path, int raise);
+/// Deletes a message whose file is at `path`: first its descriptor, then the file.
+[[nodiscard]] OsStatus DeleteMessage(const std::string& qmgrPath, const UnitMember& message,
+                                     const std::string& path);
 
-/// Puts every unit that belongs to nobody alive in order, see invariant 3. Cheap when there is none. A unit
-/// that cannot be put in order stays for the next time.
-/// Returns whether there was one.
+enum class BackoutCount { kKeep, kRaise };
+
+/// Moves a message whose file is at `path` back into its queue.
+[[nodiscard]] OsStatus ReturnMessage(const std::string& qmgrPath, const UnitMember& message,
+                                     const std::string& path, BackoutCount count);
+
+/// Finishes or backs out every unit of a dead process (invariant 3). Costs little when there is none. A unit
+/// for which this fails stays until the next time. Returns whether a unit of a dead process was found.
 bool RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId);
 
 [[nodiscard]] std::string UnitsPath(const std::string& qmgrPath);

@@ -112,13 +112,13 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         std::make_pair("MQGET 5\n", "SPOOLMQ_FAULTS, line 1 \"MQGET 5\": a line has at least three words"),
         std::make_pair("\nMQFLY 1 fail 2 2009", "line 2 \"MQFLY 1 fail 2 2009\": \"MQFLY\" is not a verb"),
-        std::make_pair("MQGET none fail 2 2009", "\"none\" is not a call number: 5, 5-7, 5+ or *"),
-        std::make_pair("MQGET 0 fail 2 2009", "\"0\" is not a call number"),
-        std::make_pair("MQGET 3-2 fail 2 2009", "\"3-2\" is not a call number"),
-        std::make_pair("MQGET 1 fail 3 2009", "the action is none of: fail CC RC"),
-        std::make_pair("MQGET 1 fail 2009", "the action is none of"),
-        std::make_pair("MQGET 1 kill", "the action is none of"),
-        std::make_pair("MQGET 1 kill later", "the action is none of"),
+        std::make_pair("MQGET none fail 2 2009", "\"none\" is not a number of calls: give 5, 5-7, 5+ or *"),
+        std::make_pair("MQGET 0 fail 2 2009", "\"0\" is not a number of calls"),
+        std::make_pair("MQGET 3-2 fail 2 2009", "\"3-2\" is not a number of calls"),
+        std::make_pair("MQGET 1 fail 3 2009", "the action is not one of: fail CC RC"),
+        std::make_pair("MQGET 1 fail 2009", "the action is not one of"),
+        std::make_pair("MQGET 1 kill", "the action is not one of"),
+        std::make_pair("MQGET 1 kill later", "the action is not one of"),
         std::make_pair("point got 1 fail", "a point line reads: point NAME CALLS kill")));
 
 TEST_F(FaultTest, AMissingPlanFileIsTold) {

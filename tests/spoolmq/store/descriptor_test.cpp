@@ -1,4 +1,4 @@
-// Descriptors as text.
+// Formatting and parsing of descriptors.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -11,7 +11,7 @@ namespace {
 TEST(DescriptorTest, EveryFieldSurvivesTheText) {
     mqi::MQMD md = ParseDescriptor("");
     auto* bytes = reinterpret_cast<unsigned char*>(&md);
-    // Each byte of each field its own value; BackoutCount is not part of the text.
+    // Every byte of every field gets a value of its own, except BackoutCount, which the text does not contain.
     for (std::size_t i = 8; i < sizeof md; ++i)
         bytes[i] = static_cast<unsigned char>('A' + i % 50);
     md.BackoutCount = 0;
@@ -20,7 +20,7 @@ TEST(DescriptorTest, EveryFieldSurvivesTheText) {
     EXPECT_EQ(0, std::memcmp(&md, &parsed, sizeof md)) << FormatDescriptor(md);
 }
 
-TEST(DescriptorTest, DefaultsAreLeftOutAndUnknownLinesPassedOver) {
+TEST(DescriptorTest, DefaultsAreLeftOutAndUnknownLinesAreSkipped) {
     EXPECT_EQ("", FormatDescriptor(ParseDescriptor("")));
     const mqi::MQMD md = ParseDescriptor("Nonsense\nFormat=MQSTR\r\nColour=red\nPriority=high\nExpiry=7\n");
     EXPECT_EQ("MQSTR   ", std::string(md.Format, 8));

@@ -1,4 +1,4 @@
-// Which copied-in files a listing includes.
+// Which copied-in files are complete.
 #include <gtest/gtest.h>
 
 #include "spoolmq/store/listing.h"
@@ -6,7 +6,7 @@
 namespace spoolmq {
 namespace {
 
-TEST(ListingTest, AFileIsSettledWhenItWasRenamedOrItsLastWriteIsOldEnough) {
+TEST(ListingTest, AFileIsSettledOnceItIsRenamedOrItsLastWriteIsOldEnough) {
     FileInfo file;
     file.writeTimeNs = file.changeTimeNs = 1000000000;
     EXPECT_FALSE(IsSettled(file, 1000000000 + 249000000, 250));

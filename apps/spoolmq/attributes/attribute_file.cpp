@@ -1,0 +1,57 @@
+#include "spoolmq/attributes/attribute_file.h"
+
+namespace spoolmq {
+
+namespace {
+
+// Two changes within one tick of the file clock leave the same time, so a file that changed this recently is
+// read again.
+constexpr std::int64_t kClockTickNs = 20000000;
+
+bool IsSameFile(const FileInfo& a, const FileInfo& b) {
+    return a.identity == b.identity && a.bytes == b.bytes && a.writeTimeNs == b.writeTimeNs &&
+           a.changeTimeNs == b.changeTimeNs;
+}
+
+template <typename Attributes>
+void UseDefaults(AttributeFile<Attributes>& file) {
+    if (!file.isRead || file.readFile.identity != 0) file.values = Attributes();
+    file.readFile = FileInfo();
+    file.isRead = true;
+}
+
+template <typename Attributes>
+Status Refresh(AttributeFile<Attributes>& file) {
+    FileInfo now;
+    const OsStatus found = StatPath(file.path, &now);
+    if (found == OsStatus::NotFound) {
+        UseDefaults(file);
+        return {};
+    }
+    if (found != OsStatus::Ok) return FileError(file.path);
+    const bool isSettled = file.readAtNs - now.changeTimeNs > kClockTickNs;
+    if (file.isRead && isSettled && IsSameFile(now, file.readFile)) return {};
+    std::string text;
+    const std::int64_t readAtNs = FileClockNs();
+    if (ReadWholeFile(file.path, &text) != OsStatus::Ok) return FileError(file.path);
+    Status status = ParseAttributes(text, file.values);
+    if (!status.IsOk()) {
+        status.error = file.path + ", " + status.error;
+        return status;
+    }
+    file.readFile = now;
+    file.readAtNs = readAtNs;
+    file.isRead = true;
+    return {};
+}
+
+}  // namespace
+
+Status RefreshAttributes(AttributeFile<QmgrAttributes>& file) {
+    return Refresh(file);
+}
+Status RefreshAttributes(AttributeFile<QueueAttributes>& file) {
+    return Refresh(file);
+}
+
+}  // namespace spoolmq

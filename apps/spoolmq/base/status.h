@@ -1,0 +1,30 @@
+// The outcome of an operation of the stand-in, with the error message for a user.
+#pragma once
+
+#include <string>
+
+namespace spoolmq {
+
+enum class StatusCode {
+    kOk,
+    kUnknownQueueManager,
+    kUnknownQueue,
+    kAlreadyExists,
+    kInUse,         ///< someone has the queue open for input, is connected, or has messages in a unit of work
+    kQueueDeleted,  ///< the directory of an open queue is gone
+    kNoMessage,
+    kMessageGone,  ///< another reader was faster; look for a message again
+    kFailed,       ///< the file system refused, or a file or a value is not valid
+};
+
+struct [[nodiscard]] Status {
+    StatusCode code = StatusCode::kOk;
+    std::string error;  ///< what failed and why, and what to do where that is known; empty for kOk
+
+    [[nodiscard]] bool IsOk() const { return code == StatusCode::kOk; }
+};
+
+/// kFailed, with the path and the reason of the calling thread's last failed operating-system call.
+Status FileError(const std::string& path);
+
+}  // namespace spoolmq

@@ -1,0 +1,110 @@
+// Taking a message that was found away from all other readers.
+#include "spoolmq/store/crash_points.h"
+#include "spoolmq/store/store.h"
+
+namespace spoolmq {
+
+namespace {
+
+// A unit never holds nearly as many copied-in files of one name and one clock tick.
+constexpr int kMaxNameAttempts = 1000;
+
+UnitStage StageOf(Syncpoint syncpoint) {
+    return syncpoint == Syncpoint::kYes ? UnitStage::kGot : UnitStage::kTaking;
+}
+
+UnitMember MemberOf(const StoreQueue& queue, const FoundMessage& found, UnitStage stage) {
+    return {stage, queue.state->directory, FormatMessageName(found.name)};
+}
+
+// Decides what a failed rename into the unit means.
+Status MoveError(Unit& unit, const std::string& from, const std::string& to, OsStatus reason) {
+    FileInfo info;
+    if (reason == OsStatus::NotFound && StatPath(from, &info) == OsStatus::Ok) {
+        // The message still exists, so the directory does not: someone has removed it. The next attempt
+        // creates it.
+        unit.createdDirectories.erase(to.substr(0, to.rfind('/')));
+        return {StatusCode::kMessageGone, {}};
+    }
+    if (reason == OsStatus::NotFound || reason == OsStatus::Busy) return {StatusCode::kMessageGone, {}};
+    return FileError(from);
+}
+
+// Moves the message's file into the unit and sets `path` to its new place. `found` gets a stamp that is later
+// by some nanoseconds if the unit already holds a message of its name, which happens when two files of the same
+// name are copied in within one clock tick.
+Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std::string& path) {
+    Unit& unit = queue.connection->unit;
+    const std::string from = queue.state->path + '/' + found.fileName;
+    OsStatus status = OsStatus::Exists;
+    for (int attempt = 0; status == OsStatus::Exists && attempt < kMaxNameAttempts; ++attempt) {
+        if (attempt > 0) ++found.name.stampNs;
+        if (MakeMemberPath(unit, MemberOf(queue, found, stage), path) != OsStatus::Ok)
+            return FileError(UnitsPath(unit.qmgrPath) + '/' + unit.id);
+        status = RenameNew(from, path);
+    }
+    return status == OsStatus::Ok ? Status() : MoveError(unit, from, path, status);
+}
+
+// A message that is claimed is usually the first of the listing. Any other entry is marked when opening its
+// file fails.
+void MarkFirstGone(Listing& listing, const std::string& fileName) {
+    if (listing.first < listing.entries.size() && listing.entries[listing.first].fileName == fileName)
+        listing.entries[listing.first].isGone = true;
+}
+
+// Whether the file that was claimed is the one that was found: a copied-in file may have been replaced by
+// another of its name in between.
+bool IsFileAsFound(const std::string& path, const FoundMessage& found) {
+    FileInfo info;
+    return StatPath(path, &info) == OsStatus::Ok && info.identity == found.identity &&
+           info.bytes == found.bytes;
+}
+
+}  // namespace
+
+Status ClaimMessage(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint) {
+    Unit& unit = queue.connection->unit;
+    std::string path;
+    Status status = MoveIntoUnit(queue, found, StageOf(syncpoint), path);
+    if (!status.IsOk()) return status;
+    ReachCrashPoint("got");
+    MarkFirstGone(queue.listing, found.fileName);
+    if (syncpoint == Syncpoint::kYes) unit.members.push_back(MemberOf(queue, found, UnitStage::kGot));
+    if (!found.isCopiedIn || IsFileAsFound(path, found)) return {};
+    UndoClaim(queue, found, syncpoint);
+    return {StatusCode::kMessageGone, {}};
+}
+
+Status FinishGet(StoreQueue& queue, FoundMessage& found) {
+    ReleaseFound(found);
+    Unit& unit = queue.connection->unit;
+    const UnitMember done = MemberOf(queue, found, UnitStage::kDone);
+    std::string from;
+    std::string to;
+    ReachCrashPoint("taken");
+    OsStatus status = MakeMemberPath(unit, MemberOf(queue, found, UnitStage::kTaking), from);
+    if (status == OsStatus::Ok) status = MakeMemberPath(unit, done, to);
+    if (status == OsStatus::Ok) status = RenameNew(from, to);
+    if (status == OsStatus::Ok) status = DeleteMessage(unit.qmgrPath, done, to);
+    return status == OsStatus::Ok ? Status() : FileError(to);
+}
+
+void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint) {
+    ReleaseFound(found);
+    Unit& unit = queue.connection->unit;
+    const UnitMember member = MemberOf(queue, found, StageOf(syncpoint));
+    std::string path;
+    OsStatus status = MakeMemberPath(unit, member, path);
+    if (status == OsStatus::Ok) status = ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kKeep);
+    if (status != OsStatus::Ok) {
+        // A commit would delete a message that its reader has not received.
+        if (syncpoint == Syncpoint::kYes) unit.isRollbackOnly = true;
+        return;
+    }
+    if (syncpoint == Syncpoint::kYes) unit.members.pop_back();
+    ++queue.connection->ownReturns;
+    CountReturn(queue.state->counters);
+}
+
+}  // namespace spoolmq
