@@ -6,7 +6,7 @@
 #include <map>
 
 #include "mqam/explain/failure_report.h"
-#include "mqam/target/sqlite/sqlite_name.h"
+#include "mqam/target/target_kind.h"
 #include "mqamod.h"
 #include "platform/platform.h"
 
@@ -20,6 +20,13 @@ constexpr const char* kSafetyGroup = "Checkpoint and log";
 constexpr const char* kRestartGroup = "Restart";
 constexpr const char* kDiagnosisGroup = "Diagnosis";
 
+std::string DescribeTargets() {
+    std::string help = "where the records go. -: standard output";
+    for (const TargetKind* kind : AllTargetKinds())
+        help += std::string("; ") + kind->usage + ": " + kind->help;
+    return help;
+}
+
 void AddTargetOptions(CLI::App& command, LoadOptions& options) {
     static const std::map<std::string, RecordFormat> formats = [] {
         std::map<std::string, RecordFormat> byName;
@@ -27,10 +34,7 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
             byName[row.name] = row.format;
         return byName;
     }();
-    command
-        .add_option("--to", options.target,
-                    "file for the records, - for standard output, or sqlite:FILE?table=NAME for rows of a "
-                    "SQLite table (default table: records)")
+    command.add_option("--to", options.target, DescribeTargets())
         ->type_name("TARGET")
         ->required()
         ->group(kTargetGroup);
@@ -131,7 +135,7 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
 }
 
 bool IsRestartable(const LoadOptions& options) {
-    return !options.restartFile.empty() || IsSqliteName(options.target);
+    return !options.restartFile.empty() || FindTargetKind(options.target).keepsRestartState;
 }
 
 bool ComposeAttributes(const LoadOptions& options,

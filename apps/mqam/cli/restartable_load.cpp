@@ -6,10 +6,7 @@
 #include "mqam/base/progress.h"
 #include "mqam/load/supervisor.h"
 #include "mqam/load/worker.h"
-#include "mqam/target/file/file_target.h"
-#include "mqam/target/sqlite/sqlite_name.h"
-#include "mqam/target/sqlite/sqlite_target.h"
-#include "platform/paths.h"
+#include "mqam/target/target_kind.h"
 
 namespace mqam {
 
@@ -19,9 +16,6 @@ constexpr std::uint64_t kCheckpointEveryByDefault = 1000;
 
 // Returns what speaks against the combination of options, or an empty string.
 std::string FindContradiction(const LoadOptions& options) {
-    if (options.target == "-") {
-        return "standard output cannot be cut back: a load that can be restarted needs a file (--to FILE)";
-    }
     if (options.preserve) {
         return "--preserve does not go with restart information: the checkpoint file stays until the load "
                "is done, and is of no use after that";
@@ -34,33 +28,28 @@ std::string FindContradiction(const LoadOptions& options) {
             return "--attribute PRESERVE_RESTART_INFO is put by the load itself";
         }
     }
-    if (!IsSqliteName(options.target)) return "";
-    if (!options.restartFile.empty()) {
-        return "--restart-file does not go with a SQLite target: the database keeps the restart information";
-    }
-    if (options.formatGiven) return "--format does not go with a SQLite target: a row is a record";
     return "";
 }
 
-// Returns the target, or null with a complaint.
-std::unique_ptr<Target> MakeTarget(const LoadOptions& options, std::string& complaint) {
-    if (!IsSqliteName(options.target)) {
-        return std::make_unique<FileTarget>(
-            FileTargetSettings{platform::AbsolutePath(options.target),
-                               platform::FollowLinks(platform::AbsolutePath(options.restartFile)),
-                               options.format, options.force, options.append});
-    }
-    SqliteName name;
-    if (!ParseSqliteName(options.target, name, complaint)) return nullptr;
-    name.file = platform::AbsolutePath(name.file);
-    return MakeSqliteTarget({name, options.force, options.append}, complaint);
+TargetRequest RequestOf(const LoadOptions& options) {
+    return {options.target,      options.restartFile, options.format,
+            options.formatGiven, options.force,       options.append};
+}
+
+// Makes the target of the load, and refuses options that do not go with it.
+Status MakeTarget(const LoadOptions& options, std::unique_ptr<Target>& target) {
+    const TargetRequest request = RequestOf(options);
+    const TargetKind& kind = FindTargetKind(request.name);
+    const Status checked = kind.checkOptions(request);
+    return checked.IsOk() ? kind.make(request, target) : checked;
 }
 
 }  // namespace
 
 int RunRestartableLoad(const LoadOptions& options) {
     std::string complaint = FindContradiction(options);
-    const std::unique_ptr<Target> target = complaint.empty() ? MakeTarget(options, complaint) : nullptr;
+    std::unique_ptr<Target> target;
+    if (complaint.empty()) complaint = MakeTarget(options, target).Error();
     WorkerSettings worker;
     AttemptSettings& settings = worker.attempt;
     if (target != nullptr) complaint = FindPathConflict(target->Files());

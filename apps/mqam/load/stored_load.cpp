@@ -8,9 +8,7 @@
 #include "mqam/checkpoint/scan.h"
 #include "mqam/checkpoint/start_decision.h"
 #include "mqam/module/position_text.h"
-#include "mqam/target/file/restart_file.h"
-#include "mqam/target/sqlite/sqlite_name.h"
-#include "mqam/target/sqlite/sqlite_target.h"
+#include "mqam/target/target_kind.h"
 #include "platform/disk_changes.h"
 #include "platform/paths.h"
 #include "recovery/checkpoint_records.h"
@@ -35,26 +33,15 @@ bool Complain(std::string& reason, const std::string& words) {
     return false;
 }
 
-// Reads what is stored, none when there is nothing. Returns false with the reason.
-bool ReadStored(const std::string& restartFile, std::optional<RestartState>& stored, std::string& reason) {
-    bool mayPass = false;
-    if (!IsSqliteName(restartFile)) return ReadRestartFile(restartFile, stored, reason, mayPass);
-    SqliteName name;
-    if (!ParseSqliteName(restartFile, name, reason)) return false;
-    name.file = platform::AbsolutePath(name.file);
-    const std::unique_ptr<Target> target = MakeSqliteTarget({name}, reason);
-    if (target == nullptr) return false;
-    return target->LoadState(stored) || Complain(reason, target->Failure());
-}
-
 }  // namespace
 
 bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath, RestartState& state,
                      std::string& reason) {
     std::optional<RestartState> stored;
-    if (!ReadStored(restartFile, stored, reason)) return false;
-    const std::string what =
-        (IsSqliteName(restartFile) ? "restart information in " : "restart file ") + restartFile;
+    const TargetKind& kind = FindTargetKind(restartFile);
+    const Status read = kind.readState(restartFile, stored);
+    if (!read.IsOk()) return Complain(reason, read.Error());
+    const std::string what = std::string(kind.stateNoun) + " " + restartFile;
     if (!stored) return Complain(reason, what + " is missing");
     state = *stored;
     if (state.checkpointFile != platform::AbsolutePath(checkpointPath)) {

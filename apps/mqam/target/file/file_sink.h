@@ -12,26 +12,11 @@
 #include <thread>
 #include <vector>
 
+#include "mqam/target/record_format.h"
 #include "mqam/target/record_sink.h"
 #include "platform/platform.h"
 
 namespace mqam {
-
-enum class RecordFormat {
-    kLines,   ///< the record, then a line feed
-    kLength,  ///< 4 bytes little-endian length, then the record
-    kRaw,     ///< the records' bytes, one after the other
-};
-
-struct RecordFormatRow {
-    RecordFormat format;
-    const char* name;  ///< as the user types it
-};
-
-inline constexpr RecordFormatRow kRecordFormats[] = {
-    {RecordFormat::kLines, "lines"}, {RecordFormat::kLength, "length"}, {RecordFormat::kRaw, "raw"}};
-
-[[nodiscard]] const char* NameOf(RecordFormat format);
 
 struct FileSinkSettings {
     std::string path;     ///< shown in complaints; opened unless a descriptor is given

@@ -6,7 +6,6 @@ namespace mqam {
 
 namespace {
 
-constexpr std::string_view kScheme = "sqlite:";
 constexpr std::string_view kTableParameter = "table=";
 constexpr std::string_view kOwnTable = "mqam_restart";
 constexpr std::string_view kReservedBeginning = "sqlite_";
@@ -27,12 +26,8 @@ std::string LowerCase(const std::string& name) {
     return lower;
 }
 
-bool IsSqliteName(const std::string& target) {
-    return target.starts_with(kScheme);
-}
-
 bool ParseSqliteName(const std::string& target, SqliteName& name, std::string& complaint) {
-    const std::string rest = target.substr(kScheme.size());
+    const std::string rest = target.substr(std::string_view(kSqlitePrefix).size());
     const std::size_t mark = rest.find('?');
     name.file = rest.substr(0, mark);
     name.table = "records";

@@ -5,6 +5,8 @@
 
 namespace mqam {
 
+inline constexpr char kSqlitePrefix[] = "sqlite:";
+
 struct SqliteName {
     std::string file;
     std::string table;  ///< as the user wrote it; SQLite takes capital and small letters for the same
@@ -12,9 +14,6 @@ struct SqliteName {
 
 /// The name in small letters: the same for every way to write the name of one table.
 [[nodiscard]] std::string LowerCase(const std::string& name);
-
-/// Whether a target's name is meant to be one.
-[[nodiscard]] bool IsSqliteName(const std::string& target);
 
 /// Takes the name apart; the table is "records" when none is named. Returns false with a complaint when a
 /// part is empty or unknown, or the table's name is not made of letters, digits and underscores.

@@ -9,15 +9,6 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(SqliteNameTest, OnlyTheSchemeMakesATargetADatabase) {
-    EXPECT_TRUE(IsSqliteName("sqlite:orders.db"));
-    EXPECT_TRUE(IsSqliteName("sqlite:"));
-    EXPECT_FALSE(IsSqliteName("sqlite"));
-    EXPECT_FALSE(IsSqliteName("orders.sqlite"));
-    EXPECT_FALSE(IsSqliteName("SQLITE:orders.db"));
-    EXPECT_FALSE(IsSqliteName("-"));
-}
-
 struct Row {
     const char* target;
     const char* file;

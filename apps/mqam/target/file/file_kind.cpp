@@ -1,0 +1,42 @@
+#include "mqam/target/file/file_kind.h"
+
+#include "mqam/target/file/file_target.h"
+#include "mqam/target/file/restart_file.h"
+#include "platform/paths.h"
+
+namespace mqam {
+
+namespace {
+
+Status CheckOptions(const TargetRequest& request) {
+    if (request.name == "-") {
+        return Status::Refused(
+            "standard output cannot be cut back: a load that can be restarted needs a file (--to FILE)");
+    }
+    return {};
+}
+
+Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
+    target = std::make_unique<FileTarget>(
+        FileTargetSettings{platform::AbsolutePath(request.name),
+                           platform::FollowLinks(platform::AbsolutePath(request.restartFile)), request.format,
+                           request.force, request.append});
+    return {};
+}
+
+Status ReadState(const std::string& restartFile, std::optional<RestartState>& state) {
+    std::string error;
+    bool isTransient = false;
+    if (ReadRestartFile(restartFile, state, error, isTransient)) return {};
+    return isTransient ? Status::Transient(error) : Status::Permanent(error);
+}
+
+}  // namespace
+
+const TargetKind kFileTargetKind = {
+    "",    "FILE",         "a file; with --restart-file FILE the load is restartable",
+    false, "restart file", CheckOptions,
+    Make,  ReadState,
+};
+
+}  // namespace mqam

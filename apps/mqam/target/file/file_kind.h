@@ -1,0 +1,10 @@
+// A file as a kind of target, with the restart state in a restart file.
+#pragma once
+
+#include "mqam/target/target_kind.h"
+
+namespace mqam {
+
+extern const TargetKind kFileTargetKind;
+
+}  // namespace mqam

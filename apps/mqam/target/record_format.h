@@ -1,0 +1,22 @@
+// How records lie in a file, one after the other.
+#pragma once
+
+namespace mqam {
+
+enum class RecordFormat {
+    kLines,   ///< the record, then a line feed
+    kLength,  ///< 4 bytes little-endian length, then the record
+    kRaw,     ///< the records' bytes, one after the other
+};
+
+struct RecordFormatRow {
+    RecordFormat format;
+    const char* name;  ///< as the user types it
+};
+
+inline constexpr RecordFormatRow kRecordFormats[] = {
+    {RecordFormat::kLines, "lines"}, {RecordFormat::kLength, "length"}, {RecordFormat::kRaw, "raw"}};
+
+[[nodiscard]] const char* NameOf(RecordFormat format);
+
+}  // namespace mqam

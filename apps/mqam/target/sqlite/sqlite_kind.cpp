@@ -1,0 +1,54 @@
+#include "mqam/target/sqlite/sqlite_kind.h"
+
+#include "mqam/target/sqlite/sqlite_name.h"
+#include "mqam/target/sqlite/sqlite_target.h"
+#include "platform/paths.h"
+
+namespace mqam {
+
+namespace {
+
+Status CheckOptions(const TargetRequest& request) {
+    if (!request.restartFile.empty()) {
+        return Status::Refused(
+            "--restart-file does not go with a SQLite target: the database keeps the restart information");
+    }
+    if (request.formatGiven) {
+        return Status::Refused("--format does not go with a SQLite target: a row is a record");
+    }
+    return {};
+}
+
+Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
+    SqliteName name;
+    std::string error;
+    if (!ParseSqliteName(request.name, name, error)) return Status::Refused(error);
+    name.file = platform::AbsolutePath(name.file);
+    target = MakeSqliteTarget({name, request.force, request.append}, error);
+    return target == nullptr ? Status::Refused(error) : Status();
+}
+
+Status ReadState(const std::string& place, std::optional<RestartState>& state) {
+    std::unique_ptr<Target> target;
+    TargetRequest request;
+    request.name = place;
+    const Status made = Make(request, target);
+    if (!made.IsOk()) return made;
+    if (target->LoadState(state)) return {};
+    return target->Refuses() ? Status::Permanent(target->Failure()) : Status::Transient(target->Failure());
+}
+
+}  // namespace
+
+const TargetKind kSqliteTargetKind = {
+    kSqlitePrefix,
+    "sqlite:FILE?table=NAME",
+    "rows of a SQLite table (default table: records), which keeps the restart information itself",
+    true,
+    "restart information in",
+    CheckOptions,
+    Make,
+    ReadState,
+};
+
+}  // namespace mqam
