@@ -36,8 +36,11 @@ void ReadParameter(const std::string& name, const std::string& value, StartupRep
     if (name == "Terminate on duplicate message") report.stopsAtDuplicate = value == "yes";
     if (name == "Queue open") report.opensExclusively = value == "EXCLUSIVE.";
     if (name == "BlockSize") report.maxRecordBytes = std::strtoull(value.c_str(), nullptr, 10);
-    if (name == "MQ read wait interval" && value != "indefinite") {
-        report.readWait = std::chrono::seconds(std::strtoll(value.c_str(), nullptr, 10));
+    if (name == "MQ read wait interval") {
+        report.readWait.reset();
+        if (value != "indefinite") {
+            report.readWait = std::chrono::seconds(std::strtoll(value.c_str(), nullptr, 10));
+        }
     }
 }
 

@@ -27,7 +27,8 @@ struct StartupReport {
     bool stopsAtDuplicate = false;
     bool opensExclusively = false;
     std::uint64_t maxRecordBytes = 0;
-    std::optional<std::chrono::seconds> readWait;  ///< none = a read waits without limit
+    /// How long a read waits for a message; none = without limit, 0 if the report does not say.
+    std::optional<std::chrono::seconds> readWait = std::chrono::seconds(0);
 
     /// The name of a parameter whose line the module cut at its limit, so that the value is not known in full;
     /// empty if there is none. Such a report must not be used: a path in it may be another file's.
