@@ -15,7 +15,9 @@ bool IsSameFile(const FileInfo& a, const FileInfo& b) {
 
 template <typename Attributes>
 void UseDefaults(AttributeFile<Attributes>& file) {
-    if (!file.isRead || file.readFile.identity != 0) file.values = Attributes();
+    if (!file.isRead || file.readFile.identity != 0) {
+        file.values = Attributes();
+    }
     file.readFile = FileInfo();
     file.isRead = true;
 }
@@ -28,12 +30,18 @@ Status Refresh(AttributeFile<Attributes>& file) {
         UseDefaults(file);
         return {};
     }
-    if (found != OsStatus::Ok) return FileError(file.path);
+    if (found != OsStatus::Ok) {
+        return FileError(file.path);
+    }
     const bool isSettled = file.readAtNs - now.changeTimeNs > kClockTickNs;
-    if (file.isRead && isSettled && IsSameFile(now, file.readFile)) return {};
+    if (file.isRead && isSettled && IsSameFile(now, file.readFile)) {
+        return {};
+    }
     std::string text;
     const std::int64_t readAtNs = FileClockNs();
-    if (ReadWholeFile(file.path, &text) != OsStatus::Ok) return FileError(file.path);
+    if (ReadWholeFile(file.path, &text) != OsStatus::Ok) {
+        return FileError(file.path);
+    }
     Status status = ParseAttributes(text, file.values);
     if (!status.IsOk()) {
         status.error = file.path + ", " + status.error;

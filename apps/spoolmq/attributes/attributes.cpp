@@ -13,7 +13,9 @@ Status Refused(std::string error) {
 
 std::string_view Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
-    if (first == std::string_view::npos) return {};
+    if (first == std::string_view::npos) {
+        return {};
+    }
     return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
@@ -21,15 +23,20 @@ std::string_view Trimmed(std::string_view text) {
 std::int32_t IndexOfWord(std::string_view words, std::string_view word) {
     for (std::int32_t index = 0;; ++index) {
         const std::size_t end = std::min(words.find('|'), words.size());
-        if (words.substr(0, end) == word) return index;
-        if (end == words.size()) return -1;
+        if (words.substr(0, end) == word) {
+            return index;
+        }
+        if (end == words.size()) {
+            return -1;
+        }
         words.remove_prefix(end + 1);
     }
 }
 
 std::string WordAt(std::string_view words, std::int32_t index) {
-    for (; index > 0; --index)
+    for (; index > 0; --index) {
         words.remove_prefix(std::min(words.find('|') + 1, words.size()));
+    }
     return std::string(words.substr(0, words.find('|')));
 }
 
@@ -47,7 +54,9 @@ Status SetRow(const AttributeRow<Attributes>& row, std::string_view value, Attri
     const std::string given = std::string(row.name) + " is \"" + std::string(value) + "\"";
     if (row.words != nullptr) {
         const std::int32_t index = IndexOfWord(row.words, value);
-        if (index < 0) return Refused(given + " but takes one of: " + ChoicesOf(row.words));
+        if (index < 0) {
+            return Refused(given + " but takes one of: " + ChoicesOf(row.words));
+        }
         attributes.*row.number = row.minimum + index;
         return {};
     }
@@ -66,18 +75,23 @@ template <typename Attributes>
 Status SetNamed(const std::vector<AttributeRow<Attributes>>& table, std::string_view name,
                 std::string_view value, Attributes& attributes) {
     for (const AttributeRow<Attributes>& row : table) {
-        if (name == row.name) return SetRow(row, value, attributes);
+        if (name == row.name) {
+            return SetRow(row, value, attributes);
+        }
     }
     std::string error = "there is no attribute \"" + std::string(name) + "\"; there are:";
-    for (const AttributeRow<Attributes>& row : table)
+    for (const AttributeRow<Attributes>& row : table) {
         error += std::string(" ") + row.name;
+    }
     return Refused(std::move(error));
 }
 
 template <typename Attributes>
 Status ParseLine(std::string_view line, Attributes& attributes) {
     const std::size_t equals = line.find('=');
-    if (equals == std::string_view::npos) return Refused("no '=' between name and value");
+    if (equals == std::string_view::npos) {
+        return Refused("no '=' between name and value");
+    }
     return SetAttribute(Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)), attributes);
 }
 
@@ -89,9 +103,13 @@ Status ParseText(std::string_view text, Attributes& attributes) {
         const std::string_view line = text.substr(0, end);
         const std::string_view setting = Trimmed(line.substr(0, line.find('#')));
         text.remove_prefix(std::min(end + 1, text.size()));
-        if (setting.empty()) continue;
+        if (setting.empty()) {
+            continue;
+        }
         const Status status = ParseLine(setting, parsed);
-        if (!status.IsOk()) return Refused("line " + std::to_string(number) + ": " + status.error);
+        if (!status.IsOk()) {
+            return Refused("line " + std::to_string(number) + ": " + status.error);
+        }
     }
     attributes = parsed;
     return {};
@@ -99,8 +117,12 @@ Status ParseText(std::string_view text, Attributes& attributes) {
 
 template <typename Attributes>
 std::string TextOfRow(const AttributeRow<Attributes>& row, const Attributes& attributes) {
-    if (row.text != nullptr) return attributes.*row.text;
-    if (row.words != nullptr) return WordAt(row.words, attributes.*row.number - row.minimum);
+    if (row.text != nullptr) {
+        return attributes.*row.text;
+    }
+    if (row.words != nullptr) {
+        return WordAt(row.words, attributes.*row.number - row.minimum);
+    }
     return std::to_string(attributes.*row.number);
 }
 
@@ -109,7 +131,9 @@ std::string FormatTable(const std::vector<AttributeRow<Attributes>>& table, cons
     std::string text;
     for (const AttributeRow<Attributes>& row : table) {
         text += std::string("# ") + row.help;
-        if (row.words != nullptr) text += " One of: " + ChoicesOf(row.words) + ".";
+        if (row.words != nullptr) {
+            text += " One of: " + ChoicesOf(row.words) + ".";
+        }
         text += std::string("\n") + row.name + " = " + TextOfRow(row, attributes) + "\n\n";
     }
     return text;

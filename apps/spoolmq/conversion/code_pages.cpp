@@ -99,8 +99,9 @@ constexpr CodePage WithUpperHalf(const std::uint16_t (&upperHalf)[128]) {
 
 constexpr CodePage Latin1() {
     CodePage page{};
-    for (std::uint16_t byte = 0; byte < 256; ++byte)
+    for (std::uint16_t byte = 0; byte < 256; ++byte) {
         page[byte] = byte;
+    }
     return page;
 }
 

@@ -47,21 +47,28 @@ bool DecodeUtf8(std::string_view data, CodePoints& codePoints) {
                          : first >= 0xC2 && first < 0xE0 ? 1
                          : first >= 0xE0 && first < 0xF0 ? 2
                                                          : 3;
-        if (more == 3 && (first < 0xF0 || first > 0xF4)) return false;
+        if (more == 3 && (first < 0xF0 || first > 0xF4)) {
+            return false;
+        }
         std::uint32_t c = more == 0 ? first : first & (0x3FU >> more);
         for (int k = 0; k < more; ++k, ++i) {
-            if (i >= data.size() || (static_cast<unsigned char>(data[i]) & 0xC0) != 0x80) return false;
+            if (i >= data.size() || (static_cast<unsigned char>(data[i]) & 0xC0) != 0x80) {
+                return false;
+            }
             c = c << 6 | (static_cast<unsigned char>(data[i]) & 0x3F);
         }
-        if ((more == 2 && c < 0x800) || (more == 3 && (c < 0x10000 || c > 0x10FFFF)) || IsSurrogate(c))
+        if ((more == 2 && c < 0x800) || (more == 3 && (c < 0x10000 || c > 0x10FFFF)) || IsSurrogate(c)) {
             return false;
+        }
         codePoints.push_back(c);
     }
     return true;
 }
 
 bool DecodeUtf16(std::string_view data, bool isBigEndian, CodePoints& codePoints) {
-    if (data.size() % 2 != 0) return false;
+    if (data.size() % 2 != 0) {
+        return false;
+    }
     const auto unitAt = [&](std::size_t i) {
         const auto a = static_cast<unsigned char>(data[i]);
         const auto b = static_cast<unsigned char>(data[i + 1]);
@@ -72,7 +79,9 @@ bool DecodeUtf16(std::string_view data, bool isBigEndian, CodePoints& codePoints
         if (IsSurrogate(c)) {
             i += 2;
             const std::uint32_t low = i < data.size() ? unitAt(i) : 0;
-            if (c > 0xDBFF || low < 0xDC00 || low > 0xDFFF) return false;
+            if (c > 0xDBFF || low < 0xDC00 || low > 0xDFFF) {
+                return false;
+            }
             c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
         }
         codePoints.push_back(c);
@@ -82,11 +91,16 @@ bool DecodeUtf16(std::string_view data, bool isBigEndian, CodePoints& codePoints
 
 bool Decode(std::string_view data, const TextForm& form, CodePoints& codePoints) {
     codePoints.reserve(data.size());
-    if (form.ccsid == kUtf8) return DecodeUtf8(data, codePoints);
+    if (form.ccsid == kUtf8) {
+        return DecodeUtf8(data, codePoints);
+    }
     const CodePage* page = FindCodePage(form.ccsid);
-    if (page == nullptr) return DecodeUtf16(data, IsBigEndian(form), codePoints);
-    for (const char byte : data)
+    if (page == nullptr) {
+        return DecodeUtf16(data, IsBigEndian(form), codePoints);
+    }
+    for (const char byte : data) {
         codePoints.push_back((*page)[static_cast<unsigned char>(byte)]);
+    }
     return true;
 }
 
@@ -98,8 +112,9 @@ void AppendUtf8(std::uint32_t c, std::string& data) {
     const int more = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
     static constexpr unsigned char leads[] = {0, 0xC0, 0xE0, 0xF0};
     data += static_cast<char>(leads[more] | c >> (6 * more));
-    for (int k = more - 1; k >= 0; --k)
+    for (int k = more - 1; k >= 0; --k) {
         data += static_cast<char>(0x80 | (c >> (6 * k) & 0x3F));
+    }
 }
 
 void AppendUtf16(std::uint32_t c, bool isBigEndian, std::string& data) {
@@ -121,10 +136,13 @@ void AppendUtf16(std::uint32_t c, bool isBigEndian, std::string& data) {
 // of MQGET is to receive the data unconverted.
 bool EncodeSingleByte(const CodePoints& codePoints, const CodePage& page, std::string& data) {
     std::vector<std::int16_t> bytes(0x10000, -1);
-    for (std::size_t byte = 0; byte < page.size(); ++byte)
+    for (std::size_t byte = 0; byte < page.size(); ++byte) {
         bytes[page[byte]] = static_cast<std::int16_t>(byte);
+    }
     for (const std::uint32_t c : codePoints) {
-        if (c >= bytes.size() || bytes[c] < 0) return false;
+        if (c >= bytes.size() || bytes[c] < 0) {
+            return false;
+        }
         data += static_cast<char>(bytes[c]);
     }
     return true;
@@ -133,12 +151,15 @@ bool EncodeSingleByte(const CodePoints& codePoints, const CodePage& page, std::s
 bool Encode(const CodePoints& codePoints, const TextForm& form, std::string& data) {
     data.reserve(codePoints.size() * 2);
     const CodePage* page = FindCodePage(form.ccsid);
-    if (page != nullptr) return EncodeSingleByte(codePoints, *page, data);
+    if (page != nullptr) {
+        return EncodeSingleByte(codePoints, *page, data);
+    }
     for (const std::uint32_t c : codePoints) {
-        if (form.ccsid == kUtf8)
+        if (form.ccsid == kUtf8) {
             AppendUtf8(c, data);
-        else
+        } else {
             AppendUtf16(c, IsBigEndian(form), data);
+        }
     }
     return true;
 }
@@ -148,20 +169,33 @@ bool Encode(const CodePoints& codePoints, const TextForm& form, std::string& dat
 Conversion ConvertMessage(const mqi::MQMD& descriptor, const TextForm& wanted, const MessageBuffer& buffer) {
     const TextForm source = {descriptor.CodedCharSetId, descriptor.Encoding};
     const auto refused = [&](MQLONG reason) { return Conversion{reason, {}, buffer.bytes}; };
-    if (source.ccsid == wanted.ccsid && source.encoding == wanted.encoding)
+    if (source.ccsid == wanted.ccsid && source.encoding == wanted.encoding) {
         return {MQRC_NONE, source, buffer.bytes};
-    if (std::memcmp(descriptor.Format, "MQSTR   ", sizeof descriptor.Format) != 0)
+    }
+    if (std::memcmp(descriptor.Format, "MQSTR   ", sizeof descriptor.Format) != 0) {
         return refused(mqi::MQRC_FORMAT_ERROR);
-    if (!IsKnown(source.ccsid)) return refused(mqi::MQRC_SOURCE_CCSID_ERROR);
-    if (!IsKnown(wanted.ccsid)) return refused(mqi::MQRC_TARGET_CCSID_ERROR);
-    if (!IsByteOrderKnown(source)) return refused(mqi::MQRC_SOURCE_INTEGER_ENC_ERROR);
-    if (!IsByteOrderKnown(wanted)) return refused(mqi::MQRC_TARGET_INTEGER_ENC_ERROR);
+    }
+    if (!IsKnown(source.ccsid)) {
+        return refused(mqi::MQRC_SOURCE_CCSID_ERROR);
+    }
+    if (!IsKnown(wanted.ccsid)) {
+        return refused(mqi::MQRC_TARGET_CCSID_ERROR);
+    }
+    if (!IsByteOrderKnown(source)) {
+        return refused(mqi::MQRC_SOURCE_INTEGER_ENC_ERROR);
+    }
+    if (!IsByteOrderKnown(wanted)) {
+        return refused(mqi::MQRC_TARGET_INTEGER_ENC_ERROR);
+    }
     CodePoints codePoints;
     std::string data;
     if (!Decode({static_cast<const char*>(buffer.data), buffer.bytes}, source, codePoints) ||
-        !Encode(codePoints, wanted, data))
+        !Encode(codePoints, wanted, data)) {
         return refused(mqi::MQRC_NOT_CONVERTED);
-    if (data.size() > buffer.capacity) return refused(mqi::MQRC_CONVERTED_MSG_TOO_BIG);
+    }
+    if (data.size() > buffer.capacity) {
+        return refused(mqi::MQRC_CONVERTED_MSG_TOO_BIG);
+    }
     std::memcpy(buffer.data, data.data(), data.size());
     return {MQRC_NONE, wanted, data.size()};
 }

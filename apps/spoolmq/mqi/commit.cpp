@@ -6,7 +6,9 @@ namespace spoolmq {
 namespace {
 
 Outcome ToOutcome(const Status& status) {
-    if (status.IsOk()) return kOk;
+    if (status.IsOk()) {
+        return kOk;
+    }
     ReportProblem(status.error);
     return Failed(mqi::MQRC_RESOURCE_PROBLEM);
 }
@@ -14,10 +16,16 @@ Outcome ToOutcome(const Status& status) {
 Outcome Commit(MQHCONN handle) {
     EnteredConnection entered;
     Outcome outcome = EnterConnection(handle, entered);
-    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(*entered.connection, false);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckQueueManager(*entered.connection, false);
+    }
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     StoreConnection& store = *entered.connection->store;
-    if (!store.unit.isRollbackOnly) return ToOutcome(CommitStore(store));
+    if (!store.unit.isRollbackOnly) {
+        return ToOutcome(CommitStore(store));
+    }
     outcome = ToOutcome(BackOutStore(store));
     return outcome.compCode == MQCC_OK ? Warning(mqi::MQRC_BACKED_OUT) : outcome;
 }
@@ -25,7 +33,9 @@ Outcome Commit(MQHCONN handle) {
 Outcome BackOut(MQHCONN handle) {
     EnteredConnection entered;
     Outcome outcome = EnterConnection(handle, entered);
-    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(*entered.connection, false);
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckQueueManager(*entered.connection, false);
+    }
     return outcome.compCode == MQCC_OK ? ToOutcome(BackOutStore(*entered.connection->store)) : outcome;
 }
 

@@ -22,36 +22,58 @@ bool IsOneBitOrNone(MQLONG options) {
 }
 
 HandleSharing SharingOf(MQLONG options) {
-    if ((options & mqi::MQCNO_HANDLE_SHARE_BLOCK) != 0) return HandleSharing::kBlock;
-    if ((options & mqi::MQCNO_HANDLE_SHARE_NO_BLOCK) != 0) return HandleSharing::kNoBlock;
+    if ((options & mqi::MQCNO_HANDLE_SHARE_BLOCK) != 0) {
+        return HandleSharing::kBlock;
+    }
+    if ((options & mqi::MQCNO_HANDLE_SHARE_NO_BLOCK) != 0) {
+        return HandleSharing::kNoBlock;
+    }
     return HandleSharing::kNone;
 }
 
 // Whether this is a client connection: always through the client library, otherwise on request.
 bool IsClientConnection(MQLONG options) {
-    if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) return true;
+    if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) {
+        return true;
+    }
     return (options & kBindingOptions) == 0 && EnvironmentVariable("MQ_CONNECT_TYPE") == "CLIENT";
 }
 
 // Compares a client's channel definition with the attributes of the queue manager, and sets the client's limits.
 Outcome CheckChannel(const mqi::MQCNO& cno, const QmgrAttributes& attributes, Connection& connection) {
     connection.isClient = IsClientConnection(cno.Options);
-    if (!connection.isClient) return kOk;
-    if ((cno.Options & mqi::MQCNO_LOCAL_BINDING) != 0) return Failed(mqi::MQRC_ENVIRONMENT_ERROR);
+    if (!connection.isClient) {
+        return kOk;
+    }
+    if ((cno.Options & mqi::MQCNO_LOCAL_BINDING) != 0) {
+        return Failed(mqi::MQRC_ENVIRONMENT_ERROR);
+    }
     connection.messageLimit = attributes.channelMaxMessageLength;
-    if (cno.ClientConnPtr != nullptr && cno.ClientConnOffset != 0) return Failed(mqi::MQRC_CLIENT_CONN_ERROR);
-    if (cno.ClientConnPtr == nullptr) return kOk;
+    if (cno.ClientConnPtr != nullptr && cno.ClientConnOffset != 0) {
+        return Failed(mqi::MQRC_CLIENT_CONN_ERROR);
+    }
+    if (cno.ClientConnPtr == nullptr) {
+        return kOk;
+    }
     mqi::MQCDStart cd{};
     std::memcpy(&cd, cno.ClientConnPtr, offsetof(mqi::MQCDStart, unusedVersion2));
-    if (cd.Version < 1 || cd.Version > 13) return Failed(mqi::MQRC_CD_ERROR);
-    if (cd.Version >= 2) std::memcpy(&cd, cno.ClientConnPtr, sizeof cd);
-    if (cd.MaxMsgLength > 0) connection.messageLimit = std::min(connection.messageLimit, cd.MaxMsgLength);
+    if (cd.Version < 1 || cd.Version > 13) {
+        return Failed(mqi::MQRC_CD_ERROR);
+    }
+    if (cd.Version >= 2) {
+        std::memcpy(&cd, cno.ClientConnPtr, sizeof cd);
+    }
+    if (cd.MaxMsgLength > 0) {
+        connection.messageLimit = std::min(connection.messageLimit, cd.MaxMsgLength);
+    }
     const std::string_view channel = FieldText(cd.ChannelName, sizeof cd.ChannelName);
     const std::string_view server = FieldText(cd.ConnectionName, sizeof cd.ConnectionName);
-    if (!attributes.listener.empty() && server != attributes.listener)
+    if (!attributes.listener.empty() && server != attributes.listener) {
         return Failed(mqi::MQRC_HOST_NOT_AVAILABLE);
-    if (!attributes.channel.empty() && channel != attributes.channel)
+    }
+    if (!attributes.channel.empty() && channel != attributes.channel) {
         return Failed(mqi::MQRC_UNKNOWN_CHANNEL_NAME);
+    }
     return kOk;
 }
 
@@ -67,25 +89,33 @@ Outcome CheckState(const QmgrAttributes& attributes) {
 
 // Answers a thread that already has a connection of its own, and cannot have a second one.
 Outcome ConnectAgain(const Connection& own, const std::string& name, MQHCONN& handle) {
-    if (!name.empty() && own.store != nullptr && name != own.store->object)
+    if (!name.empty() && own.store != nullptr && name != own.store->object) {
         return Failed(mqi::MQRC_ANOTHER_Q_MGR_CONNECTED);
+    }
     handle = own.handle;
     return Warning(mqi::MQRC_ALREADY_CONNECTED);
 }
 
 Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
-    if (qmgrName == nullptr || handle == nullptr) return Failed(MQRC_Q_MGR_NAME_ERROR);
-    if (!IsOneBitOrNone(cno.Options & kShareOptions) || !IsOneBitOrNone(cno.Options & kBindingOptions))
+    if (qmgrName == nullptr || handle == nullptr) {
+        return Failed(MQRC_Q_MGR_NAME_ERROR);
+    }
+    if (!IsOneBitOrNone(cno.Options & kShareOptions) || !IsOneBitOrNone(cno.Options & kBindingOptions)) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
+    }
     std::string name(FieldText(qmgrName, 48));
     auto connection = std::make_shared<Connection>();
     connection->sharing = SharingOf(cno.Options);
     connection->threadId = ThreadId();
     // A client may ask for "*", any queue manager, or for "*NAME", any queue manager of that name.
-    if (!name.empty() && name[0] == '*' && IsClientConnection(cno.Options)) name.erase(0, 1);
+    if (!name.empty() && name[0] == '*' && IsClientConnection(cno.Options)) {
+        name.erase(0, 1);
+    }
     if (connection->sharing == HandleSharing::kNone) {
         const std::shared_ptr<Connection> own = OwnConnectionOfThread();
-        if (own != nullptr) return ConnectAgain(*own, name, *handle);
+        if (own != nullptr) {
+            return ConnectAgain(*own, name, *handle);
+        }
     }
     const std::string root = EnvironmentVariable("SPOOLMQ_DIR");
     if (root.empty()) {
@@ -97,16 +127,22 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
         ReportProblem(status.error);
         return Failed(mqi::MQRC_UNEXPECTED_ERROR);
     }
-    if (!status.IsOk()) return Failed(ReasonOf(status));
+    if (!status.IsOk()) {
+        return Failed(ReasonOf(status));
+    }
     const QmgrAttributes& attributes = connection->store->attributes.values;
     Outcome outcome = CheckState(attributes);
-    if (outcome.compCode == MQCC_OK) outcome = CheckChannel(cno, attributes, *connection);
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckChannel(cno, attributes, *connection);
+    }
     if (outcome.compCode != MQCC_OK) {
         DropStore(*connection);
         return outcome;
     }
     connection->applName = FieldText(cno.ApplName, sizeof cno.ApplName);
-    if (connection->applName.empty()) connection->applName = ProgramName();
+    if (connection->applName.empty()) {
+        connection->applName = ProgramName();
+    }
     AddConnection(connection);
     *handle = connection->handle;
     return kOk;
@@ -123,7 +159,9 @@ void FillConnectionId(MQHCONN handle, MQBYTE* connectionId) {
 
 Outcome ConnectWithOptions(const char* qmgrName, void* connectOptions, MQHCONN* handle) {
     mqi::MQCNO cno{};
-    if (connectOptions != nullptr && !LoadStructure(connectOptions, cno)) return Failed(mqi::MQRC_CNO_ERROR);
+    if (connectOptions != nullptr && !LoadStructure(connectOptions, cno)) {
+        return Failed(mqi::MQRC_CNO_ERROR);
+    }
     const Outcome outcome = Connect(qmgrName, cno, handle);
     if (outcome.compCode != MQCC_FAILED && cno.Version >= 5) {
         FillConnectionId(*handle, cno.ConnectionId);
@@ -134,20 +172,30 @@ Outcome ConnectWithOptions(const char* qmgrName, void* connectOptions, MQHCONN* 
 
 // Commits. What cannot be committed is backed out when the connection ends.
 Outcome CommitAtEnd(StoreConnection& store) {
-    if (store.unit.isRollbackOnly && UncommittedCount(store) > 0) return Warning(mqi::MQRC_BACKED_OUT);
+    if (store.unit.isRollbackOnly && UncommittedCount(store) > 0) {
+        return Warning(mqi::MQRC_BACKED_OUT);
+    }
     const Status status = CommitStore(store);
-    if (status.IsOk()) return kOk;
+    if (status.IsOk()) {
+        return kOk;
+    }
     ReportProblem(status.error);
     return Warning(mqi::MQRC_BACKED_OUT);
 }
 
 Outcome Disconnect(MQHCONN* handle) {
-    if (handle == nullptr) return Failed(mqi::MQRC_HCONN_ERROR);
+    if (handle == nullptr) {
+        return Failed(mqi::MQRC_HCONN_ERROR);
+    }
     EnteredConnection entered;
     Outcome outcome = EnterConnection(*handle, entered);
     Connection* connection = entered.connection.get();
-    if (connection == nullptr) return outcome;
-    if (outcome.compCode == MQCC_OK) outcome = CommitAtEnd(*connection->store);
+    if (connection == nullptr) {
+        return outcome;
+    }
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CommitAtEnd(*connection->store);
+    }
     DropStore(*connection);
     ForgetConnection(*handle);
     *handle = mqi::MQHC_UNUSABLE_HCONN;

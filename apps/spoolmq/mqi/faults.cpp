@@ -56,7 +56,9 @@ std::vector<std::string_view> Words(std::string_view line) {
     std::vector<std::string_view> words;
     while (true) {
         const std::size_t first = line.find_first_not_of(" \t\r");
-        if (first == std::string_view::npos) return words;
+        if (first == std::string_view::npos) {
+            return words;
+        }
         line.remove_prefix(first);
         const std::size_t end = std::min(line.find_first_of(" \t\r"), line.size());
         words.push_back(line.substr(0, end));
@@ -67,13 +69,17 @@ std::vector<std::string_view> Words(std::string_view line) {
 std::optional<std::int64_t> Number(std::string_view word) {
     std::int64_t number = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error != std::errc() || end != word.data() + word.size() || number < 0) return std::nullopt;
+    if (error != std::errc() || end != word.data() + word.size() || number < 0) {
+        return std::nullopt;
+    }
     return number;
 }
 
 // Parses "5", "5-7", "5+" or "*".
 std::optional<CallRange> ParseRange(std::string_view word) {
-    if (word == "*") return CallRange{};
+    if (word == "*") {
+        return CallRange{};
+    }
     if (!word.empty() && word.back() == '+') {
         const std::optional<std::int64_t> first = Number(word.substr(0, word.size() - 1));
         return first && *first >= 1 ? std::optional(CallRange{*first, INT64_MAX}) : std::nullopt;
@@ -82,26 +88,35 @@ std::optional<CallRange> ParseRange(std::string_view word) {
     const std::optional<std::int64_t> first = Number(word.substr(0, dash));
     const std::optional<std::int64_t> last =
         dash == std::string_view::npos ? first : Number(word.substr(dash + 1));
-    if (!first || !last || *first < 1 || *last < *first) return std::nullopt;
+    if (!first || !last || *first < 1 || *last < *first) {
+        return std::nullopt;
+    }
     return CallRange{*first, *last};
 }
 
 std::optional<Fault> ParseAction(const std::vector<std::string_view>& words) {
     const std::string_view action = words[2];
     if (action == "kill" && words.size() == 4) {
-        if (words[3] == "before") return Fault{FaultKind::kKillBefore, 0, 0};
-        if (words[3] == "after") return Fault{FaultKind::kKillAfter, 0, 0};
+        if (words[3] == "before") {
+            return Fault{FaultKind::kKillBefore, 0, 0};
+        }
+        if (words[3] == "after") {
+            return Fault{FaultKind::kKillAfter, 0, 0};
+        }
     }
     if (action == "warn" && words.size() == 4) {
         const std::optional<std::int64_t> reason = Number(words[3]);
-        if (reason) return Fault{FaultKind::kFailAfter, MQCC_WARNING, static_cast<MQLONG>(*reason)};
+        if (reason) {
+            return Fault{FaultKind::kFailAfter, MQCC_WARNING, static_cast<MQLONG>(*reason)};
+        }
     }
     if ((action == "fail" || action == "fail-after") && words.size() == 5) {
         const std::optional<std::int64_t> compCode = Number(words[3]);
         const std::optional<std::int64_t> reason = Number(words[4]);
         const FaultKind kind = action == "fail" ? FaultKind::kFail : FaultKind::kFailAfter;
-        if (compCode && reason && *compCode <= 2)
+        if (compCode && reason && *compCode <= 2) {
             return Fault{kind, static_cast<MQLONG>(*compCode), static_cast<MQLONG>(*reason)};
+        }
     }
     return std::nullopt;
 }
@@ -115,23 +130,32 @@ std::string Quoted(std::string_view text) {
 
 // Adds the rule of a line. Returns the error; empty when the line is valid.
 std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan& plan) {
-    if (words.size() < 3) return "a line has at least three words: VERB CALLS ACTION";
+    if (words.size() < 3) {
+        return "a line has at least three words: VERB CALLS ACTION";
+    }
     if (words[0] == "point") {
         const std::optional<CallRange> range = ParseRange(words[2]);
-        if (!range || words.size() != 4 || words[3] != "kill")
+        if (!range || words.size() != 4 || words[3] != "kill") {
             return "a point line reads: point NAME CALLS kill";
+        }
         plan.pointRules.push_back({std::string(words[1]), *range});
         return {};
     }
     std::size_t verb = 0;
-    while (verb < kVerbNames.size() && kVerbNames[verb] != words[0])
+    while (verb < kVerbNames.size() && kVerbNames[verb] != words[0]) {
         ++verb;
-    if (verb == kVerbNames.size()) return Quoted(words[0]) + " is not a verb that can fail";
+    }
+    if (verb == kVerbNames.size()) {
+        return Quoted(words[0]) + " is not a verb that can fail";
+    }
     const std::optional<CallRange> calls = ParseRange(words[1]);
-    if (!calls) return Quoted(words[1]) + " is not a number of calls: give 5, 5-7, 5+ or *";
+    if (!calls) {
+        return Quoted(words[1]) + " is not a number of calls: give 5, 5-7, 5+ or *";
+    }
     const std::optional<Fault> fault = ParseAction(words);
-    if (!fault)
+    if (!fault) {
         return "the action is not one of: fail CC RC, fail-after CC RC, warn RC, kill before, kill after (CC is 0 to 2)";
+    }
     plan.verbRules.push_back({verb, *calls, *fault});
     return {};
 }
@@ -144,10 +168,13 @@ void ParsePlan(std::string_view text, const std::string& source, FaultPlan& plan
         const std::string_view wholeLine = line;
         line = line.substr(0, line.find('#'));
         const std::vector<std::string_view> words = Words(line);
-        if (words.empty()) continue;
+        if (words.empty()) {
+            continue;
+        }
         const std::string error = ParseLine(words, plan);
-        if (!error.empty())
+        if (!error.empty()) {
             plan.error = source + ", line " + std::to_string(number) + " " + Quoted(wholeLine) + ": " + error;
+        }
     }
 }
 
@@ -155,21 +182,28 @@ void ReachPlannedPoint(std::string_view point) {
     FaultPlan& plan = Plan();
     const std::lock_guard<std::mutex> lock(plan.guard);
     for (PointRule& rule : plan.pointRules) {
-        if (rule.point != point) continue;
+        if (rule.point != point) {
+            continue;
+        }
         ++rule.reached;
-        if (rule.reached >= rule.range.first && rule.reached <= rule.range.last) EndProcessAtOnce();
+        if (rule.reached >= rule.range.first && rule.reached <= rule.range.last) {
+            EndProcessAtOnce();
+        }
     }
 }
 
 void ReadPlan(FaultPlan& plan) {
     ParsePlan(EnvironmentVariable("SPOOLMQ_FAULTS"), "SPOOLMQ_FAULTS", plan);
     const std::string path = EnvironmentVariable("SPOOLMQ_FAULT_FILE");
-    if (path.empty() || !plan.error.empty()) return;
+    if (path.empty() || !plan.error.empty()) {
+        return;
+    }
     std::string content;
-    if (ReadWholeFile(path, &content) == OsStatus::Ok)
+    if (ReadWholeFile(path, &content) == OsStatus::Ok) {
         ParsePlan(content, path, plan);
-    else
+    } else {
         plan.error = "SPOOLMQ_FAULT_FILE \"" + path + "\": " + LastOsErrorText();
+    }
 }
 
 }  // namespace
@@ -180,7 +214,9 @@ Status LoadFaultPlan() {
     if (!plan.isLoaded) {
         plan.isLoaded = true;
         ReadPlan(plan);
-        if (!plan.pointRules.empty()) SetCrashPointListener(ReachPlannedPoint);
+        if (!plan.pointRules.empty()) {
+            SetCrashPointListener(ReachPlannedPoint);
+        }
     }
     return plan.error.empty() ? Status() : Status{StatusCode::kFailed, plan.error};
 }
@@ -191,7 +227,9 @@ Fault NextFault(Verb verb) {
     const auto index = static_cast<std::size_t>(verb);
     const std::int64_t call = ++plan.calls[index];
     for (const VerbRule& rule : plan.verbRules) {
-        if (rule.verb == index && call >= rule.calls.first && call <= rule.calls.last) return rule.fault;
+        if (rule.verb == index && call >= rule.calls.first && call <= rule.calls.last) {
+            return rule.fault;
+        }
     }
     return {};
 }

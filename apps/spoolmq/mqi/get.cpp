@@ -57,28 +57,46 @@ bool IsZero(const MQBYTE* bytes, std::size_t count) {
 Outcome CheckOptions(const mqi::MQGMO& gmo) {
     const MQLONG options = gmo.Options;
     if ((options & ~kPublishedOptions) != 0 || !IsOneBitOrNone(options & kSyncpointOptions) ||
-        !IsOneBitOrNone(options & (kBrowseOptions | mqi::MQGMO_MSG_UNDER_CURSOR)))
+        !IsOneBitOrNone(options & (kBrowseOptions | mqi::MQGMO_MSG_UNDER_CURSOR))) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
-    if ((options & MQGMO_SYNCPOINT) != 0 && (options & (kBrowseOptions | kLockOptions)) != 0)
+    }
+    if ((options & MQGMO_SYNCPOINT) != 0 && (options & (kBrowseOptions | kLockOptions)) != 0) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
-    if ((options & MQGMO_WAIT) != 0 && (options & mqi::MQGMO_SET_SIGNAL) != 0)
+    }
+    if ((options & MQGMO_WAIT) != 0 && (options & mqi::MQGMO_SET_SIGNAL) != 0) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
-    if ((options & kUnsupportedOptions) != 0) return Failed(mqi::MQRC_FUNCTION_NOT_SUPPORTED);
-    if ((options & MQGMO_WAIT) != 0 && gmo.WaitInterval < mqi::MQWI_UNLIMITED)
+    }
+    if ((options & kUnsupportedOptions) != 0) {
+        return Failed(mqi::MQRC_FUNCTION_NOT_SUPPORTED);
+    }
+    if ((options & MQGMO_WAIT) != 0 && gmo.WaitInterval < mqi::MQWI_UNLIMITED) {
         return Failed(mqi::MQRC_WAIT_INTERVAL_ERROR);
-    if (gmo.Version >= 2 && (gmo.MatchOptions & ~kPublishedMatchOptions) != 0)
+    }
+    if (gmo.Version >= 2 && (gmo.MatchOptions & ~kPublishedMatchOptions) != 0) {
         return Failed(mqi::MQRC_MATCH_OPTIONS_ERROR);
+    }
     return kOk;
 }
 
 Outcome CheckCall(const GetCall& call, GetState& get) {
-    if (!LoadStructure(call.md, get.md)) return Failed(mqi::MQRC_MD_ERROR);
-    if (!LoadStructure(call.gmo, get.gmo)) return Failed(mqi::MQRC_GMO_ERROR);
-    if (call.bufferLength < 0) return Failed(mqi::MQRC_BUFFER_LENGTH_ERROR);
-    if (call.bufferLength > 0 && call.buffer == nullptr) return Failed(mqi::MQRC_BUFFER_ERROR);
-    if (call.dataLength == nullptr) return Failed(mqi::MQRC_DATA_LENGTH_ERROR);
-    if (get.connection->isClient && call.bufferLength > get.connection->messageLimit)
+    if (!LoadStructure(call.md, get.md)) {
+        return Failed(mqi::MQRC_MD_ERROR);
+    }
+    if (!LoadStructure(call.gmo, get.gmo)) {
+        return Failed(mqi::MQRC_GMO_ERROR);
+    }
+    if (call.bufferLength < 0) {
+        return Failed(mqi::MQRC_BUFFER_LENGTH_ERROR);
+    }
+    if (call.bufferLength > 0 && call.buffer == nullptr) {
+        return Failed(mqi::MQRC_BUFFER_ERROR);
+    }
+    if (call.dataLength == nullptr) {
         return Failed(mqi::MQRC_DATA_LENGTH_ERROR);
+    }
+    if (get.connection->isClient && call.bufferLength > get.connection->messageLimit) {
+        return Failed(mqi::MQRC_DATA_LENGTH_ERROR);
+    }
     return CheckOptions(get.gmo);
 }
 
@@ -86,9 +104,15 @@ Outcome CheckObject(GetState& get) {
     get.isBrowse = Has(get, kBrowseOptions);
     const OpenObject& object = *get.object;
     const bool usesCursor = get.isBrowse || Has(get, mqi::MQGMO_MSG_UNDER_CURSOR);
-    if (object.queue == nullptr) return Failed(mqi::MQRC_NOT_OPEN_FOR_INPUT);
-    if (usesCursor && (object.options & mqi::MQOO_BROWSE) == 0) return Failed(mqi::MQRC_NOT_OPEN_FOR_BROWSE);
-    if (!get.isBrowse && (object.options & kInputOptions) == 0) return Failed(mqi::MQRC_NOT_OPEN_FOR_INPUT);
+    if (object.queue == nullptr) {
+        return Failed(mqi::MQRC_NOT_OPEN_FOR_INPUT);
+    }
+    if (usesCursor && (object.options & mqi::MQOO_BROWSE) == 0) {
+        return Failed(mqi::MQRC_NOT_OPEN_FOR_BROWSE);
+    }
+    if (!get.isBrowse && (object.options & kInputOptions) == 0) {
+        return Failed(mqi::MQRC_NOT_OPEN_FOR_INPUT);
+    }
     return kOk;
 }
 
@@ -96,27 +120,37 @@ void SetSelection(GetState& get) {
     const mqi::MQMD& md = get.md;
     // A version 1 structure does not have this field and gets its default.
     const MQLONG match = get.gmo.MatchOptions;
-    if ((match & mqi::MQMO_MATCH_MSG_ID) != 0 && !IsZero(md.MsgId, sizeof md.MsgId))
+    if ((match & mqi::MQMO_MATCH_MSG_ID) != 0 && !IsZero(md.MsgId, sizeof md.MsgId)) {
         get.selection.msgId = md.MsgId;
-    if ((match & mqi::MQMO_MATCH_CORREL_ID) != 0 && !IsZero(md.CorrelId, sizeof md.CorrelId))
+    }
+    if ((match & mqi::MQMO_MATCH_CORREL_ID) != 0 && !IsZero(md.CorrelId, sizeof md.CorrelId)) {
         get.selection.correlId = md.CorrelId;
+    }
 }
 
 // Checks the states of queue manager and queue, before each search.
 Outcome CheckStates(const GetState& get) {
     const Outcome outcome = CheckQueueManager(*get.connection, Has(get, mqi::MQGMO_FAIL_IF_QUIESCING));
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     StoreQueue& queue = *get.object->queue;
     const Status status = RefreshQueue(queue);
-    if (!status.IsOk()) ReportProblem(status.error);
+    if (!status.IsOk()) {
+        ReportProblem(status.error);
+    }
     return queue.state->attributes.values.getInhibited != 0 ? Failed(mqi::MQRC_GET_INHIBITED) : kOk;
 }
 
 Status FindOnce(const GetState& get, FoundMessage& found) {
     StoreQueue& queue = *get.object->queue;
     const BrowseCursor& cursor = get.object->cursor;
-    if (Has(get, mqi::MQGMO_BROWSE_NEXT)) return FindMessage(queue, get.selection, cursor, found);
-    if (!Has(get, kCursorOptions)) return FindMessage(queue, get.selection, {}, found);
+    if (Has(get, mqi::MQGMO_BROWSE_NEXT)) {
+        return FindMessage(queue, get.selection, cursor, found);
+    }
+    if (!Has(get, kCursorOptions)) {
+        return FindMessage(queue, get.selection, {}, found);
+    }
     return cursor.isSet ? FindUnderCursor(queue, cursor, found) : Status{StatusCode::kNoMessage, {}};
 }
 
@@ -126,13 +160,23 @@ Outcome FindWaiting(const GetState& get, FoundMessage& found) {
     const std::int64_t intervalMs = Has(get, MQGMO_WAIT) ? get.gmo.WaitInterval : 0;
     for (;;) {
         const Outcome outcome = CheckStates(get);
-        if (outcome.compCode != MQCC_OK) return outcome;
+        if (outcome.compCode != MQCC_OK) {
+            return outcome;
+        }
         const Status status = FindOnce(get, found);
-        if (status.IsOk()) return kOk;
-        if (status.code != StatusCode::kNoMessage) return Failed(ReasonOf(status));
-        if (Has(get, kCursorOptions)) return Failed(mqi::MQRC_NO_MSG_UNDER_CURSOR);
+        if (status.IsOk()) {
+            return kOk;
+        }
+        if (status.code != StatusCode::kNoMessage) {
+            return Failed(ReasonOf(status));
+        }
+        if (Has(get, kCursorOptions)) {
+            return Failed(mqi::MQRC_NO_MSG_UNDER_CURSOR);
+        }
         const std::int64_t leftMs = startedMs + intervalMs - MonotonicMs();
-        if (intervalMs != mqi::MQWI_UNLIMITED && leftMs <= 0) return Failed(MQRC_NO_MSG_AVAILABLE);
+        if (intervalMs != mqi::MQWI_UNLIMITED && leftMs <= 0) {
+            return Failed(MQRC_NO_MSG_AVAILABLE);
+        }
         WaitForArrival(*get.object->queue, intervalMs == mqi::MQWI_UNLIMITED ? 1000 : leftMs);
     }
 }
@@ -158,11 +202,15 @@ void StoreOptions(const GetState& get, std::size_t returnedBytes, const GetCall&
 // length of the data there; `found` gets the new form.
 Outcome ConvertData(const GetState& get, const GetCall& call, std::size_t& bytes, FoundMessage& found) {
     TextForm wanted = {get.md.CodedCharSetId, get.md.Encoding};
-    if (wanted.ccsid == MQCCSI_Q_MGR) wanted.ccsid = get.connection->store->attributes.values.ccsid;
+    if (wanted.ccsid == MQCCSI_Q_MGR) {
+        wanted.ccsid = get.connection->store->attributes.values.ccsid;
+    }
     const MessageBuffer buffer = {call.buffer, bytes, static_cast<std::size_t>(call.bufferLength)};
     const Conversion conversion = ConvertMessage(found.descriptor, wanted, buffer);
     bytes = conversion.bytes;
-    if (conversion.reason != MQRC_NONE) return Warning(conversion.reason);
+    if (conversion.reason != MQRC_NONE) {
+        return Warning(conversion.reason);
+    }
     found.descriptor.CodedCharSetId = conversion.form.ccsid;
     found.descriptor.Encoding = conversion.form.encoding;
     return kOk;
@@ -204,39 +252,57 @@ std::optional<Outcome> TakeMessage(const GetState& get, const GetCall& call, Fou
     StoreQueue& queue = *get.object->queue;
     const Syncpoint syncpoint = SyncpointOf(get, found);
     Outcome outcome = syncpoint == Syncpoint::kYes ? CheckUnit(*get.connection) : kOk;
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     Status status = ClaimMessage(queue, found, syncpoint);
-    if (status.code == StatusCode::kMessageGone) return std::nullopt;
-    if (!status.IsOk()) return Failed(ReasonOf(status));
+    if (status.code == StatusCode::kMessageGone) {
+        return std::nullopt;
+    }
+    if (!status.IsOk()) {
+        return Failed(ReasonOf(status));
+    }
     outcome = DeliverMessage(get, call, found);
     if (outcome.compCode == MQCC_FAILED) {
         UndoClaim(queue, found, syncpoint);
         return outcome;
     }
-    if (syncpoint == Syncpoint::kNo) status = FinishGet(queue, found);
+    if (syncpoint == Syncpoint::kNo) {
+        status = FinishGet(queue, found);
+    }
     // The data is delivered, so the call succeeds; recovery deletes what is left of the file.
-    if (!status.IsOk()) ReportProblem(status.error);
+    if (!status.IsOk()) {
+        ReportProblem(status.error);
+    }
     return outcome;
 }
 
 // Delivers the message and leaves it on the queue: a browse, or a message that is too long for the buffer.
 Outcome ShowMessage(const GetState& get, const GetCall& call, FoundMessage& found) {
-    if (get.isBrowse) get.object->cursor = {true, found.name.stampNs, found.fileName};
+    if (get.isBrowse) {
+        get.object->cursor = {true, found.name.stampNs, found.fileName};
+    }
     return DeliverMessage(get, call, found);
 }
 
 Outcome GetMessage(GetState& get, const GetCall& call) {
     SetSelection(get);
-    if (Has(get, mqi::MQGMO_BROWSE_FIRST)) get.object->cursor = BrowseCursor();
+    if (Has(get, mqi::MQGMO_BROWSE_FIRST)) {
+        get.object->cursor = BrowseCursor();
+    }
     for (;;) {
         FoundMessage found;
         const Outcome search = FindWaiting(get, found);
-        if (search.compCode != MQCC_OK) return search;
+        if (search.compCode != MQCC_OK) {
+            return search;
+        }
         const bool isTooLong = found.bytes > call.bufferLength && !Has(get, mqi::MQGMO_ACCEPT_TRUNCATED_MSG);
         const std::optional<Outcome> outcome =
             get.isBrowse || isTooLong ? ShowMessage(get, call, found) : TakeMessage(get, call, found);
         ReleaseFound(found);
-        if (outcome.has_value()) return *outcome;
+        if (outcome.has_value()) {
+            return *outcome;
+        }
     }
 }
 
@@ -244,12 +310,20 @@ Outcome Get(MQHCONN connectionHandle, MQHOBJ handle, const GetCall& call) {
     EnteredConnection entered;
     GetState get;
     Outcome outcome = EnterConnection(connectionHandle, entered);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     get.connection = entered.connection.get();
     outcome = FindObject(*get.connection, handle, get.object);
-    if (outcome.compCode == MQCC_OK) outcome = CheckCall(call, get);
-    if (outcome.compCode == MQCC_OK) outcome = CheckObject(get);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckCall(call, get);
+    }
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckObject(get);
+    }
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     *call.dataLength = 0;
     return GetMessage(get, call);
 }

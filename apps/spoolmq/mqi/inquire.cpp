@@ -68,7 +68,9 @@ const Selector* FindSelector(bool isQueue, MQLONG selector) {
     const Selector* const begin = isQueue ? std::begin(kQueueSelectors) : std::begin(kQmgrSelectors);
     const Selector* const end = isQueue ? std::end(kQueueSelectors) : std::end(kQmgrSelectors);
     for (const Selector* row = begin; row != end; ++row) {
-        if (row->selector == selector) return row;
+        if (row->selector == selector) {
+            return row;
+        }
     }
     return nullptr;
 }
@@ -83,13 +85,22 @@ struct Inquiry {
 };
 
 Outcome CheckInquiry(const Inquiry& inquiry, bool isQueue) {
-    if (inquiry.selectorCount < 0 || inquiry.selectorCount > 256)
+    if (inquiry.selectorCount < 0 || inquiry.selectorCount > 256) {
         return Failed(mqi::MQRC_SELECTOR_COUNT_ERROR);
-    if (inquiry.selectorCount > 0 && inquiry.selectors == nullptr) return Failed(mqi::MQRC_SELECTOR_ERROR);
-    if (inquiry.numberCount < 0) return Failed(mqi::MQRC_INT_ATTR_COUNT_ERROR);
-    if (inquiry.textLength < 0) return Failed(mqi::MQRC_CHAR_ATTR_LENGTH_ERROR);
+    }
+    if (inquiry.selectorCount > 0 && inquiry.selectors == nullptr) {
+        return Failed(mqi::MQRC_SELECTOR_ERROR);
+    }
+    if (inquiry.numberCount < 0) {
+        return Failed(mqi::MQRC_INT_ATTR_COUNT_ERROR);
+    }
+    if (inquiry.textLength < 0) {
+        return Failed(mqi::MQRC_CHAR_ATTR_LENGTH_ERROR);
+    }
     for (MQLONG i = 0; i < inquiry.selectorCount; ++i) {
-        if (FindSelector(isQueue, inquiry.selectors[i]) != nullptr) continue;
+        if (FindSelector(isQueue, inquiry.selectors[i]) != nullptr) {
+            continue;
+        }
         const bool isOfOther = FindSelector(!isQueue, inquiry.selectors[i]) != nullptr;
         return Failed(isOfOther ? mqi::MQRC_SELECTOR_NOT_FOR_TYPE : mqi::MQRC_SELECTOR_ERROR);
     }
@@ -104,23 +115,29 @@ Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connectio
     for (MQLONG i = 0; i < inquiry.selectorCount; ++i) {
         const Selector* row = FindSelector(object.queue != nullptr, inquiry.selectors[i]);
         if (row->number != nullptr) {
-            if (numbers >= inquiry.numberCount)
+            if (numbers >= inquiry.numberCount) {
                 outcome = Warning(mqi::MQRC_INT_ATTR_COUNT_TOO_SMALL);
-            else
+            } else {
                 inquiry.numbers[numbers++] = row->number(object, connection);
+            }
             continue;
         }
         char value[kNameChars];
         FillField(value, sizeof value, row->text(object, connection));
         const std::size_t room = static_cast<std::size_t>(inquiry.textLength) - used;
         const std::size_t copied = std::min(room, sizeof value);
-        if (copied > 0) std::memcpy(inquiry.text + used, value, copied);
+        if (copied > 0) {
+            std::memcpy(inquiry.text + used, value, copied);
+        }
         used += copied;
-        if (copied < sizeof value) outcome = Warning(mqi::MQRC_CHAR_ATTRS_TOO_SHORT);
+        if (copied < sizeof value) {
+            outcome = Warning(mqi::MQRC_CHAR_ATTRS_TOO_SHORT);
+        }
     }
     // The rest of the area is blank.
-    if (inquiry.text != nullptr)
+    if (inquiry.text != nullptr) {
         std::memset(inquiry.text + used, ' ', static_cast<std::size_t>(inquiry.textLength) - used);
+    }
     return outcome;
 }
 
@@ -128,14 +145,26 @@ Outcome Inquire(MQHCONN connectionHandle, MQHOBJ handle, const Inquiry& inquiry)
     EnteredConnection entered;
     OpenObject* object = nullptr;
     Outcome outcome = EnterConnection(connectionHandle, entered);
-    if (outcome.compCode == MQCC_OK) outcome = CheckQueueManager(*entered.connection, false);
-    if (outcome.compCode == MQCC_OK) outcome = FindObject(*entered.connection, handle, object);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if ((object->options & mqi::MQOO_INQUIRE) == 0) return Failed(mqi::MQRC_NOT_OPEN_FOR_INQUIRE);
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckQueueManager(*entered.connection, false);
+    }
+    if (outcome.compCode == MQCC_OK) {
+        outcome = FindObject(*entered.connection, handle, object);
+    }
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if ((object->options & mqi::MQOO_INQUIRE) == 0) {
+        return Failed(mqi::MQRC_NOT_OPEN_FOR_INQUIRE);
+    }
     outcome = CheckInquiry(inquiry, object->queue != nullptr);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     const Status status = object->queue != nullptr ? RefreshQueue(*object->queue) : Status();
-    if (!status.IsOk()) ReportProblem(status.error);
+    if (!status.IsOk()) {
+        ReportProblem(status.error);
+    }
     return Answer(inquiry, *object, *entered.connection);
 }
 

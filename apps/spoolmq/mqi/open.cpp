@@ -28,9 +28,15 @@ bool AreOptionsValid(MQLONG options) {
 }
 
 InputUse InputUseOf(MQLONG options, const QueueAttributes& attributes) {
-    if ((options & kInputOptions) == 0) return InputUse::kNone;
-    if (attributes.shareable == 0 || (options & MQOO_INPUT_EXCLUSIVE) != 0) return InputUse::kExclusive;
-    if ((options & mqi::MQOO_INPUT_SHARED) != 0) return InputUse::kShared;
+    if ((options & kInputOptions) == 0) {
+        return InputUse::kNone;
+    }
+    if (attributes.shareable == 0 || (options & MQOO_INPUT_EXCLUSIVE) != 0) {
+        return InputUse::kExclusive;
+    }
+    if ((options & mqi::MQOO_INPUT_SHARED) != 0) {
+        return InputUse::kShared;
+    }
     return attributes.defaultOpenExclusive != 0 ? InputUse::kExclusive : InputUse::kShared;
 }
 
@@ -58,13 +64,21 @@ Outcome OpenQueue(StoreConnection& store, const std::string& name, OpenObject& o
 Outcome Open(MQHCONN connectionHandle, void* objectDescriptor, MQLONG options, MQHOBJ* handle) {
     EnteredConnection entered;
     Outcome outcome = EnterConnection(connectionHandle, entered);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if (handle == nullptr) return Failed(mqi::MQRC_HOBJ_ERROR);
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if (handle == nullptr) {
+        return Failed(mqi::MQRC_HOBJ_ERROR);
+    }
     mqi::MQOD od{};
-    if (!LoadStructure(objectDescriptor, od)) return Failed(mqi::MQRC_OD_ERROR);
+    if (!LoadStructure(objectDescriptor, od)) {
+        return Failed(mqi::MQRC_OD_ERROR);
+    }
     OpenObject object;
     outcome = OpenNamedObject(*entered.connection, od, options, object);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     StoreStructure(od, objectDescriptor);
     std::map<MQHOBJ, OpenObject>& objects = entered.connection->objects;
     *handle = objects.empty() ? 2 : objects.rbegin()->first + 1;
@@ -75,14 +89,24 @@ Outcome Open(MQHCONN connectionHandle, void* objectDescriptor, MQLONG options, M
 Outcome Close(MQHCONN connectionHandle, MQHOBJ* handle, MQLONG options) {
     EnteredConnection entered;
     Outcome outcome = EnterConnection(connectionHandle, entered);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if (handle == nullptr) return Failed(mqi::MQRC_HOBJ_ERROR);
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if (handle == nullptr) {
+        return Failed(mqi::MQRC_HOBJ_ERROR);
+    }
     OpenObject* object = nullptr;
     outcome = FindObject(*entered.connection, *handle, object);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     // The other options are for dynamic queues and subscriptions, which do not exist here.
-    if ((options & ~kCloseQuiesce) != MQCO_NONE) return Failed(mqi::MQRC_OPTION_NOT_VALID_FOR_TYPE);
-    if (object->queue != nullptr) CloseStoreQueue(std::move(object->queue));
+    if ((options & ~kCloseQuiesce) != MQCO_NONE) {
+        return Failed(mqi::MQRC_OPTION_NOT_VALID_FOR_TYPE);
+    }
+    if (object->queue != nullptr) {
+        CloseStoreQueue(std::move(object->queue));
+    }
     entered.connection->objects.erase(*handle);
     *handle = mqi::MQHO_UNUSABLE_HOBJ;
     return kOk;
@@ -92,13 +116,19 @@ Outcome Close(MQHCONN connectionHandle, MQHOBJ* handle, MQLONG options) {
 
 Outcome OpenNamedObject(Connection& connection, mqi::MQOD& od, MQLONG options, OpenObject& object) {
     Outcome outcome = CheckQueueManager(connection, (options & MQOO_FAIL_IF_QUIESCING) != 0);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if (!AreOptionsValid(options)) return Failed(mqi::MQRC_OPTIONS_ERROR);
-    if (od.ObjectType != mqi::MQOT_Q && od.ObjectType != mqi::MQOT_Q_MGR)
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if (!AreOptionsValid(options)) {
+        return Failed(mqi::MQRC_OPTIONS_ERROR);
+    }
+    if (od.ObjectType != mqi::MQOT_Q && od.ObjectType != mqi::MQOT_Q_MGR) {
         return Failed(mqi::MQRC_OBJECT_TYPE_ERROR);
+    }
     const std::string qmgrName(FieldText(od.ObjectQMgrName, sizeof od.ObjectQMgrName));
-    if (!qmgrName.empty() && qmgrName != connection.store->object)
+    if (!qmgrName.empty() && qmgrName != connection.store->object) {
         return Failed(mqi::MQRC_UNKNOWN_OBJECT_Q_MGR);
+    }
     object.options = options;
     if (od.ObjectType == mqi::MQOT_Q) {
         const std::string name(FieldText(od.ObjectName, sizeof od.ObjectName));
@@ -106,7 +136,9 @@ Outcome OpenNamedObject(Connection& connection, mqi::MQOD& od, MQLONG options, O
     } else if ((options & (kAccessOptions & ~mqi::MQOO_INQUIRE)) != 0) {
         outcome = Failed(mqi::MQRC_OPTION_NOT_VALID_FOR_TYPE);
     }
-    if (outcome.compCode == MQCC_OK) FillResolvedNames(connection, object, od);
+    if (outcome.compCode == MQCC_OK) {
+        FillResolvedNames(connection, object, od);
+    }
     return outcome;
 }
 
@@ -116,7 +148,9 @@ using namespace spoolmq;
 
 SPOOLMQ_EXPORT void MQOPEN(MQHCONN Hconn, MQPTR ObjDesc, MQLONG Options, MQHOBJ* Hobj, MQLONG* CompCode,
                            MQLONG* Reason) {
-    if (Hobj != nullptr) *Hobj = mqi::MQHO_UNUSABLE_HOBJ;
+    if (Hobj != nullptr) {
+        *Hobj = mqi::MQHO_UNUSABLE_HOBJ;
+    }
     RunVerb(Verb::kMqopen, Hconn, CompCode, Reason, [&] { return Open(Hconn, ObjDesc, Options, Hobj); });
 }
 

@@ -14,7 +14,9 @@ constexpr MQLONG kPublishedOptions = 0x7FFFF;
 
 bool IsZero(const MQBYTE* bytes, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        if (bytes[i] != 0) return false;
+        if (bytes[i] != 0) {
+            return false;
+        }
     }
     return true;
 }
@@ -41,33 +43,46 @@ void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD& md) {
 mqi::MQMD FinalDescriptor(const Connection& connection, const QueueAttributes& attributes,
                           const mqi::MQMD& md) {
     mqi::MQMD stored = md;
-    if (stored.CodedCharSetId == MQCCSI_Q_MGR)
+    if (stored.CodedCharSetId == MQCCSI_Q_MGR) {
         stored.CodedCharSetId = connection.store->attributes.values.ccsid;
-    if (stored.Persistence == mqi::MQPER_PERSISTENCE_AS_Q_DEF)
+    }
+    if (stored.Persistence == mqi::MQPER_PERSISTENCE_AS_Q_DEF) {
         stored.Persistence = attributes.defaultPersistence;
-    if (stored.Priority == mqi::MQPRI_PRIORITY_AS_Q_DEF) stored.Priority = attributes.defaultPriority;
+    }
+    if (stored.Priority == mqi::MQPRI_PRIORITY_AS_Q_DEF) {
+        stored.Priority = attributes.defaultPriority;
+    }
     return stored;
 }
 
 Outcome CheckDescriptor(const mqi::MQMD& md) {
-    if (md.Persistence < mqi::MQPER_NOT_PERSISTENT || md.Persistence > mqi::MQPER_PERSISTENCE_AS_Q_DEF)
+    if (md.Persistence < mqi::MQPER_NOT_PERSISTENT || md.Persistence > mqi::MQPER_PERSISTENCE_AS_Q_DEF) {
         return Failed(mqi::MQRC_PERSISTENCE_ERROR);
-    if (md.Priority < mqi::MQPRI_PRIORITY_AS_Q_DEF || md.Priority > 9)
+    }
+    if (md.Priority < mqi::MQPRI_PRIORITY_AS_Q_DEF || md.Priority > 9) {
         return Failed(mqi::MQRC_PRIORITY_ERROR);
+    }
     return kOk;
 }
 
 Outcome CheckLength(const Connection& connection, const QueueAttributes& attributes, MQLONG length) {
-    if (connection.isClient && length > connection.messageLimit) return Failed(mqi::MQRC_DATA_LENGTH_ERROR);
-    if (length > attributes.maxMessageLength) return Failed(mqi::MQRC_MSG_TOO_BIG_FOR_Q);
-    if (length > connection.store->attributes.values.maxMessageLength)
+    if (connection.isClient && length > connection.messageLimit) {
+        return Failed(mqi::MQRC_DATA_LENGTH_ERROR);
+    }
+    if (length > attributes.maxMessageLength) {
+        return Failed(mqi::MQRC_MSG_TOO_BIG_FOR_Q);
+    }
+    if (length > connection.store->attributes.values.maxMessageLength) {
         return Failed(mqi::MQRC_MSG_TOO_BIG_FOR_Q_MGR);
+    }
     return kOk;
 }
 
 Outcome CheckRoom(const Connection& connection, const StoreQueue& queue, Syncpoint syncpoint) {
     const Outcome outcome = syncpoint == Syncpoint::kYes ? CheckUnit(connection) : kOk;
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     return IsQueueFull(queue) ? Failed(mqi::MQRC_Q_FULL) : kOk;
 }
 
@@ -80,33 +95,55 @@ struct PutCall {
 
 // Copies the caller's structures and makes the checks that do not depend on the queue.
 Outcome CheckCall(const PutCall& call, mqi::MQMD& md, mqi::MQPMO& pmo) {
-    if (!LoadStructure(call.md, md)) return Failed(mqi::MQRC_MD_ERROR);
-    if (!LoadStructure(call.pmo, pmo)) return Failed(mqi::MQRC_PMO_ERROR);
-    if (call.length < 0) return Failed(mqi::MQRC_BUFFER_LENGTH_ERROR);
-    if (call.length > 0 && call.buffer == nullptr) return Failed(mqi::MQRC_BUFFER_ERROR);
+    if (!LoadStructure(call.md, md)) {
+        return Failed(mqi::MQRC_MD_ERROR);
+    }
+    if (!LoadStructure(call.pmo, pmo)) {
+        return Failed(mqi::MQRC_PMO_ERROR);
+    }
+    if (call.length < 0) {
+        return Failed(mqi::MQRC_BUFFER_LENGTH_ERROR);
+    }
+    if (call.length > 0 && call.buffer == nullptr) {
+        return Failed(mqi::MQRC_BUFFER_ERROR);
+    }
     const MQLONG both = mqi::MQPMO_SYNCPOINT | mqi::MQPMO_NO_SYNCPOINT;
-    if ((pmo.Options & both) == both || (pmo.Options & ~kPublishedOptions) != 0)
+    if ((pmo.Options & both) == both || (pmo.Options & ~kPublishedOptions) != 0) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
+    }
     return CheckDescriptor(md);
 }
 
 Outcome PutOn(const Connection& connection, StoreQueue& queue, const PutCall& call, mqi::MQMD& md,
               mqi::MQPMO& pmo) {
     Status status = RefreshQueue(queue);
-    if (!status.IsOk()) ReportProblem(status.error);
+    if (!status.IsOk()) {
+        ReportProblem(status.error);
+    }
     const QueueAttributes& attributes = queue.state->attributes.values;
     const Syncpoint syncpoint = (pmo.Options & mqi::MQPMO_SYNCPOINT) != 0 ? Syncpoint::kYes : Syncpoint::kNo;
-    if (attributes.putInhibited != 0) return Failed(mqi::MQRC_PUT_INHIBITED);
+    if (attributes.putInhibited != 0) {
+        return Failed(mqi::MQRC_PUT_INHIBITED);
+    }
     Outcome outcome = CheckLength(connection, attributes, call.length);
-    if (outcome.compCode == MQCC_OK) outcome = CheckRoom(connection, queue, syncpoint);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if ((pmo.Options & mqi::MQPMO_NEW_MSG_ID) != 0 || IsZero(md.MsgId, sizeof md.MsgId))
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckRoom(connection, queue, syncpoint);
+    }
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if ((pmo.Options & mqi::MQPMO_NEW_MSG_ID) != 0 || IsZero(md.MsgId, sizeof md.MsgId)) {
         MakeIdentifier(*connection.store, md.MsgId);
-    if ((pmo.Options & mqi::MQPMO_NEW_CORREL_ID) != 0) MakeIdentifier(*connection.store, md.CorrelId);
+    }
+    if ((pmo.Options & mqi::MQPMO_NEW_CORREL_ID) != 0) {
+        MakeIdentifier(*connection.store, md.CorrelId);
+    }
     FillOrigin(connection, pmo.Options, md);
     const mqi::MQMD stored = FinalDescriptor(connection, attributes, md);
     status = PutMessage(queue, {&stored, call.buffer, static_cast<std::size_t>(call.length)}, syncpoint);
-    if (!status.IsOk()) return Failed(ReasonOf(status));
+    if (!status.IsOk()) {
+        return Failed(ReasonOf(status));
+    }
     FillField(pmo.ResolvedQName, sizeof pmo.ResolvedQName, queue.state->object);
     FillField(pmo.ResolvedQMgrName, sizeof pmo.ResolvedQMgrName, connection.store->object);
     StoreStructure(md, call.md);
@@ -118,36 +155,56 @@ Outcome Put(MQHCONN connectionHandle, MQHOBJ handle, const PutCall& call) {
     EnteredConnection entered;
     OpenObject* object = nullptr;
     Outcome outcome = EnterConnection(connectionHandle, entered);
-    if (outcome.compCode == MQCC_OK) outcome = FindObject(*entered.connection, handle, object);
+    if (outcome.compCode == MQCC_OK) {
+        outcome = FindObject(*entered.connection, handle, object);
+    }
     mqi::MQMD md{};
     mqi::MQPMO pmo{};
-    if (outcome.compCode == MQCC_OK) outcome = CheckCall(call, md, pmo);
-    if (outcome.compCode == MQCC_OK)
+    if (outcome.compCode == MQCC_OK) {
+        outcome = CheckCall(call, md, pmo);
+    }
+    if (outcome.compCode == MQCC_OK) {
         outcome = CheckQueueManager(*entered.connection, (pmo.Options & mqi::MQPMO_FAIL_IF_QUIESCING) != 0);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if (object->queue == nullptr || (object->options & mqi::MQOO_OUTPUT) == 0)
+    }
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if (object->queue == nullptr || (object->options & mqi::MQOO_OUTPUT) == 0) {
         return Failed(mqi::MQRC_NOT_OPEN_FOR_OUTPUT);
+    }
     return PutOn(*entered.connection, *object->queue, call, md, pmo);
 }
 
 Outcome PutOne(MQHCONN connectionHandle, void* objectDescriptor, const PutCall& call) {
     EnteredConnection entered;
     Outcome outcome = EnterConnection(connectionHandle, entered);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     mqi::MQOD od{};
     mqi::MQMD md{};
     mqi::MQPMO pmo{};
-    if (!LoadStructure(objectDescriptor, od)) return Failed(mqi::MQRC_OD_ERROR);
+    if (!LoadStructure(objectDescriptor, od)) {
+        return Failed(mqi::MQRC_OD_ERROR);
+    }
     outcome = CheckCall(call, md, pmo);
-    if (outcome.compCode != MQCC_OK) return outcome;
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
     OpenObject object;
     const MQLONG options = mqi::MQOO_OUTPUT | (pmo.Options & mqi::MQPMO_FAIL_IF_QUIESCING);
     outcome = OpenNamedObject(*entered.connection, od, options, object);
-    if (outcome.compCode != MQCC_OK) return outcome;
-    if (object.queue == nullptr) return Failed(mqi::MQRC_OBJECT_TYPE_ERROR);
+    if (outcome.compCode != MQCC_OK) {
+        return outcome;
+    }
+    if (object.queue == nullptr) {
+        return Failed(mqi::MQRC_OBJECT_TYPE_ERROR);
+    }
     outcome = PutOn(*entered.connection, *object.queue, call, md, pmo);
     CloseStoreQueue(std::move(object.queue));
-    if (outcome.compCode == MQCC_OK) StoreStructure(od, objectDescriptor);
+    if (outcome.compCode == MQCC_OK) {
+        StoreStructure(od, objectDescriptor);
+    }
     return outcome;
 }
 

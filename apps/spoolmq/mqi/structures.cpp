@@ -22,17 +22,22 @@ constexpr StructureRule kPmoRule = {"PMO ", {128, 160, 184}};
 // Returns 0 when the structure is not valid.
 std::size_t LengthOf(const StructureRule& rule, const void* structure) {
     MQLONG version = 0;
-    if (structure == nullptr || std::memcmp(structure, rule.strucId.data(), rule.strucId.size()) != 0)
+    if (structure == nullptr || std::memcmp(structure, rule.strucId.data(), rule.strucId.size()) != 0) {
         return 0;
+    }
     std::memcpy(&version, static_cast<const char*>(structure) + rule.strucId.size(), sizeof version);
-    if (version < 1 || version > static_cast<MQLONG>(rule.lengths.size())) return 0;
+    if (version < 1 || version > static_cast<MQLONG>(rule.lengths.size())) {
+        return 0;
+    }
     return rule.lengths[static_cast<std::size_t>(version - 1)];
 }
 
 template <typename Structure>
 bool Load(const StructureRule& rule, const void* from, const Structure& defaults, Structure& to) {
     const std::size_t length = LengthOf(rule, from);
-    if (length == 0) return false;
+    if (length == 0) {
+        return false;
+    }
     to = defaults;
     std::memcpy(static_cast<void*>(&to), from, length);
     return true;

@@ -8,8 +8,12 @@ using mqi::MQHMSG;
 namespace {
 
 void Refuse(MQLONG* compCode, MQLONG* reason) {
-    if (compCode != nullptr) *compCode = MQCC_FAILED;
-    if (reason != nullptr) *reason = mqi::MQRC_FUNCTION_NOT_SUPPORTED;
+    if (compCode != nullptr) {
+        *compCode = MQCC_FAILED;
+    }
+    if (reason != nullptr) {
+        *reason = mqi::MQRC_FUNCTION_NOT_SUPPORTED;
+    }
 }
 
 }  // namespace

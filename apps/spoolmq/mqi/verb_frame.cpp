@@ -27,9 +27,13 @@ struct ThreadEnd {
     ThreadEnd(const ThreadEnd&) = delete;
     ThreadEnd& operator=(const ThreadEnd&) = delete;
     ~ThreadEnd() {
-        if (!isArmed) return;
+        if (!isArmed) {
+            return;
+        }
         const std::shared_ptr<Connection> connection = OwnConnectionOfThread();
-        if (connection == nullptr) return;
+        if (connection == nullptr) {
+            return;
+        }
         ForgetConnection(connection->handle);
         const std::lock_guard<std::mutex> busy(connection->busy);
         DropStore(*connection);
@@ -40,7 +44,9 @@ thread_local ThreadEnd threadEnd;
 // Loses the connection as a real one would be lost: the queue manager backs out, and the handle is dead.
 void BreakConnection(MQHCONN handle) {
     EnteredConnection entered;
-    if (EnterConnection(handle, entered).reason != MQRC_NONE) return;
+    if (EnterConnection(handle, entered).reason != MQRC_NONE) {
+        return;
+    }
     entered.connection->isBroken = true;
     DropStore(*entered.connection);
 }
@@ -49,12 +55,15 @@ void BreakConnection(MQHCONN handle) {
 // becomes rollback-only.
 void FailUnit(MQHCONN handle, Verb verb) {
     EnteredConnection entered;
-    if (EnterConnection(handle, entered).reason != MQRC_NONE) return;
+    if (EnterConnection(handle, entered).reason != MQRC_NONE) {
+        return;
+    }
     StoreConnection& store = *entered.connection->store;
-    if (verb == Verb::kMqcmit || verb == Verb::kMqdisc)
+    if (verb == Verb::kMqcmit || verb == Verb::kMqdisc) {
         static_cast<void>(BackOutStore(store));
-    else
+    } else {
         store.unit.isRollbackOnly = true;
+    }
 }
 
 Outcome RunGuarded(const std::function<Outcome()>& call) {
@@ -74,14 +83,24 @@ Outcome RunPlanned(Verb verb, MQHCONN handle, const std::function<Outcome()>& ca
         return Failed(mqi::MQRC_UNEXPECTED_ERROR);
     }
     const Fault fault = NextFault(verb);
-    if (fault.kind == FaultKind::kKillBefore) EndProcessAtOnce();
+    if (fault.kind == FaultKind::kKillBefore) {
+        EndProcessAtOnce();
+    }
     if (fault.kind != FaultKind::kFail) {
         const Outcome outcome = RunGuarded(call);
-        if (fault.kind == FaultKind::kKillAfter) EndProcessAtOnce();
-        if (fault.kind == FaultKind::kNone) return outcome;
+        if (fault.kind == FaultKind::kKillAfter) {
+            EndProcessAtOnce();
+        }
+        if (fault.kind == FaultKind::kNone) {
+            return outcome;
+        }
     }
-    if (fault.reason == mqi::MQRC_CONNECTION_BROKEN) BreakConnection(handle);
-    if (fault.reason == mqi::MQRC_BACKED_OUT) FailUnit(handle, verb);
+    if (fault.reason == mqi::MQRC_CONNECTION_BROKEN) {
+        BreakConnection(handle);
+    }
+    if (fault.reason == mqi::MQRC_BACKED_OUT) {
+        FailUnit(handle, verb);
+    }
     return {fault.compCode, fault.reason};
 }
 
@@ -93,18 +112,24 @@ Outcome EnterConnection(MQHCONN handle, EnteredConnection& entered) {
         ConnectionTable& table = Table();
         const std::lock_guard<std::mutex> lock(table.guard);
         const auto found = table.connections.find(handle);
-        if (found == table.connections.end()) return Failed(mqi::MQRC_HCONN_ERROR);
+        if (found == table.connections.end()) {
+            return Failed(mqi::MQRC_HCONN_ERROR);
+        }
         connection = found->second;
     }
-    if (connection->sharing == HandleSharing::kNone && connection->threadId != ThreadId())
+    if (connection->sharing == HandleSharing::kNone && connection->threadId != ThreadId()) {
         return Failed(mqi::MQRC_HCONN_ERROR);
+    }
     std::unique_lock<std::mutex> guard(connection->busy, std::defer_lock);
-    if (connection->sharing != HandleSharing::kNoBlock)
+    if (connection->sharing != HandleSharing::kNoBlock) {
         guard.lock();
-    else if (!guard.try_lock())
+    } else if (!guard.try_lock()) {
         return Failed(mqi::MQRC_CALL_IN_PROGRESS);
+    }
     // Another thread may have disconnected while this one waited for its turn.
-    if (connection->store == nullptr && !connection->isBroken) return Failed(mqi::MQRC_HCONN_ERROR);
+    if (connection->store == nullptr && !connection->isBroken) {
+        return Failed(mqi::MQRC_HCONN_ERROR);
+    }
     const bool isBroken = connection->isBroken;
     entered.connection = std::move(connection);
     entered.guard = std::move(guard);
@@ -117,7 +142,9 @@ void AddConnection(const std::shared_ptr<Connection>& connection) {
     connection->handle = table.next;
     table.next += 2;
     table.connections[connection->handle] = connection;
-    if (connection->sharing == HandleSharing::kNone) threadEnd.isArmed = true;
+    if (connection->sharing == HandleSharing::kNone) {
+        threadEnd.isArmed = true;
+    }
 }
 
 void ForgetConnection(MQHCONN handle) {
@@ -130,23 +157,30 @@ std::shared_ptr<Connection> OwnConnectionOfThread() {
     ConnectionTable& table = Table();
     const std::lock_guard<std::mutex> lock(table.guard);
     for (const auto& [handle, connection] : table.connections) {
-        if (connection->sharing == HandleSharing::kNone && connection->threadId == ThreadId())
+        if (connection->sharing == HandleSharing::kNone && connection->threadId == ThreadId()) {
             return connection;
+        }
     }
     return nullptr;
 }
 
 void DropStore(Connection& connection) {
     for (auto& [handle, object] : connection.objects) {
-        if (object.queue != nullptr) CloseStoreQueue(std::move(object.queue));
+        if (object.queue != nullptr) {
+            CloseStoreQueue(std::move(object.queue));
+        }
     }
     connection.objects.clear();
-    if (connection.store != nullptr) DisconnectStore(std::move(connection.store));
+    if (connection.store != nullptr) {
+        DisconnectStore(std::move(connection.store));
+    }
 }
 
 Outcome CheckQueueManager(Connection& connection, bool failIfQuiescing) {
     const Status status = RefreshAttributes(connection.store->attributes);
-    if (!status.IsOk()) ReportProblem(status.error);
+    if (!status.IsOk()) {
+        ReportProblem(status.error);
+    }
     switch (static_cast<QmgrState>(connection.store->attributes.values.state)) {
         case QmgrState::kRunning: break;
         case QmgrState::kQuiescing: return failIfQuiescing ? Failed(mqi::MQRC_Q_MGR_QUIESCING) : kOk;
@@ -161,15 +195,20 @@ Outcome CheckQueueManager(Connection& connection, bool failIfQuiescing) {
 
 Outcome CheckUnit(const Connection& connection) {
     const StoreConnection& store = *connection.store;
-    if (store.unit.isRollbackOnly) return Failed(mqi::MQRC_BACKED_OUT);
-    if (UncommittedCount(store) >= static_cast<std::size_t>(store.attributes.values.maxUncommitted))
+    if (store.unit.isRollbackOnly) {
+        return Failed(mqi::MQRC_BACKED_OUT);
+    }
+    if (UncommittedCount(store) >= static_cast<std::size_t>(store.attributes.values.maxUncommitted)) {
         return Failed(MQRC_SYNCPOINT_LIMIT_REACHED);
+    }
     return kOk;
 }
 
 Outcome FindObject(Connection& connection, MQHOBJ handle, OpenObject*& object) {
     const auto found = connection.objects.find(handle);
-    if (found == connection.objects.end()) return Failed(mqi::MQRC_HOBJ_ERROR);
+    if (found == connection.objects.end()) {
+        return Failed(mqi::MQRC_HOBJ_ERROR);
+    }
     object = &found->second;
     return kOk;
 }
@@ -197,8 +236,12 @@ MQLONG ReasonOf(const Status& status) {
 void RunVerb(Verb verb, MQHCONN handle, MQLONG* compCode, MQLONG* reason,
              const std::function<Outcome()>& call) {
     const Outcome outcome = RunPlanned(verb, handle, call);
-    if (compCode != nullptr) *compCode = outcome.compCode;
-    if (reason != nullptr) *reason = outcome.reason;
+    if (compCode != nullptr) {
+        *compCode = outcome.compCode;
+    }
+    if (reason != nullptr) {
+        *reason = outcome.reason;
+    }
 }
 
 }  // namespace spoolmq

@@ -9,11 +9,17 @@ namespace {
 std::vector<std::string> ObjectsIn(const std::string& path) {
     std::vector<FolderEntry> entries;
     std::vector<std::string> names;
-    if (ListFolder(path, &entries) != OsStatus::Ok) return names;
+    if (ListFolder(path, &entries) != OsStatus::Ok) {
+        return names;
+    }
     for (const FolderEntry& entry : entries) {
-        if (!entry.isFolder || entry.name[0] == '.') continue;
+        if (!entry.isFolder || entry.name[0] == '.') {
+            continue;
+        }
         std::string name = ObjectOfDirectory(entry.name);
-        if (!name.empty()) names.push_back(std::move(name));
+        if (!name.empty()) {
+            names.push_back(std::move(name));
+        }
     }
     std::sort(names.begin(), names.end());
     return names;
@@ -39,23 +45,35 @@ Status CreateObject(const std::string& path, const std::string& name, const std:
         return {StatusCode::kFailed,
                 "\"" + name + "\" is not a name: a name has 1 to 48 of the characters A-Z a-z 0-9 . / _ %"};
     }
-    if (IsDirectory(path)) return {StatusCode::kAlreadyExists, name + " already exists in \"" + path + "\""};
-    if (CreateDirectories(path) != OsStatus::Ok) return FileError(path);
+    if (IsDirectory(path)) {
+        return {StatusCode::kAlreadyExists, name + " already exists in \"" + path + "\""};
+    }
+    if (CreateDirectories(path) != OsStatus::Ok) {
+        return FileError(path);
+    }
     const std::string iniPath = path + '/' + iniName;
-    if (WriteNewFile(iniPath, ini.data(), ini.size(), false) != OsStatus::Ok) return FileError(iniPath);
+    if (WriteNewFile(iniPath, ini.data(), ini.size(), false) != OsStatus::Ok) {
+        return FileError(iniPath);
+    }
     return {};
 }
 
 OsStatus RemoveTree(const std::string& path) {
     std::vector<FolderEntry> entries;
     OsStatus status = ListFolder(path, &entries);
-    if (status == OsStatus::NotFound) return OsStatus::Ok;
+    if (status == OsStatus::NotFound) {
+        return OsStatus::Ok;
+    }
     for (const FolderEntry& entry : entries) {
-        if (status != OsStatus::Ok) return status;
+        if (status != OsStatus::Ok) {
+            return status;
+        }
         const std::string entryPath = path + '/' + entry.name;
         // A link to a directory is removed like a file: what it leads to does not belong to the queue.
         status = RemoveFile(entryPath);
-        if (status != OsStatus::Ok && entry.isFolder) status = RemoveTree(entryPath);
+        if (status != OsStatus::Ok && entry.isFolder) {
+            status = RemoveTree(entryPath);
+        }
     }
     return status == OsStatus::Ok ? RemoveEmptyFolder(path) : status;
 }
@@ -64,14 +82,19 @@ std::int64_t MessagesInUnits(const std::string& qmgrPath, const std::string& que
     std::vector<FolderEntry> units;
     std::vector<FolderEntry> messages;
     std::int64_t count = 0;
-    if (ListFolder(UnitsPath(qmgrPath), &units) != OsStatus::Ok) return 0;
+    if (ListFolder(UnitsPath(qmgrPath), &units) != OsStatus::Ok) {
+        return 0;
+    }
     for (const FolderEntry& unit : units) {
-        if (!unit.isFolder) continue;
+        if (!unit.isFolder) {
+            continue;
+        }
         const std::string unitPath = UnitsPath(qmgrPath) + '/' + unit.name;
         for (const UnitStage stage : {UnitStage::kGot, UnitStage::kTaking, UnitStage::kPut}) {
             if (ListFolder(unitPath + '/' + StageName(stage) + '/' + queueDirectory, &messages) ==
-                OsStatus::Ok)
+                OsStatus::Ok) {
                 count += static_cast<std::int64_t>(messages.size());
+            }
         }
     }
     return count;
@@ -82,7 +105,9 @@ Status CheckUnused(const std::string& qmgrPath, const std::string& name) {
     static_cast<void>(RecoverDeadUnits(qmgrPath, ""));
     const std::int32_t opens = InputOpenCount(qmgrPath + '/' + directory);
     const std::int64_t inUnits = MessagesInUnits(qmgrPath, directory);
-    if (opens == 0 && inUnits == 0) return {};
+    if (opens == 0 && inUnits == 0) {
+        return {};
+    }
     return {StatusCode::kInUse, "queue " + name + " is in use: " + std::to_string(opens) +
                                     " programs have it open for input, " + std::to_string(inUnits) +
                                     " messages are in units of work; end those programs first"};
@@ -110,7 +135,9 @@ Status CreateQueueManager(const std::string& root, const std::string& name,
 Status CreateQueue(const std::string& root, const std::string& qmgr, const std::string& name,
                    const QueueAttributes& attributes) {
     const std::string qmgrPath = root + '/' + DirectoryOfObject(qmgr);
-    if (!IsObjectName(qmgr) || !IsDirectory(qmgrPath)) return UnknownQueueManager(root, qmgr);
+    if (!IsObjectName(qmgr) || !IsDirectory(qmgrPath)) {
+        return UnknownQueueManager(root, qmgr);
+    }
     return CreateObject(qmgrPath + '/' + DirectoryOfObject(name), name, ".queue.ini",
                         FormatAttributes(attributes));
 }
@@ -118,19 +145,26 @@ Status CreateQueue(const std::string& root, const std::string& qmgr, const std::
 Status DeleteQueue(const std::string& root, const std::string& qmgr, const std::string& name) {
     const std::string qmgrPath = root + '/' + DirectoryOfObject(qmgr);
     const std::string path = qmgrPath + '/' + DirectoryOfObject(name);
-    if (!IsObjectName(name) || !IsDirectory(path))
+    if (!IsObjectName(name) || !IsDirectory(path)) {
         return {StatusCode::kUnknownQueue, "there is no queue " + name + " in \"" + qmgrPath + "\""};
+    }
     Status status = CheckUnused(qmgrPath, name);
-    if (status.IsOk() && RemoveTree(path) != OsStatus::Ok) status = FileError(path);
+    if (status.IsOk() && RemoveTree(path) != OsStatus::Ok) {
+        status = FileError(path);
+    }
     return status;
 }
 
 Status DeleteQueueManager(const std::string& root, const std::string& name) {
     const std::string path = root + '/' + DirectoryOfObject(name);
-    if (!IsObjectName(name) || !IsDirectory(path)) return UnknownQueueManager(root, name);
+    if (!IsObjectName(name) || !IsDirectory(path)) {
+        return UnknownQueueManager(root, name);
+    }
     for (const std::string& queue : QueueNames(root, name)) {
         Status status = CheckUnused(path, queue);
-        if (!status.IsOk()) return status;
+        if (!status.IsOk()) {
+            return status;
+        }
     }
     std::vector<FolderEntry> units;
     static_cast<void>(RecoverDeadUnits(path, ""));

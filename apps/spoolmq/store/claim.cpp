@@ -26,7 +26,9 @@ Status MoveError(Unit& unit, const std::string& from, const std::string& to, OsS
         unit.createdDirectories.erase(to.substr(0, to.rfind('/')));
         return {StatusCode::kMessageGone, {}};
     }
-    if (reason == OsStatus::NotFound || reason == OsStatus::Busy) return {StatusCode::kMessageGone, {}};
+    if (reason == OsStatus::NotFound || reason == OsStatus::Busy) {
+        return {StatusCode::kMessageGone, {}};
+    }
     return FileError(from);
 }
 
@@ -38,9 +40,12 @@ Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std
     const std::string from = queue.state->path + '/' + found.fileName;
     OsStatus status = OsStatus::Exists;
     for (int attempt = 0; status == OsStatus::Exists && attempt < kMaxNameAttempts; ++attempt) {
-        if (attempt > 0) ++found.name.stampNs;
-        if (MakeMemberPath(unit, MemberOf(queue, found, stage), path) != OsStatus::Ok)
+        if (attempt > 0) {
+            ++found.name.stampNs;
+        }
+        if (MakeMemberPath(unit, MemberOf(queue, found, stage), path) != OsStatus::Ok) {
             return FileError(UnitsPath(unit.qmgrPath) + '/' + unit.id);
+        }
         status = RenameNew(from, path);
     }
     return status == OsStatus::Ok ? Status() : MoveError(unit, from, path, status);
@@ -49,8 +54,9 @@ Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std
 // A message that is claimed is usually the first of the listing. Any other entry is marked when opening its
 // file fails.
 void MarkFirstGone(Listing& listing, const std::string& fileName) {
-    if (listing.first < listing.entries.size() && listing.entries[listing.first].fileName == fileName)
+    if (listing.first < listing.entries.size() && listing.entries[listing.first].fileName == fileName) {
         listing.entries[listing.first].isGone = true;
+    }
 }
 
 // Whether the file that was claimed is the one that was found: a copied-in file may have been replaced by
@@ -67,11 +73,17 @@ Status ClaimMessage(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint)
     Unit& unit = queue.connection->unit;
     std::string path;
     Status status = MoveIntoUnit(queue, found, StageOf(syncpoint), path);
-    if (!status.IsOk()) return status;
+    if (!status.IsOk()) {
+        return status;
+    }
     ReachCrashPoint("got");
     MarkFirstGone(queue.listing, found.fileName);
-    if (syncpoint == Syncpoint::kYes) unit.members.push_back(MemberOf(queue, found, UnitStage::kGot));
-    if (!found.isCopiedIn || IsFileAsFound(path, found)) return {};
+    if (syncpoint == Syncpoint::kYes) {
+        unit.members.push_back(MemberOf(queue, found, UnitStage::kGot));
+    }
+    if (!found.isCopiedIn || IsFileAsFound(path, found)) {
+        return {};
+    }
     UndoClaim(queue, found, syncpoint);
     return {StatusCode::kMessageGone, {}};
 }
@@ -84,9 +96,15 @@ Status FinishGet(StoreQueue& queue, FoundMessage& found) {
     std::string to;
     ReachCrashPoint("taken");
     OsStatus status = MakeMemberPath(unit, MemberOf(queue, found, UnitStage::kTaking), from);
-    if (status == OsStatus::Ok) status = MakeMemberPath(unit, done, to);
-    if (status == OsStatus::Ok) status = RenameNew(from, to);
-    if (status == OsStatus::Ok) status = DeleteMessage(unit.qmgrPath, done, to);
+    if (status == OsStatus::Ok) {
+        status = MakeMemberPath(unit, done, to);
+    }
+    if (status == OsStatus::Ok) {
+        status = RenameNew(from, to);
+    }
+    if (status == OsStatus::Ok) {
+        status = DeleteMessage(unit.qmgrPath, done, to);
+    }
     return status == OsStatus::Ok ? Status() : FileError(to);
 }
 
@@ -96,13 +114,19 @@ void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint) {
     const UnitMember member = MemberOf(queue, found, StageOf(syncpoint));
     std::string path;
     OsStatus status = MakeMemberPath(unit, member, path);
-    if (status == OsStatus::Ok) status = ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kKeep);
+    if (status == OsStatus::Ok) {
+        status = ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kKeep);
+    }
     if (status != OsStatus::Ok) {
         // A commit would delete a message that its reader has not received.
-        if (syncpoint == Syncpoint::kYes) unit.isRollbackOnly = true;
+        if (syncpoint == Syncpoint::kYes) {
+            unit.isRollbackOnly = true;
+        }
         return;
     }
-    if (syncpoint == Syncpoint::kYes) unit.members.pop_back();
+    if (syncpoint == Syncpoint::kYes) {
+        unit.members.pop_back();
+    }
     ++queue.connection->ownReturns;
     CountReturn(queue.state->counters);
 }

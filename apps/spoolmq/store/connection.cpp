@@ -9,28 +9,36 @@ namespace {
 // Returns the name of the default queue manager; empty when there is none.
 std::string DefaultQueueManager(const std::string& root) {
     const std::vector<std::string> names = QueueManagerNames(root);
-    if (names.size() == 1) return names.front();
+    if (names.size() == 1) {
+        return names.front();
+    }
     for (const std::string& name : names) {
         std::string text;
         QmgrAttributes attributes;
         if (ReadWholeFile(root + '/' + DirectoryOfObject(name) + "/qmgr.ini", &text) == OsStatus::Ok &&
-            ParseAttributes(text, attributes).IsOk() && attributes.isDefault != 0)
+            ParseAttributes(text, attributes).IsOk() && attributes.isDefault != 0) {
             return name;
+        }
     }
     return {};
 }
 
 std::string FormatNames(const std::vector<std::string>& names) {
-    if (names.empty()) return "there is none";
+    if (names.empty()) {
+        return "there is none";
+    }
     std::string text = "there are:";
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         text += ' ' + name;
+    }
     return text;
 }
 
 Status CheckQueueManager(const std::string& root, const std::string& name, const std::string& path) {
     FileInfo info;
-    if (IsObjectName(name) && StatPath(path, &info) == OsStatus::Ok && info.isFolder) return {};
+    if (IsObjectName(name) && StatPath(path, &info) == OsStatus::Ok && info.isFolder) {
+        return {};
+    }
     return {StatusCode::kUnknownQueueManager, "there is no queue manager " + name + " in \"" + root + "\"; " +
                                                   FormatNames(QueueManagerNames(root))};
 }
@@ -39,8 +47,9 @@ void AnnouncePublished(const StoreConnection& connection, const std::vector<Unit
     for (const UnitMember& member : published) {
         const auto state = connection.queues.find(member.queueDirectory);
         MessageName name;
-        if (state != connection.queues.end() && ParseMessageName(member.fileName, name))
+        if (state != connection.queues.end() && ParseMessageName(member.fileName, name)) {
             CountArrival(state->second->counters, name.stampNs);
+        }
     }
 }
 
@@ -60,10 +69,15 @@ Status ConnectStore(const std::string& root, const std::string& name,
     fresh->path = root + '/' + DirectoryOfObject(object);
     fresh->attributes.path = fresh->path + "/qmgr.ini";
     Status status = CheckQueueManager(root, object, fresh->path);
-    if (status.IsOk()) status = RefreshAttributes(fresh->attributes);
-    if (!status.IsOk()) return status;
-    if (MapQmgrCounters(fresh->path + "/.state", fresh->counters) != OsStatus::Ok)
+    if (status.IsOk()) {
+        status = RefreshAttributes(fresh->attributes);
+    }
+    if (!status.IsOk()) {
+        return status;
+    }
+    if (MapQmgrCounters(fresh->path + "/.state", fresh->counters) != OsStatus::Ok) {
         return FileError(fresh->path + "/.state");
+    }
     if (OpenUnit(fresh->path, fresh->unit) != OsStatus::Ok) {
         status = FileError(UnitsPath(fresh->path));
         UnmapSharedFile(&fresh->counters.file);
@@ -79,8 +93,9 @@ void DisconnectStore(std::unique_ptr<StoreConnection> connection) {
     // If the back-out fails, the next program recovers the rest.
     static_cast<void>(BackOutStore(*connection));
     CloseUnit(connection->unit);
-    for (const auto& [directory, state] : connection->queues)
+    for (const auto& [directory, state] : connection->queues) {
         UnmapSharedFile(&state->counters.file);
+    }
     UnmapSharedFile(&connection->counters.file);
 }
 
@@ -89,12 +104,14 @@ std::size_t UncommittedCount(const StoreConnection& connection) {
 }
 
 Status CommitStore(StoreConnection& connection) {
-    if (connection.unit.isRollbackOnly && !connection.unit.members.empty())
+    if (connection.unit.isRollbackOnly && !connection.unit.members.empty()) {
         return {StatusCode::kFailed, "the unit of work can only be backed out"};
+    }
     std::vector<UnitMember> published;
     connection.unit.sync = connection.attributes.values.sync != 0;
-    if (CommitUnit(connection.unit, published) != OsStatus::Ok)
+    if (CommitUnit(connection.unit, published) != OsStatus::Ok) {
         return FileError("commit in " + UnitsPath(connection.path) + '/' + connection.unit.id);
+    }
     AnnouncePublished(connection, published);
     return {};
 }
@@ -102,12 +119,15 @@ Status CommitStore(StoreConnection& connection) {
 Status BackOutStore(StoreConnection& connection) {
     std::vector<UnitMember> returned;
     Status status;
-    if (BackOutUnit(connection.unit, returned) != OsStatus::Ok)
+    if (BackOutUnit(connection.unit, returned) != OsStatus::Ok) {
         status = FileError("back-out in " + UnitsPath(connection.path));
+    }
     ++connection.ownReturns;
     for (const UnitMember& member : returned) {
         const auto state = connection.queues.find(member.queueDirectory);
-        if (state != connection.queues.end()) CountReturn(state->second->counters);
+        if (state != connection.queues.end()) {
+            CountReturn(state->second->counters);
+        }
     }
     return status;
 }

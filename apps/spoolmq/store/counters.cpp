@@ -50,7 +50,9 @@ std::int64_t LastStamp(const QmgrCounters& counters) {
 std::int64_t NextStamp(const QmgrCounters& counters) {
     const std::int64_t now = FileClockNs();
     QmgrNumbers* numbers = NumbersOf(counters);
-    if (numbers == nullptr) return now;
+    if (numbers == nullptr) {
+        return now;
+    }
     std::int64_t last = numbers->lastStampNs.load();
     std::int64_t next = 0;
     do {
@@ -62,7 +64,9 @@ std::int64_t NextStamp(const QmgrCounters& counters) {
 
 void RaiseStamp(const QmgrCounters& counters, std::int64_t stampNs) {
     QmgrNumbers* numbers = NumbersOf(counters);
-    if (numbers == nullptr) return;
+    if (numbers == nullptr) {
+        return;
+    }
     std::int64_t last = numbers->lastStampNs.load();
     while (last < stampNs && !numbers->lastStampNs.compare_exchange_weak(last, stampNs)) {
     }
@@ -80,17 +84,23 @@ std::uint64_t Returns(const QueueCounters& counters) {
 
 void CountArrival(const QueueCounters& counters, std::int64_t stampNs) {
     QueueNumbers* numbers = NumbersOf(counters);
-    if (numbers == nullptr) return;
+    if (numbers == nullptr) {
+        return;
+    }
     std::int64_t last = numbers->lastPublishedNs.load();
     while (last < stampNs && !numbers->lastPublishedNs.compare_exchange_weak(last, stampNs)) {
     }
-    if (last > stampNs) numbers->returns.fetch_add(1);
+    if (last > stampNs) {
+        numbers->returns.fetch_add(1);
+    }
     numbers->arrivals.fetch_add(1);
 }
 
 void CountReturn(const QueueCounters& counters) {
     QueueNumbers* numbers = NumbersOf(counters);
-    if (numbers == nullptr) return;
+    if (numbers == nullptr) {
+        return;
+    }
     numbers->returns.fetch_add(1);
     numbers->arrivals.fetch_add(1);
 }

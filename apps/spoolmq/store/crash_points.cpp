@@ -14,7 +14,9 @@ void SetCrashPointListener(CrashPointListener listener) {
 
 void ReachCrashPoint(std::string_view point) {
     const CrashPointListener listener = pointListener;
-    if (listener != nullptr) listener(point);
+    if (listener != nullptr) {
+        listener(point);
+    }
 }
 
 }  // namespace spoolmq

@@ -55,8 +55,9 @@ constexpr std::string_view kHexDigits = "0123456789abcdef";
 mqi::MQMD BlankDescriptor() {
     mqi::MQMD descriptor = mqi::MqmdDefault();
     for (const Field& field : kFields) {
-        if (field.kind == FieldKind::kCharacters)
+        if (field.kind == FieldKind::kCharacters) {
             std::memset(reinterpret_cast<char*>(&descriptor) + field.offset, ' ', field.size);
+        }
     }
     return descriptor;
 }
@@ -100,7 +101,9 @@ void ParseBytes(std::string_view digits, unsigned char* to, std::size_t size) {
     for (std::size_t i = 0; i < size && i * 2 + 1 < digits.size(); ++i) {
         const int high = HexValue(digits[i * 2]);
         const int low = HexValue(digits[i * 2 + 1]);
-        if (high < 0 || low < 0) return;
+        if (high < 0 || low < 0) {
+            return;
+        }
         to[i] = static_cast<unsigned char>(high * 16 + low);
     }
 }
@@ -110,8 +113,9 @@ void ParseField(const Field& field, std::string_view value, mqi::MQMD& descripto
     if (field.kind == FieldKind::kNumber) {
         MQLONG number = 0;
         const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-        if (error == std::errc() && end == value.data() + value.size())
+        if (error == std::errc() && end == value.data() + value.size()) {
             std::memcpy(to, &number, sizeof number);
+        }
     } else if (field.kind == FieldKind::kCharacters) {
         FillField(to, field.size, UnescapedText(value));
     } else {
@@ -150,8 +154,9 @@ std::string FormatDescriptor(const mqi::MQMD& descriptor) {
     text.reserve(400);
     for (const Field& field : kFields) {
         const char* from = reinterpret_cast<const char*>(&descriptor) + field.offset;
-        if (std::memcmp(from, reinterpret_cast<const char*>(&defaults) + field.offset, field.size) == 0)
+        if (std::memcmp(from, reinterpret_cast<const char*>(&defaults) + field.offset, field.size) == 0) {
             continue;
+        }
         text += field.name;
         text += '=';
         if (field.kind == FieldKind::kNumber) {
@@ -178,13 +183,21 @@ mqi::MQMD ParseDescriptor(std::string_view text) {
         const std::size_t lineEnd = std::min(text.find('\n'), text.size());
         std::string_view line = text.substr(0, lineEnd);
         text.remove_prefix(std::min(lineEnd + 1, text.size()));
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        if (!line.empty() && line.back() == '\r') {
+            line.remove_suffix(1);
+        }
         const std::size_t equals = line.find('=');
-        if (equals == std::string_view::npos) continue;
+        if (equals == std::string_view::npos) {
+            continue;
+        }
         const auto isNamed = [&](const Field& field) { return field.name == line.substr(0, equals); };
         const Field* found = std::find_if(next, end, isNamed);
-        if (found == end) found = std::find_if(std::begin(kFields), end, isNamed);
-        if (found == end) continue;
+        if (found == end) {
+            found = std::find_if(std::begin(kFields), end, isNamed);
+        }
+        if (found == end) {
+            continue;
+        }
         ParseField(*found, line.substr(equals + 1), descriptor);
         next = found + 1;
     }

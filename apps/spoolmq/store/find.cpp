@@ -15,8 +15,9 @@ constexpr std::int64_t kRecoveryIntervalMs = 100;
 
 std::uint64_t Fnv1a(std::string_view text) {
     std::uint64_t hash = 14695981039346656037U;
-    for (const char c : text)
+    for (const char c : text) {
         hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    }
     return hash;
 }
 
@@ -27,8 +28,9 @@ void FillCopiedInId(const StoreConnection& connection, const MessageName& name, 
     FillField(text + 4, 12, connection.object);
     std::memcpy(msgId, text, sizeof text);
     const std::uint64_t hash = Fnv1a(DescriptorName(name));
-    for (std::size_t i = 0; i < 8; ++i)
+    for (std::size_t i = 0; i < 8; ++i) {
         msgId[16 + i] = static_cast<MQBYTE>(hash >> (56 - 8 * i));
+    }
 }
 
 mqi::MQMD CopiedInDescriptor(const StoreQueue& queue, const MessageName& name) {
@@ -55,8 +57,9 @@ bool ReadDescriptor(const StoreQueue& queue, FoundMessage& found) {
         // A descriptor is deleted just before its message, which is then no longer in the queue. A message in
         // the queue that has none is a copied-in file that the store has handled.
         FileInfo info;
-        if (!found.isCopiedIn && StatPath(queuePath + '/' + found.fileName, &info) != OsStatus::Ok)
+        if (!found.isCopiedIn && StatPath(queuePath + '/' + found.fileName, &info) != OsStatus::Ok) {
             return false;
+        }
         found.descriptor = CopiedInDescriptor(queue, found.name);
     }
     found.descriptor.BackoutCount = found.name.backoutCount;
@@ -71,8 +74,12 @@ bool IsSelected(const Selection& selection, const MessageEntry& entry) {
 }
 
 bool IsAfter(const MessageEntry& entry, const BrowseCursor& cursor) {
-    if (!cursor.isSet) return true;
-    if (entry.stampNs != cursor.stampNs) return entry.stampNs > cursor.stampNs;
+    if (!cursor.isSet) {
+        return true;
+    }
+    if (entry.stampNs != cursor.stampNs) {
+        return entry.stampNs > cursor.stampNs;
+    }
     return entry.fileName > cursor.fileName;
 }
 
@@ -81,13 +88,19 @@ bool IsAfter(const MessageEntry& entry, const BrowseCursor& cursor) {
 OsStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMessage& found) {
     FileInfo info;
     const OsStatus status = OpenForReading(queue.state->path + '/' + entry.fileName, &found.file, &info);
-    if (status != OsStatus::Ok) return status;
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     found.fileName = entry.fileName;
     found.isCopiedIn = entry.isCopiedIn || !ParseMessageName(entry.fileName, found.name);
-    if (found.isCopiedIn) found.name = CopiedInName(entry.stampNs, entry.fileName);
+    if (found.isCopiedIn) {
+        found.name = CopiedInName(entry.stampNs, entry.fileName);
+    }
     found.bytes = info.bytes;
     found.identity = info.identity;
-    if (ReadDescriptor(queue, found)) return OsStatus::Ok;
+    if (ReadDescriptor(queue, found)) {
+        return OsStatus::Ok;
+    }
     ReleaseFound(found);
     return OsStatus::NotFound;
 }
@@ -96,7 +109,9 @@ OsStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMess
 // being written.
 Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& entry, FoundMessage& found) {
     const Status noMessage = {StatusCode::kNoMessage, {}};
-    if (entry.areIdsKnown && !IsSelected(selection, entry)) return noMessage;
+    if (entry.areIdsKnown && !IsSelected(selection, entry)) {
+        return noMessage;
+    }
     switch (OpenEntry(queue, entry, found)) {
         case OsStatus::Ok: break;
         case OsStatus::NotFound: entry.isGone = true; return noMessage;
@@ -106,7 +121,9 @@ Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& ent
     std::memcpy(entry.msgId.data(), found.descriptor.MsgId, entry.msgId.size());
     std::memcpy(entry.correlId.data(), found.descriptor.CorrelId, entry.correlId.size());
     entry.areIdsKnown = true;
-    if (IsSelected(selection, entry)) return {};
+    if (IsSelected(selection, entry)) {
+        return {};
+    }
     ReleaseFound(found);
     return noMessage;
 }
@@ -114,20 +131,27 @@ Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& ent
 Status FindInListing(StoreQueue& queue, const Selection& selection, const BrowseCursor& after,
                      FoundMessage& found) {
     Listing& listing = queue.listing;
-    while (listing.first < listing.entries.size() && listing.entries[listing.first].isGone)
+    while (listing.first < listing.entries.size() && listing.entries[listing.first].isGone) {
         ++listing.first;
+    }
     for (std::size_t i = listing.first; i < listing.entries.size(); ++i) {
         MessageEntry& entry = listing.entries[i];
-        if (entry.isGone || !IsAfter(entry, after)) continue;
+        if (entry.isGone || !IsAfter(entry, after)) {
+            continue;
+        }
         Status status = TryEntry(queue, selection, entry, found);
-        if (status.code != StatusCode::kNoMessage) return status;
+        if (status.code != StatusCode::kNoMessage) {
+            return status;
+        }
     }
     return {StatusCode::kNoMessage, {}};
 }
 
 Status QueueError(const StoreQueue& queue, OsStatus reason) {
     Status status = FileError(queue.state->path);
-    if (reason == OsStatus::NotFound) status.code = StatusCode::kQueueDeleted;
+    if (reason == OsStatus::NotFound) {
+        status.code = StatusCode::kQueueDeleted;
+    }
     return status;
 }
 
@@ -141,7 +165,9 @@ Status Reload(StoreQueue& queue) {
 }
 
 void Recover(StoreConnection& connection) {
-    if (RecoverDeadUnits(connection.path, connection.unit.id)) ++connection.ownReturns;
+    if (RecoverDeadUnits(connection.path, connection.unit.id)) {
+        ++connection.ownReturns;
+    }
     connection.lastRecoveryMs = MonotonicMs();
 }
 
@@ -150,23 +176,35 @@ void Recover(StoreConnection& connection) {
 Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCursor& after,
                    FoundMessage& found) {
     const QueueState& state = *queue.state;
-    if (MonotonicMs() - queue.connection->lastRecoveryMs > kRecoveryIntervalMs) Recover(*queue.connection);
+    if (MonotonicMs() - queue.connection->lastRecoveryMs > kRecoveryIntervalMs) {
+        Recover(*queue.connection);
+    }
     if (queue.listing.ownReturns != queue.connection->ownReturns ||
         HasReturns(queue.listing, state.counters)) {
         Status status = Reload(queue);
-        if (!status.IsOk()) return status;
+        if (!status.IsOk()) {
+            return status;
+        }
     }
     Status status = FindInListing(queue, selection, after, found);
-    if (status.code != StatusCode::kNoMessage) return status;
+    if (status.code != StatusCode::kNoMessage) {
+        return status;
+    }
     Recover(*queue.connection);
     // It looks twice, because the first listing may have left out what arrived while it was being read.
     for (int look = 0; look < 2 && status.code == StatusCode::kNoMessage; ++look) {
         bool hasArrivals = false;
         const OsStatus result = HasArrivals(state.path, state.counters, queue.listing, hasArrivals);
-        if (result != OsStatus::Ok) return QueueError(queue, result);
-        if (!hasArrivals) break;
+        if (result != OsStatus::Ok) {
+            return QueueError(queue, result);
+        }
+        if (!hasArrivals) {
+            break;
+        }
         status = Reload(queue);
-        if (status.IsOk()) status = FindInListing(queue, selection, after, found);
+        if (status.IsOk()) {
+            status = FindInListing(queue, selection, after, found);
+        }
     }
     return status;
 }
@@ -176,16 +214,23 @@ Status FindUnderCursor(StoreQueue& queue, const BrowseCursor& cursor, FoundMessa
     entry.stampNs = cursor.stampNs;
     entry.fileName = cursor.fileName;
     const OsStatus status = OpenEntry(queue, entry, found);
-    if (status == OsStatus::Ok) return {};
-    if (status == OsStatus::NotFound) return {StatusCode::kNoMessage, {}};
+    if (status == OsStatus::Ok) {
+        return {};
+    }
+    if (status == OsStatus::NotFound) {
+        return {StatusCode::kNoMessage, {}};
+    }
     return FileError(queue.state->path + '/' + entry.fileName);
 }
 
 Status ReadFound(const FoundMessage& found, void* buffer, std::size_t bytes) {
     std::size_t bytesRead = 0;
-    if (ReadFromStart(found.file, buffer, bytes, &bytesRead) != OsStatus::Ok)
+    if (ReadFromStart(found.file, buffer, bytes, &bytesRead) != OsStatus::Ok) {
         return FileError(found.fileName);
-    if (bytesRead == std::min(bytes, static_cast<std::size_t>(found.bytes))) return {};
+    }
+    if (bytesRead == std::min(bytes, static_cast<std::size_t>(found.bytes))) {
+        return {};
+    }
     return {StatusCode::kFailed, found.fileName + ": the file has become shorter"};
 }
 
@@ -199,7 +244,9 @@ void WaitForArrival(const StoreQueue& queue, std::int64_t milliseconds) {
     const std::uint64_t arrivals = Arrivals(counters);
     for (std::int64_t slept = 0; slept < std::min<std::int64_t>(milliseconds, 10); ++slept) {
         SleepMs(1);
-        if (Arrivals(counters) != arrivals) return;
+        if (Arrivals(counters) != arrivals) {
+            return;
+        }
     }
 }
 

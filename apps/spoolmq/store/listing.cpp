@@ -21,7 +21,9 @@ std::string_view RestOf(const MessageEntry& entry) {
 }
 
 bool ArrivedBefore(const MessageEntry& a, const MessageEntry& b) {
-    if (a.stampNs != b.stampNs) return a.stampNs < b.stampNs;
+    if (a.stampNs != b.stampNs) {
+        return a.stampNs < b.stampNs;
+    }
     return RestOf(a) < RestOf(b);
 }
 
@@ -29,7 +31,9 @@ bool ArrivedBefore(const MessageEntry& a, const MessageEntry& b) {
 bool FillNamedEntry(const MessageName& name, std::int64_t horizonNs, const QmgrCounters& stamps,
                     MessageEntry& entry) {
     entry.stampNs = name.stampNs;
-    if (entry.stampNs <= horizonNs) return true;
+    if (entry.stampNs <= horizonNs) {
+        return true;
+    }
     // If the stamp comes from a clock ahead of ours and the counters were lost, raising the counter makes the
     // next listing include the message.
     RaiseStamp(stamps, entry.stampNs);
@@ -40,7 +44,9 @@ bool FillNamedEntry(const MessageName& name, std::int64_t horizonNs, const QmgrC
 std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowNs, std::int32_t settleMs,
                                       MessageEntry& entry) {
     FileInfo info;
-    if (StatPath(path, &info) != OsStatus::Ok) return std::nullopt;
+    if (StatPath(path, &info) != OsStatus::Ok) {
+        return std::nullopt;
+    }
     entry.stampNs = info.changeTimeNs;
     entry.isCopiedIn = true;
     return IsSettled(info, nowNs, settleMs) && info.changeTimeNs <= nowNs;
@@ -51,7 +57,9 @@ std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowN
 bool IsSettled(const FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) {
     // Writing sets both times. A later change is a rename into place, or the last step of a copy, which gives
     // the file the times of the original: either way the file is complete.
-    if (file.changeTimeNs > file.writeTimeNs) return true;
+    if (file.changeTimeNs > file.writeTimeNs) {
+        return true;
+    }
     return nowNs - file.writeTimeNs >= std::int64_t{settleMs} * 1000000;
 }
 
@@ -66,20 +74,28 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
     FileInfo directory;
     std::vector<FolderEntry> files;
     OsStatus status = StatPath(queuePath, &directory);
-    if (status == OsStatus::Ok) status = ListFolder(queuePath, &files);
-    if (status != OsStatus::Ok) return status;
+    if (status == OsStatus::Ok) {
+        status = ListFolder(queuePath, &files);
+    }
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     fresh.directoryChangeNs = directory.changeTimeNs;
     fresh.entries.reserve(files.size());
     const std::int64_t horizonNs = std::max(lastStampNs, fresh.loadedAtNs);
     MessageName name;
     for (FolderEntry& file : files) {
-        if (!file.isFile || IsIgnoredFile(file.name)) continue;
+        if (!file.isFile || IsIgnoredFile(file.name)) {
+            continue;
+        }
         MessageEntry entry;
         const std::optional<bool> isReady =
             ParseMessageName(file.name, name)
                 ? FillNamedEntry(name, horizonNs, stamps, entry)
                 : FillCopiedInEntry(queuePath + '/' + file.name, fresh.loadedAtNs, settleMs, entry);
-        if (!isReady.has_value()) continue;
+        if (!isReady.has_value()) {
+            continue;
+        }
         if (!*isReady) {
             fresh.isPartial = true;
             continue;
@@ -95,9 +111,15 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
 }
 
 bool HasReturns(const Listing& listing, const QueueCounters& counters) {
-    if (!listing.isLoaded) return true;
-    if (Returns(counters) == listing.returns) return false;
-    if (listing.entries.size() - listing.first < kShortListing) return true;
+    if (!listing.isLoaded) {
+        return true;
+    }
+    if (Returns(counters) == listing.returns) {
+        return false;
+    }
+    if (listing.entries.size() - listing.first < kShortListing) {
+        return true;
+    }
     return MonotonicMs() - listing.loadedAtMs >= listing.loadTookMs * 10;
 }
 
@@ -105,7 +127,9 @@ OsStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters
                      bool& hasArrivals) {
     FileInfo directory;
     const OsStatus status = StatPath(queuePath, &directory);
-    if (status != OsStatus::Ok) return status;
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     hasArrivals = !listing.isLoaded || listing.isPartial || Arrivals(counters) != listing.arrivals ||
                   Returns(counters) != listing.returns ||
                   directory.changeTimeNs != listing.directoryChangeNs ||

@@ -48,27 +48,33 @@ char* WriteDigits(char* to, std::int64_t value, int digits) {
 bool ReadDigits(const char* from, int digits, std::int64_t& value) {
     value = 0;
     for (int place = 0; place < digits; ++place) {
-        if (from[place] < '0' || from[place] > '9') return false;
+        if (from[place] < '0' || from[place] > '9') {
+            return false;
+        }
         value = value * 10 + (from[place] - '0');
     }
     return true;
 }
 
 bool ParseStamp(std::string_view text, std::int64_t& stampNs) {
-    if (text.size() < kStampChars || text[8] != '-' || text[15] != '-') return false;
+    if (text.size() < kStampChars || text[8] != '-' || text[15] != '-') {
+        return false;
+    }
     CalendarTime at;
     const char* chars = text.data();
     if (!ReadDigits(chars, 4, at.year) || !ReadDigits(chars + 4, 2, at.month) ||
         !ReadDigits(chars + 6, 2, at.day) || !ReadDigits(chars + 9, 2, at.hour) ||
         !ReadDigits(chars + 11, 2, at.minute) || !ReadDigits(chars + 13, 2, at.second) ||
-        !ReadDigits(chars + 16, 9, at.nanosecond))
+        !ReadDigits(chars + 16, 9, at.nanosecond)) {
         return false;
+    }
     namespace chrono = std::chrono;
     const chrono::year_month_day date{chrono::year(static_cast<int>(at.year)),
                                       chrono::month(static_cast<unsigned>(at.month)),
                                       chrono::day(static_cast<unsigned>(at.day))};
-    if (!date.ok() || at.hour > 23 || at.minute > 59 || at.second > 59 || at.year < 1970 || at.year > 2261)
+    if (!date.ok() || at.hour > 23 || at.minute > 59 || at.second > 59 || at.year < 1970 || at.year > 2261) {
         return false;
+    }
     const std::int64_t days = chrono::sys_days(date).time_since_epoch().count();
     stampNs = (((days * 24 + at.hour) * 60 + at.minute) * 60 + at.second) * kNsPerSecond + at.nanosecond;
     return true;
@@ -100,12 +106,16 @@ bool IsObjectCharacter(char c) {
 
 std::string FormatMessageName(const MessageName& name) {
     std::string text = FormatStamp(name.stampNs);
-    if (name.backoutCount > 0) text += '~' + std::to_string(name.backoutCount);
+    if (name.backoutCount > 0) {
+        text += '~' + std::to_string(name.backoutCount);
+    }
     return text + '.' + name.rest;
 }
 
 bool ParseMessageName(std::string_view text, MessageName& name) {
-    if (!ParseStamp(text, name.stampNs)) return false;
+    if (!ParseStamp(text, name.stampNs)) {
+        return false;
+    }
     std::size_t at = kStampChars;
     name.backoutCount = 0;
     if (at < text.size() && text[at] == '~') {
@@ -115,10 +125,14 @@ bool ParseMessageName(std::string_view text, MessageName& name) {
             count = std::min<std::int64_t>(count * 10 + (text[at] - '0'), kMaxBackoutCount);
             ++at;
         }
-        if (at == first) return false;
+        if (at == first) {
+            return false;
+        }
         name.backoutCount = static_cast<std::int32_t>(count);
     }
-    if (at + 1 >= text.size() || text[at] != '.') return false;
+    if (at + 1 >= text.size() || text[at] != '.') {
+        return false;
+    }
     name.rest = text.substr(at + 1);
     return true;
 }
@@ -131,8 +145,9 @@ MessageName CopiedInName(std::int64_t stampNs, std::string_view fileName) {
     if (fileName.size() > kRestCharsMax) {
         std::size_t first = fileName.size() - kRestCharsMax;
         // Do not cut in the middle of a UTF-8 character.
-        while (first < fileName.size() && (static_cast<unsigned char>(fileName[first]) & 0xC0) == 0x80)
+        while (first < fileName.size() && (static_cast<unsigned char>(fileName[first]) & 0xC0) == 0x80) {
             ++first;
+        }
         fileName.remove_prefix(first);
     }
     return {stampNs, 0, std::string(fileName)};
@@ -141,9 +156,13 @@ MessageName CopiedInName(std::int64_t stampNs, std::string_view fileName) {
 bool IsIgnoredFile(std::string_view fileName) {
     static constexpr std::array<std::string_view, 5> endings = {".tmp", ".part", ".partial", ".crdownload",
                                                                 "~"};
-    if (fileName.empty() || fileName[0] == '.') return true;
+    if (fileName.empty() || fileName[0] == '.') {
+        return true;
+    }
     for (const std::string_view ending : endings) {
-        if (EndsWith(fileName, ending)) return true;
+        if (EndsWith(fileName, ending)) {
+            return true;
+        }
     }
     return false;
 }
@@ -156,9 +175,13 @@ void FormatPutDateTime(std::int64_t stampNs, char* date, char* time) {
 }
 
 bool IsObjectName(std::string_view name) {
-    if (name.empty() || name.size() > 48) return false;
+    if (name.empty() || name.size() > 48) {
+        return false;
+    }
     for (const char c : name) {
-        if (!IsObjectCharacter(c)) return false;
+        if (!IsObjectCharacter(c)) {
+            return false;
+        }
     }
     return true;
 }

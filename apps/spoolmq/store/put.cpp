@@ -23,9 +23,12 @@ OsStatus WriteDescriptor(const StoreQueue& queue, const std::string& fileName, c
     const std::string directory = DescriptorDirectory(*queue.state);
     const std::string path = directory + '/' + fileName;
     OsStatus status = WriteNewFile(path, text.data(), text.size(), sync);
-    if (status == OsStatus::NotFound && MakeFolder(directory) == OsStatus::Ok)
+    if (status == OsStatus::NotFound && MakeFolder(directory) == OsStatus::Ok) {
         status = WriteNewFile(path, text.data(), text.size(), sync);
-    if (status == OsStatus::Ok && sync) status = SyncFolder(directory);
+    }
+    if (status == OsStatus::Ok && sync) {
+        status = SyncFolder(directory);
+    }
     return status;
 }
 
@@ -37,10 +40,16 @@ OsStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const Ne
     const bool sync = connection.attributes.values.sync != 0;
     // The body comes first: recovery deletes a body together with its descriptor.
     OsStatus status = MakeMemberPath(connection.unit, member, path);
-    if (status == OsStatus::Ok) status = WriteNewFile(path, message.body, message.bytes, sync);
-    if (status != OsStatus::Ok) return status;
+    if (status == OsStatus::Ok) {
+        status = WriteNewFile(path, message.body, message.bytes, sync);
+    }
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     ReachCrashPoint("put-body");
-    if (message.descriptor == nullptr) return status;
+    if (message.descriptor == nullptr) {
+        return status;
+    }
     status = WriteDescriptor(queue, member.fileName, *message.descriptor);
     if (status == OsStatus::Ok) {
         ReachCrashPoint("put-ready");
@@ -55,14 +64,18 @@ OsStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const Ne
 // Makes a written message available.
 OsStatus Publish(const StoreQueue& queue, const UnitMember& member, const std::string& path) {
     const OsStatus status = RenameNew(path, queue.state->path + '/' + member.fileName);
-    if (status != OsStatus::Ok) static_cast<void>(DeleteMessage(queue.connection->path, member, path));
+    if (status != OsStatus::Ok) {
+        static_cast<void>(DeleteMessage(queue.connection->path, member, path));
+    }
     return status;
 }
 
 Status PutError(const StoreQueue& queue, const std::string& path) {
     Status status = FileError(path);
     FileInfo info;
-    if (StatPath(queue.state->path, &info) == OsStatus::NotFound) status.code = StatusCode::kQueueDeleted;
+    if (StatPath(queue.state->path, &info) == OsStatus::NotFound) {
+        status.code = StatusCode::kQueueDeleted;
+    }
     return status;
 }
 
@@ -79,14 +92,20 @@ Status PutMessage(StoreQueue& queue, const NewMessage& message, Syncpoint syncpo
         name.stampNs = NextStamp(connection.counters);
         member.fileName = FormatMessageName(name);
         status = WriteUnseen(queue, member, message, path);
-        if (status == OsStatus::Ok && syncpoint == Syncpoint::kNo) status = Publish(queue, member, path);
+        if (status == OsStatus::Ok && syncpoint == Syncpoint::kNo) {
+            status = Publish(queue, member, path);
+        }
     }
-    if (status != OsStatus::Ok) return PutError(queue, path);
+    if (status != OsStatus::Ok) {
+        return PutError(queue, path);
+    }
     if (syncpoint == Syncpoint::kYes) {
         connection.unit.members.push_back(member);
         return {};
     }
-    if (connection.attributes.values.sync != 0) static_cast<void>(SyncFolder(queue.state->path));
+    if (connection.attributes.values.sync != 0) {
+        static_cast<void>(SyncFolder(queue.state->path));
+    }
     CountArrival(queue.state->counters, name.stampNs);
     return {};
 }
@@ -97,8 +116,9 @@ void MakeIdentifier(const StoreConnection& connection, MQBYTE* identifier) {
     FillField(text + 4, 12, connection.object);
     std::memcpy(identifier, text, sizeof text);
     const std::int64_t stamp = NextStamp(connection.counters);
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) {
         identifier[16 + i] = static_cast<MQBYTE>(stamp >> (56 - 8 * i));
+    }
 }
 
 }  // namespace spoolmq

@@ -34,25 +34,32 @@ struct InputOpens {
 InputOpens CountInputOpens(const std::string& queuePath) {
     InputOpens opens;
     std::vector<FolderEntry> entries;
-    if (ListFolder(OpensPath(queuePath), &entries) != OsStatus::Ok) return opens;
+    if (ListFolder(OpensPath(queuePath), &entries) != OsStatus::Ok) {
+        return opens;
+    }
     for (const FolderEntry& entry : entries) {
         const bool isShared = EndsWith(entry.name, kSharedEnding);
-        if (!isShared && !EndsWith(entry.name, kExclusiveEnding)) continue;
+        if (!isShared && !EndsWith(entry.name, kExclusiveEnding)) {
+            continue;
+        }
         const std::string path = OpensPath(queuePath) + '/' + entry.name;
         OsFile processLock = kNoFile;
-        if (AcquirePresence(path, &processLock) == OsStatus::Ok)
+        if (AcquirePresence(path, &processLock) == OsStatus::Ok) {
             ReleasePresence(path, processLock);
-        else if (isShared)
+        } else if (isShared) {
             ++opens.shared;
-        else
+        } else {
             ++opens.exclusive;
+        }
     }
     return opens;
 }
 
 Status CheckInput(const StoreQueue& queue, InputUse use) {
     const InputOpens opens = CountInputOpens(queue.state->path);
-    if (opens.exclusive == 0 && (use != InputUse::kExclusive || opens.shared == 0)) return {};
+    if (opens.exclusive == 0 && (use != InputUse::kExclusive || opens.shared == 0)) {
+        return {};
+    }
     return {StatusCode::kInUse, "queue " + queue.state->object +
                                     " is open for input: " + std::to_string(opens.exclusive) +
                                     " exclusive, " + std::to_string(opens.shared) + " shared; see \"" +
@@ -65,27 +72,35 @@ Status LockInput(StoreQueue& queue, InputUse use) {
                   static_cast<unsigned long long>(RandomNumber() & 0xFFFFFFFF));
     queue.inputPath = OpensPath(queue.state->path) + name.data();
     queue.inputPath += use == InputUse::kExclusive ? kExclusiveEnding : kSharedEnding;
-    if (AcquirePresence(queue.inputPath, &queue.inputLock) != OsStatus::Ok) return FileError(queue.inputPath);
+    if (AcquirePresence(queue.inputPath, &queue.inputLock) != OsStatus::Ok) {
+        return FileError(queue.inputPath);
+    }
     return {};
 }
 
 // Registers an open for input if the other opens allow it.
 Status RegisterInput(StoreQueue& queue, InputUse use) {
-    if (MakeFolder(OpensPath(queue.state->path)) != OsStatus::Ok)
+    if (MakeFolder(OpensPath(queue.state->path)) != OsStatus::Ok) {
         return FileError(OpensPath(queue.state->path));
+    }
     const OsFile lock = EnterGuard(OpensLockPath(queue.state->path));
     Status status = CheckInput(queue, use);
-    if (status.IsOk()) status = LockInput(queue, use);
+    if (status.IsOk()) {
+        status = LockInput(queue, use);
+    }
     LeaveGuard(lock);
     return status;
 }
 
 // Maps the counters of the queue's present directory, which may not be the one of an earlier open.
 Status RefreshCounters(QueueState& state, std::uint64_t identity) {
-    if (state.counters.file.memory != nullptr && state.identity == identity) return {};
+    if (state.counters.file.memory != nullptr && state.identity == identity) {
+        return {};
+    }
     QueueCounters counters;
-    if (MapQueueCounters(state.path + "/.state", counters) != OsStatus::Ok)
+    if (MapQueueCounters(state.path + "/.state", counters) != OsStatus::Ok) {
         return FileError(state.path + "/.state");
+    }
     // The queue is new to this connection, or was deleted and created again: nothing needs the old counters.
     UnmapSharedFile(&state.counters.file);
     state.counters = counters;
@@ -110,11 +125,12 @@ Status FindQueueState(StoreConnection& connection, const std::string& name, Queu
         known->attributes.path = path + "/.queue.ini";
     }
     const Status status = RefreshCounters(*known, info.identity);
-    if (status.IsOk())
+    if (status.IsOk()) {
         state = known.get();
-    else if (known->counters.file.memory == nullptr)
+    } else if (known->counters.file.memory == nullptr) {
         // A state that has counters is kept, because a handle may be using it.
         connection.queues.erase(directory);
+    }
     return status;
 }
 
@@ -126,12 +142,20 @@ Status OpenStoreQueue(StoreConnection& connection, const std::string& name, Inpu
     auto fresh = std::make_unique<StoreQueue>();
     fresh->connection = &connection;
     Status status = FindQueueState(connection, name, fresh->state);
-    if (status.IsOk()) status = RefreshAttributes(fresh->state->attributes);
-    if (!status.IsOk()) return status;
+    if (status.IsOk()) {
+        status = RefreshAttributes(fresh->state->attributes);
+    }
+    if (!status.IsOk()) {
+        return status;
+    }
     if (use != InputUse::kNone) {
         status = RegisterInput(*fresh, use);
-        if (!status.IsOk()) return status;
-        if (RecoverDeadUnits(connection.path, connection.unit.id)) ++connection.ownReturns;
+        if (!status.IsOk()) {
+            return status;
+        }
+        if (RecoverDeadUnits(connection.path, connection.unit.id)) {
+            ++connection.ownReturns;
+        }
         connection.lastRecoveryMs = MonotonicMs();
     }
     queue = std::move(fresh);
@@ -157,17 +181,23 @@ std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueDir
     std::vector<FolderEntry> entries;
     std::int64_t depth = 0;
     const auto countFiles = [&](const std::string& path) {
-        if (ListFolder(path, &entries) != OsStatus::Ok) return;
-        for (const FolderEntry& entry : entries)
+        if (ListFolder(path, &entries) != OsStatus::Ok) {
+            return;
+        }
+        for (const FolderEntry& entry : entries) {
             depth += entry.isFile && !IsIgnoredFile(entry.name) ? 1 : 0;
+        }
     };
     std::vector<FolderEntry> units;
     if (ListFolder(UnitsPath(qmgrPath), &units) == OsStatus::Ok) {
         for (const FolderEntry& unit : units) {
-            if (!unit.isFolder) continue;
+            if (!unit.isFolder) {
+                continue;
+            }
             const std::string unitPath = UnitsPath(qmgrPath) + '/' + unit.name;
-            for (const UnitStage stage : {UnitStage::kGot, UnitStage::kTaking, UnitStage::kPut})
+            for (const UnitStage stage : {UnitStage::kGot, UnitStage::kTaking, UnitStage::kPut}) {
                 countFiles(unitPath + '/' + StageName(stage) + '/' + queueDirectory);
+            }
         }
     }
     countFiles(qmgrPath + '/' + queueDirectory);
@@ -176,7 +206,9 @@ std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueDir
 
 bool IsQueueFull(const StoreQueue& queue) {
     const std::int32_t limit = queue.state->attributes.values.maxDepth;
-    if (limit == kNoDepthLimit) return false;
+    if (limit == kNoDepthLimit) {
+        return false;
+    }
     return QueueDepth(queue.connection->path, queue.state->directory) >= limit;
 }
 

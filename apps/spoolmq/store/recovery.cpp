@@ -22,7 +22,9 @@ struct DeadUnit {
 // Makes the readers of a queue look at its directory again.
 void AnnounceReturn(const std::string& queuePath) {
     QueueCounters counters;
-    if (MapQueueCounters(queuePath + "/.state", counters) != OsStatus::Ok) return;
+    if (MapQueueCounters(queuePath + "/.state", counters) != OsStatus::Ok) {
+        return;
+    }
     CountReturn(counters);
     UnmapSharedFile(&counters.file);
 }
@@ -30,11 +32,15 @@ void AnnounceReturn(const std::string& queuePath) {
 OsStatus SettleMessage(const DeadUnit& unit, const UnitMember& message, const std::string& path) {
     switch (message.stage) {
         case UnitStage::kGot:
-            if (unit.isCommitted) break;
+            if (unit.isCommitted) {
+                break;
+            }
             return ReturnMessage(unit.qmgrPath, message, path, BackoutCount::kRaise);
         case UnitStage::kTaking: return ReturnMessage(unit.qmgrPath, message, path, BackoutCount::kKeep);
         case UnitStage::kPut:
-            if (!unit.isCommitted) break;
+            if (!unit.isCommitted) {
+                break;
+            }
             return ReturnMessage(unit.qmgrPath, message, path, BackoutCount::kKeep);
         case UnitStage::kDone: break;
     }
@@ -45,7 +51,9 @@ OsStatus SettleMessage(const DeadUnit& unit, const UnitMember& message, const st
 bool SettleQueue(const DeadUnit& unit, UnitStage stage, const std::string& queueDirectory,
                  const std::string& path) {
     std::vector<FolderEntry> messages;
-    if (ListFolder(path, &messages) != OsStatus::Ok) return false;
+    if (ListFolder(path, &messages) != OsStatus::Ok) {
+        return false;
+    }
     bool isSettled = true;
     for (const FolderEntry& message : messages) {
         const UnitMember member = {stage, queueDirectory, message.name};
@@ -53,7 +61,9 @@ bool SettleQueue(const DeadUnit& unit, UnitStage stage, const std::string& queue
         ReachCrashPoint("return-step");
     }
     // This is needed even if there was no message: an earlier recovery may have been killed before it got here.
-    if (stage != UnitStage::kDone) AnnounceReturn(unit.qmgrPath + '/' + queueDirectory);
+    if (stage != UnitStage::kDone) {
+        AnnounceReturn(unit.qmgrPath + '/' + queueDirectory);
+    }
     ReachCrashPoint("recovered");
     return isSettled && RemoveEmptyFolder(path) == OsStatus::Ok;
 }
@@ -63,10 +73,13 @@ bool SettleStage(const DeadUnit& unit, UnitStage stage) {
     const std::string stagePath = unit.path + '/' + StageName(stage);
     std::vector<FolderEntry> queues;
     // The directory of a stage that the unit never used does not exist.
-    if (ListFolder(stagePath, &queues) != OsStatus::Ok) return true;
+    if (ListFolder(stagePath, &queues) != OsStatus::Ok) {
+        return true;
+    }
     bool isSettled = true;
-    for (const FolderEntry& queue : queues)
+    for (const FolderEntry& queue : queues) {
         isSettled &= SettleQueue(unit, stage, queue.name, stagePath + '/' + queue.name);
+    }
     return isSettled && RemoveEmptyFolder(stagePath) == OsStatus::Ok;
 }
 
@@ -76,9 +89,12 @@ bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
     const bool isCommitted = StatPath(unitPath + "/commit", &marker) == OsStatus::Ok;
     const DeadUnit unit = {qmgrPath, unitPath, isCommitted};
     bool isSettled = true;
-    for (const UnitStage stage : {UnitStage::kDone, UnitStage::kTaking, UnitStage::kPut, UnitStage::kGot})
+    for (const UnitStage stage : {UnitStage::kDone, UnitStage::kTaking, UnitStage::kPut, UnitStage::kGot}) {
         isSettled &= SettleStage(unit, stage);
-    if (!isSettled) return false;
+    }
+    if (!isSettled) {
+        return false;
+    }
     // The marker is removed last: until then it says what has to happen to the remaining messages.
     return RemoveFile(unitPath + "/commit") == OsStatus::Ok &&
            RemoveFile(unitPath + "/open") == OsStatus::Ok && RemoveEmptyFolder(unitPath) == OsStatus::Ok;
@@ -88,9 +104,12 @@ bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
 // longer exists; empty for anything else.
 std::string UnitOfEntry(const FolderEntry& entry, const std::vector<FolderEntry>& entries) {
     const std::string_view name = entry.name;
-    if (entry.isFolder) return entry.name;
-    if (name.size() <= kLockEnding.size() || name.substr(name.size() - kLockEnding.size()) != kLockEnding)
+    if (entry.isFolder) {
+        return entry.name;
+    }
+    if (name.size() <= kLockEnding.size() || name.substr(name.size() - kLockEnding.size()) != kLockEnding) {
         return {};
+    }
     const std::string_view id = name.substr(0, name.size() - kLockEnding.size());
     const bool hasDirectory = std::any_of(entries.begin(), entries.end(), [&](const FolderEntry& other) {
         return other.isFolder && other.name == id;
@@ -103,21 +122,28 @@ std::string UnitOfEntry(const FolderEntry& entry, const std::vector<FolderEntry>
 bool RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId) {
     const std::string units = UnitsPath(qmgrPath);
     std::vector<FolderEntry> entries;
-    if (ListFolder(units, &entries) != OsStatus::Ok) return false;
+    if (ListFolder(units, &entries) != OsStatus::Ok) {
+        return false;
+    }
     bool hasFound = false;
     for (const FolderEntry& entry : entries) {
         const std::string id = UnitOfEntry(entry, entries);
-        if (id.empty() || id == ownId) continue;
+        if (id.empty() || id == ownId) {
+            continue;
+        }
         const std::string unitPath = units + '/' + id;
         const std::string lockPath = unitPath + std::string(kLockEnding);
         OsFile processLock = kNoFile;
-        if (AcquirePresence(lockPath, &processLock) != OsStatus::Ok) continue;
+        if (AcquirePresence(lockPath, &processLock) != OsStatus::Ok) {
+            continue;
+        }
         hasFound = true;
         FileInfo info;
-        if (StatPath(unitPath, &info) != OsStatus::Ok || SettleUnit(qmgrPath, unitPath))
+        if (StatPath(unitPath, &info) != OsStatus::Ok || SettleUnit(qmgrPath, unitPath)) {
             ReleasePresence(lockPath, processLock);
-        else
+        } else {
             CloseFile(processLock);
+        }
     }
     return hasFound;
 }

@@ -47,7 +47,9 @@ void AbandonUnit(Unit& unit) {
 OsStatus PublishMember(const Unit& unit, const UnitMember& member) {
     const std::string queuePath = unit.qmgrPath + '/' + member.queueDirectory;
     OsStatus status = RenameNew(MemberPath(unit, member), queuePath + '/' + member.fileName);
-    if (status == OsStatus::Ok && unit.sync) status = SyncFolder(queuePath);
+    if (status == OsStatus::Ok && unit.sync) {
+        status = SyncFolder(queuePath);
+    }
     return status;
 }
 
@@ -57,12 +59,18 @@ OsStatus CommitSingleGet(Unit& unit, const UnitMember& member) {
     done.stage = UnitStage::kDone;
     std::string donePath;
     OsStatus status = MakeMemberPath(unit, done, donePath);
-    if (status == OsStatus::Ok) status = RenameNew(MemberPath(unit, member), donePath);
+    if (status == OsStatus::Ok) {
+        status = RenameNew(MemberPath(unit, member), donePath);
+    }
     // NotFound is fine: someone deleted the file, which is what this commit was about to do.
-    if (status != OsStatus::Ok && status != OsStatus::NotFound) return status;
+    if (status != OsStatus::Ok && status != OsStatus::NotFound) {
+        return status;
+    }
     ReachCrashPoint("done-moved");
     const bool isSynced = !unit.sync || SyncFolder(MemberDirectory(unit, done)) == OsStatus::Ok;
-    if (!isSynced || DeleteMessage(unit.qmgrPath, done, donePath) != OsStatus::Ok) AbandonUnit(unit);
+    if (!isSynced || DeleteMessage(unit.qmgrPath, done, donePath) != OsStatus::Ok) {
+        AbandonUnit(unit);
+    }
     unit.members.clear();
     return OsStatus::Ok;
 }
@@ -87,13 +95,18 @@ OsStatus CommitSeveral(Unit& unit, std::vector<UnitMember>& published) {
     // The marker is renamed, not created for each commit, because creating a file is slow in a directory from
     // which many were just deleted.
     OsStatus status = RenameNew(OpenMarkerPath(unit), CommitMarkerPath(unit));
-    if (status == OsStatus::Ok && unit.sync) status = SyncFolder(UnitPath(unit));
-    if (status != OsStatus::Ok) return status;
+    if (status == OsStatus::Ok && unit.sync) {
+        status = SyncFolder(UnitPath(unit));
+    }
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     ReachCrashPoint("marked");
     const bool isFinished = FinishCommit(unit, published);
     // The marker is renamed last: until then, whatever is in the directory counts as committed.
-    if (!isFinished || RenameNew(CommitMarkerPath(unit), OpenMarkerPath(unit)) != OsStatus::Ok)
+    if (!isFinished || RenameNew(CommitMarkerPath(unit), OpenMarkerPath(unit)) != OsStatus::Ok) {
         AbandonUnit(unit);
+    }
     unit.members.clear();
     return OsStatus::Ok;
 }
@@ -129,10 +142,16 @@ OsStatus OpenUnit(const std::string& qmgrPath, Unit& unit) {
             status = OsStatus::Ok;
             continue;
         }
-        if (status != OsStatus::Ok) break;
+        if (status != OsStatus::Ok) {
+            break;
+        }
         status = MakeFolder(UnitPath(unit));
-        if (status == OsStatus::Ok) status = WriteNewFile(OpenMarkerPath(unit), "", 0, false);
-        if (status == OsStatus::Ok) return status;
+        if (status == OsStatus::Ok) {
+            status = WriteNewFile(OpenMarkerPath(unit), "", 0, false);
+        }
+        if (status == OsStatus::Ok) {
+            return status;
+        }
         static_cast<void>(RemoveEmptyFolder(UnitPath(unit)));
         ReleasePresence(LockPath(unit), unit.processLock);
         unit.processLock = kNoFile;
@@ -142,43 +161,64 @@ OsStatus OpenUnit(const std::string& qmgrPath, Unit& unit) {
 }
 
 void CloseUnit(Unit& unit) {
-    if (unit.id.empty()) return;
+    if (unit.id.empty()) {
+        return;
+    }
     const std::string path = UnitPath(unit);
     bool isEmpty = true;
-    for (const std::string& directory : unit.createdDirectories)
+    for (const std::string& directory : unit.createdDirectories) {
         isEmpty &= RemoveEmptyFolder(directory) == OsStatus::Ok;
-    for (const UnitStage stage : kStages)
+    }
+    for (const UnitStage stage : kStages) {
         isEmpty &= RemoveEmptyFolder(path + '/' + StageName(stage)) == OsStatus::Ok;
+    }
     isEmpty = isEmpty && RemoveFile(OpenMarkerPath(unit)) == OsStatus::Ok;
     isEmpty = isEmpty && RemoveEmptyFolder(path) == OsStatus::Ok;
-    if (isEmpty)
+    if (isEmpty) {
         ReleasePresence(LockPath(unit), unit.processLock);
-    else
+    } else {
         CloseFile(unit.processLock);
+    }
     unit = Unit();
 }
 
 OsStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path) {
     if (unit.id.empty()) {
         const OsStatus status = OpenUnit(std::string(unit.qmgrPath), unit);
-        if (status != OsStatus::Ok) return status;
+        if (status != OsStatus::Ok) {
+            return status;
+        }
     }
     const std::string directory = MemberDirectory(unit, member);
     path = directory + '/' + member.fileName;
-    if (unit.createdDirectories.contains(directory)) return OsStatus::Ok;
+    if (unit.createdDirectories.contains(directory)) {
+        return OsStatus::Ok;
+    }
     OsStatus status = MakeFolder(UnitPath(unit) + '/' + StageName(member.stage));
-    if (status == OsStatus::Ok) status = MakeFolder(directory);
-    if (status == OsStatus::Ok) unit.createdDirectories.insert(directory);
+    if (status == OsStatus::Ok) {
+        status = MakeFolder(directory);
+    }
+    if (status == OsStatus::Ok) {
+        unit.createdDirectories.insert(directory);
+    }
     return status;
 }
 
 OsStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published) {
-    if (unit.members.empty()) return OsStatus::Ok;
-    if (unit.members.size() > 1) return CommitSeveral(unit, published);
+    if (unit.members.empty()) {
+        return OsStatus::Ok;
+    }
+    if (unit.members.size() > 1) {
+        return CommitSeveral(unit, published);
+    }
     const UnitMember member = unit.members.front();
-    if (member.stage == UnitStage::kGot) return CommitSingleGet(unit, member);
+    if (member.stage == UnitStage::kGot) {
+        return CommitSingleGet(unit, member);
+    }
     const OsStatus status = PublishMember(unit, member);
-    if (status != OsStatus::Ok) return status;
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     published.push_back(member);
     unit.members.clear();
     return OsStatus::Ok;
@@ -198,33 +238,42 @@ OsStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned) {
         }
     }
     unit.isRollbackOnly = false;
-    if (isFinished)
+    if (isFinished) {
         unit.members.clear();
-    else
+    } else {
         AbandonUnit(unit);
+    }
     return isFinished ? OsStatus::Ok : OsStatus::Failed;
 }
 
 OsStatus DeleteMessage(const std::string& qmgrPath, const UnitMember& message, const std::string& path) {
     MessageName name;
     OsStatus status = OsStatus::Ok;
-    if (ParseMessageName(message.fileName, name))
+    if (ParseMessageName(message.fileName, name)) {
         status = RemoveFile(qmgrPath + '/' + message.queueDirectory + "/.desc/" + DescriptorName(name));
-    if (status != OsStatus::Ok) return status;
+    }
+    if (status != OsStatus::Ok) {
+        return status;
+    }
     return RemoveFile(path);
 }
 
 OsStatus ReturnMessage(const std::string& qmgrPath, const UnitMember& message, const std::string& path,
                        BackoutCount count) {
     MessageName name;
-    if (!ParseMessageName(message.fileName, name)) return OsStatus::Failed;
-    if (count == BackoutCount::kRaise) name.backoutCount = std::min(name.backoutCount + 1, kMaxBackoutCount);
+    if (!ParseMessageName(message.fileName, name)) {
+        return OsStatus::Failed;
+    }
+    if (count == BackoutCount::kRaise) {
+        name.backoutCount = std::min(name.backoutCount + 1, kMaxBackoutCount);
+    }
     const std::string queuePath = qmgrPath + '/' + message.queueDirectory;
     OsStatus status = OsStatus::Exists;
     // In the meantime someone may have copied in a file of exactly this name. Neither may be lost, so this
     // message gets the next free nanosecond as its stamp.
-    for (int attempt = 0; status == OsStatus::Exists && attempt < 1000; ++attempt, ++name.stampNs)
+    for (int attempt = 0; status == OsStatus::Exists && attempt < 1000; ++attempt, ++name.stampNs) {
         status = RenameNew(path, queuePath + '/' + FormatMessageName(name));
+    }
     return status;
 }
 

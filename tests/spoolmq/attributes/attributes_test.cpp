@@ -15,21 +15,25 @@ TEST(AttributesTest, AFormattedFileParsesToTheSameValues) {
     QueueAttributes parsed;
     Status status = ParseAttributes(FormatAttributes(queue), parsed);
     ASSERT_TRUE(status.IsOk()) << status.error;
-    for (const auto& row : QueueAttributeTable())
+    for (const auto& row : QueueAttributeTable()) {
         EXPECT_EQ(AttributeText(row, queue), AttributeText(row, parsed)) << row.name;
+    }
     QmgrAttributes qmgr;
     qmgr.state = static_cast<std::int32_t>(QmgrState::kEnded);
     qmgr.listener = "host(1414)";
     QmgrAttributes parsedQmgr;
     status = ParseAttributes(FormatAttributes(qmgr), parsedQmgr);
     ASSERT_TRUE(status.IsOk()) << status.error;
-    for (const auto& row : QmgrAttributeTable())
+    for (const auto& row : QmgrAttributeTable()) {
         EXPECT_EQ(AttributeText(row, qmgr), AttributeText(row, parsedQmgr)) << row.name;
+    }
 }
 
 TEST(AttributesTest, EveryLimitIsEnforced) {
     for (const auto& row : QueueAttributeTable()) {
-        if (row.number == nullptr || row.words != nullptr) continue;
+        if (row.number == nullptr || row.words != nullptr) {
+            continue;
+        }
         QueueAttributes values;
         EXPECT_TRUE(SetAttribute(row.name, std::to_string(row.minimum), values).IsOk()) << row.name;
         EXPECT_TRUE(SetAttribute(row.name, std::to_string(row.maximum), values).IsOk()) << row.name;

@@ -74,8 +74,9 @@ TEST_F(ConvertTest, TheCommonPairsConvertThereAndBack) {
 
 TEST_F(ConvertTest, EveryByteOfEverySingleByteSetComesBack) {
     std::string all;
-    for (int byte = 0; byte < 256; ++byte)
+    for (int byte = 0; byte < 256; ++byte) {
         all += static_cast<char>(byte);
+    }
     for (const MQLONG ccsid : {37, 437, 500, 819, 850, 1252}) {
         PutText(all, ccsid);
         const Got wide = GetAs(1200);

@@ -116,8 +116,9 @@ TEST_F(ConnectTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingBehindI
         std::memset(bytes + length, 0xEE, sizeof options - length);
         MQHCONN connection = -1;
         EXPECT_EQ(kDone, Connx(Mq(), "QM1", &options.cno, &connection)) << version;
-        for (std::size_t i = length; i < sizeof options; ++i)
+        for (std::size_t i = length; i < sizeof options; ++i) {
             ASSERT_EQ(0xEE, bytes[i]) << version << " at " << i;
+        }
         EXPECT_EQ(version >= 5, options.cno.ConnectionId[0] == 'A' && version >= 5) << version;
         EXPECT_EQ(kDone, Disconnect(&connection));
     }
@@ -171,8 +172,9 @@ TEST_F(ConnectTest, ANoBlockHandleInUseIs2219) {
         EXPECT_EQ("end", got.body);
     });
     Codes codes = kDone;
-    while (codes == kDone)
+    while (codes == kDone) {
         codes = Commit(connection_);
+    }
     EXPECT_EQ(FailedWith(mqi::MQRC_CALL_IN_PROGRESS), codes);
     MQHCONN other = -1;
     MQHOBJ object = -1;

@@ -11,8 +11,9 @@ class GetTest : public SpoolTest {
   protected:
     void SetUp() override { ConnectAndOpen(); }
     void PutAll(const std::vector<std::string>& bodies) {
-        for (const std::string& body : bodies)
+        for (const std::string& body : bodies) {
             ASSERT_EQ(kDone, Put(connection_, object_, body));
+        }
     }
     Got GetOne(MQLONG options = kNoSync, std::size_t bufferBytes = 1000) {
         return Get(connection_, object_, options, bufferBytes);
@@ -29,16 +30,18 @@ std::thread Later(const std::function<void()>& action) {
 
 TEST_F(GetTest, MessagesComeInOrderOfArrival) {
     std::vector<std::string> bodies;
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         bodies.push_back(std::to_string(i));
+    }
     PutAll(bodies);
     EXPECT_EQ(bodies, Drain());
 }
 
 TEST_F(GetTest, AnyBytesComeBackAsTheyWere) {
     std::string bytes;
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         bytes += static_cast<char>(i * 7 + i / 256);
+    }
     PutAll({bytes, std::string("\0\n\r\n\0", 5)});
     EXPECT_EQ(bytes, GetOne(kNoSync, 200000).body);
     EXPECT_EQ(std::string("\0\n\r\n\0", 5), GetOne().body);
@@ -170,10 +173,12 @@ TEST_F(GetTest, EveryPublishedVersionOfBothStructuresIsServedAndNothingBehindItT
             }
             mdBytes = const_cast<unsigned char*>(reinterpret_cast<const unsigned char*>(&got.md));
             gmoBytes = const_cast<unsigned char*>(reinterpret_cast<const unsigned char*>(&got.gmo));
-            for (std::size_t i = mdLength; i < sizeof md; ++i)
+            for (std::size_t i = mdLength; i < sizeof md; ++i) {
                 ASSERT_EQ(0xEE, mdBytes[i]) << i;
-            for (std::size_t i = gmoLength; i < sizeof gmo; ++i)
+            }
+            for (std::size_t i = gmoLength; i < sizeof gmo; ++i) {
                 ASSERT_EQ(0xEE, gmoBytes[i]) << i;
+            }
         }
     }
 }
@@ -297,14 +302,17 @@ TEST_F(GetTest, OneArrivalWakesOneOfSeveralWaiters) {
             ConnectBeside(&connection, &object);
             mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
             gmo.WaitInterval = 700;
-            if (GetWith(connection, object, NewMd(), gmo).codes == kDone) ++got;
+            if (GetWith(connection, object, NewMd(), gmo).codes == kDone) {
+                ++got;
+            }
             EXPECT_EQ(kDone, Disconnect(&connection));
         });
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
     PutAll({"one"});
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     EXPECT_EQ(1, got);
 }
 
@@ -312,7 +320,9 @@ TEST_F(GetTest, DeletedQueueIs2052) {
     ASSERT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetOne().codes);
     std::error_code failure;
     std::filesystem::rename(QueuePath(), std::filesystem::path(Root()) / "QM1" / "GONE", failure);
-    if (failure) GTEST_SKIP() << "this system does not let a folder in use go: " << failure.message();
+    if (failure) {
+        GTEST_SKIP() << "this system does not let a folder in use go: " << failure.message();
+    }
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_DELETED), GetOne().codes);
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_DELETED), Put(connection_, object_, "m"));
 }

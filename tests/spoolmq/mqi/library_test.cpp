@@ -14,8 +14,9 @@ const char* const kVerbs[] = {"MQCONN",  "MQCONNX", "MQDISC",  "MQOPEN",  "MQCLO
 class LibraryTest : public testing::TestWithParam<bool> {};
 
 TEST_P(LibraryTest, ExportsEveryVerb) {
-    for (const char* verb : kVerbs)
+    for (const char* verb : kVerbs) {
         EXPECT_NE(nullptr, FindVerb(MqLibraryPath(GetParam()), verb)) << verb;
+    }
     EXPECT_EQ(nullptr, FindVerb(MqLibraryPath(GetParam()), "MQNOTHING"));
 }
 

@@ -52,8 +52,9 @@ TEST_F(OpenTest, EveryPublishedVersionOfTheDescriptorIsAcceptedAndNothingBehindI
         auto* bytes = reinterpret_cast<unsigned char*>(&object);
         std::memset(bytes + length, 0xEE, sizeof object - length);
         EXPECT_EQ(kDone, OpenWith(&object.od, kInputShared)) << version;
-        for (std::size_t i = length; i < sizeof object; ++i)
+        for (std::size_t i = length; i < sizeof object; ++i) {
             ASSERT_EQ(0xEE, bytes[i]) << version << " at " << i;
+        }
         EXPECT_EQ(kDone, Close(connection_, &object_));
     }
 }
@@ -230,8 +231,9 @@ TEST_F(OpenTest, InquiryRefusesUnknownSelectorsAndHandlesNotOpenForIt) {
 
 TEST_F(OpenTest, DepthCountsUncommittedMessagesAndInputCountLivingReaders) {
     ASSERT_EQ(kDone, OpenQ(kInputShared | kOutput | kInquire));
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(kDone, Put(connection_, object_, "m"));
+    }
     ASSERT_EQ(kDone, Put(connection_, object_, "m", kSync));
     ASSERT_EQ(kDone, Get(connection_, object_, kSync).codes);
     EXPECT_EQ(4, Inquire(connection_, object_, 3));

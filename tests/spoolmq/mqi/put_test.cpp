@@ -68,8 +68,9 @@ TEST_F(PutTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingBehindItTou
         Mq().Put(connection_, object_, &md, &options.pmo, 1, "m", &codes.compCode, &codes.reason);
         ASSERT_EQ(kDone, codes) << version;
         EXPECT_EQ("Q" + std::string(47, ' '), std::string(options.pmo.ResolvedQName, 48));
-        for (std::size_t i = length; i < sizeof options; ++i)
+        for (std::size_t i = length; i < sizeof options; ++i) {
             ASSERT_EQ(0xEE, bytes[i]) << version << " at " << i;
+        }
     }
 }
 

@@ -82,8 +82,9 @@ TEST_F(FileTest, HiddenFilesFoldersAndFilesStillBeingCopiedAreNoMessages) {
 
 #ifndef _WIN32
 TEST_F(FileTest, PipesAndLinksThatLeadNowhereAreNoMessagesAndHoldNobodyUp) {
-    for (const char* name : {"pipe", "20260101-000000-000000001.msg"})
+    for (const char* name : {"pipe", "20260101-000000-000000001.msg"}) {
         ASSERT_EQ(0, mkfifo((QueuePath() / name).c_str(), 0600));
+    }
     std::filesystem::create_symlink("nowhere", QueuePath() / "link");
     std::this_thread::sleep_for(std::chrono::milliseconds(40));
     EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetOne().codes);
@@ -194,8 +195,9 @@ TEST_F(FileTest, CountersThatAreCutShortAreMadeAnewAndNothingIsLost) {
     const std::filesystem::path qmgr = std::filesystem::path(Root()) / "QM1";
     const auto cut = [&](std::uintmax_t bytes) {
         std::error_code refused;
-        for (const std::filesystem::path& path : {qmgr / ".state", QueuePath() / ".state"})
+        for (const std::filesystem::path& path : {qmgr / ".state", QueuePath() / ".state"}) {
             std::filesystem::resize_file(path, bytes, refused);
+        }
     };
     ASSERT_EQ(kDone, Put(connection_, object_, "1"));
     cut(0);

@@ -12,8 +12,9 @@ TEST(DescriptorTest, EveryFieldSurvivesTheText) {
     mqi::MQMD md = ParseDescriptor("");
     auto* bytes = reinterpret_cast<unsigned char*>(&md);
     // Every byte of every field gets a value of its own, except BackoutCount, which the text does not contain.
-    for (std::size_t i = 8; i < sizeof md; ++i)
+    for (std::size_t i = 8; i < sizeof md; ++i) {
         bytes[i] = static_cast<unsigned char>('A' + i % 50);
+    }
     md.BackoutCount = 0;
     std::memcpy(md.ReplyToQ, "a%b\nc", 5);
     const mqi::MQMD parsed = ParseDescriptor(FormatDescriptor(md));

@@ -43,8 +43,9 @@ TEST(MessageNameTest, AnyOtherNameIsThatOfACopiedInFile) {
          {"", "orders.csv", "20260131-235958-123456789", "20260131-235958-123456789.",
           "20260131-235958-12345678.msg", "20260230-235958-123456789.msg", "20260131-245958-123456789.msg",
           "20260131-235958-123456789~.msg", "20260131-235958-123456789~x.msg",
-          "20260131x235958-123456789.msg", "20260131-235958-123456789~1"})
+          "20260131x235958-123456789.msg", "20260131-235958-123456789~1"}) {
         EXPECT_FALSE(ParseMessageName(text, name)) << text;
+    }
 }
 
 TEST(MessageNameTest, NamesSortByArrivalRegardlessOfTheBackoutCount) {
@@ -66,15 +67,17 @@ TEST(ObjectNameTest, DirectoriesAndNamesConvertBothWays) {
     }
     EXPECT_EQ("%2E%2E", DirectoryOfObject(".."));
     EXPECT_EQ("A%2FB", DirectoryOfObject("A/B"));
-    for (const char* directory : {"with blank", "a%zz", ".units", "%41", ""})
+    for (const char* directory : {"with blank", "a%zz", ".units", "%41", ""}) {
         EXPECT_EQ("", ObjectOfDirectory(directory)) << directory;
+    }
 }
 
 TEST(ObjectNameTest, ANameHas1To48OfTheCharactersThatMqAllows) {
     EXPECT_TRUE(IsObjectName(std::string(48, 'Q')));
     for (const std::string& name : {std::string(49, 'Q'), std::string(), std::string("A B"),
-                                    std::string("A\\B"), std::string("A\0B", 3), std::string("A-B")})
+                                    std::string("A\\B"), std::string("A\0B", 3), std::string("A-B")}) {
         EXPECT_FALSE(IsObjectName(name)) << name;
+    }
 }
 
 }  // namespace

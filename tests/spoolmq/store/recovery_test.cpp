@@ -215,7 +215,9 @@ struct Story {
 };
 
 TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
-    if (!ProcessesStartReliably()) GTEST_SKIP() << kWhyNotHere;
+    if (!ProcessesStartReliably()) {
+        GTEST_SKIP() << kWhyNotHere;
+    }
     const int messages = 400;
     PutAll(messages);
     std::mt19937 random(20261);
@@ -232,8 +234,12 @@ TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
     }
     std::map<std::string, Story> stories;
     for (const std::string& line : Log()) {
-        if (line.rfind("try ", 0) == 0) ++stories[line.substr(4)].tries;
-        if (line.rfind("ok ", 0) == 0) ++stories[line.substr(3)].oks;
+        if (line.rfind("try ", 0) == 0) {
+            ++stories[line.substr(4)].tries;
+        }
+        if (line.rfind("ok ", 0) == 0) {
+            ++stories[line.substr(3)].oks;
+        }
     }
     std::map<std::string, int> left;
     std::string previous;
@@ -263,7 +269,9 @@ TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
 }
 
 TEST_F(DeathTest, PuttersKilledAtAnyInstantLeaveWholeMessagesOnly) {
-    if (!ProcessesStartReliably()) GTEST_SKIP() << kWhyNotHere;
+    if (!ProcessesStartReliably()) {
+        GTEST_SKIP() << kWhyNotHere;
+    }
     std::mt19937 random(7);
     for (int life = 0; life < 8; ++life) {
         const std::string begun = "begun " + std::to_string(life);
@@ -273,8 +281,9 @@ TEST_F(DeathTest, PuttersKilledAtAnyInstantLeaveWholeMessagesOnly) {
         KillChild(putter);
         WaitForChild(&putter);
         int expected = 0;
-        for (const std::string& body : Drain())
+        for (const std::string& body : Drain()) {
             ASSERT_EQ("a-" + std::to_string(expected++), body);
+        }
         ExpectNoLeftovers();
     }
 }

@@ -10,11 +10,14 @@ class UnitTest : public SpoolTest {
         ConnectBeside(&other_, &otherObject_);
     }
     void TearDown() override {
-        if (other_ != -1) static_cast<void>(Disconnect(&other_));
+        if (other_ != -1) {
+            static_cast<void>(Disconnect(&other_));
+        }
     }
     void PutAll(const std::vector<std::string>& bodies) {
-        for (const std::string& body : bodies)
+        for (const std::string& body : bodies) {
             ASSERT_EQ(kDone, Put(connection_, object_, body));
+        }
     }
     [[nodiscard]] Got GetOne(MQLONG options) const { return Get(connection_, object_, options); }
     [[nodiscard]] Got GetOther(MQLONG options) const { return Get(other_, otherObject_, options); }
@@ -60,8 +63,9 @@ TEST_F(UnitTest, ABackOutElsewhereIsSeenBeforeLaterMessages) {
 
 TEST_F(UnitTest, InALongQueueTooTheOneWhoBacksOutGetsTheSameMessagesAgain) {
     std::vector<std::string> bodies;
-    for (int i = 0; i < 1500; ++i)
+    for (int i = 0; i < 1500; ++i) {
         bodies.push_back(std::to_string(i));
+    }
     PutAll(bodies);
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ("0", GetOne(kSync).body);
@@ -211,7 +215,9 @@ TEST_F(UnitTest, AFileInThePlaceOfItsFolderFailsTheGetAndTheMessageStays) {
     PutAll({"a"});
     for (const auto& unit :
          std::filesystem::directory_iterator(std::filesystem::path(Root()) / "QM1/.units")) {
-        if (unit.is_directory()) WriteAll(unit.path() / "got", "");
+        if (unit.is_directory()) {
+            WriteAll(unit.path() / "got", "");
+        }
     }
     EXPECT_EQ(FailedWith(mqi::MQRC_RESOURCE_PROBLEM), GetOne(kSync).codes);
     EXPECT_EQ("a", GetOne(kNoSync).body);

@@ -40,7 +40,9 @@ void Log(const Actor& actor, const std::string& line) {
 }
 
 bool Check(const Actor& actor, const std::string& verb, const Codes& codes) {
-    if (codes == kDone) return true;
+    if (codes == kDone) {
+        return true;
+    }
     std::ostringstream line;
     line << verb << ' ' << codes;
     Log(actor, line.str());
@@ -48,23 +50,28 @@ bool Check(const Actor& actor, const std::string& verb, const Codes& codes) {
 }
 
 void PutMany(const Actor& actor, const std::string& text, int count, MQLONG options) {
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         Check(actor, "MQPUT", Put(actor.connection, actor.object, text + '-' + std::to_string(i), options));
+    }
 }
 
 void GetMany(const Actor& actor, int count, MQLONG options) {
     for (int i = 0; i < count; ++i) {
         const Got got = Get(actor.connection, actor.object, options);
-        if (Check(actor, "MQGET", got.codes)) Log(actor, "got " + got.body);
+        if (Check(actor, "MQGET", got.codes)) {
+            Log(actor, "got " + got.body);
+        }
     }
 }
 
 void CommitBatch(const Actor& actor, std::vector<std::string>* batch) {
-    for (const std::string& body : *batch)
+    for (const std::string& body : *batch) {
         Log(actor, "try " + body);
+    }
     if (Check(actor, "MQCMIT", Commit(actor.connection))) {
-        for (const std::string& body : *batch)
+        for (const std::string& body : *batch) {
             Log(actor, "ok " + body);
+        }
     }
     batch->clear();
 }
@@ -75,9 +82,13 @@ void Consume(const Actor& actor, std::size_t batchSize) {
         mqi::MQGMO gmo = NewGmo(kSync | kWait);
         gmo.WaitInterval = 2000;
         const Got got = GetWith(actor.connection, actor.object, NewMd(), gmo);
-        if (got.codes != kDone) break;
+        if (got.codes != kDone) {
+            break;
+        }
         batch.push_back(got.body);
-        if (batch.size() == batchSize) CommitBatch(actor, &batch);
+        if (batch.size() == batchSize) {
+            CommitBatch(actor, &batch);
+        }
     }
     CommitBatch(actor, &batch);
 }
@@ -85,24 +96,45 @@ void Consume(const Actor& actor, std::size_t batchSize) {
 /// Carries out the step at arguments[at] and returns how many arguments it had.
 int Act(Actor* actor, char** arguments) {
     const std::string step = arguments[0];
-    if (step == "connect") return Check(*actor, "MQCONN", Connect(arguments[1], &actor->connection)), 2;
+    if (step == "connect") {
+        return Check(*actor, "MQCONN", Connect(arguments[1], &actor->connection)), 2;
+    }
     if (step == "open") {
         Check(*actor, "MQOPEN",
               Open(actor->connection, arguments[1], std::atoi(arguments[2]), &actor->object));
         return 3;
     }
-    if (step == "put") return PutMany(*actor, arguments[1], std::atoi(arguments[2]), kNoSync), 3;
-    if (step == "put-sync") return PutMany(*actor, arguments[1], std::atoi(arguments[2]), kSync), 3;
-    if (step == "get") return GetMany(*actor, std::atoi(arguments[1]), kNoSync), 2;
-    if (step == "get-sync") return GetMany(*actor, std::atoi(arguments[1]), kSync), 2;
-    if (step == "consume") return Consume(*actor, static_cast<std::size_t>(std::atoi(arguments[1]))), 2;
-    if (step == "commit") return Check(*actor, "MQCMIT", Commit(actor->connection)), 1;
-    if (step == "back") return Check(*actor, "MQBACK", BackOut(actor->connection)), 1;
-    if (step == "disc") return Check(*actor, "MQDISC", Disconnect(&actor->connection)), 1;
-    if (step == "say") return Log(*actor, arguments[1]), 2;
+    if (step == "put") {
+        return PutMany(*actor, arguments[1], std::atoi(arguments[2]), kNoSync), 3;
+    }
+    if (step == "put-sync") {
+        return PutMany(*actor, arguments[1], std::atoi(arguments[2]), kSync), 3;
+    }
+    if (step == "get") {
+        return GetMany(*actor, std::atoi(arguments[1]), kNoSync), 2;
+    }
+    if (step == "get-sync") {
+        return GetMany(*actor, std::atoi(arguments[1]), kSync), 2;
+    }
+    if (step == "consume") {
+        return Consume(*actor, static_cast<std::size_t>(std::atoi(arguments[1]))), 2;
+    }
+    if (step == "commit") {
+        return Check(*actor, "MQCMIT", Commit(actor->connection)), 1;
+    }
+    if (step == "back") {
+        return Check(*actor, "MQBACK", BackOut(actor->connection)), 1;
+    }
+    if (step == "disc") {
+        return Check(*actor, "MQDISC", Disconnect(&actor->connection)), 1;
+    }
+    if (step == "say") {
+        return Log(*actor, arguments[1]), 2;
+    }
     if (step == "hold") {
-        for (;;)
+        for (;;) {
             std::this_thread::sleep_for(std::chrono::seconds(1));
+        }
     }
     std::fprintf(stderr, "spoolmq_actor: unknown step %s\n", step.c_str());
     std::exit(99);
@@ -111,11 +143,16 @@ int Act(Actor* actor, char** arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) return 99;
+    if (argc < 2) {
+        return 99;
+    }
     Actor actor;
     actor.log = std::fopen(argv[1], "ab");
-    if (actor.log == nullptr) return 98;
-    for (int at = 2; at < argc;)
+    if (actor.log == nullptr) {
+        return 98;
+    }
+    for (int at = 2; at < argc;) {
         at += Act(&actor, argv + at);
+    }
     return 0;
 }

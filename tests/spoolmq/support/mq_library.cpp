@@ -20,7 +20,9 @@ void* LoadOrDie(const std::string& path) {
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
     const char* const reason = library == nullptr ? dlerror() : "";
 #endif
-    if (library != nullptr) return library;
+    if (library != nullptr) {
+        return library;
+    }
     std::fprintf(stderr, "cannot load %s: %s\n", path.c_str(), reason);
     std::abort();
 }

@@ -30,7 +30,9 @@ void ReplaceFile(const fs::path& path, const fs::path& aside, const std::string&
     std::error_code failure;
     for (int tries = 0; tries < 200; ++tries) {
         fs::rename(aside, path, failure);
-        if (!failure) return;
+        if (!failure) {
+            return;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     ADD_FAILURE() << path << ": " << failure.message();
@@ -52,7 +54,9 @@ SpoolTest::SpoolTest() {
 }
 
 SpoolTest::~SpoolTest() {
-    if (connection_ != -1) static_cast<void>(Disconnect(&connection_));
+    if (connection_ != -1) {
+        static_cast<void>(Disconnect(&connection_));
+    }
     std::error_code ignored;
     fs::remove_all(root_, ignored);
 }
@@ -86,9 +90,13 @@ std::vector<std::string> SpoolTest::Drain() {
     ConnectBeside(&connection, &object);
     for (;;) {
         const Got got = Get(connection, object, kNoSync);
-        if (got.codes.reason == MQRC_NO_MSG_AVAILABLE) break;
+        if (got.codes.reason == MQRC_NO_MSG_AVAILABLE) {
+            break;
+        }
         EXPECT_EQ(kDone, got.codes);
-        if (got.codes != kDone) break;
+        if (got.codes != kDone) {
+            break;
+        }
         const std::string count = got.md.BackoutCount == 0 ? "" : "~" + std::to_string(got.md.BackoutCount);
         bodies.push_back(got.body + count);
     }
@@ -100,7 +108,9 @@ std::vector<std::string> SpoolTest::MessageFiles() const {
     std::vector<std::string> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(QueuePath())) {
         std::string name = entry.path().filename().string();
-        if (entry.is_regular_file() && name[0] != '.') names.push_back(std::move(name));
+        if (entry.is_regular_file() && name[0] != '.') {
+            names.push_back(std::move(name));
+        }
     }
     std::sort(names.begin(), names.end());
     return names;
@@ -132,21 +142,25 @@ std::vector<std::string> SpoolTest::Log() const {
     std::vector<std::string> lines;
     for (int actor = 0; actor < actors_; ++actor) {
         std::ifstream file(LogPath(actor), std::ios::binary);
-        for (std::string line; std::getline(file, line);)
+        for (std::string line; std::getline(file, line);) {
             lines.push_back(line);
+        }
     }
     return lines;
 }
 
 void SpoolTest::ForgetLogs() {
-    while (actors_ > 0)
+    while (actors_ > 0) {
         fs::remove(LogPath(--actors_));
+    }
 }
 
 void SpoolTest::WaitForLog(const std::string& line) const {
     for (;;) {
         const std::vector<std::string> lines = Log();
-        if (std::find(lines.begin(), lines.end(), line) != lines.end()) return;
+        if (std::find(lines.begin(), lines.end(), line) != lines.end()) {
+            return;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }
