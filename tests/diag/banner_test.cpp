@@ -1,4 +1,4 @@
-// The identification banner: when it is shown, in which sink, in which form.
+// The identification banner: when, where and in which form it is shown.
 #include <gmock/gmock.h>
 
 #include "tests/support/expected_report.h"
@@ -31,7 +31,7 @@ class BannerTest : public ModuleFixture {
     }
 };
 
-TEST_F(BannerTest, BearsFiveDigitNumbersThatSkip19082_Kept) {
+TEST_F(BannerTest, HasFiveDigitNumbersWithout19082_Kept) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     std::vector<std::string> numbers;
     for (const std::string& line : SplitLines(PrintedAtOpen())) {
@@ -41,7 +41,7 @@ TEST_F(BannerTest, BearsFiveDigitNumbersThatSkip19082_Kept) {
                                               "MQA19086", "MQA19087"));
 }
 
-TEST_F(BannerTest, NamesAModuleVersionThatDiffersFromTheCodeVersion_Kept) {
+TEST_F(BannerTest, ShowsAModuleVersionThatDiffersFromTheCodeVersion_Kept) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     const std::string printed = PrintedAtOpen();
     EXPECT_THAT(printed, testing::HasSubstr("MQA19080 Norvane Websphere MQ AMOD, Version 16.20.00.04\n"));
@@ -55,14 +55,14 @@ TEST_F(BannerTest, NamesThePlatformItWasBuiltFor) {
                                                          : "MQA19084 Compiled for 64-bit WIN64\n"));
 }
 
-TEST_F(BannerTest, IsShownByTheFirstCallWhateverItIs) {
+TEST_F(BannerTest, IsShownByTheFirstCallWhateverItsOption) {
     FakeClock clock(module);
     const std::string now = TimeOfDay(clock.now);
     EXPECT_EQ(Option(99).returnCode, pmrcNotSupported);
     EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner(now).Console());
 }
 
-TEST_F(BannerTest, BearsMidnightWhenTheTimeIsBeyondTheCalendar) {
+TEST_F(BannerTest, ShowsMidnightWhenTheTimeCannotBeConverted) {
     FakeClock clock(module);
     clock.LeaveTheCalendar();
     EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner("00:00:00").Console());
@@ -99,7 +99,7 @@ TEST_F(BannerTest, StartsTheTraceFileAndIsNotRepeatedInTheReportTexts) {
     EXPECT_EQ(log.report, report.HostLog());
 }
 
-TEST_F(BannerTest, LinesOfTheTraceFileBearTheirTime) {
+TEST_F(BannerTest, LinesInTheTraceFileHaveATime) {
     FakeClock clock(module);
     ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " -TRCL 1 trace.txt")));
     EXPECT_EQ(SplitLines(trace.Text())[2],

@@ -1,4 +1,4 @@
-// The error text: its forms, its size, and what becomes of it when memory runs out.
+// The error text: its forms, its size, and what happens to it when memory runs out.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ class ErrorFormTest : public ModuleFixture {
     }
 };
 
-TEST_F(ErrorFormTest, OfAMessageAlone) {
+TEST_F(ErrorFormTest, OfAMessage) {
     StartTraced();
     const Outcome outcome = Open(2);
     EXPECT_EQ(outcome.returnCode, pmrcFailure);
@@ -59,7 +59,7 @@ TEST_F(ErrorFormTest, OfAMessageAndAFailingCallInTheTrace) {
                             "--ERROR: not initialized.", "--Failing function: Write."));
 }
 
-TEST_F(ErrorFormTest, OfAllPiecesAllowsForTheReasonTwice_Kept) {
+TEST_F(ErrorFormTest, OfAllPiecesCountsTheReasonTwice_Kept) {
     StartTraced();
     ASSERT_EQ(Shut().returnCode, pmrcOK);
     trace.Skip();
@@ -91,7 +91,7 @@ TEST_F(ErrorFormTest, SecondErrorReplacesTheFirst) {
     EXPECT_TRUE(FailsWith(Init(kRequired), ExpectedError("PIDMMain", "already initialized").Calling("Init")));
 }
 
-TEST_F(ErrorFormTest, LastOfSeveralErrorsOfOneCallIsHandedOut) {
+TEST_F(ErrorFormTest, IsTheLastOfSeveralErrorsOfOneCall) {
     EXPECT_TRUE(
         FailsWith(Init("-TRCL 7"), ExpectedError("CheckParm", "MQA0164: <option 7: argument missing>")));
 }
@@ -113,7 +113,7 @@ TEST_F(ErrorFormTest, OfAFailedInitIsFreedByShut) {
     EXPECT_TRUE(Succeeds(Init(kRequired)));
 }
 
-TEST_F(ErrorFormTest, WithoutMemoryIsToldOnStandardOutput) {
+TEST_F(ErrorFormTest, WithoutMemoryIsReportedOnStandardOutput) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     FaultPlan faults(module);
     faults.Add(NoMemoryFor(readOnly_));
@@ -124,12 +124,12 @@ TEST_F(ErrorFormTest, WithoutMemoryIsToldOnStandardOutput) {
     EXPECT_EQ(outcome.returnCode, pmrcFailure);
     EXPECT_FALSE(outcome.hasErrorText);
     EXPECT_EQ(outcome.errorTextLength, 0U);
-    const std::string told = "Norvane Websphere MQ AMOD: Error Text memory allocation failed";
-    EXPECT_EQ(printed.substr(printed.size() - std::min(printed.size(), told.size())), told)
-        << "without a line end";
+    const std::string report = "Norvane Websphere MQ AMOD: Error Text memory allocation failed";
+    EXPECT_EQ(printed.substr(printed.size() - std::min(printed.size(), report.size())), report)
+        << "there is no newline at the end";
 }
 
-TEST_F(ErrorFormTest, WithoutMemoryIsToldInTheTraceAndNotOnStandardOutput) {
+TEST_F(ErrorFormTest, WithoutMemoryIsReportedInTheTraceAndNotOnStandardOutput) {
     StartTraced();
     FaultPlan faults(module);
     faults.Add(NoMemoryFor(readOnly_));
@@ -141,7 +141,7 @@ TEST_F(ErrorFormTest, WithoutMemoryIsToldInTheTraceAndNotOnStandardOutput) {
     std::vector<std::string> expected = readOnly_.TraceLines();
     expected.emplace_back("Error Text memory allocation failed");
     EXPECT_THAT(trace.NewLines(), ElementsAreArray(expected));
-    EXPECT_EQ(trace.Text().back(), 'd') << "without a line end";
+    EXPECT_EQ(trace.Text().back(), 'd') << "there is no newline at the end";
 }
 
 TEST_F(ErrorFormTest, WithoutMemoryLeavesNoEarlierText) {
@@ -151,7 +151,7 @@ TEST_F(ErrorFormTest, WithoutMemoryLeavesNoEarlierText) {
     faults.Add(NoMemoryFor(readOnly_));
     EXPECT_FALSE(Open(2).hasErrorText);
     EXPECT_FALSE(Id().hasErrorText);
-    EXPECT_TRUE(FailsWith(Open(2), readOnly_)) << "the next error has its text again";
+    EXPECT_TRUE(FailsWith(Open(2), readOnly_)) << "the next error has a text again";
 }
 
 TEST_F(ErrorFormTest, WithoutMemoryStillFailsTheKeyword) {

@@ -13,7 +13,7 @@ using testing::Not;
 
 namespace {
 
-/// The help as the console report holds it.
+/// Returns the help as the console form of the report contains it.
 std::string Help() {
     std::string text;
     for (const char* piece : kHelpPieces)
@@ -28,16 +28,18 @@ class HelpTest : public ModuleFixture {
         static_cast<void>(Open());
         return capture.Finish();
     }
-    static std::string AllLines(const std::string& text) { return text.substr(0, text.size() - 1); }
+    static std::string WithoutLastNewline(const std::string& text) { return text.substr(0, text.size() - 1); }
 };
 
 TEST_F(HelpTest, IsPrintedBetweenBannerAndParametersByteForByte) {
     FakeClock clock(module);
     const std::string now = TimeOfDay(clock.now);
     ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " -help")));
-    EXPECT_EQ(
-        PrintedAtOpen(),
-        ExpectedReport().AddBanner(now).AddConsoleLine(AllLines(Help())).AddParameters(now, {}).Console());
+    EXPECT_EQ(PrintedAtOpen(), ExpectedReport()
+                                   .AddBanner(now)
+                                   .AddConsoleLine(WithoutLastNewline(Help()))
+                                   .AddParameters(now, {})
+                                   .Console());
 }
 
 TEST_F(HelpTest, NeverShowsTheHeadingOfChannelAndServer_Kept) {
@@ -45,37 +47,42 @@ TEST_F(HelpTest, NeverShowsTheHeadingOfChannelAndServer_Kept) {
     EXPECT_THAT(PrintedAtOpen(), Not(HasSubstr("Establish the MQ channel and server names")));
 }
 
-TEST_F(HelpTest, ClaimsATenacityOf60SecondsThatIsNotTheDefault_Kept) {
+TEST_F(HelpTest, StatesATenacityOf60SecondsThatIsNotTheDefault_Kept) {
     ASSERT_TRUE(Succeeds(Init(std::string("-HELP ") + kRequired)));
     const std::string printed = PrintedAtOpen();
     EXPECT_THAT(printed, HasSubstr("where seconds = {1..6000}\n      Default is 60 seconds.\n"));
     EXPECT_THAT(printed, HasSubstr("MQ open retry tenacity: 5\n"));
 }
 
-TEST_F(HelpTest, IsShownOnceThoughGivenTwice) {
+TEST_F(HelpTest, IsShownOnceWhenGivenTwice) {
     FakeClock clock(module);
     const std::string now = TimeOfDay(clock.now);
     ASSERT_TRUE(Succeeds(Init(std::string("-HELP HELP ") + kRequired + " -HELP")));
-    EXPECT_EQ(
-        PrintedAtOpen(),
-        ExpectedReport().AddBanner(now).AddConsoleLine(AllLines(Help())).AddParameters(now, {}).Console());
+    EXPECT_EQ(PrintedAtOpen(), ExpectedReport()
+                                   .AddBanner(now)
+                                   .AddConsoleLine(WithoutLastNewline(Help()))
+                                   .AddParameters(now, {})
+                                   .Console());
 }
 
-TEST_F(HelpTest, IsShownOnceThoughGivenInStringAndFile) {
+TEST_F(HelpTest, IsShownOnceWhenGivenInStringAndFile) {
     FakeClock clock(module);
     const std::string now = TimeOfDay(clock.now);
     WriteFile("parms.txt", "HELP\n-help\n");
     ASSERT_TRUE(Succeeds(Init(std::string("-HELP -PARMFILE parms.txt ") + kRequired)));
-    EXPECT_EQ(
-        PrintedAtOpen(),
-        ExpectedReport().AddBanner(now).AddConsoleLine(AllLines(Help())).AddParameters(now, {}).Console());
+    EXPECT_EQ(PrintedAtOpen(), ExpectedReport()
+                                   .AddBanner(now)
+                                   .AddConsoleLine(WithoutLastNewline(Help()))
+                                   .AddParameters(now, {})
+                                   .Console());
 }
 
-TEST_F(HelpTest, IsShownAlsoWhenInitFails) {
+TEST_F(HelpTest, IsShownEvenWhenInitFails) {
     FakeClock clock(module);
     const std::string now = TimeOfDay(clock.now);
     ASSERT_EQ(Init("-HELP").returnCode, pmrcFailure);
-    EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner(now).AddConsoleLine(AllLines(Help())).Console());
+    EXPECT_EQ(PrintedAtOpen(),
+              ExpectedReport().AddBanner(now).AddConsoleLine(WithoutLastNewline(Help())).Console());
 }
 
 TEST_F(HelpTest, ReachesNeitherTheHostsLogNorTheOutputOfAHostWithALog) {

@@ -1,4 +1,4 @@
-// The message table against itself and against the sources of the module.
+// Compares the message table with itself and with the sources of the module.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -43,7 +43,7 @@ std::vector<Row> AllRows() {
     };
 }
 
-/// The files that an emitter column names.
+/// Returns the files that an emitter column names.
 std::vector<std::string> FilesOf(const Row& row) {
     std::vector<std::string> files;
     const std::regex file(R"([a-z_]+/[a-z_]+\.cpp)");

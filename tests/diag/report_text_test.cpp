@@ -1,4 +1,4 @@
-// The two report texts: they collect, they are never cleared, and they never hold more than 8191 characters.
+// The two report texts: they only grow, they are never cleared, and they never have more than 8191 characters.
 #include <gmock/gmock.h>
 
 #include <optional>
@@ -26,7 +26,8 @@ class ReportTextTest : public ModuleFixture {
         ModuleFixture::TearDown();
     }
 
-    /// An Init whose logging line has that many characters of path, and the report expected of it.
+    /// Runs an Init whose logging line has a path of `characters` characters, and adds its report to the expected
+    /// one.
     void InitWithLog(std::size_t characters) {
         const std::string path(characters, 'p');
         ASSERT_EQ(Init(std::string(kRequired) + " -LOG " + path).returnCode, pmrcOK);
@@ -36,8 +37,8 @@ class ReportTextTest : public ModuleFixture {
         parameters.logging = {line.substr(0, 1023), "Terminate on Log failure: yes"};
         expected_.AddParameters(now_, parameters);
     }
-    /// The characters of path with which the logging line of the next Init ends the console report's room.
-    [[nodiscard]] std::size_t PathThatFillsTheConsole() const {
+    /// Returns the length of the path with which the logging line of the next Init fills the console form exactly.
+    [[nodiscard]] std::size_t PathLengthThatFillsTheConsole() const {
         const std::string shortest = "     .        Logging pathname: ''\n";
         ExpectedReport next = expected_;
         next.AddConsoleLine("**** " + now_ + " MQA19087 MQAM Parameters in effect:");
@@ -51,7 +52,7 @@ class ReportTextTest : public ModuleFixture {
         static_cast<void>(Open());
         return capture.Finish();
     }
-    std::string HandedToTheHostsLog() {
+    std::string PassedToTheHostsLog() {
         HostLogDouble log;
         EXPECT_EQ(Init(std::string(kRequired)).returnCode, pmrcOK);
         expected_.AddParameters(now_, {});
@@ -69,29 +70,29 @@ TEST_F(ReportTextTest, AreNeverCleared_Kept) {
         InitWithLog(10);
     EXPECT_EQ(PrintedAtOpen(), expected_.Console());
     EXPECT_EQ(PrintedAtOpen(), expected_.Console()) << "each Open prints the whole text";
-    EXPECT_EQ(HandedToTheHostsLog(), expected_.HostLog());
+    EXPECT_EQ(PassedToTheHostsLog(), expected_.HostLog());
 }
 
-TEST_F(ReportTextTest, LineThatDoesNotFitIsDroppedWholeAndShorterOnesBehindItAreKept) {
+TEST_F(ReportTextTest, LineThatDoesNotFitIsDroppedAsAWholeAndLaterShorterOnesAreKept) {
     for (int i = 0; i < 12; ++i)
         InitWithLog(900);
     const std::string printed = PrintedAtOpen();
     EXPECT_EQ(printed, expected_.Console());
     EXPECT_GT(printed.size(), kReportTextCharacters - 100);
-    EXPECT_EQ(HandedToTheHostsLog(), expected_.HostLog());
+    EXPECT_EQ(PassedToTheHostsLog(), expected_.HostLog());
 }
 
-TEST_F(ReportTextTest, CollectAtTheirCapacityForAnyNumberOfInits) {
+TEST_F(ReportTextTest, StayWithinTheirCapacityForAnyNumberOfInits) {
     for (int i = 0; i < 60; ++i)
         InitWithLog(1 + static_cast<std::size_t>(i) * 37 % 1100);
     EXPECT_EQ(PrintedAtOpen(), expected_.Console());
-    EXPECT_EQ(HandedToTheHostsLog(), expected_.HostLog());
+    EXPECT_EQ(PassedToTheHostsLog(), expected_.HostLog());
 }
 
 TEST_F(ReportTextTest, ConsoleLineThatFillsTheTextExactlyIsKept) {
     while (expected_.Console().size() < kReportTextCharacters - 1000)
         InitWithLog(100);
-    InitWithLog(PathThatFillsTheConsole());
+    InitWithLog(PathLengthThatFillsTheConsole());
     ASSERT_EQ(expected_.Console().size(), kReportTextCharacters);
     EXPECT_EQ(PrintedAtOpen(), expected_.Console());
 }
@@ -99,13 +100,12 @@ TEST_F(ReportTextTest, ConsoleLineThatFillsTheTextExactlyIsKept) {
 TEST_F(ReportTextTest, ConsoleLineThatIsOneCharacterTooLongIsDropped) {
     while (expected_.Console().size() < kReportTextCharacters - 1000)
         InitWithLog(100);
-    InitWithLog(PathThatFillsTheConsole() + 1);
+    InitWithLog(PathLengthThatFillsTheConsole() + 1);
     EXPECT_EQ(PrintedAtOpen(), expected_.Console());
-    EXPECT_THAT(PrintedAtOpen(), testing::EndsWith("MQ read wait interval: 15\n"))
-        << "the lines behind it found room";
+    EXPECT_THAT(PrintedAtOpen(), testing::EndsWith("MQ read wait interval: 15\n")) << "the later lines fit";
 }
 
-TEST_F(ReportTextTest, HelpPiecesThatDoNotFitAreDroppedWholeAndShorterOnesBehindThemAreKept) {
+TEST_F(ReportTextTest, HelpPiecesThatDoNotFitAreDroppedAsAWholeAndLaterShorterOnesAreKept) {
     while (expected_.Console().size() < kReportTextCharacters - 1900)
         InitWithLog(100);
     const std::size_t help = expected_.Console().size();

@@ -1,4 +1,4 @@
-// Which statement is written at which level, what a line looks like, and when the streams are flushed.
+// The level of each statement, the form of a line, and when the streams are flushed.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -19,7 +19,7 @@ namespace {
 
 class TraceLevelTest : public ModuleFixture {
   protected:
-    /// Init with a trace of that level; what Init wrote is passed over.
+    /// Runs Init with a trace of that level and skips what Init wrote.
     void Start(int level, const std::string& keywords = "") {
         const std::string traced = " -TRCL " + std::to_string(level) + " trace.txt ";
         ASSERT_EQ(Init(kRequired + traced + keywords).returnCode, pmrcOK);
@@ -30,14 +30,15 @@ class TraceLevelTest : public ModuleFixture {
         static_cast<void>(Open());
         return capture.Finish();
     }
-    /// One record read, with a log and behind a position that was asked for: statements of every level.
+    /// Requests a position and reads one record, with a log. Returns the trace, which has statements of every
+    /// level.
     std::vector<std::string> TraceOfARecord(int level) {
         Start(level, "-LOG log.dat -CKFILE ck.dat");
         EXPECT_TRUE(Succeeds(Open()));
         trace.Skip();
         mq.PutMessage("record");
         EXPECT_EQ(GetPos().returnCode, pmrcOK);
-        EXPECT_EQ(Read().record, "record");  // carries out the checkpoint first
+        EXPECT_EQ(Read().record, "record");  // takes the pending checkpoint first
         EXPECT_EQ(GetAttribute("ANY").returnCode, pmrcNotSupported);
         return trace.NewLines();
     }
@@ -53,7 +54,7 @@ TEST_F(TraceLevelTest, Level0WritesNoFile) {
     EXPECT_FALSE(FileExists("trace.txt"));
 }
 
-TEST_F(TraceLevelTest, Level1WritesJobEventsAlone) {
+TEST_F(TraceLevelTest, Level1WritesOnlyJobEvents) {
     const std::vector<std::string> lines = TraceOfARecord(1);
     EXPECT_THAT(lines, Contains(jobEvent_));
     for (const std::string& other : {ioEvent_, return_, ioBuffer_, detail_})
@@ -101,7 +102,7 @@ TEST_F(TraceLevelTest, ErrorsAreWrittenAtEveryLevel) {
     EXPECT_THAT(trace.NewLines(), ElementsAreArray(error.TraceLines()));
 }
 
-TEST_F(TraceLevelTest, RawLevelIsInForceBehindAFailedParse_Kept) {
+TEST_F(TraceLevelTest, RawLevelIsInForceAfterAFailedParse_Kept) {
     Start(1);
     ASSERT_EQ(Shut().returnCode, pmrcOK);
     for (const auto& [level, lines] : {std::pair{"2", 0U}, std::pair{"3", 2U}}) {
@@ -113,7 +114,7 @@ TEST_F(TraceLevelTest, RawLevelIsInForceBehindAFailedParse_Kept) {
     }
 }
 
-TEST_F(TraceLevelTest, LinesBearTheTimeOfTheirStatement) {
+TEST_F(TraceLevelTest, LinesHaveTheTimeOfTheirStatement) {
     FakeClock clock(module);
     Start(2);
     const std::size_t before = SplitLines(trace.Text()).size();
@@ -147,7 +148,7 @@ TEST_F(TraceLevelTest, LinesBeginWithAnEmptyStampWhenTheTimeIsUnavailable) {
     EXPECT_EQ(lines[before + 3], ": PIDMMain(info): Returning to Hostlink, rc=34");
 }
 
-TEST_F(TraceLevelTest, LinesBeginWithAnEmptyStampWhenTheTimeIsBeyondTheCalendar) {
+TEST_F(TraceLevelTest, LinesBeginWithAnEmptyStampWhenTheTimeCannotBeConverted) {
     FakeClock clock(module);
     Start(2);
     const std::size_t before = SplitLines(trace.Text()).size();
@@ -167,7 +168,7 @@ TEST_F(TraceLevelTest, InitWithoutATimeStillReports) {
     EXPECT_THAT(PrintedAtOpen(), HasSubstr("     .        Queue Manager Name: 'QM1'\n"));
 }
 
-TEST_F(TraceLevelTest, ReadingTheTraceNeedsNoEndOfTheProcess) {
+TEST_F(TraceLevelTest, LinesCanBeReadWhileTheProcessRuns) {
     Start(2);
     ASSERT_EQ(Write().returnCode, pmrcNotSupported);
     EXPECT_THAT(trace.NewLines(), ElementsAre("PIDMMain(info): entered for option 'Write'",
@@ -189,7 +190,7 @@ TEST_F(TraceLevelTest, EntryWithoutATraceFileReachesTheConsoleReportWhenAdmitted
     EXPECT_EQ(PrintedAtOpen(), expected.Console());
 }
 
-TEST_F(TraceLevelTest, EntryWithoutATraceFileReachesNothingAtLevel1) {
+TEST_F(TraceLevelTest, EntryWithoutATraceFileIsNotWrittenAtLevel1) {
     FakeClock clock(module);
     ASSERT_EQ(Init(std::string(kRequired) + " -TRCL 1 missing/trace.txt").returnCode, pmrcFailure);
     ASSERT_EQ(Write().returnCode, pmrcNotSupported);
@@ -207,28 +208,28 @@ TEST_F(TraceLevelTest, EntryWithoutATraceFileReachesTheConsoleReportAtTheRawLeve
                   .Console());
 }
 
-TEST_F(TraceLevelTest, EveryStatementFlushesAllStreamsWrittenOrNot) {
+TEST_F(TraceLevelTest, EveryStatementFlushesAllStreamsWhetherWrittenOrNot) {
     Start(0);
     FlushRecorder flushes(module);
     ASSERT_EQ(Write().returnCode, pmrcNotSupported);
     EXPECT_EQ(flushes.Sequence(), "all all") << "the return statement, not admitted, and the end of the call";
 }
 
-TEST_F(TraceLevelTest, LinesAreFlushedAtOnceAndEntryFlushesTheTraceAlone_Kept) {
+TEST_F(TraceLevelTest, LinesAreFlushedAtOnceAndEntryFlushesOnlyTheTrace_Kept) {
     Start(2);
     FlushRecorder flushes(module);
     ASSERT_EQ(Write().returnCode, pmrcNotSupported);
     EXPECT_EQ(flushes.Sequence(), "one one all all one");
 }
 
-TEST_F(TraceLevelTest, ErrorReportFlushesTheTraceAlone_Kept) {
+TEST_F(TraceLevelTest, ErrorReportFlushesOnlyTheTrace_Kept) {
     Start(2);
     FlushRecorder flushes(module);
     ASSERT_EQ(Init(kRequired).returnCode, pmrcFailure);  // refused: already initialized
     EXPECT_EQ(flushes.Sequence(), "one all all one") << "the level is 0 from here on";
 }
 
-TEST_F(TraceLevelTest, HostsOwnStreamsAreFlushed) {
+TEST_F(TraceLevelTest, StreamsOfTheHostAreFlushed) {
     Start(0);
     std::FILE* own = std::fopen("own.txt", "w");
     ASSERT_NE(own, nullptr);

@@ -1,5 +1,5 @@
-// A parameter file that is cut at any byte or damaged at any bit: Init takes what still stands there or names
-// what it cannot take, and no line's damage changes another line's setting.
+// A parameter file that is cut at any byte or damaged at any bit: Init either reads what is left or names what it
+// refuses, and damage to one line never changes the setting of another.
 #include <algorithm>
 
 #include "tests/params/params_fixture.h"
@@ -10,7 +10,7 @@ namespace {
 
 struct ParmLine {
     const char* text;
-    std::vector<std::string> report;  // lines that are there by this line and no other
+    std::vector<std::string> report;  // the report lines that only this line causes
 };
 
 const std::vector<ParmLine>& ParmLines() {
@@ -21,7 +21,7 @@ const std::vector<ParmLine>& ParmLines() {
         {"-TDM no", {"Terminate on duplicate message: no"}},
         {"-CKFILE ck.dat", {"Checkpoint: File-based to pathname ck.dat"}},
         {"-LOG log.dat", {"Logging pathname: 'log.dat'"}},
-        // Told with a log alone.
+        // The report shows it only with a log.
         {"-TLF no", {}},
         {"-FLUSH yes", {"Media flush: Yes"}},
         {"-MQEX", {"Queue open: EXCLUSIVE."}},
@@ -32,9 +32,9 @@ const std::vector<ParmLine>& ParmLines() {
     return lines;
 }
 
-// The trace, which is looked at after each Init, only grows: some lines will do.
+// The trace is read after each Init and only grows, so only the first lines are damaged.
 constexpr std::size_t kDamagedLines = 6;
-// Under Wine a sample, a number that meets every bit of a byte.
+// Under Wine a sample must do. 7 is prime to 8, so every bit of a byte has its turn.
 constexpr std::size_t kBitStep = kPathDelimiter == '/' ? 1 : 7;
 
 std::string WholeFile() {
@@ -52,7 +52,7 @@ class DamagedParmFile : public ParamsFixture {
         return Init("-TRCL 1 trace.txt -PARMFILE parms.txt");
     }
 
-    // What the trace tells since the last look of the parameters in effect.
+    // Returns the parameters in effect as the trace of the last Init shows them.
     std::vector<std::string> Settings() {
         std::vector<std::string> lines = trace.NewLines();
         lines.erase(lines.begin(),
@@ -66,7 +66,7 @@ class DamagedParmFile : public ParamsFixture {
     }
 };
 
-// The same keywords in the initialization string: one way in is held against the other.
+// Returns the keywords of a parameter file as an initialization string, to compare the two.
 std::string AsInitString(const std::string& text) {
     std::string init;
     for (std::size_t begin = 0; begin < text.size();) {
@@ -77,9 +77,9 @@ std::string AsInitString(const std::string& text) {
     return init;
 }
 
-TEST_F(DamagedParmFile, CutAtAnyByteGivesWhatTheSameWordsGiveInTheInitializationString) {
+TEST_F(DamagedParmFile, CutAtAnyByteHasTheEffectOfTheSameWordsInTheInitializationString) {
     const std::string whole = WholeFile();
-    int taken = 0;
+    int accepted = 0;
     for (std::size_t bytes = 0; bytes <= whole.size(); ++bytes) {
         SCOPED_TRACE(testing::Message() << "cut to " << bytes << " bytes");
         const std::string text = whole.substr(0, bytes);
@@ -95,17 +95,17 @@ TEST_F(DamagedParmFile, CutAtAnyByteGivesWhatTheSameWordsGiveInTheInitialization
             EXPECT_EQ(fromFile.errorText, fromString.errorText);
             continue;
         }
-        ++taken;
+        ++accepted;
         EXPECT_FALSE(settingsOfFile.empty());
         EXPECT_EQ(settingsOfFile, settingsOfString);
     }
-    EXPECT_GT(taken, 30);
+    EXPECT_GT(accepted, 30);
 }
 
-TEST_F(DamagedParmFile, WithAnyBitTurnedIsRefusedOrTakenWithAllOtherLinesUnchanged) {
+TEST_F(DamagedParmFile, WithAnyBitFlippedIsRefusedOrAcceptedWithAllOtherLinesUnchanged) {
     const std::string whole = WholeFile();
     int refused = 0;
-    int taken = 0;
+    int accepted = 0;
     std::size_t begin = 0;
     for (std::size_t damaged = 0; damaged < kDamagedLines; ++damaged) {
         const std::size_t end = begin + std::string(ParmLines()[damaged].text).size();
@@ -114,7 +114,7 @@ TEST_F(DamagedParmFile, WithAnyBitTurnedIsRefusedOrTakenWithAllOtherLinesUnchang
                          << "bit " << bit << " in the line of " << ParmLines()[damaged].text);
             std::string text = whole;
             text[bit / 8] = static_cast<char>(text[bit / 8] ^ (1 << bit % 8));
-            // Where a file has such a thing it ends there.
+            // On Windows this byte is the end of a text file.
             if (kPathDelimiter != '/' && text[bit / 8] == '\x1A') continue;
             const Outcome outcome = InitFrom(text);
             const std::vector<std::string> lines = Settings();
@@ -124,9 +124,9 @@ TEST_F(DamagedParmFile, WithAnyBitTurnedIsRefusedOrTakenWithAllOtherLinesUnchang
                 ++refused;
                 continue;
             }
-            ++taken;
+            ++accepted;
             for (std::size_t other = 0; other < ParmLines().size(); ++other) {
-                // Without its end a line takes the next one with it.
+                // A line whose newline is damaged includes the next line.
                 if (other == damaged || (bit / 8 == end && other == damaged + 1)) continue;
                 for (const std::string& report : ParmLines()[other].report)
                     EXPECT_THAT(lines, Contains("ParseParms(info): " + report));
@@ -135,7 +135,7 @@ TEST_F(DamagedParmFile, WithAnyBitTurnedIsRefusedOrTakenWithAllOtherLinesUnchang
         begin = end + 1;
     }
     EXPECT_GT(refused, 150 / static_cast<int>(kBitStep));
-    EXPECT_GT(taken, 100 / static_cast<int>(kBitStep));
+    EXPECT_GT(accepted, 100 / static_cast<int>(kBitStep));
 }
 
 }  // namespace

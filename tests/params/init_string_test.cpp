@@ -1,4 +1,4 @@
-// Splitting the initialization string into tokens, and the one keyword that only it knows.
+// How the initialization string is split into tokens, and -PARMFILE, the only keyword that CheckParm does not know.
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"
 
@@ -13,7 +13,7 @@ class InitStringTest : public ParamsFixture {
     ExpectedError empty_ = ParametersError("Empty initialization string");
     ExpectedError tooMany_ = ParametersError("Too many init string parameters");
 
-    /// Passes the characters of the string before its first NUL, and counts all of them.
+    /// Passes the whole string with its full length, although it contains a NUL.
     Outcome InitWithNul(const std::string& bytes) {
         return InitCounted(bytes, static_cast<std::int32_t>(bytes.size()));
     }
@@ -29,7 +29,7 @@ TEST_F(InitStringTest, OfLengthZeroIsEmpty) {
     EXPECT_TRUE(FailsWith(Init(""), empty_));
 }
 
-TEST_F(InitStringTest, OfLengthZeroIsEmptyWhateverStandsThere) {
+TEST_F(InitStringTest, OfLengthZeroIsEmptyWhateverItsCharacters) {
     EXPECT_TRUE(FailsWith(InitCounted(kRequired, 0), empty_));
 }
 
@@ -87,21 +87,21 @@ TEST_F(InitStringTest, ThatBeginsWithANulIsEmpty) {
     EXPECT_TRUE(FailsWith(InitWithNul(std::string("  \0-QMGR QM1 -QNM Q1", 20)), empty_));
 }
 
-TEST_F(InitStringTest, MayHold256Tokens) {
+TEST_F(InitStringTest, MayHave256Tokens) {
     EXPECT_TRUE(Succeeds(Init(kRequired + Repeated("-MQEX", 252) + " ")));
 }
 
-TEST_F(InitStringTest, Of257TokensIsRefusedBeforeAnyKeywordIsLookedAt) {
+TEST_F(InitStringTest, Of257TokensIsRefusedBeforeAnyKeywordIsChecked) {
     LeaveTraceOpen();
     EXPECT_TRUE(FailsWith(Init("-BOGUS" + Repeated("-MQEX", 256)), tooMany_));
     EXPECT_THAT(trace.NewLines(), ElementsAreArray(tooMany_.TraceLines()));
 }
 
-TEST_F(InitStringTest, MayHoldHelp200Times) {
+TEST_F(InitStringTest, MayContainHelp200Times) {
     EXPECT_TRUE(Succeeds(Init(kRequired + Repeated("-HELP", 200))));
 }
 
-TEST_F(InitStringTest, MayHoldOneVeryLongToken) {
+TEST_F(InitStringTest, MayContainOneVeryLongToken) {
     const std::string token(1000000, 'x');
     EXPECT_TRUE(FailsWith(Init(token), KeywordError(Cut("MQA0100: <Error: unidentified keyword: '" +
                                                         std::string(1000000, 'X')))));
@@ -160,7 +160,7 @@ TEST_F(InitStringTest, SecondParmfileReplacesTheFirst) {
                 ElementsAreArray(parameters.TraceLines()));
 }
 
-TEST_F(InitStringTest, ParmfileIsReadBehindAllOtherKeywords) {
+TEST_F(InitStringTest, ParmfileIsReadAfterAllOtherKeywords) {
     WriteFile("parms.txt", "RWAIT 2\nQNM Q2\n");
     ExpectedParameters parameters;
     parameters.queue = "Queue Name: 'Q2'";

@@ -1,4 +1,4 @@
-// Recognizing a keyword: its dash, its case, its whole length, its value's presence.
+// How a keyword is recognized: its dash, its case, its length, and whether its value is there.
 #include "tests/params/params_fixture.h"
 #include "tests/support/output_capture.h"
 
@@ -34,14 +34,14 @@ TEST_F(KeywordTest, WithTwoDashesIsUnidentifiedAndQuotedWithOneInUpperCase) {
     EXPECT_TRUE(FailsWith(Init("--qmgr QM1"), Unidentified("-QMGR")));
 }
 
-TEST_F(KeywordTest, IsMatchedWholeNeverByPrefix) {
+TEST_F(KeywordTest, IsMatchedAsAWholeNeverByPrefix) {
     for (const char* keyword : {"QM", "QMGRX", "Q", "TRC", "MQE", "LOGS", "HELPME", "QN", "CK"}) {
         EXPECT_TRUE(FailsWith(Init(std::string(keyword) + " X"), Unidentified(keyword)));
         StartOver();
     }
 }
 
-TEST_F(KeywordTest, CkmqIsNotAcceptedAlthoughTheHelpNamesIt_Kept) {
+TEST_F(KeywordTest, CkmqIsNotAcceptedAlthoughTheHelpMentionsIt_Kept) {
     EXPECT_TRUE(FailsWith(Init(Required("-CKMQ")), Unidentified("CKMQ")));
 }
 
@@ -71,7 +71,7 @@ TEST_F(KeywordTest, Of250CharactersInAFileIsNormalized) {
     EXPECT_TRUE(FailsWith(Init("-PARMFILE parms.txt"), Unidentified(std::string(249, 'K'))));
 }
 
-TEST_F(KeywordTest, LongerThanAnyMessageIsQuotedAsFarAsTheMessageGoes) {
+TEST_F(KeywordTest, LongerThanAnyMessageIsQuotedUntilTheMessageIsFull) {
     const std::string keyword(40000, 'K');
     const Outcome outcome = Init(keyword);
     EXPECT_TRUE(FailsWith(outcome, KeywordError(Cut("MQA0100: <Error: unidentified keyword: '" + keyword))));
@@ -111,7 +111,7 @@ TEST_F(KeywordTest, WithoutItsValueNamesTheTokenInTheUpperCaseItHasInTheInitStri
     EXPECT_TRUE(FailsWith(Init("-rwait"), ArgumentMissing("-RWAIT")));
 }
 
-TEST_F(KeywordTest, WithoutItsValueInAFileNamesTheTokenAsItStandsThere) {
+TEST_F(KeywordTest, WithoutItsValueInAFileNamesTheTokenUnchanged) {
     WriteFile("parms.txt", "-rWait\n");
     EXPECT_TRUE(FailsWith(Init("-PARMFILE parms.txt"), ArgumentMissing("-rWait")));
 }
@@ -147,7 +147,7 @@ TEST_F(KeywordTest, SrvrWritesItsNameToStandardOutputEvenWithoutItsValue_Kept) {
     EXPECT_EQ(capture.Finish(), "keyword= SRVR\n");
 }
 
-TEST_F(KeywordTest, AfterAnErrorNoFurtherKeywordIsLookedAt) {
+TEST_F(KeywordTest, AfterAnErrorNoFurtherKeywordIsChecked) {
     OutputCapture capture;
     EXPECT_TRUE(FailsWith(Init("-BOGUS -SRVR HOST"), Unidentified("BOGUS")));
     EXPECT_EQ(capture.Finish(), "");

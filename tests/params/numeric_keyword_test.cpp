@@ -1,4 +1,4 @@
-// Keywords with a number: limits, what counts as a number, and what is done with it.
+// Keywords with a number: the limits, what counts as a number, and the effect of the number.
 #include <cstring>
 
 #include "tests/params/params_fixture.h"
@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(Row, RejectedNumberTest, testing::ValuesIn(kRejected), 
 
 class NumberTest : public ParamsFixture {
   protected:
-    /// What the module asks MQ to wait in its next MQGET.
+    /// Returns the wait interval of the next MQGET.
     MQLONG WaitInterval() {
         mq.PutMessage("record");
         EXPECT_EQ(Read().record, "record");
@@ -117,8 +117,8 @@ TEST_F(NumberTest, LargestValuesAreAccepted) {
                 ElementsAreArray(parameters.TraceLines()));
 }
 
-TEST_F(NumberTest, IsReadFromItsLeadingDigitsPastWhiteSpaceAndSign) {
-    // A vertical tab is white space to the number, but no delimiter of tokens.
+TEST_F(NumberTest, IsReadFromTheDigitsAfterWhiteSpaceAndSign) {
+    // A vertical tab is white space before a number, but it does not separate tokens.
     ExpectedParameters parameters;
     parameters.blockSize = "BlockSize: 77";
     parameters.tenacity = "MQ open retry tenacity: 60";
@@ -128,7 +128,7 @@ TEST_F(NumberTest, IsReadFromItsLeadingDigitsPastWhiteSpaceAndSign) {
                 ElementsAreArray(parameters.TraceLines()));
 }
 
-TEST_F(NumberTest, BlockSizeIsTheLargestRecordThatOpenAnswers) {
+TEST_F(NumberTest, BlockSizeIsTheLargestRecordThatOpenReturns) {
     ASSERT_TRUE(Succeeds(Init(Required("-BKSZ 16777216"))));
     const Outcome outcome = Open();
     ASSERT_TRUE(Succeeds(outcome));
@@ -150,7 +150,7 @@ TEST_F(NumberTest, ReadWaitDefaultsTo15Seconds) {
     EXPECT_EQ(WaitInterval(), 15000);
 }
 
-TEST_F(NumberTest, RejectedReadWaitStaysStoredAsItStands_Kept) {
+TEST_F(NumberTest, RejectedReadWaitStaysStoredUnchanged_Kept) {
     ASSERT_EQ(Init(Required("-RWAIT 601")).returnCode, pmrcFailure);
     ASSERT_EQ(Open().returnCode, pmrcOK);
     EXPECT_EQ(WaitInterval(), 601);

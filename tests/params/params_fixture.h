@@ -1,5 +1,4 @@
-// What the tests of the parameters share: Init in every form, and the views on what it took from the
-// keywords.
+// What the tests of the parameters share: Init in every form, and ways to see the effect of the keywords.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -12,34 +11,34 @@
 
 class ParamsFixture : public ModuleFixture {
   protected:
-    /// Init with the required keywords, a trace at level 1 and further keywords; it must succeed.
-    /// Returns the trace between "Paramters in effect:" and the return, without stamps.
+    /// Runs Init with the required keywords, a trace at level 1 and further keywords. It must succeed.
+    /// Returns the trace between "Paramters in effect:" and the return, without times.
     std::vector<std::string> TraceOfInit(const std::string& keywords);
 
-    /// The report lines alone of such an Init.
+    /// Returns only the report lines of such an Init.
     std::vector<std::string> ReportOfInit(const std::string& keywords);
 
-    /// Leaves a trace file open at level 1, as an earlier load in the same process does, and shuts the
-    /// module.
+    /// Opens a trace file at level 1 and shuts the module. The file stays open, as after an earlier load in the
+    /// same process.
     void LeaveTraceOpen();
 
-    /// What Open prints, whatever comes of it otherwise.
+    /// Returns what Open prints, whether it succeeds or not.
     std::string PrintedAtOpen();
 
-    /// Shuts, so that the next Init is accepted.
+    /// Calls Shut, so that the next Init is accepted.
     void StartOver() { ASSERT_EQ(Shut().returnCode, pmrcOK); }
 };
 
-/// Required keywords with further ones in front, for a value that must be the last token.
+/// Returns the required keywords with others in front, for a value that must be the last token.
 std::string Required(const std::string& keywords);
 
-/// An error of keyword validation, of the parameters as a whole, and of reading the parameter file.
+/// Return an error of keyword validation, of the parameters as a whole, and of reading the parameter file.
 ExpectedError KeywordError(const std::string& message);
 ExpectedError ParametersError(const std::string& message);
 ExpectedError ParameterFileError(const std::string& message);
 
-/// A message as the module holds it: cut at 1023 characters.
+/// Returns a message as the module stores it: cut at 1023 characters.
 std::string Cut(const std::string& message);
 
-/// The system's reason why the file cannot be opened.
+/// Returns the system's reason why the file cannot be opened.
 std::string ReasonNotOpened(const std::string& path, const char* mode);

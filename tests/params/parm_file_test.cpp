@@ -1,4 +1,4 @@
-// The parameter file: one keyword a line, in pieces of at most 511 characters.
+// The parameter file: one keyword on each line, read in pieces of at most 511 characters.
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -21,7 +21,7 @@ class ParmFileTest : public ParamsFixture {
         WriteFile("parms.txt", text);
         return Init("-PARMFILE parms.txt");
     }
-    /// A file that only gives the queue the name Q9 besides the required keywords.
+    /// Expects that Init accepts this file and that the report then shows the queue Q9.
     void ExpectQueueQ9(const std::string& text) {
         EXPECT_TRUE(Succeeds(InitFromFile(text)));
         EXPECT_THAT(PrintedAtOpen(), HasSubstr("     .        Queue Name: 'Q9'\n"));
@@ -31,7 +31,7 @@ class ParmFileTest : public ParamsFixture {
     }
 };
 
-TEST_F(ParmFileTest, HoldsOneKeywordALineWithOrWithoutItsDashInAnyCase) {
+TEST_F(ParmFileTest, HasOneKeywordPerLineWithOrWithoutItsDashInAnyCase) {
     WriteFile("parms.txt",
               "-QMGR QM1\nqnm Q1\n-Rwait\t4\n tdm no\n-CkFile ck.dat\nLOG log.dat\nTLF no\nconvert 819\n"
               "FLUSH yes\nMQEX\nBKSZ 10\nOWAIT 2\nOTENACITY 9\n");
@@ -49,7 +49,7 @@ TEST_F(ParmFileTest, HoldsOneKeywordALineWithOrWithoutItsDashInAnyCase) {
     EXPECT_THAT(ReportOfInit("-PARMFILE parms.txt"), ElementsAreArray(parameters.TraceLines()));
 }
 
-TEST_F(ParmFileTest, MayHoldTheTraceKeyword) {
+TEST_F(ParmFileTest, MayContainTheTraceKeyword) {
     ASSERT_TRUE(Succeeds(InitFromFile("QMGR QM1\nQNM Q1\nTRCL 2 trace.txt\n")));
     EXPECT_THAT(trace.Lines(), Contains("ParseParms(info): Trace Level: 3"));
 }
@@ -74,15 +74,15 @@ TEST_F(ParmFileTest, KeywordMayFollowBlanks) {
     ExpectQueueQ9("   QMGR QM1\n \t QNM Q9\n");
 }
 
-TEST_F(ParmFileTest, CommentBehindBlanksIsAKeyword_Kept) {
+TEST_F(ParmFileTest, CommentAfterBlanksIsAKeyword_Kept) {
     EXPECT_TRUE(FailsWith(InitFromFile("QMGR QM1\n  # note\n"), Unidentified("#")));
 }
 
-TEST_F(ParmFileTest, TokensBehindTheValueAreIgnored) {
+TEST_F(ParmFileTest, TokensAfterTheValueAreIgnored) {
     ExpectQueueQ9("QMGR QM1 -BOGUS\nQNM Q9 extra RWAIT 0\nMQEX more\n");
 }
 
-TEST_F(ParmFileTest, EmptyFileGivesNothing) {
+TEST_F(ParmFileTest, EmptyFileSetsNothing) {
     EXPECT_TRUE(
         FailsWith(InitFromFile(""),
                   ParametersError("MQA0127: <Queue Manager Name must be specified. Keyword: QMGR <name>>")));
@@ -93,7 +93,7 @@ TEST_F(ParmFileTest, DoesNotNest_Kept) {
     EXPECT_TRUE(FailsWith(InitFromFile("-PARMFILE other.txt\n"), Unidentified("PARMFILE")));
 }
 
-TEST_F(ParmFileTest, BothValuesOfTrclMustStandOnItsLine) {
+TEST_F(ParmFileTest, BothValuesOfTrclMustBeOnItsLine) {
     EXPECT_TRUE(FailsWith(InitFromFile("QMGR QM1\nTRCL 2\ntrace.txt\n"),
                           KeywordError("MQA0164: <option 2: argument missing>")));
 }
@@ -104,7 +104,7 @@ TEST_F(ParmFileTest, EndsAtItsFirstError) {
     EXPECT_EQ(capture.Finish(), "") << "no keyword behind the error is looked at";
 }
 
-TEST_F(ParmFileTest, WhatStandsBeforeTheErrorStaysStored) {
+TEST_F(ParmFileTest, ValuesBeforeTheErrorStayStored) {
     ASSERT_EQ(InitFromFile("MQEX\nBOGUS\n").returnCode, pmrcFailure);
     StartOver();
     ExpectedParameters parameters;
@@ -151,8 +151,8 @@ TEST_F(ParmFileTest, ThatIsMissingFailsWithTheSystemsReason) {
 }
 
 TEST_F(ParmFileTest, ThatIsADirectoryFails) {
-    std::filesystem::create_directory("folder");
-    const Outcome outcome = Init("-PARMFILE folder");
+    std::filesystem::create_directory("subdir");
+    const Outcome outcome = Init("-PARMFILE subdir");
     if (kPathDelimiter == '/') {  // can be opened, but not read
         EXPECT_TRUE(FailsWith(
             outcome, ParameterFileError("MQA0125: <Error occurred while reading the MQ Parameter file>")
@@ -160,11 +160,11 @@ TEST_F(ParmFileTest, ThatIsADirectoryFails) {
                          .Processing("Parameter", "parameter")));
     } else {
         EXPECT_TRUE(FailsWith(outcome, ParameterFileError("MQA0124: <Parameter file open failed. Reason '" +
-                                                          ReasonNotOpened("folder", "r") + "'>")));
+                                                          ReasonNotOpened("subdir", "r") + "'>")));
     }
 }
 
-TEST_F(ParmFileTest, ReadErrorFailsBehindTheLinesThatWereRead) {
+TEST_F(ParmFileTest, ReadErrorFailsAfterTheLinesThatWereRead) {
     FaultPlan faults(module);
     Fault fault{FileCall::Read, "parms.txt"};
     fault.nth = 3;
@@ -188,7 +188,7 @@ TEST_F(ParmFileTest, TokenWithoutMemoryFailsInit) {
     EXPECT_EQ(faults.log.back(), "close parms.txt");
 }
 
-TEST_F(ParmFileTest, IsOpenedForReadingAndClosedWhateverItHolds) {
+TEST_F(ParmFileTest, IsOpenedForReadingAndClosedWhateverItContains) {
     FaultPlan faults(module);
     ASSERT_TRUE(Succeeds(InitFromFile("QMGR QM1\nQNM Q1\n")));
     EXPECT_EQ(faults.log.front(), "open parms.txt r");
@@ -210,7 +210,7 @@ TEST_F(ParmFileTest, OpeningIsTracedAtTheRawLevelOfTheInitString_Kept) {
     EXPECT_THAT(trace.NewLines(), Contains(opening));
 }
 
-TEST_F(ParmFileTest, LongPathIsTracedAsFarAsAMessageGoes) {
+TEST_F(ParmFileTest, LongPathIsTracedUntilTheMessageIsFull) {
     LeaveTraceOpen();
     const std::string path(32766, 'p');
     ASSERT_EQ(Init("-TRCL 2 x.txt -PARMFILE " + path).returnCode, pmrcFailure);

@@ -1,4 +1,4 @@
-// The report of the parameters in effect: its lines, their order, and both forms of it.
+// The report of the parameters in effect: its lines, their order, and its two forms.
 #include "tests/params/params_fixture.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/host_log_double.h"
@@ -43,7 +43,7 @@ TEST_F(ReportTest, OfEveryOtherValueIsPrintedAtOpen) {
         parameters);
 }
 
-TEST_F(ReportTest, IsHandedToTheHostsLogInItsOwnForm) {
+TEST_F(ReportTest, IsPassedToTheHostsLogInItsOwnForm) {
     HostLogDouble log;
     ExpectedParameters parameters;
     parameters.convert = "MQ convert message data to CCSID: 37\n";
@@ -58,7 +58,7 @@ TEST_F(ReportTest, QueueManagerIsNotTraced_Kept) {
     EXPECT_THAT(TraceOfInit(""), Not(Contains(HasSubstr("Queue Manager Name"))));
 }
 
-TEST_F(ReportTest, HeadingBearsTheTimeOfTheLastBanner_Kept) {
+TEST_F(ReportTest, HeadingHasTheTimeOfTheLastBanner_Kept) {
     FakeClock clock(module);
     const std::string first = TimeOfDay(clock.now);
     ASSERT_EQ(Id().returnCode, pmrcOK);  // the first call shows the banner
@@ -67,7 +67,7 @@ TEST_F(ReportTest, HeadingBearsTheTimeOfTheLastBanner_Kept) {
     EXPECT_EQ(PrintedAtOpen(), ExpectedReport().AddBanner(first).AddParameters(first, {}).Console());
 }
 
-TEST_F(ReportTest, HeadingBearsTheTimeOfTheBannerThatStartsTheTrace) {
+TEST_F(ReportTest, HeadingHasTheTimeOfTheBannerThatStartsTheTrace) {
     FakeClock clock(module);
     const std::string first = TimeOfDay(clock.now);
     ASSERT_EQ(Id().returnCode, pmrcOK);

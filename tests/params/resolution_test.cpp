@@ -1,5 +1,5 @@
-// What Init makes of the keywords as a whole: required ones, those that need each other, the trace file, the
-// number of open attempts, the temporary checkpoint file's name and the record buffer.
+// What Init does once all keywords are read: it checks required keywords and those that need each other, opens
+// the trace file, and computes the number of attempts to open the queue.
 #include <filesystem>
 
 #include "tests/params/params_fixture.h"
@@ -34,7 +34,7 @@ TEST_F(ResolutionTest, QueueIsRequired) {
     EXPECT_TRUE(FailsWith(Init("-QMGR QM1"), noQueue_));
 }
 
-TEST_F(ResolutionTest, QueueManagerIsMissedFirst) {
+TEST_F(ResolutionTest, MissingQueueManagerIsReportedFirst) {
     EXPECT_TRUE(FailsWith(Init("-MQEX -CHNL C1"), noQueueManager_));
 }
 
@@ -51,7 +51,7 @@ TEST_F(ResolutionTest, ServerWithoutChannelFails) {
     EXPECT_TRUE(FailsWith(Init(Required("-SRVR HOST")), oneOfTwo_));
 }
 
-TEST_F(ResolutionTest, ChannelWithoutServerFailsBehindTheTraceIsOpenedAndBeforeTheReport) {
+TEST_F(ResolutionTest, ChannelWithoutServerFailsAfterTheTraceIsOpenedAndBeforeTheReport) {
     EXPECT_TRUE(FailsWith(Init(Required("-TRCL 2 trace.txt -CHNL C1")), oneOfTwo_));
     std::vector<std::string> lines = trace.Lines();
     ASSERT_GE(lines.size(), 6U);
@@ -81,7 +81,7 @@ TEST_F(ResolutionTest, NeitherChannelNorServerIsTracedAndConnectsWithoutAChannel
     EXPECT_FALSE(mq.Calls(Verb::Connx).front().hasChannel);
 }
 
-TEST_F(ResolutionTest, ChannelAndServerTogetherAreTracedBehindTheReportAlone) {
+TEST_F(ResolutionTest, ChannelAndServerTogetherAreTracedOnlyAfterTheReport) {
     const std::vector<std::string> lines = TraceOfInit("-SRVR host(1414) -CHNL CH.ONE");
     std::vector<std::string> expected = {"ParseParms(info): Trace Level: 2"};
     for (const std::string& line : ExpectedParameters().TraceLines())
@@ -98,7 +98,7 @@ TEST_F(ResolutionTest, Level0WithAPathOpensNoTraceFileAndStillReports) {
     EXPECT_THAT(PrintedAtOpen(), HasSubstr("MQA19087 MQAM Parameters in effect:\n"));
 }
 
-TEST_F(ResolutionTest, TraceLevelIsTracedBareBeforeTheFileIsOpenedAndRaisedBehind_Kept) {
+TEST_F(ResolutionTest, TraceLevelIsTracedUnchangedBeforeTheFileIsOpenedAndRaisedAfterwards_Kept) {
     LeaveTraceOpen();
     ASSERT_TRUE(Succeeds(Init("-TRCL 2 trace.txt")));
     const std::vector<std::string> lines = trace.NewLines();
@@ -125,10 +125,10 @@ TEST_F(ResolutionTest, TraceFileThatCannotBeOpenedFailsWithPathAndReason) {
 }
 
 TEST_F(ResolutionTest, TraceFileThatIsADirectoryFails) {
-    std::filesystem::create_directory("folder");
-    EXPECT_TRUE(FailsWith(Init(Required("-TRCL 1 folder")),
-                          ParametersError("MQA0132: <Trace file open failed ('folder'). Reason '" +
-                                          ReasonNotOpened("folder", "a") + "'>")));
+    std::filesystem::create_directory("subdir");
+    EXPECT_TRUE(FailsWith(Init(Required("-TRCL 1 subdir")),
+                          ParametersError("MQA0132: <Trace file open failed ('subdir'). Reason '" +
+                                          ReasonNotOpened("subdir", "a") + "'>")));
 }
 
 TEST_F(ResolutionTest, TraceFileOfTheLongestPathFailsWithTheMessageCut) {

@@ -1,4 +1,4 @@
-// What of the settings the next Init of the same loaded module starts with, and what it forgets.
+// Which settings the next Init of the same loaded module keeps, and which it resets.
 #include "tests/params/params_fixture.h"
 
 using testing::ElementsAreArray;
@@ -13,7 +13,7 @@ class SettingsSurvivalTest : public ParamsFixture {
     }
 };
 
-TEST_F(SettingsSurvivalTest, WhatHasADefaultIsResetByInit) {
+TEST_F(SettingsSurvivalTest, SettingsWithADefaultAreResetByInit) {
     InitOnce(
         "-TLF no -TDM no -BKSZ 10 -RWAIT -1 -OWAIT 2 -OTENACITY 20 -FLUSH yes -CONVERT 819 -LOG log.dat "
         "-CKFILE ck.dat");
@@ -51,7 +51,7 @@ TEST_F(SettingsSurvivalTest, NamesAreNotReset_Kept) {
     EXPECT_STREQ(mq.Calls(Verb::Open).front().objectDescriptor.ObjectName, "OLDQ");
 }
 
-TEST_F(SettingsSurvivalTest, ShorterNameReplacesALongerOneWhole) {
+TEST_F(SettingsSurvivalTest, ShorterNameReplacesALongerOneCompletely) {
     InitOnce("-QMGR " + std::string(48, 'M') + " -QNM " + std::string(48, 'Q'));
     InitAndOpen();
     EXPECT_EQ(mq.Calls(Verb::Connx).front().queueManager, "QM1" + std::string(45, '\0'));

@@ -1,4 +1,4 @@
-// The name of the temporary checkpoint file and the buffer of the last record, both made with CKFILE alone.
+// The name of the temporary checkpoint file and the buffer of the last record. Both exist only with CKFILE.
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"
 
@@ -13,7 +13,7 @@ class TemporaryFileTest : public ParamsFixture {
   protected:
     std::string number_ = std::to_string(ProcessId());
 
-    /// The trace behind the report and the channel of an Init with this checkpoint file.
+    /// Runs Init with this checkpoint file and returns the trace that follows the report and the channel.
     std::vector<std::string> TraceOfPath(const std::string& path) {
         std::vector<std::string> lines = TraceOfInit("-CKFILE " + path);
         if (lines.size() < 2) return {};
@@ -23,8 +23,8 @@ class TemporaryFileTest : public ParamsFixture {
         return "ParseParms(info): i=" + std::to_string(position) + ", PATH_DELIMITER='" + kPathDelimiter +
                "'";
     }
-    std::string Named(const std::string& folder) {
-        return "ParseParms(info): Temporary checkpoint file: '" + folder + "MQAMtmp." + number_ + "'";
+    std::string Named(const std::string& path) {
+        return "ParseParms(info): Temporary checkpoint file: '" + path + "MQAMtmp." + number_ + "'";
     }
     static std::string Path(std::string path) {
         for (char& c : path) {
@@ -34,25 +34,25 @@ class TemporaryFileTest : public ParamsFixture {
     }
 };
 
-TEST_F(TemporaryFileTest, StandsBesideTheCheckpointFile) {
+TEST_F(TemporaryFileTest, IsInTheDirectoryOfTheCheckpointFile) {
     EXPECT_THAT(TraceOfPath(Path("work|load.dat")), ElementsAre(Cutting(5), Named(Path("work|"))));
 }
 
-TEST_F(TemporaryFileTest, StandsInTheCurrentFolderForABareName) {
+TEST_F(TemporaryFileTest, IsInTheCurrentDirectoryForABareName) {
     EXPECT_THAT(TraceOfPath("load.dat"), ElementsAre(Cutting(0), Named("")));
 }
 
-TEST_F(TemporaryFileTest, IsCutBehindTheLastDelimiter) {
+TEST_F(TemporaryFileTest, IsCutAfterTheLastDelimiter) {
     EXPECT_THAT(TraceOfPath(Path("|a|b.c||load.dat")), ElementsAre(Cutting(8), Named(Path("|a|b.c||"))));
 }
 
-TEST_F(TemporaryFileTest, ConsidersThePlatformsOwnDelimiterAlone_Kept) {
+TEST_F(TemporaryFileTest, ConsidersOnlyThePlatformsOwnDelimiter_Kept) {
     const std::string other(1, kPathDelimiter == '/' ? '\\' : '/');
     EXPECT_THAT(TraceOfPath("D:" + other + "work" + other + "load.dat"), ElementsAre(Cutting(0), Named("")));
 }
 
-TEST_F(TemporaryFileTest, OfAPathThatIsAFolderStandsInIt) {
-    EXPECT_THAT(TraceOfPath(Path("folder|")), ElementsAre(Cutting(7), Named(Path("folder|"))));
+TEST_F(TemporaryFileTest, OfAPathThatIsADirectoryIsInIt) {
+    EXPECT_THAT(TraceOfPath(Path("subdir|")), ElementsAre(Cutting(7), Named(Path("subdir|"))));
 }
 
 TEST_F(TemporaryFileTest, HasNoNameAndNoBufferWithoutCkfile) {
@@ -66,28 +66,28 @@ TEST_F(TemporaryFileTest, HasNoNameAndNoBufferWithoutCkfile) {
     EXPECT_EQ(faults.Struck(), 0);
 }
 
-TEST_F(TemporaryFileTest, NameOf32766CharactersIsTaken) {
-    const std::size_t folder = 32766 - 8 - number_.size();
-    const std::string path = Path(std::string(folder - 1, 'd') + "|");
+TEST_F(TemporaryFileTest, NameOf32766CharactersIsAccepted) {
+    const std::size_t directoryLength = 32766 - 8 - number_.size();
+    const std::string path = Path(std::string(directoryLength - 1, 'd') + "|");
     const std::vector<std::string> lines = TraceOfPath(path + "k");
-    EXPECT_THAT(lines, ElementsAre(Cutting(folder),
+    EXPECT_THAT(lines, ElementsAre(Cutting(directoryLength),
                                    "ParseParms(info): " + Cut("Temporary checkpoint file: '" + path)));
 }
 
-TEST_F(TemporaryFileTest, NameOf32767CharactersFailsBehindTheReport) {
-    const std::size_t folder = 32767 - 8 - number_.size();
-    const std::string path = Path(std::string(folder - 1, 'd') + "|");
+TEST_F(TemporaryFileTest, NameOf32767CharactersFailsAfterTheReport) {
+    const std::size_t directoryLength = 32767 - 8 - number_.size();
+    const std::string path = Path(std::string(directoryLength - 1, 'd') + "|");
     const ExpectedError error =
         ParametersError("MQA0135: <Length of temporary checkpoint file (32767) exceeds maximum of 32766>");
     EXPECT_TRUE(FailsWith(Init(Required("-TRCL 1 trace.txt -CKFILE " + path + "k")), error));
     const std::vector<std::string> lines = trace.Lines();
-    EXPECT_THAT(lines, Contains(Cutting(folder)));
+    EXPECT_THAT(lines, Contains(Cutting(directoryLength)));
     EXPECT_THAT(lines, Contains(error.TraceLines().front()));
     EXPECT_THAT(lines, Not(Contains(HasSubstr("Temporary checkpoint file: "))));
     EXPECT_THAT(PrintedAtOpen(), HasSubstr("     .        MQ read wait interval: 15\n"));
 }
 
-TEST_F(TemporaryFileTest, LongestNameThatFailsIsToldByItsLength) {
+TEST_F(TemporaryFileTest, LongestNameThatFailsIsReportedByItsLength) {
     const std::string path = Path(std::string(32765, 'd') + "|");
     const std::string length = std::to_string(32766 + 8 + number_.size());
     EXPECT_TRUE(FailsWith(Init(Required("-CKFILE " + path)),

@@ -1,4 +1,4 @@
-// Keywords with a name or a path: the longest that is taken, and what the module does with it.
+// Keywords with a name or a path: the longest that is accepted, and its effect.
 #include "tests/params/params_fixture.h"
 
 using testing::Contains;
@@ -14,7 +14,7 @@ class TextTest : public ParamsFixture {
         static_cast<void>(Open());
         return mq.Calls(Verb::Connx).back();
     }
-    /// Fields of this size are not terminated when the name fills them.
+    /// Returns a field of MQ as text. It has no terminator when the name fills it.
     template <std::size_t size>
     static std::string Field(const MQCHAR (&field)[size]) {
         return {field, size};
@@ -24,7 +24,7 @@ class TextTest : public ParamsFixture {
     }
 };
 
-TEST_F(TextTest, QueueManagerOf48CharactersIsTaken) {
+TEST_F(TextTest, QueueManagerOf48CharactersIsAccepted) {
     const std::string name(48, 'M');
     ExpectedParameters parameters;
     parameters.queueManager = "Queue Manager Name: '" + name + "'";
@@ -42,7 +42,7 @@ TEST_F(TextTest, QueueManagerOf49CharactersIsRejectedAndNotGiven) {
                   ParametersError("MQA0127: <Queue Manager Name must be specified. Keyword: QMGR <name>>")));
 }
 
-TEST_F(TextTest, QueueOf48CharactersIsTaken) {
+TEST_F(TextTest, QueueOf48CharactersIsAccepted) {
     const std::string name(48, 'q');
     ASSERT_TRUE(Succeeds(Init("-QMGR QM1 -QNM " + name)));
     ASSERT_TRUE(Succeeds(Open()));
@@ -58,7 +58,7 @@ TEST_F(TextTest, QueueOf49CharactersIsRejectedAndNotGiven) {
                           ParametersError("MQA0128: <Queue Name must be specified. Keyword: QNM <name>>")));
 }
 
-TEST_F(TextTest, ServerAndChannelThatFillTheirFieldsAreTakenWithoutATerminator) {
+TEST_F(TextTest, ServerAndChannelThatFillTheirFieldsAreStoredWithoutATerminator) {
     const std::string server(264, 's');
     const std::string channel(20, 'c');
     const std::vector<std::string> lines = TraceOfInit("-SRVR " + server + " -CHNL " + channel);
@@ -70,7 +70,7 @@ TEST_F(TextTest, ServerAndChannelThatFillTheirFieldsAreTakenWithoutATerminator) 
     EXPECT_EQ(Field(connect.channel.ChannelName), channel);
 }
 
-TEST_F(TextTest, ServerAndChannelFieldsAreZeroFilledBehindAShorterName) {
+TEST_F(TextTest, ServerAndChannelFieldsAreZeroFilledAfterAShorterName) {
     ASSERT_TRUE(Succeeds(Init(Required("-SRVR " + std::string(264, 's') + " -CHNL " + std::string(20, 'c') +
                                        " -SRVR host(1414) -CHNL C1"))));
     const MqCall connect = Connect();
@@ -99,7 +99,7 @@ TEST_F(TextTest, RejectedServerAndChannelAreNotGiven) {
     EXPECT_TRUE(Succeeds(Init(kRequired)));
 }
 
-TEST_F(TextTest, LogOfTheLongestPathIsTaken) {
+TEST_F(TextTest, LogOfTheLongestPathIsAccepted) {
     const std::string path(kLongestPath, 'l');
     ExpectedParameters parameters;
     parameters.logging = {Cut("Logging pathname: '" + path), "Terminate on Log failure: yes"};
@@ -112,7 +112,7 @@ TEST_F(TextTest, LogOfALongerPathIsRejected) {
         FailsWith(Init(Required("-LOG " + path)), KeywordError(Cut("MQA0110: <Log (LOG) pathname " + path))));
 }
 
-TEST_F(TextTest, CheckpointOfTheLongestPathIsTaken) {
+TEST_F(TextTest, CheckpointOfTheLongestPathIsAccepted) {
     const std::string path(kLongestPath, 'k');
     ExpectedParameters parameters;
     parameters.checkpoint = Cut("Checkpoint: File-based to pathname " + path);

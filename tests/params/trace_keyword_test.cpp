@@ -1,5 +1,5 @@
-// TRCL: two values, of which the second is a path whatever it looks like, and errors that do not stop at
-// once.
+// TRCL has two values. The second is a path whatever it looks like, and an error in the first does not end the
+// check at once.
 #include "tests/params/params_fixture.h"
 
 using testing::Contains;
@@ -18,7 +18,7 @@ ExpectedError ArgumentMissing(const std::string& token) {
     return KeywordError("MQA0164: <option " + token + ": argument missing>");
 }
 
-TEST_F(TraceKeywordTest, TakesLevels0To4) {
+TEST_F(TraceKeywordTest, AcceptsLevels0To4) {
     for (const char* level : {"0", "1", "2", "3", "4", "4x"}) {
         EXPECT_TRUE(Succeeds(Init(Required(std::string("-TRCL ") + level + " trace.txt"))));
         StartOver();
@@ -62,7 +62,7 @@ TEST_F(TraceKeywordTest, BadLevelWithoutAPathReportsBothAndKeepsTheLast) {
     EXPECT_THAT(trace.NewLines(), ElementsAreArray(expected)) << "the rejected level is in force";
 }
 
-TEST_F(TraceKeywordTest, BadLevelEndsTheKeywordsBehindItsPath) {
+TEST_F(TraceKeywordTest, BadLevelEndsTheKeywordsAfterItsPath) {
     LeaveTraceOpen();
     EXPECT_TRUE(FailsWith(Init("-TRCL 5 other.txt -MQEX"), OutOfRange("5")));
     EXPECT_THAT(trace.NewLines(), Not(Contains("CheckParm(info): Keyword: MQEX")));
@@ -82,7 +82,7 @@ TEST_F(TraceKeywordTest, TakesAKeywordAsItsPath_Kept) {
     EXPECT_THAT(TraceReader("-MQEX").Lines(), Contains("ParseParms(info): Queue open: NON-EXCLUSIVE."));
 }
 
-TEST_F(TraceKeywordTest, ThatSwallowsAKeywordLeavesItsValueUnidentified_Kept) {
+TEST_F(TraceKeywordTest, ThatTakesAKeywordAsItsPathLeavesItsValueUnidentified_Kept) {
     EXPECT_TRUE(FailsWith(Init("-TRCL 2 -QMGR QM1 -QNM Q1"),
                           KeywordError("MQA0100: <Error: unidentified keyword: 'QM1'>")));
 }
@@ -93,7 +93,7 @@ TEST_F(TraceKeywordTest, GivenTwiceUsesTheLastPath) {
     EXPECT_THAT(TraceReader("second.txt").Lines(), Contains("ParseParms(info): Trace Level: 3"));
 }
 
-TEST_F(TraceKeywordTest, TakesAPathOf32766Characters) {
+TEST_F(TraceKeywordTest, AcceptsAPathOf32766Characters) {
     EXPECT_TRUE(Succeeds(Init(Required("-TRCL 0 " + std::string(32766, 't')))));
 }
 

@@ -1,4 +1,4 @@
-// Keywords with a word: Yes, No, and for CONVERT and FLUSH more than those.
+// Keywords with a word: Yes and No; CONVERT and FLUSH accept more than these two.
 #include <algorithm>
 
 #include "tests/params/params_fixture.h"
@@ -15,7 +15,7 @@ class WordTest : public ParamsFixture {
     }
 };
 
-TEST_F(WordTest, TlfTakesYesAndNoInAnyCase) {
+TEST_F(WordTest, TlfAcceptsYesAndNoInAnyCase) {
     ExpectedParameters parameters;
     for (const char* yes : {"YES", "yes", "Yes", "yEs"}) {
         parameters.logging = {"Logging pathname: 'log.dat'", "Terminate on Log failure: yes"};
@@ -27,28 +27,28 @@ TEST_F(WordTest, TlfTakesYesAndNoInAnyCase) {
     }
 }
 
-TEST_F(WordTest, TdmTakesYesAndNoInAnyCase) {
+TEST_F(WordTest, TdmAcceptsYesAndNoInAnyCase) {
     ExpectedParameters parameters;
     ExpectReport("-TDM no -TDM yes", parameters);
     parameters.duplicates = "Terminate on duplicate message: no";
     ExpectReport("-TDM nO", parameters);
 }
 
-TEST_F(WordTest, FlushTakesYesAndNoInAnyCase) {
+TEST_F(WordTest, FlushAcceptsYesAndNoInAnyCase) {
     ExpectedParameters parameters;
     ExpectReport("-FLUSH yes -FLUSH no", parameters);
     parameters.mediaFlush = "Media flush: Yes";
     ExpectReport("-FLUSH yEs", parameters);
 }
 
-TEST_F(WordTest, FlushTIsAcceptedAndLeavesFlushAsItIs_Kept) {
+TEST_F(WordTest, FlushTIsAcceptedAndLeavesFlushUnchanged_Kept) {
     ExpectedParameters parameters;
     ExpectReport("-FLUSH t", parameters);
     parameters.mediaFlush = "Media flush: Yes";
     ExpectReport("-FLUSH yes -FLUSH T", parameters);
 }
 
-TEST_F(WordTest, ConvertTakesAWordOrANumber) {
+TEST_F(WordTest, ConvertAcceptsAWordOrANumber) {
     ExpectedParameters parameters;
     ExpectReport("-CONVERT yes -CONVERT no", parameters);
     parameters.convert = "MQ convert message data: yes";
@@ -67,13 +67,13 @@ TEST_F(WordTest, ConvertReportsANumberWithALineEndOfItsOwn_Kept) {
     EXPECT_EQ(*(line + 1), "");
 }
 
-TEST_F(WordTest, ConvertTakesANegativeNumberAsItIs_Kept) {
+TEST_F(WordTest, ConvertStoresANegativeNumberUnchanged_Kept) {
     ExpectedParameters parameters;
     parameters.convert = "MQ convert message data to CCSID: -1\n";
     ExpectReport("-CONVERT -1", parameters);
 }
 
-TEST_F(WordTest, ConvertOfANumberBeyond32BitsTakesTheLimit) {
+TEST_F(WordTest, ConvertOfANumberBeyond32BitsStoresTheLimit) {
     ExpectedParameters parameters;
     parameters.convert = "MQ convert message data to CCSID: 2147483647\n";
     ExpectReport("-CONVERT 4294967296", parameters);
@@ -120,7 +120,7 @@ const Rejected kRejected[] = {
 
 INSTANTIATE_TEST_SUITE_P(Row, RejectedWordTest, testing::ValuesIn(kRejected), RejectedName);
 
-TEST_F(WordTest, LongerThanAnyMessageIsQuotedAsFarAsTheMessageGoes) {
+TEST_F(WordTest, LongerThanAnyMessageIsQuotedUntilTheMessageIsFull) {
     EXPECT_TRUE(FailsWith(Init(Required("-TLF " + std::string(5000, 'y'))),
                           KeywordError(Cut("MQA0112: <Invalid Terminate on Log failure (TLF) parameter '" +
                                            std::string(5000, 'Y')))));
