@@ -22,16 +22,16 @@ namespace {
 
 constexpr int kNone = -1;
 
-// Which arguments make a call one of its row.
+// The arguments that make a call one of its row.
 enum class Match { kAnyBit, kNoBit, kEqual };
 
 struct CallRow {
     int number;
     const char* name;
-    int descriptor;  // index of the argument: of the file itself, or of the folder that the path begins at
-    int path;        // index of the argument, or kNone: the descriptor is the file
+    int descriptor;  // index of the argument: the file, or the directory at which the path begins
+    int path;        // index of the argument, or kNone if the descriptor is the file
     int length;      // index of the argument, or kNone
-    int flags;       // index of the argument that must match, or kNone: every call is of the row
+    int flags;       // index of the argument that must match, or kNone if every call is of the row
     std::uint32_t bits = 0;
     Match match = Match::kAnyBit;
 };
@@ -73,7 +73,7 @@ constexpr CallRow kCalls[] = {
     {SYS_mmap, "mmap", 4, kNone, kNone, 3, MAP_SHARED},
 };
 
-// Calls that change no file, and whose failure a load can notice.
+// Calls that change no file, but whose failure a load can notice.
 constexpr CallRow kLooks[] = {
     {SYS_read, "read", 0, kNone, kNone, kNone},
     {SYS_pread64, "pread64", 0, kNone, kNone, kNone},
@@ -101,7 +101,7 @@ constexpr CallRow kLooks[] = {
     {SYS_fcntl, "fcntl F_OFD_SETLK", 0, kNone, kNone, 1, F_OFD_SETLK, Match::kEqual},
 };
 
-// Other calls that change no file: what they do is over with the process.
+// Other calls that change no file. Their effect ends with the process.
 constexpr int kHarmlessCalls[] = {
     SYS_statfs,
     SYS_fstatfs,
@@ -187,7 +187,7 @@ std::uint32_t ArgumentOffset(int index) {
                                       static_cast<std::size_t>(index) * sizeof(std::uint64_t));
 }
 
-// Lets the filter stop at the calls of the row.
+// Makes the filter stop at the calls of the row.
 void AppendRow(std::vector<sock_filter>& program, const CallRow& row) {
     const auto number = static_cast<std::uint32_t>(row.number);
     if (row.flags == kNone) {
@@ -204,13 +204,13 @@ void AppendRow(std::vector<sock_filter>& program, const CallRow& row) {
     program.push_back(Statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)));
 }
 
-// Lets the filter pass over the call.
+// Makes the filter ignore the call.
 void AppendHarmless(std::vector<sock_filter>& program, int call) {
     program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1));
     program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
 }
 
-// The same question as the filter's, of a call at which it stopped.
+// Asks the filter's question again, for a call at which it stopped.
 bool IsOfRow(const CallRow& row, std::uint64_t number, const std::uint64_t* arguments) {
     if (static_cast<std::uint64_t>(row.number) != number) return false;
     if (row.flags == kNone) return true;
@@ -230,7 +230,7 @@ const CallRow* FindRow(const CallRow (&rows)[Count], std::uint64_t number, const
     return row == rows + Count ? nullptr : row;
 }
 
-// A link in /proc, or an empty string.
+// Reads a link in /proc; empty if that fails.
 std::string ReadLink(pid_t thread, const std::string& name) {
     char target[PATH_MAX];
     const std::string link = "/proc/" + std::to_string(thread) + "/" + name;
@@ -242,7 +242,7 @@ bool ReadText(pid_t thread, std::uint64_t address, std::string& text) {
     constexpr std::size_t kPage = 4096;
     text.clear();
     while (text.size() < PATH_MAX) {
-        // Up to the end of a page: the next may not be there.
+        // Reads only to the end of a page, because the next page may not exist.
         char bytes[kPage];
         const std::size_t wanted = kPage - (address + text.size()) % kPage;
         iovec here = {bytes, wanted};
@@ -272,7 +272,7 @@ bool StopAtStateCalls(bool alsoLooks) {
         for (const CallRow& row : kLooks)
             AppendRow(program, row);
     }
-    // With other arguments a call of a row changes nothing.
+    // With other arguments, a call of the row changes nothing.
     for (const CallRow& row : kCalls) {
         if (row.flags != kNone) AppendHarmless(program, row.number);
     }
@@ -305,7 +305,7 @@ bool ReadStateCall(pid_t thread, StateCall& call) {
     }
     call.name = row->name;
     call.length = row->length == kNone ? 0 : seccomp.args[row->length];
-    // A descriptor that cannot be closed is closed all the same.
+    // A descriptor is closed even if close fails.
     call.failsWhenDone = row->number == SYS_close;
     const int descriptor =
         row->descriptor == kNone ? AT_FDCWD : static_cast<int>(seccomp.args[row->descriptor]);
@@ -335,7 +335,7 @@ bool FailDoneCall(pid_t thread, int error) {
 bool FailCall(pid_t thread, int error) {
     user_regs_struct registers = {};
     if (ptrace(PTRACE_GETREGS, thread, nullptr, &registers) != 0) return false;
-    // No call has this number: the kernel leaves it out and the result as it stands.
+    // No call has this number, so the kernel makes no call and leaves the result as it is.
     registers.orig_rax = static_cast<unsigned long long>(-1);
     registers.rax = static_cast<unsigned long long>(-static_cast<long long>(error));
     return ptrace(PTRACE_SETREGS, thread, nullptr, &registers) == 0;

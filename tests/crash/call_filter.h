@@ -1,6 +1,6 @@
-// The system calls that change what is on disk: the filter that stops a traced process at them, and which
-// file each concerns. Every other call must be known to change nothing: the filter stops at one that is not,
-// too. Of those that change nothing there are some that look at a file, at which it stops on request.
+// The system calls that change what is on disk: the filter that stops a traced process at them, and the file
+// that each concerns. Every other call must be known to change nothing, so the filter also stops at calls
+// that it does not know. On request it stops at calls that change nothing but look at a file.
 #pragma once
 
 #include <sys/types.h>
@@ -8,30 +8,30 @@
 #include <cstdint>
 #include <string>
 
-/// Lets the kernel stop this process, its threads and every process it starts at the calls that change state,
-/// and at those that nobody has looked at, for a tracer. Called in the traced process itself, before exec.
-///   alsoLooks   in   also at the calls that read a file, look at it, lock or close it
+/// Makes the kernel stop this process, its threads and every process it starts, for a tracer, at the calls
+/// that change state and at those that are not known. To be called in the traced process itself, before exec.
+///   alsoLooks   in   also stop at the calls that read, examine, lock or close a file
 /// Returns false with errno.
 [[nodiscard]] bool StopAtStateCalls(bool alsoLooks);
 
 struct StateCall {
-    std::string name;     ///< of a call that is not known: its number
-    bool isKnown = true;  ///< to stop where it changes a file; a mapped file changes where nobody can stop
-    bool looks = false;   ///< changes nothing
-    bool failsWhenDone = false;  ///< fails only behind what it does
-    std::string path;  ///< absolute: of the file written, the name made, removed or moved, or looked at
-    std::uint64_t length = 0;  ///< bytes to be written; 0 when the call writes none
+    std::string name;            ///< the number of a call that is not known
+    bool isKnown = true;         ///< false if it lets a file change without a call, as a mapping does
+    bool looks = false;          ///< changes nothing
+    bool failsWhenDone = false;  ///< fails only after it has taken effect
+    std::string path;            ///< absolute path of what is written, created, removed, moved or looked at
+    std::uint64_t length = 0;    ///< bytes to be written; 0 when the call writes none
 };
 
-/// Describes the call at whose entry the traced thread stands. Returns false when it cannot be read.
+/// Describes the call that the traced thread is about to make. Returns false if it cannot be read.
 [[nodiscard]] bool ReadStateCall(pid_t thread, StateCall& call);
 
-/// Makes the thread, at the entry of a write, write fewer bytes. Returns false when that cannot be done.
+/// Reduces the number of bytes that a thread is about to write. Returns false if that is impossible.
 [[nodiscard]] bool CutWrite(pid_t thread, std::uint64_t length);
 
-/// Makes the call at whose entry the thread stands fail with `error`, undone. Returns false when that cannot
-/// be done.
+/// Makes the call that the thread is about to make fail with `error` without taking effect. Returns false if
+/// that is impossible.
 [[nodiscard]] bool FailCall(pid_t thread, int error);
 
-/// Makes the call at whose end the thread stands return `error`. Returns false when that cannot be done.
+/// Makes the call that the thread has just made return `error`. Returns false if that is impossible.
 [[nodiscard]] bool FailDoneCall(pid_t thread, int error);

@@ -14,10 +14,10 @@ bool Tells(const std::string& told, const std::string& words) {
     return told.find(words) != std::string::npos;
 }
 
-// The system's words, or those that SQLite has for the same: of a file that cannot be opened it says so, or
-// opens it for reading alone, and a lock that one process of the load could not give back keeps out the
-// other. The module has no reason for a place in its file that it could not ask for, and none for a file of
-// which no byte came: the advice says what it may be.
+// The system's reason, or what SQLite reports instead: that a file cannot be opened, or that it is read-only
+// because SQLite could open it only for reading, or that it is locked because one process of the load could
+// not release a lock. The module has no reason if it could not determine its position in a file, or if a read
+// returned nothing; then the advice names possible causes.
 bool TellsReason(const std::string& told) {
     const std::array<std::string, 9> reasons = {
         std::strerror(EIO),
@@ -39,7 +39,7 @@ std::string JudgeComplaint(const std::string& told, const std::string& folder, i
     if (exitCode != kTargetFailed && exitCode != kRunAgain) {
         return "it ended with " + std::to_string(exitCode);
     }
-    // The module tells the kind of its file and not its name.
+    // The module reports the kind of its file and not its name.
     const std::string failure = told.substr(0, told.find("\n  safe      "));
     if (!Tells(failure, folder + "/") && !Tells(failure, "\n  file      ") &&
         !Tells(failure, "\n  message   empty checkpoint file\n")) {

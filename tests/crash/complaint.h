@@ -1,10 +1,10 @@
-// What a command owes its operator when a call on one of its load's files failed and it gave up.
+// What a command must report to its operator when a call on one of its load's files failed and it gave up.
 #pragma once
 
 #include <string>
 
-/// Returns an empty string when the exit code is that of a failed target or of a failed module, and when it
-/// is told which file failed, why, what is safe and what to do next; or what is wrong.
-///   told     in   all that the command printed
-///   folder   in   of the load's files
+/// Returns an empty string if the exit code is that of a failed target or of a failed module, and the output
+/// names the file that failed, the reason, what is safe and what to do next. Otherwise returns what is wrong.
+///   told     in   everything that the command printed
+///   folder   in   the directory of the load's files
 [[nodiscard]] std::string JudgeComplaint(const std::string& told, const std::string& folder, int exitCode);

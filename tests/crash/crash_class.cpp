@@ -11,14 +11,14 @@ constexpr Victim kWorker = Victim::kWorker;
 
 const Series kOwnCalls = {"own-before", "own-after", "own-cut-to-3", "own-cut-to-half", "own-cut-by-1"};
 const Series kStoreCalls = {"store-before", "store-after"};
-// What the second death of a pair meets is a matter of the state that the first one left: before each call
-// there is one for each, the cut writes add theirs.
+// The second kill of a pair meets the state that the first one left. There is one such state before each
+// call, and the cut writes add more.
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
-// Nobody is killed: a call fails once, or all calls on one file from then on.
+// Nothing is killed: a call fails once, or all later calls on the same file fail.
 const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
-// The same of the calls that only look, for want of space none fails; and of a file that is lost altogether.
+// The same for calls that only look, which cannot run out of space; and for a file that is lost completely.
 const Series kFailedLooks = {"look-eio", "look-eio-on", "look-eio-all"};
-// The second life of a load that nothing disturbs finds the queue empty. MQINQ is no call of the module.
+// In an undisturbed load, the second attempt finds the queue empty. The module does not call MQINQ.
 const Series kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
     "life1-MQGET-before",   "life1-MQGET-after",   "life1-MQCMIT-before",  "life1-MQCMIT-after",
@@ -27,13 +27,13 @@ const Series kMqiCalls = {
     "life2-MQGET-before",   "life2-MQGET-after",   "life2-MQCLOSE-before", "life2-MQCLOSE-after",
     "life2-MQDISC-before",  "life2-MQDISC-after",
 };
-// A message that is saved and not committed ends the first life of the restart; the second one reads the
+// A message that is saved and not committed ends the first attempt of the restart. The second one reads the
 // rest.
 const Series kMqiPairs = {"life1-MQCMIT-before+life1-MQGET-after", "life1-MQCMIT-before+life2-MQCMIT-before",
                           "life1-MQCMIT-after+life1-MQCMIT-before", "life1-MQCMIT-before+own-before",
                           "own-before+life1-MQCMIT-before"};
 
-// A message that cannot be saved is backed out: no other load calls MQBACK.
+// A message that cannot be saved is backed out. No other load calls MQBACK.
 const Series kFullDisk = {"own-before",   "own-after",           "own-cut-to-3",      "own-cut-to-half",
                           "own-cut-by-1", "life1-MQBACK-before", "life1-MQBACK-after"};
 

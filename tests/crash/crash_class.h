@@ -17,12 +17,12 @@ struct CrashClass {
     int messages;
     int checkpointEvery;
     Victim victim;
-    const char* prelude;  ///< a point; the load dies there before the points of the class begin; or ""
+    const char* prelude;  ///< a point at which the load is killed before those of the class; or ""
     int preludeCheckpointEvery;
-    std::vector<const char*> series;  ///< points without the last number: each is counted up to its end
-    int smokePoints;                  ///< of each series, in the short run
-    int fileKibibytesMax = 0;  ///< the load that dies can make no file longer and fails at the end; 0: it can
-    const char* touches = "";  ///< part of the name of a file at whose calls points must come
+    std::vector<const char*> series;  ///< points without their last number, which is counted up to the end
+    int smokePoints;                  ///< points of each series in the short run
+    int fileKibibytesMax = 0;         ///< limit of a file's size in the killed load; 0 = none
+    const char* touches = "";         ///< part of the name of a file; some points must be at its calls
 };
 
 [[nodiscard]] const std::vector<CrashClass>& CrashClasses();

@@ -10,7 +10,7 @@ struct MomentName {
     DeathMoment moment;
     const char* name;
 };
-// A name in front of one that it begins with.
+// A name must be tried before a shorter name with which it begins.
 constexpr MomentName kMomentNames[] = {
     {DeathMoment::kBefore, "before"},       {DeathMoment::kAfter, "after"},
     {DeathMoment::kCutToThree, "cut-to-3"}, {DeathMoment::kCutToHalf, "cut-to-half"},

@@ -1,5 +1,5 @@
-// One load on trial, in a folder of its own: its queue and messages, its command line, and what must be there
-// when it is done.
+// One load that is tried in a directory of its own: its queue and messages, its command line, and what must
+// be there when it is done.
 #pragma once
 
 #include <string>
@@ -17,14 +17,16 @@ struct Programs {
 
 /// The load's command.
 ///   checkpointEvery   in   records
-///   goesOn            in   starts again by itself after a worker's death
+///   goesOn            in   retries by itself after its worker was killed
 [[nodiscard]] ProgramOrder ComposeLoad(const CrashClass& crashClass, const std::string& folder,
                                        const Programs& programs, int checkpointEvery, bool goesOn);
 
-/// Looks at the target of a load that said it is done, and at its queue. Returns an empty string when every
-/// message is in the target once, in order, byte for byte, and the queue is empty; or else what is wrong.
+/// Checks the target and the queue of a load that reported to be done. Returns an empty string if every
+/// message is in the target exactly once, in order, byte for byte, and the queue is empty; otherwise what is
+/// wrong.
 [[nodiscard]] std::string CheckTarget(const CrashClass& crashClass, const std::string& folder);
 
-/// Looks at what a load that said it is done left. Returns an empty string when every message is in the
-/// target once, in order, byte for byte, the queue is empty and nothing else is left; or else what is wrong.
+/// Checks everything that a load that reported to be done left. Returns an empty string if every message is
+/// in the target exactly once, in order, byte for byte, the queue is empty and no other file is left;
+/// otherwise what is wrong.
 [[nodiscard]] std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder);

@@ -1,5 +1,5 @@
-// crash_points: kills loads at every point where a death could matter, runs the same command again, and
-// checks that every message is in the target once. scripts/crash runs it.
+// crash_points: kills loads at every point where a crash could matter, runs the same command again, and
+// checks that every message is in the target exactly once. scripts/crash runs it.
 #include <unistd.h>
 
 #include <chrono>
@@ -83,7 +83,7 @@ Options ReadOptions(int count, char** arguments) {
 }
 
 std::string MakeWorkFolder() {
-    // Bringing files to the medium is free in memory, and does not matter: no power is lost here.
+    // In memory, syncing costs nothing. It does not matter here, because there is no power failure.
     std::string folder =
         access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path().string();
     folder += "/mqamod-crash.XXXXXX";
@@ -110,7 +110,7 @@ double SecondsSince(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
-// Returns the number of points that failed or are none.
+// Returns the number of points that failed or do not exist.
 std::uint64_t RunOnly(const Options& options) {
     std::size_t index = 0;
     std::uint64_t failures = 0;

@@ -1,7 +1,7 @@
 // A load whose worker process is killed before and after each MQI call that it makes, by the stand-in's fault
-// plan, and is finished by the same command: for systems where no tracer can kill it elsewhere. Many loads
-// run side by side, each in a folder of its own. CRASH_MESSAGES asks for longer loads than the few messages
-// here.
+// plan, and that the same command then finishes. It is for systems on which no tracer can kill it elsewhere.
+// Many loads run at the same time, each in a directory of its own. CRASH_MESSAGES sets the number of messages
+// for longer loads.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +24,8 @@ namespace fs = std::filesystem;
 constexpr int kLoadsAtOnce = 12;
 constexpr int kRunSecondsMax = 100;
 constexpr int kExitRestart = 9;
-// Under load Wine now and then does not start a program, or one hangs in its exit: such a point is run anew.
+// Under load, Wine sometimes does not start a program, or a program hangs at its exit. Such a point is run
+// again.
 constexpr int kTriesMax = 3;
 
 enum class Verdict { kPassed, kBeyond, kFailed, kNotRun };
@@ -52,7 +53,7 @@ std::string ComposeExpected() {
     return bytes;
 }
 
-// The numbers that the records begin with, in their order.
+// The numbers with which the records begin, in order.
 std::string NameRecords(const std::string& bytes) {
     std::string names;
     for (std::size_t begin = 0; begin + 4 <= bytes.size();) {
@@ -66,8 +67,8 @@ std::string NameRecords(const std::string& bytes) {
     return names;
 }
 
-// Held while a program starts and while a file of a load is open here: a program inherits the environment of
-// this process and every open file, and what it has open is no message to the stand-in, nor a plan.
+// Held while a program starts and while a file of a load is open here. A program inherits the environment of
+// this process and every open file, and the stand-in takes an open file neither as a message nor as a plan.
 std::mutex& StartOrOpen() {
     static std::mutex mutex;
     return mutex;
@@ -92,7 +93,7 @@ class PointLoad {
         }
     }
 
-    // Runs the load into its death and to its end.
+    // Runs the load until it is killed, then to its end.
     void Run(Point& point) {
         WritePlan(point.inSecondLife ? "" : point.plan);
         const ProgramResult first = RunLoad(point.inSecondLife ? point.plan : "");
@@ -126,7 +127,7 @@ class PointLoad {
         std::ofstream(folder_.Path("faults")) << plan;
     }
 
-    // Looks at names alone, not into files.
+    // Looks only at names, not into files.
     [[nodiscard]] bool IsQueueEmpty() const {
         std::error_code error;
         const fs::directory_iterator names(Queue(), error);
@@ -135,7 +136,7 @@ class PointLoad {
         });
     }
 
-    // A folder that a load is just deleting cannot be read: then there may be one.
+    // A directory that a load is just deleting cannot be read. Then there may be one.
     [[nodiscard]] bool IsMessageLeft() const {
         std::error_code error;
         fs::recursive_directory_iterator name(folder_.Path("spool"), error);
@@ -145,8 +146,8 @@ class PointLoad {
         return static_cast<bool>(error);
     }
 
-    // A life reads the plan when it connects. Once the queue is empty the first life waits for a second and
-    // more, and then the second one begins.
+    // An attempt reads the plan when it connects. Once the queue is empty, the first attempt waits for at
+    // least a second, and then the second one begins.
     [[nodiscard]] ProgramResult RunLoad(const std::string& planOfSecondLife) {
         RunningProgram load = Start();
         if (!planOfSecondLife.empty()) {
@@ -156,8 +157,8 @@ class PointLoad {
             WritePlan(planOfSecondLife);
         }
         ProgramResult result = load.Wait(kRunSecondsMax);
-        // Under Wine a program that was not started may seem to have ended well, or its worker is not
-        // started.
+        // Under Wine, a program that was not started may seem to have ended well, or its worker may not have
+        // been started.
         const auto tells = [&result](const char* text) {
             return result.standardError.find(text) != std::string::npos;
         };
@@ -197,7 +198,7 @@ class PointLoad {
     }
 
     TestFolder folder_;
-    std::string told_;  // what each run printed and how it ended
+    std::string told_;  // what each run printed, and how it ended
 };
 
 void RunPoint(Point& point) {
@@ -222,11 +223,11 @@ void RunPoints(std::vector<Point>& points) {
 
 struct VerbCalls {
     const char* verb;
-    int calls;  // that the life makes at least
+    int calls;  // that the attempt makes at least
 };
 
-// Each call is a point. More calls than that are tried: there may be another MQGET where a wait is cut in
-// two.
+// Each call is a point. The test tries a few more calls, because there may be another MQGET where a wait is
+// split.
 void KillAroundEach(const std::vector<VerbCalls>& verbs, bool inSecondLife) {
     constexpr int kMoreCalls = 2;
     std::vector<Point> points;
@@ -262,7 +263,7 @@ TEST(MqiCrashTest, AroundTheGetsOfALoad) {
     KillAroundEach({{"MQGET", MessageCount() + 1}}, false);
 }
 
-// The records before the first checkpoint is carried out are got under syncpoint as well.
+// Records that are read before the first checkpoint is carried out are got under syncpoint, too.
 TEST(MqiCrashTest, AroundTheCommitsOfALoad) {
     KillAroundEach({{"MQCMIT", MessageCount()}}, false);
 }

@@ -23,7 +23,7 @@ struct RunningPoint {
     int outcomePipe = -1;
 };
 
-// What a point's process tells through its pipe: this, then the text of `where`.
+// What a point's process writes to its pipe, followed by the text of `where`.
 struct OutcomeHead {
     PointVerdict verdict;
     CallCounts counts;

@@ -1,5 +1,5 @@
-// Runs many points at once, each in a process of its own: they spend nearly all of their time waiting for the
-// end of the queue.
+// Runs many points at once, each in a process of its own, because they spend nearly all of their time waiting
+// for the end of the queue.
 #pragma once
 
 #include <functional>
@@ -11,19 +11,19 @@
 struct PointJob {
     const CrashClass* crashClass = nullptr;
     std::vector<Death> deaths;
-    std::size_t series = 0;  ///< the caller's own
+    std::size_t series = 0;  ///< for the caller's use
 };
 
 struct PoolSettings {
     Programs programs;
-    std::string workFolder;  ///< holds one folder for each running point
-    std::string keepFolder;  ///< gets the folders of failed points
+    std::string workFolder;  ///< contains one directory for each running point
+    std::string keepFolder;  ///< receives the directories of failed points
     std::size_t jobs = 1;
     int secondsMax = 150;  ///< for one point
     bool keepsAll = false;
 };
 
-/// Runs jobs until `next` has none and none is running. `next` returns false when there is none at the
-/// moment; it is asked again after each end.
+/// Runs jobs until `next` has no more and none is running. `next` returns false when it has no job at the
+/// moment; it is asked again whenever a job ends.
 void RunPool(const PoolSettings& settings, const std::function<bool(PointJob&)>& next,
              const std::function<void(const PointJob&, const PointOutcome&)>& ended);

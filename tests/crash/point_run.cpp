@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kExitFailed = 9;  // of mqam: a life has failed, run the same command again
+constexpr int kExitFailed = 9;  // exit code of mqam: an attempt has failed, run the same command again
 
 PointOutcome Fail(PointOutcome outcome, const std::string& wrong) {
     outcome.verdict = PointVerdict::kFailed;
@@ -22,7 +22,7 @@ std::string ReadConsole(const ProgramOrder& order) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Returns an empty string, or what is wrong with how the command took the call that failed.
+// Returns an empty string, or what is wrong with the command's reaction to the failed call.
 std::string JudgeFailedCall(const CrashClass& crashClass, const std::string& folder, const std::string& told,
                             int exitCode) {
     if (exitCode != 0) return JudgeComplaint(told, folder + "/load", exitCode);
@@ -76,7 +76,7 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
         const std::string wrong = JudgeFailedCall(crashClass, folder, told, end.exitCode);
         if (!wrong.empty()) return Fail(outcome, wrong);
     }
-    // Behind a failed call also when it was done all the same: it may have left a file.
+    // Checked after a failed call even if the load was done: it may have left a file.
     if (end.exitCode != 0 || callFailed) {
         const int code = RunProgramToEnd(load);
         if (code != 0) return Fail(outcome, "the same command ended with " + std::to_string(code));

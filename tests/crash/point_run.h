@@ -1,4 +1,4 @@
-// One crash point from its beginning to its verdict.
+// One crash point, from its start to its result.
 #pragma once
 
 #include <string>
@@ -10,18 +10,18 @@
 enum class PointVerdict {
     kPassed,
     kFailed,
-    kBeyond,  ///< the load was done before the last death could come: there is no such point
+    kBeyond,  ///< the load was done before the last kill: there is no such point
 };
 
 struct PointOutcome {
     PointVerdict verdict = PointVerdict::kFailed;
-    std::string where;  ///< the calls that the deaths came at
-    std::string wrong;  ///< kFailed: what
-    CallCounts counts;  ///< of the run with the last death: up to there, or up to its end
+    std::string where;  ///< the calls at which it was killed
+    std::string wrong;  ///< kFailed: what is wrong
+    CallCounts counts;  ///< calls of the run with the last kill, up to it or up to the end
 };
 
-/// Runs a load of the class in `folder`, which is made and must not be there: the prelude, the deaths one
-/// after the other, then the same command until it is done, and checks what it left.
-///   deaths     in   at least one; the last with number 0: it is never reached, to count
+/// Runs a load of the class in `folder`, which is created and must not exist: the prelude, the kills one
+/// after another, then the same command until it is done. Then checks what it left.
+///   deaths     in   at least one; a last one with number 0 is never reached and only counts
 [[nodiscard]] PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& deaths,
                                     const std::string& folder, const Programs& programs);

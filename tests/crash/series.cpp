@@ -8,20 +8,20 @@
 
 namespace {
 
-// Runs beyond the counted end: a write of the target's idle writer may come or not.
+// Runs beyond the counted end, because the target's idle writer may or may not write.
 constexpr std::uint64_t kBeyondCount = 2;
 
 enum class Stage { kToCount, kCounting, kRunning, kOver };
 
 struct Series {
     const CrashClass* crashClass = nullptr;
-    std::string name;           // as the class has it
-    std::vector<Death> deaths;  // the last one's number is what varies
-    bool firstVaries = false;   // of two deaths: counted to make a series for each number of it
+    std::string name;           // as in the class
+    std::vector<Death> deaths;  // the number of the last one varies
+    bool firstVaries = false;   // of two kills: the first is counted, and each of its numbers makes a series
     Stage stage = Stage::kToCount;
     std::uint64_t limit = 0;  // numbers up to here are worth a try
     std::uint64_t next = 1;
-    std::vector<std::uint64_t> sample;  // or these numbers alone, last first
+    std::vector<std::uint64_t> sample;  // or only these numbers, the last one first
 };
 
 struct SeriesPlan {
@@ -40,7 +40,7 @@ std::uint64_t CountFor(const Death& death, const CallCounts& counts) {
     return IsCut(death.moment) ? counts.writes[scope] : counts.calls[scope];
 }
 
-// MQI calls are not counted in advance: a message is got and committed, all else happens once or twice.
+// MQI calls are not counted in advance. Each message is got and committed; all else happens once or twice.
 std::uint64_t GuessMqiCalls(const CrashClass& crashClass, const Death& death) {
     const bool isOfMessages = death.life == 1 && (death.verb == "MQGET" || death.verb == "MQCMIT");
     return isOfMessages ? static_cast<std::uint64_t>(crashClass.messages) : 1;
@@ -57,10 +57,10 @@ void StartSeries(Series& series, std::uint64_t count) {
     series.sample.assign(numbers.rbegin(), numbers.rend());
 }
 
-// The first death of a pair is counted: a series for each number of it, or a sample of pairs.
+// The first kill of a pair is counted. Each of its numbers makes a series, or there is a sample of pairs.
 void SpreadPairs(const Series& pairs, std::uint64_t firstCount) {
     SeriesPlan& plan = Plan();
-    const Series from = pairs;  // the list moves
+    const Series from = pairs;  // a copy, because the list may move
     const auto wanted = static_cast<std::uint64_t>(from.crashClass->smokePoints);
     std::minstd_rand random(1);
     const std::uint64_t steps = plan.sampleOnly ? std::min(wanted, firstCount) : firstCount;

@@ -1,6 +1,6 @@
-// Which points there are. A series is the points that differ in the number of their last death alone; how
-// many it has is found out by a run that counts, and, since a load's calls are not the same to the last one
-// in every run, by going on until a load is done before the point comes.
+// Which points there are. A series consists of the points that differ only in the number of their last kill.
+// A run that counts finds out how many there are. Because the calls of a load vary slightly from run to run,
+// the series continues until a load is done before its point is reached.
 #pragma once
 
 #include <cstdint>
@@ -13,19 +13,19 @@
 struct ClassTally {
     std::uint64_t points = 0;
     std::uint64_t failures = 0;
-    std::uint64_t counting = 0;  ///< runs that counted, or went beyond the last point
+    std::uint64_t counting = 0;  ///< runs that counted, or that were done before their point
     std::map<std::string, std::uint64_t> pointsOfSeries;
-    bool touched = false;  ///< a point came at a call on the file that the class names
+    bool touched = false;  ///< a point was at a call on the file that the class names
 };
 
 /// Plans every point of the classes, or a sample.
 void PlanSeries(const std::vector<const CrashClass*>& classes, bool sampleOnly);
-/// The next job that can be started now. Returns false when there is none at the moment.
+/// Takes the next job that can be started now. Returns false if there is none at the moment.
 [[nodiscard]] bool NextJob(PointJob& job);
-/// Takes a job's outcome into account; a point is counted in its class's tally.
+/// Records a job's outcome, and counts a point in the tally of its class.
 void NoteOutcome(const PointJob& job, const PointOutcome& outcome);
 
 [[nodiscard]] const std::map<std::string, ClassTally>& Tallies();
-/// What of the plan came to no point at all, in words; empty when every series has some: a death that never
-/// comes proves nothing.
+/// Describes the series that had no point at all; empty if each had some. A kill that never happens proves
+/// nothing.
 [[nodiscard]] std::vector<std::string> DescribeGaps();

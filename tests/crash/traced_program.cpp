@@ -28,10 +28,10 @@ struct Trace {
     const std::optional<Death>& death;
     Victim victim = Victim::kCommand;
     pid_t command = 0;
-    int programs = 0;        // started: the command first, then each life's worker
-    pid_t awaitingExit = 0;  // the thread inside the call after which to kill
+    int programs = 0;        // started so far: the command, then the worker of each attempt
+    pid_t awaitingExit = 0;  // the thread that is inside the call after which to kill
     TracedEnd end = {};
-    std::string failingPath = {};        // of the file whose calls go on failing
+    std::string failingPath = {};        // the file whose calls keep failing
     std::set<pid_t> failingAtExit = {};  // threads inside a call that fails when it is done
 };
 
@@ -51,7 +51,7 @@ void BecomeProgram(const ProgramOrder& order, Tracing tracing) {
     if (order.fileKibibytesMax > 0) {
         const rlim_t bytes = static_cast<rlim_t>(order.fileKibibytesMax) * 1024;
         const rlimit limit = {bytes, bytes};
-        // The signal that comes with the failed write would end the program.
+        // The signal that accompanies the failed write would end the program.
         if (setrlimit(RLIMIT_FSIZE, &limit) != 0 || std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) _exit(127);
     }
     for (const auto& [name, value] : order.environment)
@@ -101,7 +101,7 @@ void Kill(Trace& trace, pid_t thread) {
     trace.end.came = true;
     trace.end.died = true;
     trace.end.commandDied = trace.victim == Victim::kCommand || process == trace.command;
-    // The command first, so that it sees nothing of its worker's death.
+    // Kills the command first, so that it does not notice its worker's death.
     if (trace.end.commandDied) kill(trace.command, SIGKILL);
     kill(process, SIGKILL);
 }
@@ -110,7 +110,7 @@ bool IsInside(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
 }
 
-// Returns false when the thread is not to be resumed.
+// Returns false if the thread must not be resumed.
 bool MakeFail(Trace& trace, pid_t thread, const StateCall& call) {
     const DeathMoment moment = trace.death->moment;
     trace.end.came = true;
@@ -133,15 +133,15 @@ std::string DescribeCall(const Trace& trace, const StateCall& call) {
     return text;
 }
 
-// At the entry of a call that changes state or looks at it. Returns false when the thread is not to be
+// Handles the entry of a call that changes a file or looks at one. Returns false if the thread must not be
 // resumed.
 bool CountCall(Trace& trace, pid_t thread) {
     StateCall call;
-    // A thread that somebody killed meanwhile cannot be read.
+    // A thread that was killed in the meantime cannot be read.
     if (!ReadStateCall(thread, call)) return true;
     const bool isStore = IsInside(call.path, trace.order.storeFolder);
     const bool isOurs = call.path == trace.order.ownFolder || IsInside(call.path, trace.order.ownFolder);
-    // The queue manager maps its counters, to which it stores between two calls.
+    // The queue manager maps its counters and changes them between two calls.
     if (!call.isKnown && (call.path.empty() || (isOurs && !isStore))) {
         trace.end.unplanned = "it made the system call " + call.name + ", which nobody has looked at";
     }
@@ -197,7 +197,7 @@ void HandleStop(Trace& trace, pid_t thread, int status) {
     } else if (event == 0 && signal != SIGSTOP) {
         deliver = signal;
     }
-    // One that was killed meanwhile cannot be resumed: its end is told next.
+    // A thread that was killed in the meantime cannot be resumed. Its end is reported next.
     ptrace(PTRACE_CONT, thread, nullptr, static_cast<long>(deliver));
 }
 
@@ -240,7 +240,7 @@ TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death
             trace.end.died = true;
         }
     }
-    // No plan for whoever runs next.
+    // Leaves no plan for the next program.
     if (!countsCalls) std::ofstream(order.faultPlanFile, std::ios::trunc).flush();
     return trace.end;
 }

@@ -40,7 +40,8 @@ std::string LeftTemporaryFile() {
 bool PrepareCheckpoint(bool positionStored) {
     const std::string temporary = LeftTemporaryFile();
     if (!temporary.empty()) {
-        // H8: it is whole, the deletion of the file came behind it. With the file still there it may not be.
+        // H8: it is complete, because the file is deleted only after it is written. If the file still exists,
+        // the temporary one may be incomplete.
         if (!FileExists(kCheckpointFile) && positionStored) {
             std::filesystem::rename(temporary, kCheckpointFile);
         } else {

@@ -1,4 +1,4 @@
-// The checkpoint file as a host sees it between two lives: read without the module, and put right before
+// The checkpoint file as a host sees it between two attempts: read without the module, and repaired before
 // Open.
 #pragma once
 
@@ -10,17 +10,17 @@ inline constexpr char kMessageLog[] = "log.dat";
 
 struct CheckpointLook {
     bool exists = false;
-    std::vector<std::string> records;  ///< whole ones
+    std::vector<std::string> records;  ///< complete ones
     std::size_t wholeBytes = 0;        ///< up to the end of the last of them
     std::size_t bytes = 0;
 };
 
 CheckpointLook LookAtCheckpoint(const std::string& path);
 
-/// The temporary file that a rewrite left behind, or the empty string.
+/// Returns the temporary file that a rewrite left, or an empty string.
 std::string LeftTemporaryFile();
 
-/// What a host does with the files before Open. Returns whether a position can be given to SetPos: the file
-/// holds a whole record.
-///   positionStored   in   without one an orphaned temporary file is only deleted
+/// Does what a host does with the files before Open. Returns whether SetPos can be called, because the file
+/// holds a complete record.
+///   positionStored   in   if false, an orphaned temporary file is only deleted
 bool PrepareCheckpoint(bool positionStored);

@@ -1,6 +1,6 @@
-// A disk under the C library: the module's streams are real ones with real buffers, and what they read and
-// write at the end goes through here, where it can fail. So what a failed flush drops, keeps or says is the C
-// library's own doing.
+// A disk below the C library. The module's streams are real ones with real buffers, and what they finally
+// read and write goes through this double, where it can fail. So the C library itself decides what a failed
+// flush drops, keeps or reports.
 #pragma once
 
 #include <cstddef>
@@ -19,18 +19,18 @@ struct DiskFault {
     std::string file{};  ///< part of the path; empty for any
     int nth = 1;         ///< call on the file, counted since BeginProcess
     int error = 0;
-    bool takesHalf = false;  ///< Write: half of the bytes get through
-    bool stays = false;      ///< strikes every later call as well
+    bool takesHalf = false;  ///< Write: half of the bytes are written
+    bool stays = false;      ///< fails every later call as well
 };
 
 class DiskDouble {
   public:
-    /// As std::fopen.
+    /// Like std::fopen.
     std::FILE* Open(const char* path, const char* mode);
     void Add(const DiskFault& fault) { faults_.push_back(fault); }
-    /// Counts start again and no fault is left.
+    /// Restarts the counts and removes the fault.
     void BeginProcess();
-    /// What the streams opened so far still write reaches no file.
+    /// Discards whatever the streams that were opened so far still write.
     void EndProcess() { *alive_ = false; }
 
     std::function<void(const DiskFault& fault, const std::string& path)> onStrike;
@@ -40,7 +40,7 @@ class DiskDouble {
         int nth;
         std::string file;
     };
-    std::vector<Point> points;  ///< every call of the process
+    std::vector<Point> points;  ///< every call of the process so far
 
     struct File {
         DiskDouble* disk;
@@ -49,7 +49,7 @@ class DiskDouble {
         std::shared_ptr<bool> alive;
     };
 
-    // For the streams.
+    // Called by the streams.
     const DiskFault* Strike(DiskCall call, const std::string& path);
 
   private:

@@ -1,6 +1,6 @@
-// Every read and write of a restarted load that reaches the disk fails there, once or until the next life is
-// over, with the C library's buffers between the disk and the module: the request that learns of it returns
-// what it promises, and the load ends with every message in the target once.
+// Every read and write of a restarted load that reaches the disk fails there, once or until the next attempt
+// is over. The C library's buffers are between the disk and the module. The request that notices the failure
+// returns what it promises, and the load ends with every message in the target exactly once.
 #include <cerrno>
 
 #include "tests/failures/disk_double.h"
@@ -51,7 +51,7 @@ void AddPoint(int life, const DiskDouble::Point& point, std::vector<DiskFailureC
         entry.tlf = tlf;
         entry.life = life;
         entry.fault = {point.call, point.file, point.nth, way.error, way.takesHalf, way.stays};
-        // Of a full disk the file named is only where it begins.
+        // A full disk is first noticed with this file, then with every other.
         if (way.anyFile) entry.fault.file += "*";
         cases.push_back(entry);
     };
@@ -75,7 +75,7 @@ std::vector<DiskFailureCase> DiskFailureCases(const std::string& file) {
     load.host.atEnd = [&](ModuleLife&) {
         disk.EndProcess();
         for (const DiskDouble::Point& point : disk.points) {
-            // The trace is written at every step and nothing depends on it.
+            // The trace is left out: it is written at every step, and nothing depends on it.
             const bool sampled = point.file != kTraceFile || point.nth % 16 == 1;
             if (point.file.find(file) == 0 && sampled) AddPoint(load.host.Lives(), point, cases);
         }
@@ -111,7 +111,7 @@ class DiskFailure : public testing::TestWithParam<DiskFailureCase> {
         disk.Add({DiskCall::Write, "", 1, fault.error, fault.takesHalf, true});
     }
 
-    /// The module's own call that reads or writes.
+    /// The call of the module that reads or writes.
     FileCall CallUnderWay(const std::string& path) const {
         const FaultPlan& files = watched.Files();
         if (files.flushingAll || path == kTraceFile) return FileCall::FlushAll;

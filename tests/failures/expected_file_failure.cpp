@@ -18,13 +18,13 @@ bool Starts(const std::string& text, const std::string& begin) {
     return text.rfind(begin, 0) == 0;
 }
 
-/// The step that the request is in, seen by its file calls.
+/// The step of the request, as its file calls show it.
 class Steps {
   public:
     explicit Steps(const FileStrike& strike) : calls_(strike.calls) {}
 
     [[nodiscard]] const std::string& Last() const { return calls_.back(); }
-    /// The call before the last one that names the file.
+    /// Returns the call that named the file before the last one that did.
     [[nodiscard]] std::string Before(const std::string& file) const {
         for (auto call = calls_.rbegin() + 1; call != calls_.rend(); ++call) {
             if (call->find(file) != std::string::npos) return *call;
@@ -47,7 +47,7 @@ struct Promise {
     std::optional<ExpectedError> error{};
 };
 
-// Nothing comes of it.
+// The failure has no consequence.
 constexpr ReturnCode kUnaffected = -1;
 
 std::string Numbered(int number, const std::string& text) {
@@ -73,7 +73,7 @@ Promise CheckpointOpen(const std::string& request, const FileStrike& strike) {
     return Plain(request == "Open" ? "OpenCkPtFile" : "ResetCkptFile", message);
 }
 
-// A rewrite writes the header and then the last record; a save asks for its place first.
+// A rewrite writes the header and then the last record. A save first asks for its offset.
 Promise CheckpointWrite(const FileStrike& strike, const Steps& steps) {
     if (steps.Last() == "write ck.dat 4")
         return Stream(strike, "ResetCkptFile", "checkpoint file header record (seq)", "fwrite", "Checkpoint");
@@ -164,7 +164,7 @@ Promise ForTrace(const FileStrike& strike) {
 
 Promise PromiseOf(const std::string& request, const FileStrike& strike) {
     const std::string& file = strike.fault.file;
-    // A stream that cannot be closed is of no consequence: all that matters was flushed before.
+    // A stream that cannot be closed has no consequence, because everything important was flushed before.
     if (strike.call == FileCall::Close || strike.call == FileCall::Command ||
         strike.call == FileCall::FlushAll)
         return {kUnaffected};

@@ -1,5 +1,5 @@
-// What a request promises when a file call fails under it: the return code and the error text, written out
-// from what the host is told of each file, not taken from the module.
+// What a request promises when one of its file calls fails: the return code and the error text. They are
+// written out from what is documented for each file, not taken from the module.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include "tests/support/fault_plan.h"
 #include "tests/support/host_requests.h"
 
-/// The place of a failure.
+/// Where a failure happened.
 struct FileStrike {
     FileCall call;
     std::vector<std::string>
@@ -18,13 +18,13 @@ struct FileStrike {
                 ///< unless it is a Print or FlushAll, which are not logged
     Fault fault;
     bool tlf;
-    bool gotMessage;  ///< the request has got a message from the queue before
+    bool gotMessage;  ///< the request had already got a message from the queue
 };
 
-/// For the request under which the fault struck first in a life, or again.
+/// For a request during which the fault struck, for the first time in an attempt or again.
 testing::AssertionResult ReturnsAsPromised(const std::string& request, const Outcome& outcome,
                                            const FileStrike& strike);
 
-/// For any other: it does not fail but by the lost commit, and by what a flush of all streams, which nobody
-/// checks, has left to be found by a later one.
+/// For any other request. It fails only because of the lost commit, or because an unchecked flush of all
+/// streams has left an error that a later flush finds.
 testing::AssertionResult IsUnaffected(const std::string& request, const Outcome& outcome, const Fault& fault);

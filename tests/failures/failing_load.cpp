@@ -9,8 +9,9 @@ namespace {
 constexpr int kMessages = 9;
 constexpr int kMostLives = 16;
 
-/// None begins with the bytes of the one before it: a duplicate is told by them. Those that are the last
-/// record at a checkpoint begin with NUL bytes: where a header is missing, such bytes can pass for a record.
+/// None begins with the bytes of the one before it, because a duplicate is recognised by them. Those that are
+/// the last record at a checkpoint begin with NUL bytes: if a header is missing, such bytes can pass for a
+/// record.
 std::string MessageText(int number) {
     const std::string nuls(number % 3 == 2 ? 4 : 0, '\0');
     const auto letter = static_cast<char>('a' + number);
@@ -46,7 +47,7 @@ void FailingLoad::RunToTheEnd() {
     EXPECT_TRUE(queueManager.Left().empty());
 }
 
-// The one record that was saved last may be on the queue as well: its commit is the next step.
+// The record that was saved last may be on the queue as well, because its commit is the next step.
 void FailingLoad::CheckNothingIsLost() {
     const std::vector<std::string> stored = host.Stored();
     const std::vector<std::string> queued = queueManager.Left();

@@ -1,5 +1,5 @@
-// A load of a few messages, life after life, in a directory of its own; after each life every message must be
-// safe somewhere, and at the end each must be in the target once.
+// A load of a few messages, attempt after attempt, in a directory of its own. After each attempt every
+// message must be safe somewhere, and at the end each must be in the target exactly once.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,12 +13,12 @@ class FailingLoad {
   public:
     explicit FailingLoad(const LoadPlan& plan);
 
-    /// Lives until the load is done.
+    /// Makes attempts until the load is done.
     void RunToTheEnd();
-    /// One more life, with the check behind it.
+    /// Makes one more attempt and checks it.
     void RunLife();
 
-    /// The file calls of the life that runs.
+    /// The file calls of the running attempt.
     FaultPlan& Files() { return life_->Files(); }
 
     TemporaryDirectory directory;

@@ -7,7 +7,7 @@ namespace {
 
 struct LifePoint {
     int life;
-    int nth;  // of its call and file in that life
+    int nth;  // counts the calls on that file in that attempt
     FileCall call;
     std::string file;
 };
@@ -67,7 +67,7 @@ std::vector<Way> WaysOf(FileCall call) {
     return ways;
 }
 
-// All streams are flushed and the trace is written at every step: a sample of these many calls will do.
+// All streams are flushed and the trace is written at every step. A sample of these many calls is enough.
 bool IsSampled(const LifePoint& point) {
     const bool trace = point.file == kTraceFile;
     if (point.call == FileCall::FlushAll) return !trace && point.nth % 4 == 1;

@@ -14,8 +14,8 @@ inline constexpr char kTemporaryFile[] = "MQAMtmp.";
 struct FileFailureCase {
     std::string name;  ///< of the test, as "flush_ckpt_life2_3_ENOSPC_for_ever"
     bool tlf = true;
-    int life = 1;   ///< in which the fault strikes first
-    Fault fault{};  ///< its nth counts from the begin of that life
+    int life = 1;   ///< the attempt in which the fault strikes first
+    Fault fault{};  ///< its nth counts from the beginning of that attempt
 };
 
 inline void PrintTo(const FileFailureCase& failure, std::ostream* stream) {
@@ -24,8 +24,8 @@ inline void PrintTo(const FileFailureCase& failure, std::ostream* stream) {
 
 /// The load of all cases, with the log and the trace.
 LoadPlan FileFailurePlan(bool tlf);
-/// What makes a life of that load end with a replay to come.
+/// The fault that makes an attempt of that load end so that the next one begins with a replay.
 MqiFault LostCommit();
 
-/// The cases for the files whose name contains the text.
+/// Returns the cases for the files whose name contains the text.
 std::vector<FileFailureCase> FileFailureCases(const std::string& file);

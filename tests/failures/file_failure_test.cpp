@@ -1,5 +1,5 @@
-// Every call on a file of a restarted load fails, once or until the next life is over: the request returns
-// what it promises, and the load ends with every message in the target once.
+// Every call on a file of a restarted load fails, once or until the next attempt is over. The request returns
+// what it promises, and the load ends with every message in the target exactly once.
 #include "tests/failures/file_failure_cases.h"
 #include "tests/failures/watched_load.h"
 

@@ -22,14 +22,14 @@ std::vector<std::string> LoadHost::Stored() const {
     return {target_.begin(), target_.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 
-// Whether the request returned 0.
+// Returns whether the request returned 0.
 bool LoadHost::Send(const char* request, const Outcome& outcome) {
     lastReturn_ = outcome.returnCode;
     if (afterRequest) afterRequest(request, outcome);
     return outcome.returnCode == pmrcOK;
 }
 
-// T1: the target is cut back to what the position counts.
+// T1: the target is cut back to the records that the position counts.
 void LoadHost::RunLife() {
     ++lives_;
     target_ = Stored();
@@ -83,7 +83,7 @@ bool LoadHost::TakePosition() {
     return true;
 }
 
-// Whether the load may go on: a record came, or nothing but an empty one.
+// Returns whether the load may continue: a record came, or an empty one.
 bool LoadHost::ReadOne() {
     const std::int64_t before = waitedMs_;
     const ReadOutcome outcome = life_->Read();
@@ -102,7 +102,7 @@ bool LoadHost::ReadOne() {
     return target_.size() < kTooManyRecords;
 }
 
-// Whether the life is to be closed: at the end of input, or because the operator stops it.
+// Returns whether the attempt must be closed: at the end of input, or because the operator stops it.
 bool LoadHost::Load() {
     while (true) {
         if (lives_ == 1 && plan_.stopAfter != 0 &&

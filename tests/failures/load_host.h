@@ -1,6 +1,6 @@
-// A host that loads the queue restartably, by the rules that model/README.md names: one life of the module
-// after the other, until a life finds that nothing more came. Its target and its restart file are in memory
-// and never fail: what can fail is the module and all that is below it.
+// A host that loads the queue restartably by the rules of model/README.md: one attempt after another, until
+// one finds nothing more. Its target and its restart file are in memory and never fail. Only the module, and
+// what is below it, can fail.
 #pragma once
 
 #include <functional>
@@ -12,33 +12,34 @@
 #include "tests/failures/queue_manager_double.h"
 
 struct LoadPlan {
-    std::string keywords;     ///< beside those that every load has
+    std::string keywords;     ///< in addition to those that every load has
     int checkpointEvery = 3;  ///< records
-    int stopAfter = 0;      ///< records of the first life, after which the operator stops the load; 0: never
-    bool carryOut = false;  ///< the stop takes a position and has its checkpoint carried out: GetPos twice
+    int stopAfter =
+        0;  ///< the operator stops the load after this number of records of the first attempt; 0: never
+    bool carryOut = false;  ///< the stop takes a position and carries its checkpoint out: GetPos twice
 };
 
 class LoadHost {
   public:
     LoadHost(QueueManagerDouble& queueManager, LoadPlan plan);
 
-    /// One life. After it Done tells whether the load is complete.
+    /// Makes one attempt. After it, Done returns whether the load is complete.
     void RunLife();
     [[nodiscard]] bool Done() const { return done_; }
     [[nodiscard]] int Lives() const { return lives_; }
 
-    /// The records that no life will bring again.
+    /// The records that no later attempt will return again.
     [[nodiscard]] std::vector<std::string> Stored() const;
 
-    std::function<void(ModuleLife&)> atStart;  ///< the module is loaded, no request made
-    std::function<void(ModuleLife&)> atEnd;    ///< no request will be made, the process still there
+    std::function<void(ModuleLife&)> atStart;  ///< called when the module is loaded and no request was made
+    std::function<void(ModuleLife&)> atEnd;    ///< called after the last request, before the process ends
     std::function<void(const std::string& request, const Outcome&)> afterRequest;
 
   private:
     struct RestartFile {
         PositionData position;
         std::size_t records;
-        bool repeatComes;  // a record had been returned in that life: it is the first of a replay
+        bool repeatComes;  // a record had been returned in that attempt; it is the first of a replay
     };
     bool Send(const char* request, const Outcome& outcome);
     bool Start(bool restart);
@@ -54,12 +55,12 @@ class LoadHost {
     std::vector<std::string> target_;
     std::optional<RestartFile> restartFile_;
     std::optional<std::size_t>
-        cleanCount_;  // records after a life that met the end of input and closed without error
+        cleanCount_;  // records after an attempt that reached the end of input and closed without error
     std::int64_t waitedMs_ = 0;
     std::int64_t lastReadMs_ = 0;
     int lives_ = 0;
     int lastReturn_ = 0;
-    bool returned_ = false;        // a record came in this life
+    bool returned_ = false;        // a record came in this attempt
     bool repeatExpected_ = false;  // the next record is the last one stored
     int sincePosition_ = 0;
     bool done_ = false;

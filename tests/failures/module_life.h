@@ -1,6 +1,6 @@
-// One process of a load: the module loaded afresh, with its state at zero; its file calls can fail and its
-// clock is the test's. At the end of the object the process is dead: what its streams buffered is lost and
-// the module is unloaded.
+// One process of a load: the module freshly loaded, with its state at zero. Its file calls can fail, and its
+// clock is the test's. When the object ends, the process is dead: what its streams buffered is lost, and the
+// module is unloaded.
 #pragma once
 
 #include <memory>

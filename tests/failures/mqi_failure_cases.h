@@ -1,5 +1,5 @@
-// Every completion and reason code that IBM documents for each verb that the module calls, and what each may
-// have done by the time it is reported.
+// Every completion and reason code that IBM documents for each verb that the module calls, and what the call
+// may have done when it is reported.
 #pragma once
 
 #include <ostream>
@@ -11,7 +11,7 @@
 /// The call of a load that fails.
 enum class When { First, Middle, Last, EmptyQueue };
 
-/// How a record's save fails, so that its message is backed out: MQBACK is called for no other reason.
+/// How saving a record fails, so that its message is backed out. MQBACK is called for no other reason.
 enum class SaveFault { None, Tell, Write, Flush };
 
 struct MqiFailureCase {

@@ -1,6 +1,6 @@
-// Every MQ call of a restarted load fails with every code that is documented for it, once, at its first, a
-// middle and its last call: the request returns what it promises, and the load ends with every message in the
-// target once.
+// Every MQ call of a restarted load fails once with every code that is documented for it, at its first, a
+// middle and its last call. The request returns what it promises, and the load ends with every message in the
+// target exactly once.
 #include <optional>
 
 #include "tests/failures/failing_load.h"
@@ -9,8 +9,8 @@
 
 namespace {
 
-// The load of all cases: the operator stops it; a commit of the second life is lost with the connection, so
-// that the third begins with a replay and ends with the duplicate; the fourth loads the rest and the fifth
+// The load of all cases. The operator stops it. A commit of the second attempt is lost with the connection,
+// so the third one begins with a replay and ends with the duplicate. The fourth loads the rest, and the fifth
 // finds nothing more.
 const LoadPlan kPlan{.keywords = "", .stopAfter = 4};
 const MqiFault kLostCommit{Verb::Cmit, 6, MQCC_FAILED, 2009, Effect::BackedOut, true};
@@ -27,7 +27,8 @@ const std::vector<QueueManagerDouble::Call>& CallsWithoutFailure() {
     return calls;
 }
 
-/// Which call of the verb, counted over all lives, is meant; of MQGET the calls that bring a message.
+/// Which call of the verb is meant, counted over all attempts. For MQGET only calls that return a message
+/// count.
 int Nth(Verb verb, When when) {
     const bool message = verb == Verb::Get && when != When::EmptyQueue;
     std::vector<int> candidates;
@@ -44,7 +45,7 @@ int Nth(Verb verb, When when) {
     return 0;
 }
 
-/// The message number whose save fails.
+/// The number of the message whose save fails.
 int NthMessage(When when) {
     int messages = 0;
     for (const QueueManagerDouble::Call& call : CallsWithoutFailure())
@@ -76,7 +77,7 @@ Expected ExpectedOfOpen(const MqiFault& fault, bool retried) {
                     .Warning()};
     if (retried) return {"Open"};
     std::string text =
-        "Queue Manager open";  // what was formatted last: the other reasons have no text of their own
+        "Queue Manager open";  // the text formatted last, because the other reasons have no text of their own
     if (fault.reason == 2042)
         text = "MQA0157: <MQOpen attempts exhausted. QName 'Q1', reason code 2042 (Queue already open)>";
     if (fault.reason == 2085)
@@ -85,7 +86,7 @@ Expected ExpectedOfOpen(const MqiFault& fault, bool retried) {
 }
 
 Expected ExpectedOfGet(const MqiFault& fault, MQLONG lengthFound) {
-    if (fault.reason == 2033) return {"Read"};  // the wait goes on, and a message comes
+    if (fault.reason == 2033) return {"Read"};  // the wait continues, and a message comes
     if (fault.reason == 2024) return {"Read", pmrcEOF};
     const bool withoutData = fault.leavesLength
                                  ? lengthFound == 0
@@ -126,12 +127,12 @@ Expected ExpectedOf(const MqiFailureCase& failure, MQLONG lengthFound) {
 
 class MqiFailure : public testing::TestWithParam<MqiFailureCase> {
   protected:
-    /// While no other load is there: one queue manager answers at a time.
+    /// Exists only while there is no other load, because one queue manager answers at a time.
     static void SetUpTestSuite() { (void)CallsWithoutFailure(); }
 
     void CheckReturn(const std::string& request, const Outcome& outcome) const {
         const Expected expected = ExpectedOf(GetParam(), load.queueManager.LengthFound());
-        // The empty queue has nothing for a read that waits on.
+        // The queue is empty, so a read that continues to wait gets nothing.
         const bool ends = GetParam().fault.reason == 2033 && GetParam().when == When::EmptyQueue;
         EXPECT_EQ(request, expected.request);
         EXPECT_EQ(outcome.returnCode, ends ? pmrcEOF : expected.returnCode) << outcome.errorText;
@@ -163,7 +164,7 @@ TEST_P(MqiFailure, ReturnsWhatItPromisesAndLosesAndDoublesNothing) {
     load.queueManager.Add(fault);
     load.queueManager.Add(kLostCommit);
 
-    // Of all faults only the lost commit can strike beside the one of the case.
+    // In addition to the fault of the case, only the lost commit can strike.
     bool checked = false;
     load.host.afterRequest = [&](const std::string& request, const Outcome& outcome) {
         if (checked || !load.queueManager.HasStruck(fault.verb, fault.nth)) return;

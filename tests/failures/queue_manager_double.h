@@ -1,6 +1,6 @@
 // A queue manager in the test's own memory: one queue, one connection, units of work with back-out counts,
-// and calls that fail as a test says. Other than MqiDouble, which plays a script, it keeps the messages: at
-// any time it can tell which are still there.
+// and calls that fail as a test says. Unlike MqiDouble, which plays a script, it keeps the messages, and can
+// list those that are left at any time.
 #pragma once
 
 #include <functional>
@@ -12,23 +12,23 @@
 #include "mqi/mqi.h"
 #include "tests/support/mqi_double.h"
 
-/// What a call that reports a failure or a warning has done all the same.
+/// What a call has done although it reports a failure or a warning.
 enum class Effect {
     None,          ///< nothing
-    Done,          ///< what it does otherwise
+    Done,          ///< what it usually does
     BackedOut,     ///< the unit of work is backed out
-    Doomed,        ///< MQGET: the unit of work can only be backed out any more
+    Doomed,        ///< MQGET: from now on the unit of work can only be backed out
     MessageCut,    ///< MQGET: the message is got, its bytes are cut
     MessageStays,  ///< MQGET: the bytes are cut and the message stays on the queue
 };
 
 struct MqiFault {
     Verb verb = Verb::Get;
-    int nth = 1;  ///< call of the verb, counted over all lives
+    int nth = 1;  ///< call of the verb, counted over all attempts
     MQLONG compCode = MQCC_FAILED;
     MQLONG reason = 0;
     Effect effect = Effect::None;
-    bool breaksConnection = false;  ///< afterwards every call of the life fails with 2009
+    bool breaksConnection = false;  ///< afterwards every call of the attempt fails with 2009
     bool leavesLength = false;      ///< MQGET: the data length keeps what an earlier call put there
 };
 
@@ -40,15 +40,15 @@ class QueueManagerDouble {
     QueueManagerDouble& operator=(const QueueManagerDouble&) = delete;
 
     void Put(const std::string& bytes) { messages_.push_back({bytes, 0, Place::Queue}); }
-    /// The first fault that fits a call is used up by it.
+    /// The first fault that fits a call is consumed by it.
     void Add(const MqiFault& fault) { faults_.push_back(fault); }
-    /// The process that was connected is gone.
+    /// Ends the connected process.
     void EndProcess();
 
-    /// Whether a fault has struck that call.
+    /// Whether a fault has struck the call.
     [[nodiscard]] bool HasStruck(Verb verb, int nth) const { return struck_.contains({verb, nth}); }
-    [[nodiscard]] MQLONG LengthFound() const { return lengthFound_; }  ///< by the MQGET that was struck last
-    [[nodiscard]] std::vector<std::string> Left() const;               ///< messages that are not committed
+    [[nodiscard]] MQLONG LengthFound() const { return lengthFound_; }  ///< by the last MQGET that failed
+    [[nodiscard]] std::vector<std::string> Left() const;  ///< the messages that are not committed
 
     struct Call {
         Verb verb;
@@ -57,10 +57,11 @@ class QueueManagerDouble {
     };
     std::vector<Call> calls;
 
-    std::function<void(int milliseconds)> onWait;  ///< an MQGET has waited that long
-    std::function<void(int nth)> onMessage;        ///< MQGET delivers its nth message, counted over all lives
+    std::function<void(int milliseconds)> onWait;  ///< called when an MQGET has waited that long
+    std::function<void(int nth)>
+        onMessage;  ///< called when MQGET delivers its nth message, counted over all attempts
 
-    // For the library's functions.
+    // Called by the library's functions.
     void Connx(MQHCONN* handle, MQLONG* compCode, MQLONG* reason);
     void Open(MQHOBJ* handle, MQLONG* compCode, MQLONG* reason);
     void Get(MQMD* descriptor, const MQGMO& options, MQLONG bufferLength, void* buffer, MQLONG* dataLength,
@@ -75,7 +76,7 @@ class QueueManagerDouble {
         MQLONG backoutCount;
         Place place;
     };
-    /// Counts the call and gives what it is to report; the effect is None for a broken connection.
+    /// Counts the call and returns what it must report. The effect is None for a broken connection.
     MqiFault Begin(Verb verb);
     void Deliver(const MqiFault& fault, MQMD* descriptor, const MQGMO& options, MQLONG bufferLength,
                  void* buffer, MQLONG* dataLength);

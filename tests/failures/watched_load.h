@@ -1,4 +1,4 @@
-// A load whose file calls fail, with each request held against what it promises.
+// A load whose file calls fail. Each request is compared with what it promises.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@ class WatchedLoad {
   public:
     explicit WatchedLoad(bool tlf);
 
-    /// To be called when a life starts, and when the fault has struck under the request that runs.
+    /// To be called when an attempt starts, and when the fault has struck during the running request.
     void Watch(ModuleLife& life);
     void NoteStrike(FileCall call, const Fault& fault);
 
@@ -24,7 +24,7 @@ class WatchedLoad {
 
     bool tlf_;
     FaultPlan* files_ = nullptr;
-    std::optional<FileStrike> struck_;  // by the request that runs, the first time
+    std::optional<FileStrike> struck_;  // the first strike during the running request
     Fault lastFault_{};
     std::size_t requestBegins_ = 0;  // in the log of file calls
     std::size_t callsBefore_ = 0;    // MQ calls
