@@ -27,7 +27,7 @@ class ExpectedError {
     ExpectedError& Info();
 
     [[nodiscard]] std::string Text() const;
-    /// The size allocated for the text, which is what the host is told.
+    /// The size allocated for the text, which the host receives.
     [[nodiscard]] std::uint32_t Size() const;
     /// The lines of the trace file, without their stamp.
     [[nodiscard]] std::vector<std::string> TraceLines() const;
@@ -41,9 +41,9 @@ class ExpectedError {
     std::string reason_;
 };
 
-/// The outcome carries this error text, with its exact size.
+/// Checks that the outcome has this error text, with its exact size.
 testing::AssertionResult Carries(const Outcome& outcome, const ExpectedError& error);
-/// The outcome is pmrcFailure with this error text.
+/// Checks that the outcome is pmrcFailure with this error text.
 testing::AssertionResult FailsWith(const Outcome& outcome, const ExpectedError& error);
-/// The outcome is pmrcOK and there is no error text.
+/// Checks that the outcome is pmrcOK without an error text.
 testing::AssertionResult Succeeds(const Outcome& outcome);

@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-/// What a report text holds besides its NUL.
+/// The size of a report text without its NUL.
 inline constexpr std::size_t kReportTextCharacters = 8191;
 
-/// Separates the folders of a path on the system under test.
+/// Separates the directories of a path on the system under test.
 inline constexpr char kPathDelimiter = static_cast<char>(std::filesystem::path::preferred_separator);
 
-/// The texts of the six banner lines; they bear the numbers 19080, 19081 and 19083 to 19086.
+/// The texts of the six banner lines; they have the numbers 19080, 19081 and 19083 to 19086.
 std::vector<std::string> BannerTexts();
 
 /// The time of day as HH:MM:SS, local.
@@ -44,7 +44,7 @@ class ExpectedReport {
   public:
     ExpectedReport& AddBanner(const std::string& timeOfDay);
     ExpectedReport& AddParameters(const std::string& timeOfDay, const ExpectedParameters& parameters);
-    /// A line of the console form alone.
+    /// A line that only the console form has.
     ExpectedReport& AddConsoleLine(const std::string& line);
 
     [[nodiscard]] const std::string& Console() const { return console_; }

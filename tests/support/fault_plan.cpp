@@ -49,7 +49,7 @@ std::size_t FaultyRead(void* buffer, std::size_t size, std::size_t count, std::F
     Log("read", stream, " " + std::to_string(size * count));
     if (const Fault* fault = plan->Strike(FileCall::Read, NameOf(stream))) {
         const std::size_t done = std::fread(buffer, 1, std::min(fault->transferred, size * count), stream);
-        std::clearerr(stream);  // a read that fails does not tell the end of the file
+        std::clearerr(stream);  // a read that fails does not report the end of the file
         Fail(*fault, stream);
         return done / size;
     }

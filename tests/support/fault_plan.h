@@ -31,7 +31,7 @@ enum class FileCall {
     Allocate
 };
 
-/// One failure. FlushAll is a flush of all streams, which nobody checks: the file's stream is in error
+/// One failure. FlushAll is a flush of all streams, which no one checks: the file's stream is in error
 /// afterwards. Print is formatted text, one call on Linux, the begin of a line on Windows; it is not logged.
 /// It strikes the nth call of its kind that concerns the file, counted from when it was added.
 struct Fault {
@@ -43,7 +43,7 @@ struct Fault {
     bool streamError = true;      ///< Read, Write, Flush: ferror is true afterwards
     bool stays = false;           ///< strikes every later call as well
     std::size_t bytes = 0;        ///< Allocate: the size that fails
-    bool carriedOut = false;  ///< Remove, Rename, Command, Close: done all the same, yet reported as failed
+    bool carriedOut = false;      ///< Remove, Rename, Command, Close: done, but reported as failed
 };
 
 class FaultPlan {
@@ -75,13 +75,13 @@ class FaultPlan {
     };
     std::vector<Point> points;
 
-    /// The module's process is gone: its streams are closed, what they buffered never reaches the files.
+    /// Ends the module's process: its streams are closed, and what they buffered never reaches the files.
     void AbandonStreams();
 
-    /// Called when a fault strikes, before the module learns of it; the call has been logged.
+    /// Called when a fault strikes, before the module notices it; the call has been logged.
     std::function<void(FileCall call, const std::string& file)> onStrike;
 
-    /// What the module's fopen does in truth; std::fopen when empty.
+    /// What the module's fopen really does; std::fopen if empty.
     std::function<std::FILE*(const char* path, const char* mode)> opener;
     /// The module is flushing all streams.
     bool flushingAll = false;
@@ -89,7 +89,7 @@ class FaultPlan {
     /// What the module prints to standard output is dropped.
     bool silent = false;
 
-    // For the replaced functions.
+    // Called by the replaced functions.
     void Note(const std::string& call);
     Fault* Strike(FileCall call, const std::string& subject, std::size_t bytes = 0);
     std::map<std::FILE*, std::string> streams;

@@ -37,8 +37,8 @@ T Fetch(const std::string& block, std::size_t offset) {
     return value;
 }
 
-/// The error text as the request block names it: the reported bytes must be there, with zeros behind the
-/// text.
+/// Reads the error text that the request block names. All the reported bytes must exist, with zeros after
+/// the text.
 void FetchErrorText(const std::string& request, Outcome& outcome) {
     outcome.errorTextLength = Fetch<std::uint32_t>(request, offsetof(RequestBlock, ErrorTextLength));
     outcome.errorTextAddress = Fetch<const char*>(request, offsetof(RequestBlock, ErrorText));

@@ -1,7 +1,7 @@
-// Plays the host: builds the two blocks of a request byte for byte, calls PIDMMain and checks what every call
-// must keep. Each block stands at an odd address and is exactly as long as the fields of its option, so that
-// a sanitizer sees any touch beyond them; bytes that are not the module's to write are filled with 0xA5 and
-// must keep it.
+// Plays the host: builds the two blocks of a request byte for byte, calls PIDMMain and checks what holds for
+// every call. Each block is at an odd address and exactly as long as the fields of its option, so that a
+// sanitizer sees every access beyond them. Bytes that the module must not write are filled with 0xA5 and
+// checked.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 inline constexpr std::uint8_t kHostByte = 0xA5;
 
-/// What a request gave back.
+/// What a request returned.
 struct Outcome {
     ReturnCode returnCode = -1;
     bool hasErrorText = false;

@@ -1,5 +1,5 @@
-// Swaps a C function under the module only: the pointers of the module's own import table are changed, the
-// test program and every other library keep calling the real function.
+// Replaces a C function only for the module: the pointers of the module's own import table are changed, while
+// the test program and every other library continue to call the real function.
 #pragma once
 
 #include <initializer_list>

@@ -1,5 +1,5 @@
-// The ground of every module test: the module loaded as a host loads it, the stand-in MQ library behind it,
-// an empty current directory, and the host's requests as methods.
+// The base of every module test: the module loaded as a host loads it, the stand-in MQ library, an empty
+// current directory, and the host's requests as methods.
 #pragma once
 
 #include <gtest/gtest.h>

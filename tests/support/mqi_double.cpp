@@ -23,7 +23,7 @@ T Next(std::deque<T>& script, const T& otherwise) {
     return outcome;
 }
 
-/// Records the call, lets the test look at it and gives the scripted answer.
+/// Records the call, lets the test examine it and returns the scripted answer.
 MqOutcome Answer(MqCall call, std::deque<MqOutcome>& script, MQLONG* compCode, MQLONG* reason) {
     MqOutcome outcome = Next(script, MqOutcome{});
     call.compCode = outcome.compCode;

@@ -17,8 +17,8 @@ enum class Verb { Connx, Open, Get, Cmit, Back, Close, Disc };
 /// One call as the module made it. Only the arguments of its verb are set.
 struct MqCall {
     Verb verb = Verb::Connx;
-    MQHCONN connection = -1;       ///< handle passed in; for MQCONNX what stood in the output handle
-    MQHOBJ object = -1;            ///< handle passed in; for MQOPEN what stood in the output handle
+    MQHCONN connection = -1;       ///< handle passed in; for MQCONNX what the output handle contained
+    MQHOBJ object = -1;            ///< handle passed in; for MQOPEN what the output handle contained
     MQLONG options = -1;           ///< of MQOPEN and MQCLOSE
     std::string queueManager;      ///< MQCONNX: the 48 bytes of the name
     MQCNO connectOptions{};        ///< MQCONNX
@@ -37,7 +37,7 @@ struct MqCall {
 struct MqOutcome {
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;
-    std::optional<MQLONG> handle{};  ///< MQCONNX, MQOPEN: handle given back; by default 7 and 9 unless failed
+    std::optional<MQLONG> handle{};  ///< MQCONNX, MQOPEN: handle returned; by default 7 and 9 unless failed
     std::function<void()> effect{};  ///< carried out at the call
     std::string objectName{};        ///< MQOPEN: the name put into the descriptor, as for a model queue
 };
@@ -50,7 +50,7 @@ struct MqGetOutcome {
     MQLONG reason = MQRC_NONE;
     std::optional<MQLONG> dataLength{};  ///< by default the number of bytes
     bool leaveDataLength = false;        ///< the output is not written at all
-    MQLONG encoding = MQENC_NATIVE;      ///< what the descriptor comes back with
+    MQLONG encoding = MQENC_NATIVE;      ///< what the descriptor returns
     MQLONG codedCharSetId = 1208;
     std::function<void()> effect{};
 };

@@ -1,4 +1,4 @@
-// What the tests need of the operating system; os_posix.cpp and os_windows.cpp carry it out.
+// What the tests need of the operating system. os_posix.cpp and os_windows.cpp implement it.
 #pragma once
 
 #include <cstdio>
@@ -7,14 +7,14 @@
 
 using LoadedLibrary = void*;
 
-/// Loads a library with all its imports bound. Returns null on failure, with the loader's words in reason.
+/// Loads a library with all its imports bound. Returns null on failure, with the loader's message in reason.
 ///   path   in   as CMake knows it; under Wine a path of the Linux side
 LoadedLibrary LoadLibraryFile(const std::string& path, std::string& reason);
 
-/// Takes the library out of the process. Returns false when it stays: something else has it loaded too.
+/// Unloads the library. Returns false if it stays because something else has loaded it too.
 bool UnloadLibraryFile(LoadedLibrary library, const std::string& path);
 
-/// The address of an exported name, or null.
+/// Returns the address of an exported name, or null.
 void* FindSymbol(LoadedLibrary library, const char* name);
 
 /// A path that CMake wrote into the test, as a program on the system under test must spell it.
@@ -34,16 +34,16 @@ void SetStreamError(std::FILE* stream);
 /// Closes the stream as the death of its process does: what it buffers never reaches the file.
 void AbandonStream(std::FILE* stream);
 
-/// Puts standard output into a file and back.
+/// Redirects standard output to a file, and restores it.
 ///   RedirectStandardOutput returns a token for RestoreStandardOutput, or -1
 int RedirectStandardOutput(const std::string& path);
 void RestoreStandardOutput(int token);
 
-/// A crash ends the process at once, without a dialog or debugger.
+/// Makes a crash end the process immediately, without a dialog or debugger.
 void MakeCrashesQuiet();
 
-/// Ends a test program whose tests are over. Under Wine at once: a process there now and then hangs in its
-/// exit.
+/// Ends a test program whose tests are over. Under Wine it ends immediately, because a process there
+/// sometimes hangs at its exit.
 [[noreturn]] void EndTestProgram(int exitCode);
 
 /// Closes streams that the module left open by design, so that the files can be deleted where the system

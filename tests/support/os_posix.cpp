@@ -151,7 +151,7 @@ std::vector<void**> ImportSlots(LoadedLibrary library, const char* name) {
 void WriteImportSlot(void** slot, void* value) {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     const auto start = reinterpret_cast<std::uintptr_t>(slot) / page * page;
-    // The pages hold pointers only and stay writable: nobody but the test depends on their protection.
+    // The pages contain only pointers and stay writable. Nothing but the test depends on their protection.
     mprotect(PointerTo<void>(start), page, PROT_READ | PROT_WRITE);
     *slot = value;
 }

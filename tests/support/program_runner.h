@@ -1,4 +1,4 @@
-// Runs a program with arguments and tells its exit code and what it printed: the end-to-end tests' view of
+// Runs a program with arguments and returns its exit code and what it printed: the end-to-end tests' view of
 // mqam.
 #pragma once
 
@@ -12,7 +12,7 @@ struct ProgramResult {
     std::string standardError;   ///< with Unix line ends
 };
 
-/// A program that runs. Its standard output and error go to files in a folder of the caller.
+/// A running program. Its standard output and error go to files in a directory of the caller.
 class RunningProgram {
   public:
     /// `environment` is added to the caller's own. Standard input is empty.

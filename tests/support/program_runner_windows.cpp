@@ -8,7 +8,7 @@
 
 namespace {
 
-// Under load Wine now and then does not start a program at all.
+// Under load, Wine sometimes does not start a program at all.
 constexpr int kStarts = 4;
 constexpr DWORD kStartPauseMilliseconds = 200;
 

@@ -1,19 +1,19 @@
-// This very test program, started again: so a test has a second process at hand. The program is to be run for
-// one test at a time, as ctest does; that test then finds out which of the two processes it is in.
+// The running test program, started a second time, so that a test has two processes. The program must be run
+// for one test at a time. That test then finds out which of the two processes it is in.
 #pragma once
 
 #include <string>
 #include <vector>
 
-/// The part that the test is to play: empty in the process that the test runner started.
+/// The part that the test must play; empty in the process that the test runner started.
 [[nodiscard]] std::string PartToPlay();
 
-/// From now on a program started by this process plays `part`.
+/// Makes every program that this process starts from now on play `part`.
 void GiveOutPart(const std::string& part);
 
-/// Path and arguments with which this very test is started again.
+/// Returns the path and the arguments with which the running test is started again.
 [[nodiscard]] std::string ThisProgram();
 [[nodiscard]] std::vector<std::string> ArgumentsForThisTest();
 
-/// From now on a worker that RunWorker starts is this very test, and plays `part`.
+/// Makes every worker that RunWorker starts from now on the running test, which plays `part`.
 void MakeThisTestTheWorker(const std::string& part);

@@ -1,4 +1,4 @@
-// A folder of its own for one test, gone afterwards.
+// A directory for one test, which is removed afterwards.
 #pragma once
 
 #include <chrono>
@@ -9,8 +9,8 @@
 class TestDirectory {
   public:
     TestDirectory() {
-        // One process a test, started in any number side by side: the address of a local tells two of one
-        // moment apart.
+        // Tests run in processes that start at the same time. The address of a local variable distinguishes
+        // two that start at the same moment.
         const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
         const auto place = reinterpret_cast<std::uintptr_t>(&ticks);
         root_ = std::filesystem::temp_directory_path() /

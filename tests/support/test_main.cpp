@@ -19,8 +19,8 @@ void Tell(const std::string& path, const std::string& text) {
     }
 }
 
-// For the runner of Windows programs, scripts/wine-run: the file is there once the program lives, and holds
-// the exit code once its tests are over. Programs that tests start are not to write it.
+// For scripts/wine-run, which runs Windows programs: the file exists once the program has started, and
+// contains the exit code once its tests are over. Programs that tests start must not write it.
 std::string TakeStartedFile() {
     const char* path = std::getenv(kStartedFile);
     if (path == nullptr) return {};

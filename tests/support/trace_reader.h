@@ -9,7 +9,7 @@
 /// kept.
 std::string WithoutStamp(const std::string& line);
 
-/// Splits at "\n"; a text that ends with a line end has no empty line behind it.
+/// Splits at "\n". A text that ends with a line end has no empty last line.
 std::vector<std::string> SplitLines(const std::string& text);
 
 /// A trace line as the routine writes it, without its stamp: "PIDMMain(info): text".
@@ -27,7 +27,7 @@ class TraceReader {
     [[nodiscard]] std::vector<std::string> Lines() const;
     /// The lines written since the last call of NewLines or Skip.
     std::vector<std::string> NewLines();
-    /// Passes over what is there already.
+    /// Skips what is there already.
     void Skip() { NewLines(); }
 
   private:

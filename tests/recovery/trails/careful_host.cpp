@@ -1,4 +1,5 @@
-// The host that keeps every rule of model/README.md: what RestartedLoad goes on with when a trail is played.
+// The host that keeps every rule of model/README.md, with which RestartedLoad continues after a trail was
+// played.
 #include <filesystem>
 
 #include "tests/recovery/trails/restarted_load.h"
@@ -32,8 +33,8 @@ std::string RestartedLoad::Finish() {
     return "one attempt after another, and none is the last";
 }
 
-/// What is there before Open. Returns false, with failure_, when nothing may be opened; goBack tells whether
-/// SetPos finds a record.
+/// Inspects the files before Open. Returns false, with failure_, if nothing may be opened; goBack says
+/// whether SetPos finds a record.
 bool RestartedLoad::PrepareFiles(bool& goBack) {
     RestartFiles files = LookAtRestartFiles();
     const std::vector<std::string> temporary = TemporaryFiles(files);

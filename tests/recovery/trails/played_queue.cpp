@@ -88,7 +88,7 @@ void PlayedQueue::Move(Stands from, Stands to) {
     }
 }
 
-/// A sender commits at the latest when nothing else is left.
+/// A sender commits no later than when nothing else is left.
 int PlayedQueue::FirstOnQueue() {
     for (const Stands wanted : {Stands::OnQueue, Stands::Unsent}) {
         for (auto& [number, message] : messages) {

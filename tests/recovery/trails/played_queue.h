@@ -1,6 +1,6 @@
-// The queue of one load behind the stand-in MQ library: numbered messages, the unit of work of the process
-// that reads them, and what becomes of it when that process is over. It answers one Read at a time: a test
-// says before it what the next MQGET meets.
+// The queue of one load, which the stand-in MQ library serves: numbered messages, the unit of work of the
+// process that reads them, and what happens to it when that process is over. It answers one Read at a time. A
+// test says before it what the next MQGET meets.
 #pragma once
 
 #include <map>
@@ -9,15 +9,15 @@
 #include "tests/support/fake_clock.h"
 #include "tests/support/mqi_double.h"
 
-/// RWAIT's default, after which an input that brings nothing ends; and a time-out that fires before.
+/// RWAIT's default, after which an input without messages ends; and a time-out that fires earlier.
 inline constexpr int kReadWaitSeconds = 15;
 inline constexpr int kTimeoutSeconds = 5;
 
 enum class Stands {
     Unsent,   ///< put in a unit of work that its sender has not committed
     OnQueue,  ///< can be got
-    InUnit,   ///< got, in the unit of work of the process that runs
-    InLimbo,  ///< got, in that of a process that is over, which the queue manager has not noticed
+    InUnit,   ///< got, in the unit of work of the running process
+    InLimbo,  ///< got by a process that is over, which the queue manager has not noticed yet
     Gone
 };
 
@@ -31,7 +31,7 @@ struct QueuedMessage {
 /// What the next MQGET meets.
 enum class GetMeets {
     Queue,
-    FailureConnected,  ///< no data, the connection lives: the queue is inhibited for gets
+    FailureConnected,  ///< no data, the connection works: the queue inhibits gets
     FailureBroken,     ///< no data, the connection is broken
     Warning,           ///< the first message, with a warning
     Timeout            ///< nothing, until TIMEOUT_SECONDS are over
@@ -52,14 +52,14 @@ class PlayedQueue {
     /// The message that the last MQGET delivered; 0 for none.
     [[nodiscard]] int Delivered() const { return delivered_; }
 
-    /// The process that reads is over.
+    /// Ends the process that reads.
     ///   noticed  in  the queue manager backs its unit of work out at once
     void LoseConnection(bool noticed);
-    /// The queue manager backs out what is in limbo.
+    /// Makes the queue manager back out what is in limbo.
     void NoticeDeaths();
     [[nodiscard]] bool AnyInLimbo() const;
 
-    /// The numbers of the messages that are not gone, as "2 3".
+    /// Returns the numbers of the messages that are not gone, as "2 3".
     [[nodiscard]] std::string Waiting() const;
 
   private:

@@ -1,6 +1,6 @@
-// Each counter-example of the model, played against the module: the host does what the trail says, without
-// the rule, and the damage is there. Then a host that keeps all rules finishes the load, which shows what is
-// left of it, or what it is stuck at. A test's name begins with that of its trail; a target "1 1 2 3" holds
+// Each counter-example of the model, played against the module. The host does what the trail says, without
+// the rule, and the damage happens. Then a host that keeps all rules finishes the load, which shows what is
+// left of it, or where it is stuck. A test's name begins with that of its trail. A target "1 1 2 3" contains
 // message 1 twice.
 #include <gmock/gmock.h>
 
@@ -14,7 +14,7 @@ using testing::HasSubstr;
 
 constexpr char kNoFile[] = "a position is stored, and no checkpoint file is there";
 
-/// A name that a test can bear.
+/// Makes a name that a test can have.
 std::string TestName(std::string trail) {
     for (char& c : trail) {
         if (c == '-') c = '_';
@@ -160,7 +160,7 @@ TEST_F(Trail, H9_log_ReadingOnSkipsARecordThatWasCommitted) {
     EXPECT_EQ(Target(), "2 3");
 }
 
-/// Bytes that look like a record in a message show what is read there.
+/// The message contains bytes that look like a record, which show what is read there.
 TEST_F(Trail, H9_read_ReadingOnInTheMiddleOfARecordReturnsItsBytes) {
     bytesOfMessage1 = std::string("\5\0\0\0\0\0\0\0", 8) + "inner";
     EXPECT_EQ(Play("H9-read"), "garbled: the replay continues in the middle of a record");
@@ -230,7 +230,7 @@ TEST_F(Trail, H17_ReadingAfterAFailedSetPosDropsTheRecordsOfTheFile) {
     EXPECT_EQ(Target(), "2 3");
 }
 
-/// Nothing is lost in the end, but the order is another one: H21_order shows where that leads.
+/// Nothing is lost in the end, but the order changes. H21_order shows the consequence.
 TEST_F(Trail, H21_AMessageThatIsBackedOutLateComesBehindAYoungerOne) {
     EXPECT_EQ(Play("H21"), "lost: message 1");
     EXPECT_EQ(Finish(), "");
@@ -330,7 +330,7 @@ TEST_F(Trail, L4_shared_AMessageBackedOutGoesToAnotherLoadToo) {
     EXPECT_EQ(Target(), "1 2 3") << "and 1 in the other load's";
 }
 
-/// What a loss of power takes from the file is cut off.
+/// The test cuts off what a power failure takes from the file.
 TEST_F(Trail, L5_power_ARecordCommittedAndNotOnTheDiskIsLost) {
     EXPECT_EQ(Play("L5-power"), "lost: message 1");
     EXPECT_EQ(Finish(), "");
@@ -344,7 +344,7 @@ TEST_F(Trail, L6_clock_TwoSlowFailuresInARowLookLikeTheEnd) {
     EXPECT_EQ(queue.Waiting(), "1 2 3");
 }
 
-/// The careful host itself, which the other tests measure by.
+/// Tests the careful host itself, on which the other tests rely.
 TEST_F(CarefulHost, StoresEveryMessageOnce) {
     PutMessages();
     EXPECT_EQ(Finish(), "");

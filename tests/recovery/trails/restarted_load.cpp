@@ -45,7 +45,7 @@ void RestartedLoad::StartProcess() {
     faults.reset();
     RestartFiles files = LookAtRestartFiles();
     if (life > 0) LoadAnotherModule();
-    // Here all lives are one process, but each has temporary files that bear a number of its own.
+    // All attempts are one process here, but each has temporary files with a number of its own.
     RestartFiles numbered;
     for (auto& [name, bytes] : files) {
         const bool ours = name == kTemporaryPrefix + std::to_string(ProcessId());

@@ -1,10 +1,10 @@
 // A load that is restarted until it is done, in one test process: the host with its target and its stored
-// position, the module anew for every life, and the queue manager. The host does what it is told, also what
-// its rules forbid; Finish goes on with a host that keeps all of them.
+// position, a freshly loaded module for every attempt, and the queue manager. The host does what a test says,
+// even what its rules forbid. Finish continues with a host that keeps all of them.
 //
-// A death is a look at the files and at the queue in the middle of a request: what the request does after it
-// is undone before the next life. What a stream had not flushed is not in the files then, as after a real
-// death.
+// A crash is a copy of the files and of the queue in the middle of a request. What the request does
+// afterwards is undone before the next attempt. What a stream had not flushed is not in the files then, as
+// after a real crash.
 #pragma once
 
 #include <cstddef>
@@ -19,18 +19,19 @@
 #include "tests/support/fault_plan.h"
 #include "tests/support/module_fixture.h"
 
-/// How much of what the streams still hold a death leaves in the files.
+/// How much of what the streams still hold a crash leaves in the files.
 enum class Leaves {
     Flushed,      ///< only what was flushed before
     All,          ///< all of it, as the end of a process leaves it that flushes its streams
-    RecordInPart  ///< all but the end of the last record: its length, and some bytes behind it
+    RecordInPart  ///< the last record is incomplete: its length, and some of its bytes
 };
 
-/// A position that GetPos gave, and what the host counts by it.
+/// A position that GetPos returned, and what the host had counted by then.
 struct HostPosition {
     PositionData data{};
     std::size_t records = 0;  ///< in the target
-    bool repeat = false;  ///< a record was returned before GetPos in that life: after SetPos it comes again
+    bool repeat =
+        false;  ///< a record was returned before GetPos in that attempt: after SetPos it comes again
 };
 
 class RestartedLoad : public ModuleFixture {
@@ -40,18 +41,18 @@ class RestartedLoad : public ModuleFixture {
 
     // Processes.
 
-    /// A new process, with what the one before left. Does not look at what it finds.
+    /// Starts a new process with the files of the previous one, without examining them.
     void StartProcess();
-    /// The process is over, without Close.
+    /// Ends the process without Close.
     void EndProcess();
-    /// The process dies in the next request, before the first call that begins with these words: a file call
-    /// as FaultPlan logs it, or "before GET", "after GET", "before CMIT", "after CMIT" ... of MQ. It leaves
-    /// all that the streams hold, unless leaves says something else.
-    ///   behind  in  what must have come before, in the same words
+    /// Makes the process die in the next request, before the first call whose description begins with this
+    /// text: a file call as FaultPlan logs it, or "before GET", "after GET", "before CMIT", "after CMIT" ...
+    /// of MQ. It leaves everything that the streams hold, unless `leaves` says otherwise.
+    ///   behind  in  the description of a call that must have come before
     void DieAt(const std::string& event, const std::string& behind = "");
     Leaves leaves = Leaves::All;
-    /// To be called behind a request: puts back how things stood at the death, and ends the process. False
-    /// when none was planned.
+    /// To be called after a request: restores the files and the queue as they were at the crash, and ends the
+    /// process. Returns false if no crash was planned.
     bool DiedInRequest();
     bool noticed = true;  ///< whether the queue manager notices the next end of a process at once
 
@@ -59,22 +60,22 @@ class RestartedLoad : public ModuleFixture {
 
     void InitModule(const std::string& keywords, bool preserve);
     Outcome OpenModule();
-    /// Returns the position given; none when the request carried one out or failed.
+    /// Returns the position; none if the request carried a checkpoint out or failed.
     void TakePosition();
     void StorePosition();
     Outcome GoBack();
-    /// One Read, with the target written and the time taken.
+    /// Calls Read once, writes the target and measures the time.
     void ReadOne(GetMeets meets = GetMeets::Queue, bool slowly = false);
     Outcome CloseModule();
 
-    /// A host that keeps the rules goes on, in the life that runs and in new ones, until the load is done.
-    /// Returns "", or why it is stuck: the error text that three lives in a row ended with, or its own
-    /// refusal.
+    /// Continues with a host that keeps the rules, in the running attempt and in new ones, until the load is
+    /// done. Returns "", or the reason why it is stuck: the error text with which three attempts in a row
+    /// ended, or its own refusal.
     std::string Finish();
 
-    // How things stand.
+    // The state of the load.
 
-    /// The records in the target as message numbers, "1 2 2"; one that nobody sent in quotes.
+    /// Returns the records in the target as message numbers, "1 2 2"; one that no one sent is in quotes.
     [[nodiscard]] std::string Target() const;
     [[nodiscard]] std::string NameOf(const std::string& record) const;
 
@@ -82,19 +83,19 @@ class RestartedLoad : public ModuleFixture {
     std::unique_ptr<FaultPlan> faults;
     std::unique_ptr<FakeClock> clock;
 
-    // The host: kept from life to life.
+    // The host's variables that are kept from attempt to attempt.
     std::vector<std::string> target;
-    std::size_t durable = 0;  ///< records that would outlive the host
+    std::size_t durable = 0;  ///< records that would survive the host
     std::optional<HostPosition> stored;
     int life = 0;
 
-    // The host: gone with the life.
+    // The host's variables that are lost with the attempt.
     bool running = false;
     bool initialized = false;
-    std::optional<HostPosition> given;  ///< by the last GetPos, not stored yet
-    bool returned = false;              ///< a record in this life
+    std::optional<HostPosition> given;  ///< what the last GetPos returned, not stored yet
+    bool returned = false;              ///< a record was returned in this attempt
     bool expectsRepeat = false;         ///< the next record is the one before the position
-    bool positionDue = false;           ///< SetPos was called and no GetPos since
+    bool positionDue = false;           ///< SetPos was called, and GetPos was not called since
     std::string repeat;                 ///< the record taken for the one before the position
     ReadOutcome lastRead;
     bool lastReadSlow = false;  ///< it took RWAIT

@@ -14,7 +14,7 @@ std::filesystem::path Folder() {
     return NativePath(MQAMOD_TRAIL_FOLDER);
 }
 
-/// "-DRULE_H1=0 -DN=4" among other words.
+/// Finds definitions such as "-DRULE_H1=0 -DN=4" in the line.
 std::map<std::string, int> Definitions(const std::string& command) {
     std::map<std::string, int> definitions;
     std::istringstream words(command);

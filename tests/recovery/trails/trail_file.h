@@ -1,5 +1,5 @@
 // The counter-examples of the model of a restarted load: model/trails/*.txt, lists of what a host does in one
-// process after the other and of what happens inside each call. How to read one stands in model/README.md.
+// process after another and of what happens inside each call. model/README.md explains how to read them.
 #pragma once
 
 #include <cstddef>
@@ -18,12 +18,13 @@ struct TrailFile {
     std::vector<TrailLine> lines;
 };
 
-/// The names of the trails in model/trails, sorted.
+/// Returns the names of the trails in model/trails, sorted.
 std::vector<std::string> TrailNames();
-/// A file that cannot be read fails the test and is empty.
+/// Reads a trail. A file that cannot be read fails the test and is empty.
 TrailFile ReadTrail(const std::string& name);
-/// Lines written in a test.
+/// Parses lines that are written in a test.
 std::vector<TrailLine> TrailLines(const std::string& text);
 
-/// Whether the text is the pattern, in which every # stands for a number; numbers receives them.
+/// Returns whether the text matches the pattern, in which every # stands for a number; `numbers` receives
+/// them.
 bool MatchesPattern(const std::string& text, const std::string& pattern, std::vector<int>& numbers);

@@ -8,7 +8,7 @@ constexpr int kMessages = 3;
 
 }  // namespace
 
-/// The words of the trails.
+/// The lines that trails can have.
 struct TrailRows {
     static constexpr Trail::Row kHost[] = {
         {"Init, PRESERVE_RESTART_INFO YES, Open -> 0", &Trail::InitOpen},
@@ -94,7 +94,7 @@ int Trail::Defined(const std::string& name, int otherwise) const {
     return found == trail_.definitions.end() ? otherwise : found->second;
 }
 
-/// Messages of different lengths, none of which another begins with, unless a switch says so.
+/// Makes messages of different lengths. None begins with the bytes of another, unless a switch says so.
 void Trail::PutMessages() {
     for (int number = 1; number <= Defined("N", kMessages); ++number) {
         QueuedMessage message;
@@ -160,7 +160,7 @@ void Trail::PlayBlock(const std::vector<TrailLine>& block) {
     for (const Found& found : before)
         (this->*found.step)(found.numbers);
     (this->*row->before)(own);
-    // Further lines of a request in which the process died tell what happened before: the files show it.
+    // The other lines of a request in which the process died say what happened before. The files show that.
     if (DiedInRequest()) {
         if (losesLastRecord_) {
             RestartFiles files = LookAtRestartFiles();

@@ -1,5 +1,5 @@
-// Plays a trail of the model against the module: every line is done, or is compared with what the module did.
-// A line that the player does not know fails the test.
+// Plays a trail of the model against the module. Every line is carried out, or compared with what the module
+// did. A line that the player does not know fails the test.
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@ class Trail : public RestartedLoad {
   public:
     using Numbers = std::vector<int>;
     using Step = void (Trail::*)(const Numbers&);
-    /// A line of a trail. A detail, which stands below what the host does, can have a part that is done
-    /// before the request and one that is compared afterwards.
+    /// A line of a trail. A detail, which is below what the host does, can have a part that is done before
+    /// the request and one that is compared afterwards.
     struct Row {
         const char* pattern;
         Step before;
@@ -23,18 +23,18 @@ class Trail : public RestartedLoad {
   protected:
     /// Plays model/trails/NAME.txt. Returns the damage that it ends with, without "ERROR: ".
     std::string Play(const std::string& name);
-    /// Plays further lines.
+    /// Plays more lines.
     void GoOn(const std::string& lines);
 
-    /// Whether the host of the trail keeps the rule.
+    /// Returns whether the host of the trail keeps the rule.
     [[nodiscard]] bool Keeps(const std::string& rule) const;
     [[nodiscard]] int Defined(const std::string& name, int otherwise) const;
 
-    /// Puts the messages of the trail on the queue; without one, three.
+    /// Puts the messages of the trail on the queue, or three if there is no trail.
     void PutMessages();
 
-    std::string bytesOfMessage1;  ///< when the trail does not say
-    bool done = false;            ///< the host called the load done
+    std::string bytesOfMessage1;  ///< if the trail does not define it
+    bool done = false;            ///< the host declared the load done
 
   private:
     friend struct TrailRows;
@@ -66,7 +66,7 @@ class Trail : public RestartedLoad {
     void LoseToOther(const Numbers&);
     void CallDone(const Numbers&);
 
-    // What happens in it.
+    // What happens inside a request.
     void DieAfterGet(const Numbers&);
     void DieInSave(const Numbers&);
     void DieAfterCommit(const Numbers&);
@@ -109,7 +109,7 @@ class Trail : public RestartedLoad {
     std::string error_;
     bool logged_ = false;  ///< a message log is kept
 
-    // One thing that the host does.
+    // One step of the host.
     std::string request_;
     GetMeets meets_ = GetMeets::Queue;
     bool slowly_ = false;

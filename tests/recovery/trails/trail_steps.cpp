@@ -1,4 +1,4 @@
-// What the lines of a trail mean: the steps of the table in trail_player.cpp.
+// The meaning of the lines of a trail: the steps of the table in trail_player.cpp.
 #include <algorithm>
 
 #include "tests/recovery/trails/trail_player.h"
@@ -95,7 +95,7 @@ void Trail::CallDone(const Numbers& numbers) {
     done = true;
 }
 
-// What happens in it.
+// What happens inside a request.
 
 void Trail::DieAfterGet(const Numbers&) {
     DieAt("after GET");
@@ -184,7 +184,7 @@ void Trail::FailTemporary(const Numbers&) {
     FailFile(FileCall::Flush, 1, kTemporaryPrefix);
 }
 
-/// Of the two reads of a record, its length and its bytes, the second.
+/// The second of the two reads of a record: first its length is read, then its bytes.
 void Trail::FailReplay(const Numbers&) {
     FailFile(FileCall::Read, 2);
 }
@@ -193,8 +193,8 @@ void Trail::FailSetPos(const Numbers&) {
     FailFile(FileCall::Read, 1);
 }
 
-/// A write that failed leaves its mark on the stream, and nothing is committed behind it any more; a place
-/// that could not be told leaves none.
+/// A failed write sets the stream's error indicator, and nothing is committed after it. An offset that could
+/// not be determined does not set it.
 void Trail::FailPlace(const Numbers&) {
     faults->Add({.call = FileCall::Tell, .file = kCheckpointFile, .streamError = false});
 }
@@ -224,8 +224,8 @@ void Trail::BeSlow(const Numbers&) {
     slowly_ = true;
 }
 
-/// An end that comes late by itself needs nothing; one that would be quick is late when the clock of the
-/// trail errs.
+/// An end of input that is late anyway needs nothing. One that would be quick is made late, as if the clock
+/// erred.
 void Trail::BeSlowByClock(const Numbers&) {
     if (Defined("CLOCK", 1) == 0) slowly_ = true;
 }
@@ -267,7 +267,7 @@ void Trail::CheckTimeout(const Numbers&) {
     EXPECT_EQ(lastRead.returnCode, pmrcTimeout);
 }
 
-/// Of a Read or of SetPos, the only request in its life.
+/// For a Read, or for a SetPos that is the only request in its attempt.
 void Trail::CheckFailure(const Numbers&) {
     EXPECT_EQ(lastSetPos.returnCode == pmrcFailure ? lastSetPos.returnCode : lastRead.returnCode,
               pmrcFailure);
