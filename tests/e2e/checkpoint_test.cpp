@@ -48,12 +48,11 @@ TEST_F(CheckpointCommand, ShowListsEachRecordWithOffsetLengthAndFirstBytes) {
     EXPECT_EQ(
         result.standardOutput,
         Path() +
-            ": 40 bytes, checkpoint 5, 2 records (8 bytes of data); 12 bytes from offset 28 on are no whole "
-            "record\n"
+            ": 40 bytes, checkpoint 5, 2 records (8 bytes of data); 12 bytes from offset 28 to the end are not a complete record\n"
             "      offset     length  begins\n"
             "           4          3  6f 6e 65                                         |one|\n"
             "          15          5  00 ff 74 77 6f                                   |..two|\n"
-            "(--position or --restart-file tells what a restart would do)\n");
+            "(give --position or --restart-file to see what a restart would do)\n");
 }
 
 TEST_F(CheckpointCommand, ShowLeavesOutTheMiddleOfALongFileUnlessAllIsGiven) {
@@ -91,14 +90,14 @@ TEST_F(CheckpointCommand, ShowTellsWhatARestartWithAPositionWouldDo) {
         "  first: delete " +
         Path("MQAMtmp.4711") +
         " (a rewrite was interrupted; its records are in the checkpoint file)\n"
-        "  the load goes on behind checkpoint 6: " +
-        Path() + " gives back the last record loaded, to be compared, then the queue is read\n";
+        "  the load resumes after checkpoint 6: " +
+        Path() + " returns the last record loaded, to be compared, then the queue is read\n";
     EXPECT_TRUE(result.standardOutput.ends_with(expected)) << result.standardOutput;
     const ProgramResult refused = Run("show", {"--position", "04" + position.substr(2)});
     EXPECT_EQ(refused.exitCode, 0);
     EXPECT_NE(refused.standardOutput.find("\n  refused: " + Path() +
                                           " belongs to checkpoint 5, the stored position to "
-                                          "checkpoint 4: the file has moved on"),
+                                          "checkpoint 4: the file is newer"),
               std::string::npos)
         << refused.standardOutput;
     EXPECT_TRUE(fs::exists(Path("MQAMtmp.4711")));
@@ -132,9 +131,9 @@ TEST_F(CheckpointCommand, VerifyOfAnIntactFileNamesWhatCannotBeKnown) {
         Path() +
             " is intact\n"
             "  bytes 0 to 3: the sequence number: checkpoint 5\n"
-            "  bytes 4 to 25: 2 whole records\n"
-            "Not known: the format has no checksum. Bytes changed inside a record or in the sequence number "
-            "do\nnot show, and neither does a file that lost whole records at its end.\n");
+            "  bytes 4 to 25: 2 complete records\n"
+            "Not known: the format has no checksum. Changed bytes inside a record or in the sequence number\n"
+            "cannot be detected, and neither can the loss of complete records at the end of the file.\n");
 }
 
 TEST_F(CheckpointCommand, VerifyTellsATornRecord) {
@@ -145,8 +144,8 @@ TEST_F(CheckpointCommand, VerifyTellsATornRecord) {
         result.standardOutput.starts_with(Path() +
                                           " is incomplete\n"
                                           "  bytes 0 to 3: the sequence number: checkpoint 5\n"
-                                          "  bytes 4 to 14: 1 whole record\n"
-                                          "  bytes 15 to 26: a record length of 50, and 4 bytes behind it\n"
+                                          "  bytes 4 to 14: 1 complete record\n"
+                                          "  bytes 15 to 26: a record length of 50, and 4 bytes after it\n"
                                           "Known: a crash in the middle of an append leaves exactly this."))
         << result.standardOutput;
 }
@@ -158,16 +157,16 @@ TEST_F(CheckpointCommand, VerifyNamesTheDamagedBitOfALengthAndWhatIsMisread) {
     WriteBytesTo(Path(), bytes);
     const ProgramResult result = Run("verify");
     EXPECT_EQ(result.exitCode, 10);
-    EXPECT_TRUE(
-        result.standardOutput.starts_with(Path() +
-                                          " is damaged\n"
-                                          "  bytes 0 to 3: the sequence number: checkpoint 5\n"
-                                          "  bytes 4 to 14: 1 whole record\n"
-                                          "  bytes 15 to 57: read as 1 whole record, probably wrongly\n"
-                                          "  bytes 58 to 59: the beginning of a record length, of 8 bytes\n"
-                                          "Known: one bit of the record length at offset 15 is probably "
-                                          "wrong. Were the length 3, 2 whole\nrecords "
-                                          "from offset 26 on would lead exactly to the end of the file.\n"))
+    EXPECT_TRUE(result.standardOutput.starts_with(
+        Path() +
+        " is damaged\n"
+        "  bytes 0 to 3: the sequence number: checkpoint 5\n"
+        "  bytes 4 to 14: 1 complete record\n"
+        "  bytes 15 to 57: read as 1 complete record, probably wrongly\n"
+        "  bytes 58 to 59: the beginning of a record length (8 bytes)\n"
+        "Known: one bit of the record length at offset 15 is probably "
+        "wrong. With the length 3, 2 complete\n"
+        "records from offset 26 would lead exactly to the end of the file.\n"))
         << result.standardOutput;
 }
 
@@ -178,7 +177,7 @@ TEST_F(CheckpointCommand, VerifyTellsALengthThatNoRecordHas) {
     EXPECT_NE(result.standardOutput.find(
                   "  bytes 15 to 25: a record length of 513105426295, above the largest record "
                   "(100), and what follows it\n"
-                  "Known: no crash of the module leaves this. Where the next record begins"),
+                  "Known: no crash of the module leaves this. The start of the next record"),
               std::string::npos)
         << result.standardOutput;
 }
@@ -194,8 +193,8 @@ TEST_F(CheckpointCommand, RepairWithoutATerminalShowsItsStepsAndChangesNothing) 
     WriteBytesTo(Path(), bytes + kTorn);
     const ProgramResult result = Run("repair");
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.standardOutput.starts_with("copy " + Path() + " from offset 15 on to " + Path() +
-                                                  ".torn\ncut " + Path() + " to 15 bytes"))
+    EXPECT_TRUE(result.standardOutput.starts_with("copy " + Path() + ", from offset 15 to its end, to " +
+                                                  Path() + ".torn\ntruncate " + Path() + " to 15 bytes"))
         << result.standardOutput;
     EXPECT_NE(result.standardError.find("nothing was changed"), std::string::npos) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), bytes + kTorn);
@@ -210,7 +209,7 @@ TEST_F(CheckpointCommand, RepairWithYesMakesItsStepsAndThenFindsNothing) {
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_NE(result.standardOutput.find("\ndone\nA restart with the position"), std::string::npos)
         << result.standardOutput;
-    EXPECT_NE(result.standardOutput.find("  the load goes on behind checkpoint 5"), std::string::npos);
+    EXPECT_NE(result.standardOutput.find("  the load resumes after checkpoint 5"), std::string::npos);
     EXPECT_EQ(ReadFileIfAny(Path()), bytes);
     EXPECT_TRUE(fs::exists(Path("load.ckpt.kept")));
     const ProgramResult again = Run("repair");
@@ -224,7 +223,7 @@ TEST_F(CheckpointCommand, RepairOfADamagedFileChangesNothing) {
     WriteBytesTo(Path(), bytes);
     const ProgramResult result = Run("repair", {"--yes"});
     EXPECT_EQ(result.exitCode, 10);
-    EXPECT_NE(result.standardError.find("is damaged and nothing is changed"), std::string::npos)
+    EXPECT_NE(result.standardError.find("is damaged, so nothing is changed"), std::string::npos)
         << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), bytes);
 }
@@ -255,7 +254,7 @@ int RepairOnATerminal(
     int status = 0;
     waitpid(child, &status, 0);
     close(terminal);
-    EXPECT_NE(shown.find("No load may be running on this file. Do this?"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("No load may be using this file. Make these changes?"), std::string::npos) << shown;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -339,9 +338,9 @@ TEST_F(CheckpointOfALoad, ShowTellsWhatARestartWouldDoWithTheStoredPosition) {
     EXPECT_TRUE(result.standardOutput.ends_with(
         "A restart with the position 05000000080000004d00000000000000 (checkpoint 5, taken after 8 records, "
         "offset 77):\n"
-        "  the load goes on behind checkpoint 5: " +
+        "  the load resumes after checkpoint 5: " +
         Path() +
-        " gives back the last record loaded, to be compared, and 1 record behind it, then the queue is "
+        " returns the last record loaded, to be compared, and replays 1 record after it, then the queue is "
         "read\n"))
         << result.standardOutput;
 }
@@ -350,7 +349,7 @@ TEST_F(CheckpointOfALoad, VerifyTellsWhetherTheLoadCanGoOnWithAnIntactFile) {
     ProgramResult result = RunWithState("verify");
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_NE(result.standardOutput.find(" is intact\n"), std::string::npos);
-    EXPECT_NE(result.standardOutput.find("  the load goes on behind checkpoint 5"), std::string::npos)
+    EXPECT_NE(result.standardOutput.find("  the load resumes after checkpoint 5"), std::string::npos)
         << result.standardOutput;
     state_.position = MakePosition(9, 8, 77);
     result = RunWithState("verify");
@@ -362,9 +361,9 @@ TEST_F(CheckpointOfALoad, VerifyTellsWhetherTheLoadCanGoOnWithAnIntactFile) {
 
 TEST_F(CheckpointOfALoad, ARecordThatIsNotTheLastOneLoadedIsTold) {
     state_.lastRecordDigest = DigestOf("two", 3);
-    const std::string words = "  refused then: the record at offset 4 of " + Path() +
+    const std::string words = "  then refused: the record at offset 4 of " + Path() +
                               " is not the last one loaded: the checkpoint file or the restart file is "
-                              "another load's or a backup; give the right file back\n";
+                              "another load's or a backup; restore the right file\n";
     ProgramResult result = RunWithState("show");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(result.standardOutput.ends_with(words)) << result.standardOutput;
@@ -397,7 +396,7 @@ TEST_F(CheckpointOfALoad, ALoadThatHasStoredNothingYetBegins) {
     EXPECT_TRUE(
         result.standardOutput.ends_with("A restart without a stored position:\n"
                                         "  nothing is stored and no record waits in " +
-                                        Path() + ": the load begins\n"))
+                                        Path() + ": a new load begins\n"))
         << result.standardOutput;
 }
 

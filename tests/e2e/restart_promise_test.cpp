@@ -248,7 +248,7 @@ TEST_F(RestartPromise, L10_TheFileOfAnUnfinishedLoadIsKnownByWhatItHoldsNotByANa
     LoadSite& second = Fresh("second", 3);
     second.Set("--ckfile", first.CheckpointFile());
     EXPECT_EQ(second.Run().exitCode, 1);
-    EXPECT_TRUE(Contains(second.Error(), "but no position is stored: it belongs to another load"))
+    EXPECT_TRUE(Contains(second.Error(), "but no position is stored: the file belongs to another load"))
         << second.Error();
     EXPECT_EQ(second.Depth(), 3);
     first.Run();

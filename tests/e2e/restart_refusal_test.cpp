@@ -253,7 +253,7 @@ TEST_F(RestartableLoadRefusal, H18_TheCheckpointFileOfAnotherLoad) {
 
     const std::string ofNewer = ReadFileIfAny(newer.CheckpointFile());
     WriteBytesTo(newer.CheckpointFile(), CheckpointBytes(3, {"x"}));
-    ExpectRefusal(newer, {}, "the file has moved on");
+    ExpectRefusal(newer, {}, "the file is newer");
     WriteBytesTo(newer.CheckpointFile(), ofNewer);
 
     RunAll(sites_);
@@ -264,10 +264,10 @@ TEST_F(RestartableLoadRefusal, H18_TheCheckpointFileOfAnotherLoad) {
 TEST_F(RestartableLoadRefusal, RecordsInACheckpointFileWithoutRestartInformation) {
     LoadSite& records = Add("records", 3);
     WriteBytesTo(records.CheckpointFile(), CheckpointBytes(4, {"a", "b"}));
-    ExpectRefusal(records, {}, "holds 2 records, perhaps their only copies, but no position is stored");
+    ExpectRefusal(records, {}, "contains 2 records, possibly the only copies, but no position is stored");
     LoadSite& temporary = Add("temporary", 3);
     WriteBytesTo(temporary.Path("MQAMtmp.77"), CheckpointBytes(4, {"a", "b"}));
-    ExpectRefusal(temporary, {}, "may hold records of another load");
+    ExpectRefusal(temporary, {}, "may contain records of another load");
     LoadSite& log = Add("log", 3);
     std::ofstream(log.Path("log")) << "messages";
     ExpectRefusal(log, {"--log", log.Path("log")}, "the log of another load would be overwritten");
@@ -282,11 +282,10 @@ TEST_F(RestartableLoadRefusal, RecordsInACheckpointFileWithoutRestartInformation
 TEST_F(RestartableLoadRefusal, H8_ACheckpointFileThatIsMissingAlthoughAPositionIsStored) {
     LoadSite& site = AddUnfinished("missing");
     fs::rename(site.CheckpointFile(), site.Path("aside"));
-    ExpectRefusal(site, {},
-                  site.CheckpointFile() +
-                      " is missing although a position is stored: the records that came "
-                      "after the position were in it; give the file back, at this path, "
-                      "and run the same command again\n");
+    ExpectRefusal(
+        site, {},
+        site.CheckpointFile() +
+            " is missing although a position is stored: it contained the records that came after the position; restore the file at this path and run the same command again\n");
     EXPECT_FALSE(fs::exists(site.CheckpointFile()));
     fs::rename(site.Path("aside"), site.CheckpointFile());
     site.Run();

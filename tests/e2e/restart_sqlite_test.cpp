@@ -283,7 +283,7 @@ TEST_F(SqliteLoad, CheckpointCommandsTakeTheTargetForTheRestartFile) {
     const ProgramResult shown = show("show");
     EXPECT_EQ(shown.exitCode, 0) << shown.standardError;
     EXPECT_TRUE(Contains(shown.standardOutput, ", taken after 3 records, offset ")) << shown.standardOutput;
-    EXPECT_TRUE(Contains(shown.standardOutput, "\n  the load goes on behind checkpoint "))
+    EXPECT_TRUE(Contains(shown.standardOutput, "\n  the load resumes after checkpoint "))
         << shown.standardOutput;
     EXPECT_EQ(show("verify").exitCode, 0);
     EXPECT_EQ(show("repair").standardOutput, site.CheckpointFile() + ": nothing to repair\n");

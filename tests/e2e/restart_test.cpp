@@ -156,10 +156,9 @@ TEST_F(RestartableLoad, H22_ATornRecordAtTheEndOfTheCheckpointFileIsCutOff) {
         << std::string("\x20\0\0\0\0\0\0\0torn", 12);
     site.PlanFaults("MQGET 1 kill before");
     site.Run();
-    EXPECT_TRUE(Contains(site.Error(), "mqam load: repaired: cut " + site.CheckpointFile() + " to " +
+    EXPECT_TRUE(Contains(site.Error(), "mqam load: repaired: truncate " + site.CheckpointFile() + " to " +
                                            std::to_string(whole) +
-                                           " bytes (a record not wholly there was "
-                                           "never committed"))
+                                           " bytes (an incomplete record was never committed"))
         << site.Error();
     EXPECT_FALSE(Contains(site.Error(), "note from the module")) << site.Error();
     RunAllAgain();

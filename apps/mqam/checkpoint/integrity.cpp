@@ -2,24 +2,24 @@
 
 #include "mqam/base/progress.h"
 #include "mqam/base/text_wrap.h"
+#include "recovery/checkpoint_records.h"
 
 namespace mqam {
 
 namespace {
 
 constexpr std::size_t kTextWidth = 100;
-constexpr std::uint64_t kLengthBytes = 8;
 
 constexpr char kNoChecksum[] =
-    "Not known: the format has no checksum. Bytes changed inside a record or in the sequence number do not "
-    "show, and neither does a file that lost whole records at its end.";
+    "Not known: the format has no checksum. Changed bytes inside a record or in the sequence number cannot be "
+    "detected, and neither can the loss of complete records at the end of the file.";
 
 std::string At(std::uint64_t offset) {
     return "offset " + std::to_string(offset);
 }
 
 std::string CountRecords(std::uint64_t count) {
-    return FormatCount(count) + (count == 1 ? " whole record" : " whole records");
+    return FormatCount(count) + (count == 1 ? " complete record" : " complete records");
 }
 
 // "  bytes 4 to 24: 2 whole records".
@@ -34,105 +34,106 @@ std::string Paragraph(const std::string& text) {
     return WrapText(text, kTextWidth) + "\n";
 }
 
-std::string DescribeTail(const CheckpointScan& facts, std::uint64_t maxRecordBytes) {
-    const std::uint64_t tail = facts.fileBytes - facts.intactBytes;
-    if (tail < kLengthBytes) return "the beginning of a record length, of 8 bytes";
-    const std::string length = "a record length of " + std::to_string(facts.lengthBehindIntact);
-    if (facts.impossibleLengthAt != 0) {
+std::string DescribeTail(const CheckpointScan& scan, std::uint64_t maxRecordBytes) {
+    const std::uint64_t tail = scan.fileBytes - scan.intactBytes;
+    if (tail < kRecordLengthBytes) return "the beginning of a record length (8 bytes)";
+    const std::string length = "a record length of " + std::to_string(scan.lengthAfterIntact);
+    if (scan.impossibleLengthAt != 0) {
         return length + ", above the largest record (" + std::to_string(maxRecordBytes) +
                "), and what follows it";
     }
-    return length + ", and " + std::to_string(tail - kLengthBytes) + " bytes behind it";
+    return length + ", and " + std::to_string(tail - kRecordLengthBytes) + " bytes after it";
 }
 
-// What each range of bytes is, as they are read from the beginning.
-std::string ListRanges(const CheckpointScan& facts, std::uint64_t maxRecordBytes) {
-    std::string text = Range(0, 4, "the sequence number: checkpoint " + std::to_string(facts.sequence));
-    const std::uint64_t doubtful = facts.damagedLengthAt != 0 && facts.damagedLengthAt < facts.intactBytes
-                                       ? facts.damagedLengthAt
-                                       : facts.intactBytes;
-    std::uint64_t sound = 0;
-    while (sound < facts.records.size() && facts.records[sound].offset < doubtful)
-        ++sound;
-    if (sound > 0) text += Range(4, doubtful, CountRecords(sound));
-    if (doubtful < facts.intactBytes) {
-        text += Range(doubtful, facts.intactBytes,
-                      "read as " + CountRecords(facts.records.size() - sound) + ", probably wrongly");
+// Lists what each range of bytes is, read from the beginning.
+std::string ListRanges(const CheckpointScan& scan, std::uint64_t maxRecordBytes) {
+    std::string text = Range(0, 4, "the sequence number: checkpoint " + std::to_string(scan.sequence));
+    const std::uint64_t doubtfulFrom = scan.damagedLengthAt != 0 && scan.damagedLengthAt < scan.intactBytes
+                                           ? scan.damagedLengthAt
+                                           : scan.intactBytes;
+    std::uint64_t intact = 0;
+    while (intact < scan.records.size() && scan.records[intact].offset < doubtfulFrom)
+        ++intact;
+    if (intact > 0) text += Range(4, doubtfulFrom, CountRecords(intact));
+    if (doubtfulFrom < scan.intactBytes) {
+        text += Range(doubtfulFrom, scan.intactBytes,
+                      "read as " + CountRecords(scan.records.size() - intact) + ", probably wrongly");
     }
-    if (facts.intactBytes < facts.fileBytes)
-        text += Range(facts.intactBytes, facts.fileBytes, DescribeTail(facts, maxRecordBytes));
+    if (scan.intactBytes < scan.fileBytes)
+        text += Range(scan.intactBytes, scan.fileBytes, DescribeTail(scan, maxRecordBytes));
     return text;
 }
 
-std::string ExplainIncomplete(const CheckpointScan& facts) {
+std::string ExplainIncomplete(const CheckpointScan& scan) {
     return Paragraph(
                "Known: a crash in the middle of an append leaves exactly this. Such a record was never "
-               "committed: it is still on the queue, and a restart cuts its beginning off.") +
+               "committed: it is still on the queue, and a restart removes its fragment.") +
            Paragraph(
-               "Not known: a last record whose length was damaged would look the same, and that one was "
+               "Not known: a last record with a damaged length would look the same, and that one was "
                "committed. `mqam checkpoint repair " +
-               facts.path + "` keeps the bytes that it cuts off.") +
+               scan.path + "` keeps a copy of the bytes that it removes.") +
            Paragraph(kNoChecksum);
 }
 
-std::string ExplainDamaged(const CheckpointScan& facts) {
+std::string ExplainDamaged(const CheckpointScan& scan) {
     std::string text;
-    if (facts.damagedLengthAt != 0) {
-        const std::uint64_t turned = facts.resyncOffset - facts.damagedLengthAt - kLengthBytes;
-        text = Paragraph("Known: one bit of the record length at " + At(facts.damagedLengthAt) +
-                         " is probably wrong. Were the length " + std::to_string(turned) + ", " +
-                         CountRecords(facts.resyncRecords) + " from " + At(facts.resyncOffset) +
-                         " on would lead exactly to the end of the file.");
-    } else if (facts.resyncOffset != 0) {
-        text = Paragraph("Known: no crash of the module leaves this, since an append ends the file. " +
-                         CountRecords(facts.resyncRecords) + " from " + At(facts.resyncOffset) +
-                         " on lead exactly to its end; the length of what stands between " +
-                         At(facts.intactBytes) + " and them, one record or more, is lost.");
+    if (scan.damagedLengthAt != 0) {
+        const std::uint64_t flipped = scan.resyncOffset - scan.damagedLengthAt - kRecordLengthBytes;
+        text = Paragraph("Known: one bit of the record length at " + At(scan.damagedLengthAt) +
+                         " is probably wrong. With the length " + std::to_string(flipped) + ", " +
+                         CountRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
+                         " would lead exactly to the end of the file.");
+    } else if (scan.resyncOffset != 0) {
+        text = Paragraph(
+            "Known: no crash of the module leaves this, because an append is the end of the file. " +
+            CountRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
+            " lead exactly to its end; the lengths of one or more records between " + At(scan.intactBytes) +
+            " and those are lost.");
     } else {
         text = Paragraph(
-            "Known: no crash of the module leaves this. Where the next record begins cannot be "
-            "computed from such a length, and no whole record that leads to the end of the file "
-            "was found behind it.");
+            "Known: no crash of the module leaves this. The start of the next record cannot be "
+            "computed from such a length, and no complete record that leads to the end of the file "
+            "was found after it.");
     }
     return text +
            Paragraph(
-               "Not known: a length before the one that shows can be the wrong one, so that records "
-               "read before it are not what was saved.") +
+               "Not known: the wrong length may be an earlier one than the one that shows, so the records "
+               "before it may not be what was saved.") +
            Paragraph(kNoChecksum) +
            Paragraph(
-               "To do: keep a copy of the file; give back an undamaged copy of it. A restart refuses "
-               "this one, and no repair is tried: it would guess.");
+               "To do: keep a copy of the file, and restore an undamaged one. A restart refuses this "
+               "file, and no repair is tried, because it would be a guess.");
 }
 
 }  // namespace
 
-Integrity CheckIntegrity(const CheckpointScan& facts) {
-    if (facts.impossibleLengthAt != 0 || facts.resyncOffset != 0) return Integrity::kDamaged;
-    return facts.intactBytes == facts.fileBytes ? Integrity::kIntact : Integrity::kIncomplete;
+Integrity CheckIntegrity(const CheckpointScan& scan) {
+    if (scan.impossibleLengthAt != 0 || scan.resyncOffset != 0) return Integrity::kDamaged;
+    return scan.intactBytes == scan.fileBytes ? Integrity::kIntact : Integrity::kIncomplete;
 }
 
-std::string DescribeIntegrity(const CheckpointScan& facts, std::uint64_t maxRecordBytes) {
-    if (facts.shape == CheckpointShape::kEmpty) {
-        return facts.path + " is intact: it is empty\n" +
+std::string DescribeIntegrity(const CheckpointScan& scan, std::uint64_t maxRecordBytes) {
+    if (scan.shape == CheckpointShape::kEmpty) {
+        return scan.path + " is intact: it is empty\n" +
                Paragraph("Known: the file is new, or a rewrite was interrupted at its beginning.") +
-               Paragraph("Not known: whether it held records that something else removed.");
+               Paragraph("Not known: whether it contained records that something else removed.");
     }
-    if (facts.shape == CheckpointShape::kTornHeader) {
-        return facts.path + " is incomplete\n" +
-               Range(0, facts.fileBytes, "the beginning of the sequence number, of 4 bytes") +
+    if (scan.shape == CheckpointShape::kTornHeader) {
+        return scan.path + " is incomplete\n" +
+               Range(0, scan.fileBytes, "the beginning of the sequence number (4 bytes)") +
                Paragraph(
-                   "Known: a rewrite that was interrupted in its first write leaves this. No record is "
-                   "in the file.");
+                   "Known: a rewrite that was interrupted in its first write leaves this. The file has "
+                   "no record.");
     }
-    switch (CheckIntegrity(facts)) {
+    switch (CheckIntegrity(scan)) {
         case Integrity::kIntact:
-            return facts.path + " is intact\n" + ListRanges(facts, maxRecordBytes) + Paragraph(kNoChecksum);
+            return scan.path + " is intact\n" + ListRanges(scan, maxRecordBytes) + Paragraph(kNoChecksum);
         case Integrity::kIncomplete:
-            return facts.path + " is incomplete\n" + ListRanges(facts, maxRecordBytes) +
-                   ExplainIncomplete(facts);
+            return scan.path + " is incomplete\n" + ListRanges(scan, maxRecordBytes) +
+                   ExplainIncomplete(scan);
         case Integrity::kDamaged: break;
     }
-    return facts.path + " is damaged\n" + ListRanges(facts, maxRecordBytes) + ExplainDamaged(facts);
+    return scan.path + " is damaged\n" + ListRanges(scan, maxRecordBytes) + ExplainDamaged(scan);
 }
 
 }  // namespace mqam

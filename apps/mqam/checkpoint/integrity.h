@@ -1,4 +1,4 @@
-// Whether a checkpoint file is intact, to the byte, and what about that can be known at all.
+// Whether a checkpoint file is intact, to the byte, and what can be known about that at all.
 #pragma once
 
 #include <string>
@@ -9,15 +9,15 @@ namespace mqam {
 
 enum class Integrity {
     kIntact,
-    kIncomplete,  ///< as a crash in the middle of a write leaves it
+    kIncomplete,  ///< as a crash in the middle of a write leaves the file
     kDamaged,     ///< as no crash leaves it
 };
 
 /// Requires a file that could be read.
-[[nodiscard]] Integrity CheckIntegrity(const CheckpointScan& facts);
+[[nodiscard]] Integrity CheckIntegrity(const CheckpointScan& scan);
 
-/// The verdict, what each range of bytes is, and what cannot be known: whole lines.
-///   maxRecordBytes  the limit with which the file was looked into
-[[nodiscard]] std::string DescribeIntegrity(const CheckpointScan& facts, std::uint64_t maxRecordBytes);
+/// Returns the verdict, what each range of bytes is, and what cannot be known, as complete lines.
+///   maxRecordBytes  the limit with which the file was scanned
+[[nodiscard]] std::string DescribeIntegrity(const CheckpointScan& scan, std::uint64_t maxRecordBytes);
 
 }  // namespace mqam

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "mqam/base/progress.h"
+#include "mqam/checkpoint/repair.h"
 #include "mqam/checkpoint/start_decision.h"
 #include "mqam/module/position_text.h"
 
@@ -17,13 +18,13 @@ std::string CountOf(std::uint64_t count, const std::string& one) {
     return FormatCount(count) + " " + one + (count == 1 ? "" : "s");
 }
 
-std::string SummarizeTail(const CheckpointScan& facts) {
-    const std::uint64_t tail = facts.fileBytes - facts.intactBytes;
+std::string SummarizeTail(const CheckpointScan& scan) {
+    const std::uint64_t tail = scan.fileBytes - scan.intactBytes;
     if (tail == 0) return "";
-    std::string text = "; " + CountOf(tail, "byte") + " from offset " + std::to_string(facts.intactBytes) +
-                       " on are no whole record";
-    if (facts.impossibleLengthAt != 0 || facts.resyncOffset != 0) {
-        text += ": damaged, `mqam checkpoint verify " + facts.path + "` tells more";
+    std::string text = "; " + CountOf(tail, "byte") + " from offset " + std::to_string(scan.intactBytes) +
+                       " to the end are not a complete record";
+    if (scan.impossibleLengthAt != 0 || scan.resyncOffset != 0) {
+        text += ": damaged, see `mqam checkpoint verify " + scan.path + "`";
     }
     return text;
 }
@@ -49,48 +50,48 @@ std::string ListRecord(const ScannedRecord& record) {
 
 }  // namespace
 
-std::string SummarizeScan(const CheckpointScan& facts) {
-    std::string text = facts.path + ": ";
-    switch (facts.shape) {
+std::string SummarizeScan(const CheckpointScan& scan) {
+    std::string text = scan.path + ": ";
+    switch (scan.shape) {
         case CheckpointShape::kMissing: return text + "missing";
-        case CheckpointShape::kUnreadable: return text + "cannot be read: " + facts.reason;
+        case CheckpointShape::kUnreadable: return text + "cannot be read: " + scan.error;
         case CheckpointShape::kEmpty: return text + "empty";
         case CheckpointShape::kTornHeader:
-            return text + CountOf(facts.fileBytes, "byte") + ", not even the whole sequence number";
+            return text + CountOf(scan.fileBytes, "byte") + ", less than the sequence number";
         case CheckpointShape::kHeaderOnly:
         case CheckpointShape::kRecords: break;
     }
     std::uint64_t dataBytes = 0;
-    for (const ScannedRecord& record : facts.records)
+    for (const ScannedRecord& record : scan.records)
         dataBytes += record.length;
-    text += CountOf(facts.fileBytes, "byte") + ", checkpoint " + std::to_string(facts.sequence) + ", ";
-    text += facts.records.empty()
+    text += CountOf(scan.fileBytes, "byte") + ", checkpoint " + std::to_string(scan.sequence) + ", ";
+    text += scan.records.empty()
                 ? "no record"
-                : CountOf(facts.records.size(), "record") + " (" + CountOf(dataBytes, "byte") + " of data)";
-    return text + SummarizeTail(facts);
+                : CountOf(scan.records.size(), "record") + " (" + CountOf(dataBytes, "byte") + " of data)";
+    return text + SummarizeTail(scan);
 }
 
-std::string ListRecords(const CheckpointScan& facts, const ListedRecords& listed) {
-    const std::size_t count = facts.records.size();
+std::string ListRecords(const CheckpointScan& scan, const ListedRecords& listed) {
+    const std::size_t count = scan.records.size();
     if (count == 0) return "";
     std::string text = "      offset     length  begins\n";
     const std::size_t first = std::min(listed.first, count);
     const std::size_t last = std::min(listed.last, count - first);
     for (std::size_t i = 0; i < first; ++i)
-        text += ListRecord(facts.records[i]);
+        text += ListRecord(scan.records[i]);
     if (first + last < count) {
         text += "             (" + CountOf(count - first - last, "record") + " left out; --all lists them)\n";
     }
     for (std::size_t i = count - last; i < count; ++i)
-        text += ListRecord(facts.records[i]);
+        text += ListRecord(scan.records[i]);
     return text;
 }
 
 std::string DescribeRestart(const std::string& checkpointPath, const std::optional<PositionData>& stored,
                             std::uint64_t maxRecordBytes, bool& isRefused) {
     const std::vector<std::string> temporaries = FindTemporaryFiles(checkpointPath);
-    const CheckpointScan facts = ScanForStart(checkpointPath, temporaries, maxRecordBytes);
-    const StartDecision decision = DecideStart(checkpointPath, stored, facts, temporaries);
+    const CheckpointScan scan = ScanForStart(checkpointPath, temporaries, maxRecordBytes);
+    const StartDecision decision = DecideStart(checkpointPath, stored, scan, temporaries);
     isRefused = decision.action == StartAction::kRefuse;
     std::string text = "A restart without a stored position";
     if (stored) {
@@ -102,7 +103,7 @@ std::string DescribeRestart(const std::string& checkpointPath, const std::option
     text += ":\n";
     for (const Repair& repair : decision.repairs)
         text += "  first: " + DescribeRepair(checkpointPath, repair) + "\n";
-    return text + (isRefused ? "  refused: " : "  ") + decision.reason + "\n";
+    return text + (isRefused ? "  refused: " : "  ") + decision.message + "\n";
 }
 
 }  // namespace mqam

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,23 +11,23 @@
 
 namespace mqam {
 
-/// Which records to list: so many from the beginning and so many from the end.
+/// How many records to list from the beginning, and how many from the end.
 struct ListedRecords {
     std::size_t first = 10;
     std::size_t last = 10;
 };
 
-/// "load.ckpt: 25 bytes, checkpoint 5, 2 records (5 bytes of data)", with what is torn or damaged.
-[[nodiscard]] std::string SummarizeScan(const CheckpointScan& facts);
+/// "load.ckpt: 25 bytes, checkpoint 5, 2 records (5 bytes of data)", and what is torn or damaged.
+[[nodiscard]] std::string SummarizeScan(const CheckpointScan& scan);
 
-/// The records, a line each: offset, length, the first bytes in hexadecimal and as text. One line stands for
+/// The records, a line each: offset, length, the first bytes in hexadecimal and as text. One line takes the place of
 /// those left out.
-[[nodiscard]] std::string ListRecords(const CheckpointScan& facts, const ListedRecords& listed);
+[[nodiscard]] std::string ListRecords(const CheckpointScan& scan, const ListedRecords& listed);
 
-/// What a restart would do with the files as they are: whole lines.
-///   stored          the position of the load's last checkpoint; none when it has not stored one yet
+/// Describes what a restart would do with the files as they are, in complete lines.
+///   stored          the position of the load's last checkpoint; none if it has not stored one yet
 ///   maxRecordBytes  the BKSZ of the load
-///   isRefused       out  whether it would refuse to go on
+///   isRefused       out  whether the restart would be refused
 [[nodiscard]] std::string DescribeRestart(const std::string& checkpointPath,
                                           const std::optional<PositionData>& stored,
                                           std::uint64_t maxRecordBytes, bool& isRefused);

@@ -13,7 +13,7 @@ namespace mqam {
 
 namespace {
 
-// A name beside the file that nothing has yet: FILE.kept, FILE.kept2 ...
+// Returns a name next to the file that is still free: FILE.kept, FILE.kept2 ...
 std::string FreeName(const std::string& path, const std::string& suffix) {
     std::string name = path + suffix;
     const auto isTaken = [&name] {
@@ -29,12 +29,12 @@ RepairStep Make(Repair::Kind kind, const std::string& path, std::uint64_t bytes 
     return {RepairStep::Kind::kMake, {kind, path, bytes}, ""};
 }
 
-// The temporary files, sorted by what they can be.
+// The temporary files, sorted by what can be done with them.
 struct Temporaries {
-    std::vector<CheckpointScan> spare;  // without records, or copies: nothing is lost with them
-    std::vector<CheckpointScan> whole;  // with records of their own, and complete
-    std::vector<CheckpointScan>
-        foreign;  // with records of their own, but incomplete or of another checkpoint
+    std::vector<CheckpointScan> spare;  // files without records, or copies: nothing is lost with them
+    std::vector<CheckpointScan> whole;  // complete files with records of their own
+    // Files with records of their own that are incomplete, or belong to another checkpoint.
+    std::vector<CheckpointScan> foreign;
 };
 
 std::string Names(const std::vector<CheckpointScan>& files) {
@@ -44,11 +44,11 @@ std::string Names(const std::vector<CheckpointScan>& files) {
     return names;
 }
 
-bool IsUnreadable(const CheckpointScan& facts) {
-    return facts.shape == CheckpointShape::kUnreadable;
+bool IsUnreadable(const CheckpointScan& scan) {
+    return scan.shape == CheckpointShape::kUnreadable;
 }
 
-// Whether the file could be what an interrupted rewrite was about to put in place.
+// Whether the file could be the one that an interrupted rewrite was about to put in place.
 bool CanTakePlace(const CheckpointScan& temporary, const std::optional<PositionData>& stored) {
     return CheckIntegrity(temporary) == Integrity::kIntact &&
            (!stored || stored->CkPtSeq == temporary.sequence);
@@ -71,7 +71,7 @@ Temporaries SortTemporaries(const std::vector<CheckpointScan>& found, const Chec
     return sorted;
 }
 
-// No record is in the checkpoint file's place: the one whole temporary file takes it.
+// The checkpoint file has no record or is missing: the one complete temporary file takes its place.
 void PlanReplacement(const std::string& checkpointPath, const CheckpointScan& file,
                      const CheckpointScan& temporary, RepairPlan& plan) {
     if (file.shape != CheckpointShape::kMissing) {
@@ -90,8 +90,8 @@ void PlanCut(const std::string& checkpointPath, const CheckpointScan& file, Repa
     plan.steps.push_back({RepairStep::Kind::kMake, cut, ""});
 }
 
-// Of several whole files of one checkpoint the one that holds the records of all others; they are spare then.
-// Temporary files of rewrites before it can be copies of its records, too.
+// Chooses, of several complete files of one checkpoint, the one that contains the records of all others; the others are
+// then spare. Temporary files of earlier rewrites can be copies of its records too.
 void ChooseReplacement(Temporaries& sorted) {
     for (const CheckpointScan& candidate : sorted.whole) {
         std::string reason;
@@ -115,42 +115,48 @@ void ChooseReplacement(Temporaries& sorted) {
     }
 }
 
-bool Fail(std::string& reason) {
-    reason = std::strerror(errno);
-    return false;
+Status FailBySystem() {
+    return Status::Transient(std::strerror(errno));
 }
 
-bool CopyStream(std::FILE* from, int to, std::string& reason) {
+Status CopyStream(std::FILE* from, int to) {
     char piece[65536];
     while (const std::size_t got = std::fread(piece, 1, sizeof piece, from)) {
         for (std::size_t done = 0; done < got;) {
             const long written = platform::WriteBytes(to, piece + done, got - done);
-            if (written <= 0) return Fail(reason);
+            if (written <= 0) return FailBySystem();
             done += static_cast<std::size_t>(written);
         }
     }
-    return (std::ferror(from) == 0 && platform::SyncFile(to) == 0) || Fail(reason);
+    if (std::ferror(from) != 0 || platform::SyncFile(to) != 0) return FailBySystem();
+    return {};
 }
 
-bool CopyTail(const std::string& path, std::uint64_t offset, const std::string& copyPath,
-              std::string& reason) {
+// Copies the file from `offset` to its end into the new file `to`, and closes that.
+Status CopyTailTo(std::FILE* from, std::uint64_t offset, int to) {
+    Status copied = platform::MoveStreamTo(from, offset) ? CopyStream(from, to) : FailBySystem();
+    if (platform::CloseDescriptor(to) != 0 && copied.IsOk()) copied = FailBySystem();
+    return copied;
+}
+
+Status CopyTail(const std::string& path, std::uint64_t offset, const std::string& copyPath) {
     std::FILE* from = std::fopen(path.c_str(), "rb");
-    if (from == nullptr) return Fail(reason);
+    if (from == nullptr) return FailBySystem();
     const int to = platform::OpenForWriting(copyPath, platform::OpenMode::kCreate);
-    bool copied = (to >= 0 && platform::MoveStreamTo(from, offset)) || Fail(reason);
-    copied = copied && CopyStream(from, to, reason);
-    if (to >= 0 && platform::CloseDescriptor(to) != 0 && copied) copied = Fail(reason);
+    const Status copied = to < 0 ? FailBySystem() : CopyTailTo(from, offset, to);
     (void)std::fclose(from);
-    if (to >= 0 && !copied) (void)std::remove(copyPath.c_str());
-    return copied && platform::SyncParentDirectory(copyPath, reason);
+    if (to >= 0 && !copied.IsOk()) (void)std::remove(copyPath.c_str());
+    std::string error;
+    if (!copied.IsOk() || platform::SyncParentDirectory(copyPath, error)) return copied;
+    return Status::Transient(error);
 }
 
 std::string ExplainForeign(const std::string& checkpointPath, const Temporaries& sorted,
                            const std::optional<PositionData>& stored) {
-    return Names(sorted.foreign) + (sorted.foreign.size() == 1 ? " holds" : " hold") + " records that " +
-           checkpointPath + " does not hold, and cannot take its place (incomplete" +
+    return Names(sorted.foreign) + (sorted.foreign.size() == 1 ? " contains" : " contain") +
+           " records that " + checkpointPath + " does not contain, and cannot take its place (incomplete" +
            (stored ? ", or of another checkpoint than the position" : "") +
-           "); left as they are: when no other load uses this folder, move them to a place of safety by hand";
+           "); nothing was done with them: if no other load uses this directory, move them to a safe place by hand";
 }
 
 RepairPlan Obstructed(const std::string& obstacle) {
@@ -161,31 +167,70 @@ RepairPlan Obstructed(const std::string& obstacle) {
 
 }  // namespace
 
+Status MakeRepair(const std::string& checkpointPath, const Repair& repair) {
+    std::string error;
+    if (repair.kind == Repair::Kind::kRenameTemporary) {
+        if (platform::RenameDurably(repair.path, checkpointPath, error)) return {};
+        return Status::Transient(error);
+    }
+    const CheckpointScan file = ScanCheckpointFile(checkpointPath, kLargestRecordBytes);
+    if (repair.kind == Repair::Kind::kCutTornTail) {
+        if (file.intactBytes != repair.bytes || IsDamaged(file)) {
+            return Status::Refused(checkpointPath + " has changed in the meantime and is not truncated");
+        }
+        if (platform::TruncateDurably(checkpointPath, repair.bytes, error)) return {};
+        return Status::Transient(error);
+    }
+    const CheckpointScan temporary = ScanCheckpointFile(repair.path, kLargestRecordBytes);
+    if (temporary.shape == CheckpointShape::kMissing) return {};
+    if (!IsCopyOfRecords(temporary, file, error)) {
+        if (!error.empty()) return Status::Transient(error);
+        return Status::Refused(repair.path + " contains records that " + checkpointPath +
+                               " does not contain, and is not deleted; " + HowToRepair(checkpointPath));
+    }
+    return platform::DeleteDurably(repair.path, error) ? Status() : Status::Transient(error);
+}
+
+std::string DescribeRepair(const std::string& checkpointPath, const Repair& repair) {
+    switch (repair.kind) {
+        case Repair::Kind::kRenameTemporary:
+            return "rename " + repair.path + " to " + checkpointPath +
+                   " (a rewrite was interrupted after it deleted the checkpoint file)";
+        case Repair::Kind::kDeleteTemporary:
+            return "delete " + repair.path +
+                   " (a rewrite was interrupted; its records are in the checkpoint file)";
+        case Repair::Kind::kCutTornTail:
+            return "truncate " + checkpointPath + " to " + std::to_string(repair.bytes) +
+                   " bytes (an incomplete record was never committed: it is still on the queue)";
+    }
+    return "";
+}
+
 RepairPlan PlanRepair(const std::string& checkpointPath, const std::optional<PositionData>& stored,
                       std::uint64_t maxRecordBytes) {
     const CheckpointScan file = ScanCheckpointFile(checkpointPath, maxRecordBytes);
-    if (IsUnreadable(file)) return Obstructed(checkpointPath + " cannot be read: " + file.reason);
+    if (IsUnreadable(file)) return Obstructed(checkpointPath + " cannot be read: " + file.error);
     std::vector<CheckpointScan> found;
     for (const std::string& path : FindTemporaryFiles(checkpointPath)) {
         found.push_back(ScanCheckpointFile(path, maxRecordBytes));
-        if (IsUnreadable(found.back())) return Obstructed(path + " cannot be read: " + found.back().reason);
+        if (IsUnreadable(found.back())) return Obstructed(path + " cannot be read: " + found.back().error);
     }
     if (CheckIntegrity(file) == Integrity::kDamaged) {
-        return Obstructed(checkpointPath + " is damaged and nothing is changed; `mqam checkpoint verify " +
-                          checkpointPath + "` tells what is intact; give back an undamaged copy of it");
+        return Obstructed(checkpointPath + " is damaged, so nothing is changed; `mqam checkpoint verify " +
+                          checkpointPath + "` shows what is intact; restore an undamaged copy of it");
     }
     Temporaries sorted = SortTemporaries(found, file, stored);
     ChooseReplacement(sorted);
     if (sorted.whole.size() > 1) {
         return Obstructed(
             "each of " + Names(sorted.whole) + " could take the place of " + checkpointPath +
-            "; give the position of the load (--position), or move those of other loads to a place of "
-            "safety by hand");
+            "; give the position of the load (--position), or move the files of other loads to a safe "
+            "place by hand");
     }
     if (file.shape == CheckpointShape::kMissing && sorted.whole.empty()) {
         return Obstructed(
             checkpointPath + " is missing and there is no " + (found.empty() ? "" : "complete ") +
-            "temporary checkpoint file to take its place; give the file back" +
+            "temporary checkpoint file to take its place; restore the file" +
             (sorted.foreign.empty() ? "" : ". " + ExplainForeign(checkpointPath, sorted, stored)));
     }
     RepairPlan plan;
@@ -204,23 +249,24 @@ std::string DescribeStep(const std::string& checkpointPath, const RepairStep& st
     switch (step.kind) {
         case RepairStep::Kind::kMake: return DescribeRepair(checkpointPath, step.repair);
         case RepairStep::Kind::kSetAside:
-            return "rename " + checkpointPath + " to " + step.keptPath + " (no whole record is in it)";
+            return "rename " + checkpointPath + " to " + step.keptPath + " (it has no complete record)";
         case RepairStep::Kind::kKeepTail:
-            return "copy " + checkpointPath + " from offset " + std::to_string(step.repair.bytes) +
-                   " on to " + step.keptPath;
+            return "copy " + checkpointPath + ", from offset " + std::to_string(step.repair.bytes) +
+                   " to its end, to " + step.keptPath;
     }
     return "";
 }
 
-bool TakeStep(const std::string& checkpointPath, const RepairStep& step, std::string& reason) {
+Status TakeStep(const std::string& checkpointPath, const RepairStep& step) {
+    std::string error;
     switch (step.kind) {
-        case RepairStep::Kind::kMake: return MakeRepair(checkpointPath, step.repair, reason);
+        case RepairStep::Kind::kMake: return MakeRepair(checkpointPath, step.repair);
         case RepairStep::Kind::kSetAside:
-            return platform::RenameDurably(checkpointPath, step.keptPath, reason);
-        case RepairStep::Kind::kKeepTail:
-            return CopyTail(checkpointPath, step.repair.bytes, step.keptPath, reason);
+            if (platform::RenameDurably(checkpointPath, step.keptPath, error)) return {};
+            break;
+        case RepairStep::Kind::kKeepTail: return CopyTail(checkpointPath, step.repair.bytes, step.keptPath);
     }
-    return false;
+    return Status::Transient(error);
 }
 
 }  // namespace mqam

@@ -1,23 +1,31 @@
-// Completing what a crash interrupted in a checkpoint file and its temporary files, by hand. Nothing that may
-// be the only copy of a record is destroyed: what gives way is kept under another name.
+// Completing by hand what a crash interrupted in a checkpoint file and its temporary files. Nothing that may be the
+// only copy of a record is destroyed: whatever is replaced or cut off is kept under another name.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "mqam/base/status.h"
 #include "mqam/checkpoint/scan.h"
 #include "mqam/checkpoint/start_decision.h"
 #include "mqamod.h"
 
 namespace mqam {
 
+/// Makes one repair, synced to disk. A temporary file is deleted only if the checkpoint file contains its records, and
+/// a file is truncated only where its complete records end. On failure nothing is changed, or the change is made and
+/// only its sync failed.
+Status MakeRepair(const std::string& checkpointPath, const Repair& repair);
+
+/// Describes the repair: "rename MQAMtmp.4711 to load.ckpt (...)".
+[[nodiscard]] std::string DescribeRepair(const std::string& checkpointPath, const Repair& repair);
+
 struct RepairStep {
     enum class Kind {
-        kMake,      ///< `repair`
-        kSetAside,  ///< the checkpoint file, which holds no whole record, gets the name `keptPath`
-        kKeepTail,  ///< the bytes of the checkpoint file behind `repair.bytes` are copied to `keptPath`
+        kMake,      ///< makes `repair`
+        kSetAside,  ///< renames the checkpoint file, which has no complete record, to `keptPath`
+        kKeepTail,  ///< copies the bytes of the checkpoint file after `repair.bytes` to `keptPath`
     };
     Kind kind = Kind::kMake;
     Repair repair = {};
@@ -26,21 +34,21 @@ struct RepairStep {
 
 struct RepairPlan {
     std::vector<RepairStep> steps;
-    /// Why something that is not in order cannot be repaired, and what to do; empty when the steps leave all
-    /// in order.
+    /// Why something that is not in order cannot be repaired, and what to do; empty if everything is in order after
+    /// the steps.
     std::string obstacle;
 };
 
-/// Plans from the files as they are; changes nothing.
-///   stored  the position of the load's last checkpoint, when it is known: a temporary file of another
-///           checkpoint is then not put in the file's place
+/// Plans the repair of the files as they are; changes nothing.
+///   stored  the position of the load's last checkpoint if it is known: a temporary file of another checkpoint then
+///           does not replace the checkpoint file
 [[nodiscard]] RepairPlan PlanRepair(const std::string& checkpointPath,
                                     const std::optional<PositionData>& stored, std::uint64_t maxRecordBytes);
 
-/// The step in words.
+/// Describes the step.
 [[nodiscard]] std::string DescribeStep(const std::string& checkpointPath, const RepairStep& step);
 
-/// Carries the step out, synced to the medium. Returns false with the reason in words.
-[[nodiscard]] bool TakeStep(const std::string& checkpointPath, const RepairStep& step, std::string& reason);
+/// Takes the step, synced to disk.
+Status TakeStep(const std::string& checkpointPath, const RepairStep& step);
 
 }  // namespace mqam

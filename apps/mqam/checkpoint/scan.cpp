@@ -28,7 +28,7 @@ std::uint64_t LengthAt(const std::vector<char>& bytes, std::uint64_t at) {
     return length;
 }
 
-// The places from which whole records lead exactly to the end. Records of length 0 are no evidence: a run of
+// Finds the offsets from which complete records lead exactly to the end. Records of length 0 prove nothing: a run of
 // zeros would look like them.
 std::vector<bool> FindChains(const std::vector<char>& bytes, std::uint64_t maxRecordBytes) {
     std::vector<bool> leadsToEnd(bytes.size() + 1);
@@ -43,100 +43,100 @@ std::vector<bool> FindChains(const std::vector<char>& bytes, std::uint64_t maxRe
     return leadsToEnd;
 }
 
-// Tries each bit of the length at an offset: the first place, of those it then leads to, where a chain of one
-// record at least begins; 0 when there is none.
+// Flips each bit of the length field at `at` and returns the lowest offset from which complete records lead to the end
+// of the file, or 0 if there is none.
 std::uint64_t FindChainByBit(const std::vector<char>& bytes, std::uint64_t at,
                              const std::vector<bool>& leadsToEnd) {
     if (at + kRecordLengthBytes > bytes.size()) return 0;
     std::uint64_t first = 0;
     for (unsigned bit = 0; bit < 64; ++bit) {
-        const std::uint64_t turned = LengthAt(bytes, at) ^ std::uint64_t{1} << bit;
-        if (turned >= bytes.size()) continue;
-        const std::uint64_t next = at + kRecordLengthBytes + turned;
+        const std::uint64_t flipped = LengthAt(bytes, at) ^ std::uint64_t{1} << bit;
+        if (flipped >= bytes.size()) continue;
+        const std::uint64_t next = at + kRecordLengthBytes + flipped;
         if (next >= bytes.size() || !leadsToEnd[static_cast<std::size_t>(next)]) continue;
         if (first == 0 || next < first) first = next;
     }
     return first;
 }
 
-void FindRecordsAgain(const std::vector<char>& bytes, std::uint64_t maxRecordBytes, CheckpointScan& facts) {
+void FindResyncOffset(const std::vector<char>& bytes, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
     const std::vector<bool> leadsToEnd = FindChains(bytes, maxRecordBytes);
     std::vector<std::uint64_t> lengthsRead;
-    lengthsRead.reserve(facts.records.size() + 1);
-    for (const ScannedRecord& record : facts.records)
+    lengthsRead.reserve(scan.records.size() + 1);
+    for (const ScannedRecord& record : scan.records)
         lengthsRead.push_back(record.offset);
-    lengthsRead.push_back(facts.intactBytes);
+    lengthsRead.push_back(scan.intactBytes);
     for (const std::uint64_t at : lengthsRead) {
-        facts.resyncOffset = FindChainByBit(bytes, at, leadsToEnd);
-        if (facts.resyncOffset == 0) continue;
-        facts.damagedLengthAt = at;
+        scan.resyncOffset = FindChainByBit(bytes, at, leadsToEnd);
+        if (scan.resyncOffset == 0) continue;
+        scan.damagedLengthAt = at;
         break;
     }
-    for (auto at = facts.intactBytes + 1; facts.resyncOffset == 0 && at < bytes.size(); ++at) {
-        if (leadsToEnd[static_cast<std::size_t>(at)]) facts.resyncOffset = at;
+    for (auto at = scan.intactBytes + 1; scan.resyncOffset == 0 && at < bytes.size(); ++at) {
+        if (leadsToEnd[static_cast<std::size_t>(at)]) scan.resyncOffset = at;
     }
-    if (facts.resyncOffset == 0) return;
-    for (std::uint64_t at = facts.resyncOffset; at < bytes.size(); ++facts.resyncRecords)
+    if (scan.resyncOffset == 0) return;
+    for (std::uint64_t at = scan.resyncOffset; at < bytes.size(); ++scan.resyncRecords)
         at += kRecordLengthBytes + LengthAt(bytes, at);
 }
 
-// Takes in what lies behind the whole records, of which `tailBytes` have been read.
-void InspectTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecordBytes,
-                 CheckpointScan& facts) {
-    facts.fileBytes = facts.intactBytes + tailBytes;
+// Scans what comes after the complete records; `tailBytes` of it have been read already.
+void ScanTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecordBytes,
+              CheckpointScan& scan) {
+    scan.fileBytes = scan.intactBytes + tailBytes;
     std::vector<char> bytes(65536);
     while (const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), stream))
-        facts.fileBytes += got;
-    if (std::ferror(stream) != 0 || facts.fileBytes == facts.intactBytes || facts.fileBytes > kSearchedBytes)
+        scan.fileBytes += got;
+    if (std::ferror(stream) != 0 || scan.fileBytes == scan.intactBytes || scan.fileBytes > kSearchedBytes)
         return;
-    bytes.resize(static_cast<std::size_t>(facts.fileBytes));
+    bytes.resize(static_cast<std::size_t>(scan.fileBytes));
     std::rewind(stream);
     if (std::fread(bytes.data(), 1, bytes.size(), stream) == bytes.size())
-        FindRecordsAgain(bytes, maxRecordBytes, facts);
+        FindResyncOffset(bytes, maxRecordBytes, scan);
 }
 
-// Reads record by record until one is not whole. Returns the bytes that came of that one.
-std::uint64_t InspectRecords(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& facts) {
+// Reads record by record until one is incomplete. Returns how many bytes of that one were read.
+std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
     std::vector<char> body;
     for (;;) {
         std::uint64_t length = 0;
         const PieceRead lengthRead = ReadRecordLength(stream, &length);
         if (!lengthRead.whole) return lengthRead.bytes;
-        facts.lengthBehindIntact = length;
+        scan.lengthAfterIntact = length;
         if (length > maxRecordBytes) {
-            facts.impossibleLengthAt = facts.intactBytes;
+            scan.impossibleLengthAt = scan.intactBytes;
             return kRecordLengthBytes;
         }
         if (body.size() < length) body.resize(static_cast<std::size_t>(length));
         const PieceRead bodyRead = ReadRecordBody(stream, body.data(), length);
         if (!bodyRead.whole) return kRecordLengthBytes + bodyRead.bytes;
         const auto headBytes = std::min<std::size_t>(kHeadBytes, static_cast<std::size_t>(length));
-        facts.records.push_back({facts.intactBytes, length, std::string(body.data(), headBytes)});
-        facts.intactBytes += kRecordLengthBytes + length;
-        facts.lengthBehindIntact = 0;
+        scan.records.push_back({scan.intactBytes, length, std::string(body.data(), headBytes)});
+        scan.intactBytes += kRecordLengthBytes + length;
+        scan.lengthAfterIntact = 0;
     }
 }
 
-void InspectStream(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& facts) {
-    const PieceRead header = ReadSequence(stream, &facts.sequence);
+void ScanStream(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
+    const PieceRead header = ReadSequence(stream, &scan.sequence);
     if (!header.whole) {
-        facts.sequence = 0;
-        facts.fileBytes = header.bytes;
-        facts.shape = header.bytes == 0 ? CheckpointShape::kEmpty : CheckpointShape::kTornHeader;
+        scan.sequence = 0;
+        scan.fileBytes = header.bytes;
+        scan.shape = header.bytes == 0 ? CheckpointShape::kEmpty : CheckpointShape::kTornHeader;
         return;
     }
-    facts.intactBytes = kSequenceBytes;
-    const std::uint64_t tailBytes = InspectRecords(stream, maxRecordBytes, facts);
-    InspectTail(stream, tailBytes, maxRecordBytes, facts);
-    facts.shape = facts.records.empty() ? CheckpointShape::kHeaderOnly : CheckpointShape::kRecords;
+    scan.intactBytes = kSequenceBytes;
+    const std::uint64_t tailBytes = ScanRecords(stream, maxRecordBytes, scan);
+    ScanTail(stream, tailBytes, maxRecordBytes, scan);
+    scan.shape = scan.records.empty() ? CheckpointShape::kHeaderOnly : CheckpointShape::kRecords;
 }
 
 Stream OpenForReading(const std::string& path) {
     return Stream(std::fopen(path.c_str(), "rb"));
 }
 
-bool FailCompare(const std::string& path, std::string& reason) {
-    reason = path + ": " + std::strerror(errno);
+bool FailCompare(const std::string& path, std::string& error) {
+    error = path + ": " + std::strerror(errno);
     return false;
 }
 
@@ -159,40 +159,40 @@ bool SameBytes(std::FILE* left, std::uint64_t leftAt, std::FILE* right, std::uin
 }  // namespace
 
 CheckpointScan ScanCheckpointFile(const std::string& path, std::uint64_t maxRecordBytes) {
-    CheckpointScan facts;
-    facts.path = path;
-    // A pipe would be waited for.
+    CheckpointScan scan;
+    scan.path = path;
+    // Opening a pipe would wait for a writer.
     if (platform::ProbePath(path) == platform::PathKind::kOther) {
-        facts.shape = CheckpointShape::kUnreadable;
-        facts.reason = "not a file";
-        return facts;
+        scan.shape = CheckpointShape::kUnreadable;
+        scan.error = "not a file";
+        return scan;
     }
     const Stream stream = OpenForReading(path);
     if (stream == nullptr) {
-        // The module, too, takes this one reason alone for a file that is not there.
-        if (errno == ENOENT) return facts;
-        facts.reason = std::strerror(errno);
-        facts.shape = CheckpointShape::kUnreadable;
-        return facts;
+        // Like the module, only this error counts as a missing file.
+        if (errno == ENOENT) return scan;
+        scan.error = std::strerror(errno);
+        scan.shape = CheckpointShape::kUnreadable;
+        return scan;
     }
     errno = 0;
-    InspectStream(stream.get(), maxRecordBytes, facts);
+    ScanStream(stream.get(), maxRecordBytes, scan);
     if (std::ferror(stream.get()) != 0) {
-        facts.reason = std::strerror(errno != 0 ? errno : EIO);
-        facts.shape = CheckpointShape::kUnreadable;
+        scan.error = std::strerror(errno != 0 ? errno : EIO);
+        scan.shape = CheckpointShape::kUnreadable;
     }
-    return facts;
+    return scan;
 }
 
 std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath) {
     constexpr char kPrefix[] = "MQAMtmp.";
     constexpr std::size_t kPrefixBytes = sizeof kPrefix - 1;
     std::vector<std::string> paths;
-    for (const std::string& folder : platform::TemporaryDirectories(checkpointPath)) {
-        for (const std::string& name : platform::ListDirectory(folder)) {
+    for (const std::string& directory : platform::TemporaryDirectories(checkpointPath)) {
+        for (const std::string& name : platform::ListDirectory(directory)) {
             if (name.compare(0, kPrefixBytes, kPrefix) != 0 || name.size() == kPrefixBytes) continue;
             if (name.find_first_not_of("0123456789", kPrefixBytes) != std::string::npos) continue;
-            paths.push_back(folder + name);
+            paths.push_back(directory + name);
         }
     }
     std::sort(paths.begin(), paths.end());
@@ -201,21 +201,21 @@ std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath) {
 
 CheckpointScan ScanForStart(const std::string& checkpointPath, const std::vector<std::string>& temporaries,
                             std::uint64_t maxRecordBytes) {
-    CheckpointScan facts = ScanCheckpointFile(checkpointPath, maxRecordBytes);
-    if (facts.shape != CheckpointShape::kMissing || temporaries.size() != 1) return facts;
+    CheckpointScan scan = ScanCheckpointFile(checkpointPath, maxRecordBytes);
+    if (scan.shape != CheckpointShape::kMissing || temporaries.size() != 1) return scan;
     return ScanCheckpointFile(temporaries.front(), maxRecordBytes);
 }
 
-bool IsCopyOfRecords(const CheckpointScan& temporary, const CheckpointScan& file, std::string& reason) {
-    reason.clear();
-    // The record that a rewrite puts in front is empty when none had been returned: nothing to look for.
+bool IsCopyOfRecords(const CheckpointScan& temporary, const CheckpointScan& file, std::string& error) {
+    error.clear();
+    // The record that a rewrite puts first is empty if no record had been returned yet; it has no original.
     const bool emptyInFront = !temporary.records.empty() && temporary.records.front().length == 0;
     const std::size_t first = emptyInFront ? 1 : 0;
     if (temporary.records.size() <= first) return temporary.shape != CheckpointShape::kUnreadable;
     const Stream copy = OpenForReading(temporary.path);
-    if (copy == nullptr) return FailCompare(temporary.path, reason);
+    if (copy == nullptr) return FailCompare(temporary.path, error);
     const Stream original = OpenForReading(file.path);
-    if (original == nullptr) return FailCompare(file.path, reason);
+    if (original == nullptr) return FailCompare(file.path, error);
 
     const ScannedRecord& wanted = temporary.records[first];
     const std::uint64_t bytes = temporary.intactBytes - wanted.offset;

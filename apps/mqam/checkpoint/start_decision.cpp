@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/disk_changes.h"
-
 namespace mqam {
 
 namespace {
@@ -12,42 +10,35 @@ std::string Show(const std::string& path) {
     return "`mqam checkpoint show " + path + "`";
 }
 
-std::string ToRepair(const std::string& path) {
-    return "look with " + Show(path) + ", then `mqam checkpoint repair " + path + "`";
-}
-
 std::string CountRecords(std::size_t count) {
     return count == 1 ? "1 record" : std::to_string(count) + " records";
 }
 
-StartDecision Refuse(const std::string& reason) {
+StartDecision Refuse(const std::string& message) {
     StartDecision decision;
-    decision.reason = reason;
+    decision.message = message;
     return decision;
 }
 
-// An append that was cut short leaves nothing behind it: anything else is damage, and a replay would stop at
-// it or go past records.
+// An append that was cut short is the end of the file. Anything after it means damage, and a replay would stop there or
+// skip records.
 StartDecision RefuseDamage(const CheckpointScan& file) {
-    std::string reason = file.path + " is damaged: ";
+    std::string message = file.path + " is damaged: ";
     if (file.damagedLengthAt != 0) {
-        reason += "a bit of the record length at offset " + std::to_string(file.damagedLengthAt) +
-                  " seems to be wrong, without which whole records would lead to the end of the file";
+        message +=
+            "one bit of the record length at offset " + std::to_string(file.damagedLengthAt) +
+            " seems to be wrong; with it corrected, complete records would lead to the end of the file";
     } else {
-        reason += "the record length at offset " + std::to_string(file.intactBytes) + " " +
-                  (file.impossibleLengthAt != 0 ? "is larger than any record (--max-record)"
-                                                : "leads past the end of it");
+        message += "the record length at offset " + std::to_string(file.intactBytes) + " " +
+                   (file.impossibleLengthAt != 0 ? "is larger than any record (--max-record)"
+                                                 : "leads past the end of the file");
         if (file.resyncOffset != 0) {
-            reason += ", but whole records are found from offset " + std::to_string(file.resyncOffset) +
-                      " to its end";
+            message += ", but complete records are found from offset " + std::to_string(file.resyncOffset) +
+                       " to its end";
         }
     }
-    return Refuse(reason + "; keep a copy of the file and see what is intact with `mqam checkpoint verify " +
-                  file.path + "`; give back an undamaged copy and run the same command again");
-}
-
-bool IsDamaged(const CheckpointScan& file) {
-    return file.impossibleLengthAt != 0 || file.resyncOffset != 0;
+    return Refuse(message + "; keep a copy of the file and see what is intact with `mqam checkpoint verify " +
+                  file.path + "`; restore an undamaged copy and run the same command again");
 }
 
 void CutTornTail(const CheckpointScan& file, StartDecision& decision) {
@@ -55,26 +46,27 @@ void CutTornTail(const CheckpointScan& file, StartDecision& decision) {
     decision.repairs.push_back({Repair::Kind::kCutTornTail, file.path, file.intactBytes});
 }
 
-// Nothing is stored. The module makes temporary files only while a stored position is gone back to.
+// Nothing is stored. The module makes temporary files only while it replays from a stored position.
 StartDecision DecideBeginning(const CheckpointScan& file, const std::vector<std::string>& temporaries) {
     if (!temporaries.empty()) {
-        return Refuse("no position is stored, but the temporary checkpoint file " + temporaries.front() +
-                      " may hold records of another load: give each load a folder of its own, or give the "
-                      "restart information of that load back and run its command; " +
-                      Show(file.path) + " tells what the files hold");
+        return Refuse(
+            "no position is stored, but the temporary checkpoint file " + temporaries.front() +
+            " may contain records of another load: give each load a directory of its own, or restore "
+            "the restart information of that load and run its command; " +
+            Show(file.path) + " shows what the files contain");
     }
     if (file.shape == CheckpointShape::kRecords) {
         return Refuse(
-            file.path + " holds " + CountRecords(file.records.size()) +
-            ", perhaps their only copies, but no position is stored: it belongs to another load, or "
-            "the restart information of this load is gone; give that back and run the same command again, "
+            file.path + " contains " + CountRecords(file.records.size()) +
+            ", possibly the only copies, but no position is stored: the file belongs to another load, or "
+            "the restart information of this load is gone; restore that and run the same command again, "
             "or name another checkpoint file (" +
-            Show(file.path) + " tells what it holds)");
+            Show(file.path) + " shows what it contains)");
     }
     if (IsDamaged(file)) return RefuseDamage(file);
     StartDecision decision;
     decision.action = StartAction::kBegin;
-    decision.reason = "nothing is stored and no record waits in " + file.path + ": the load begins";
+    decision.message = "nothing is stored and no record waits in " + file.path + ": a new load begins";
     CutTornTail(file, decision);
     return decision;
 }
@@ -85,38 +77,38 @@ StartDecision Replay(const PositionData& position, const CheckpointScan& file, s
     decision.action = StartAction::kReplay;
     decision.position = position;
     decision.firstRecordIsRepeat = position.CkPtMsgCount != 0;
-    const std::size_t coming = file.records.size() - firstRecord;
-    decision.reason =
-        "the load goes on behind checkpoint " + std::to_string(position.CkPtSeq) + ": " + checkpointPath;
+    const std::size_t replayed = file.records.size() - firstRecord;
+    decision.message =
+        "the load resumes after checkpoint " + std::to_string(position.CkPtSeq) + ": " + checkpointPath;
     if (!decision.firstRecordIsRepeat) {
-        decision.reason += " gives " + CountRecords(coming) + " again, then the queue is read";
-    } else if (coming == 1) {
-        decision.reason += " gives back the last record loaded, to be compared, then the queue is read";
+        decision.message += " replays " + CountRecords(replayed) + ", then the queue is read";
+    } else if (replayed == 1) {
+        decision.message += " returns the last record loaded, to be compared, then the queue is read";
     } else {
-        decision.reason += " gives back the last record loaded, to be compared, and " +
-                           CountRecords(coming - 1) + " behind it, then the queue is read";
+        decision.message += " returns the last record loaded, to be compared, and replays " +
+                            CountRecords(replayed - 1) + " after it, then the queue is read";
     }
     return decision;
 }
 
-// The checkpoint file is missing and this temporary file is the only one. Only a whole one of the very
-// checkpoint that was stored is what a rewrite leaves between its deletion and its rename.
+// The checkpoint file is missing and this temporary file is the only one. Between its deletion and its rename, a
+// rewrite leaves only a complete file of the very checkpoint that was stored.
 StartDecision DecideFromTemporary(const std::string& checkpointPath, const PositionData& stored,
                                   const CheckpointScan& temporary) {
     const std::string missing = checkpointPath + " is missing and the temporary checkpoint file " +
                                 temporary.path + " cannot take its place: ";
-    if (temporary.shape == CheckpointShape::kMissing) return Refuse(missing + "it is gone, too");
+    if (temporary.shape == CheckpointShape::kMissing) return Refuse(missing + "it is gone too");
     if (temporary.shape != CheckpointShape::kRecords || temporary.fileBytes != temporary.intactBytes) {
         return Refuse(missing +
-                      "it is incomplete, so the checkpoint file was removed by something else; give the "
-                      "checkpoint file back and run the same command again (" +
-                      Show(checkpointPath) + " tells what is there)");
+                      "it is incomplete, so something else removed the checkpoint file; restore the "
+                      "checkpoint file and run the same command again (" +
+                      Show(checkpointPath) + " shows what is there)");
     }
     if (temporary.sequence != stored.CkPtSeq) {
         return Refuse(missing + "it belongs to checkpoint " + std::to_string(temporary.sequence) +
                       ", the stored position to checkpoint " + std::to_string(stored.CkPtSeq) +
-                      "; give the checkpoint file back and run the same command again (" +
-                      Show(checkpointPath) + " tells what is there)");
+                      "; restore the checkpoint file and run the same command again (" +
+                      Show(checkpointPath) + " shows what is there)");
     }
     StartDecision decision = Replay(stored, temporary, 0, checkpointPath);
     decision.repairs.push_back({Repair::Kind::kRenameTemporary, temporary.path});
@@ -125,35 +117,36 @@ StartDecision DecideFromTemporary(const std::string& checkpointPath, const Posit
 
 StartDecision RefuseMissing(const std::string& checkpointPath, const std::vector<std::string>& temporaries) {
     if (temporaries.empty()) {
-        return Refuse(checkpointPath +
-                      " is missing although a position is stored: the records that came after the position "
-                      "were in it; give the file back, at this path, and run the same command again");
+        return Refuse(
+            checkpointPath +
+            " is missing although a position is stored: it contained the records that came after the "
+            "position; restore the file at this path and run the same command again");
     }
     return Refuse(checkpointPath + " is missing and there are " + std::to_string(temporaries.size()) +
-                  " temporary checkpoint files, so it cannot be known which of them takes its place; " +
-                  ToRepair(checkpointPath));
+                  " temporary checkpoint files, so it cannot be known which of them replaces it; " +
+                  HowToRepair(checkpointPath));
 }
 
-// No whole record is in the file. Everything up to the position is loaded; the header tells whether an
-// interrupted rewrite, or a start that read nothing, left it so.
+// The file has no complete record. Everything up to the position is loaded; the header shows whether an interrupted
+// rewrite, or a start that read nothing, left it so.
 StartDecision DecideWithoutRecords(const PositionData& stored, const CheckpointScan& file) {
     const bool nothingRead = stored.CkPtMsgCount == 0;
     if (file.shape == CheckpointShape::kHeaderOnly && !nothingRead && file.sequence != stored.CkPtSeq) {
-        return Refuse(file.path + " holds no record and belongs to checkpoint " +
+        return Refuse(file.path + " contains no record and belongs to checkpoint " +
                       std::to_string(file.sequence) + ", the stored position to checkpoint " +
                       std::to_string(stored.CkPtSeq) +
-                      ": it has lost its records, or it is another load's; give the right file back and run "
+                      ": it has lost its records, or it is another load's; restore the right file and run "
                       "the same command again");
     }
     StartDecision decision;
     decision.action = StartAction::kResume;
-    decision.reason = "the load goes on behind checkpoint " + std::to_string(stored.CkPtSeq) + ": " +
-                      file.path + " holds no record that has to come again, so the queue is read at once";
+    decision.message = "the load resumes after checkpoint " + std::to_string(stored.CkPtSeq) + ": " +
+                       file.path + " has no record to replay, so the queue is read immediately";
     CutTornTail(file, decision);
     return decision;
 }
 
-// The file belongs to the checkpoint before: the stored one was not carried out.
+// The file belongs to the previous checkpoint: the stored one was not carried out.
 StartDecision DecideByOffset(PositionData position, const CheckpointScan& file) {
     const auto offset = static_cast<std::uint64_t>(position.CkPtOffset);
     const auto record = std::find_if(file.records.begin(), file.records.end(),
@@ -168,9 +161,9 @@ StartDecision DecideByOffset(PositionData position, const CheckpointScan& file) 
     return Refuse(file.path + " does not fit the stored position: checkpoint " +
                   std::to_string(position.CkPtSeq) + " names offset " + std::to_string(position.CkPtOffset) +
                   ", where no record" + (position.CkPtMsgCount == 0 ? " loaded" : "") +
-                  " of the file begins; the file or the position is another load's or a backup; give the "
-                  "right file back and run the same command again (" +
-                  Show(file.path) + " tells what it holds)");
+                  " of the file begins; the file or the position is another load's or a backup; restore "
+                  "the right file and run the same command again (" +
+                  Show(file.path) + " shows what it contains)");
 }
 
 StartDecision DecideWithRecords(const PositionData& stored, const CheckpointScan& file) {
@@ -180,25 +173,32 @@ StartDecision DecideWithRecords(const PositionData& stored, const CheckpointScan
     const std::string both = file.path + " belongs to checkpoint " + std::to_string(file.sequence) +
                              ", the stored position to checkpoint " + std::to_string(stored.CkPtSeq) + ": ";
     if (ahead > 0) {
-        return Refuse(
-            both +
-            "the file has moved on, so a newer position was stored somewhere or the file is another "
-            "load's; give the newer restart file or the right checkpoint file back and run the same "
-            "command again");
+        return Refuse(both +
+                      "the file is newer, so a newer position was stored somewhere, or the file is another "
+                      "load's; restore the newer restart file or the right checkpoint file and run the same "
+                      "command again");
     }
     return Refuse(both +
-                  "the file is older than the position, another load's or a backup; give the right file back "
+                  "the file is older than the position, another load's or a backup; restore the right file "
                   "and run the same command again");
 }
 
 }  // namespace
 
+std::string HowToRepair(const std::string& path) {
+    return "look at " + Show(path) + ", then run `mqam checkpoint repair " + path + "`";
+}
+
+bool IsDamaged(const CheckpointScan& file) {
+    return file.impossibleLengthAt != 0 || file.resyncOffset != 0;
+}
+
 StartDecision DecideStart(const std::string& checkpointPath, const std::optional<PositionData>& stored,
                           const CheckpointScan& file, const std::vector<std::string>& temporaries) {
     if (file.shape == CheckpointShape::kUnreadable) {
-        StartDecision decision = Refuse(file.path + " cannot be read: " + file.reason +
+        StartDecision decision = Refuse(file.path + " cannot be read: " + file.error +
                                         "; make it readable and run the same command again");
-        decision.mayPass = true;
+        decision.isTransient = true;
         return decision;
     }
     if (!stored) {
@@ -211,9 +211,9 @@ StartDecision DecideStart(const std::string& checkpointPath, const std::optional
     }
     if (file.shape == CheckpointShape::kMissing) return RefuseMissing(checkpointPath, temporaries);
     if (file.shape != CheckpointShape::kRecords && !temporaries.empty()) {
-        return Refuse(checkpointPath + " holds no record, but the temporary checkpoint file " +
-                      temporaries.front() + " may hold the only copies: another program has made " +
-                      checkpointPath + " anew; " + ToRepair(checkpointPath));
+        return Refuse(checkpointPath + " contains no record, but the temporary checkpoint file " +
+                      temporaries.front() + " may contain the only copies: another program has recreated " +
+                      checkpointPath + "; " + HowToRepair(checkpointPath));
     }
     if (IsDamaged(file)) return RefuseDamage(file);
     StartDecision decision = file.shape == CheckpointShape::kRecords ? DecideWithRecords(*stored, file)
@@ -224,45 +224,6 @@ StartDecision DecideStart(const std::string& checkpointPath, const std::optional
     }
     CutTornTail(file, decision);
     return decision;
-}
-
-bool MakeRepair(const std::string& checkpointPath, const Repair& repair, std::string& reason) {
-    if (repair.kind == Repair::Kind::kRenameTemporary) {
-        return platform::RenameDurably(repair.path, checkpointPath, reason);
-    }
-    const CheckpointScan file = ScanCheckpointFile(checkpointPath, kLargestRecordBytes);
-    if (repair.kind == Repair::Kind::kCutTornTail) {
-        if (file.intactBytes == repair.bytes && !IsDamaged(file)) {
-            return platform::TruncateDurably(checkpointPath, repair.bytes, reason);
-        }
-        reason = checkpointPath + " has changed meanwhile and is not cut";
-        return false;
-    }
-    const CheckpointScan temporary = ScanCheckpointFile(repair.path, kLargestRecordBytes);
-    if (temporary.shape == CheckpointShape::kMissing) return true;
-    if (!IsCopyOfRecords(temporary, file, reason)) {
-        if (reason.empty()) {
-            reason = repair.path + " holds records that " + checkpointPath +
-                     " does not hold, and is not deleted; " + ToRepair(checkpointPath);
-        }
-        return false;
-    }
-    return platform::DeleteDurably(repair.path, reason);
-}
-
-std::string DescribeRepair(const std::string& checkpointPath, const Repair& repair) {
-    switch (repair.kind) {
-        case Repair::Kind::kRenameTemporary:
-            return "rename " + repair.path + " to " + checkpointPath +
-                   " (a rewrite was interrupted behind its deletion of the checkpoint file)";
-        case Repair::Kind::kDeleteTemporary:
-            return "delete " + repair.path +
-                   " (a rewrite was interrupted; its records are in the checkpoint file)";
-        case Repair::Kind::kCutTornTail:
-            return "cut " + checkpointPath + " to " + std::to_string(repair.bytes) +
-                   " bytes (a record not wholly there was never committed: it is still on the queue)";
-    }
-    return "";
 }
 
 }  // namespace mqam

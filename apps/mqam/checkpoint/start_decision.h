@@ -1,9 +1,7 @@
-// How a life of a restartable load begins: decided from the position that was stored and from what stands on
-// the disk, before anything is changed, in one pure function. The caller tells the operator the decision,
-// makes the repairs, then acts on it.
+// How an attempt of a restartable load starts: decided in one pure function from the stored position and the files on
+// disk, before anything is changed. The caller reports the decision, makes the repairs, then acts on it.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,29 +12,28 @@
 namespace mqam {
 
 enum class StartAction {
-    /// Nothing was stored and no records are waiting: Open, GetPos, Reads.
+    /// Nothing is stored and no records are waiting: Open, GetPos, Reads.
     kBegin,
-    /// Open, SetPos with the stored position, Reads: the file's records come first.
+    /// Open, SetPos with the stored position, Reads: the records of the file come first.
     kReplay,
-    /// A position is stored, but the file holds no record that has to come again (a rewrite was interrupted,
-    /// or nothing was read
-    /// since): Open without SetPos, GetPos, Reads. Everything up to the position is loaded and nothing was
-    /// taken after it.
+    /// A position is stored, but the file has no record to replay, because a rewrite was interrupted or nothing has
+    /// been read since: Open without SetPos, GetPos, Reads. Everything up to the position is loaded, and nothing
+    /// after it was taken from the queue.
     kResume,
-    /// Going on could lose or double records: reason says why and what the operator can do.
+    /// Resuming could lose or duplicate records: the message says why, and what the operator can do.
     kRefuse,
 };
 
-/// A change on the disk that completes what a crash interrupted. None destroys the only copy of a whole
-/// record.
+/// A change on disk that completes what a crash interrupted. None destroys the only copy of a complete record.
 struct Repair {
     enum class Kind {
-        kRenameTemporary,  ///< the rewrite was interrupted behind its deletion: `path` takes the checkpoint
-                           ///< file's place
-        kDeleteTemporary,  ///< the rewrite was interrupted before its deletion: `path` is incomplete or a
-                           ///< copy
-        kCutTornTail,      ///< the checkpoint file is cut to `bytes`: a record not wholly there was never
-                           ///< committed
+        /// A rewrite was interrupted after it deleted the checkpoint file: the file at `path` takes its place.
+        kRenameTemporary,
+        /// A rewrite was interrupted before it deleted the checkpoint file: the file at `path` is incomplete or a
+        /// copy.
+        kDeleteTemporary,
+        /// The checkpoint file is truncated to `bytes`: an incomplete record was never committed.
+        kCutTornTail,
     };
     Kind kind = Kind::kRenameTemporary;
     std::string path;
@@ -45,35 +42,32 @@ struct Repair {
 
 struct StartDecision {
     StartAction action = StartAction::kRefuse;
-    /// With kReplay: what SetPos is to be given. It is the stored position, but for one taken when a replay
-    /// had just used up its file: that names the end of the file, and its offset is put back to the last
-    /// record, which the module must have read again to know its redelivery by the queue.
+    /// With kReplay: the position for SetPos. It is the stored position, with one exception: a position taken when a
+    /// replay had just used up its file names the end of the file. Its offset is moved back to the last record,
+    /// because the module must have read that record again to recognise its redelivery by the queue.
     PositionData position = {};
-    /// With kReplay: the first record replayed was delivered before the position was stored; it is checked
-    /// and dropped.
+    /// With kReplay: the first record replayed was delivered before the position was stored. It is compared and
+    /// dropped.
     bool firstRecordIsRepeat = false;
-    std::vector<Repair> repairs;  ///< to be made first, in order; none with kRefuse
-    std::string reason;           ///< for the operator, for every action; with kRefuse it says what to do
-    bool mayPass = false;         ///< with kRefuse: the system failed, nothing speaks against the files
+    std::vector<Repair> repairs;  ///< to be made first, in this order; none with kRefuse
+    std::string message;          ///< for the operator, for every action; with kRefuse it says what to do
+    bool isTransient = false;     ///< with kRefuse: the system failed, and nothing is wrong with the files
 };
 
-/// Decides.
+/// Decides how to start.
 ///   checkpointPath  the CKFILE of the load
-///   stored          the position of the last checkpoint whose data is durable in the target; none before the
-///   first file            the facts of the checkpoint file; of the temporary file that is to be renamed when
-///   the file is missing
-///                   and exactly one temporary file is there (its `path` tells)
-///   temporaries     the temporary files beside it
+///   stored          the position of the last checkpoint whose data is durable in the target; none before the first
+///   file            the scan of the checkpoint file; or, if that is missing and exactly one temporary file exists,
+///                   the scan of the temporary file, which is then to be renamed (its `path` says which it is)
+///   temporaries     the paths of the temporary files
 [[nodiscard]] StartDecision DecideStart(const std::string& checkpointPath,
                                         const std::optional<PositionData>& stored, const CheckpointScan& file,
                                         const std::vector<std::string>& temporaries);
 
-/// Makes one repair, synced to the medium. A temporary file is deleted only when the checkpoint file holds
-/// its records, and a file is cut only where its whole records end. Returns false with the reason in words;
-/// then nothing is changed, or the change is made and only its sync failed.
-[[nodiscard]] bool MakeRepair(const std::string& checkpointPath, const Repair& repair, std::string& reason);
+/// The advice to look at the checkpoint file and repair it by hand.
+[[nodiscard]] std::string HowToRepair(const std::string& checkpointPath);
 
-/// The repair in words: "rename MQAMtmp.4711 to load.ckpt (...)".
-[[nodiscard]] std::string DescribeRepair(const std::string& checkpointPath, const Repair& repair);
+/// Whether the file is damaged in a way that no crash explains.
+[[nodiscard]] bool IsDamaged(const CheckpointScan& file);
 
 }  // namespace mqam

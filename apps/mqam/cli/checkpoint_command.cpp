@@ -29,28 +29,26 @@ namespace {
 constexpr const char* kShowExamples =
     "Examples:\n"
     "  mqam checkpoint show orders.ckpt\n"
-    "      what is in it, and what is beside it\n"
+    "      its contents, and the temporary files next to it\n"
     "  mqam checkpoint show orders.ckpt --position 05000000080000000400000000000000 --all\n"
     "      every record, and what a restart with this position would do\n"
     "  mqam checkpoint show orders.ckpt --restart-file orders.restart\n"
     "      the same with the position that the load has stored\n"
     "  mqam checkpoint show orders.ckpt --restart-file 'sqlite:orders.db?table=orders'\n"
-    "      the same of a load into SQLite\n"
+    "      the same for a load into SQLite\n"
     "\n"
-    "Exit codes: 0 the file was shown, 1 it is missing or cannot be read (or the restart file), 3 standard "
-    "output cannot\n"
-    "be written.\n";
+    "Exit codes: 0 the file was shown, 1 the file (or the restart file) is missing or cannot be read, 3 standard\n"
+    "output cannot be written.\n";
 
 constexpr const char* kVerifyExamples =
     "Examples:\n"
     "  mqam checkpoint verify orders.ckpt\n"
-    "      intact, incomplete as a crash leaves it, or damaged: with the bytes that are\n"
+    "      intact, incomplete as a crash leaves it, or damaged, with the bytes concerned\n"
     "  mqam checkpoint verify orders.ckpt --restart-file orders.restart\n"
-    "      and whether the load can go on with it\n"
+    "      and whether the load can resume with it\n"
     "\n"
-    "Exit codes: 0 intact, 1 missing or not readable (or the restart file), 3 standard output cannot be "
-    "written, 10\n"
-    "incomplete, damaged, or of no use to the load.\n";
+    "Exit codes: 0 intact, 1 the file (or the restart file) is missing or cannot be read, 3 standard output\n"
+    "cannot be written, 10 incomplete, damaged, or not the file that the load needs.\n";
 
 constexpr const char* kRepairExamples =
     "Examples:\n"
@@ -61,15 +59,12 @@ constexpr const char* kRepairExamples =
     "  mqam checkpoint repair orders.ckpt --restart-file orders.restart\n"
     "      with the position that the load has stored\n"
     "\n"
-    "No load may be running on the file. A restart of `mqam load` makes the repairs that are beyond doubt by "
-    "itself;\n"
-    "this command makes them without a restart, and those that need someone who looks. What gives way is "
-    "kept\n"
-    "as FILE.kept, bytes that are cut off as FILE.torn.\n"
+    "No load may be using the file. A restart makes the safe repairs automatically. This command makes them without\n"
+    "a restart, and also those that need a decision. Replaced files are kept as FILE.kept, removed bytes as\n"
+    "FILE.torn.\n"
     "\n"
-    "Exit codes: 0 all in order now, 1 nothing was changed (not confirmed, or a wrong option), 3 a change "
-    "failed, 10 something\n"
-    "cannot be repaired.\n";
+    "Exit codes: 0 everything is in order now, 1 nothing was changed (not confirmed, or a wrong option), 3 a change\n"
+    "failed, 10 something cannot be repaired.\n";
 
 struct CheckpointOptions {
     std::string path;
@@ -82,37 +77,37 @@ struct CheckpointOptions {
     bool yes = false;
 };
 
-int Complain(const std::string& words) {
-    PrintMessage("mqam checkpoint: " + words + "\n");
+int PrintError(const std::string& error) {
+    PrintMessage("mqam checkpoint: " + error + "\n");
     return kExitNotStarted;
 }
 
-// Returns `exitCode`, or that of an output that cannot be written.
+// Prints on standard output. Returns `exitCode`, or kExitTargetFailed if that cannot be written.
 int Print(const std::string& text, int exitCode) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return exitCode;
-    (void)Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+    (void)PrintError(std::string("cannot write to standard output: ") + std::strerror(errno));
     return kExitTargetFailed;
 }
 
-bool CanBeRead(const CheckpointScan& facts) {
-    return facts.shape != CheckpointShape::kMissing && facts.shape != CheckpointShape::kUnreadable;
+bool CanBeRead(const CheckpointScan& scan) {
+    return scan.shape != CheckpointShape::kMissing && scan.shape != CheckpointShape::kUnreadable;
 }
 
-// What is known of the load that the file belongs to.
+// What is known about the load that the file belongs to.
 struct Stored {
     std::optional<RestartState> state;  // with --restart-file
     std::optional<PositionData> position;
 };
 
-// Returns false when the restart file that was named is of no use; the user has been told.
+// Returns false if the restart information that the user named cannot be used; the error has been printed.
 bool FetchStored(const CheckpointOptions& options, Stored& stored) {
     if (!options.position.empty()) stored.position = ParsePosition(options.position);
     if (options.restartFile.empty()) return true;
     RestartState state;
     std::string reason;
     if (!ReadStateOfLoad(options.restartFile, options.path, state, reason)) {
-        (void)Complain(reason);
+        (void)PrintError(reason);
         return false;
     }
     stored.position = state.position;
@@ -123,14 +118,14 @@ bool FetchStored(const CheckpointOptions& options, Stored& stored) {
 std::string DescribeRestartWith(const CheckpointOptions& options, const Stored& stored, bool& isRefused) {
     isRefused = false;
     if (options.position.empty() && !stored.state) {
-        return "(--position or --restart-file tells what a restart would do)\n";
+        return "(give --position or --restart-file to see what a restart would do)\n";
     }
     std::string text = DescribeRestart(options.path, stored.position, options.maxRecordBytes, isRefused);
     if (!stored.state || isRefused) return text;
     const std::string foreign = FindForeignRecord(options.path, *stored.state, options.maxRecordBytes);
     if (foreign.empty()) return text;
     isRefused = true;
-    return text + "  refused then: " + foreign + "\n";
+    return text + "  then refused: " + foreign + "\n";
 }
 
 ListedRecords ListedBy(const CheckpointOptions& options) {
@@ -142,38 +137,37 @@ ListedRecords ListedBy(const CheckpointOptions& options) {
 int RunShow(const CheckpointOptions& options) {
     Stored stored;
     if (!FetchStored(options, stored)) return kExitNotStarted;
-    const CheckpointScan facts = ScanCheckpointFile(options.path, options.maxRecordBytes);
-    std::string text = SummarizeScan(facts) + "\n" + ListRecords(facts, ListedBy(options));
+    const CheckpointScan scan = ScanCheckpointFile(options.path, options.maxRecordBytes);
+    std::string text = SummarizeScan(scan) + "\n" + ListRecords(scan, ListedBy(options));
     for (const std::string& temporary : FindTemporaryFiles(options.path)) {
         text +=
             "temporary file " + SummarizeScan(ScanCheckpointFile(temporary, options.maxRecordBytes)) + "\n";
     }
     bool isRefused = false;
     text += DescribeRestartWith(options, stored, isRefused);
-    return Print(text, CanBeRead(facts) ? kExitDone : kExitNotStarted);
+    return Print(text, CanBeRead(scan) ? kExitDone : kExitNotStarted);
 }
 
 int RunVerify(const CheckpointOptions& options) {
     Stored stored;
     if (!FetchStored(options, stored)) return kExitNotStarted;
-    const CheckpointScan facts = ScanCheckpointFile(options.path, options.maxRecordBytes);
+    const CheckpointScan scan = ScanCheckpointFile(options.path, options.maxRecordBytes);
     const std::vector<std::string> temporaries = FindTemporaryFiles(options.path);
-    if (!CanBeRead(facts)) {
-        const std::string beside = temporaries.empty()
-                                       ? ""
-                                       : "; beside it stands the temporary file " + temporaries.front() +
-                                             ": `mqam checkpoint show " + options.path +
-                                             "` tells what a restart would do";
-        return Complain(SummarizeScan(facts) + beside);
+    if (!CanBeRead(scan)) {
+        const std::string hint = temporaries.empty() ? ""
+                                                     : "; the temporary file " + temporaries.front() +
+                                                           " is next to it: `mqam checkpoint show " +
+                                                           options.path + "` shows what a restart would do";
+        return PrintError(SummarizeScan(scan) + hint);
     }
-    std::string text = DescribeIntegrity(facts, options.maxRecordBytes);
+    std::string text = DescribeIntegrity(scan, options.maxRecordBytes);
     for (const std::string& temporary : temporaries) {
-        text += "Beside it stands the temporary file " + temporary +
-                ": a rewrite was interrupted, or a load is running.\n";
+        text += "The temporary file " + temporary +
+                " is next to it: a rewrite was interrupted, or a load is running.\n";
     }
     bool isRefused = false;
     if (stored.state) text += DescribeRestartWith(options, stored, isRefused);
-    const bool isIntact = CheckIntegrity(facts) == Integrity::kIntact && !isRefused;
+    const bool isIntact = CheckIntegrity(scan) == Integrity::kIntact && !isRefused;
     return Print(text, isIntact ? kExitDone : kExitDamaged);
 }
 
@@ -181,10 +175,11 @@ bool IsConfirmed(const CheckpointOptions& options) {
     if (options.yes) return true;
     constexpr int kStandardInput = 0;
     if (!platform::IsTerminal(kStandardInput)) {
-        PrintMessage("mqam checkpoint: nothing was changed; give --yes to do this without being asked\n");
+        PrintMessage(
+            "mqam checkpoint: nothing was changed; give --yes to make the changes without being asked\n");
         return false;
     }
-    PrintMessage("No load may be running on this file. Do this? [y/N] ");
+    PrintMessage("No load may be using this file. Make these changes? [y/N] ");
     char answer[16] = {};
     if (std::fgets(answer, sizeof answer, stdin) != nullptr && (answer[0] == 'y' || answer[0] == 'Y'))
         return true;
@@ -204,26 +199,27 @@ std::string DescribeSteps(const CheckpointOptions& options, const RepairPlan& pl
 }
 
 int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
-    // The answer was given to what was shown; a load may have run while the user thought about it.
+    // The user confirmed what was shown; a load may have run in the meantime.
     if (DescribeSteps(options, Plan(options, stored)) != DescribeSteps(options, plan)) {
-        return Complain("nothing was changed: the files are not as they were; give the command again");
+        return PrintError(
+            "nothing was changed: the files have changed in the meantime; run the command again");
     }
-    std::string reason;
     for (const RepairStep& step : plan.steps) {
-        if (TakeStep(options.path, step, reason)) continue;
-        (void)Complain("could not " + DescribeStep(options.path, step) + ": " + reason);
+        const Status taken = TakeStep(options.path, step);
+        if (taken.IsOk()) continue;
+        (void)PrintError("could not " + DescribeStep(options.path, step) + ": " + taken.Error());
         return kExitTargetFailed;
     }
     return kExitDone;
 }
 
-// The steps, one after the other, while no restartable load can begin on the file.
+// Takes the steps while the lock keeps restartable loads away from the file.
 int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
     const std::string lock = platform::AbsolutePath(options.path) + ".lock";
     std::string reason;
     const LockOutcome outcome = AcquireLoadLock(lock, 0, reason);
     if (outcome != LockOutcome::kAcquired) {
-        const int refused = Complain("nothing was changed: " + reason);
+        const int refused = PrintError("nothing was changed: " + reason);
         return outcome == LockOutcome::kFailed ? kExitTargetFailed : refused;
     }
     const int exitCode = TakeStepsLocked(options, stored, plan);
@@ -273,7 +269,7 @@ CLI::Option* AddRestartFileOption(CLI::App& command, CheckpointOptions& options)
     return command
         .add_option(
             "--restart-file", options.restartFile,
-            "the restart file of the load, which holds its position; of a load into SQLite its target, "
+            "the restart file of the load, which contains its position; for a load into SQLite its target, "
             "sqlite:FILE?table=NAME")
         ->type_name("FILE");
 }
@@ -293,24 +289,23 @@ std::shared_ptr<CheckpointOptions> AddSubcommand(CLI::App& parent, const char* n
 }  // namespace
 
 void AddCheckpointCommand(CLI::App& app, int& exitCode) {
-    CLI::App* parent = app.add_subcommand("checkpoint", "Look into a checkpoint file, verify it, repair it");
+    CLI::App* parent = app.add_subcommand("checkpoint", "Show, verify or repair a checkpoint file");
     parent->require_subcommand(1);
 
     auto show = AddSubcommand(*parent, "show", "Show the records and what a restart would do", kShowExamples,
                               RunShow, exitCode);
     CLI::App* command = parent->get_subcommand("show");
     AddRestartFileOption(*command, *show)
-        ->excludes(AddPositionOption(*command, *show,
-                                     "the stored position with which the restart is made, 16 bytes in hex"));
+        ->excludes(AddPositionOption(*command, *show, "the stored position of the load, 16 bytes in hex"));
     auto* all = command->add_flag("--all", show->all, "list every record");
-    command->add_option("--first", show->first, "list so many records from the beginning. Default: 10")
+    command->add_option("--first", show->first, "list N records from the beginning. Default: 10")
         ->type_name("N")
         ->excludes(all);
-    command->add_option("--last", show->last, "list so many records from the end. Default: 10")
+    command->add_option("--last", show->last, "list N records from the end. Default: 10")
         ->type_name("N")
         ->excludes(all);
 
-    auto verify = AddSubcommand(*parent, "verify", "Tell whether the file is intact, to the byte",
+    auto verify = AddSubcommand(*parent, "verify", "Report whether the file is intact, to the byte",
                                 kVerifyExamples, RunVerify, exitCode);
     AddRestartFileOption(*parent->get_subcommand("verify"), *verify);
 
@@ -319,7 +314,7 @@ void AddCheckpointCommand(CLI::App& app, int& exitCode) {
     command = parent->get_subcommand("repair");
     AddRestartFileOption(*command, *repair)
         ->excludes(AddPositionOption(*command, *repair, "the stored position of the load, 16 bytes in hex"));
-    command->add_flag("--yes", repair->yes, "do it without asking");
+    command->add_flag("--yes", repair->yes, "do not ask before changing anything");
 }
 
 }  // namespace mqam

@@ -1,6 +1,7 @@
 #include "mqam/load/attempt_start.h"
 
 #include "mqam/base/utc_time.h"
+#include "mqam/checkpoint/repair.h"
 #include "mqam/load/completion.h"
 #include "mqam/load/load_lock.h"
 #include "platform/paths.h"
@@ -115,7 +116,6 @@ bool IsLogFree(Beginning& life, const std::string& log) {
 // before anything is changed, and a new load is stored before anything is touched.
 bool PrepareFiles(Beginning& life, const std::optional<RestartState>& stored, RestartState& fresh) {
     const std::string& path = fresh.checkpointFile;
-    std::string reason;
     StartDecision& decision = life.preparation.decision;
     life.preparation.checkpointLock = CheckpointLockPath(path);
     if (!TakeLock(life, life.preparation.checkpointLock)) return false;
@@ -125,10 +125,10 @@ bool PrepareFiles(Beginning& life, const std::optional<RestartState>& stored, Re
     const std::vector<std::string> temporaries = FindTemporaryFiles(path);
     decision = DecideStart(path, position, ScanForStart(path, temporaries, maxRecordBytes), temporaries);
     if (decision.action == StartAction::kRefuse) {
-        return decision.mayPass ? EndByFile(life.outcome, decision.reason)
-                                : RefuseAttempt(life.outcome, decision.reason);
+        return decision.isTransient ? EndByFile(life.outcome, decision.message)
+                                    : RefuseAttempt(life.outcome, decision.message);
     }
-    if (life.observer.decision) life.observer.decision(decision.reason);
+    if (life.observer.decision) life.observer.decision(decision.message);
 
     RestartState& state = life.outcome.state;
     const bool isOwnLog = stored && stored->logFile == fresh.logFile;
@@ -143,8 +143,8 @@ bool PrepareFiles(Beginning& life, const std::optional<RestartState>& stored, Re
     }
     for (const Repair& repair : decision.repairs) {
         const std::string what = DescribeRepair(path, repair);
-        if (!MakeRepair(path, repair, reason))
-            return EndByFile(life.outcome, "could not " + what + ": " + reason);
+        const Status made = MakeRepair(path, repair);
+        if (!made.IsOk()) return EndByFile(life.outcome, "could not " + what + ": " + made.Error());
         if (life.observer.repaired) life.observer.repaired(what);
     }
     return life.target.RollBackTo(state) || FailToBegin(life);

@@ -78,7 +78,7 @@ std::string FindForeignRecord(const std::string& checkpointPath, const RestartSt
     }
     return "the record at offset " + std::to_string(first->offset) + " of " + facts.path +
            " is not the last one loaded: the checkpoint file or the restart file is another load's or a "
-           "backup; give the right file back";
+           "backup; restore the right file";
 }
 
 }  // namespace mqam

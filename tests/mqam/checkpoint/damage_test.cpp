@@ -29,7 +29,7 @@ class RestartDamageTest : public testing::Test {
         WriteBytesTo(path, bytes);
         StartDecision decision =
             DecideStart(path, state_.position, ScanForStart(path, {}, kMaxRecordBytes), {});
-        EXPECT_NE(decision.reason, "");
+        EXPECT_NE(decision.message, "");
         return decision;
     }
 

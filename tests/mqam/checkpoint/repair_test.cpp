@@ -43,8 +43,7 @@ class CheckpointRepairTest : public testing::Test {
     RepairPlan Repair(const std::optional<PositionData>& stored) const {
         RepairPlan plan = PlanRepair(Path(), stored, kMaxRecord);
         for (const RepairStep& step : plan.steps) {
-            std::string reason;
-            EXPECT_TRUE(TakeStep(Path(), step, reason)) << DescribeStep(Path(), step) << ": " << reason;
+            EXPECT_EQ(TakeStep(Path(), step).Error(), "") << DescribeStep(Path(), step);
         }
         return plan;
     }
@@ -156,7 +155,7 @@ TEST_F(CheckpointRepairTest, PositionChoosesTheTemporaryFileOfItsCheckpoint) {
     EXPECT_FALSE(PlanRepair(Path(), std::nullopt, kMaxRecord).obstacle.empty());
     EXPECT_TRUE(PlanRepair(Path(), std::nullopt, kMaxRecord).steps.empty());
     const RepairPlan plan = Repair(MakePosition(6, 9, 15));
-    EXPECT_NE(plan.obstacle.find("MQAMtmp.1 holds records"), std::string::npos) << plan.obstacle;
+    EXPECT_NE(plan.obstacle.find("MQAMtmp.1 contains records"), std::string::npos) << plan.obstacle;
     EXPECT_EQ(Files(), (std::map<std::string, std::string>{{"load.ckpt", six}, {"MQAMtmp.1", five}}));
 
     Fill(std::nullopt, {five});

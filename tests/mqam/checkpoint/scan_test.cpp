@@ -33,7 +33,7 @@ TEST_F(CheckpointFactsTest, MissingFileIsMissing) {
 TEST_F(CheckpointFactsTest, FolderIsUnreadableWithAReason) {
     const CheckpointScan facts = ScanCheckpointFile(folder_.Root(), kMaxRecord);
     EXPECT_EQ(facts.shape, CheckpointShape::kUnreadable);
-    EXPECT_EQ(facts.reason, "not a file");
+    EXPECT_EQ(facts.error, "not a file");
 }
 
 TEST_F(CheckpointFactsTest, RecordsAreToldWithOffsetLengthAndHead) {
@@ -82,7 +82,7 @@ TEST_F(CheckpointFactsTest, FileCutAtEveryByteTellsItsIntactPart) {
         EXPECT_EQ(facts.impossibleLengthAt, 0U);
         EXPECT_EQ(facts.resyncOffset, 0U);
         const bool lengthIsThere = count < records.size() && intact != 0 && cut >= intact + 8;
-        EXPECT_EQ(facts.lengthBehindIntact, lengthIsThere ? records[count].size() : 0);
+        EXPECT_EQ(facts.lengthAfterIntact, lengthIsThere ? records[count].size() : 0);
     }
 }
 
@@ -165,7 +165,7 @@ TEST_F(CheckpointFactsTest, LengthOfTheLargestRecordIsPossibleAndOneMoreIsNot) {
     const std::string head = CheckpointBytes(1, {"a"});
     const CheckpointScan largest = Inspect(head + LengthBytes(kMaxRecord) + "torn");
     EXPECT_EQ(largest.impossibleLengthAt, 0U);
-    EXPECT_EQ(largest.lengthBehindIntact, kMaxRecord);
+    EXPECT_EQ(largest.lengthAfterIntact, kMaxRecord);
     const CheckpointScan larger = Inspect(head + LengthBytes(kMaxRecord + 1) + "torn");
     EXPECT_EQ(larger.impossibleLengthAt, head.size());
     EXPECT_EQ(larger.fileBytes, head.size() + 12);

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "mqam/checkpoint/repair.h"
 #include "tests/support/checkpoint_bytes.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
@@ -57,7 +58,7 @@ class RestartDecisionTest : public testing::Test {
         const std::vector<std::string> found = FindTemporaryFiles(Path());
         const CheckpointScan facts = ScanForStart(Path(), found, 1000);
         StartDecision decision = DecideStart(Path(), stored, facts, found);
-        EXPECT_NE(decision.reason, "");
+        EXPECT_NE(decision.message, "");
         EXPECT_TRUE(decision.action != StartAction::kRefuse || decision.repairs.empty());
         return decision;
     }
@@ -199,7 +200,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const StartDecision decision = Decide(row.stored, row.file, row.temporaries);
-        EXPECT_EQ(Words(decision), row.decision) << decision.reason;
+        EXPECT_EQ(Words(decision), row.decision) << decision.message;
         EXPECT_EQ(Words(decision.repairs), row.repairs);
     }
 }
@@ -208,59 +209,57 @@ TEST_F(RestartDecisionTest, UnreadableFileIsRefusedWithTheSystemsWords) {
     CheckpointScan facts;
     facts.path = "load.ckpt";
     facts.shape = CheckpointShape::kUnreadable;
-    facts.reason = "Permission denied";
+    facts.error = "Permission denied";
     for (const auto& stored : {std::optional<PositionData>(), std::optional(MakePosition(5, 8, 77))}) {
         const StartDecision decision = DecideStart("load.ckpt", stored, facts, {});
         EXPECT_EQ(decision.action, StartAction::kRefuse);
         EXPECT_EQ(
-            decision.reason,
+            decision.message,
             "load.ckpt cannot be read: Permission denied; make it readable and run the same command again");
-        EXPECT_TRUE(decision.mayPass);
+        EXPECT_TRUE(decision.isTransient);
     }
 }
 
-TEST_F(RestartDecisionTest, ReasonsCountWhatComes) {
-    const std::string behind = "the load goes on behind checkpoint 5: " + Path() + " ";
-    EXPECT_EQ(Decide(MakePosition(5, 8, 0), CheckpointBytes(5, {"a"})).reason,
-              behind + "gives back the last record loaded, to be compared, then the queue is read");
+TEST_F(RestartDecisionTest, TheMessageCountsTheRecordsToReplay) {
+    const std::string after = "the load resumes after checkpoint 5: " + Path() + " ";
+    EXPECT_EQ(Decide(MakePosition(5, 8, 0), CheckpointBytes(5, {"a"})).message,
+              after + "returns the last record loaded, to be compared, then the queue is read");
     EXPECT_EQ(
-        Decide(MakePosition(5, 8, 0), CheckpointBytes(5, {"a", "b"})).reason,
-        behind +
-            "gives back the last record loaded, to be compared, and 1 record behind it, then the queue is "
-            "read");
-    EXPECT_EQ(Decide(MakePosition(5, 0, 0), CheckpointBytes(5, {"a", "b"})).reason,
-              behind + "gives 2 records again, then the queue is read");
-    EXPECT_EQ(Decide(MakePosition(5, 8, 0), "").reason,
-              behind + "holds no record that has to come again, so the queue is read at once");
+        Decide(MakePosition(5, 8, 0), CheckpointBytes(5, {"a", "b"})).message,
+        after +
+            "returns the last record loaded, to be compared, and replays 1 record after it, then the queue "
+            "is read");
+    EXPECT_EQ(Decide(MakePosition(5, 0, 0), CheckpointBytes(5, {"a", "b"})).message,
+              after + "replays 2 records, then the queue is read");
+    EXPECT_EQ(Decide(MakePosition(5, 8, 0), "").message,
+              after + "has no record to replay, so the queue is read immediately");
 }
 
-TEST_F(RestartDecisionTest, DamageIsToldWithItsOffsets) {
-    const auto tells = [&](const std::string& bytes, const std::string& part) {
-        const std::string reason = Decide(MakePosition(5, 8, 0), bytes).reason;
-        EXPECT_NE(reason.find(Path() + " is damaged: " + part + "; keep a copy"), std::string::npos)
-            << reason;
+TEST_F(RestartDecisionTest, DamageIsReportedWithItsOffsets) {
+    const auto expectDamage = [&](const std::string& bytes, const std::string& part) {
+        const std::string message = Decide(MakePosition(5, 8, 0), bytes).message;
+        EXPECT_NE(message.find(Path() + " is damaged: " + part + "; keep a copy"), std::string::npos)
+            << message;
     };
-    tells(kImpossible, "the record length at offset 25 is larger than any record (--max-record)");
-    tells(
+    expectDamage(kImpossible, "the record length at offset 25 is larger than any record (--max-record)");
+    expectDamage(
         kHidden,
-        "the record length at offset 25 leads past the end of it, but whole records are found from offset 36 "
-        "to its end");
-    tells(kTwo + LengthBytes(3 ^ 64) + "ccc" + LengthBytes(4) + "dddd",
-          "a bit of the record length at offset 25 seems to be wrong, without which whole records would lead "
-          "to "
-          "the end of the file");
+        "the record length at offset 25 leads past the end of the file, but complete records are found from offset "
+        "36 to its end");
+    expectDamage(
+        kTwo + LengthBytes(3 ^ 64) + "ccc" + LengthBytes(4) + "dddd",
+        "one bit of the record length at offset 25 seems to be wrong; with it corrected, complete records would "
+        "lead to the end of the file");
 }
 
 TEST_F(RestartDecisionTest, RenameRepairPutsTheTemporaryFileInPlaceOnlyWhereThereIsNone) {
     WriteBytesTo(Path("MQAMtmp.1"), kTwo);
     WriteBytesTo(Path(), "");
     const Repair repair = {Kind::kRenameTemporary, Path("MQAMtmp.1")};
-    std::string reason;
-    EXPECT_FALSE(MakeRepair(Path(), repair, reason));
-    EXPECT_NE(reason, "");
+    EXPECT_NE(MakeRepair(Path(), repair).Error(), "");
     EXPECT_TRUE(fs::exists(Path("MQAMtmp.1")));
     fs::remove(Path());
-    EXPECT_TRUE(MakeRepair(Path(), repair, reason)) << reason;
+    EXPECT_EQ(MakeRepair(Path(), repair).Error(), "");
     EXPECT_EQ(ReadFileIfAny(Path()), kTwo);
     EXPECT_FALSE(fs::exists(Path("MQAMtmp.1")));
 }
@@ -268,40 +267,39 @@ TEST_F(RestartDecisionTest, RenameRepairPutsTheTemporaryFileInPlaceOnlyWhereTher
 TEST_F(RestartDecisionTest, DeleteRepairKeepsATemporaryFileWithRecordsOfItsOwn) {
     WriteBytesTo(Path(), kTwo);
     const Repair repair = {Kind::kDeleteTemporary, Path("MQAMtmp.1")};
-    std::string reason;
     WriteBytesTo(Path("MQAMtmp.1"), CheckpointBytes(6, {"bb", "other"}));
-    EXPECT_FALSE(MakeRepair(Path(), repair, reason));
-    EXPECT_NE(reason.find("holds records that"), std::string::npos) << reason;
+    const Status refused = MakeRepair(Path(), repair);
+    EXPECT_EQ(refused.Code(), StatusCode::kRefused);
+    EXPECT_NE(refused.Error().find("contains records that"), std::string::npos) << refused.Error();
     EXPECT_TRUE(fs::exists(Path("MQAMtmp.1")));
     WriteBytesTo(Path("MQAMtmp.1"), CheckpointBytes(6, {"bb"}));
-    EXPECT_TRUE(MakeRepair(Path(), repair, reason)) << reason;
+    EXPECT_EQ(MakeRepair(Path(), repair).Error(), "");
     EXPECT_FALSE(fs::exists(Path("MQAMtmp.1")));
-    EXPECT_TRUE(MakeRepair(Path(), repair, reason)) << reason;
+    EXPECT_EQ(MakeRepair(Path(), repair).Error(), "");
     EXPECT_EQ(ReadFileIfAny(Path()), kTwo);
 }
 
-TEST_F(RestartDecisionTest, CutRepairCutsOnlyBehindTheLastWholeRecord) {
-    std::string reason;
+TEST_F(RestartDecisionTest, CutRepairCutsOnlyAfterTheLastCompleteRecord) {
     WriteBytesTo(Path(), kTwo + kTorn);
-    EXPECT_FALSE(MakeRepair(Path(), {Kind::kCutTornTail, Path(), 15}, reason));
-    EXPECT_EQ(reason, Path() + " has changed meanwhile and is not cut");
+    const Status refused = MakeRepair(Path(), {Kind::kCutTornTail, Path(), 15});
+    EXPECT_EQ(refused.Code(), StatusCode::kRefused);
+    EXPECT_EQ(refused.Error(), Path() + " has changed in the meantime and is not truncated");
     EXPECT_EQ(ReadFileIfAny(Path()), kTwo + kTorn);
-    EXPECT_TRUE(MakeRepair(Path(), {Kind::kCutTornTail, Path(), 25}, reason)) << reason;
+    EXPECT_EQ(MakeRepair(Path(), {Kind::kCutTornTail, Path(), 25}).Error(), "");
     EXPECT_EQ(ReadFileIfAny(Path()), kTwo);
     WriteBytesTo(Path(), kHidden);
-    EXPECT_FALSE(MakeRepair(Path(), {Kind::kCutTornTail, Path(), 25}, reason));
+    EXPECT_FALSE(MakeRepair(Path(), {Kind::kCutTornTail, Path(), 25}).IsOk());
     EXPECT_EQ(ReadFileIfAny(Path()), kHidden);
 }
 
-TEST_F(RestartDecisionTest, RepairsAreToldInWords) {
-    EXPECT_EQ(
-        DescribeRepair("load.ckpt", {Kind::kRenameTemporary, "MQAMtmp.4711"}),
-        "rename MQAMtmp.4711 to load.ckpt (a rewrite was interrupted behind its deletion of the checkpoint "
-        "file)");
+TEST_F(RestartDecisionTest, RepairsAreDescribed) {
+    EXPECT_EQ(DescribeRepair("load.ckpt", {Kind::kRenameTemporary, "MQAMtmp.4711"}),
+              "rename MQAMtmp.4711 to load.ckpt (a rewrite was interrupted after it deleted the checkpoint "
+              "file)");
     EXPECT_EQ(DescribeRepair("load.ckpt", {Kind::kDeleteTemporary, "MQAMtmp.4711"}),
               "delete MQAMtmp.4711 (a rewrite was interrupted; its records are in the checkpoint file)");
     EXPECT_EQ(DescribeRepair("load.ckpt", {Kind::kCutTornTail, "load.ckpt", 25}),
-              "cut load.ckpt to 25 bytes (a record not wholly there was never committed: it is still on the "
+              "truncate load.ckpt to 25 bytes (an incomplete record was never committed: it is still on the "
               "queue)");
 }
 
