@@ -1,4 +1,4 @@
-// mqam checkpoint as a process.
+// Runs mqam checkpoint as a process.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -229,7 +229,7 @@ TEST_F(CheckpointCommand, RepairOfADamagedFileChangesNothing) {
 }
 
 #if !defined(_WIN32)
-// Runs `mqam checkpoint repair` on a terminal and answers its question, after `meanwhile`. Returns the exit
+// Runs `mqam checkpoint repair` on a terminal, calls `meanwhile` and answers the question. Returns the exit
 // code.
 int RepairOnATerminal(
     const std::string& path, const std::string& answer, const std::function<void()>& meanwhile = [] {}) {
@@ -241,7 +241,7 @@ int RepairOnATerminal(
     }
     std::string shown;
     char piece[512];
-    // The terminal tells an error once the program is gone.
+    // Reading the terminal fails once the program has ended.
     for (bool answered = false;;) {
         const ssize_t got = read(terminal, piece, sizeof piece);
         if (got <= 0) break;
@@ -279,7 +279,7 @@ TEST_F(CheckpointCommand, RepairOfFilesThatChangedWhileItAskedChangesNothing) {
 }
 
 TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
-    // Room in the name for the first such suffix, which is taken, and not for the second.
+    // The name has room for the first such suffix, which is in use, but not for the second.
     const std::string path = Path(std::string(250, 'x'));
     WriteBytesTo(path + ".torn", "of another repair");
     const std::string bytes = CheckpointBytes(5, {"one"}) + kTorn;
@@ -295,7 +295,7 @@ TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
 
 // ---- with the restart file of the load
 
-// A load that stored checkpoint 5 behind 8 records, the last of which was "one".
+// A load that stored checkpoint 5 after 8 records, the last of which was "one".
 class CheckpointOfALoad : public CheckpointCommand {
   protected:
     void SetUp() override {
@@ -315,7 +315,7 @@ class CheckpointOfALoad : public CheckpointCommand {
         return Run(command, arguments);
     }
 
-    // Each of the three commands refuses with 1 and these words, and the file stays as it is.
+    // Checks that each of the three commands refuses with 1 and this text, and that the file does not change.
     void ExpectRefusal(const std::string& words, const Arguments& more = {}) const {
         const std::string before = ReadFileIfAny(Path());
         for (const char* command : {"show", "verify", "repair"}) {
@@ -370,7 +370,7 @@ TEST_F(CheckpointOfALoad, ARecordThatIsNotTheLastOneLoadedIsTold) {
     result = RunWithState("verify");
     EXPECT_EQ(result.exitCode, 10);
     EXPECT_TRUE(result.standardOutput.ends_with(words)) << result.standardOutput;
-    // The checkpoint that was stored and not carried out: its offset names the record.
+    // The checkpoint was stored but not carried out, so its offset identifies the record.
     state_.position = MakePosition(6, 9, 15);
     EXPECT_EQ(RunWithState("verify").exitCode, 0);
     state_.lastRecordLength = 4;

@@ -1,19 +1,19 @@
-// A module for the tests of the host: it exports PIDMMain and does what keywords of its own in the
-// initialization string tell it, so that every error path of the host can be walked at will.
+// A module for the tests of the host. It exports PIDMMain and does what its own keywords in the
+// initialization string say, so that a test can take every error path of the host.
 //
 //   FAKE_RECORDS n      Read returns n records ("record 1", "record 2" ...), then the end of the input
 //   FAKE_RECORD_BYTES n each record is n bytes long instead, byte i of record r being (r + i) modulo 256
 //   FAKE_FAIL request   the request (Init, Open, Read, GetPos, Close, Shut) fails
 //   FAKE_FAIL_AT n      only the n-th of its kind fails (default: the first)
-//   FAKE_ERROR text     the error text of the failure; '_' stands for a blank
+//   FAKE_ERROR text     the error text of the failure; '_' means a blank
 //   FAKE_NOTICE n       the n-th Read succeeds with a warning attached
 //   FAKE_CALLS file     appends a line per request to the file
 //   FAKE_END code       what the read after the last record returns (default 9)
-//   FAKE_PAUSE ms       every Read takes so long; FAKE_LAST_PAUSE only the one that ends the input
+//   FAKE_PAUSE ms       every Read takes this long; FAKE_LAST_PAUSE only the one that ends the input
 //   FAKE_EXIT n         Init ends the process with exit code n, as a library may
 //   FAKE_REPORT_WAIT w  the report says "MQ read wait interval: w"
 //
-// Every other keyword is remembered for the report only; QMGR, CKFILE and LOG show there.
+// Every other keyword is remembered only for the report, which shows QMGR, CKFILE and LOG.
 #include <chrono>
 #include <cstdint>
 #include <cstdio>

@@ -1,5 +1,6 @@
-// A restartable load in a folder of its own: queue, checkpoint file, restart file, target, and the command
-// that loads, the same every time. Several run side by side in a test: what a load costs is waiting.
+// A restartable load in a directory of its own: queue, checkpoint file, restart file, target, and the command
+// that loads, which is the same every time. A test runs several at the same time, because a load mostly
+// waits.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,27 +17,27 @@ class LoadSite {
   public:
     using Arguments = std::vector<std::string>;
 
-    /// Makes the folder, below `root`, with the empty queue Q1 of QM1.
+    /// Makes the directory, below `root`, with the empty queue Q1 of QM1.
     LoadSite(const std::string& root, const std::string& name);
 
-    /// Puts so many messages, all different, behind those before.
+    /// Puts `count` more messages, which differ from each other and from those before.
     void Put(int count);
-    /// Puts one message; an empty one is none of the expected records.
+    /// Puts one message. An empty one does not count as an expected record.
     void Put(const std::string& message);
 
-    /// The plan of the stand-in queue manager, for each process from now on. Empty: none.
+    /// Sets the fault plan of the stand-in for every process that starts from now on. Empty: no plan.
     void PlanFaults(const std::string& plan) const;
 
-    /// Replaces an option of the command, or adds it; without a value the option is left out.
+    /// Replaces an option of the command, or adds it. Without a value, removes the option.
     void Set(const std::string& option, const std::string& value);
     void LeaveOut(const std::string& option);
 
-    /// The command, with more arguments behind its own.
+    /// Runs the command, with more arguments after its own.
     [[nodiscard]] Arguments Command(const Arguments& more = {}) const;
-    /// Starts it; with Wait in between, any number of times.
+    /// Starts the command. May be called again after Wait.
     RunningProgram& Start(const Arguments& more = {});
 #if !defined(_WIN32)
-    /// Starts it so that it can make no file larger than so many KiB: a write beyond that fails.
+    /// Starts the command with a limit on the size of files, in KiB: a write beyond that fails.
     RunningProgram& StartWithFileLimit(int kibibytes);
 #endif
     const ProgramResult& Wait(int seconds = 50);
@@ -44,7 +45,7 @@ class LoadSite {
     RunningProgram& Program() {
         return *program_;
     }
-    /// Of the last command that was waited for.
+    /// The result of the last command that was waited for.
     [[nodiscard]] const ProgramResult& Result() const {
         return result_;
     }
@@ -72,17 +73,18 @@ class LoadSite {
     [[nodiscard]] const std::vector<std::string>& Messages() const {
         return messages_;
     }
-    /// The first `count` messages as lines; all of them without a count.
+    /// Returns the first `count` messages as lines, or all of them.
     [[nodiscard]] std::string Lines(std::size_t count = SIZE_MAX) const;
-    /// How many messages are on the queue, for any program to get.
+    /// Returns how many messages are on the queue for any program to get.
     [[nodiscard]] int Depth() const;
-    /// The value of a line of the restart file.
+    /// Returns the value of a line of the restart file.
     [[nodiscard]] std::string Stored(const std::string& key) const;
-    /// What is in the folder, beside queue and output of the program, sorted, with a blank between two.
+    /// Returns what is in the directory, without the queue and the program's output, sorted and separated by
+    /// blanks.
     [[nodiscard]] std::string Files() const;
 
-    /// Whether the load is done: every message once and in order in the target, none on the queue, no file
-    /// left but target and receipt, exit code 0.
+    /// Checks that the load is done: every message is in the target exactly once and in order, none is on the
+    /// queue, no file is left but the target and the completion marker, and the exit code is 0.
     [[nodiscard]] testing::AssertionResult IsDone() const;
 
     [[nodiscard]] std::map<std::string, std::string> Environment() const;
@@ -97,19 +99,19 @@ class LoadSite {
     ProgramResult result_;
 };
 
-/// Starts them all, then waits for all.
+/// Starts all of them, then waits for all.
 void RunAll(std::vector<std::unique_ptr<LoadSite>>& sites, const LoadSite::Arguments& more = {});
 
 /// A test with any number of sites.
 class LoadSites : public testing::Test {
   protected:
-    /// A site with so many messages.
+    /// Makes a site with `count` messages.
     LoadSite& Add(const std::string& name, int messages, const std::string& faults = "");
 
-    /// A load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.
+    /// Makes a load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.
     LoadSite& AddUnfinished(const std::string& name);
 
-    /// Nothing fails any more, and all are run again.
+    /// Removes all faults and runs all loads again.
     void RunAllAgain();
 
     TestDirectory folder_;
@@ -118,5 +120,5 @@ class LoadSites : public testing::Test {
 
 [[nodiscard]] bool Contains(const std::string& text, const std::string& part);
 
-/// How often a text contains a part.
+/// Returns how often a text contains a part.
 [[nodiscard]] int CountOf(const std::string& text, const std::string& part);

@@ -1,4 +1,4 @@
-// mqam load and mqam check as a process, on a module that does what the test tells it.
+// Runs mqam load and mqam check as processes, with a module that does what the test says.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -18,7 +18,7 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// Only Windows lets a worker mark the exit codes that are its own.
+// Only on Windows can a worker mark the exit codes that are its own.
 #if defined(_WIN32)
 constexpr bool kExitsAreMarked = true;
 #else
@@ -29,7 +29,7 @@ class FakeLoad : public testing::Test {
   protected:
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
 
-    // Runs mqam load over the fake module; `script` is the init string behind -QMGR and -QNM.
+    // Runs mqam load with the fake module. `script` is the initialization string after -QMGR and -QNM.
     ProgramResult Load(const std::string& script, const Arguments& more = {}) {
         Arguments arguments = {"load", "--module", FAKE_MODULE, "--init", Script(script)};
         arguments.insert(arguments.end(), more.begin(), more.end());
@@ -40,7 +40,7 @@ class FakeLoad : public testing::Test {
         return "-QMGR QM1 -QNM Q1 -FAKE_CALLS " + Path("calls") + " " + script;
     }
 
-    // The requests that the module got, Init without its text.
+    // Returns the requests that the module got, Init without its text.
     [[nodiscard]] std::string Calls() const {
         std::ifstream file(Path("calls"));
         std::string calls;
@@ -64,7 +64,7 @@ TEST_F(FakeLoad, WholeLoadWritesLinesAndTellsASummary) {
         << result.standardError;
 }
 
-// An MQ library may end the process, and no code that it chooses makes a load done.
+// An MQ library may end the process, but no exit code that it chooses makes a load done.
 TEST_F(FakeLoad, AWorkerThatALibraryEndsIsKilledWhateverItsExitCode) {
     for (const char* code : {"0", "64", "66"}) {
         if (std::string(code) != "0" && !kExitsAreMarked) continue;
@@ -349,7 +349,7 @@ TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
     ASSERT_TRUE(program.WaitForError("checkpoint 2 ")) << program.Wait().standardError;
     ASSERT_TRUE(program.Interrupt());
     ASSERT_TRUE(program.WaitForError("press again"));
-    // One that follows at once would count as the same.
+    // A second signal that follows immediately would count as the same one.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ASSERT_TRUE(program.Interrupt());
     const ProgramResult result = program.Wait();

@@ -1,5 +1,5 @@
-// The requests that the lives of a load make of the module, and in which order, as the module's trace has
-// them: the rules of docs/hosts.md that are about calls, seen in the command itself.
+// The requests that the attempts of a load make of the module, in order, as the module's trace shows them.
+// This checks that the command keeps the rules of docs/hosts.md that are about calls.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -15,7 +15,7 @@ using Lives = std::vector<std::string>;
 
 constexpr char kBegin[] = "Init Preserve Attribute Open ";
 
-// The text between two others in a line, or "" when they are not there.
+// Returns the text between two others in a line, or "" if they are not there.
 std::string Between(const std::string& line, const std::string& before, const std::string& behind) {
     const std::size_t at = line.find(before);
     if (at == std::string::npos) return "";
@@ -24,13 +24,13 @@ std::string Between(const std::string& line, const std::string& before, const st
     return end == std::string::npos ? "" : line.substr(from, end - from);
 }
 
-// Beside the load's folder, where nothing but its files is expected.
+// Returns a path next to the load's directory, in which only the load's files are expected.
 std::string TraceOf(const LoadSite& site) {
     return site.Folder() + ".trace";
 }
 
-// A life as its requests: "Init Open Read Read:9 Close", each with its return code unless that is 0, and one
-// in which the process died with "!".
+// Describes an attempt by its requests: "Init Open Read Read:9 Close", each with its return code unless that
+// is 0, and with "!" if the process died in it.
 Lives LivesOf(const LoadSite& site) {
     Lives lives;
     std::string request;
@@ -68,7 +68,7 @@ class RestartCalls : public testing::Test {
         return site;
     }
     static LoadSite::Arguments Traced(const LoadSite& site) { return {"--trace", "2", TraceOf(site)}; }
-    // Starts them all, and waits for all.
+    // Starts all of them and waits for all.
     void RunTraced() {
         for (const auto& site : sites_)
             site->Start(Traced(*site));
@@ -107,7 +107,7 @@ TEST_F(RestartCalls, H5_AfterADeathOneRecordIsReadAndThenAPositionTakenAtOnce) {
     site.PlanFaults("");
     site.Run(Traced(site));
     EXPECT_EQ(site.Result().exitCode, 0) << site.Error();
-    // The message that came again ends the second life; Close takes it off the queue.
+    // The redelivered message ends the second attempt. Close removes it from the queue.
     EXPECT_EQ(LivesOf(site), Expected({"GetPos Read Read Read GetPos Read Read!",
                                        "SetPos Read GetPos Read Read Read:9 Close",
                                        "SetPos Read GetPos Read Read Read GetPos Read Read Read:9 Close",

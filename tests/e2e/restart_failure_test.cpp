@@ -1,4 +1,4 @@
-// What fails in the middle of a load that is restarted: the queue manager, the target, the disk.
+// Failures in the middle of a load that is restarted: of the queue manager, the target, the disk.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -20,10 +20,10 @@ class RestartableLoadFailure : public LoadSites {};
 struct Fault {
     const char* plan;
     int reason;
-    int loaded;  // as stored when the life has ended
+    int loaded;  // records stored when the attempt has ended
 };
 
-// The first MQGETs of a load come before its first checkpoint is carried out by the first Read.
+// The first MQGETs of a load happen before the first Read carries out its first checkpoint.
 constexpr Fault kPassingFaults[] = {
     {"MQCONNX 1 fail 2 2059", 2059, 0}, {"MQCONNX 1 fail 2 2009", 2009, 0},
     {"MQCONNX 1 fail 2 2161", 2161, 0}, {"MQCONNX 1 fail 2 2162", 2162, 0},
@@ -48,7 +48,7 @@ TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAn
         LoadSite& site = *sites_[i];
         EXPECT_EQ(site.Result().exitCode, 9) << fault.plan << "\n" << site.Error();
         EXPECT_EQ(CountOf(site.Error(), "mqam load: the module failed: "), 1) << fault.plan << site.Error();
-        // The module does not tell the reason of most opens.
+        // The module does not report the reason of most failed opens.
         const bool isOpen = std::string(fault.plan).starts_with("MQOPEN");
         EXPECT_TRUE(Contains(site.Error(), isOpen
                                                ? "\n  message   Queue Manager open\n"
@@ -70,7 +70,7 @@ TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAn
         EXPECT_TRUE(sites_[i]->IsDone()) << kPassingFaults[i].plan;
 }
 
-// Each of these is met again and again by the lives of one command.
+// Each of these fails every attempt of one command.
 TEST_F(RestartableLoadFailure, WithRetryForTheCommandGoesOnByItselfUntilItIsDone) {
     LoadSite& commits = Add("commits", 10, "MQCMIT 5 fail 2 2009");
     LoadSite& after = Add("after", 10, "MQCMIT 5 fail-after 2 2009");
@@ -106,7 +106,8 @@ TEST_F(RestartableLoadFailure, RetriesAreGivenUpAfterTheTimeAndTheSameCommandCom
     const auto begin = std::chrono::steady_clock::now();
     site.Run({"--retry-for", "2"});
     EXPECT_EQ(site.Result().exitCode, 9) << site.Error();
-    // The last attempt is made when the time is over, not given up because the next pause would be longer.
+    // The last attempt is made when the time is over. It is not dropped because the next pause would be
+    // longer.
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "mqam load: attempt 1 in 1 s; ")) << site.Error();
     EXPECT_FALSE(Contains(site.Error(), " in 2 s; ")) << site.Error();
@@ -118,7 +119,7 @@ TEST_F(RestartableLoadFailure, RetriesAreGivenUpAfterTheTimeAndTheSameCommandCom
     EXPECT_TRUE(site.IsDone());
 }
 
-// What somebody has to put right is not tried again, and the corrected or the same command completes.
+// What someone has to fix is not tried again, and the corrected or the same command completes the load.
 TEST_F(RestartableLoadFailure, ReasonsThatStayAreNotTriedAgain) {
     constexpr std::pair<const char*, int> kFaults[] = {
         {"MQCONNX 1 fail 2 2035", 2035},
@@ -185,7 +186,7 @@ TEST_F(RestartableLoadFailure, T2_AFullTargetDiskEndsTheLifeAndTheSameCommandCom
     EXPECT_EQ(first.Result().exitCode, 1);
     EXPECT_TRUE(Contains(first.Error(), "is not a file")) << first.Error();
 
-    // A file size limit is met in the middle; the error differs, the way does not.
+    // The load reaches a file size limit in the middle. Only the error differs from that of a full disk.
     LoadSite& site = Add("limited", 0);
     for (int i = 0; i < 300; ++i)
         site.Put(std::to_string(i) + std::string(100, 'x'));
@@ -225,8 +226,8 @@ TEST_F(RestartableLoadFailure, AFullDiskUnderTheRestartFileEndsTheLifeAndTheSame
     EXPECT_TRUE(Contains(middle.Error(), kNoSpace)) << middle.Error();
     EXPECT_EQ(ReadFileIfAny(middle.RestartFile()), before);
 
-    // A disk that is full may have room again: with --retry-for that is waited for, also before the first
-    // life has begun anything.
+    // A full disk may have room again. With --retry-for the command waits for that, even before the first
+    // attempt has begun anything.
     begin.Start({"--retry-for", "60"});
     ASSERT_TRUE(begin.Program().WaitForError("mqam load: attempt 1 in 1 s"));
     for (LoadSite* site : {&begin, &middle})
@@ -238,7 +239,8 @@ TEST_F(RestartableLoadFailure, AFullDiskUnderTheRestartFileEndsTheLifeAndTheSame
         EXPECT_TRUE(site->IsDone());
 }
 
-// It may be there all the same: with --append it would be cut to nothing, a new one would go over it.
+// The target may exist nevertheless: with --append it would be cut to nothing, and a new one would replace
+// it.
 TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenForNone) {
     LoadSite& site = Add("loop", 3);
     for (const char* option : {"--append", "--force"}) {
@@ -291,7 +293,7 @@ TEST_F(RestartableLoadFailure, RestartInformationThatCannotBeReadIsTriedAgainAnd
 }
 
 TEST_F(RestartableLoadFailure, H10_AFullDiskUnderTheCheckpointFileEndsTheLifeAndTheSameCommandCompletes) {
-    // The target is held back by the program, the checkpoint file is not.
+    // The program buffers the target, but not the checkpoint file.
     LoadSite& site = Add("saved", 0);
     for (int i = 0; i < 300; ++i)
         site.Put(std::to_string(i) + std::string(100, 'x'));

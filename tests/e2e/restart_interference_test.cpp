@@ -1,4 +1,4 @@
-// What somebody else does to the files of a load that is not over, and commands that come in between.
+// What others do to the files of an unfinished load, and other commands in between.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -137,7 +137,7 @@ TEST_F(RestartableLoadMeddledWith, H18_ASecondCommandInThePauseOfTheFirstIsRefus
     EXPECT_TRUE(site.IsDone());
 }
 
-// The short wait for a second look at the queue is for the life right behind the first look.
+// Only the attempt right after the first empty queue uses the short wait for its second look.
 TEST_F(RestartableLoadMeddledWith, G5_ALoadTakenUpLaterWaitsForTheWholeIntervalAgain) {
     LoadSite& site = Add("later", 2);
     site.Set("--rwait", "3");
@@ -160,7 +160,7 @@ TEST_F(RestartableLoadMeddledWith, G5_ALoadTakenUpLaterWaitsForTheWholeIntervalA
     EXPECT_TRUE(site.IsDone());
 }
 
-// ---- links, and streams that are closed
+// ---- links, and closed streams
 
 #if !defined(_WIN32)
 
@@ -191,7 +191,7 @@ TEST_F(RestartableLoadMeddledWith, ACheckpointFileBehindALinkAndAParentIsLookedF
     EXPECT_FALSE(fs::exists(site.Path("far/ck")));
 }
 
-// Runs the command of a site below a shell.
+// Runs the command of a site in a shell.
 ProgramResult RunBelowShell(LoadSite& site, const std::string& script) {
     std::vector<std::string> arguments = {"-c", script, MQAM_PROGRAM};
     for (const std::string& argument : site.Command())

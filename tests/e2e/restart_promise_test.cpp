@@ -1,4 +1,4 @@
-// The numbered guarantees and limits of docs/hosts.md, each shown by a load.
+// The numbered guarantees and limits of docs/hosts.md. A load shows each of them.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The records of a checkpoint file as the file's layout has them: 4 bytes sequence, then length and bytes.
+// Reads the records of a checkpoint file by its layout: a 4-byte sequence number, then lengths and bytes.
 std::vector<std::string> RecordsOf(const std::string& path) {
     const std::string bytes = ReadFileIfAny(path);
     std::vector<std::string> records;
@@ -34,7 +34,7 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 class RestartPromise : public testing::Test {
   protected:
-    // A load of so many messages, run once under the faults.
+    // Makes a load of `count` messages and runs it once with the faults.
     LoadSite& Interrupted(const std::string& name, int messages, const std::string& faults) {
         LoadSite& site = Fresh(name, messages);
         site.PlanFaults(faults);
@@ -54,7 +54,7 @@ class RestartPromise : public testing::Test {
     std::vector<std::unique_ptr<LoadSite>> sites_;
 };
 
-// ---- what is guaranteed
+// ---- guarantees
 
 TEST_F(RestartPromise, G1_HoweverOftenItIsKilledEveryMessageIsThereOnceAndInOrder) {
     LoadSite& site = Fresh("site", 12);
@@ -88,8 +88,8 @@ TEST_F(RestartPromise, G2_AtADeathEachMessageIsOnTheQueueInTheFileOrLoaded) {
         ASSERT_EQ(ReadFileIfAny(site->Target()).substr(0, site->Lines(loaded).size()), site->Lines(loaded));
         for (const std::string& record : RecordsOf(site->CheckpointFile()))
             found.push_back(record);
-        // The queue gives the oldest first: what is left is its end, and the first one left may be saved,
-        // too.
+        // The queue delivers the oldest message first, so its end is left. The first message that is left may
+        // be saved, too.
         for (std::size_t i = 0; i + static_cast<std::size_t>(site->Depth()) < site->Messages().size(); ++i) {
             EXPECT_NE(std::find(found.begin(), found.end(), site->Messages()[i]), found.end())
                 << site->Name() << ": message " << i + 1 << " is nowhere";
@@ -137,7 +137,7 @@ TEST_F(RestartPromise, G4_FilesThatDoNotFitAreRefusedBeforeAnythingIsChanged) {
 }
 
 TEST_F(RestartPromise, G5_AnInputThatOnlySeemsToEndIsNotDone) {
-    // Every life finds get inhibited, which ends the input as an empty queue does.
+    // Every attempt finds get inhibited, which ends the input like an empty queue.
     LoadSite& site = Fresh("site", 5);
     site.PlanFaults("MQGET 1 fail 2 2016");
     EXPECT_EQ(site.Run().exitCode, 8) << site.Error();
@@ -166,14 +166,15 @@ TEST_F(RestartPromise, H14_ACheckpointPendingAtCloseIsGoneOnFrom) {
     site.Set("--checkpoint-every", "100");
     RunningProgram& program = site.Start({"--verbose"});
     ASSERT_TRUE(program.WaitForError("checkpoint 1 after 0 records"));
-    // The request is seen when the next message lets the Read come back.
+    // The request takes effect when the Read returns with the next message.
     ASSERT_TRUE(program.Interrupt());
     ASSERT_TRUE(program.WaitForError("finishing"));
     site.Put(1);
     ASSERT_EQ(site.Wait().exitCode, 5) << site.Error();
     const int stored = std::stoi(site.Stored("records"));
     ASSERT_GT(stored, 0);
-    // The position is of the checkpoint that Close left pending: the file still belongs to the one before.
+    // The position is that of the checkpoint that Close left pending. The file still belongs to the previous
+    // one.
     EXPECT_EQ(site.Stored("position").substr(0, 8), "02000000");
     EXPECT_EQ(ReadFileIfAny(site.CheckpointFile()).substr(0, 4), std::string("\1\0\0\0", 4));
     EXPECT_EQ(RecordsOf(site.CheckpointFile()).size(), static_cast<std::size_t>(stored));
@@ -203,7 +204,7 @@ TEST_F(RestartPromise, H19_TheModuleFlushesTheCheckpointFileAndDoesNotSyncIt) {
         EXPECT_FALSE(Contains(module, call + std::string(1, '\0'))) << call;
 }
 
-// ---- where it ends
+// ---- limits
 
 TEST_F(RestartPromise, L7_AnEmptyMessageLeavesNoRecordAndIsTakenOffTheQueue) {
     LoadSite& site = Fresh("site", 2);
@@ -220,7 +221,7 @@ TEST_F(RestartPromise, L8_MessagesThatTheQueueManagerLosesAreNotMissed) {
     LoadSite& site = Interrupted("site", 6, "MQGET 5 kill after");
     const int depth = site.Depth();
     ASSERT_GT(depth, 0);
-    // As if they had expired.
+    // Deletes them, as if they had expired.
     for (const auto& entry : fs::directory_iterator(site.Path("spool/QM1/Q1"))) {
         if (entry.is_regular_file() && !entry.path().filename().string().starts_with("."))
             fs::remove(entry.path());

@@ -1,4 +1,4 @@
-// What a restartable load refuses, and what it does when the same or another command comes again.
+// What a restartable load refuses, and what it does when the same or another command is run again.
 #include <gtest/gtest.h>
 #include <algorithm>
 
@@ -16,7 +16,7 @@ using Arguments = LoadSite::Arguments;
 
 class RestartableLoadRefusal : public LoadSites {
   protected:
-    // What a killed worker held stays behind it as an empty file that locks nobody out.
+    // The lock of a killed worker remains as an empty file that locks no one out.
     static std::string FilesWithoutLocks(const LoadSite& site) {
         std::string files;
         std::istringstream names(site.Files());
@@ -25,7 +25,8 @@ class RestartableLoadRefusal : public LoadSites {
         return files;
     }
 
-    // The command refuses at once, says so, and nothing on disk or queue is another than before.
+    // Checks that the command refuses immediately and says so, and that nothing on the disk or the queue
+    // changes.
     static void ExpectRefusal(LoadSite& site, const Arguments& more, const std::string& words) {
         const std::string files = FilesWithoutLocks(site);
         const std::string target = ReadFileIfAny(site.Target());
@@ -46,7 +47,8 @@ class RestartableLoadRefusal : public LoadSites {
 
 // ---- options
 
-// The module reports a parameter in a line of at most 1,023 characters. A path that is cut there names another file.
+// The module reports a parameter in a line of at most 1,023 characters. A path that is cut there names
+// another file.
 TEST_F(RestartableLoadRefusal, ACheckpointPathThatTheModuleCannotReportInFull) {
     LoadSite& site = Add("long_path", 3);
     std::string path = site.Path("long");
@@ -131,7 +133,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
                       " is unfinished (--restart never): 3 records are loaded; run the command without "
                       "--restart never to go on\n");
 
-    // Nothing was read under it yet.
+    // Nothing was read with this state yet.
     LoadSite& notBegun = Add("not-begun", 4, "MQCONNX 1 fail 2 2059");
     EXPECT_EQ(notBegun.Run().exitCode, 9) << notBegun.Error();
     notBegun.PlanFaults("");
@@ -144,7 +146,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
         site->Wait();
         EXPECT_TRUE(site->IsDone());
     }
-    // Now all are complete: with either the receipt is found.
+    // Now all are complete: either command finds the completion marker.
     for (const char* policy : {"only", "never", "auto"}) {
         none.Run({"--restart", policy});
         EXPECT_TRUE(none.IsDone());
@@ -158,7 +160,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
         << none.Error();
 }
 
-// The load replaces or deletes the files that it keeps beside those it was told.
+// The load replaces or deletes the files that it keeps next to those that it was given.
 TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad) {
     LoadSite& site = Add("beside", 3);
     const std::string words = " of the load: give each a name of its own\n";
@@ -185,7 +187,7 @@ TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad
     EXPECT_EQ(site.Files(), "");
     EXPECT_EQ(site.Depth(), 3);
 
-    // By another name, and without a word of the module's.
+    // The file has another name, and the module reports nothing.
     std::ofstream(site.Target()) << "";
     fs::create_hard_link(site.Target(), site.Path("another-name"));
     site.Set("--ckfile", site.Path("another-name"));
@@ -197,7 +199,7 @@ TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad
     EXPECT_EQ(ReadFileIfAny(site.RestartFile() + ".life.lock"), "somebody's");
 }
 
-// ---- whose load it is
+// ---- which load it is
 
 TEST_F(RestartableLoadRefusal, H18_TheRestartFileOfAnotherLoad) {
     LoadSite& site = AddUnfinished("first");
@@ -234,7 +236,7 @@ TEST_F(RestartableLoadRefusal, H18_TheCheckpointFileOfAnotherLoad) {
     LoadSite& newer = AddUnfinished("newer");
     const std::string good = ReadFileIfAny(foreign.CheckpointFile());
 
-    // The same checkpoint and another record.
+    // The checkpoint is the same, but the record is another one.
     std::string bytes = good;
     bytes[bytes.find("message 3")] = 'M';
     WriteBytesTo(foreign.CheckpointFile(), bytes);
@@ -272,7 +274,7 @@ TEST_F(RestartableLoadRefusal, RecordsInACheckpointFileWithoutRestartInformation
     std::ofstream(log.Path("log")) << "messages";
     ExpectRefusal(log, {"--log", log.Path("log")}, "the log of another load would be overwritten");
     EXPECT_EQ(ReadFileIfAny(log.Path("log")), "messages");
-    // Neither by a load that is gone on with and was begun without it.
+    // The same is true when a load is resumed that was begun without it.
     LoadSite& later = AddUnfinished("later");
     std::ofstream(later.Path("log")) << "messages";
     ExpectRefusal(later, {"--log", later.Path("log")}, "the log of another load would be overwritten");
@@ -386,7 +388,7 @@ TEST_F(RestartableLoadRefusal, TheSameCommandAgainTellsThatTheLoadIsCompleteAndD
                                     site.RestartFile() + ")\n");
         EXPECT_EQ(ReadFileIfAny(site.RestartFile()), receipt);
     }
-    // Messages that came meanwhile stay where they are until somebody decides.
+    // Messages that arrived in the meantime stay where they are until someone decides.
     site.Put(2);
     site.Run();
     EXPECT_EQ(site.Result().exitCode, 0);
@@ -404,13 +406,13 @@ TEST_F(RestartableLoadRefusal, AReceiptDoesNotStandInTheWayOfAnotherLoad) {
     RunAll(sites_);
     for (const auto& site : sites_)
         ASSERT_TRUE(site->IsDone());
-    // The target moved away: a new load into the old name.
+    // The target was moved away, so a new load uses the old name.
     fs::rename(moved.Target(), moved.Path("archive"));
-    // Another queue into the same target: none was loaded of it, so it must not be called complete.
+    // Nothing was loaded from the other queue into this target, so the load must not be called complete.
     fs::create_directory(fs::path(queue.Folder()) / "spool" / "QM1" / "Q2");
     queue.Set("--queue", "Q2");
     ExpectRefusal(queue, {}, queue.Target() + " holds something; give --force to replace it");
-    // The receipt deleted: a target that holds something.
+    // The completion marker was deleted, so the target is one that is not empty.
     fs::remove(restart.RestartFile());
     ExpectRefusal(restart, {}, restart.Target() + " holds something");
     RunAll(sites_, {"--force"});
@@ -422,7 +424,7 @@ TEST_F(RestartableLoadRefusal, AReceiptDoesNotStandInTheWayOfAnotherLoad) {
     EXPECT_EQ(ReadFileIfAny(moved.Path("archive")), moved.Lines());
 }
 
-// Killed behind the last record: what was done is known, only the words are missing.
+// Killed after the last record: what was done is stored, and only the output is missing.
 TEST_F(RestartableLoadRefusal, H24_ALoadThatIsFinishedIsCleanedUpByTheNextCommand) {
     LoadSite& site = Add("finished", 4);
     site.Set("--log", site.Path("log"));

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 using Arguments = LoadSite::Arguments;
 using Rows = std::vector<std::string>;
 
-// A database as somebody else has it open.
+// A database that another program has open.
 class Database {
   public:
     explicit Database(const std::string& path) {
@@ -30,7 +30,7 @@ class Database {
             << sql << ": " << sqlite3_errmsg(database_);
     }
 
-    // The first column of every row, as bytes.
+    // Returns the first column of every row as bytes.
     [[nodiscard]] Rows Fetch(const std::string& sql) const {
         Rows rows;
         sqlite3_stmt* statement = nullptr;
@@ -91,7 +91,7 @@ class SqliteLoad : public testing::Test {
         return testing::AssertionSuccess();
     }
 
-    // The command refuses, says so, and no row, state or message is another than before.
+    // Checks that the command refuses and says so, and that no row, state or message changes.
     static void ExpectRefusal(LoadSite& site, const Arguments& more, const std::string& words,
                               int exitCode = 1) {
         const std::string before = ReadFileIfAny(site.Path("db"));
@@ -208,7 +208,7 @@ TEST_F(SqliteLoad, TwoTablesOfOneDatabaseAreTwoLoads) {
     LoadSite& items = Add("items", 4);
     items.Set("--to", "sqlite:" + orders.Path("db") + "?table=items");
     items.Start();
-    // While one waits for messages it keeps the other from nothing.
+    // While one load waits for messages, it does not hinder the other.
     orders.Run();
     items.Wait();
     EXPECT_EQ(items.Result().exitCode, 0) << items.Error();
@@ -231,7 +231,7 @@ TEST_F(SqliteLoad, T1_ATableThatSomebodyChangedIsRefusedUntilThatIsUndone) {
     Database(fewer.Path("db")).Run("DELETE FROM orders WHERE id = 3");
     ExpectRefusal(fewer, {}, " is 2, but the load had stored 3: ");
     Database(fewer.Path("db")).Run("INSERT INTO orders VALUES (3, CAST('" + last + "' AS BLOB))");
-    // So many rows, and other ones.
+    // The table has the right number of rows, but other ones.
     LoadSite& other = AddUnfinished("other");
     const std::string own = RowsOf(other).back();
     Database(other.Path("db")).Run("UPDATE orders SET record = 'another' WHERE id = 3");
@@ -322,7 +322,7 @@ TEST_F(SqliteLoad, ADatabaseThatSomebodyKeepsLockedEndsTheLifeAndTheSameCommandC
         const Database third(patient.Path("db"));
         third.Run("BEGIN EXCLUSIVE");
         patient.Start({"--retry-for", "60"});
-        // A reader: rows can be written, but not brought into the file.
+        // While another program reads, rows can be written, but not moved into the database file.
         const Database second(middle.Path("db"));
         second.Run("BEGIN");
         EXPECT_EQ(second.Fetch("SELECT record FROM orders").size(), 3U);

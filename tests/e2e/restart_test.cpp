@@ -1,5 +1,5 @@
-// Loads that are restarted, on the real module over the stand-in queue manager: whole ones, and those that
-// something or somebody ends in the middle.
+// Loads that can be restarted, with the real module and the stand-in queue manager: some complete, others
+// ended in the middle by someone or something.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// More than are read before somebody can react.
+// More messages than are read before a test can react.
 #if defined(_WIN32)
 constexpr int kManyMessages = 300;
 #else
@@ -106,7 +106,8 @@ TEST_F(RestartableLoad, EveryFormatComesBackTheSame) {
 
 // ---- killed
 
-// The worker ends at each of the places where a life can end without a word, and the same command goes on.
+// The worker is killed at each place where an attempt can end without a message, and the same command
+// continues.
 TEST_F(RestartableLoad, H2_T1_AKilledWorkerCostsNoMessageAndDoublesNone) {
     const char* const places[] = {
         "MQCONNX 1 kill before", "MQCONNX 1 kill after", "MQOPEN 1 kill before", "MQOPEN 1 kill after",
@@ -130,7 +131,7 @@ TEST_F(RestartableLoad, H2_T1_AKilledWorkerCostsNoMessageAndDoublesNone) {
         EXPECT_TRUE(sites_[i]->IsDone()) << places[i];
 }
 
-// A message that is in the checkpoint file and comes from the queue once more.
+// A message is in the checkpoint file and arrives from the queue once more.
 TEST_F(RestartableLoad, H6_ADuplicateBetweenSaveAndCommitIsLoadedOnce) {
     LoadSite& middle = Add("middle", 10, "MQCMIT 5 kill before");
     LoadSite& last = Add("last", 10, "MQCMIT 10 kill before");
@@ -143,7 +144,7 @@ TEST_F(RestartableLoad, H6_ADuplicateBetweenSaveAndCommitIsLoadedOnce) {
     RunAllAgain();
     for (const auto& site : sites_)
         EXPECT_TRUE(site->IsDone());
-    // The duplicate ends a life, and Close takes it off the queue.
+    // The duplicate ends an attempt, and Close removes it from the queue.
     for (LoadSite* site : {&middle, &last, &boundary, &first, &broken})
         EXPECT_GT(std::stoi(site->Stored("lives")), 2) << site->Name();
 }
@@ -166,8 +167,8 @@ TEST_F(RestartableLoad, H22_ATornRecordAtTheEndOfTheCheckpointFileIsCutOff) {
 }
 
 TEST_F(RestartableLoad, H7_ACheckpointFileThatAnInterruptedRewriteLeftWithoutARecordIsGoneOnFrom) {
-    // Killed before anything came behind checkpoint 2: the rewrite is then the last thing that was done to
-    // it.
+    // The load is killed before any record follows checkpoint 2, so the rewrite is the last change of the
+    // file.
     const std::pair<const char*, std::string> contents[] = {
         {"empty", ""},
         {"torn-header", std::string("\3\0", 2)},
@@ -214,7 +215,7 @@ TEST_F(RestartableLoad, AKilledCommandTakesItsWorkerWithItAndTheSameCommandGoesO
     site.Wait(0);
     EXPECT_EQ(site.Stored("records"), "9");
     site.Set("--rwait", "1");
-    // Not refused by the lock: the worker is gone, or goes within the patience for it.
+    // The lock does not refuse it: the worker is gone, or ends within the lock's time limit.
     site.Run();
     EXPECT_TRUE(Contains(site.Error(), "mqam load: going on with the load begun " + site.Stored("begun") +
                                            ": 9 records are in " + site.Target() + "\n"))
@@ -269,11 +270,11 @@ TEST_F(RestartableLoad, ASecondInterruptStopsAtOnceAndTheSameCommandGoesOn) {
     LoadSite& site = Add("at-once", 10);
     site.Set("--rwait", "600");
     site.Start({"--verbose"});
-    // The last record is brought to the target while the next Read waits.
+    // The last record is written to the target while the next Read waits.
     ASSERT_TRUE(WaitForText(site.Target(), site.Lines()));
     ASSERT_TRUE(site.Program().Interrupt());
     ASSERT_TRUE(site.Program().WaitForError("press again to stop at once"));
-    // One that comes while the handler still runs for the first is not seen.
+    // A second signal that arrives while the handler still runs for the first is not noticed.
     for (int i = 0; i < 200 && !Contains(ReadFileIfAny(site.Path("stderr")), "stopped at once"); ++i) {
         ASSERT_TRUE(site.Program().Interrupt());
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -320,7 +321,7 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
     ASSERT_TRUE(site.Program().WaitForError("checkpoint 4 after 9 records"));
     fs::create_directory(site.Path("second"));
     RunningProgram same(MQAM_PROGRAM, site.Command(), site.Environment(), site.Path("second"));
-    // Of another name, but with the same checkpoint file.
+    // The load has another name but the same checkpoint file.
     LoadSite& other = Add("other", 0);
     other.Set("--ckfile", site.CheckpointFile());
     other.Start();
@@ -374,7 +375,7 @@ TEST_F(RestartableLoad, ByTimeACheckpointIsTakenWithTheFirstRecordAfterThePause)
     EXPECT_TRUE(site.IsDone());
 }
 
-// ---- messages of no bytes
+// ---- empty messages
 
 TEST_F(RestartableLoad, H20_EmptyMessagesEndALifeEachAndTheLoadGoesOn) {
     LoadSite& between = Add("between", 0);
@@ -418,7 +419,7 @@ TEST_F(RestartableLoad, H6_AQueueThatInhibitsGetIsNotTakenForAnEmptyOne) {
     EXPECT_EQ(always.Result().exitCode, 8) << always.Error();
     EXPECT_TRUE(Contains(always.Error(), "inhibits get")) << always.Error();
     EXPECT_EQ(always.Depth(), 5);
-    // Behind a message the module tells the reason.
+    // After a message, the module reports the reason.
     EXPECT_EQ(middle.Result().exitCode, 9) << middle.Error();
     EXPECT_TRUE(Contains(middle.Error(), "  reason    2016 ")) << middle.Error();
     EXPECT_EQ(ReadFileIfAny(always.Target()), "");

@@ -1,4 +1,5 @@
-// mqam on the real module, over the stand-in queue manager: whole loads from a queue's folder into a file.
+// mqam with the real module and the stand-in queue manager: complete loads from a queue's directory into a
+// file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -42,14 +43,15 @@ class SpoolLoad : public testing::Test {
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
     [[nodiscard]] std::string Queue() const { return Path("spool") + "/QM1/Q1"; }
 
-    // Puts a message: a file in the queue's folder, named so that the order of puts is the order of arrival.
+    // Puts a message as a file in the queue's directory. Its name makes the order of puts the order of
+    // arrival.
     void Put(const std::string& message) {
         char name[64];
         std::snprintf(name, sizeof name, "/20260101-000000-%09d.msg", ++puts_);
         std::ofstream(Queue() + name, std::ios::binary) << message;
     }
 
-    // Messages in the queue's folder.
+    // Returns the number of messages in the queue's directory.
     [[nodiscard]] int Depth() const {
         const auto isMessage = [](const fs::directory_entry& entry) {
             return entry.is_regular_file() && entry.path().extension() == ".msg";
@@ -175,7 +177,7 @@ TEST_F(SpoolLoad, CheckpointsAndLogAreKeptWhenPreserved) {
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), all);
     EXPECT_EQ(ReadFileIfAny(Path("log")), all);
-    // Header with sequence 3, the last record before that checkpoint, the record after it.
+    // The file has a header with sequence 3, the last record before that checkpoint, and the record after it.
     EXPECT_EQ(ReadFileIfAny(Path("ck")),
               std::string("\3\0\0\0\x09\0\0\0\0\0\0\0message 4\x09\0\0\0\0\0\0\0message 5", 38));
     EXPECT_TRUE(Contains(result.standardError, "checkpoint 1 after 0 records")) << result.standardError;
@@ -223,7 +225,7 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
     EXPECT_EQ(ReadFileIfAny(Path("out")), "message 1\nmessage 2\n");
     EXPECT_TRUE(fs::exists(Path("ck")));
 
-    // The checkpoint file still holds records: a load that would destroy it is refused.
+    // The checkpoint file still contains records, so a load that would destroy it is refused.
     faults_.clear();
     result = Load({"--rwait", "1", "--ckfile", Path("ck"), "--checkpoint-every", "10", "--to", Path("more")});
     EXPECT_EQ(result.exitCode, 1);
@@ -334,7 +336,7 @@ TEST_F(SpoolLoad, ExclusiveOpenOfAQueueInUseIsTold) {
     EXPECT_TRUE(Contains(result.standardError, "reason    2042 ")) << result.standardError;
 }
 
-// Killed after it had stored that it is complete.
+// The load was killed after it had stored that it is complete.
 TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     Put("one");
     const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
@@ -347,7 +349,7 @@ TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     EXPECT_FALSE(fs::exists(Path("ck.lock")));
 }
 
-// On Windows what somebody ends has an exit code like any other.
+// On Windows, a process that someone ended has an exit code like any other.
 TEST_F(SpoolLoad, KilledWorkerIsToldAndTheSameCommandIsAdvised) {
     Put("one");
     const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
@@ -414,7 +416,8 @@ TEST_F(SpoolLoad, CheckShowsTheModulesKeywordHelp) {
     EXPECT_TRUE(Contains(result.standardOutput, "Queue Name ")) << result.standardOutput;
 }
 
-// Cut at every byte and with every bit turned, a parameter file is taken as it is or refused with the reason.
+// A parameter file that is cut at any byte, or has any bit flipped, is either accepted as it is or refused
+// with the reason.
 TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
     const std::string good = "RWAIT 7\nTDM no\n";
     const auto check = [this](const std::string& bytes) {
@@ -433,14 +436,14 @@ TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
     for (std::size_t bytes = 0; bytes < good.size(); ++bytes)
         static_cast<void>(check(good.substr(0, bytes)));
 #if defined(_WIN32)
-    constexpr std::size_t kStep = 19;  // a process takes its time to start
+    constexpr std::size_t kStep = 19;  // a sample, because a process takes time to start
 #else
     constexpr std::size_t kStep = 1;
 #endif
     for (std::size_t bit = 0; bit < good.size() * 8; bit += kStep) {
         std::string turned = good;
         turned[bit / 8] = static_cast<char>(turned[bit / 8] ^ (1 << bit % 8));
-        // A keyword that the change has made another name is never taken for the one before.
+        // A keyword that the change has turned into another name is never taken for the original one.
         const ProgramResult result = check(turned);
         if (bit / 8 < 5 && bit % 8 != 5) {
             EXPECT_FALSE(Contains(result.standardOutput, "\nMQ read wait interval           7\n")) << turned;

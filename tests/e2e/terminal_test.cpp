@@ -1,4 +1,4 @@
-// mqam load on a terminal: standard error is a pseudo terminal, which only POSIX has.
+// Runs mqam load on a terminal: standard error is a pseudo-terminal, which only POSIX systems have.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -28,7 +28,7 @@ std::string LoadOnTerminal(const std::string& script, const std::string& target)
     close(slave);
     std::string shown;
     char bytes[4096];
-    // Reading fails once the other end is closed, that is when the program has ended.
+    // Reading fails once the other end is closed, which happens when the program ends.
     for (ssize_t count = 0; (count = read(master, bytes, sizeof bytes)) > 0;) {
         shown.append(bytes, static_cast<std::size_t>(count));
     }
@@ -42,7 +42,7 @@ TEST(LoadOnATerminal, OneLiveLineShowsTheProgress) {
     const std::string shown = LoadOnTerminal("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 1500", folder.Path("out"));
     EXPECT_NE(shown.find("\r2 records, 16 bytes, "), std::string::npos) << shown;
     EXPECT_EQ(shown.find("mqam: 2 records"), std::string::npos) << shown;
-    // The first line that ends is the summary's; the live line before it was wiped.
+    // The first line with a line end belongs to the summary. The live line before it was erased.
     EXPECT_NE(shown.find(" \rmqam load: end of the queue\r\n"), std::string::npos) << shown;
     EXPECT_EQ(ReadFileIfAny(folder.Path("out")), "record 1\nrecord 2\n");
 }
