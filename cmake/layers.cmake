@@ -1,5 +1,5 @@
-# A layer is a directory of sources built as one static library that sees the headers of the layers it USES and no
-# others. Every layer has an include directory of its own in the build tree that contains nothing but a link to its
+# A layer is a directory of sources that is built as one static library and sees the headers of the layers in USES and
+# no others. Each layer has an include directory of its own in the build tree that contains only a link to its source
 # directory, so an include that points the wrong way does not compile.
 
 # mqamod_layer(name SOURCES files... USES layers...): a directory of src/. Its headers are included as "name/file.h".
@@ -11,8 +11,7 @@ function(mqamod_layer name)
   list(TRANSFORM LAYER_SOURCES PREPEND ${name}/)
   add_library(mqamod_${name} STATIC ${LAYER_SOURCES})
   target_include_directories(mqamod_${name} PUBLIC ${include_dir})
-  target_compile_options(mqamod_${name} PRIVATE -fno-exceptions -fno-rtti)
-  target_link_libraries(mqamod_${name} PRIVATE project_options)
+  target_link_libraries(mqamod_${name} PRIVATE project_options module_options)
   foreach(used IN LISTS LAYER_USES)
     target_link_libraries(mqamod_${name} PUBLIC mqamod_${used})
   endforeach()

@@ -1,5 +1,5 @@
-# Cross-compiles for 64-bit Windows with Debian's mingw-w64. The -posix variant of the compiler serves all
-# targets: the programs and tests want std::thread, and linked statically it costs the DLL no further import.
+# Cross-compiles for 64-bit Windows with Debian's mingw-w64. Everything uses the -posix variant of the compiler: the
+# programs and tests need std::thread, and linked statically it adds no import to the DLL.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)

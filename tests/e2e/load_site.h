@@ -105,7 +105,7 @@ void RunAll(std::vector<std::unique_ptr<LoadSite>>& sites, const LoadSite::Argum
 /// A test with any number of sites.
 class LoadSites : public testing::Test {
   protected:
-    /// Makes a site with this number of messages and these faults.
+    /// Makes a site with `count` messages.
     LoadSite& Add(const std::string& name, int messages, const std::string& faults = "");
 
     /// Makes a load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.

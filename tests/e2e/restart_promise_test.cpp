@@ -34,7 +34,7 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 class RestartPromise : public testing::Test {
   protected:
-    // Makes a load of `messages` messages and runs it once with the faults.
+    // Makes a load of `count` messages and runs it once with the faults.
     LoadSite& Interrupted(const std::string& name, int messages, const std::string& faults) {
         LoadSite& site = Fresh(name, messages);
         site.PlanFaults(faults);

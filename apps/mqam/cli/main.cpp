@@ -8,11 +8,13 @@
 #include "mqam/base/progress.h"
 #include "mqam/cli/check_command.h"
 #include "mqam/cli/checkpoint_command.h"
+#include "mqam/cli/command_pages.h"
 #include "mqam/cli/help_format.h"
 #include "mqam/cli/load_command.h"
 #include "mqam/cli/queue_command.h"
 #include "mqam/load/worker_process.h"
 #include "platform/platform.h"
+#include "product_version.h"
 
 namespace mqam {
 namespace {
@@ -23,10 +25,12 @@ int RunProgram(int argc, char** argv) {
     app.require_subcommand(1);
     app.formatter(std::make_shared<HelpFormat>());
     app.footer("`mqam SUBCOMMAND --help` shows the options of a subcommand with examples.");
+    app.set_version_flag("--version", std::string("mqam ") + kProductVersion, "Print the version and exit");
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
     AddCheckpointCommand(app, exitCode);
     AddQueueCommand(app, exitCode);
+    AddPageCommands(app, exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -5,12 +5,23 @@
 #include <cstring>
 #include <vector>
 
+#include "install_layout.h"
 #include "platform/platform.h"
 
 namespace mqam {
 
+std::string FindModule(const std::string& programDirectory) {
+    using platform::PathKind;
+    using platform::ProbePath;
+    std::string nextToProgram = programDirectory + platform::kModuleFileName;
+    std::string installed = programDirectory + kInstalledModuleDirectory + platform::kModuleFileName;
+    const bool isInstalled =
+        ProbePath(nextToProgram) == PathKind::kMissing && ProbePath(installed) != PathKind::kMissing;
+    return isInstalled ? installed : nextToProgram;
+}
+
 PIDMMainFunction LoadModule(const std::string& path, std::string& reason) {
-    const std::string tried = path.empty() ? platform::ProgramDirectory() + platform::kModuleFileName : path;
+    const std::string tried = path.empty() ? FindModule(platform::ProgramDirectory()) : path;
     std::string words;
     void* library = platform::OpenLibrary(tried, words);
     if (library == nullptr) {
@@ -102,17 +113,23 @@ ReturnCode ModuleSession::Shut() {
 ModuleFailure ModuleSession::LastFailure() const {
     ModuleFailure outcome;
     outcome.request = request_;
-    if (outcome.request == "PutAttribute") outcome.request += " " + attribute_;
+    if (outcome.request == "PutAttribute") {
+        outcome.request += " " + attribute_;
+    }
     outcome.code = code_;
     // A refused attribute builds no text: what is attached then belongs to an earlier request.
     const bool hasText = code_ != pmrcBadAttrName && code_ != pmrcBadAttrValue && code_ != pmrcNotSupported &&
                          code_ != pmrcBadVersion;
-    if (hasText && text_ != nullptr) outcome.text = text_;
+    if (hasText && text_ != nullptr) {
+        outcome.text = text_;
+    }
     return outcome;
 }
 
 std::string ModuleSession::TakeNewText() {
-    if (text_ == nullptr || seenText_ == text_) return "";
+    if (text_ == nullptr || seenText_ == text_) {
+        return "";
+    }
     seenText_ = text_;
     return seenText_;
 }

@@ -10,8 +10,13 @@
 
 namespace mqam {
 
+/// Returns the path of the module that belongs to a program in `programDirectory`, which ends with a delimiter:
+/// in that directory itself, where a build puts it, or else where an installation puts it. If it is in neither,
+/// the path in the program's own directory.
+[[nodiscard]] std::string FindModule(const std::string& programDirectory);
+
 /// Loads the module.
-///   path    in   the library; empty = the one beside the running program
+///   path    in   the library; empty = the one that belongs to the running program
 ///   reason  out  what was tried and why it failed
 /// Returns its entry point, or null.
 [[nodiscard]] PIDMMainFunction LoadModule(const std::string& path, std::string& reason);

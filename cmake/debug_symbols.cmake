@@ -1,0 +1,14 @@
+# mqamod_split_debug_symbols(target): moves the debug symbols of a finished file into a file of its own next to it,
+# FILE.debug, where debuggers find it by the link that stays in the file. Only optimised builds are shipped, so only
+# their files are split.
+function(mqamod_split_debug_symbols target)
+  if(NOT CMAKE_OBJCOPY OR NOT CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo" OR MQAMOD_SANITIZE OR MQAMOD_COVERAGE
+     OR MQAMOD_FUZZ)
+    return()
+  endif()
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
+    COMMAND ${CMAKE_OBJCOPY} --strip-unneeded --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
+    VERBATIM)
+  set_property(GLOBAL APPEND PROPERTY MQAMOD_SPLIT_TARGETS ${target})
+endfunction()
