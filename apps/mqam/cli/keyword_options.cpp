@@ -24,49 +24,42 @@ constexpr KeywordOption kTable[] = {
      "server connection of the client channel, 1..264 characters; needs --channel", "mq.example.com(1414)"},
     {"MQEX", "--exclusive,--mqex", 0, "", kQueueGroup, "open the queue exclusively. Default: shared", ""},
     {"OTENACITY", "--otenacity", 1, "SECONDS", kQueueGroup,
-     "tenacity of the open, 1..6000; divided by --owait it is the number of attempts, at least 1. Default: 5",
+     "how long to keep trying to open the queue, 1..6000: --otenacity divided by --owait is the number of attempts, at least 1. Default: 5",
      "60"},
     {"OWAIT", "--owait", 1, "SECONDS", kQueueGroup,
-     "what one attempt to open counts against --otenacity, 1..600; the pause between two attempts lasts as "
-     "many "
-     "milliseconds. Default: 5",
+     "with --otenacity sets the number of attempts to open the queue, 1..600; the pause between attempts is OWAIT milliseconds, not seconds. Default: 5",
      "5"},
     {"RWAIT", "--rwait", 1, "SECONDS", kReadGroup,
-     "the input ends when the queue stays empty for so long: 1..600 s, -1 = wait for ever (Ctrl-C then takes "
-     "effect with the next message). Default: 15",
+     "the input ends when the queue has been empty for this long: 1..600 s, -1 = wait forever (Ctrl-C then takes effect at the next message). Default: 15",
      "5"},
     {"BKSZ", "--max-record,--bksz", 1, "BYTES", kReadGroup,
      "largest message, 1..16777216 bytes; a longer one stays on the queue and ends the load. Default: "
      "1048576",
      "4194304"},
     {"CONVERT", "--convert", 1, "yes|no|CCSID", kReadGroup,
-     "MQ converts the data: to the queue manager's character set, or to the CCSID given. Default: no",
+     "have MQ convert the data to the queue manager's character set (yes) or to a CCSID. Default: no",
      "1208"},
     {"TDM", "--tdm", 1, "yes|no", kReadGroup,
-     "a message that is delivered again and equals the one before ends the input (no: it is loaded). "
-     "Default: yes",
+     "a redelivered message that is identical to the previous one ends the input (no: it is loaded). Default: yes",
      "no"},
     {"CKFILE", "--ckfile", 1, "FILE", kSafetyGroup,
-     "checkpoint file; keeps the records since the last checkpoint. Default: no checkpoints", "orders.ckpt",
-     0},
+     "checkpoint file, in which the module keeps the records since the last checkpoint. Default: no checkpoints",
+     "orders.ckpt", 0},
     {"FLUSH", "--flush", 1, "yes|no|t", kSafetyGroup,
-     "force checkpoint data to the medium. The module reports it, but flushes the same with yes and no. "
-     "Default: no",
+     "force checkpoint data to disk. The module reports the setting, but flushes in the same way for yes and no. Default: no",
      "yes"},
     {"LOG", "--log", 1, "FILE", kSafetyGroup,
      "copy every message to this file; deleted at the end unless --preserve. Default: no log", "orders.log",
      0},
     {"TLF", "--tlf", 1, "yes|no", kSafetyGroup,
-     "a log that cannot be written ends the load (no: it goes on without a log). Default: yes", "no"},
+     "a log that cannot be written ends the load (no: the load continues without a log). Default: yes", "no"},
     {"TRCL", "--trace,--trcl", 2, "LEVEL FILE", kTraceGroup,
      "trace, appended to FILE: 0 none, 1 job events, 2 I/O events, 3 I/O buffers, 4 details. Default: 0",
      "2 orders.trc", 1},
     {"HELP", "--keyword-help", 0, "", kTraceGroup,
      "have the module print its own keyword help, on standard error", ""},
-    {"PARMFILE", "--parmfile", 1, "FILE", "Keywords in one piece",
-     "read keywords from FILE, one a line, '#' in column 1 starts a comment. Combines with the options "
-     "above; a "
-     "keyword given in both takes the file's value",
+    {"PARMFILE", "--parmfile", 1, "FILE", "Keywords from elsewhere",
+     "read keywords from FILE, one per line; '#' in column 1 starts a comment. May be combined with the options above; for a keyword given in both, the file's value counts",
      "orders.parm"},
 };
 
@@ -106,8 +99,7 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
         command
             .add_option(
                 "--init", options.rawInit,
-                "the module's initialization string as it stands, instead of all keyword options [e.g. "
-                "--init \"-QMGR QM1 -QNM ORDERS\"]")
+                "the module's complete initialization string, instead of all keyword options [e.g. --init \"-QMGR QM1 -QNM ORDERS\"]")
             ->type_name("STRING");
     for (std::size_t i = 0; i < rows; ++i) {
         const KeywordOption& row = kTable[i];
@@ -124,10 +116,10 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
         }
         option->group(row.group)->excludes(options.rawInitOption);
     }
-    options.rawInitOption->group("Keywords in one piece");
+    options.rawInitOption->group("Keywords from elsewhere");
     command
         .add_option("--module", options.modulePath,
-                    "the access module to load. Default: the one beside this program")
+                    "the access module to load. Default: the one next to this program")
         ->type_name("PATH")
         ->group(kTraceGroup);
 }

@@ -41,8 +41,7 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option(
             "--format", options.format,
-            "lines: the record and a line feed; length: 4 bytes little-endian length, then the record; raw: "
-            "the bytes alone. Default: lines. Records that hold line feeds need length")
+            "lines: the record, then a line feed; length: 4 bytes little-endian length, then the record; raw: only the bytes. Default: lines. Records that contain line feeds need length")
         ->type_name("lines|length|raw")
         ->transform(CLI::Transformer(formats).description(""))
         ->each([&options](const std::string&) { options.formatGiven = true; })
@@ -56,13 +55,13 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
 
 void AddSafetyOptions(CLI::App& command, LoadOptions& options) {
     command
-        .add_option("--checkpoint-every", options.checkpointEvery,
-                    "take a checkpoint after every N records; needs a checkpoint file. Default: none; with "
-                    "restart information 1000, unless --checkpoint-seconds is given")
+        .add_option(
+            "--checkpoint-every", options.checkpointEvery,
+            "take a checkpoint after every N records; needs a checkpoint file. Default: none; 1000 with restart information, unless --checkpoint-seconds is given")
         ->type_name("N")
         ->check(CLI::PositiveNumber.description(""))
         ->group(kSafetyGroup);
-    command.add_flag("--preserve", options.preserve, "keep checkpoint file and log at the end")
+    command.add_flag("--preserve", options.preserve, "keep the checkpoint file and the log at the end")
         ->group(kSafetyGroup);
 }
 
@@ -72,30 +71,27 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option(
             "--restart-file", options.restartFile,
-            "keep restart information in FILE: whatever ends the load, the same command goes on where "
-            "it stopped, and every message is in the target once. Needs --ckfile. A SQLite target "
-            "keeps it in the database instead")
+            "keep restart information in FILE: whatever ends the load, the same command resumes it, and every message is in the target exactly once. Needs --ckfile. A SQLite target keeps it in the database instead")
         ->type_name("FILE")
         ->group(kRestartGroup);
     command
-        .add_option("--checkpoint-seconds", options.checkpointSeconds,
-                    "take a checkpoint with the first record after S seconds without one")
+        .add_option(
+            "--checkpoint-seconds", options.checkpointSeconds,
+            "take a checkpoint when a record arrives and the last checkpoint is at least S seconds old")
         ->type_name("S")
         ->check(CLI::Range(1, 2147483647).description(""))
         ->group(kRestartGroup);
     command
         .add_option(
             "--restart", options.restart,
-            "auto: go on with an unfinished load, else begin one; never: refuse when one is unfinished; "
-            "only: refuse when none is. Default: auto")
+            "auto: resume an unfinished load, else begin a new one; never: refuse if a load is unfinished; only: refuse if none is. Default: auto")
         ->type_name("never|auto|only")
         ->transform(CLI::Transformer(policies).description(""))
         ->group(kRestartGroup);
     command
         .add_option(
             "--retry-for", options.retryForSeconds,
-            "after a failure go on by itself, with growing pauses, until SECONDS have passed without a "
-            "new checkpoint. Default: end, and leave it to the next command")
+            "retry after a failure, with growing pauses, until SECONDS pass without a new checkpoint. Default: exit")
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 2147483647).description(""))
         ->group(kRestartGroup);
@@ -107,14 +103,14 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
 void AddDiagnosisOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option("--attribute", options.attributes,
-                    "put an attribute of the module after Init; may be repeated")
+                    "set an attribute of the module after Init; may be repeated")
         ->type_name("NAME=VALUE")
         ->expected(1)
         ->take_all()
         ->group(kDiagnosisGroup);
     command.add_flag("--verbose", options.verbose, "show the parameters in effect and every checkpoint")
         ->group(kDiagnosisGroup);
-    command.add_flag("--quiet", options.quiet, "no progress and no summary; failures are told")
+    command.add_flag("--quiet", options.quiet, "no progress and no summary; failures are still reported")
         ->group(kDiagnosisGroup);
 }
 
@@ -125,7 +121,7 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
     AddModuleOptions(command, options.module);
     command
         .add_option("--timeout", options.timeoutSeconds,
-                    "end a read that has waited for more than so many seconds, 1..2147483647. Default: none")
+                    "end the load when a read has waited for more than SECONDS, 1..2147483647. Default: none")
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 2147483647).description(""))
         ->group(kReadGroup);

@@ -18,11 +18,9 @@ namespace mqam {
 namespace {
 
 constexpr const char* kQueueExamples =
-    "A queue manager is a folder in the spool folder, a queue is a folder in it, and a message is a file: "
-    "what you\n"
-    "copy into a queue folder is a message. Programs meet it as IBM MQ when they load the stand-in's "
-    "libraries\n"
-    "(bin/spoolmq/) with SPOOLMQ_DIR naming the spool folder.\n"
+    "A queue manager is a directory in the spool directory, a queue is a directory in that, and a message is a\n"
+    "file: whatever you copy into the directory of a queue is a message. Programs see it as IBM MQ if they load\n"
+    "the stand-in's libraries (bin/spoolmq/) while SPOOLMQ_DIR names the spool directory.\n"
     "\n"
     "Examples:\n"
     "  export SPOOLMQ_DIR=/tmp/spool\n"
@@ -33,14 +31,12 @@ constexpr const char* kQueueExamples =
 
 constexpr const char* kCreateExamples =
     "Examples:\n"
-    "  mqam queue create QM1 ORDERS\n"
-    "      a queue, and its queue manager if it is not there yet\n"
+    "  mqam queue create QM1 ORDERS\n      a queue, and its queue manager if that does not exist yet\n"
     "  mqam queue create QM1 TEXTS --set file_format=MQSTR --set max_depth=5000\n"
     "      files copied into it are text; the 5001st message is refused\n"
     "\n"
-    "The attributes stand with their explanation in QM1/qmgr.ini and QM1/ORDERS/.queue.ini and can be "
-    "changed at\n"
-    "any time; programs that run see the change with their next call.\n";
+    "The attributes are explained in QM1/qmgr.ini and QM1/ORDERS/.queue.ini and can be changed at any time;\n"
+    "running programs see the change at their next call.\n";
 
 constexpr const char* kPutExamples =
     "Examples:\n"
@@ -50,12 +46,9 @@ constexpr const char* kPutExamples =
     "      each line is a message\n"
     "  printf hello | mqam queue put QM1 ORDERS\n"
     "      standard input is a message\n"
-    "  mqam queue put QM1 ORDERS --count 50000 --sizes 1-102400 --binary 10 --record put.bin\n"
-    "      made-up orders of 1 byte to 100 KB, one in ten of them binary; put.bin receives what was put, as "
-    "`mqam load\n"
-    "      --format length` writes it\n"
-    "  mqam queue put QM1 ORDERS --length put.bin\n"
-    "      and puts it again\n";
+    "  mqam queue put QM1 ORDERS --count 50000 --sizes 1-102400 --binary 10 --record put.bin\n      generated orders of 1 byte to 100 KB, one in ten of them binary; put.bin receives what was put, in the\n"
+    "      form of `mqam load --format length`\n"
+    "  mqam queue put QM1 ORDERS --length put.bin\n      puts the same messages again\n";
 
 constexpr const char* kShowExamples =
     "Examples:\n"
@@ -63,8 +56,7 @@ constexpr const char* kShowExamples =
     "      attributes and queues of the queue manager\n"
     "  mqam queue show QM1 ORDERS\n"
     "      attributes and first messages of the queue\n"
-    "  mqam queue show QM1 ORDERS 20260131-235959-123456789.msg\n"
-    "      descriptor and beginning of one message\n"
+    "  mqam queue show QM1 ORDERS 20260131-235959-123456789.msg\n      the descriptor and the first bytes of one message\n"
     "  mqam queue show QM1 ORDERS 20260131-235959-123456789.msg --body > message.bin\n"
     "      its bytes\n";
 
@@ -119,11 +111,11 @@ int RunCreate(const CreateOptions& options) {
     if (!status.IsOk()) return Refuse("create", status.error);
     status = spoolmq::CreateQueueManager(options.spool, options.queueManager, qmgr);
     if (status.IsOk())
-        std::printf("queue manager %s made in %s\n", options.queueManager.c_str(), options.spool.c_str());
+        std::printf("queue manager %s created in %s\n", options.queueManager.c_str(), options.spool.c_str());
     if (isQueue && (status.IsOk() || status.code == spoolmq::StatusCode::kAlreadyExists)) {
         status = spoolmq::CreateQueue(options.spool, options.queueManager, options.queue, queue);
         if (status.IsOk())
-            std::printf("queue %s made in %s/%s\n", options.queue.c_str(), options.spool.c_str(),
+            std::printf("queue %s created in %s/%s\n", options.queue.c_str(), options.spool.c_str(),
                         spoolmq::DirectoryOfObject(options.queueManager).c_str());
     }
     return status.IsOk() ? kExitDone : Refuse("create", status.error);
@@ -136,7 +128,7 @@ int RunDelete(const DeleteOptions& options) {
     for (const std::string& queue : queues) {
         const std::int64_t depth = spoolmq::QueueDepth(qmgrPath, spoolmq::DirectoryOfObject(queue));
         if (depth > 0 && !options.force)
-            return Refuse("delete", "queue " + queue + " holds " + std::to_string(depth) +
+            return Refuse("delete", "queue " + queue + " contains " + std::to_string(depth) +
                                         " messages; --force deletes them with it");
     }
     const spoolmq::Status status =
@@ -149,19 +141,19 @@ int RunDelete(const DeleteOptions& options) {
 
 /// The option that all have.
 void AddSpool(CLI::App& command, std::string& spool) {
-    command.add_option("--spool", spool, "the spool folder, by default $SPOOLMQ_DIR")
+    command.add_option("--spool", spool, "the spool directory, by default $SPOOLMQ_DIR")
         ->type_name("DIR")
         ->envname("SPOOLMQ_DIR")
         ->required();
 }
 
 void AddCreate(CLI::App& parent, int& exitCode) {
-    CLI::App* command = parent.add_subcommand("create", "Make a queue manager, or a queue in it");
+    CLI::App* command = parent.add_subcommand("create", "Create a queue manager, or a queue in it");
     const auto options = std::make_shared<CreateOptions>();
     AddSpool(*command, options->spool);
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue");
-    command->add_option("--set", options->settings, "set an attribute of what is made")
+    command->add_option("--set", options->settings, "set an attribute of what is created")
         ->type_name("NAME=VALUE");
     command->footer(kCreateExamples);
     command->callback([options, &exitCode] { exitCode = RunCreate(*options); });
@@ -169,26 +161,25 @@ void AddCreate(CLI::App& parent, int& exitCode) {
 
 void AddPut(CLI::App& parent, int& exitCode) {
     CLI::App* command =
-        parent.add_subcommand("put", "Put messages: files, lines, standard input, or made-up orders");
+        parent.add_subcommand("put", "Put messages: files, lines, standard input, or generated orders");
     const auto options = std::make_shared<QueuePutOptions>();
     AddSpool(*command, options->spool);
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue")->required();
     command->add_option("FILE", options->files, "files to put, each as one message; - is standard input");
     CLI::Option* lines = command->add_flag("--lines", options->lines, "each line is a message");
-    command
-        ->add_flag("--length", options->framed,
-                   "each message stands behind its length, 4 bytes little-endian")
+    command->add_flag("--length", options->framed, "each message follows its length, 4 bytes little-endian")
         ->excludes(lines);
     CLI::Option* count =
-        command->add_option("--count", options->count, "put that many made-up orders")->type_name("N");
+        command->add_option("--count", options->count, "put N generated orders")->type_name("N");
     command->add_option("--seed", options->seed, "the same number makes the same orders (1)")
         ->type_name("N")
         ->needs(count);
     command->add_option("--sizes", options->sizes, "range of their sizes in bytes, both ends included")
         ->type_name("MIN-MAX")
         ->needs(count);
-    command->add_option("--binary", options->binaryPercent, "how many in a hundred are random bytes (0)")
+    command
+        ->add_option("--binary", options->binaryPercent, "percentage of messages that are random bytes (0)")
         ->type_name("PERCENT")
         ->check(CLI::Range(0, 100))
         ->needs(count);
@@ -237,7 +228,7 @@ void AddDelete(CLI::App& parent, int& exitCode) {
     AddSpool(*command, options->spool);
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue");
-    command->add_flag("--force", options->force, "also when it holds messages");
+    command->add_flag("--force", options->force, "even if it contains messages");
     command->footer(kDeleteExamples);
     command->callback([options, &exitCode] { exitCode = RunDelete(*options); });
 }
@@ -246,7 +237,7 @@ void AddDelete(CLI::App& parent, int& exitCode) {
 
 void AddQueueCommand(CLI::App& app, int& exitCode) {
     CLI::App* command =
-        app.add_subcommand("queue", "Make, fill and look into queues of the stand-in queue manager");
+        app.add_subcommand("queue", "Create, fill and show queues of the stand-in queue manager");
     command->require_subcommand(1);
     command->footer(kQueueExamples);
     AddCreate(*command, exitCode);

@@ -30,8 +30,8 @@ struct Putting {
     ProgressCounters counters;
 };
 
-void Complain(const std::string& words) {
-    PrintMessage("mqam queue put: " + words + "\n");
+void PrintError(const std::string& error) {
+    PrintMessage("mqam queue put: " + error + "\n");
 }
 
 bool OpenTarget(const QueuePutOptions& options, Putting& putting) {
@@ -39,10 +39,10 @@ bool OpenTarget(const QueuePutOptions& options, Putting& putting) {
     if (status.IsOk())
         status = OpenStoreQueue(*putting.connection, options.queue, spoolmq::InputUse::kNone, putting.queue);
     if (status.IsOk()) return true;
-    Complain(status.error);
+    PrintError(status.error);
     if (status.code == spoolmq::StatusCode::kUnknownQueueManager ||
         status.code == spoolmq::StatusCode::kUnknownQueue)
-        PrintMessage("  make it with: mqam queue create " + options.queueManager + " " + options.queue +
+        PrintMessage("  create it with: mqam queue create " + options.queueManager + " " + options.queue +
                      "\n");
     return false;
 }
@@ -72,11 +72,11 @@ bool PutOne(const QueuePutOptions& options, const std::string& message, Putting&
     }
     const spoolmq::Status status = PutMessage(*putting.queue, newMessage, spoolmq::Syncpoint::kNo);
     if (!status.IsOk()) {
-        Complain(status.error + "\n  the messages told below are in the queue, no others");
+        PrintError(status.error + "\n  only the messages counted below are on the queue");
         return false;
     }
     if (putting.record != nullptr && !WriteFramed(putting.record, message)) {
-        Complain("--record " + options.recordPath + ": " + std::strerror(errno));
+        PrintError("--record " + options.recordPath + ": " + std::strerror(errno));
         return false;
     }
     ++putting.counters.records;
@@ -88,20 +88,20 @@ int PutFile(const QueuePutOptions& options, const std::string& path, Putting& pu
     const bool isStandardInput = path == "-";
     std::FILE* file = isStandardInput ? stdin : std::fopen(path.c_str(), "rb");
     if (file == nullptr) {
-        Complain(path + ": " + std::strerror(errno) + "; nothing of it was put");
+        PrintError(path + ": " + std::strerror(errno) + "; nothing of it was put");
         return kExitNotStarted;
     }
     const MessageFraming framing = options.framed  ? MessageFraming::kLength
                                    : options.lines ? MessageFraming::kLines
                                                    : MessageFraming::kWhole;
     std::string message;
-    std::string complaint;
+    std::string error;
     int result = kExitDone;
     for (bool isFirst = true; result == kExitDone; isFirst = false) {
-        const SourceResult got = ReadMessage(file, framing, isFirst, message, complaint);
+        const SourceResult got = ReadMessage(file, framing, isFirst, message, error);
         if (got == SourceResult::kEnd) break;
         if (got == SourceResult::kFailed) {
-            Complain((isStandardInput ? "standard input" : path) + ": " + complaint);
+            PrintError((isStandardInput ? "standard input" : path) + ": " + error);
             result = kExitNotStarted;
         } else if (!PutOne(options, message, putting)) {
             result = kExitTargetFailed;
@@ -130,8 +130,8 @@ int PutGenerated(const QueuePutOptions& options, Putting& putting) {
     settings.seed = options.seed;
     settings.binaryPercent = options.binaryPercent;
     if (!ParseSizes(options.sizes, settings)) {
-        Complain("--sizes " + options.sizes +
-                 ": takes MIN-MAX in bytes, for instance 1-102400; at most 104857600");
+        PrintError("--sizes " + options.sizes +
+                   ": takes MIN-MAX in bytes, for instance 1-102400; at most 104857600");
         return kExitNotStarted;
     }
     for (std::uint64_t index = 0; index < options.count; ++index) {
@@ -174,14 +174,14 @@ int RunQueuePut(const QueuePutOptions& options) {
     if (!options.recordPath.empty()) {
         putting.record = std::fopen(options.recordPath.c_str(), "ab");
         if (putting.record == nullptr) {
-            Complain("--record " + options.recordPath + ": " + std::strerror(errno) + "; nothing was put");
+            PrintError("--record " + options.recordPath + ": " + std::strerror(errno) + "; nothing was put");
             result = kExitNotStarted;
         }
     }
     spoolmq::UseBinaryStreams();
     if (result == kExitDone) result = PutAndTell(options, putting);
     if (putting.record != nullptr && std::fclose(putting.record) != 0 && result == kExitDone) {
-        Complain("--record " + options.recordPath + ": " + std::strerror(errno));
+        PrintError("--record " + options.recordPath + ": " + std::strerror(errno));
         result = kExitTargetFailed;
     }
     CloseStoreQueue(std::move(putting.queue));

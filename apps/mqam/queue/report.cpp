@@ -127,7 +127,7 @@ int RunQueueList(const std::string& spool, const std::string& queueManager) {
         names = {queueManager};
     }
     if (names.empty()) {
-        std::printf("no queue manager in \"%s\"; make one with: mqam queue create QM1 ORDERS\n",
+        std::printf("no queue manager in \"%s\"; create one with: mqam queue create QM1 ORDERS\n",
                     spool.c_str());
         return kExitDone;
     }
