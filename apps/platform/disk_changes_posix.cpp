@@ -35,7 +35,7 @@ bool WriteWhole(int descriptor, const std::string& bytes) {
     return true;
 }
 
-// Opens, brings to the medium, closes.
+// Opens, syncs and closes a file or directory.
 bool SyncPath(const std::string& path, std::string& reason) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return Fail(reason);

@@ -63,7 +63,7 @@ bool DeleteDurably(const std::string& path, std::string& reason) {
 
 namespace {
 
-// A reader that has `path` open for a moment denies the replacement as long.
+// Replacing fails while another process has `path` open, so it is retried for up to 5 seconds.
 bool MoveOver(const std::string& from, const std::string& to) {
     constexpr int kAttempts = 250;
     constexpr DWORD kPauseMilliseconds = 20;

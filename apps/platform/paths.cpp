@@ -8,7 +8,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// More than any system follows.
+// More links than any system follows.
 constexpr int kLinksMax = 40;
 
 bool IsLink(const fs::path& path) {

@@ -1,15 +1,15 @@
-// Paths that mean the same from any folder.
+// Paths that mean the same in every current directory.
 #pragma once
 
 #include <string>
 
 namespace platform {
 
-/// The path from the root on, without "." and ".."; as it stands when the system cannot tell the current
-/// folder. Links are not followed, so ".." behind a link stays: it leads to where the link points.
+/// Returns the path from the root, without "." and ".."; unchanged if the system cannot determine the current
+/// directory. Links are not followed, so a ".." after a link stays: it refers to where the link points.
 [[nodiscard]] std::string AbsolutePath(const std::string& path);
 
-/// The path, or where it leads to when it is a link: the file that is to be replaced instead of the link.
+/// Returns the path, or for a link the path to which it points: the file to replace instead of the link.
 [[nodiscard]] std::string FollowLinks(const std::string& path);
 
 }  // namespace platform

@@ -21,8 +21,8 @@ namespace {
 std::atomic<int> interrupts{0};
 std::atomic<int> atOnceCode{1};
 
-// A service manager and `timeout` send one to every process they know, and a command hands its own on: what
-// comes within a moment of the first is the same interrupt.
+// A service manager and `timeout` send a signal to every process they know, and a command passes its own on.
+// What arrives within a moment of the first is the same interrupt.
 constexpr long long kMomentNanoseconds = 100000000;
 std::atomic<long long> firstInterruptAt{0};
 
@@ -110,8 +110,9 @@ long WriteBytes(int descriptor, const char* bytes, std::size_t length) {
     }
 }
 
-// Of a file every error counts, and of a folder all but that its file system does not bring folders to the
-// medium: one that was shut down behind an error of its disk says EROFS, as a pipe does.
+// Every fsync error on a regular file counts. On anything else, EINVAL and ENOTSUP only mean that it cannot
+// be synced. EROFS is ignored on pipes, but on files and directories it means that the file system was
+// remounted read-only after an error of its disk.
 int SyncFile(int descriptor) {
     if (fsync(descriptor) == 0) return 0;
     const int code = errno;
@@ -175,7 +176,7 @@ void WatchInterrupts(int exitCodeAtOnce) {
     atOnceCode = exitCodeAtOnce;
     struct sigaction action = {};
     action.sa_handler = CountInterrupt;
-    // The module's file calls are not to fail because the user asked for an end.
+    // Interrupts must not make the module's file calls fail.
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);

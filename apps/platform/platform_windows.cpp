@@ -24,7 +24,7 @@ constexpr int kStandardError = 2;
 std::atomic<int> interrupts{0};
 std::atomic<int> atOnceCode{1};
 
-// Runs on a thread of the system's own.
+// Runs on a thread that the system creates.
 BOOL WINAPI CountInterrupt(DWORD event) {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT && event != CTRL_CLOSE_EVENT) return FALSE;
     const bool first = interrupts.fetch_add(1) == 0;
@@ -107,7 +107,7 @@ int SyncFile(int descriptor) {
     return _commit(descriptor);
 }
 
-// While it is open nobody can rename or delete it.
+// While the file is open, no one can rename or delete it.
 bool IsFileAt(int descriptor, const std::string& /*path*/, std::uint64_t bytes) {
     errno = 0;
     return _filelengthi64(descriptor) == static_cast<long long>(bytes);
@@ -117,7 +117,7 @@ int CloseDescriptor(int descriptor) {
     return _close(descriptor);
 }
 
-// The C library keeps their places free.
+// The C library does not reuse their descriptors.
 void ReopenClosedStdStreams() {}
 
 int RedirectStdout(ModuleOutput output) {
@@ -143,7 +143,7 @@ bool IsTerminal(int descriptor) {
 
 void WatchInterrupts(int exitCodeAtOnce) {
     atOnceCode = exitCodeAtOnce;
-    // A parent that started this process in a group of its own has switched Ctrl-C off for it.
+    // A parent that started this process in a process group of its own has disabled Ctrl-C for it.
     SetConsoleCtrlHandler(nullptr, FALSE);
     SetConsoleCtrlHandler(CountInterrupt, TRUE);
 }
