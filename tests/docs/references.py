@@ -5,7 +5,7 @@
 
 Every relative link of a page that git knows leads to a file, and its anchor to a heading of that page. Every path in
 backticks that begins with a directory of the project exists; it may lack its extension, as in `src/queue/read`, or contain
-a star. Every routine in the tables of docs/architecture.md is mentioned in the file next to it. Every keyword of the module has an item in docs/parameters.md, and every exit code of mqam a row in
+a star. Every test that a page names exists. Every routine in the tables of docs/architecture.md is mentioned in the file next to it. Every keyword of the module has an item in docs/parameters.md, and every exit code of mqam a row in
 docs/operating.md, which quotes only messages that mqam prints. Ends with 1 and prints what is wrong.
 """
 import glob
@@ -78,6 +78,16 @@ def wrong_routines(text):
         yield "the tables of routines were not found"
 
 
+def missing_tests(text):
+    """Every test that a page names as `Suite.Name` exists."""
+    sources = ""
+    for file in glob.glob("tests/**/*.cpp", recursive=True):
+        sources += open(file, encoding="utf-8").read()
+    for suite, name in re.findall(r"`([A-Z]\w+)\.([A-Z]\w+)`", text):
+        if not re.search(rf"\bTEST(_F|_P)?\(\s*{suite},\s*{name}\)", sources):
+            yield f"there is no test {suite}.{name}"
+
+
 # Texts of the operating system, of SQLite and of SQLite's integrity check, which no source of mqam contains.
 SYSTEM_TEXTS = {"No space left on device", "Permission denied", "database is locked", "database or disk is full",
                 "disk I/O error", "unable to open database file", "readonly database", "is malformed", "is not a database"}
@@ -129,7 +139,7 @@ def main():
         if page == "CHANGELOG.md":
             continue  # It speaks of what is gone.
         text = prose(open(page, encoding="utf-8").read())
-        errors = [*wrong_links(page, text), *wrong_paths(text)]
+        errors = [*wrong_links(page, text), *wrong_paths(text), *missing_tests(text)]
         if page == "docs/architecture.md":
             errors += wrong_routines(text)
         wrong += [f"{page}: {error}" for error in errors]
