@@ -98,7 +98,11 @@ void ReportStreamError(Severity severity, const char* function, const char* mess
 }
 
 const char* StreamReason(std::FILE* stream) {
-    return std::ferror(stream) != 0 ? std::strerror(errno) : "Undefined";
+    return StreamReason(stream, errno);
+}
+
+const char* StreamReason(std::FILE* stream, int error) {
+    return std::ferror(stream) != 0 ? std::strerror(error) : "Undefined";
 }
 
 const char* ErrorText() {

@@ -35,6 +35,9 @@ void ReportStreamError(Severity severity, const char* function, const char* mess
 /// the next call of std::strerror.
 [[nodiscard]] const char* StreamReason(std::FILE* stream);
 
+/// Does the same for a call that failed earlier and set errno to `error`.
+[[nodiscard]] const char* StreamReason(std::FILE* stream, int error);
+
 /// Returns the error text, or null if there is none. It belongs to the module.
 [[nodiscard]] const char* ErrorText();
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The name and value of the block as text. A value may or may not count its NUL, and either may lack one.
+// The name and value of the block as text. Neither needs to have a NUL, and the length may or may not count it.
 struct Attribute {
     char name[MQAMOD_ATTRIBUTE_NAME_BYTES + 1];
     const char* value;

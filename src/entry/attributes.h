@@ -1,16 +1,16 @@
-// The attributes that the host puts.
+// The attributes of the host.
 #pragma once
 
 #include "mqamod.h"
 
-/// The PutAttribute request: acts on GEN_EOF, PRESERVE_RESTART_INFO, TIMEOUT_SECONDS and ZBQ_HL_LOG_HANDLE,
+/// Serves the PutAttribute request: acts on GEN_EOF, PRESERVE_RESTART_INFO, TIMEOUT_SECONDS and ZBQ_HL_LOG_HANDLE,
 /// accepts a fixed list of other names without acting, and traces the outcome.
-///   block  in  not kept; the value ends at its NUL or with its length
+///   block  in  the value ends at its NUL or with its length
 /// Returns pmrcOK;
 ///   pmrcBadAttrName   the name is unknown; no error text
-///   pmrcBadAttrValue  the value is refused and changes nothing but the host's log handle; no error text
+///   pmrcBadAttrValue  the value is refused; only a log handle is replaced all the same; no error text
 ///   pmrcFailure       memory ran out, with an error text
 [[nodiscard]] ReturnCode PutAttribute(const AttributeBlock& block);
 
-/// The GetAttribute request: traces the name. Returns pmrcNotSupported, always.
+/// Serves the GetAttribute request: traces the name. Always returns pmrcNotSupported.
 [[nodiscard]] ReturnCode GetAttribute(const AttributeBlock& block);

@@ -11,22 +11,21 @@
 namespace {
 
 struct HostLogState {
-    bool supplied;        // the attribute has come; lasts until the module is unloaded
-    char* HostLogHandle;  // the host object, likewise
+    // The host has put the attribute, even if it was refused. Never cleared.
+    bool supplied;
+    // The host object. Replaced by each ZBQ_HL_LOG_HANDLE, never cleared.
+    char* HostLogHandle;
 };
 HostLogState state;
 
-constexpr std::size_t kFunctionTableOffset = 16;  // in the host object: the pointer to its table of functions
-constexpr std::size_t kLogEntryOffset = 312;      // in that table: the function that takes a log message
+// In that table, the function that takes a log message.
+constexpr std::size_t kLogEntryOffset = MQAMOD_LOG_TABLE_ENTRY * sizeof(void*);
 constexpr std::size_t kBufferBytes = 5;
-
-/// The host's function. What the numbers and the buffer mean to it is the host's business.
-using HostLogCallback = int (*)(void* handle, int messageNumber, int, int, ...);
 
 HostLogCallback FindCallback(const char* handle) {
     if (handle == nullptr) return nullptr;
     const char* table = nullptr;
-    std::memcpy(&table, handle + kFunctionTableOffset, sizeof table);
+    std::memcpy(&table, handle + MQAMOD_LOG_TABLE_OFFSET, sizeof table);
     if (table == nullptr) return nullptr;
     HostLogCallback callback = nullptr;
     std::memcpy(&callback, table + kLogEntryOffset, sizeof callback);

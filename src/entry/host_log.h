@@ -5,15 +5,15 @@
 
 #include "mqamod.h"
 
-/// Takes over the host's log handle and at once hands it the host-log form of the start-up report.
-///   value   in  the handle; at most its first 8 bytes count, behind a shorter one the handle is zero
+/// Takes over the host's log handle and passes it the host-log form of the start-up report at once.
+///   value   in  the handle: at most 8 bytes; a shorter one is filled with zeros
 ///   length  in  bytes
 /// Returns pmrcOK;
-///   pmrcBadAttrValue  the host's function refuses, or the handle leads to no function; the handle is kept
-///   pmrcFailure       no memory for the call's buffer, with an error text; the handle stays what it was
+///   pmrcBadAttrValue  the host's function refuses, or the handle does not lead to a function; the handle is kept
+///   pmrcFailure       no memory for the buffer of the call, with an error text; the handle does not change
 /// In every case a handle counts as supplied from now on.
 [[nodiscard]] ReturnCode TakeHostLogHandle(const char* value, std::uint32_t length);
 
-/// Prints the start-up report to standard output: the host-log form when the host has supplied its handle,
-/// else the console form.
+/// Prints the start-up report to standard output: the host-log form if the host has supplied its handle, otherwise the
+/// console form.
 void PrintReport();

@@ -12,7 +12,7 @@
 #include "params/settings.h"
 #include "recovery/checkpoint.h"
 #include "recovery/checkpoint_file.h"
-#include "recovery/restart.h"
+#include "recovery/replay.h"
 
 namespace {
 
@@ -25,11 +25,11 @@ void Require(int number, bool holds) {
 }  // namespace
 
 void CheckInvariants() {
-    const bool initialized = ModuleState() == 1;
+    const bool initialized = ModuleState() == Phase::kInitialized;
     const bool queueOpen = QueueHandle() != MQHO_NONE;
     const bool checkpointing = Setting().CKFILE || Setting().MqCheckpointMode;
     Require(1, (ErrorText() != nullptr) == (ErrorTextLength() != 0));
-    Require(2, ModuleState() == 0 || initialized);
+    Require(2, ModuleState() == Phase::kLoaded || initialized);
     Require(3, initialized || (!queueOpen && !RecordBufferExists()));
     Require(4, !CkPtPending() || checkpointing);
     Require(5, !queueOpen || !ReplayFromCkPt() || checkpointing);

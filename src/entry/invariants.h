@@ -1,12 +1,13 @@
-// The module's invariants, checked at the entry and the exit of each request in sanitizer builds.
+// The invariants of the module, checked at the beginning and the end of each request in sanitizer builds.
 //
 //   1  There is an error text exactly when its length is not 0.
-//   2  ModuleState is 0 or 1.
+//   2  ModuleState is one of the two phases.
 //   3  A module that is not initialized has no open queue and no last-record buffer.
-//   4  A position is pending only when the Init in effect asked for checkpointing.
-//   5  With a queue open, records are replayed only when the Init in effect asked for checkpointing.
+//   4  A checkpoint is pending only if the Init in effect asked for checkpointing.
+//   5  With a queue open, records are replayed only if the Init in effect asked for checkpointing.
 //   6  With a queue open, an open checkpoint file has a last-record buffer.
 #pragma once
 
-/// Ends the process with a line that numbers the invariant that does not hold; does nothing in other builds.
+/// Ends the process, with a line that has the number of the invariant, if one does not hold. Does nothing in other
+/// builds.
 void CheckInvariants();

@@ -3,20 +3,24 @@
 namespace {
 
 struct State {
-    int ModuleState;
+    // Set by Init, even if it fails; cleared by Shut.
+    Phase ModuleState;
+    // Set by an Open that opens the queue; cleared by Init, Write, Read, GetPos, a successful SetPos and Close, but not
+    // by Shut. Never read.
     bool PositionUnchangedFlag;
-    bool identified;  // the first call has shown the identification; never cleared
+    // The first call has shown the identification. Never cleared.
+    bool identified;
 };
 State state;
 
 }  // namespace
 
-int ModuleState() {
+Phase ModuleState() {
     return state.ModuleState;
 }
 
-void SetModuleState(int moduleState) {
-    state.ModuleState = moduleState;
+void SetModuleState(Phase phase) {
+    state.ModuleState = phase;
 }
 
 void SetPositionUnchangedFlag(bool unchanged) {

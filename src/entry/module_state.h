@@ -1,13 +1,19 @@
-// The module's life as the dispatcher sees it.
+// The phase of the module as the dispatcher sees it.
 #pragma once
 
-/// 0 = not initialized, 1 = initialized, set by Init whatever its outcome, cleared by Shut.
-[[nodiscard]] int ModuleState();
-void SetModuleState(int moduleState);
+/// What Init and Shut make of the module. The values index the words of a refusal.
+enum class Phase {
+    kLoaded = 0,       ///< loaded, or shut: waits for an Init
+    kInitialized = 1,  ///< an Init has been made, whatever its outcome
+};
 
-/// Whether nothing has been asked of the queue since Open. Set by Open when the queue has been opened;
-/// cleared by Init, Write, Read, GetPos, a successful SetPos and Close. No request acts on it.
+[[nodiscard]] Phase ModuleState();
+void SetModuleState(Phase phase);
+
+/// Sets PositionUnchangedFlag: nothing has been asked of the queue since Open. Set by an Open that opens the queue;
+/// cleared by Init, Write, Read, GetPos, a successful SetPos and Close. The flag is written but never read: no request
+/// acts on it. It is kept as a part of the documented state.
 void SetPositionUnchangedFlag(bool unchanged);
 
-/// True on the first call of the process, false ever after.
+/// Returns true on the first call in the process and false on every later one.
 [[nodiscard]] bool TakeFirstCall();

@@ -1,14 +1,14 @@
 // The exported entry point and the dispatcher.
 //
-// Which request is legal when stands in one table: Init needs the module not initialized, ID needs nothing,
-// every other request needs it initialized. Whether a queue is open is for the request itself to say:
+// The table of requests below says which request is legal in which phase of the module. Whether a queue is open is
+// checked by the request itself:
 //
-//   state                         entered by                accepts
-//   loaded                        load, Shut                Init, ID
-//   initialized, queue closed     Init, also failed; Close  all but Init; Read fails without a queue
-//   initialized, queue open       Open                      all but Init; a second Open fails
-//     checkpoint pending          GetPos                    carried out by Read, SetPos or GetPos
-//     replaying                   SetPos                    left at the end of the checkpoint file
+//   phase and state               entered by                   accepts
+//   kLoaded                       loading the module, Shut     Init, ID
+//   kInitialized, queue closed    Init, even if failed; Close  all but Init; Read fails without a queue
+//   kInitialized, queue open      Open                         all but Init; a second Open fails
+//     checkpoint pending          GetPos                       carried out by Read, SetPos or GetPos
+//     replaying                   SetPos                       left at the end of the checkpoint file
 #include <cstdint>
 #include <cstdio>
 
@@ -26,35 +26,38 @@ namespace {
 
 constexpr char kFunction[] = "PIDMMain";
 
-enum class Needs { Nothing, NotInitialized, Initialized };
+// The phases in which a request is legal.
+enum class Legal { kWhenLoaded, kWhenInitialized, kAlways };
 
 struct OptionRow {
-    std::uint32_t first;  // the option numbers that the row serves: first to last
+    std::uint32_t first;  // the row serves the option numbers from first to last
     std::uint32_t last;
-    const char* word;  // the option in traces and messages
-    Needs needs;
-    void (*before)();  // done before anything is traced or checked, or null
+    const char* word;  // names the option in traces and messages
+    Legal legal;
+    void (*before)();  // runs before anything is traced or checked; may be null
     ReturnCode (*run)(void* data);
 };
 
-// So a refused second Init silences the trace as well, until parameters are parsed again.
+// Runs before Init is checked, so a refused second Init silences the trace as well, until parameters are parsed again.
 void SilenceTrace() {
     SetTraceLevel(0);
 }
 
 constexpr OptionRow kOptions[] = {
-    {pmiPIDMOptInit, pmiPIDMOptInit, "Init", Needs::NotInitialized, SilenceTrace, RunInit},
-    {pmiPIDMOptOpen, pmiPIDMOptOpen, "Open", Needs::Initialized, PrintReport, RunOpen},
-    {pmiPIDMOptClose, pmiPIDMOptClose, "Close", Needs::Initialized, nullptr, RunClose},
-    {pmiPIDMOptRead, pmiPIDMOptRead, "Read", Needs::Initialized, nullptr, RunRead},
-    {pmiPIDMOptWrite, pmiPIDMOptWrite, "Write", Needs::Initialized, nullptr, RunWrite},
-    {pmiPIDMOptGetPos, pmiPIDMOptGetPos, "GetPos", Needs::Initialized, nullptr, RunGetPos},
-    {pmiPIDMOptSetPos, pmiPIDMOptSetPos, "SetPos", Needs::Initialized, nullptr, RunSetPos},
-    {pmiPIDMOptShut, pmiPIDMOptShut, "Shut", Needs::Initialized, nullptr, RunShut},
-    {pmiPIDMOptID, pmiPIDMOptID, "ID", Needs::Nothing, nullptr, RunId},
-    {pmiPIDMOptCloseR, pmiPIDMOptCloseR, "Close", Needs::Initialized, nullptr, RunCloseRewind},
-    {pmiPIDMOptGetAttr, pmiPIDMOptGetAttr + 1, "GetAttribute", Needs::Initialized, nullptr, RunGetAttribute},
-    {pmiPIDMOptPutAttr, pmiPIDMOptPutAttr + 1, "PutAttribute", Needs::Initialized, nullptr, RunPutAttribute},
+    {pmiPIDMOptInit, pmiPIDMOptInit, "Init", Legal::kWhenLoaded, SilenceTrace, RunInit},
+    {pmiPIDMOptOpen, pmiPIDMOptOpen, "Open", Legal::kWhenInitialized, PrintReport, RunOpen},
+    {pmiPIDMOptClose, pmiPIDMOptClose, "Close", Legal::kWhenInitialized, nullptr, RunClose},
+    {pmiPIDMOptRead, pmiPIDMOptRead, "Read", Legal::kWhenInitialized, nullptr, RunRead},
+    {pmiPIDMOptWrite, pmiPIDMOptWrite, "Write", Legal::kWhenInitialized, nullptr, RunWrite},
+    {pmiPIDMOptGetPos, pmiPIDMOptGetPos, "GetPos", Legal::kWhenInitialized, nullptr, RunGetPos},
+    {pmiPIDMOptSetPos, pmiPIDMOptSetPos, "SetPos", Legal::kWhenInitialized, nullptr, RunSetPos},
+    {pmiPIDMOptShut, pmiPIDMOptShut, "Shut", Legal::kWhenInitialized, nullptr, RunShut},
+    {pmiPIDMOptID, pmiPIDMOptID, "ID", Legal::kAlways, nullptr, RunId},
+    {pmiPIDMOptCloseR, pmiPIDMOptCloseR, "Close", Legal::kWhenInitialized, nullptr, RunCloseRewind},
+    {pmiPIDMOptGetAttr, pmiPIDMOptGetAttr + 1, "GetAttribute", Legal::kWhenInitialized, nullptr,
+     RunGetAttribute},
+    {pmiPIDMOptPutAttr, pmiPIDMOptPutAttr + 1, "PutAttribute", Legal::kWhenInitialized, nullptr,
+     RunPutAttribute},
 };
 
 const OptionRow* FindOption(std::uint32_t option) {
@@ -64,9 +67,15 @@ const OptionRow* FindOption(std::uint32_t option) {
     return nullptr;
 }
 
+bool IsLegalNow(Legal legal) {
+    if (legal == Legal::kAlways) return true;
+    return legal == (ModuleState() == Phase::kLoaded ? Legal::kWhenLoaded : Legal::kWhenInitialized);
+}
+
 ReturnCode RefuseState(const char* word) {
     static constexpr const char* kStateWords[] = {"not", "already"};
-    ReportError(Severity::Error, kFunction, FormatText("%s initialized", kStateWords[ModuleState()]), word);
+    const auto index = static_cast<std::size_t>(ModuleState());
+    ReportError(Severity::Error, kFunction, FormatText("%s initialized", kStateWords[index]), word);
     return pmrcFailure;
 }
 
@@ -80,15 +89,11 @@ ReturnCode Dispatch(std::uint32_t option, void* data) {
     }
     if (row->before != nullptr) row->before();
     if (option != pmiPIDMOptInit) TraceEntry(row->word);
-    const bool initialized = ModuleState() == 1;
-    if ((row->needs == Needs::Initialized && !initialized) ||
-        (row->needs == Needs::NotInitialized && initialized)) {
-        return RefuseState(row->word);
-    }
+    if (!IsLegalNow(row->legal)) return RefuseState(row->word);
     return row->run(data);
 }
 
-// Every call ends here: the outcome goes into the request block, and what was traced onto the disk.
+// Ends every call: stores the outcome in the request block and flushes what was traced.
 void Finish(RequestBlock* request, void* data, ReturnCode rc) {
     if (rc == pmrcEOF) static_cast<ReadBlock*>(data)->recordLength = 0;
     request->ReturnCode = static_cast<std::uint32_t>(rc);

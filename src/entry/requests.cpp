@@ -43,7 +43,7 @@ ReturnCode RunInit(void* data) {
     (void)std::fflush(nullptr);
     ClearCkPtPending();
     std::memset(block.clearedByInit, 0, sizeof block.clearedByInit);
-    SetModuleState(1);
+    SetModuleState(Phase::kInitialized);
     SetPositionUnchangedFlag(false);
     return rc;
 }
@@ -52,7 +52,7 @@ ReturnCode RunOpen(void* data) {
     OpenBlock& block = *static_cast<OpenBlock*>(data);
     const bool wasOpen = QueueHandle() != MQHO_NONE;
     const ReturnCode rc = OpenQueue(block.openMode, block.pathNameLength);
-    // An open queue counts, also when the checkpoint file behind it failed.
+    // The outputs are stored once the queue is open, even if the checkpoint file then failed.
     if (wasOpen || QueueHandle() == MQHO_NONE) return rc;
     SetPositionUnchangedFlag(true);
     block.maxRecordBytes = static_cast<std::uint32_t>(Setting().BKSZ);
@@ -83,7 +83,7 @@ ReturnCode RunRead(void* data) {
     block.recordLength = 0;
     SetPositionUnchangedFlag(false);
     std::uint32_t recordLength = 0;
-    const ReturnCode rc = ReadRecord(block.recordBuffer, &recordLength);
+    const ReturnCode rc = ReadRecord(block.recordBuffer, recordLength);
     block.recordLength = recordLength;
     return rc;
 }
@@ -96,7 +96,7 @@ ReturnCode RunWrite(void*) {
 ReturnCode RunGetPos(void* data) {
     SetPositionUnchangedFlag(false);
     const PositionData* position = nullptr;
-    const ReturnCode rc = GetPosition(&position);
+    const ReturnCode rc = GetPosition(position);
     if (position != nullptr) {
         PositionBlock& block = *static_cast<PositionBlock*>(data);
         block.position = position;
@@ -116,7 +116,7 @@ ReturnCode RunShut(void* data) {
     const ReturnCode rc = CloseAll(static_cast<const ShutBlock*>(data)->closeMode);
     FreeRecordBuffer();
     FreeErrorText();
-    SetModuleState(0);
+    SetModuleState(Phase::kLoaded);
     SetPreserveRestartInfo(false);
     return rc;
 }

@@ -1,5 +1,5 @@
-// The requests: each takes its data block, has the layer that owns the matter do it, and fills the block's
-// outputs. Called by the dispatcher when the module is in the state that the request needs.
+// The requests. Each reads its inputs from the data block, calls the layer that carries the request out, and stores the
+// outputs in the block. The dispatcher calls them only in a phase in which they are legal.
 #pragma once
 
 #include "mqamod.h"

@@ -9,7 +9,6 @@
 
 namespace {
 
-// The verbs of the bound library; all null until one is bound.
 struct Verbs {
     decltype(&MQCONNX) connx;
     decltype(&MQDISC) disc;
@@ -19,15 +18,21 @@ struct Verbs {
     decltype(&MQCMIT) cmit;
     decltype(&MQBACK) back;
 };
-Verbs bound;
-
-char failureText[900];  // fits the message text with room for the words around it
-bool bindingFailed;     // whether failureText speaks of the last MQCONNX
+struct Binding {
+    // The verbs of the bound library; all null until one is binding.verbs. Never cleared.
+    Verbs verbs;
+    // The libraries tried since the last MQCONNX began, with reasons. It fits into the message text together with
+    // what a report adds. Cleared by each MQCONNX that has to bind.
+    char failureText[900];
+    // The last MQCONNX found no library. Set or cleared by each MQCONNX.
+    bool failed;
+};
+Binding binding;
 
 void AddFailure(const char* library, const char* reason) {
-    const std::size_t used = std::strlen(failureText);
-    std::snprintf(failureText + used, sizeof failureText - used, "%s'%s' (%s)",
-                  used == 0 ? "No MQ library could be bound. Tried " : ", ", library, reason);
+    const std::size_t used = std::strlen(binding.failureText);
+    std::snprintf(binding.failureText + used, sizeof binding.failureText - used, "%s'%s' (%s)",
+                  used == 0 ? "No MQ library could be binding.verbs. Tried " : ", ", library, reason);
 }
 
 template <typename Verb>
@@ -40,8 +45,8 @@ bool FindVerb(void* library, const char* libraryName, const char* name, Verb* ve
     return false;
 }
 
-// Binds the library of that path or name. A library that loads but lacks a verb ends the search: it is MQ's,
-// and broken.
+// Binds the library of that path or name. A library that loads but lacks a verb is a broken installation of MQ, so
+// it ends the search.
 MQLONG BindLibrary(const char* name) {
     char reason[400];
     void* library = LoadSharedLibrary(name, reason, sizeof reason);
@@ -56,7 +61,7 @@ MQLONG BindLibrary(const char* name) {
         FindVerb(library, name, "MQGET", &verbs.get) && FindVerb(library, name, "MQCMIT", &verbs.cmit) &&
         FindVerb(library, name, "MQBACK", &verbs.back);
     if (!complete) return MQRC_MODULE_ENTRY_NOT_FOUND;
-    bound = verbs;
+    binding.verbs = verbs;
     return MQRC_NONE;
 }
 
@@ -76,7 +81,7 @@ MQLONG BindByIbmNames(bool clientFirst) {
         MQLONG reason = BindLibrary(name);
         if (reason != MQRC_MODULE_NOT_FOUND) return reason;
         char path[256];
-        std::snprintf(path, sizeof path, "%s%s", kMqLibraryNames.defaultFolder, name);
+        std::snprintf(path, sizeof path, "%s%s", kMqLibraryNames.defaultDirectory, name);
         reason = BindLibrary(path);
         if (reason != MQRC_MODULE_NOT_FOUND) return reason;
     }
@@ -84,8 +89,8 @@ MQLONG BindByIbmNames(bool clientFirst) {
 }
 
 MQLONG Bind(const MQCNO* options) {
-    if (bound.connx != nullptr) return MQRC_NONE;
-    failureText[0] = '\0';
+    if (binding.verbs.connx != nullptr) return MQRC_NONE;
+    binding.failureText[0] = '\0';
     const char* path = std::getenv("MQAMOD_MQ_LIBRARY");
     if (path != nullptr && path[0] != '\0') return BindLibrary(path);
     return BindByIbmNames(ClientConnectionWanted(options));
@@ -94,41 +99,43 @@ MQLONG Bind(const MQCNO* options) {
 }  // namespace
 
 const char* MqLibraryFailure() {
-    return bindingFailed ? failureText : nullptr;
+    return binding.failed ? binding.failureText : nullptr;
 }
 
 void MQCONNX(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
     const MQLONG reason = Bind(ConnectOpts);
-    bindingFailed = reason != MQRC_NONE;
-    if (bindingFailed) {
+    binding.failed = reason != MQRC_NONE;
+    if (binding.failed) {
         *CompCode = MQCC_FAILED;
         *Reason = reason;
         return;
     }
-    bound.connx(QMgrName, ConnectOpts, Hconn, CompCode, Reason);
+    binding.verbs.connx(QMgrName, ConnectOpts, Hconn, CompCode, Reason);
 }
 
+// The verbs below require a bound library: a handle exists only after a successful MQCONNX.
+
 void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    bound.disc(Hconn, CompCode, Reason);
+    binding.verbs.disc(Hconn, CompCode, Reason);
 }
 
 void MQOPEN(MQHCONN Hconn, MQPTR ObjDesc, MQLONG Options, MQHOBJ* Hobj, MQLONG* CompCode, MQLONG* Reason) {
-    bound.open(Hconn, ObjDesc, Options, Hobj, CompCode, Reason);
+    binding.verbs.open(Hconn, ObjDesc, Options, Hobj, CompCode, Reason);
 }
 
 void MQCLOSE(MQHCONN Hconn, MQHOBJ* Hobj, MQLONG Options, MQLONG* CompCode, MQLONG* Reason) {
-    bound.close(Hconn, Hobj, Options, CompCode, Reason);
+    binding.verbs.close(Hconn, Hobj, Options, CompCode, Reason);
 }
 
 void MQGET(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG BufferLength, MQPTR Buffer,
            MQLONG* DataLength, MQLONG* CompCode, MQLONG* Reason) {
-    bound.get(Hconn, Hobj, MsgDesc, GetMsgOpts, BufferLength, Buffer, DataLength, CompCode, Reason);
+    binding.verbs.get(Hconn, Hobj, MsgDesc, GetMsgOpts, BufferLength, Buffer, DataLength, CompCode, Reason);
 }
 
 void MQCMIT(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    bound.cmit(Hconn, CompCode, Reason);
+    binding.verbs.cmit(Hconn, CompCode, Reason);
 }
 
 void MQBACK(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    bound.back(Hconn, CompCode, Reason);
+    binding.verbs.back(Hconn, CompCode, Reason);
 }

@@ -4,7 +4,12 @@
 
 namespace {
 
-MQCD channel = MqcdClientConnDefault();
+struct ChannelState {
+    // IBM's defaults, with the names of the last CHNL and SRVR. Never reset: a later Init without these keywords
+    // keeps the names.
+    MQCD definition;
+};
+ChannelState state = {MqcdClientConnDefault()};
 
 template <std::size_t N>
 void FillField(MQCHAR (&field)[N], const char* value) {
@@ -15,13 +20,13 @@ void FillField(MQCHAR (&field)[N], const char* value) {
 }  // namespace
 
 void SetChannelName(const char* value) {
-    FillField(channel.ChannelName, value);
+    FillField(state.definition.ChannelName, value);
 }
 
 void SetConnectionName(const char* value) {
-    FillField(channel.ConnectionName, value);
+    FillField(state.definition.ConnectionName, value);
 }
 
 MQCD* ClientChannel() {
-    return &channel;
+    return &state.definition;
 }

@@ -1,14 +1,14 @@
-// The channel definition of a client connection: IBM's defaults, with the two names that the keywords CHNL
-// and SRVR give. It outlives Init, Open and Shut.
+// The channel definition of a client connection: IBM's defaults, with the two names from the keywords CHNL and
+// SRVR. Init, Open and Shut do not reset it.
 #pragma once
 
 #include "mqi/mqi.h"
 
-/// Zero-fills the ChannelName field and copies the value's first 20 bytes into it; a full field has no NUL.
+/// Fills the ChannelName field with zeros and copies up to 20 bytes of the value into it. A full field has no NUL.
 void SetChannelName(const char* value);
 
-/// The same for the 264 bytes of the ConnectionName field.
+/// Does the same for the 264 bytes of the ConnectionName field.
 void SetConnectionName(const char* value);
 
-/// The definition to connect with.
+/// Returns the definition for MQCONNX.
 [[nodiscard]] MQCD* ClientChannel();

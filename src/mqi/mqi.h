@@ -1,17 +1,17 @@
-// The part of IBM's Message Queue Interface that the module uses: types, structures, constants, verbs.
+// The part of IBM's Message Queue Interface that the module uses: types, structures, constants and verbs.
 //
-// Names, offsets, sizes and values are IBM's (IBM MQ documentation: "Data types used in the MQI", the topics
-// of MQCNO, MQCD, MQOD, MQMD and MQGMO, and "IBM MQ constants"). Structures are declared up to the version
-// that the module passes, which MQ allows as long as their Version field says no more: MQCNO 2, MQCD 6, the
-// others 1. tests/mqi holds this file against IBM's own headers on both targets.
+// Names, offsets, sizes and values are IBM's (IBM MQ documentation: "Data types used in the MQI", the topics of
+// MQCNO, MQCD, MQOD, MQMD and MQGMO, and "IBM MQ constants"). Structures are declared up to the version that the
+// module passes, which MQ allows as long as their Version field has no higher number: MQCNO 2, MQCD 6, the others 1.
+// A test in tests/mqi compares this file with IBM's own headers on both targets. The names are global, as IBM's are.
 //
-// Character fields are fixed width and have no terminating NUL when full.
+// Character fields have a fixed width and no terminating NUL when they are full.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// IBM spells MQLONG "long" on Windows and "int" on 64-bit Linux: four bytes on both.
+// IBM declares MQLONG as long on Windows and as int on 64-bit Linux. Both have four bytes.
 using MQLONG = std::int32_t;
 using MQHCONN = MQLONG;
 using MQHOBJ = MQLONG;
@@ -190,8 +190,8 @@ struct MQGMO {
 };
 static_assert(sizeof(MQGMO) == 72);
 
-// Each routine returns the structure with the values of IBM's initialiser of that name. Fields not named here
-// are zero there too.
+// Each routine returns the structure with the values of IBM's initialiser of that name. Fields that are not set here
+// are zero there as well.
 
 constexpr MQCNO MqcnoDefault() {
     MQCNO cno{};
@@ -258,8 +258,8 @@ constexpr MQGMO MqgmoDefault() {
     return gmo;
 }
 
-// The verbs, with IBM's parameter lists (IBM MQ documentation: "Function calls"). In the module they are
-// entry points that bind an MQ library at run time (mqi/binding.h); a stand-in queue manager defines them.
+// The verbs, with IBM's parameter lists (IBM MQ documentation: "Function calls"). In the module they are entry points
+// that bind an MQ library at run time (mqi/binding.h); the stand-in queue manager defines them itself.
 extern "C" {
 void MQCONNX(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);
 void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);

@@ -1,10 +1,16 @@
 #include "mqi/session.h"
 
+#include "platform/assert.h"
+
 namespace {
 
 struct Session {
+    // 0 when not connected. Set by Open, cleared by Close and Shut whatever MQDISC returns.
     MQHCONN ConnectionHandle;
+    // 0 when no queue is open. Set by Open, cleared by Close and Shut whatever MQCLOSE returns.
     MQHOBJ QueueHandle;
+    // The syncpoint option of the next MQGET and of the later ones. Set by Open, by each checkpoint and by SetPos;
+    // never cleared.
     MQLONG NextGetSync;
     MQLONG LaterGetSync;
 };
@@ -34,6 +40,7 @@ void ChooseSyncpoint(MQLONG nextGetSync, MQLONG laterGetSync) {
 }
 
 MQLONG TakeNextGetSync() {
+    MQAMOD_ASSERT(session.NextGetSync != 0);
     const MQLONG sync = session.NextGetSync;
     session.NextGetSync = session.LaterGetSync;
     return sync;

@@ -27,11 +27,11 @@ void SleepMilliseconds(std::uint32_t milliseconds) {
     }
 }
 
-// glibc's fpos_t is wider than the 8 bytes of a position; the offset of a binary stream says the same.
-bool GetStreamPosition(std::FILE* stream, std::int64_t* position) {
+// A position has 8 bytes, and glibc's fpos_t is wider. The offset of a binary stream is equivalent.
+bool GetStreamPosition(std::FILE* stream, std::int64_t& position) {
     const off_t offset = ftello(stream);
     if (offset == -1) return false;
-    *position = offset;
+    position = offset;
     return true;
 }
 
@@ -39,8 +39,8 @@ bool SetStreamPosition(std::FILE* stream, std::int64_t position) {
     return fseeko(stream, position, SEEK_SET) == 0;
 }
 
-// The symbols stay local to the handle, as the module looks each verb up by name. The library is never
-// unloaded: MQ's own threads may outlive the connection.
+// The module looks each verb up by name, so the symbols can stay local to the handle. The library is never
+// unloaded, because MQ's own threads may outlive the connection.
 void* LoadSharedLibrary(const char* path, char* reason, std::size_t reasonBytes) {
     void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) std::snprintf(reason, reasonBytes, "%s", dlerror());

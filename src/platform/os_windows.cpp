@@ -14,7 +14,7 @@ const char* const kBuildTarget = "64-bit WIN64";
 const MqLibraryNames kMqLibraryNames = {"mqic.dll", "mqm.dll", "C:\\Program Files\\IBM\\MQ\\bin64\\"};
 
 int DeleteByCommand(const char* path) {
-    static char command[32766 + sizeof "del "];
+    static char command[32766 + sizeof "del "];  // scratch space; it has no meaning between calls
     std::snprintf(command, sizeof command, "del %s", path);
     return std::system(command) == -1 ? -1 : 0;
 }
@@ -27,11 +27,11 @@ void SleepMilliseconds(std::uint32_t milliseconds) {
     Sleep(milliseconds);
 }
 
-bool GetStreamPosition(std::FILE* stream, std::int64_t* position) {
+bool GetStreamPosition(std::FILE* stream, std::int64_t& position) {
     std::fpos_t streamPosition{};
-    static_assert(sizeof streamPosition == sizeof *position);
+    static_assert(sizeof streamPosition == sizeof position);
     if (std::fgetpos(stream, &streamPosition) != 0) return false;
-    *position = streamPosition;
+    position = streamPosition;
     return true;
 }
 
@@ -40,7 +40,7 @@ bool SetStreamPosition(std::FILE* stream, std::int64_t position) {
     return std::fsetpos(stream, &streamPosition) == 0;
 }
 
-// A library given by its full path brings the libraries beside it along only with the altered search path.
+// Only with the altered search path does a library given by its full path find the libraries next to it.
 void* LoadSharedLibrary(const char* path, char* reason, std::size_t reasonBytes) {
     const bool fullPath = path[0] != '\0' && (path[1] == ':' || path[0] == '\\' || path[0] == '/');
     HMODULE library = LoadLibraryExA(path, nullptr, fullPath ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);

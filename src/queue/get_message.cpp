@@ -7,21 +7,27 @@
 #include "mqi/session.h"
 #include "params/host_attributes.h"
 #include "params/settings.h"
+#include "platform/assert.h"
 
 namespace {
 
 constexpr MQLONG kUnlimitedSlice = 15000;  // milliseconds: unlimited waiting is done in slices of this length
 
 struct GetState {
-    MQMD descriptor;  // IBM's defaults when loaded; MQGET updates it
-    MQGMO options;    // IBM's defaults when loaded
+    // IBM's defaults at first. MQGET updates it, and without CONVERT the next MQGET gets the encoding and character
+    // set of the last message. Never reset.
+    MQMD descriptor;
+    // IBM's defaults at first. Two fields are set for each MQGET; never reset.
+    MQGMO options;
+    // The outputs of the last MQGET. Never cleared: a Read that makes no MQGET acts on them.
     GetOutcome outcome;
-    bool TimedOutFlag;  // the time-out has fired; never cleared
+    // The host's time-out has expired. Never cleared.
+    bool TimedOutFlag;
 };
 GetState state = {MqmdDefault(), MqgmoDefault(), {}, false};
 
-// The interval mixes units, milliseconds divided by the seconds of the time-out; hosts are tuned to the
-// slices that come of it. A time-out of 0 seconds divides nothing.
+// The interval is milliseconds divided by the seconds of the time-out. The mixed units are deliberate: hosts are tuned
+// to these slices. A time-out of 0 seconds does not divide.
 MQLONG WaitInterval() {
     const std::int32_t rwait = Setting().RWAIT;
     const MQLONG interval = rwait == kUnlimitedWait ? kUnlimitedSlice : rwait;
@@ -33,7 +39,7 @@ MQLONG WaitInterval() {
 void PrepareGet() {
     state.options.Options = TakeNextGetSync() + MQGMO_WAIT;
     state.options.WaitInterval = WaitInterval();
-    // MQGET left the last message's identifiers here; it would wait for another message with the same ones.
+    // MQGET has put the identifiers of the last message here, and would wait for a message with the same ones.
     std::memset(state.descriptor.MsgId, 0, sizeof state.descriptor.MsgId);
     std::memset(state.descriptor.CorrelId, 0, sizeof state.descriptor.CorrelId);
     const std::int32_t convert = Setting().CONVERT;
@@ -49,13 +55,14 @@ bool IsOver(std::time_t elapsed) {
 
 }  // namespace
 
-GetEnd GetMessage(void* buffer) {
+GetResult GetMessage(void* buffer) {
+    MQAMOD_ASSERT(QueueHandle() != MQHO_NONE);
     const std::time_t ReadStartTime = std::time(nullptr);
-    GetEnd end = GetEnd::Outcome;
+    GetEnd end = GetEnd::kMqOutcome;
     while (true) {
         const std::time_t elapsed = std::time(nullptr) - ReadStartTime;
         if (IsOver(elapsed)) {
-            end = GetEnd::ReadWaitOver;
+            end = GetEnd::kReadWaitOver;
             break;
         }
         if (TimeoutEnabled() && elapsed > TimeoutSeconds()) {
@@ -66,7 +73,7 @@ GetEnd GetMessage(void* buffer) {
         if (GenEofFlag()) {
             TraceLine(TraceLevel::JobEvents, Severity::Info, "PIDMMain",
                       "returning EOF as requested via attribute 'GEN_EOF'");
-            end = GetEnd::EofRequested;
+            end = GetEnd::kEofRequested;
             break;
         }
         GetOutcome& outcome = state.outcome;
@@ -74,13 +81,6 @@ GetEnd GetMessage(void* buffer) {
               &outcome.dataLength, &outcome.compCode, &outcome.reason);
         if (outcome.compCode == MQCC_OK || outcome.reason != MQRC_NO_MSG_AVAILABLE) break;
     }
-    return TimeoutEnabled() && state.TimedOutFlag ? GetEnd::TimedOut : end;
-}
-
-const GetOutcome& LastGet() {
-    return state.outcome;
-}
-
-MQLONG LastBackoutCount() {
-    return state.descriptor.BackoutCount;
+    if (TimeoutEnabled() && state.TimedOutFlag) end = GetEnd::kTimedOut;
+    return {end, state.outcome, state.descriptor.BackoutCount};
 }

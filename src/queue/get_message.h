@@ -1,31 +1,32 @@
 // Getting the next message within the limits of waiting.
 #pragma once
 
-#include <cstdint>
-
 #include "mqi/mqi.h"
 
 /// How the wait for a message ended.
 enum class GetEnd {
-    Outcome,       ///< MQGET ended in a message or a failure other than "no message": LastGet tells
-    ReadWaitOver,  ///< no message within RWAIT: as a rule LastGet tells "no message"
-    TimedOut,      ///< the host's time-out has expired, now or in an earlier read: what was got is dropped
-    EofRequested,  ///< the host asked for the end of the input; MQGET was not called
+    kMqOutcome,     ///< MQGET returned a message or failed with a reason other than "no message"
+    kReadWaitOver,  ///< no message came within RWAIT
+    kTimedOut,  ///< the host's time-out has expired, now or in an earlier Read; a message got now is dropped
+    kEofRequested,  ///< the host has asked for the end of the input; MQGET was not called
 };
 
-/// Gets with MQGET, in slices of at most the wait interval, until a message or a failure comes or a limit is
-/// reached.
-///   buffer  out  BKSZ bytes; changed only by an MQGET that delivers something, also one that warns
-[[nodiscard]] GetEnd GetMessage(void* buffer);
-
-/// The outputs of the last MQGET; they survive from one read to the next. Zeros before the first.
+/// The outputs of an MQGET, zeros before the first.
 struct GetOutcome {
     MQLONG dataLength;
     MQLONG compCode;
     MQLONG reason;
 };
-[[nodiscard]] const GetOutcome& LastGet();
 
-/// How often the message got last was got and backed out before, 0 before the first. An MQGET that fails
-/// leaves it.
-[[nodiscard]] MQLONG LastBackoutCount();
+struct GetResult {
+    GetEnd end;
+    /// The outputs of the most recent MQGET. If this call did not reach an MQGET, they are those of an earlier Read.
+    GetOutcome outcome;
+    /// How often the message got last had been backed out before. An MQGET that fails does not change it.
+    MQLONG backoutCount;
+};
+
+/// Gets with MQGET, in slices of at most the wait interval, until it returns a message, fails or reaches a limit.
+///   buffer  out  BKSZ bytes, changed only by an MQGET that returns data, with or without a warning
+/// Requires an open queue.
+[[nodiscard]] GetResult GetMessage(void* buffer);

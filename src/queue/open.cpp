@@ -15,15 +15,18 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/message_log.h"
 #include "recovery/position.h"
-#include "recovery/restart.h"
+#include "recovery/replay.h"
 
 namespace {
 
 constexpr char kFunction[] = "PIDMMain";
 
 struct OpenState {
-    MQOD descriptor;  // IBM's defaults and the queue's name, set anew by each Open
-    MQLONG compCode;  // of the most recent MQOPEN; survives Close and Shut
+    // IBM's defaults with the name of the queue. Set again by each Open that connects; never cleared, since Close
+    // takes the name for its message from here.
+    MQOD descriptor;
+    // The completion code of the most recent MQOPEN, MQCC_OK before any. Never cleared: Close acts on it.
+    MQLONG compCode;
 };
 OpenState state = {MqodDefault(), MQCC_OK};
 
@@ -36,7 +39,7 @@ ReturnCode Fail(const char* message) {
     return pmrcFailure;
 }
 
-// The messages that say more than the reason code of a failed connect.
+// Traces what explains a failed connect better than its reason code.
 void TraceConnectFailure(const char* qmgr, MQLONG reason) {
     if (const char* failure = MqLibraryFailure()) TraceJobEvent(failure, Severity::Warning);
     if (reason == MQRC_Q_MGR_NAME_ERROR) {
@@ -69,8 +72,8 @@ ReturnCode Connect() {
     return pmrcOK;
 }
 
-// The queue could not be opened. For a reason without a message of its own the message text, as a rule still
-// "Queue Manager open", is reported as it stands.
+// Reports that the queue could not be opened. For a reason without a message of its own, whatever the message text
+// contains is reported: as a rule "Queue Manager open".
 ReturnCode FailAttempts(MQLONG reason) {
     const Settings& settings = Setting();
     if (reason == MQRC_OBJECT_IN_USE && settings.MQEX) {
@@ -99,7 +102,7 @@ ReturnCode OpenWithRetry() {
                         FormatNumbered<Message::kQueueOpenWarning>(settings.QNM, static_cast<long>(reason)));
         }
         ++attempts;
-        // OWAIT counts seconds but pauses milliseconds: hosts rely on opens that fail fast.
+        // OWAIT is in seconds, but the pause is OWAIT milliseconds: hosts rely on opens that fail fast.
         if (state.compCode != MQCC_OK && attempts < settings.OTENACITY) SleepMilliseconds(settings.OWAIT);
         if (state.compCode != MQCC_FAILED) {
             SetQueueHandle(handle);
@@ -112,9 +115,9 @@ ReturnCode OpenWithRetry() {
 void ResetReadState() {
     const Settings& settings = Setting();
     ChooseSyncpoint(settings.TLF ? MQGMO_SYNCPOINT : MQGMO_NO_SYNCPOINT, MQGMO_NO_SYNCPOINT);
-    ClearReplayFromCkPt();
-    SetMsgCount(0);
-    KeepPrevious(settings.CKFILE || settings.MqCheckpointMode);
+    EndReplay();
+    ResetPosition();
+    SetKeepPrevious(settings.CKFILE || settings.MqCheckpointMode);
     SetGenEofFlag(false);
 }
 
@@ -129,7 +132,7 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (pathNameLength > 0) {
         TraceJobEvent("Ignoring unnecessary pathname specification at open", Severity::Warning);
     }
-    // What a failed Open left behind; its file stays.
+    // A failed Open may have left the log open.
     DropLogStream();
 
     ReturnCode rc = pmrcOK;
@@ -139,11 +142,10 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (rc != pmrcOK) return rc;
     TraceJobEvent("Queue open");
     ResetReadState();
-    // What a failed Close left open. Only here: before, a later CloseAll is still to keep or delete the file.
+    // A failed Close may have left the checkpoint file open. It is dropped only here, because after a failure above
+    // a later CloseAll must still keep or delete the file.
     DropCkPtFileStream();
-    rc = OpenCkPtFile();
-    SetCkPtSeq(0);
-    return rc;
+    return OpenCkPtFile();
 }
 
 MQLONG OpenCompletionCode() {

@@ -13,11 +13,16 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/message_log.h"
 #include "recovery/position.h"
-#include "recovery/restart.h"
+#include "recovery/replay.h"
 
 namespace {
 
-bool keepPreviousFlag;  // set or cleared by each Open; survives Close and Shut
+struct ReadState {
+    // Each record returned is kept in the last-record buffer. Set or cleared by each Open that opens the queue; not
+    // cleared by Close or Shut.
+    bool KeepPreviousFlag;
+};
+ReadState state;
 
 constexpr char kFunction[] = "PIDMMain";
 
@@ -34,60 +39,78 @@ bool IsMessage(const GetOutcome& outcome) {
     return outcome.compCode == MQCC_OK && outcome.dataLength > 0;
 }
 
-void TellEmptyQueue() {
-    TraceJobEvent(Severity::Info, "EOF from MQGET");
+// Why an MQGET without a message ends the input.
+enum class InputEnd { kNone, kEmptyQueue, kSyncpointLimit };
+
+// An MQGET that failed without data counts as the end of the input whatever its reason: hosts rely on that.
+InputEnd FindInputEnd(const GetOutcome& outcome) {
+    if (outcome.reason == MQRC_SYNCPOINT_LIMIT_REACHED) return InputEnd::kSyncpointLimit;
+    if (outcome.reason != MQRC_NO_MSG_AVAILABLE && outcome.dataLength != 0) return InputEnd::kNone;
+    return InputEnd::kEmptyQueue;
 }
 
-// Whether an outcome without a message ends the input; if so, tells which end it is. A failure that brought
-// no data does, whatever its reason: hosts know it as the end.
-bool TellEnd(const GetOutcome& outcome) {
-    if (outcome.reason == MQRC_SYNCPOINT_LIMIT_REACHED) {
+void TraceInputEnd(InputEnd end) {
+    if (end == InputEnd::kEmptyQueue) TraceJobEvent(Severity::Info, "EOF from MQGET");
+    if (end == InputEnd::kSyncpointLimit) {
         TraceJobEvent(Severity::Warning,
                       "Checkpoint capacity exceeded. No more messages can be handled within current "
                       "unit of work.  Returning EOF.");
-        return true;
     }
-    if (outcome.reason != MQRC_NO_MSG_AVAILABLE && outcome.dataLength != 0) return false;
-    TellEmptyQueue();
-    return true;
 }
 
-// Whatever stands in the outcome is that of an earlier get: an end is told again, a message is not returned
-// and a failure not reported a second time.
-ReturnCode ClassifyEofRequest(const GetOutcome& outcome) {
-    if (!IsMessage(outcome)) (void)TellEnd(outcome);
-    return pmrcEOF;
-}
-
-// Tells a message (pmrcOK) from the ends and failures of MQGET.
+// Classifies the last MQGET: pmrcOK for a message, pmrcEOF for an end of the input, pmrcFailure otherwise.
 ReturnCode ClassifyGet(const GetOutcome& outcome) {
     if (IsMessage(outcome)) {
-        // More than the buffer holds is no message, whatever the completion code says.
+        // A length beyond the buffer is an error even if the completion code is OK.
         if (outcome.dataLength > Setting().BKSZ)
             return FailGet(FormatNumbered<Message::kMessageTooLong>(Setting().BKSZ));
         return pmrcOK;
     }
-    if (TellEnd(outcome)) return pmrcEOF;
+    const InputEnd end = FindInputEnd(outcome);
+    TraceInputEnd(end);
+    if (end != InputEnd::kNone) return pmrcEOF;
     if (outcome.reason == MQRC_TRUNCATED_MSG_FAILED)
         return FailGet(FormatNumbered<Message::kMessageTooLong>(Setting().BKSZ));
     return FailGet(FormatNumbered<Message::kGetFailed>(static_cast<long>(outcome.reason)));
 }
 
-// A message that was got and backed out before may have been returned already. It is compared with the record
-// kept, also when that record is shorter; without checkpointing no record is kept and nothing is identical.
-ReturnCode CheckDuplicate(const void* record, std::uint32_t length) {
-    const MQLONG backoutCount = LastBackoutCount();
-    if (backoutCount <= 0) return pmrcOK;
+// Classifies a wait that ended without a usable MQGET: pmrcOK if there is an outcome to classify.
+ReturnCode ClassifyWait(const GetResult& got) {
+    switch (got.end) {
+        case GetEnd::kTimedOut:
+            TraceJobEvent(Severity::Warning, "Expiration of TimeOut Value");
+            return pmrcTimeout;
+        case GetEnd::kEofRequested:
+            // No MQGET was made, so the outcome is left over from an earlier Read. An end of the input is traced
+            // again; a message or a failure is ignored.
+            if (!IsMessage(got.outcome)) TraceInputEnd(FindInputEnd(got.outcome));
+            return pmrcEOF;
+        case GetEnd::kReadWaitOver:
+            // If the clock jumped forward, no MQGET was made. The outcome may then be a message that an earlier Read
+            // has returned, and it must not be returned again.
+            if (got.outcome.compCode != MQCC_OK) return pmrcOK;
+            TraceInputEnd(InputEnd::kEmptyQueue);
+            return pmrcEOF;
+        case GetEnd::kMqOutcome: break;
+    }
+    return pmrcOK;
+}
+
+// Returns whether a message that was backed out before ends the input because it equals the previous record. The
+// comparison takes the length of the message even if the previous record is shorter. Without checkpointing there is
+// no previous record.
+bool EndsInputAsDuplicate(const void* record, std::uint32_t length, MQLONG backoutCount) {
+    if (backoutCount <= 0) return false;
     TraceJobEvent(Severity::Warning,
                   FormatText("Potential duplicate message found (BackoutCount: %d).", backoutCount));
-    if (!RecordBufferExists() || !EqualsKeptRecord(record, length)) return pmrcOK;
+    if (!RecordBufferExists() || !EqualsKeptRecord(record, length)) return false;
     TraceJobEvent(Severity::Warning, "Message identical to previous.");
     if (Setting().TDM) {
         TraceJobEvent(Severity::Warning, "Generating EOF per request (keyword TDM: yes)");
-        return pmrcEOF;
+        return true;
     }
     TraceJobEvent(Severity::Info, "Returning message and continuing (keyword TDM: no)");
-    return pmrcOK;
+    return false;
 }
 
 ReturnCode CommitMessage() {
@@ -100,37 +123,41 @@ ReturnCode CommitMessage() {
     return pmrcFailure;
 }
 
-// Returns the next message; *kept tells that it has become the last record already, on its way into the
-// checkpoint file.
-ReturnCode ReadFromQueue(void* buffer, std::uint32_t* length, bool* kept) {
-    const GetEnd end = GetMessage(buffer);
-    if (end == GetEnd::TimedOut) {
-        TraceJobEvent(Severity::Warning, "Expiration of TimeOut Value");
-        return pmrcTimeout;
-    }
-    const GetOutcome& outcome = LastGet();
-    if (end == GetEnd::EofRequested) return ClassifyEofRequest(outcome);
-    // When the clock jumped no message was asked for, and the outcome is that of an earlier read: its record
-    // must not be returned a second time.
-    if (end == GetEnd::ReadWaitOver && outcome.compCode == MQCC_OK) {
-        TellEmptyQueue();
-        return pmrcEOF;
-    }
-    ReturnCode rc = ClassifyGet(outcome);
+void KeepAsPrevious(const void* record, std::uint32_t length) {
+    if (state.KeepPreviousFlag && RecordBufferExists()) KeepRecord(record, length);
+}
+
+ReturnCode ReadFromQueue(void* buffer, std::uint32_t& length) {
+    const GetResult got = GetMessage(buffer);
+    ReturnCode rc = ClassifyWait(got);
+    if (rc == pmrcOK) rc = ClassifyGet(got.outcome);
     if (rc != pmrcOK) return rc;
 
-    const auto messageLength = static_cast<std::uint32_t>(outcome.dataLength);
-    rc = CheckDuplicate(buffer, messageLength);
-    if (rc != pmrcOK) return rc;
-    if (Setting().CKFILE && CkPtTaken()) {
+    const auto messageLength = static_cast<std::uint32_t>(got.outcome.dataLength);
+    if (EndsInputAsDuplicate(buffer, messageLength, got.backoutCount)) return pmrcEOF;
+    const bool savesRecord = Setting().CKFILE && CkPtTaken();
+    if (savesRecord) {
         rc = SaveRecord(buffer, messageLength);
         if (rc == pmrcOK) rc = CommitMessage();
         if (rc != pmrcOK) return rc;
-        *kept = true;
     }
     if (Setting().LOG) rc = WriteLogRec(buffer, messageLength);
-    if (rc == pmrcOK) *length = messageLength;
-    return rc;
+    if (rc != pmrcOK) return rc;
+    // SaveRecord has kept the record already.
+    if (!savesRecord) KeepAsPrevious(buffer, messageLength);
+    length = messageLength;
+    return pmrcOK;
+}
+
+// Reads from the checkpoint file or, if the replay is at its end, from the queue.
+ReturnCode ReadFromReplay(void* buffer, std::uint32_t& length) {
+    switch (ReadFromChkPt(buffer, length)) {
+        case ReplayRead::kRecord: KeepAsPrevious(buffer, length); return pmrcOK;
+        case ReplayRead::kEndOfReplay: return ReadFromQueue(buffer, length);
+        case ReplayRead::kNotSupported: return pmrcNotSupported;
+        case ReplayRead::kFailed: break;
+    }
+    return pmrcFailure;
 }
 
 void TraceRecord(const void* record, std::uint32_t length) {
@@ -143,8 +170,8 @@ void TraceRecord(const void* record, std::uint32_t length) {
 
 }  // namespace
 
-ReturnCode ReadRecord(void* buffer, std::uint32_t* length) {
-    *length = 0;
+ReturnCode ReadRecord(void* buffer, std::uint32_t& length) {
+    length = 0;
     if (QueueHandle() == MQHO_NONE) {
         ReportError(Severity::Error, kFunction,
                     FormatNumbered<Message::kReadWithoutQueue>(Setting().QMGR, Setting().QNM));
@@ -152,19 +179,15 @@ ReturnCode ReadRecord(void* buffer, std::uint32_t* length) {
     }
     ReturnCode rc = pmrcOK;
     if (CkPtPending()) rc = DoGetPos();
-    if (rc == pmrcOK && ReplayFromCkPt()) rc = ReadFromChkPt(buffer, length);
-    // The read that meets the end of the replay goes on to the queue.
-    bool kept = false;
-    if (rc == pmrcOK && !ReplayFromCkPt()) rc = ReadFromQueue(buffer, length, &kept);
+    if (rc == pmrcOK) rc = ReplayFromCkPt() ? ReadFromReplay(buffer, length) : ReadFromQueue(buffer, length);
     if (rc != pmrcOK) return rc;
 
     CountMessage();
-    if (keepPreviousFlag && RecordBufferExists() && !kept) KeepRecord(buffer, *length);
-    if (Setting().MqCheckpointMode) ClearReplayFromCkPt();
-    TraceRecord(buffer, *length);
+    if (Setting().MqCheckpointMode) EndReplay();
+    TraceRecord(buffer, length);
     return pmrcOK;
 }
 
-void KeepPrevious(bool keep) {
-    keepPreviousFlag = keep;
+void SetKeepPrevious(bool keep) {
+    state.KeepPreviousFlag = keep;
 }

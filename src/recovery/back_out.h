@@ -3,6 +3,6 @@
 
 #include "mqamod.h"
 
-/// Backs out the unit of work with MQBACK.
-/// Returns pmrcOK; or pmrcFailure, with an error text, when MQBACK ended in a warning or failed.
+/// Backs out the unit of work with MQBACK. Returns pmrcOK, or pmrcFailure with an error text when MQBACK ended
+/// with a warning or failed.
 [[nodiscard]] ReturnCode BackOutMQ();

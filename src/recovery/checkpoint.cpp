@@ -8,12 +8,16 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/checkpoint_rewrite.h"
 #include "recovery/position.h"
-#include "recovery/restart.h"
+#include "recovery/replay.h"
 
 namespace {
 
 struct CheckpointState {
+    // A position has been handed out and its checkpoint has not been carried out. Cleared by DoGetPos, a
+    // successful SetPos and Init.
     bool CkPtPending;
+    // A checkpoint has been carried out or has failed. Never cleared, so a later load of the same process saves
+    // and commits from its first record on.
     bool CkPtTaken;
 };
 CheckpointState state;
@@ -26,8 +30,8 @@ void TraceJobEvent(const char* text) {
 
 }  // namespace
 
-ReturnCode GetPosition(const PositionData** position) {
-    *position = nullptr;
+ReturnCode GetPosition(const PositionData*& position) {
+    position = nullptr;
     if (!Setting().CKFILE && !Setting().MqCheckpointMode) {
         ReportError(Severity::Error, kFunction, "Checkpoint support NOT requested");
         return pmrcFailure;
@@ -36,9 +40,9 @@ ReturnCode GetPosition(const PositionData** position) {
         ReportError(Severity::Warning, kFunction, "Redundant GetPos request tolerated");
         return DoGetPos();
     }
-    *position = NextPosition();
+    position = NextPosition();
     state.CkPtPending = true;
-    // 32 bits of the offset are printed, as ever.
+    // Only 32 bits of the offset are printed: the text of this line is fixed.
     TraceJobEvent(FormatText("CkPtOffset: %d", static_cast<int>(CkPtOffset())));
     TraceJobEvent(FormatText("Checkpoint requested.  Checkpoint sequence: %d", CkPtSeq()));
     TraceJobEvent(FormatText("MsgCount: %d", MsgCount()));
@@ -58,7 +62,11 @@ ReturnCode DoGetPos() {
     } else {
         TraceLine(TraceLevel::JobEvents, Severity::Error, kDoGetPos, "Checkpoint (GetPos) NOT committed");
     }
-    // The flush of all streams behind that line has pushed the new file out. A replay's went out before.
+    // Outside a replay, ResetCkptFile has not flushed what it wrote. The record reaches the operating system
+    // because a trace statement, like the one above, flushes all streams whatever the trace level. Do not remove
+    // or move that statement, and do not flush the stream here: the order of the calls on the file is part of the
+    // contract. NoteLostBytes looks for an error of that flush, which nothing else reports. During a replay the
+    // file was complete before the statement.
     if (!ReplayFromCkPt()) NoteLostBytes();
     state.CkPtPending = false;
     state.CkPtTaken = true;

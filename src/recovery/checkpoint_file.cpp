@@ -16,16 +16,22 @@
 namespace {
 
 struct CkPtFileState {
+    // Set by Open; cleared by the release at Close and Shut, and by a rewrite that failed while the file was
+    // closed. It survives a Shut that failed at the queue, until the next Open that opens the queue.
     std::FILE* CkPtFileStream;
-    bool lostBytes;      // bytes written to the stream never reached the file; until it is closed
-    int lostError;       // why, as errno said
-    bool FreshCkPtFile;  // the file has been released once: no Open looks for one. Never cleared
-    bool preserved;      // whether the last close kept the file; survives Shut
+    // Bytes written to the stream never reached the file. Cleared when the stream is closed.
+    bool lostBytes;
+    // The errno of that write. Meaningless unless lostBytes is set.
+    int lostError;
+    // The file has been released once, so no later Open looks for an existing one: each creates an empty file.
+    // Set by every Close or Shut that reaches the checkpoint file, also if none was open. Never cleared.
+    bool FreshCkPtFile;
+    // The last release kept the file. Cleared by a release that deletes it; survives Shut.
+    bool preserved;
+    // The buffer of the stream, large enough that a record of usual size reaches the file in one write.
+    char streamBuffer[65536];
 };
 CkPtFileState state;
-
-// The stream's buffer: large enough that a record of usual size reaches the file in one write.
-char streamBuffer[65536];
 
 constexpr char kOpenFunction[] = "OpenCkPtFile";
 
@@ -35,23 +41,24 @@ ReturnCode FailOpen(const char* function, const char* reason) {
     return pmrcFailure;
 }
 
-// Saving a message failed: it goes back to the queue. The outcome of the back-out is secondary to the failure
-// reported.
-ReturnCode FailSave(const char* failingCall) {
+// Reports that a message could not be saved, and backs it out.
+//   error  the errno of the failing call
+ReturnCode FailSave(const char* failingCall, int error) {
     if (state.CkPtFileStream != nullptr) {
         ReportStreamError(Severity::Error, "PIDMMain", "checkpoint", failingCall, Activity::Checkpoint,
-                          StreamReason(state.CkPtFileStream));
+                          StreamReason(state.CkPtFileStream, error));
     } else {
         ReportError(Severity::Error, "PIDMMain", "checkpoint", failingCall);
     }
+    // The failure that has been reported matters more than one of the back-out.
     (void)BackOutMQ();
     return pmrcFailure;
 }
 
-// MQ-based checkpointing takes the room for one record at once, to learn early of a disk that is full.
+// With MQ-based checkpoints, writes one record now so that a full disk is noticed at Open.
 ReturnCode ProbeDiskSpace() {
     const std::size_t bytes = static_cast<std::size_t>(Setting().BKSZ) + kRecordLengthBytes;
-    // What only fills the stream's buffer has taken no room.
+    // Without the flush the record would only fill the buffer of the stream.
     const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
     if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
     const char* reason = StreamReason(state.CkPtFileStream);
@@ -81,7 +88,7 @@ ReturnCode OpenCkPtFile() {
             forRecovery = true;
             (void)std::fclose(probe);
         } else if (errno != ENOENT) {
-            // A file that cannot be looked at may well be there: starting a new one could destroy it.
+            // The file may exist although it cannot be opened, and creating a new one could destroy it.
             return FailOpen(kOpenFunction, std::strerror(errno));
         }
     }
@@ -97,23 +104,21 @@ ReturnCode OpenCkPtFile() {
 ReturnCode SaveRecord(const void* record, std::uint32_t length) {
     std::int64_t offset = 0;
     if (RecordBufferExists()) KeepRecord(record, length);
-    if (state.CkPtFileStream == nullptr || !GetStreamPosition(state.CkPtFileStream, &offset)) {
-        return FailSave("fgetpos");
+    if (state.CkPtFileStream == nullptr || !GetStreamPosition(state.CkPtFileStream, offset)) {
+        return FailSave("fgetpos", errno);
     }
     SetCkPtOffset(offset);
 
-    if (state.lostBytes) {
-        errno = state.lostError;
-        return FailSave("fflush");
-    }
+    if (state.lostBytes) return FailSave("fflush", state.lostError);
     const std::size_t bytes = length + kRecordLengthBytes;
     const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
     if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
+    const int error = errno;
     NoteLostBytes();
-    return FailSave(written ? "fflush" : "fwrite");
+    return FailSave(written ? "fflush" : "fwrite", error);
 }
 
-// The stream's own mark does not last: going back to a position takes it off, and reads leave the same one.
+// ferror() alone would not do: repositioning the stream clears it, and a failed read sets it too.
 void NoteLostBytes() {
     if (state.CkPtFileStream == nullptr || std::ferror(state.CkPtFileStream) == 0) return;
     state.lostBytes = true;
@@ -152,7 +157,7 @@ ReturnCode ReopenCkPtFile(const char* mode, const char* function) {
     DropCkPtFileStream();
     state.CkPtFileStream = std::fopen(Setting().checkpointPath, mode);
     if (state.CkPtFileStream == nullptr) return FailOpen(function, std::strerror(errno));
-    (void)std::setvbuf(state.CkPtFileStream, streamBuffer, _IOFBF, sizeof streamBuffer);
+    (void)std::setvbuf(state.CkPtFileStream, state.streamBuffer, _IOFBF, sizeof state.streamBuffer);
     return pmrcOK;
 }
 

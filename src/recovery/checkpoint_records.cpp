@@ -9,14 +9,14 @@ PieceRead ReadPiece(std::FILE* stream, void* bytes, std::size_t count) {
 
 }  // namespace
 
-PieceRead ReadSequence(std::FILE* stream, std::int32_t* sequence) {
-    static_assert(sizeof *sequence == kSequenceBytes);
-    return ReadPiece(stream, sequence, kSequenceBytes);
+PieceRead ReadSequence(std::FILE* stream, std::int32_t& sequence) {
+    static_assert(sizeof sequence == kSequenceBytes);
+    return ReadPiece(stream, &sequence, kSequenceBytes);
 }
 
-PieceRead ReadRecordLength(std::FILE* stream, std::uint64_t* length) {
-    static_assert(sizeof *length == kRecordLengthBytes);
-    return ReadPiece(stream, length, kRecordLengthBytes);
+PieceRead ReadRecordLength(std::FILE* stream, std::uint64_t& length) {
+    static_assert(sizeof length == kRecordLengthBytes);
+    return ReadPiece(stream, &length, kRecordLengthBytes);
 }
 
 PieceRead ReadRecordBody(std::FILE* stream, void* record, std::uint64_t length) {

@@ -1,6 +1,5 @@
-// Reading what a checkpoint file holds, piece by piece: header, length, record. The replay, the rewrite in
-// the middle of a replay and the inspection of a file all read through these routines, so that they agree on
-// what is there.
+// Reading a checkpoint file piece by piece: header, length, record. The replay, the rewrite during a replay and
+// the programs that inspect a file all use these routines, so that they agree on what a file contains.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +10,19 @@
 
 inline constexpr std::size_t kSequenceBytes = 4;
 
-/// How the read of a piece ended, and the bytes that came.
+/// How the read of a piece ended.
 struct PieceRead {
-    bool whole;         ///< the whole piece came
-    bool atEnd;         ///< it did not, because the file ends
-    std::size_t bytes;  ///< how much of the piece came
+    bool complete;      ///< all bytes of the piece were read
+    bool atEnd;         ///< they were not, because the file ends
+    std::size_t bytes;  ///< number of bytes that were read
 };
 
-/// Reads the sequence number at the beginning of the file; a piece that is not whole changes its first bytes
-/// only. Requires a stream at the beginning of the file.
-[[nodiscard]] PieceRead ReadSequence(std::FILE* stream, std::int32_t* sequence);
+/// Reads the sequence number. An incomplete piece changes only the first bytes of `sequence`. Requires a stream
+/// at the beginning of the file.
+[[nodiscard]] PieceRead ReadSequence(std::FILE* stream, std::int32_t& sequence);
 
-/// Reads the length of the next record; unchanged but for its first bytes when the piece is not whole.
-[[nodiscard]] PieceRead ReadRecordLength(std::FILE* stream, std::uint64_t* length);
+/// Reads the length of the next record. An incomplete piece changes only the first bytes of `length`.
+[[nodiscard]] PieceRead ReadRecordLength(std::FILE* stream, std::uint64_t& length);
 
-/// Reads length bytes of a record.
+/// Reads `length` bytes of a record.
 [[nodiscard]] PieceRead ReadRecordBody(std::FILE* stream, void* record, std::uint64_t length);

@@ -14,7 +14,7 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/checkpoint_records.h"
 #include "recovery/position.h"
-#include "recovery/restart.h"
+#include "recovery/replay.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
     return pmrcFailure;
 }
 
-// A write or read that moved fewer bytes than it should: the counts in the trace, the call and its reason in
+// A write or read that moved fewer bytes than expected: the counts go to the trace, the call and its reason to
 // the error text.
 template <Message kMessage>
 ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, const char* failingCall,
@@ -37,8 +37,8 @@ ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, 
     return pmrcFailure;
 }
 
-// Nothing is written behind bytes that an unseen flush has lost: a record in the place of the header would be
-// read as one.
+// Writes nothing after a flush that failed unnoticed and lost bytes: a record in the place of the lost header
+// would be read as a header.
 ReturnCode WriteBytes(std::FILE* stream, Activity activity, const void* bytes, std::size_t count,
                       const char* what) {
     const std::size_t written = std::ferror(stream) == 0 ? std::fwrite(bytes, 1, count, stream) : 0;
@@ -56,12 +56,15 @@ std::size_t KeptRecordBytes() {
     return static_cast<std::size_t>(KeptRecordLength()) + kRecordLengthBytes;
 }
 
-// Nothing in the file is still to be delivered: it is truncated and started again.
-ReturnCode StartAgain() {
+// Every record in the file has been delivered, so the file is truncated and rewritten.
+ReturnCode TruncateAndRewrite() {
     ReturnCode rc = ReopenCkPtFile("wb+", kFunction);
     if (rc != pmrcOK) return rc;
     rc = WriteHeader(CkPtFileStream(), Activity::Checkpoint);
     if (rc != pmrcOK) return rc;
+    // This trace statement flushes all streams, and with them the header. An error of that flush is noticed by the
+    // next WriteBytes. Do not remove the statement, and do not flush the stream here: the order of the calls on
+    // the file is part of the contract.
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
               FormatText("Checkpoint file starting checkpoint sequence %d", CkPtSeq()));
     if (KeptRecordLength() == 0) return pmrcOK;
@@ -69,18 +72,18 @@ ReturnCode StartAgain() {
                       "appending last record read");
 }
 
-// Copies the records behind the stream's position, each through the scratch area: the last-record buffer must
-// stay what it is, the next checkpoint and the duplicate test need it.
+// Copies the records after the position of the stream, each through the scratch area: the last-record buffer must
+// not change, since the next checkpoint and the duplicate test need it.
 ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
     while (true) {
         std::uint64_t length = 0;
-        const PieceRead lengthRead = ReadRecordLength(from, &length);
-        if (!lengthRead.whole) {
+        const PieceRead lengthRead = ReadRecordLength(from, length);
+        if (!lengthRead.complete) {
             if (lengthRead.atEnd) return pmrcOK;
             return FailCount<Message::kShortRead>(sizeof length, lengthRead.bytes, "checkpoint record length",
                                                   "fread", from, Activity::Checkpoint);
         }
-        // A replay refuses such a length; copying it would only move the damage, and its bytes fit nowhere.
+        // The replay would refuse this length, and the scratch area has no room for it.
         if (length > static_cast<std::uint64_t>(Setting().BKSZ)) {
             const char* reason = StreamReason(from);
             TraceLine(
@@ -92,7 +95,7 @@ ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
         }
         std::memcpy(scratch, &length, sizeof length);
         const PieceRead bodyRead = ReadRecordBody(from, scratch + sizeof length, length);
-        if (!bodyRead.whole) {
+        if (!bodyRead.complete) {
             return FailCount<Message::kShortRead>(length, bodyRead.bytes, "checkpoint record body", "fread",
                                                   from, Activity::Checkpoint);
         }
@@ -115,8 +118,8 @@ ReturnCode WriteTempFile(std::FILE* temp) {
     return rc;
 }
 
-// The temporary file is about to become the only copy: it must have reached the system whole before the old
-// one goes.
+// The temporary file is about to become the only copy, so all of it must have reached the operating system before
+// the checkpoint file is deleted.
 ReturnCode FlushTempFile(std::FILE* temp) {
     if (std::fflush(temp) == 0 && std::ferror(temp) == 0) return pmrcOK;
     const char* reason = StreamReason(temp);
@@ -124,8 +127,8 @@ ReturnCode FlushTempFile(std::FILE* temp) {
     return pmrcFailure;
 }
 
-// Puts the temporary file in the checkpoint file's place. File calls, not the command processor: its rename
-// refuses a new name with a folder in it, which would lose the checkpoint file behind its deletion.
+// Replaces the checkpoint file with the temporary file. This uses file calls and not the command processor: its
+// rename command refuses a new name that contains a directory, and the checkpoint file is already deleted then.
 ReturnCode ReplaceCkPtFile() {
     const char* temp = Setting().FilePathTemp;
     const char* path = Setting().checkpointPath;
@@ -136,8 +139,7 @@ ReturnCode ReplaceCkPtFile() {
     return ReopenCkPtFile("rb+", kFunction);
 }
 
-// Moves the stream behind the header and the prepended record. The bytes are read to prove that they are
-// there.
+// Moves the stream past the header and the prepended record. The bytes are read to verify that they exist.
 ReturnCode SkipDelivered(std::size_t bytes) {
     char skipped[4096];
     std::size_t done = 0;
@@ -153,8 +155,8 @@ ReturnCode SkipDelivered(std::size_t bytes) {
     return pmrcOK;
 }
 
-// The records behind the stream's position have not been delivered yet and must survive.
-ReturnCode StartAgainInReplay() {
+// The records after the position of the stream have not been delivered yet and must survive.
+ReturnCode RewriteDuringReplay() {
     const char* temp = Setting().FilePathTemp;
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, FormatText("FilePathTemp '%s'", temp));
     std::FILE* TempFileStream = std::fopen(temp, "w+b");
@@ -176,7 +178,7 @@ ReturnCode StartAgainInReplay() {
 
 ReturnCode ResetCkptFile() {
     if (CkPtFileStream() == nullptr) return Fail("empty checkpoint file");
-    // A Shut that failed at the queue left the file open, and the Init behind it made no buffer.
+    // A Shut that failed at the queue leaves the file open, and a failed Init after it allocates no buffer.
     if (!RecordBufferExists()) return Fail("memory allocation failed");
-    return ReplayFromCkPt() ? StartAgainInReplay() : StartAgain();
+    return ReplayFromCkPt() ? RewriteDuringReplay() : TruncateAndRewrite();
 }

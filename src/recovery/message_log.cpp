@@ -10,13 +10,16 @@
 #include "diag/trace.h"
 #include "params/host_attributes.h"
 #include "params/settings.h"
+#include "platform/assert.h"
 #include "platform/os.h"
 
 namespace {
 
 struct LogState {
-    std::FILE* stream;  // from OpenLogFile to CloseLogFile or a write failure that was survived
-    bool preserved;     // whether the last CloseLogFile kept the file; survives Shut
+    // Set by Open; cleared by Close and Shut, by the next Open, and when logging stops after a failed write.
+    std::FILE* stream;
+    // The last CloseLogFile kept the file. Cleared by one that deletes it; survives Shut.
+    bool preserved;
 };
 LogState log;
 
@@ -36,7 +39,7 @@ void TraceRecord(const void* record, std::uint32_t length) {
     TraceLine(TraceLevel::IoBuffers, Severity::Info, "WriteLogRec", AppendBytes(record, traced));
 }
 
-// A log that cannot be written ends the load or, by TLF, only the logging.
+// A failed write ends the load or, if TLF allows it, only the logging.
 ReturnCode HandleShortWrite() {
     const Severity severity = Setting().TLF ? Severity::Error : Severity::Warning;
     ReportStreamError(severity, "WriteLogRec", " ", "fwrite", Activity::Log, StreamReason(log.stream));
@@ -70,6 +73,7 @@ ReturnCode OpenLogFile() {
 }
 
 ReturnCode WriteLogRec(const void* record, std::uint32_t length) {
+    MQAMOD_ASSERT(LogIsOpen());
     TraceRecord(record, length);
     if (std::fwrite(record, 1, length, log.stream) != length) return HandleShortWrite();
     if (std::fflush(log.stream) == 0) return pmrcOK;

@@ -2,19 +2,28 @@
 
 namespace {
 
-// Positions come back from the host and sequence numbers from the file: any 32 bits may stand there.
+// Positions come back from the host and sequence numbers from the file, so both may be any 32 bits.
 std::int32_t WrapAround(std::int32_t number, std::uint32_t step) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + step);
 }
 
 struct Position {
-    PositionData handedOut;  // its first field is CkPtSeq
+    // The block that GetPos hands out. CkPtSeq is its first field: 0 after each Open, set by SetPos, not cleared
+    // by Close or Shut. The other fields are set by each GetPos and never cleared.
+    PositionData handedOut;
+    // 0 after each Open, set by SetPos; not cleared by Close, which reports it, or by Shut.
     std::int32_t MsgCount;
+    // Never cleared.
     std::int64_t CkPtOffset;
 };
 Position position;
 
 }  // namespace
+
+void ResetPosition() {
+    position.handedOut.CkPtSeq = 0;
+    position.MsgCount = 0;
+}
 
 std::int32_t CkPtSeq() {
     return position.handedOut.CkPtSeq;
@@ -28,16 +37,12 @@ std::int32_t MsgCount() {
     return position.MsgCount;
 }
 
-void SetMsgCount(std::int32_t count) {
-    position.MsgCount = count;
-}
-
 void CountMessage() {
     position.MsgCount = WrapAround(position.MsgCount, 1);
 }
 
-void UncountMessage() {
-    position.MsgCount = WrapAround(position.MsgCount, ~0U);
+void ResumeMsgCount(std::int32_t positionCount) {
+    position.MsgCount = positionCount == 0 ? 0 : WrapAround(positionCount, ~0U);
 }
 
 std::int64_t CkPtOffset() {

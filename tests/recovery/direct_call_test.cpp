@@ -16,6 +16,7 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/message_log.h"
 #include "recovery/position.h"
+#include "recovery/replay.h"
 #include "recovery/restart.h"
 #include "tests/recovery/recovery_fixture.h"
 
@@ -118,7 +119,7 @@ TEST_F(DirectCall, ByMqACheckpointIsNotSupportedYetCountsAsTaken) {
     CheckpointByMq(kCkFile);
     ASSERT_EQ(OpenCkPtFile(), pmrcOK);
     const PositionData* position = nullptr;
-    EXPECT_EQ(GetPosition(&position), pmrcOK);
+    EXPECT_EQ(GetPosition(position), pmrcOK);
     ASSERT_NE(position, nullptr);
     EXPECT_TRUE(CkPtPending());
     trace.Skip();
@@ -143,8 +144,8 @@ TEST_F(DirectCall, ByMqSetPosBacksOutAndTakesTheHostsSequence) {
     EXPECT_TRUE(ReplayFromCkPt());
     char buffer[kBlockBytes];
     std::uint32_t length = 0;
-    EXPECT_EQ(ReadFromChkPt(buffer, &length), pmrcNotSupported);
-    ClearReplayFromCkPt();
+    EXPECT_EQ(ReadFromChkPt(buffer, length), ReplayRead::kNotSupported);
+    EndReplay();
 }
 
 TEST_F(DirectCall, ByMqASetPosThatCannotBackOutFailsAndTakesTheSequenceAllTheSame) {
@@ -171,7 +172,7 @@ TEST_F(DirectCall, ByMqOpenKeepsThePreviousRecord) {
     mq.PutMessage("kept");
     char buffer[kBlockBytes];
     std::uint32_t length = 0;
-    ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
+    ASSERT_EQ(ReadRecord(buffer, length), pmrcOK);
     EXPECT_EQ(std::string(buffer, length), "kept");
     EXPECT_TRUE(EqualsKeptRecord("kept", 4));
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
@@ -181,14 +182,14 @@ TEST_F(DirectCall, ByMqTheReadBehindAPositionIsNotSupportedOnce) {
     CheckpointByMq(kCkFile);
     Open();
     const PositionData* position = nullptr;
-    ASSERT_EQ(GetPosition(&position), pmrcOK);
+    ASSERT_EQ(GetPosition(position), pmrcOK);
     mq.PutMessage("message");
     char buffer[kBlockBytes];
     std::uint32_t length = 1;
-    EXPECT_EQ(ReadRecord(buffer, &length), pmrcNotSupported);
+    EXPECT_EQ(ReadRecord(buffer, length), pmrcNotSupported);
     EXPECT_EQ(length, 0U);
     EXPECT_EQ(mq.Count(Verb::Get), 0U);
-    EXPECT_EQ(ReadRecord(buffer, &length), pmrcOK);
+    EXPECT_EQ(ReadRecord(buffer, length), pmrcOK);
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN GET") << "nothing is saved or committed by MQ's means";
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
@@ -196,8 +197,8 @@ TEST_F(DirectCall, ByMqTheReadBehindAPositionIsNotSupportedOnce) {
 TEST_F(DirectCall, ByMqARedundantGetPosIsNotSupported) {
     CheckpointByMq(kCkFile);
     const PositionData* position = nullptr;
-    ASSERT_EQ(GetPosition(&position), pmrcOK);
-    EXPECT_EQ(GetPosition(&position), pmrcNotSupported);
+    ASSERT_EQ(GetPosition(position), pmrcOK);
+    EXPECT_EQ(GetPosition(position), pmrcNotSupported);
     EXPECT_EQ(position, nullptr);
     EXPECT_TRUE(ErrorIs(ExpectedError("PIDMMain", "Redundant GetPos request tolerated").Warning()));
 }
@@ -211,7 +212,7 @@ TEST_F(DirectCall, ByMqEveryReadBehindSetPosIsNotSupported) {
     char buffer[kBlockBytes];
     std::uint32_t length = 1;
     for (int read = 1; read <= 2; ++read)
-        EXPECT_EQ(ReadRecord(buffer, &length), pmrcNotSupported);
+        EXPECT_EQ(ReadRecord(buffer, length), pmrcNotSupported);
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN BACK");
     EXPECT_TRUE(ReplayFromCkPt());
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
@@ -227,7 +228,7 @@ TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
     ASSERT_EQ(SetPosition(&position, sizeof position), pmrcOK);
     char buffer[kBlockBytes];
     std::uint32_t length = 0;
-    ASSERT_EQ(ReadRecord(buffer, &length), pmrcOK);
+    ASSERT_EQ(ReadRecord(buffer, length), pmrcOK);
     EXPECT_EQ(std::string(buffer, length), "one");
     EXPECT_FALSE(ReplayFromCkPt());
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);

@@ -100,8 +100,8 @@ std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, Check
     std::vector<char> body;
     for (;;) {
         std::uint64_t length = 0;
-        const PieceRead lengthRead = ReadRecordLength(stream, &length);
-        if (!lengthRead.whole) return lengthRead.bytes;
+        const PieceRead lengthRead = ReadRecordLength(stream, length);
+        if (!lengthRead.complete) return lengthRead.bytes;
         scan.lengthAfterIntact = length;
         if (length > maxRecordBytes) {
             scan.impossibleLengthAt = scan.intactBytes;
@@ -109,7 +109,7 @@ std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, Check
         }
         if (body.size() < length) body.resize(static_cast<std::size_t>(length));
         const PieceRead bodyRead = ReadRecordBody(stream, body.data(), length);
-        if (!bodyRead.whole) return kRecordLengthBytes + bodyRead.bytes;
+        if (!bodyRead.complete) return kRecordLengthBytes + bodyRead.bytes;
         const auto headBytes = std::min<std::size_t>(kHeadBytes, static_cast<std::size_t>(length));
         scan.records.push_back({scan.intactBytes, length, std::string(body.data(), headBytes)});
         scan.intactBytes += kRecordLengthBytes + length;
@@ -118,8 +118,8 @@ std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, Check
 }
 
 void ScanStream(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
-    const PieceRead header = ReadSequence(stream, &scan.sequence);
-    if (!header.whole) {
+    const PieceRead header = ReadSequence(stream, scan.sequence);
+    if (!header.complete) {
         scan.sequence = 0;
         scan.fileBytes = header.bytes;
         scan.shape = header.bytes == 0 ? CheckpointShape::kEmpty : CheckpointShape::kTornHeader;

@@ -25,7 +25,7 @@ bool ReadBody(const std::string& path, const ScannedRecord& record, std::vector<
     const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
     body.resize(static_cast<std::size_t>(record.length));
     return stream != nullptr && platform::MoveStreamTo(stream.get(), record.offset + kRecordLengthBytes) &&
-           ReadRecordBody(stream.get(), body.data(), record.length).whole;
+           ReadRecordBody(stream.get(), body.data(), record.length).complete;
 }
 
 bool Complain(std::string& reason, const std::string& words) {

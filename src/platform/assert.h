@@ -1,0 +1,23 @@
+// Preconditions that the code states. They are checked in debug builds, in sanitizer builds and by the fuzzers;
+// a release build has none of them.
+#pragma once
+
+#if defined(MQAMOD_CHECK_INVARIANTS) || (!defined(NDEBUG) && !defined(MQAMOD_COVERAGE))
+
+#include <cstdio>
+#include <cstdlib>
+
+/// Ends the process, with a line that names the condition and its place, if the condition does not hold.
+#define MQAMOD_ASSERT(condition)                                                                             \
+    do {                                                                                                     \
+        if (!(condition)) {                                                                                  \
+            (void)std::fprintf(stderr, "mqamod: %s:%d: %s does not hold\n", __FILE__, __LINE__, #condition); \
+            std::abort();                                                                                    \
+        }                                                                                                    \
+    } while (false)
+
+#else
+
+#define MQAMOD_ASSERT(condition) static_cast<void>(0)
+
+#endif
