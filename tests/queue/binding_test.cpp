@@ -79,6 +79,9 @@ const char* NoReason() {
 void* LoadWindows(const char* path, void*, unsigned) {
     return LoadThatOne(path);
 }
+unsigned ModuleNotFound() {
+    return 126;
+}
 
 TEST_F(BindingTest, EachVerbIsNeeded) {
     const ImportPatch patch(module, {"dlsym", "GetProcAddress"}, reinterpret_cast<void*>(&FindAllButOne));
@@ -145,8 +148,15 @@ class LoaderTest : public BindingTest {
             Replace("dlerror", &NoReason);
         } else {
             Replace("LoadLibraryExA", &LoadWindows);
+            Replace("GetLastError", &ModuleNotFound);
         }
     }
+    // "'PATH' (REASON)", as the warning lists a library that the loader did not find.
+    static std::string NotFound(const std::string& path) {
+        return "'" + path + "' (" +
+               (kPathDelimiter == '/' ? std::string("not there") : path + ": Windows error 126") + ")";
+    }
+
     const std::vector<std::string> names_ = kPathDelimiter == '/'
                                                 ? std::vector<std::string>{"libmqm_r.so", "libmqic_r.so"}
                                                 : std::vector<std::string>{"mqm.dll", "mqic.dll"};
@@ -173,6 +183,29 @@ TEST_F(LoaderTest, EachOfIbmsLibrariesIsBoundByItsNameAndInIbmsFolder) {
             EXPECT_EQ(mq.Sequence(), "CONNX OPEN") << path;
         }
     }
+}
+
+TEST_F(LoaderTest, TheWarningListsEachLibraryInTheOrderOfTheAttemptsWithItsReason) {
+    StartWithLibrary("a library that is never asked for");
+    InitTraced(1);
+    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    std::string expected = "No MQ library could be bound. Tried " + NotFound(names_[0]);
+    for (const std::string& path : {folder_ + names_[0], names_[1], folder_ + names_[1]})
+        expected += ", " + NotFound(path);
+    const std::vector<std::string> warnings = NewWarnings();
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_THAT(warnings[0], testing::EndsWith("PIDMMain(!warning!): " + expected));
+}
+
+TEST_F(LoaderTest, TheWarningForANamedLibraryListsOnlyThatOne) {
+    StartWithLibrary("a library that is never asked for");
+    SetEnvironment("MQAMOD_MQ_LIBRARY", "named");
+    InitTraced(1);
+    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    const std::vector<std::string> warnings = NewWarnings();
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_THAT(warnings[0], testing::EndsWith("PIDMMain(!warning!): No MQ library could be bound. Tried " +
+                                               NotFound("named")));
 }
 
 TEST_F(LoaderTest, AnEmptyVariableNamesNoLibrary) {

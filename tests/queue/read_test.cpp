@@ -201,4 +201,24 @@ TEST_F(ReadTest, BeginningOfTheRecordIsNotShownAtLevelTwo) {
                                               InfoLine("PIDMMain", "Returning to Hostlink, rc=0")));
 }
 
+TEST_F(ReadTest, TheRecordLengthIsZeroWhileTheQueueIsRead) {
+    InitAndOpen();
+    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(FindSymbol(module, "PIDMMain"));
+    std::vector<char> buffer(recordBufferBytes);
+    RequestBlock request{};
+    request.OptCode = pmiPIDMOptRead;
+    ReadBlock block{};
+    block.recordLength = 77;
+    block.recordBuffer = buffer.data();
+    std::uint32_t duringGet = 99;
+    mq.hook = [&](const MqCall& call) {
+        if (call.verb == Verb::Get) duringGet = block.recordLength;
+    };
+    mq.PutMessage("record");
+    entryPoint(&request, &block);
+    EXPECT_EQ(request.ReturnCode, static_cast<std::uint32_t>(pmrcOK));
+    EXPECT_EQ(duringGet, 0U);
+    EXPECT_EQ(std::uint32_t{block.recordLength}, 6U);
+}
+
 }  // namespace

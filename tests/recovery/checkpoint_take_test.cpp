@@ -89,6 +89,32 @@ TEST_F(CheckpointTake, ReadTakesTheCheckpointBeforeItReadsTheQueue) {
     EXPECT_EQ(mq.Sequence(), "GET CMIT");
 }
 
+// Nothing but the flush of all streams in each trace statement brings the checkpoint to the operating system before
+// the queue is read; that flush happens without a trace file as well.
+TEST_F(CheckpointTake, WithoutATraceTheCheckpointIsStillFlushedByTheTraceStatementsBeforeTheQueueIsRead) {
+    InitAndOpen("-CKFILE ck.dat");
+    Deliver({"first"});
+    TakePosition();
+    std::string atGet = "MQGET was not called";
+    mq.hook = [&](const MqCall& call) {
+        if (call.verb == Verb::Get) atGet = ReadFile(kCkFile);
+    };
+    EXPECT_EQ(Read().returnCode, pmrcEOF);
+    EXPECT_EQ(atGet, CkBytes(1, {"first"}));
+}
+
+// The last flush before the queue is read is that of the line "committed": if it fails, no message may follow.
+TEST_F(CheckpointTake, ARecordThatTheLastTraceStatementCouldNotFlushIsNotFollowedByAMessage) {
+    BeginWithPosition();
+    faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 3, .error = ENOSPC});
+    mq.PutMessage("second");
+    EXPECT_TRUE(FailsWith(Read(), ExpectedError("PIDMMain", "checkpoint")
+                                      .Calling("fflush")
+                                      .Processing("Checkpoint", std::strerror(ENOSPC))));
+    EXPECT_EQ(faults->Struck(), 1);
+    EXPECT_EQ(mq.Sequence(), "GET BACK");
+}
+
 TEST_F(CheckpointTake, TheCheckpointIsOnDiskEvenWhenTheQueueIsEmpty) {
     BeginWithPosition();
     EXPECT_EQ(Read().returnCode, pmrcEOF);
@@ -171,13 +197,14 @@ TEST_F(CheckpointTake, ARedundantGetPosReturnsTheFailureOfTheCheckpoint) {
 
 TEST_F(CheckpointTake, AHeaderThatWasLostUnseenIsNotFollowedByARecord) {
     BeginWithPosition();
-    // The flush of all streams behind the header, which no one looks at.
+    // Only the trace statement after the header flushes it, by its flush of all streams. That flush fails unnoticed.
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 2, .error = ENOSPC});
     EXPECT_TRUE(FailsWith(Read(), ExpectedError(kReset, "appending last record read")
                                       .Calling("fwrite")
                                       .Processing("Checkpoint", std::strerror(ENOSPC))));
     EXPECT_EQ(faults->Struck(), 1);
     EXPECT_EQ(CallsOn(kCkFile).back(), "write ck.dat 4");
+    EXPECT_THAT(trace.NewLines(), Contains(Error(kReset, ShortWrite(13, 0))));
     EXPECT_EQ(mq.Sequence(), "");
 }
 
