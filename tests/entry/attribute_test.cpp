@@ -1,4 +1,4 @@
-// PutAttribute: names, values and what they change.
+// Tests PutAttribute: its names, their values and what they change.
 #include <gmock/gmock.h>
 
 #include "tests/support/module_fixture.h"
@@ -12,7 +12,7 @@ const std::string kUnknown = " unknown.  Returning 'pmrcBadAttrName' to client."
 
 class AttributeTest : public ModuleFixture {
   protected:
-    /// A load with a checkpoint file: whether Close keeps it shows the flag.
+    /// Runs a load with a checkpoint file. Whether Close keeps the file shows the flag.
     bool CheckpointFileIsKept() {
         EXPECT_EQ(Open().returnCode, pmrcOK);
         EXPECT_TRUE(FileExists("ck.dat"));

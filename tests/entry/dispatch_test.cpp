@@ -1,4 +1,4 @@
-// Which request is served in which state, and what each leaves in the trace.
+// Tests which request is served in which phase of the module, and what each request writes to the trace.
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -15,7 +15,7 @@ using testing::Not;
 namespace {
 
 struct Request {
-    const char* word;  ///< the trace's name of the option
+    const char* word;  ///< the name of the option in the trace
     std::function<Outcome(HostRequests&)> send;
 };
 
@@ -23,7 +23,7 @@ void PrintTo(const Request& request, std::ostream* out) {
     *out << request.word;
 }
 
-/// Every request that needs an initialized module.
+/// All requests that need an initialized module.
 std::vector<Request> StatefulRequests() {
     return {
         {"Open", [](HostRequests& host) { return host.Open(); }},

@@ -1,4 +1,4 @@
-// What every request ends with: the record length of an end of input, and flushed streams.
+// Tests what every request ends with: the record length of an end of input, and flushed streams.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -11,7 +11,7 @@ namespace {
 
 class EpilogueTest : public ModuleFixture {
   protected:
-    /// What a request leaves in the capture file of text that was still in the stream's buffer.
+    /// Returns what a request flushes: the text that was still in the buffer of the stream.
     static std::string FlushedBy(const std::function<void()>& request) {
         OutputCapture capture("captured.txt");
         std::setvbuf(stdout, nullptr, _IOFBF, 4096);

@@ -1,5 +1,5 @@
-// The error text that every return carries: how long it lives, what replaces it, and what happens without
-// memory.
+// Tests the error text that every return carries: how long it exists, what replaces it, and what happens when memory
+// runs out.
 #include <gmock/gmock.h>
 
 #include "tests/support/fault_plan.h"

@@ -1,4 +1,4 @@
-// ID, and the identification that the first call of a process puts into the start-up report.
+// Tests ID, and the identification that the first call of a process adds to the start-up report.
 #include <gmock/gmock.h>
 
 #include "tests/support/module_fixture.h"
@@ -72,7 +72,7 @@ TEST_F(IdRequestTest, UntracedEntryReachesTheReportOnlyWhenItsLevelAdmitsIt) {
     EXPECT_EQ(Occurrences(ReportOfOpen(), "entered for option"), 0U);
     ASSERT_EQ(Shut().returnCode, pmrcOK);
 
-    // The level is in force although its file could not be opened.
+    // The level takes effect although its file could not be opened.
     ASSERT_EQ(Init(std::string(kRequired) + " -TRCL 2 missing/trace.txt").returnCode, pmrcFailure);
     Id();
     const std::string report = ReportOfOpen();

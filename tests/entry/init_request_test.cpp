@@ -1,4 +1,4 @@
-// Init: the interface versions, the state it leaves whatever its outcome, and its own trace lines.
+// Tests Init: the interface versions, the state after each outcome, and its own trace lines.
 #include <gmock/gmock.h>
 
 #include "tests/support/module_fixture.h"
@@ -82,7 +82,7 @@ TEST_F(InitRequestTest, FailingParametersTraceTheStructureVersionAtTheRawLevel) 
     trace.Skip();
     const std::string version = InfoLine("PIDMMain", "MQGMO structure version: 3");
 
-    // The keyword stores its value, and only a parse that comes through raises it by one.
+    // The keyword stores its value, and only a parse that succeeds raises it by one.
     ASSERT_EQ(Init("-TRCL 2 trace.txt -BOGUS").returnCode, pmrcFailure);
     EXPECT_THAT(trace.NewLines(), Contains(version));
     ASSERT_EQ(Shut().returnCode, pmrcOK);

@@ -1,4 +1,4 @@
-// The host's log handle: how its log routine is called, and what a refusal leaves.
+// Tests the host's log handle: how the log routine of the host is called, and what remains after a refusal.
 #include <gmock/gmock.h>
 
 #include <algorithm>

@@ -1,14 +1,16 @@
-// What of the dispatcher's state and the attributes survives Init, Open, Close and Shut.
+// Which state of the module survives Init, Open, Close and Shut. docs/architecture.md lists all of it.
 #include <gmock/gmock.h>
 
 #include "tests/support/fake_clock.h"
 #include "tests/support/module_fixture.h"
+#include "tests/support/output_capture.h"
 
 namespace {
 
 class SurvivalTest : public ModuleFixture {
   protected:
-    void StartNewLife(const std::string& keywords = "") {
+    /// Sends Shut, then Init with the required keywords and these.
+    void ShutAndInit(const std::string& keywords = "") {
         ASSERT_EQ(Shut().returnCode, pmrcOK);
         ASSERT_EQ(Init(std::string(kRequired) + " " + keywords).returnCode, pmrcOK);
     }
@@ -17,7 +19,7 @@ class SurvivalTest : public ModuleFixture {
 TEST_F(SurvivalTest, PreserveRestartInfoIsClearedByShut) {
     ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " -CKFILE ck.dat")));
     ASSERT_TRUE(Succeeds(PutAttribute("PRESERVE_RESTART_INFO", "YES")));
-    StartNewLife("-CKFILE ck.dat");
+    ShutAndInit("-CKFILE ck.dat");
     ASSERT_EQ(Open().returnCode, pmrcOK);
     ASSERT_EQ(Close().returnCode, pmrcOK);
     EXPECT_FALSE(FileExists("ck.dat"));
@@ -36,7 +38,7 @@ TEST_F(SurvivalTest, TimeoutSurvivesShutAndInit) {
     FakeClock clock(module);
     InitAndOpen("-RWAIT 10");
     ASSERT_TRUE(Succeeds(PutAttribute("TIMEOUT_SECONDS", "4")));
-    StartNewLife("-RWAIT 10");
+    ShutAndInit("-RWAIT 10");
     ASSERT_EQ(Open().returnCode, pmrcOK);
     mq.PutMessage("record");
     ASSERT_EQ(Read().returnCode, pmrcOK);
@@ -57,7 +59,7 @@ TEST_F(SurvivalTest, GenEofIsClearedByOpenAlone) {
 TEST_F(SurvivalTest, PendingCheckpointIsClearedByInit) {
     InitAndOpen("-CKFILE ck.dat");
     ASSERT_EQ(GetPos().returnCode, pmrcOK);
-    StartNewLife("-CKFILE ck.dat");
+    ShutAndInit("-CKFILE ck.dat");
     ASSERT_EQ(Open().returnCode, pmrcOK);
     mq.PutMessage("record");
     ASSERT_EQ(Read().returnCode, pmrcOK);
@@ -75,18 +77,18 @@ TEST_F(SurvivalTest, PendingCheckpointSurvivesCloseAndOpen) {
     };
     mq.PutMessage("record");
     ASSERT_EQ(Read().returnCode, pmrcOK);
-    const std::string header(4, '\0');  // Open has set the sequence back to 0
+    const std::string header(4, '\0');  // Open has reset the sequence number to 0
     EXPECT_EQ(atCommit, header + std::string("\6\0\0\0\0\0\0\0", 8) + "record");
 }
 
-// Once a checkpoint has been completed every later load of the process saves and commits, also without one of
-// its own; its gets are not under syncpoint until then.
+// After a checkpoint every later load of the same process saves and commits, even without a checkpoint of its own. Its
+// gets are not under syncpoint until it takes one.
 TEST_F(SurvivalTest, TakenCheckpointSurvivesShutAndInit) {
     InitAndOpen("-CKFILE ck.dat");
     ASSERT_EQ(GetPos().returnCode, pmrcOK);
     mq.PutMessage("record");
     ASSERT_EQ(Read().returnCode, pmrcOK);
-    StartNewLife("-CKFILE ck.dat");
+    ShutAndInit("-CKFILE ck.dat");
     ASSERT_EQ(Open().returnCode, pmrcOK);
     mq.Forget();
     mq.PutMessage("record");
@@ -103,8 +105,8 @@ TEST_F(SurvivalTest, CheckpointOffsetIsZeroAtFirstAndSurvivesShutAndInit) {
         mq.PutMessage(message);
         ASSERT_EQ(Read().returnCode, pmrcOK);
     }
-    const std::int64_t offset = 4 + 8 + 5;  // the second record follows header and first
-    StartNewLife("-CKFILE ck.dat");
+    const std::int64_t offset = 4 + 8 + 5;  // the second record comes after the header and the first record
+    ShutAndInit("-CKFILE ck.dat");
     ASSERT_EQ(Open().returnCode, pmrcOK);
     const PositionOutcome outcome = GetPos();
     EXPECT_EQ(outcome.position.CkPtOffset, offset);
@@ -114,7 +116,7 @@ TEST_F(SurvivalTest, CheckpointOffsetIsZeroAtFirstAndSurvivesShutAndInit) {
 
 TEST_F(SurvivalTest, ReleaseMakesEveryLaterOpenOfTheProcessCreateTheCheckpointFile) {
     InitAndOpen("-CKFILE ck.dat");
-    StartNewLife("-CKFILE ck.dat");
+    ShutAndInit("-CKFILE ck.dat");
     WriteFile("ck.dat", "of another run");
     ASSERT_EQ(Open().returnCode, pmrcOK);
     EXPECT_EQ(ReadFile("ck.dat"), "");
@@ -148,6 +150,74 @@ TEST_F(SurvivalTest, ShutAndInitOpenAWholeNewLoad) {
     }
     EXPECT_EQ(mq.Count(Verb::Connx), 3U);
     EXPECT_EQ(mq.Count(Verb::Disc), 3U);
+}
+
+TEST_F(SurvivalTest, SettingsWithADefaultAreResetByInit) {
+    InitAndOpen("-RWAIT 3 -BKSZ 100");
+    ShutAndInit();
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    mq.PutMessage(std::string(101, 'R'));
+    EXPECT_EQ(Read().recordLength, 101U);
+    EXPECT_EQ(mq.calls.back().getOptions.WaitInterval, 15000);
+}
+
+TEST_F(SurvivalTest, NamesOfQueueAndManagerSurviveShutAndInit) {
+    InitAndOpen();
+    ASSERT_EQ(Shut().returnCode, pmrcOK);
+    ASSERT_TRUE(Succeeds(Init("-RWAIT 3"))) << "the names were given before";
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    ASSERT_EQ(mq.Count(Verb::Connx), 2U);
+    EXPECT_EQ(mq.Calls(Verb::Connx)[1].queueManager.substr(0, 4), std::string("QM1\0", 4));
+    EXPECT_STREQ(mq.Calls(Verb::Open)[1].objectDescriptor.ObjectName, "Q1");
+}
+
+TEST_F(SurvivalTest, PathsAreReplacedByTheNextInitThatGivesThem) {
+    WriteFile("first.parm", "-LOG first.log\n-CKFILE first.ckpt\n");
+    WriteFile("second.parm", "-LOG second.log\n-CKFILE second.ckpt\n");
+    for (const std::string name : {"first", "second"}) {
+        ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " -PARMFILE " + name + ".parm")));
+        ASSERT_TRUE(Succeeds(PutAttribute("PRESERVE_RESTART_INFO", "YES")));
+        ASSERT_EQ(Open().returnCode, pmrcOK);
+        EXPECT_TRUE(FileExists(name + ".log"));
+        EXPECT_TRUE(FileExists(name + ".ckpt"));
+        EXPECT_EQ(FileExists("second.log"), name == "second");
+        ASSERT_EQ(Shut().returnCode, pmrcOK);
+    }
+}
+
+TEST_F(SurvivalTest, TheTraceFileStaysOpenThroughShut) {
+    InitTraced(1);
+    ASSERT_EQ(Shut().returnCode, pmrcOK);
+    trace.Skip();
+    EXPECT_EQ(Option(99).returnCode, pmrcNotSupported);
+    EXPECT_THAT(trace.NewLines(), testing::ElementsAre(InfoLine("PIDMMain", "unsupported request: 99")));
+}
+
+TEST_F(SurvivalTest, TheReportOfAnEarlierInitIsPrintedAgain) {
+    ASSERT_TRUE(Succeeds(Init("-QMGR EARLIER -QNM Q1")));
+    ShutAndInit();
+    OutputCapture capture;
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    const std::string report = capture.Finish();
+    EXPECT_THAT(report, testing::HasSubstr("Queue Manager Name: 'EARLIER'"));
+    EXPECT_THAT(report, testing::HasSubstr("Queue Manager Name: 'QM1'"));
+}
+
+TEST_F(SurvivalTest, TheMessageCountIsClearedByOpenAlone) {
+    const auto countAtClose = [this] {
+        trace.Skip();
+        EXPECT_EQ(Close().returnCode, pmrcOK);
+        return trace.NewLines().back();
+    };
+    InitAndOpenTraced(1);
+    mq.PutMessage("record");
+    ASSERT_EQ(Read().returnCode, pmrcOK);
+    const std::string one = InfoLine("PIDMMain", "Messages received via MQGET: 1");
+    EXPECT_EQ(countAtClose(), one);
+    ShutAndInit("-TRCL 1 trace.txt");
+    EXPECT_EQ(countAtClose(), one);
+    ASSERT_EQ(Open().returnCode, pmrcOK);
+    EXPECT_EQ(countAtClose(), InfoLine("PIDMMain", "Messages received via MQGET: 0"));
 }
 
 }  // namespace

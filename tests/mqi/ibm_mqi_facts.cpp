@@ -7,14 +7,14 @@
 
 namespace {
 
-// IBM's initialisers end with the newest version of a structure; only the bytes up to ours are compared.
+// IBM's initialisers extend to the newest version of a structure. Only the bytes up to our version are compared.
 const MQCNO kMQCNO = {MQCNO_DEFAULT};
 const MQCD kMQCD = {MQCD_CLIENT_CONN_DEFAULT};
 const MQOD kMQOD = {MQOD_DEFAULT};
 const MQMD kMQMD = {MQMD_DEFAULT};
 const MQGMO kMQGMO = {MQGMO_DEFAULT};
 
-// The version that each structure is declared up to.
+// The version up to which each structure is declared.
 constexpr std::size_t kMQCNOBytes = MQCNO_LENGTH_2;
 constexpr std::size_t kMQCDBytes = MQCD_LENGTH_6;
 constexpr std::size_t kMQODBytes = MQOD_LENGTH_1;

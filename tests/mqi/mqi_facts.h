@@ -1,5 +1,5 @@
-// What is compared of our MQI subset and IBM's headers. The list of facts (mqi_facts.inc) is compiled once
-// with each, in a file of its own, because both declare the same names.
+// The facts that are compared between our MQI subset and IBM's headers. The list (mqi_facts.inc) is compiled once with
+// each, in separate files, because both declare the same names.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ inline std::string FieldFact(std::size_t offset, std::size_t bytes) {
     return "offset " + std::to_string(offset) + ", " + std::to_string(bytes) + " bytes";
 }
 
-/// The bytes of a structure as hexadecimal digits, eight bytes to a group.
+/// Returns the bytes of a structure as hexadecimal digits, in groups of eight bytes.
 inline std::string BytesFact(const void* structure, std::size_t bytes) {
     const auto* byte = static_cast<const std::uint8_t*>(structure);
     std::string digits;
@@ -41,7 +41,7 @@ inline std::string ParameterFact() {
     }
 }
 
-/// The parameters of a verb as the calling convention sees them.
+/// Returns the parameters of a verb as the calling convention sees them.
 template <typename Result, typename... Parameters>
 std::string SignatureFact(Result (*)(Parameters...)) {
     static_assert(std::is_void_v<Result>);

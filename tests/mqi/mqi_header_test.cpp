@@ -1,4 +1,4 @@
-// Holds src/mqi/mqi.h against IBM's own headers, for the system that the test was compiled for.
+// Compares src/mqi/mqi.h with IBM's own headers, for the system for which the test was compiled.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -19,7 +19,7 @@ TEST(MqiHeader, AgreesWithIbmsInEverySizeOffsetConstantDefaultAndSignature) {
     ASSERT_EQ(ours.size(), ibms.size());
     for (std::size_t i = 0; i < ours.size(); ++i) {
         ASSERT_EQ(ours[i].name, ibms[i].name);
-        if (ours[i].name == "MQCD_DEFAULT") continue;  // next test
+        if (ours[i].name == "MQCD_DEFAULT") continue;  // compared by the next test
         EXPECT_EQ(ours[i].value, ibms[i].value) << ours[i].name;
     }
 }
@@ -28,14 +28,14 @@ const MqiFact& Find(const std::vector<MqiFact>& facts, const std::string& name) 
     return *std::find_if(facts.begin(), facts.end(), [&](const MqiFact& fact) { return fact.name == name; });
 }
 
-/// "offset 1580, 4 bytes" as the place of the field's digits in a DEFAULT fact.
+/// Returns where the digits of a field are in a DEFAULT fact; the field is given as "offset 1580, 4 bytes".
 std::size_t DigitsAt(const std::string& place) {
     const std::size_t offset = std::stoul(place.substr(place.find(' ')));
     return offset * 2 + offset / 8 + 1;
 }
 
-// IBM's initialiser tells the length of the newest version, ours that of the version passed: the one field in
-// which the default values differ.
+// IBM's initialiser has the length of the newest version, ours that of the version passed. The default values differ in
+// no other field.
 TEST(MqiHeader, ChannelDefaultDiffersFromIbmsInStrucLengthAlone) {
     const std::vector<MqiFact> ours = OurMqiFacts();
     std::string ourDefault = Find(ours, "MQCD_DEFAULT").value;
@@ -61,7 +61,7 @@ std::set<std::string> Names(const std::string& source, const std::string& expres
     return names;
 }
 
-// A constant or field added to the header must be added to the list of facts, or nobody compares it.
+// A constant or field added to the header must be added to the list of facts, or it is not compared.
 TEST(MqiHeader, EveryConstantFieldAndVerbOfTheHeaderIsCompared) {
     const std::string header = ReadFile(NativePath(MQI_HEADER_FILE));
     std::set<std::string> expected = Names(header, "inline constexpr MQ[A-Z]+ (MQ[A-Z_0-9]+) =");

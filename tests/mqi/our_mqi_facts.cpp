@@ -3,7 +3,7 @@
 
 namespace {
 
-// The name of each default value as the list of facts spells its structure.
+// Names each default value as the list of facts names its structure.
 constexpr MQCNO kMQCNO = MqcnoDefault();
 constexpr MQCD kMQCD = MqcdClientConnDefault();
 constexpr MQOD kMQOD = MqodDefault();

@@ -1,4 +1,4 @@
-// The MQ library that is bound at the first connect: where it is looked for, and what a host sees without it.
+// Tests which MQ library is bound at the first connect, where it is looked for, and what a host sees without one.
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -17,7 +17,7 @@ ExpectedError ConnectError(int reason) {
 
 class BindingTest : public ModuleFixture {
   protected:
-    /// The level-1 warnings of the requests since the last look.
+    /// Returns the warnings at level 1 that were traced since the last call.
     std::vector<std::string> NewWarnings() {
         std::vector<std::string> warnings;
         for (const std::string& line : trace.NewLines()) {
@@ -57,10 +57,10 @@ TEST_F(BindingTest, LibraryWithoutAVerbIsReason2497AndOneWarningNamesBoth) {
     EXPECT_THAT(warnings[0], HasSubstr("MQBACK"));
 }
 
-// The loader's two routines, as the module calls them.
+// Replacements for the routines of the loader that the module calls.
 void* (*findSymbol)(void* library, const char* name);
 std::string missingVerb;
-std::string libraryThere;  // loads when it is asked for by this name or path
+std::string libraryThere;  // the only name or path that can be loaded
 
 void* FindAllButOne(void* library, const char* name) {
     return name == missingVerb ? nullptr : findSymbol(library, name);
@@ -130,14 +130,14 @@ TEST_F(BindingTest, OnceBoundTheLibraryIsKept) {
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN CLOSE DISC CONNX OPEN");
 }
 
-/// The loader finds one library alone, by that name or path.
+/// The loader finds only one library, by one name or path.
 class LoaderTest : public BindingTest {
   protected:
     void TearDown() override {
         patches_.clear();
         BindingTest::TearDown();
     }
-    /// A module that has bound no library yet.
+    /// Loads a module that has not bound a library yet.
     void StartWithLibrary(const std::string& path) {
         patches_.clear();
         LoadAnotherModule();
@@ -151,7 +151,7 @@ class LoaderTest : public BindingTest {
             Replace("GetLastError", &ModuleNotFound);
         }
     }
-    // "'PATH' (REASON)", as the warning lists a library that the loader did not find.
+    // Returns "'PATH' (REASON)", the form in which the warning lists a library that was not found.
     static std::string NotFound(const std::string& path) {
         return "'" + path + "' (" +
                (kPathDelimiter == '/' ? std::string("not there") : path + ": Windows error 126") + ")";
@@ -215,7 +215,7 @@ TEST_F(LoaderTest, AnEmptyVariableNamesNoLibrary) {
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN");
 }
 
-/// Without the variable IBM's names are looked for; they can be told only where no IBM MQ is installed.
+/// Without the variable IBM's names are tried. The warning shows them only on a machine without IBM MQ.
 class IbmNamesTest : public BindingTest {
   protected:
     void SetUp() override {
@@ -226,7 +226,7 @@ class IbmNamesTest : public BindingTest {
         SetEnvironment("MQAMOD_MQ_LIBRARY", "");
     }
 
-    /// Whether the warning of a failing Open names the client's library before the queue manager's own.
+    /// Returns whether the warning of a failing Open names the client library before the server library.
     bool ClientLibraryIsTriedFirst() {
         trace.Skip();
         EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));

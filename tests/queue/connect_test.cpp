@@ -1,4 +1,4 @@
-// Open's connect: what MQCONNX is given, and what its failures lead to.
+// Tests how Open connects: the arguments of MQCONNX, and the effects of its failures.
 #include <gmock/gmock.h>
 
 #include <cstring>
@@ -26,7 +26,7 @@ ExpectedError ConnectError(int reason) {
 
 class ConnectTest : public ModuleFixture {
   protected:
-    /// The trace lines of an Open that fails at the connect.
+    /// Returns the trace lines of an Open that fails to connect.
     static std::vector<std::string> FailedOpenLines(const std::vector<std::string>& before, int reason) {
         std::vector<std::string> lines = {InfoLine("PIDMMain", "entered for option 'Open'")};
         lines.insert(lines.end(), before.begin(), before.end());

@@ -1,4 +1,4 @@
-// What MQGET is given: handles, buffer, options, wait interval, conversion and the cleared identifiers.
+// Tests the arguments of MQGET: handles, buffer, options, wait interval, conversion and the cleared identifiers.
 #include <gmock/gmock.h>
 
 #include <ostream>
@@ -164,7 +164,7 @@ TEST_F(GetArgumentsTest, SyncpointOfACheckpointIsLeftByTheNextOpen) {
 
 struct Interval {
     const char* rwait;    ///< keyword, empty for the default
-    const char* timeout;  ///< attribute, empty when not sent
+    const char* timeout;  ///< value of the attribute, empty if it is not sent
     MQLONG milliseconds;
 };
 

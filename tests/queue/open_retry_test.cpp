@@ -1,4 +1,4 @@
-// MQOPEN that fails: the attempts, the pauses between them, and what is reported in the end.
+// Tests an MQOPEN that fails: the attempts, the pauses between them, and the report at the end.
 #include <gmock/gmock.h>
 #include <time.h>
 
@@ -39,11 +39,11 @@ TEST_F(OpenRetryTest, PausesTheWaitAsMillisecondsBetweenAttemptsButNotAfterTheLa
     EXPECT_THAT(clock.pausesMs, ElementsAre(10, 10));
 }
 
-// What the system's pause answers, one after the other; then success.
+// The results of the system's pause, in order. Later pauses succeed.
 std::vector<int> pauseAnswers;
 std::vector<std::int64_t> pausesAskedMs;
 
-/// Fails with the answer's errno and says that a third of the time is left.
+/// Fails with the errno of the next result and returns that a third of the time is left.
 int AnswerPause(const timespec* asked, timespec* rest) {
     pausesAskedMs.push_back(static_cast<std::int64_t>(asked->tv_sec) * 1000 + asked->tv_nsec / 1000000);
     if (pauseAnswers.empty()) return 0;
@@ -55,7 +55,7 @@ int AnswerPause(const timespec* asked, timespec* rest) {
 
 class BrokenPauseTest : public OpenRetryTest {
   protected:
-    /// The pauses that two attempts to open ask for.
+    /// Returns the pauses between two attempts to open.
     std::vector<std::int64_t> PausesOfARetry(const std::vector<int>& answers) {
         EXPECT_TRUE(Succeeds(Init(std::string(kRequired) + " -OWAIT 90 -OTENACITY 180")));
         FailOpens(1, 2042);

@@ -1,4 +1,4 @@
-// The Open request: its checks, what MQOPEN is given, and what it gives the host.
+// Tests the Open request: its checks, the arguments of MQOPEN, and the outputs for the host.
 #include <gmock/gmock.h>
 
 #include <cstring>

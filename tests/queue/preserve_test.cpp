@@ -1,4 +1,4 @@
-// Log and checkpoint file at the close: kept or deleted by the host's wish, also when the wish changes later.
+// Tests whether Close keeps or deletes the log and the checkpoint file, also when the host changes its choice later.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -68,7 +68,7 @@ TEST_F(PreserveTest, WhatWasKeptIsRememberedThroughShutAndInit) {
     Preserve("YES");
     ASSERT_TRUE(Succeeds(Shut()));
     ASSERT_TRUE(FileExists("ck.dat"));
-    // Shut took back the wish, so the next close deletes what was kept.
+    // Shut has cleared the choice, so the next Close deletes what was kept.
     InitTraced(1);
     EXPECT_TRUE(Succeeds(Close()));
     EXPECT_THAT(trace.NewLines(), ElementsAre(kDeleteLog, kDeleteCheckpoint, kReceived));
@@ -94,7 +94,7 @@ TEST_F(PreserveTest, DeletionThatCannotBeStartedDrawsAWarningAndTheCloseSucceeds
     FaultPlan faults(module);
     Start();
     for (const char* file : {"log.dat", "ck.dat"}) {
-        // The deletion is a command on one system, a file call on the other.
+        // The deletion is a command on Windows and a file call on Linux.
         faults.Add({.call = FileCall::Command, .file = file, .error = EACCES});
         faults.Add({.call = FileCall::Remove, .file = file, .error = EACCES});
     }

@@ -1,5 +1,4 @@
-// A record that is saved in the checkpoint file before its message is committed, and each step of that
-// failing.
+// Tests that a record is saved in the checkpoint file before its message is committed, and the failure of each step.
 #include <gmock/gmock.h>
 
 #include <cstring>
@@ -13,7 +12,7 @@ using testing::ElementsAreArray;
 
 namespace {
 
-/// A record as the checkpoint file holds it.
+/// Returns a record in the form of the checkpoint file.
 std::string Stored(const std::string& record) {
     std::string bytes(8, '\0');
     const std::uint64_t length = record.size();
@@ -38,7 +37,7 @@ class ReadCheckpointTest : public ModuleFixture {
         ModuleFixture::TearDown();
     }
 
-    /// Reads one record, takes a checkpoint and reads another: the first that is saved and committed.
+    /// Reads one record, takes a checkpoint and reads another record, the first that is saved and committed.
     void StartCheckpointed(const std::string& keywords = "") {
         InitAndOpenTraced(1, "-CKFILE ck.dat " + keywords);
         mq.PutMessage("first");
@@ -71,7 +70,7 @@ class ReadCheckpointTest : public ModuleFixture {
     }
 
     std::unique_ptr<FaultPlan> faults;
-    std::vector<std::string> atCommit;  ///< the checkpoint file at the moment of each MQCMIT
+    std::vector<std::string> atCommit;  ///< contents of the checkpoint file at each MQCMIT
 };
 
 TEST_F(ReadCheckpointTest, NothingIsSavedOrCommittedBeforeTheFirstCheckpoint) {

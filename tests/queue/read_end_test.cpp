@@ -1,4 +1,4 @@
-// How waiting ends: the read wait interval, the host's time-out and its request to end the input.
+// Tests how waiting ends: by the read wait interval, the host's time-out or its request to end the input.
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -20,7 +20,7 @@ class ReadEndTest : public ModuleFixture {
     void SetUp() override {
         ModuleFixture::SetUp();
         clock = std::make_unique<FakeClock>(module);
-        // An empty queue costs the time that MQGET was told to wait.
+        // On an empty queue MQGET takes the whole wait interval.
         mq.hook = [this](const MqCall& call) {
             if (call.verb != Verb::Get || call.reason != MQRC_NO_MSG_AVAILABLE) return;
             waitedMs_ += call.getOptions.WaitInterval;
@@ -131,8 +131,7 @@ TEST_F(ReadEndTest, ReadWaitIsLookedAtBeforeTheTimeOut) {
     EXPECT_EQ(Read().record, "record") << "the time-out was not noted";
 }
 
-// Between the two looks at the clock the read wait has gone by, and the last get was that of the record
-// before.
+// The read wait passes between the two readings of the clock, so the last MQGET is that of the previous record.
 TEST_F(ReadEndTest, ClockThatJumpsBeforeTheFirstGetEndsTheInputAndRepeatsNoRecord) {
     InitAndOpenTraced(1, "-RWAIT 10");
     mq.PutMessage("record");

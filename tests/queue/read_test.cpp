@@ -1,4 +1,4 @@
-// One record a Read: messages, the kinds of end of input, and failures of MQGET.
+// Tests Read: messages, the kinds of end of input, and failures of MQGET.
 #include <gmock/gmock.h>
 
 #include <cstring>

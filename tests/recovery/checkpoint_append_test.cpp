@@ -1,5 +1,5 @@
-// After the first checkpoint every message is saved in the checkpoint file before it is committed; a message
-// that could not be saved goes back to the queue.
+// Tests that after the first checkpoint every message is saved in the checkpoint file before it is committed, and that
+// a message that could not be saved returns to the queue.
 #include <cerrno>
 #include <cstring>
 
@@ -15,7 +15,7 @@ const Lines kBackOutLine = {Info("BackOutMQ", "Backing out MQ transactions via M
 
 class CheckpointAppend : public RecoveryFixture {
   protected:
-    /// A checkpoint behind the record "first"; the commits from here on are watched.
+    /// Takes a checkpoint after the record "first" and records the file at each later commit.
     void BeginWithCheckpoint(const std::string& keywords = "") {
         BeginCheckpointing(keywords);
         Deliver({"first"});
@@ -28,7 +28,7 @@ class CheckpointAppend : public RecoveryFixture {
     static ExpectedError SaveFailed(const std::string& failingCall, const std::string& reason) {
         return ExpectedError(kFunction, "checkpoint").Calling(failingCall).Processing("Checkpoint", reason);
     }
-    std::vector<std::string> atCommit;  ///< the file at each MQCMIT
+    std::vector<std::string> atCommit;  ///< contents of the file at each MQCMIT
 };
 
 TEST_F(CheckpointAppend, BeforeTheFirstCheckpointNothingIsSavedNorCommitted) {
@@ -149,9 +149,9 @@ TEST_F(CheckpointAppend, AHeaderLostUnseenFailsTheNextRecord) {
     Deliver({"first"});
     TakePosition();
     PassOver();
-    // No one looks at the flush of all streams that pushes the header out.
+    // The flush of all streams that writes the header fails unnoticed.
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 3, .error = ENOSPC});
-    // The reason is that of the flush, whatever has come since.
+    // The reason is that of the flush, whatever happened since.
     mq.onGet.push_back({.bytes = "second", .effect = [] { errno = EAGAIN; }});
     const ReadOutcome read = Read();
     EXPECT_EQ(faults->Struck(), 1);
@@ -159,7 +159,7 @@ TEST_F(CheckpointAppend, AHeaderLostUnseenFailsTheNextRecord) {
     EXPECT_EQ(read.recordLength, 0U);
     EXPECT_EQ(mq.Sequence(), "GET BACK");
     EXPECT_THAT(trace.NewLines(), Contains(Info("DoGetPos", "Checkpoint (GetPos) committed")));
-    // Nothing is written behind the hole: a restart would take it for the record that is missing there.
+    // Nothing is written after the gap: a restart would read it as the missing record.
     EXPECT_EQ(CallsOn(kCkFile).back(), "tell ck.dat");
 }
 
@@ -288,7 +288,7 @@ TEST_F(CheckpointAppend, ThatACheckpointWasTakenOutlivesCloseAndOpen) {
     EXPECT_EQ(Close().returnCode, pmrcOK);
     EXPECT_EQ(Open().returnCode, pmrcOK);
     PassOver();
-    // The file has no header before the next checkpoint.
+    // The file has no header until the next checkpoint.
     Deliver({"record"});
     EXPECT_THAT(atCommit, ElementsAre(CkRecord("record")));
     EXPECT_EQ(mq.Sequence(), "GET CMIT");

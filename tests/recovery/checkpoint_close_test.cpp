@@ -1,4 +1,4 @@
-// Whether the checkpoint file is kept or deleted at close, and what of that outlives Close, Shut and Init.
+// Tests whether Close keeps or deletes the checkpoint file, and which part of that survives Close, Shut and Init.
 #include <cerrno>
 #include <cstring>
 

@@ -1,4 +1,5 @@
-// The checkpoint file at Open: created, kept for a recovery, or started anew, and what fails the request.
+// Tests what Open does with the checkpoint file: create it, keep it for recovery or empty it, and which failures end
+// the request.
 #include <cerrno>
 #include <cstring>
 
@@ -79,7 +80,7 @@ TEST_F(CheckpointOpen, TheFileIsOpenedBehindTheQueue) {
 TEST_F(CheckpointOpen, TheWayOfTheFileIsToldAtAnyTraceLevelItsOpeningAtLevel1) {
     InitWithCheckpoint("-QMGR QM1 -QNM Q1 -TRCL 1 trace.txt");
     EXPECT_EQ(Shut().returnCode, pmrcOK);
-    // The trace file stays in use although the level is 0 now.
+    // The trace file stays in use although the level is now 0.
     WriteFile(kCkFile, CkBytes(1));
     InitWithCheckpoint("-QMGR QM1 -QNM Q1 -CKFILE ck.dat");
     EXPECT_EQ(Open().returnCode, pmrcOK);
@@ -89,7 +90,7 @@ TEST_F(CheckpointOpen, TheWayOfTheFileIsToldAtAnyTraceLevelItsOpeningAtLevel1) {
 TEST_F(CheckpointOpen, ThatTheFileExistsIsToldAtAnyTraceLevelToo) {
     WriteFile(kCkFile, CkBytes(1));
     InitWithCheckpoint();
-    // A second Init is refused, but takes the trace to level 0.
+    // A second Init is refused, but sets the trace level to 0.
     EXPECT_EQ(Init(kKeywords).returnCode, pmrcFailure);
     trace.Skip();
     EXPECT_EQ(Open().returnCode, pmrcOK);
@@ -244,7 +245,7 @@ TEST_F(CheckpointOpen, AfterAnInitThatFailedThereIsNoRoomForTheLastRecord) {
     const ExpectedError error(kFunction, "memory allocation failed");
     EXPECT_TRUE(FailsWith(Open(), error));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
-    // No other request may miss it.
+    // The other requests must work without the buffer.
     EXPECT_EQ(GetPos().returnCode, pmrcOK);
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcFailure);

@@ -1,4 +1,4 @@
-// GetPos hands out a position; the checkpoint itself is taken by the next Read or by a redundant GetPos.
+// Tests GetPos, which hands out a position, and the checkpoint itself, which the next Read or a redundant GetPos takes.
 #include <cerrno>
 #include <cstring>
 
@@ -35,7 +35,7 @@ ExpectedError EmptyFile() {
 
 class CheckpointTake : public RecoveryFixture {
   protected:
-    /// A record read and a position taken; the next Read carries it out.
+    /// Reads a record and takes a position. The next Read carries the checkpoint out.
     void BeginWithPosition() {
         BeginCheckpointing();
         Deliver({"first"});
@@ -219,7 +219,7 @@ TEST_F(CheckpointTake, AllPositionsStandInTheSameBlock) {
     // NOLINTNEXTLINE(bugprone-sizeof-expression): the data holds the pointer
     std::memcpy(&block, address(second).data(), sizeof block);
     EXPECT_TRUE(Is(*block, 2, 0, 0));
-    // Going back gives the block the sequence of the file.
+    // SetPos sets the sequence number in the block to that of the file.
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
     EXPECT_EQ(block->CkPtSeq, 1);
 }
@@ -231,7 +231,7 @@ TEST_F(CheckpointTake, GetPosWithoutCheckpointingFails) {
     EXPECT_TRUE(FailsWith(outcome, error));
     EXPECT_FALSE(outcome.given);
     EXPECT_EQ(trace.NewLines(), Traced("GetPos", pmrcFailure, {error.TraceLines()}));
-    // The sequence has not moved: Init leaves it, and nothing was opened yet.
+    // The sequence number has not changed: Init keeps it, and nothing was opened yet.
     EXPECT_EQ(Shut().returnCode, pmrcOK);
     ASSERT_EQ(Init("-QMGR QM1 -QNM Q1 -CKFILE ck.dat").returnCode, pmrcOK);
     EXPECT_TRUE(Is(TakePosition(), 1, 0, 0));
@@ -277,7 +277,7 @@ TEST_F(CheckpointTake, APositionBeforeOpenIsHandedOutAndItsCheckpointTakenAfterI
     ASSERT_EQ(Init("-QMGR QM1 -QNM Q1 -CKFILE ck.dat").returnCode, pmrcOK);
     EXPECT_TRUE(Is(TakePosition(), 1, 0, 0));
     EXPECT_EQ(Open().returnCode, pmrcOK);
-    // Open has set the sequence back.
+    // Open has reset the sequence number.
     Deliver({"first"});
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(0, {"first"}));
 }
@@ -368,7 +368,7 @@ TEST_F(CheckpointTake, WithoutItsFileEachLaterMessageGoesBackToTheQueue) {
     PassOver();
     mq.PutMessage("second");
     const ReadOutcome read = Read();
-    // There is no stream that could tell a reason.
+    // Without a stream there is no reason.
     EXPECT_TRUE(FailsWith(read, ExpectedError("PIDMMain", "checkpoint").Calling("fgetpos")));
     EXPECT_EQ(read.recordLength, 0U);
     EXPECT_EQ(mq.Sequence(), "GET BACK");

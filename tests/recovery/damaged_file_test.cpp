@@ -1,7 +1,6 @@
-// A checkpoint file that is damaged at any bit, or cut at any byte, given to SetPos, to Reads and to a
-// checkpoint in the middle of the replay: what comes is what the bytes say, a length that cannot be is
-// refused, and a rewrite that fails leaves the file as it is. The format has no checksum: a bit inside a
-// record is not noticed.
+// Tests SetPos, Read and a checkpoint during the replay on a checkpoint file with each bit damaged and cut at each
+// byte. Records are returned as the bytes say, an impossible length is refused, and a rewrite that fails does not change
+// the file. The format has no checksum, so a damaged bit inside a record is not noticed.
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -14,12 +13,12 @@ constexpr std::int32_t kSequence = 7;
 constexpr std::uint64_t kBlockSize = 65536;
 const Lines kRecords = {"alpha", "bet", "the third record"};
 
-// Under Wine a sample, a number that meets every bit of a byte.
+// Under Wine only a sample is tested, with a step that reaches every bit of a byte.
 constexpr std::size_t kBitStep = std::filesystem::path::preferred_separator == '/' ? 1 : 7;
 
 enum class Ends { AtTheEnd, WithABadLength, InARecord };
 
-// The records from an offset on as the layout has them.
+// The records from an offset on, as the layout alone defines them.
 struct Walk {
     Lines records;
     Ends ends = Ends::AtTheEnd;
@@ -70,7 +69,7 @@ class DamagedFile : public RecoveryFixture {
             .Processing("Checkpoint", "Undefined");
     }
 
-    /// The records come, and then the queue or the error.
+    /// Expects the records, and then the queue or the error.
     void ExpectReplay(const Walk& walk) {
         for (const std::string& record : walk.records)
             EXPECT_TRUE(Gives(Read(), record));
@@ -82,7 +81,7 @@ class DamagedFile : public RecoveryFixture {
         EXPECT_EQ(mq.Sequence(), "");
     }
 
-    /// The first record comes, and a checkpoint is carried out behind it.
+    /// Expects the first record, and carries a checkpoint out after it.
     void ExpectRewrite(const std::string& bytes) {
         BeginWith(bytes);
         ASSERT_TRUE(Succeeds(SetPos({kSequence, 1, 0})));

@@ -1,5 +1,5 @@
-// What no host can reach through the entry point: a log record of no bytes, and the checkpoints by MQ, which
-// no keyword switches on. The routines are called as the requests would call them.
+// Tests what no host can reach through the entry point: a log record without bytes, and checkpoints by MQ, which no
+// keyword switches on. The routines are called as the requests would call them.
 #include <cstring>
 
 #include "diag/error_text.h"
@@ -42,7 +42,7 @@ class DirectCall : public testing::Test {
         FreeRecordBuffer();
         FreeErrorText();
     }
-    /// Connected, with checkpoints by MQ in a file of that name.
+    /// Sets the module up for checkpoints by MQ in a file of that name.
     void CheckpointByMq(const char* path) {
         writableSettings.MqCheckpointMode = true;
         std::strcpy(writableSettings.checkpointPath, path);
@@ -62,7 +62,7 @@ class DirectCall : public testing::Test {
         SetConnectionHandle(connection);
         mq.Forget();
     }
-    /// Connected, and the queue open.
+    /// Connects and opens the queue.
     void Open() {
         SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
         ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
@@ -218,7 +218,7 @@ TEST_F(DirectCall, ByMqEveryReadBehindSetPosIsNotSupported) {
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
-// Both kinds of checkpoints at once, which Init refuses: the only way by MQ to a record that is replayed.
+// Both kinds of checkpoints at once, which Init refuses, are the only way to replay a record with checkpoints by MQ.
 TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
     WriteFile(kCkFile, CkBytes(7, {"one", "two"}));
     CheckpointByMq(kCkFile);

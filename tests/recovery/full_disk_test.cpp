@@ -1,4 +1,4 @@
-// A disk that is really full: /dev/full takes no byte and says so with ENOSPC, as a file system does.
+// Tests a disk that is really full: /dev/full accepts no byte and fails with ENOSPC, as a file system does.
 #include <cerrno>
 #include <cstring>
 
@@ -16,7 +16,7 @@ using testing::Not;
 
 class FullDisk : public RecoveryFixture {
   protected:
-    /// A name in the test's own directory: Close deletes the name and not the device.
+    /// Creates a link in the test's own directory, so that Close deletes the link and not the device.
     static void PutOnFullDisk(const char* name) { std::filesystem::create_symlink("/dev/full", name); }
     const std::string noSpace = std::strerror(ENOSPC);
 };
@@ -85,7 +85,7 @@ TEST_F(FullDisk, ACopyInTheMiddleOfAReplayLeavesTheOldFile) {
     EXPECT_THAT(faults->log, Not(Contains("remove ck.dat")));
 }
 
-// A record that fits into the stream's buffer fails at the flush, a larger one before.
+// A record that fits into the buffer of the stream fails at the flush, a larger one earlier.
 class FullDiskByMq : public FullDisk, public testing::WithParamInterface<int> {};
 
 TEST_P(FullDiskByMq, TheRoomForOneRecordCannotBeTaken) {
@@ -95,7 +95,7 @@ TEST_P(FullDiskByMq, TheRoomForOneRecordCannotBeTaken) {
     std::strcpy(writableSettings.checkpointPath, kCkFile);
     ASSERT_TRUE(AllocateRecordBuffer(static_cast<std::size_t>(GetParam())));
     PutOnFullDisk(kCkFile);
-    ReleaseCkPtFile();  // from now on no file is looked for
+    ReleaseCkPtFile();  // from now on Open looks for no file
     EXPECT_EQ(OpenCkPtFile(), pmrcFailure);
     const ExpectedError error =
         ExpectedError("OpenCkPtFile", "MQA0123: <Disk space error, while writing to checkpoint.>")

@@ -1,5 +1,4 @@
-// The message log is opened at Open: which file calls, what the trace says, and what a file that cannot be
-// looked at or opened does to the request.
+// Tests how Open opens the message log: the file calls, the trace, and a file that cannot be looked for or opened.
 #include <cerrno>
 #include <cstring>
 
@@ -22,7 +21,7 @@ class MessageLogOpen : public RecoveryFixture {
         return ExpectedError(kFunction, "MQA0141: <Log file (log.dat) open failed. Reason '" + reason + "'>")
             .Calling(" ");
     }
-    /// Whether a log is open can be told from outside by what Close does to it.
+    /// Expects that no log is open. Only what Close does shows that from outside.
     void ExpectNoLogIsOpen() {
         PassOver();
         EXPECT_EQ(Close().returnCode, pmrcOK);

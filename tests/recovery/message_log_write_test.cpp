@@ -1,4 +1,4 @@
-// What a record leaves in the message log and in the trace, and what a failing log does to the load.
+// Tests what a record adds to the message log and the trace, and what a failing log does to the load.
 #include <cerrno>
 #include <cstring>
 

@@ -1,5 +1,5 @@
-// The ground of the recovery tests: a module whose file calls are recorded and can fail, the bytes that a
-// checkpoint file must hold, and the lines that a request must leave in the trace.
+// The base of the recovery tests: a module whose file calls are recorded and can fail, the expected bytes of a checkpoint
+// file, and the expected lines of a request in the trace.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -18,19 +18,19 @@ using Lines = std::vector<std::string>;
 inline constexpr char kCkFile[] = "ck.dat";
 inline constexpr char kLogFile[] = "log.dat";
 
-/// Trace lines without their stamp.
+/// Return trace lines without their time stamp.
 std::string Info(const std::string& function, const std::string& text);
 std::string Warning(const std::string& function, const std::string& text);
 std::string Error(const std::string& function, const std::string& text);
 Lines Chain(std::initializer_list<Lines> parts);
-/// What a request leaves in the trace at level 2 and above: its entry, the lines between, its return.
+/// Returns the lines of a request in the trace at level 2 and above: its entry, the lines between, its return.
 Lines Traced(const std::string& option, ReturnCode returnCode, std::initializer_list<Lines> between = {});
 
-/// "MQA0146: <!ERROR! expected EXPECTED bytes, wrote WROTE>" and its like for reads.
+/// Return "MQA0146: <!ERROR! expected EXPECTED bytes, wrote WROTE>" and the same for reads.
 std::string ShortWrite(std::int64_t expected, std::int64_t wrote);
 std::string ShortRead(std::int64_t expected, std::int64_t read);
 
-/// The bytes of a checkpoint file, or of one record in it.
+/// Return the bytes of one record, of several records, and of a whole checkpoint file.
 std::string CkRecord(const std::string& bytes);
 std::string CkRecords(const std::vector<std::string>& records);
 std::string CkBytes(std::int32_t sequence, const std::vector<std::string>& records = {});
@@ -44,34 +44,33 @@ class RecoveryFixture : public ModuleFixture {
     void SetUp() override;
     void TearDown() override;
 
-    /// The module of a process that starts now, the one before gone without a word to MQ or its files.
+    /// Loads the module of a new process. The previous one has died without a call to MQ or on its files.
     void StartNewProcess();
 
-    /// Init and Open with these keywords and a trace of that level. Trace lines, file calls and MQ calls up
-    /// to here are passed over.
+    /// Sends Init and Open with these keywords and a trace of that level, and skips their trace lines, file calls and MQ
+    /// calls.
     void Begin(const std::string& keywords, int traceLevel = 4);
-    /// Begin with the checkpoint file ck.dat.
+    /// Begins with the checkpoint file ck.dat.
     void BeginCheckpointing(const std::string& keywords = "", int traceLevel = 4);
-    /// Writes ck.dat with these records and begins; the position has its sequence, so that the first of them
-    /// is delivered first.
+    /// Writes ck.dat with these records, begins, and sends SetPos with that sequence, so that the first record comes first.
     void BeginReplay(std::int32_t sequence, const std::vector<std::string>& records,
                      const std::string& keywords = "");
 
     /// Puts messages on the queue and reads them.
     void Deliver(const std::vector<std::string>& records);
-    /// GetPos, which must hand out a position.
+    /// Sends GetPos, which must hand out a position.
     PositionData TakePosition();
-    /// A position taken and carried out: by a redundant request, which reads nothing.
+    /// Takes a position and has it carried out by a redundant GetPos, which reads nothing.
     PositionData TakeCheckpoint();
-    /// Passes over trace lines, file calls and MQ calls up to here.
+    /// Skips the trace lines, file calls and MQ calls so far.
     void PassOver();
 
     void PreserveRestartInfo(const std::string& yesOrNo);
-    /// The deletion of the file at close cannot be carried out.
+    /// Makes the deletion of the file at Close fail.
     void FailDeletion(const std::string& path, int error);
-    /// The calls that deleted the file at close: one, or none.
+    /// Returns how many calls deleted the file at Close: 0 or 1.
     [[nodiscard]] std::size_t Deletions(const std::string& path) const;
-    /// The calls on the file that the log of file calls holds.
+    /// Returns the recorded calls on the file.
     [[nodiscard]] Lines CallsOn(const std::string& path) const;
 
     static std::string TempFile();

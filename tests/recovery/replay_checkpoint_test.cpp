@@ -1,5 +1,5 @@
-// A checkpoint in the middle of a replay: the records that were not delivered yet must survive it. They are
-// copied into a temporary file, which then takes the place of the checkpoint file.
+// Tests a checkpoint during a replay. The records that were not delivered yet must survive it: they are copied into a
+// temporary file, which then replaces the checkpoint file.
 #include <cerrno>
 #include <cstring>
 
@@ -18,8 +18,7 @@ const Lines kNotCommitted = {Error("DoGetPos", "Checkpoint (GetPos) NOT committe
 
 class ReplayCheckpoint : public RecoveryFixture {
   protected:
-    /// Sequence 3 with the records a, bb, ccc and dddd, of which a and bb were delivered, and a position
-    /// taken.
+    /// Begins a replay of sequence 3 with the records a, bb, ccc and dddd, reads a and bb, and takes a position.
     void BeginInTheMiddle() {
         BeginReplay(3, {"a", "bb", "ccc", "dddd"});
         EXPECT_TRUE(Gives(Read(), "a"));
@@ -37,7 +36,7 @@ class ReplayCheckpoint : public RecoveryFixture {
         return {kFunction,
                 "MQA0" + std::to_string(number) + ": <" + text + " Reason '" + std::strerror(error) + "'>"};
     }
-    /// The Read that takes the checkpoint fails with the error; counts is the line that tells the bytes.
+    /// Expects the Read that takes the checkpoint to fail with the error. `counts` is the trace line with the bytes.
     void ExpectRewriteFails(const ExpectedError& error, const std::string& counts = "") {
         mq.PutMessage("from the queue");
         const ReadOutcome read = Read();
@@ -107,7 +106,7 @@ TEST_F(ReplayCheckpoint, SetPosToItsPositionTakesItTooAndStartsWithTheLastRecord
 TEST_F(ReplayCheckpoint, TheLastRecordStaysTheOneDelivered) {
     BeginInTheMiddle();
     EXPECT_FALSE(GetPos().given);
-    // A further checkpoint without a read between writes the same records.
+    // Another checkpoint without a Read in between writes the same records.
     TakeCheckpoint();
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(5, {"bb", "ccc", "dddd"}));
     EXPECT_THAT(ReadAll(2), ElementsAre("ccc", "dddd"));
@@ -354,7 +353,7 @@ TEST_F(ReplayCheckpoint, ANewFileThatCannotBeOpenedFails) {
 
 TEST_F(ReplayCheckpoint, ANewFileThatCannotBeReadUpToTheUndeliveredRecordsFails) {
     BeginInTheMiddle();
-    // The reads before: three lengths, of which the last meets the end of the file, and two records.
+    // The file is read five times before: three lengths, the last of which meets the end of the file, and two records.
     faults->Add({.call = FileCall::Read, .file = kCkFile, .nth = 6, .transferred = 9});
     ExpectRewriteFails(About("'positioning' read", "fread", "Checkpoint"), ShortRead(14, 9));
     EXPECT_EQ(ReadFile(kCkFile), Rewritten());
@@ -396,7 +395,7 @@ TEST_F(ReplayCheckpoint, ARestartAfterItGivesTheLastRecordAndTheRest) {
     EXPECT_EQ(TakePosition().CkPtMsgCount, 4);
 }
 
-// Whatever single call fails, the records that were not delivered are still in one file, behind a header.
+// Whichever single call fails, one file still contains a header and the records that were not delivered.
 struct Failing {
     FileCall call;
     const char* file;

@@ -1,4 +1,4 @@
-// Reads that take their records from the checkpoint file, also from one that is damaged or cannot be read.
+// Tests Reads that return records of the checkpoint file, also of one that is damaged or cannot be read.
 #include <cerrno>
 #include <cstring>
 
@@ -196,10 +196,10 @@ TEST_F(Replay, AnExpiredTimeOutStandsBehindTheRecordsOfTheFile) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-// What a file cut at that byte must give, told from the format alone.
+// What a file cut at that byte must yield, derived from the format alone.
 struct Remains {
     std::vector<std::string> records;
-    std::int64_t bodyBytes = -1;  ///< bytes of a record that is cut within; -1 without one
+    std::int64_t bodyBytes = -1;  ///< bytes that are left of a record that was cut; -1 if none was
     std::int64_t bodyLength = 0;
 };
 

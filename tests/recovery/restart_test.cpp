@@ -1,4 +1,4 @@
-// SetPos after a restart: which record comes first, what is counted, and which positions are refused.
+// Tests SetPos after a restart: which record comes first, what is counted, and which positions are refused.
 #include <cerrno>
 #include <cstring>
 
@@ -36,12 +36,13 @@ Lines Begins(int length, const std::string& text) {
 
 class Restart : public RecoveryFixture {
   protected:
-    /// Open with this checkpoint file, as after a failed run.
+    /// Opens with this checkpoint file, as after a failed run.
     void BeginWithFile(const std::string& bytes, const std::string& keywords = "") {
         WriteFile(kCkFile, bytes);
         BeginCheckpointing(keywords);
     }
-    /// From the point where it looks at the file on, SetPos has put all further gets under syncpoint.
+    /// Expects that the next Reads are served by the queue, with the syncpoint option that SetPos chooses before it
+    /// reads the file.
     void ExpectTheQueueIsReadNext(MQLONG sync = MQGMO_SYNCPOINT) {
         PassOver();
         Deliver({"from the queue", "likewise"});
@@ -270,7 +271,7 @@ TEST_F(Restart, ARefusedSetPosDuringAReplayLeavesTheReplayStanding) {
     BeginReplay(2, {"a", "b"});
     EXPECT_TRUE(Gives(Read(), "a"));
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcFailure);
-    // The file stands where the failure left it, behind the header.
+    // The stream is where the failure left it, after the header.
     EXPECT_THAT(ReadAll(), ElementsAre("a", "b"));
     EXPECT_EQ(mq.Sequence(), "GET");
 }
@@ -357,8 +358,7 @@ TEST_F(Restart, SetPosToThePositionJustHandedOutTakesItsCheckpointFirst) {
     EXPECT_TRUE(Is(TakePosition(), 2, 2, 4));
 }
 
-// The flush of all streams behind the rewrite, which no one looks at, is where bytes are lost unseen: the
-// fourth of the request.
+// The fourth flush of all streams in the request comes after the rewrite. It fails unnoticed and loses bytes.
 TEST_F(Restart, GoingBackToACheckpointThatWasLostUnseenDoesNotForgetTheLoss) {
     BeginCheckpointing();
     Deliver({"zero"});
@@ -369,7 +369,7 @@ TEST_F(Restart, GoingBackToACheckpointThatWasLostUnseenDoesNotForgetTheLoss) {
     EXPECT_TRUE(Gives(Read(), "zero"));
     PassOver();
     mq.PutMessage("one");
-    // The stream, rewound, knows no reason any more.
+    // Rewinding the stream has cleared its reason.
     EXPECT_TRUE(FailsWith(
         Read(), ExpectedError(kMain, "checkpoint").Calling("fflush").Processing("Checkpoint", "Undefined")));
     EXPECT_EQ(mq.Sequence(), "GET BACK");
@@ -386,7 +386,7 @@ TEST_F(Restart, NothingIsSavedBehindATornRecordThatAReplayHasPassed) {
     EXPECT_EQ(SetPos(position).returnCode, pmrcOK);
     EXPECT_TRUE(Gives(Read(), "zero"));
     PassOver();
-    // The replay takes three bytes of a length for its end.
+    // The replay ends at a length that has only three bytes.
     mq.PutMessage("one");
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     EXPECT_EQ(mq.Sequence(), "GET BACK");
@@ -424,7 +424,7 @@ TEST_F(Restart, SetPosReturnsTheFailureOfThePendingCheckpoint) {
                   ExpectedError("ResetCkptFile", "MQA0137: <Checkpoint file (ck.dat) open failed. Reason '" +
                                                      std::string(std::strerror(EACCES)) + "'>")));
     EXPECT_THAT(trace.NewLines(), testing::Not(Contains(kRewinding[0])));
-    // The checkpoint is no longer pending, and no replay has begun.
+    // The checkpoint is no longer pending, and the replay has not begun.
     EXPECT_TRUE(GetPos().given);
 }
 
