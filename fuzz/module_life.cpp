@@ -63,7 +63,7 @@ void EndModuleLife() {
     PlayCalmQueue(0);
     (void)HostInit("");
     (void)HostShut(0);
-    UseTraceFile(nullptr);
+    mqamod::UseTraceFile(nullptr);
     for (const Section& section : sections)
         Restore(section);
     ResetClock();

@@ -6,6 +6,8 @@
 
 #include "diag/module_id.h"
 
+namespace mqamod {
+
 namespace {
 
 // Written only by the routines of this file.
@@ -117,3 +119,5 @@ void FreeErrorText() {
     std::free(state.text);
     state = {};
 }
+
+}  // namespace mqamod

@@ -9,6 +9,8 @@
 
 #include "diag/trace.h"
 
+namespace mqamod {
+
 /// The kind of file that was being processed when a call on a stream failed.
 enum class Activity { Parameter, Log, Checkpoint, Temp };
 
@@ -47,3 +49,5 @@ void ReportStreamError(Severity severity, const char* function, const char* mess
 
 /// Frees the error text. Shut calls it.
 void FreeErrorText();
+
+}  // namespace mqamod

@@ -7,6 +7,8 @@
 #include "diag/trace.h"
 #include "platform/os.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "ShowModuleID";
@@ -38,3 +40,5 @@ void ShowModuleID() {
                FormatUntracedLine(kHeaderVersion, "pmddamt_HeaderVersion", "Common 16.20.00.00", "none"));
     if (std::FILE* file = TraceFile()) (void)std::fflush(file);
 }
+
+}  // namespace mqamod

@@ -4,6 +4,8 @@
 #include "diag/report_texts.h"
 #include "diag/trace.h"
 
+namespace mqamod {
+
 namespace {
 
 // Written only by ShowKeywordHelp.
@@ -100,3 +102,5 @@ void ShowKeywordHelp() {
     for (const char* piece : kPieces)
         SaveConsoleLine(piece);
 }
+
+}  // namespace mqamod

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace mqamod {
+
 namespace {
 
 // Written only by the routines of this file.
@@ -46,3 +48,5 @@ const char* AppendBytes(const void* bytes, unsigned count) {
     std::strncat(state.text + used, static_cast<const char*>(bytes), room);
     return state.text;
 }
+
+}  // namespace mqamod

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <type_traits>
 
+namespace mqamod {
+
 /// The numbered messages, by name; the value is the number. messages.inc describes each of them.
 enum class Message : int {
 #define MESSAGE(name, number, ...) name = (number),
@@ -81,3 +83,5 @@ const char* FormatNumbered(Arguments... arguments) {
                   "the arguments do not fit the format of the message");
     return format_check::FormatChecked(GetMsgFormat(kNumber), kNumber, arguments...);
 }
+
+}  // namespace mqamod

@@ -1,6 +1,8 @@
 // The name and the versions of the module.
 #pragma once
 
+namespace mqamod {
+
 /// The name appears in the identification, the title of the help, every error text and the answer to ID.
 inline constexpr char kModuleId[] = "Norvane Websphere MQ AMOD";
 
@@ -8,3 +10,5 @@ inline constexpr char kModuleId[] = "Norvane Websphere MQ AMOD";
 /// are different on purpose.
 inline constexpr char kModuleVersion[] = "16.20.00.04";
 inline constexpr char kCodeVersion[] = "16.20.00.03";
+
+}  // namespace mqamod

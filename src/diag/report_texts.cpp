@@ -4,6 +4,8 @@
 #include <cstring>
 #include <ctime>
 
+namespace mqamod {
+
 namespace {
 
 constexpr std::size_t kReportBytes = 8192;
@@ -63,3 +65,5 @@ void AddParameterLine(const char* text) {
     std::snprintf(state.hostLogLine, sizeof state.hostLogLine, "     .           %s\n", text);
     Append(state.hostLog, state.hostLogLine);
 }
+
+}  // namespace mqamod

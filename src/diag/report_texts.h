@@ -6,6 +6,8 @@
 // dropped as a whole, and later lines that fit are still appended.
 #pragma once
 
+namespace mqamod {
+
 /// Return the two forms. The texts belong to the module and are valid until it is unloaded.
 [[nodiscard]] const char* ConsoleReportText();
 [[nodiscard]] const char* HostLogReportText();
@@ -21,3 +23,5 @@ void AddNumberedLine(int number, const char* text);
 
 /// Appends a line of the parameter report to both forms.
 void AddParameterLine(const char* text);
+
+}  // namespace mqamod

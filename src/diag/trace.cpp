@@ -7,6 +7,8 @@
 #include "diag/module_id.h"
 #include "diag/report_texts.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr std::size_t kTimeCharacters = 8;  // HH:MM:SS
@@ -102,3 +104,5 @@ const char* FormatUntracedLine(const char* format, ...) {
     va_end(arguments);
     return state.untracedLine;
 }
+
+}  // namespace mqamod

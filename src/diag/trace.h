@@ -11,6 +11,8 @@
 
 #include <cstdio>
 
+namespace mqamod {
+
 /// The level of a statement: the value of the keyword TRCL from which on it is written.
 enum class TraceLevel { Always = -1, JobEvents = 1, IoEvents = 2, IoBuffers = 3, Details = 4 };
 
@@ -54,3 +56,5 @@ void TraceEntry(const char* optionWord);
 /// Formats into the untraced line, cut at 2047 characters, and returns it. It holds the most recent statement
 /// that found no trace file open; the identification and the help are formatted in it, too.
 [[gnu::format(printf, 1, 2)]] const char* FormatUntracedLine(const char* format, ...);
+
+}  // namespace mqamod

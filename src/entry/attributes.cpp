@@ -10,6 +10,8 @@
 #include "params/host_attributes.h"
 #include "params/keyword_text.h"
 
+namespace mqamod {
+
 namespace {
 
 // The name and value of the block as text. Neither needs to have a NUL, and the length may or may not count it.
@@ -133,3 +135,5 @@ ReturnCode GetAttribute(const AttributeBlock& block) {
     (void)std::fflush(nullptr);
     return pmrcNotSupported;
 }
+
+}  // namespace mqamod

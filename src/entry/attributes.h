@@ -3,6 +3,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Serves the PutAttribute request: acts on GEN_EOF, PRESERVE_RESTART_INFO, TIMEOUT_SECONDS and ZBQ_HL_LOG_HANDLE,
 /// accepts a fixed list of other names without acting, and traces the outcome.
 ///   block  in  the value ends at its NUL or with its length
@@ -14,3 +16,5 @@
 
 /// Serves the GetAttribute request: traces the name. Always returns pmrcNotSupported.
 [[nodiscard]] ReturnCode GetAttribute(const AttributeBlock& block);
+
+}  // namespace mqamod

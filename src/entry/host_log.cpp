@@ -8,6 +8,8 @@
 #include "diag/error_text.h"
 #include "diag/report_texts.h"
 
+namespace mqamod {
+
 namespace {
 
 struct HostLogState {
@@ -56,3 +58,5 @@ ReturnCode TakeHostLogHandle(const char* value, std::uint32_t length) {
 void PrintReport() {
     (void)std::printf("%s", state.supplied ? HostLogReportText() : ConsoleReportText());
 }
+
+}  // namespace mqamod

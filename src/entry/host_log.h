@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Takes over the host's log handle and passes it the host-log form of the start-up report at once.
 ///   value   in  the handle: at most 8 bytes; a shorter one is filled with zeros
 ///   length  in  bytes
@@ -17,3 +19,5 @@
 /// Prints the start-up report to standard output: the host-log form if the host has supplied its handle, otherwise the
 /// console form.
 void PrintReport();
+
+}  // namespace mqamod

@@ -14,6 +14,7 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/replay.h"
 
+namespace mqamod {
 namespace {
 
 void Require(int number, bool holds) {
@@ -36,8 +37,10 @@ void CheckInvariants() {
     Require(6, !queueOpen || CkPtFileStream() == nullptr || RecordBufferExists());
 }
 
+}  // namespace mqamod
+
 #else
 
-void CheckInvariants() {}
+void mqamod::CheckInvariants() {}
 
 #endif

@@ -8,6 +8,10 @@
 //   6  With a queue open, an open checkpoint file has a last-record buffer.
 #pragma once
 
+namespace mqamod {
+
 /// Ends the process, with a line that has the number of the invariant, if one does not hold. Does nothing in other
 /// builds.
 void CheckInvariants();
+
+}  // namespace mqamod

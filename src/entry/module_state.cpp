@@ -1,5 +1,7 @@
 #include "entry/module_state.h"
 
+namespace mqamod {
+
 namespace {
 
 struct State {
@@ -32,3 +34,5 @@ bool TakeFirstCall() {
     state.identified = true;
     return first;
 }
+
+}  // namespace mqamod

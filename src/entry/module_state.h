@@ -1,6 +1,8 @@
 // The phase of the module as the dispatcher sees it.
 #pragma once
 
+namespace mqamod {
+
 /// What Init and Shut make of the module. The values index the words of a refusal.
 enum class Phase {
     kLoaded = 0,       ///< loaded, or shut: waits for an Init
@@ -17,3 +19,5 @@ void SetPositionUnchangedFlag(bool unchanged);
 
 /// Returns true on the first call in the process and false on every later one.
 [[nodiscard]] bool TakeFirstCall();
+
+}  // namespace mqamod

@@ -22,6 +22,8 @@
 #include "entry/requests.h"
 #include "mqamod.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "PIDMMain";
@@ -105,11 +107,17 @@ void Finish(RequestBlock* request, void* data, ReturnCode rc) {
     if (std::FILE* file = TraceFile()) (void)std::fflush(file);
 }
 
-}  // namespace
-
-[[gnu::visibility("default")]] void PIDMMain(RequestBlock* request, void* data) {
+void Serve(RequestBlock* request, void* data) {
     CheckInvariants();
     if (TakeFirstCall()) ShowModuleID();
     Finish(request, data, Dispatch(request->OptCode, data));
     CheckInvariants();
+}
+
+}  // namespace
+
+}  // namespace mqamod
+
+[[gnu::visibility("default")]] void PIDMMain(RequestBlock* request, void* data) {
+    mqamod::Serve(request, data);
 }

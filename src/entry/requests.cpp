@@ -21,6 +21,8 @@
 #include "recovery/position.h"
 #include "recovery/restart.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "PIDMMain";
@@ -136,3 +138,5 @@ ReturnCode RunGetAttribute(void* data) {
 ReturnCode RunPutAttribute(void* data) {
     return PutAttribute(*static_cast<const AttributeBlock*>(data));
 }
+
+}  // namespace mqamod

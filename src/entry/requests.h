@@ -4,6 +4,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 [[nodiscard]] ReturnCode RunInit(void* data);
 [[nodiscard]] ReturnCode RunOpen(void* data);
 [[nodiscard]] ReturnCode RunClose(void* data);
@@ -16,3 +18,5 @@
 [[nodiscard]] ReturnCode RunId(void* data);
 [[nodiscard]] ReturnCode RunGetAttribute(void* data);
 [[nodiscard]] ReturnCode RunPutAttribute(void* data);
+
+}  // namespace mqamod

@@ -7,6 +7,8 @@
 #include "mqi/mqi.h"
 #include "platform/os.h"
 
+namespace mqamod {
+
 namespace {
 
 struct Verbs {
@@ -101,6 +103,13 @@ MQLONG Bind(const MQCNO* options) {
 const char* MqLibraryFailure() {
     return binding.failed ? binding.failureText : nullptr;
 }
+
+}  // namespace mqamod
+
+// The verbs have IBM's names, so they are global.
+
+using mqamod::Bind;
+using mqamod::binding;
 
 void MQCONNX(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
     const MQLONG reason = Bind(ConnectOpts);

@@ -13,6 +13,10 @@
 // The other verbs require a successful MQCONNX.
 #pragma once
 
+namespace mqamod {
+
 /// Returns one line with the libraries that the last MQCONNX tried to bind, in order, and the loader's reason for
 /// each; null if a library was bound. Valid until the next MQCONNX.
 [[nodiscard]] const char* MqLibraryFailure();
+
+}  // namespace mqamod

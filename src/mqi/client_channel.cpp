@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace mqamod {
+
 namespace {
 
 struct ChannelState {
@@ -30,3 +32,5 @@ void SetConnectionName(const char* value) {
 MQCD* ClientChannel() {
     return &state.definition;
 }
+
+}  // namespace mqamod

@@ -4,6 +4,8 @@
 
 #include "mqi/mqi.h"
 
+namespace mqamod {
+
 /// Fills the ChannelName field with zeros and copies up to 20 bytes of the value into it. A full field has no NUL.
 void SetChannelName(const char* value);
 
@@ -12,3 +14,5 @@ void SetConnectionName(const char* value);
 
 /// Returns the definition for MQCONNX.
 [[nodiscard]] MQCD* ClientChannel();
+
+}  // namespace mqamod

@@ -2,6 +2,8 @@
 
 #include "platform/assert.h"
 
+namespace mqamod {
+
 namespace {
 
 struct Session {
@@ -45,3 +47,5 @@ MQLONG TakeNextGetSync() {
     session.NextGetSync = session.LaterGetSync;
     return sync;
 }
+
+}  // namespace mqamod

@@ -3,6 +3,8 @@
 
 #include "mqi/mqi.h"
 
+namespace mqamod {
+
 /// Returns the connection handle, 0 when not connected. Set by a successful MQCONNX, cleared by CloseAll.
 [[nodiscard]] MQHCONN ConnectionHandle();
 void SetConnectionHandle(MQHCONN handle);
@@ -19,3 +21,5 @@ void ChooseSyncpoint(MQLONG nextGetSync, MQLONG laterGetSync);
 /// Returns the choice for the MQGET about to be made, and replaces it with the choice for later gets. Requires an
 /// earlier ChooseSyncpoint.
 [[nodiscard]] MQLONG TakeNextGetSync();
+
+}  // namespace mqamod

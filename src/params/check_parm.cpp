@@ -11,6 +11,8 @@
 #include "params/keyword_text.h"
 #include "params/settings.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "CheckParm";
@@ -341,3 +343,5 @@ ReturnCode CheckParm(char* const* tokens, std::int32_t count, std::int32_t* inde
     if (row == nullptr) return Fail(FormatNumbered<Message::kUnidentifiedKeyword>(keyword));
     return row->check(*row, {tokens, count, index});
 }
+
+}  // namespace mqamod

@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Validates the keyword at the index and stores its value in the settings.
 ///   tokens  in/out  count NUL-terminated tokens, owned by the caller; a value that is a word (Yes, No, T) is
 ///                   converted to upper case in place
@@ -12,3 +14,5 @@
 /// Returns pmrcOK; or pmrcFailure, with an error text, if the keyword is unknown, or its value is missing or
 /// refused. A refused number stays stored.
 [[nodiscard]] ReturnCode CheckParm(char* const* tokens, std::int32_t count, std::int32_t* index);
+
+}  // namespace mqamod

@@ -1,5 +1,7 @@
 #include "params/host_attributes.h"
 
+namespace mqamod {
+
 namespace {
 
 // Written only by the routines of this file. All are zero when the module is loaded.
@@ -41,3 +43,5 @@ void EnableTimeout(std::int32_t seconds) {
     attributes.TimeoutEnabled = true;
     attributes.timeoutSeconds = seconds;
 }
+
+}  // namespace mqamod

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace mqamod {
+
 /// Returns whether the host has asked for the end of the input.
 [[nodiscard]] bool GenEofFlag();
 void SetGenEofFlag(bool requested);
@@ -15,3 +17,5 @@ void SetPreserveRestartInfo(bool preserve);
 [[nodiscard]] bool TimeoutEnabled();
 [[nodiscard]] std::int32_t TimeoutSeconds();
 void EnableTimeout(std::int32_t seconds);
+
+}  // namespace mqamod

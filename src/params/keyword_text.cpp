@@ -6,6 +6,8 @@
 #include <cstring>
 #include <limits>
 
+namespace mqamod {
+
 namespace {
 
 using Limits = std::numeric_limits<std::int32_t>;
@@ -74,3 +76,5 @@ std::int32_t ReadNumber(const char* text, std::size_t length) {
     if (negative) number = -number;
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
 }
+
+}  // namespace mqamod

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace mqamod {
+
 inline constexpr std::int32_t kMaxTokens = 256;
 
 /// The tokens of one text, each a NUL-terminated copy on the heap; the slot after the last one is null. Free
@@ -31,3 +33,5 @@ void UpperCase(char* token);
 /// out of every range instead of wrapping around into one.
 ///   text  in  length bytes; it ends earlier at a NUL
 [[nodiscard]] std::int32_t ReadNumber(const char* text, std::size_t length);
+
+}  // namespace mqamod

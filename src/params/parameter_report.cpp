@@ -6,6 +6,8 @@
 #include "mqi/client_channel.h"
 #include "params/settings.h"
 
+namespace mqamod {
+
 namespace {
 
 void TraceJobEvent(const char* text) {
@@ -83,3 +85,5 @@ void ReportParametersInEffect() {
     TraceJobEvent(FormatText("Server name: '%.*s'", static_cast<int>(sizeof channel.ConnectionName),
                              channel.ConnectionName));
 }
+
+}  // namespace mqamod

@@ -11,6 +11,8 @@
 #include "params/keyword_text.h"
 #include "params/settings.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "ReadParmFile";
@@ -72,3 +74,5 @@ ReturnCode ReadParmFile() {
     (void)std::fclose(file);
     return rc;
 }
+
+}  // namespace mqamod

@@ -4,6 +4,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Stores the path of the file that ReadParmFile reads: at most 32766 characters.
 void SetParmFilePath(const char* path);
 
@@ -13,3 +15,5 @@ void SetParmFilePath(const char* path);
 /// Returns pmrcOK; or pmrcFailure, with an error text, if the file cannot be opened or read, or at the first
 /// line that CheckParm refuses.
 [[nodiscard]] ReturnCode ReadParmFile();
+
+}  // namespace mqamod

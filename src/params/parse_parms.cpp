@@ -18,6 +18,8 @@
 #include "params/settings.h"
 #include "platform/os.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "ParseParms";
@@ -184,3 +186,5 @@ ReturnCode ParseParms(const char* initString, std::int32_t length) {
     ReportAndCountAttempts();
     return PrepareCheckpointing();
 }
+
+}  // namespace mqamod

@@ -7,8 +7,12 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Reads the parameters and puts them into effect. Requires a stored trace level of 0.
 ///   initString  in  length bytes; it ends earlier at a NUL. Null means an empty string
 /// Returns pmrcOK; or pmrcFailure, with an error text, at the first failure. Nothing that was done before is
 /// undone.
 [[nodiscard]] ReturnCode ParseParms(const char* initString, std::int32_t length);
+
+}  // namespace mqamod

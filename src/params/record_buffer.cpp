@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace mqamod {
+
 namespace {
 
 // Written only by the routines of this file.
@@ -58,3 +60,5 @@ const void* KeptRecordImage() {
 bool EqualsKeptRecord(const void* record, std::uint32_t length) {
     return std::memcmp(Data(), record, length) == 0;
 }
+
+}  // namespace mqamod

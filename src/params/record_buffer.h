@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace mqamod {
+
 inline constexpr std::size_t kRecordLengthBytes = 8;
 
 /// Allocates the buffer for records of at most recordBytes, and frees an earlier one. The new buffer is filled
@@ -36,3 +38,5 @@ void KeepRecord(const void* record, std::uint32_t length);
 /// is shorter, the comparison includes bytes of earlier records; hosts depend on that.
 ///   length  in  bytes, at most the recordBytes of AllocateRecordBuffer
 [[nodiscard]] bool EqualsKeptRecord(const void* record, std::uint32_t length);
+
+}  // namespace mqamod

@@ -1,5 +1,7 @@
 #include "params/settings.h"
 
+namespace mqamod {
+
 Settings writableSettings;
 
 const Settings& Setting() {
@@ -24,3 +26,5 @@ void ResetSettings() {
     writableSettings.CKFILE = false;
     writableSettings.MqCheckpointMode = false;
 }
+
+}  // namespace mqamod

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace mqamod {
+
 inline constexpr std::int32_t kMaxPathCharacters = 32766;
 inline constexpr std::size_t kPathBytes = kMaxPathCharacters + 1;
 inline constexpr std::int32_t kMaxNameCharacters = 48;  // queue managers and queues
@@ -75,3 +77,5 @@ extern Settings writableSettings;
 
 /// Sets the defaults of the settings that each Init resets.
 void ResetSettings();
+
+}  // namespace mqamod

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdio>
 
+namespace mqamod {
+
 /// Separates the directories of a path.
 extern const char kPathDelimiter;
 
@@ -46,3 +48,5 @@ void SleepMilliseconds(std::uint32_t milliseconds);
 
 /// Returns the address of an exported symbol of a loaded library, or null if there is no such symbol.
 [[nodiscard]] void* FindLibrarySymbol(void* library, const char* name);
+
+}  // namespace mqamod

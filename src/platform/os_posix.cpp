@@ -7,6 +7,8 @@
 
 #include "platform/os.h"
 
+namespace mqamod {
+
 const char kPathDelimiter = '/';
 const char* const kBuildTarget = "64-bit Linux";
 const MqLibraryNames kMqLibraryNames = {"libmqic_r.so", "libmqm_r.so", "/opt/mqm/lib64/"};
@@ -50,3 +52,5 @@ void* LoadSharedLibrary(const char* path, char* reason, std::size_t reasonBytes)
 void* FindLibrarySymbol(void* library, const char* name) {
     return dlsym(library, name);
 }
+
+}  // namespace mqamod

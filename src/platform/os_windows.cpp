@@ -9,6 +9,8 @@
 
 #include "platform/os.h"
 
+namespace mqamod {
+
 const char kPathDelimiter = '\\';
 const char* const kBuildTarget = "64-bit WIN64";
 const MqLibraryNames kMqLibraryNames = {"mqic.dll", "mqm.dll", "C:\\Program Files\\IBM\\MQ\\bin64\\"};
@@ -54,3 +56,5 @@ void* LoadSharedLibrary(const char* path, char* reason, std::size_t reasonBytes)
 void* FindLibrarySymbol(void* library, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(reinterpret_cast<HMODULE>(library), name));
 }
+
+}  // namespace mqamod

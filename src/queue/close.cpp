@@ -11,6 +11,8 @@
 #include "recovery/checkpoint_file.h"
 #include "recovery/message_log.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "CloseAll";
@@ -70,3 +72,5 @@ ReturnCode CloseAll(std::uint16_t mode) {
     ReleaseCkPtFile();
     return pmrcOK;
 }
+
+}  // namespace mqamod

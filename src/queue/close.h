@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Closes the log, the queue, the connection and the checkpoint file, in this order, and keeps or deletes the two
 /// files depending on PreserveRestartInfo. What is not open is skipped, but a file that an earlier CloseAll kept is
 /// deleted if PreserveRestartInfo has been cleared since. The handles are cleared even if MQ reports a failure.
@@ -13,3 +15,5 @@
 /// MQAMOD_STOP_AT_FIRST_FAILURE returns pmrcFailure, with an error text, when MQCLOSE or MQDISC did not end OK; the
 /// steps after it have then not been taken.
 [[nodiscard]] ReturnCode CloseAll(std::uint16_t mode);
+
+}  // namespace mqamod

@@ -9,6 +9,8 @@
 #include "params/settings.h"
 #include "platform/assert.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr MQLONG kUnlimitedSlice = 15000;  // milliseconds: unlimited waiting is done in slices of this length
@@ -84,3 +86,5 @@ GetResult GetMessage(void* buffer) {
     if (TimeoutEnabled() && state.TimedOutFlag) end = GetEnd::kTimedOut;
     return {end, state.outcome, state.descriptor.BackoutCount};
 }
+
+}  // namespace mqamod

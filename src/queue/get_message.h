@@ -3,6 +3,8 @@
 
 #include "mqi/mqi.h"
 
+namespace mqamod {
+
 /// How the wait for a message ended.
 enum class GetEnd {
     kMqOutcome,     ///< MQGET returned a message or failed with a reason other than "no message"
@@ -30,3 +32,5 @@ struct GetResult {
 ///   buffer  out  BKSZ bytes, changed only by an MQGET that returns data, with or without a warning
 /// Requires an open queue.
 [[nodiscard]] GetResult GetMessage(void* buffer);
+
+}  // namespace mqamod

@@ -17,6 +17,8 @@
 #include "recovery/position.h"
 #include "recovery/replay.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "PIDMMain";
@@ -155,3 +157,5 @@ MQLONG OpenCompletionCode() {
 const MQCHAR* OpenedObjectName() {
     return state.descriptor.ObjectName;
 }
+
+}  // namespace mqamod

@@ -6,6 +6,8 @@
 #include "mqamod.h"
 #include "mqi/mqi.h"
 
+namespace mqamod {
+
 /// Opens the log, connects (as a client if a channel and a server were given), opens the queue with retries, resets
 /// the read state and opens the checkpoint file.
 ///   openMode        in  1 for reading; anything else is refused
@@ -21,3 +23,5 @@
 
 /// Returns the 48 characters of the queue's name in the object descriptor. A full name has no NUL.
 [[nodiscard]] const MQCHAR* OpenedObjectName();
+
+}  // namespace mqamod

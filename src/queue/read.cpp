@@ -15,6 +15,8 @@
 #include "recovery/position.h"
 #include "recovery/replay.h"
 
+namespace mqamod {
+
 namespace {
 
 struct ReadState {
@@ -191,3 +193,5 @@ ReturnCode ReadRecord(void* buffer, std::uint32_t& length) {
 void SetKeepPrevious(bool keep) {
     state.KeepPreviousFlag = keep;
 }
+
+}  // namespace mqamod

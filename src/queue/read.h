@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Returns the next record.
 ///   buffer  out  at least BKSZ bytes, receives the record; undefined if none is returned
 ///   length  out  bytes of the record, 0 if none is returned
@@ -20,3 +22,5 @@
 /// Sets KeepPreviousFlag: whether each record returned is kept in the last-record buffer. Called by each Open that
 /// opens the queue.
 void SetKeepPrevious(bool keep);
+
+}  // namespace mqamod

@@ -5,6 +5,8 @@
 #include "diag/trace.h"
 #include "mqi/session.h"
 
+namespace mqamod {
+
 ReturnCode BackOutMQ() {
     constexpr char kFunction[] = "BackOutMQ";
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "Backing out MQ transactions via MQBACK");
@@ -16,3 +18,5 @@ ReturnCode BackOutMQ() {
                 FormatNumbered<Message::kBackOutFailed>(static_cast<long>(reason)));
     return pmrcFailure;
 }
+
+}  // namespace mqamod

@@ -3,6 +3,10 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Backs out the unit of work with MQBACK. Returns pmrcOK, or pmrcFailure with an error text when MQBACK ended
 /// with a warning or failed.
 [[nodiscard]] ReturnCode BackOutMQ();
+
+}  // namespace mqamod

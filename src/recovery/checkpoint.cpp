@@ -10,6 +10,8 @@
 #include "recovery/position.h"
 #include "recovery/replay.h"
 
+namespace mqamod {
+
 namespace {
 
 struct CheckpointState {
@@ -84,3 +86,5 @@ void ClearCkPtPending() {
 bool CkPtTaken() {
     return state.CkPtTaken;
 }
+
+}  // namespace mqamod

@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Serves the GetPos request.
 ///   position  out  the module's own block, which the host copies at once; null when none is handed out
 /// Returns pmrcOK with a position; pmrcOK without one when a checkpoint was pending and has now been carried out
@@ -26,3 +28,5 @@ void ClearCkPtPending();
 
 /// Returns whether a checkpoint has been carried out, or has failed, since the module was loaded. Never cleared.
 [[nodiscard]] bool CkPtTaken();
+
+}  // namespace mqamod

@@ -13,6 +13,8 @@
 #include "recovery/back_out.h"
 #include "recovery/position.h"
 
+namespace mqamod {
+
 namespace {
 
 struct CkPtFileState {
@@ -166,3 +168,5 @@ void DropCkPtFileStream() {
     state.CkPtFileStream = nullptr;
     state.lostBytes = false;
 }
+
+}  // namespace mqamod

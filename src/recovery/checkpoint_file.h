@@ -13,6 +13,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Opens the file of the CKFILE setting. A file that exists is opened for recovery and keeps its contents, unless
 /// ReleaseCkPtFile has run in this process. Otherwise an empty file is created. Clears the last-record buffer.
 /// Does nothing without checkpointing. Returns pmrcOK; or pmrcFailure, with an error text, when the file cannot be
@@ -50,3 +52,5 @@ void ReleaseCkPtFile();
 
 /// Closes the stream, if there is one, without deleting the file.
 void DropCkPtFileStream();
+
+}  // namespace mqamod

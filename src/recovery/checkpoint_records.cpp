@@ -1,5 +1,7 @@
 #include "recovery/checkpoint_records.h"
 
+namespace mqamod {
+
 namespace {
 
 PieceRead ReadPiece(std::FILE* stream, void* bytes, std::size_t count) {
@@ -22,3 +24,5 @@ PieceRead ReadRecordLength(std::FILE* stream, std::uint64_t& length) {
 PieceRead ReadRecordBody(std::FILE* stream, void* record, std::uint64_t length) {
     return ReadPiece(stream, record, static_cast<std::size_t>(length));
 }
+
+}  // namespace mqamod

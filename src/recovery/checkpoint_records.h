@@ -8,6 +8,8 @@
 
 #include "params/record_buffer.h"
 
+namespace mqamod {
+
 inline constexpr std::size_t kSequenceBytes = 4;
 
 /// How the read of a piece ended.
@@ -26,3 +28,5 @@ struct PieceRead {
 
 /// Reads `length` bytes of a record.
 [[nodiscard]] PieceRead ReadRecordBody(std::FILE* stream, void* record, std::uint64_t length);
+
+}  // namespace mqamod

@@ -16,6 +16,8 @@
 #include "recovery/position.h"
 #include "recovery/replay.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "ResetCkptFile";
@@ -182,3 +184,5 @@ ReturnCode ResetCkptFile() {
     if (!RecordBufferExists()) return Fail("memory allocation failed");
     return ReplayFromCkPt() ? RewriteDuringReplay() : TruncateAndRewrite();
 }
+
+}  // namespace mqamod

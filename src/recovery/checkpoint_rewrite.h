@@ -3,6 +3,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Truncates the checkpoint file and writes the new sequence number and the last record returned. During a replay
 /// the records not yet replayed follow, copied through the temporary checkpoint file, and the stream is then just
 /// before the first of them.
@@ -12,3 +14,5 @@
 /// file may then be truncated or closed. In a replay the temporary file is kept, since it may be the only file
 /// that contains the records.
 [[nodiscard]] ReturnCode ResetCkptFile();
+
+}  // namespace mqamod

@@ -13,6 +13,8 @@
 #include "platform/assert.h"
 #include "platform/os.h"
 
+namespace mqamod {
+
 namespace {
 
 struct LogState {
@@ -113,3 +115,5 @@ void DropLogStream() {
     if (log.stream != nullptr) (void)std::fclose(log.stream);
     log.stream = nullptr;
 }
+
+}  // namespace mqamod

@@ -6,6 +6,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Opens the log of the LOG setting. A file that exists is kept and overwritten from its beginning, although the
 /// trace says "will append": restarts rely on that. Returns pmrcOK; or pmrcFailure, with an error text, when the
 /// file cannot be looked for or opened.
@@ -30,3 +32,5 @@ void CloseLogFile();
 
 /// Closes a log that a failed Open left open, without deleting its file.
 void DropLogStream();
+
+}  // namespace mqamod

@@ -1,5 +1,7 @@
 #include "recovery/position.h"
 
+namespace mqamod {
+
 namespace {
 
 // Positions come back from the host and sequence numbers from the file, so both may be any 32 bits.
@@ -59,3 +61,5 @@ const PositionData* NextPosition() {
     position.handedOut.CkPtOffset = position.CkPtOffset;
     return &position.handedOut;
 }
+
+}  // namespace mqamod

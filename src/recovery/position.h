@@ -6,6 +6,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Starts a new queue: no checkpoint, no record. CkPtOffset keeps its value.
 void ResetPosition();
 
@@ -35,3 +37,5 @@ void SetCkPtOffset(std::int64_t offset);
 /// Advances to the next sequence number and returns the position as it is now. The module owns the block, and
 /// its sequence number changes with CkPtSeq.
 [[nodiscard]] const PositionData* NextPosition();
+
+}  // namespace mqamod

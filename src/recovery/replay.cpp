@@ -11,6 +11,8 @@
 #include "recovery/checkpoint_records.h"
 #include "recovery/position.h"
 
+namespace mqamod {
+
 namespace {
 
 struct ReplayState {
@@ -114,3 +116,5 @@ ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length) {
     length = static_cast<std::uint32_t>(recordLength);
     return ReplayRead::kRecord;
 }
+
+}  // namespace mqamod

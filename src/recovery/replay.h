@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// How an attempt to read a record of the replay ended.
 enum class ReplayRead {
     kRecord,        ///< a record was returned
@@ -30,3 +32,5 @@ void EndReplay();
 /// Fails when no file is open, when the file cannot be read, when it ends within a record and when a record length
 /// is above BKSZ. The stream is then after the bytes that were read.
 [[nodiscard]] ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length);
+
+}  // namespace mqamod

@@ -14,6 +14,8 @@
 #include "recovery/position.h"
 #include "recovery/replay.h"
 
+namespace mqamod {
+
 namespace {
 
 constexpr char kFunction[] = "PIDMMain";
@@ -75,3 +77,5 @@ ReturnCode SetPosition(const void* position, std::uint32_t length) {
     BeginReplay();
     return pmrcOK;
 }
+
+}  // namespace mqamod

@@ -5,6 +5,8 @@
 
 #include "mqamod.h"
 
+namespace mqamod {
+
 /// Serves the SetPos request: positions the checkpoint file at the checkpoint of the position and begins the
 /// replay. The first record replayed is the last one that the host had received before the checkpoint.
 ///   position  in  length bytes, a PositionData if length is right
@@ -15,3 +17,5 @@
 /// file have changed as far as it got. A replay continues, and a pending checkpoint stays pending unless it was the
 /// one that failed.
 [[nodiscard]] ReturnCode SetPosition(const void* position, std::uint32_t length);
+
+}  // namespace mqamod

@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace mqamod;
+
 enum class Shown { kErrorText, kTrace, kNowhere, kReserved };
 enum class Recovery { kPermanent, kTransient, kByReason, kWarning };
 

@@ -22,6 +22,8 @@
 
 namespace {
 
+using namespace mqamod;
+
 using testing::Contains;
 using testing::ElementsAre;
 

@@ -10,6 +10,8 @@
 
 namespace {
 
+using namespace mqamod;
+
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;

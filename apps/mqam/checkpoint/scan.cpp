@@ -14,6 +14,13 @@ namespace mqam {
 
 namespace {
 
+using mqamod::kRecordLengthBytes;
+using mqamod::kSequenceBytes;
+using mqamod::PieceRead;
+using mqamod::ReadRecordBody;
+using mqamod::ReadRecordLength;
+using mqamod::ReadSequence;
+
 constexpr std::size_t kHeadBytes = 32;
 constexpr std::size_t kSearchedBytes = std::size_t{64} << 20;
 

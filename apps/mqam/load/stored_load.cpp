@@ -24,8 +24,9 @@ struct CloseStream {
 bool ReadBody(const std::string& path, const ScannedRecord& record, std::vector<char>& body) {
     const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
     body.resize(static_cast<std::size_t>(record.length));
-    return stream != nullptr && platform::MoveStreamTo(stream.get(), record.offset + kRecordLengthBytes) &&
-           ReadRecordBody(stream.get(), body.data(), record.length).complete;
+    return stream != nullptr &&
+           platform::MoveStreamTo(stream.get(), record.offset + mqamod::kRecordLengthBytes) &&
+           mqamod::ReadRecordBody(stream.get(), body.data(), record.length).complete;
 }
 
 bool Complain(std::string& reason, const std::string& words) {
