@@ -57,6 +57,8 @@ elseif(MQAMOD_SANITIZE)
 endif()
 if(MQAMOD_COVERAGE)
   target_compile_options(project_options INTERFACE --coverage -O0)
+  # Assertions would add branches that no test can take.
+  target_compile_definitions(project_options INTERFACE MQAMOD_COVERAGE)
   target_link_options(test_options INTERFACE --coverage)
 endif()
 if(MQAMOD_FUZZ)

@@ -78,22 +78,21 @@ ReturnCode ClassifyGet(const GetOutcome& outcome) {
 
 // Classifies a wait that ended without a usable MQGET: pmrcOK if there is an outcome to classify.
 ReturnCode ClassifyWait(const GetResult& got) {
-    switch (got.end) {
-        case GetEnd::kTimedOut:
-            TraceJobEvent(Severity::Warning, "Expiration of TimeOut Value");
-            return pmrcTimeout;
-        case GetEnd::kEofRequested:
-            // No MQGET was made, so the outcome is left over from an earlier Read. An end of the input is traced
-            // again; a message or a failure is ignored.
-            if (!IsMessage(got.outcome)) TraceInputEnd(FindInputEnd(got.outcome));
-            return pmrcEOF;
-        case GetEnd::kReadWaitOver:
-            // If the clock jumped forward, no MQGET was made. The outcome may then be a message that an earlier Read
-            // has returned, and it must not be returned again.
-            if (got.outcome.compCode != MQCC_OK) return pmrcOK;
-            TraceInputEnd(InputEnd::kEmptyQueue);
-            return pmrcEOF;
-        case GetEnd::kMqOutcome: break;
+    if (got.end == GetEnd::kTimedOut) {
+        TraceJobEvent(Severity::Warning, "Expiration of TimeOut Value");
+        return pmrcTimeout;
+    }
+    if (got.end == GetEnd::kEofRequested) {
+        // No MQGET was made, so the outcome is left over from an earlier Read. An end of the input is traced again; a
+        // message or a failure is ignored.
+        if (!IsMessage(got.outcome)) TraceInputEnd(FindInputEnd(got.outcome));
+        return pmrcEOF;
+    }
+    if (got.end == GetEnd::kReadWaitOver && got.outcome.compCode == MQCC_OK) {
+        // The clock jumped forward, so no MQGET was made. The outcome is the message of an earlier Read, which must not
+        // be returned again.
+        TraceInputEnd(InputEnd::kEmptyQueue);
+        return pmrcEOF;
     }
     return pmrcOK;
 }
@@ -153,13 +152,12 @@ ReturnCode ReadFromQueue(void* buffer, std::uint32_t& length) {
 
 // Reads from the checkpoint file or, if the replay is at its end, from the queue.
 ReturnCode ReadFromReplay(void* buffer, std::uint32_t& length) {
-    switch (ReadFromChkPt(buffer, length)) {
-        case ReplayRead::kRecord: KeepAsPrevious(buffer, length); return pmrcOK;
-        case ReplayRead::kEndOfReplay: return ReadFromQueue(buffer, length);
-        case ReplayRead::kNotSupported: return pmrcNotSupported;
-        case ReplayRead::kFailed: break;
-    }
-    return pmrcFailure;
+    const ReplayRead read = ReadFromChkPt(buffer, length);
+    if (read == ReplayRead::kEndOfReplay) return ReadFromQueue(buffer, length);
+    if (read == ReplayRead::kNotSupported) return pmrcNotSupported;
+    if (read == ReplayRead::kFailed) return pmrcFailure;
+    KeepAsPrevious(buffer, length);
+    return pmrcOK;
 }
 
 void TraceRecord(const void* record, std::uint32_t length) {
