@@ -44,7 +44,10 @@ void WriteTraceStamp();
 /// name to the untraced line. Then flushes all output streams of the process, even if the level was not
 /// admitted. That flush is part of the module's contract: the header of a new checkpoint file reaches the
 /// operating system by it and by nothing else.
-///   function  in  the routine that the line names
+///   function  in  the routine that the line names. Trace lines and error texts name the routines of the
+///                 documented interface, which operators search for. Where the code is divided differently, a
+///                 file has its name in a constant: all that serves a request directly says "PIDMMain", and the
+///                 release of the checkpoint file says "CloseAll"
 ///   text      in  as a rule MessageText()
 void TraceLine(TraceLevel level, Severity severity, const char* function, const char* text);
 

@@ -37,8 +37,8 @@ namespace mqamod {
 /// flushed, while errno is still that call's.
 void NoteLostBytes();
 
-/// Closes the file, if it is open, and keeps or deletes it depending on PreserveRestartInfo. From now on every Open
-/// creates an empty file. A file that an earlier close kept is deleted if PreserveRestartInfo has been cleared
+/// Closes the file, if it is open, and keeps or deletes it depending on PreserveRestartInfo. Sets FreshCkPtFile, which
+/// means: this process has released its checkpoint file, so from now on every Open creates a fresh one. A file that an earlier close kept is deleted if PreserveRestartInfo has been cleared
 /// since. A deletion that fails is a warning in the trace.
 void ReleaseCkPtFile();
 
