@@ -1,12 +1,12 @@
-// The trace: a file that records what the module does, at one of four levels. Every line is flushed at once, so
-// the trace survives a crash of the host.
+// The trace: a file that records what the module does, at one of four levels. Every line is flushed at once,
+// so the trace survives a crash of the host.
 //
-// A line is "HH:MM:SS: FUNCTION(SEVERITY): TEXT". FUNCTION is the routine that the interface documents, which is
-// not always the function that writes the line: most lines of open.cpp, read.cpp and requests.cpp say
+// A line is "HH:MM:SS: FUNCTION(SEVERITY): TEXT". FUNCTION is the routine that the interface documents, which
+// is not always the function that writes the line: most lines of open.cpp, read.cpp and requests.cpp say
 // "PIDMMain", and those about releasing files say "CloseAll".
 //
-// How long a line can be depends on where its text was formatted. The message text (message_text.h) cuts it at
-// 1023 characters. The untraced line, which replaces the trace file when none is open, has room for 2047.
+// How long a line can be depends on where its text was formatted. The message text (message_text.h) cuts it
+// at 1023 characters. The untraced line, which replaces the trace file when none is open, has room for 2047.
 #pragma once
 
 #include <cstdio>
@@ -21,13 +21,13 @@ enum class Severity { Info, Warning, Error };
 /// Returns "info", "!warning!" or "!ERROR!".
 [[nodiscard]] const char* SeverityWord(Severity severity);
 
-/// Stores the level that statements are compared with: 0 at the start of Init, TRCL once that keyword has been
-/// read, and TRCL + 1 when all parameters have been read.
+/// Stores the level that statements are compared with: 0 at the start of Init, TRCL once that keyword has
+/// been read, and TRCL + 1 when all parameters have been read.
 void SetTraceLevel(int storedLevel);
 [[nodiscard]] int StoredTraceLevel();
 
-/// Returns whether a statement of this level is written: Always is written at any stored level, level N if the
-/// stored level is greater than N.
+/// Returns whether a statement of this level is written: Always is written at any stored level, level N if
+/// the stored level is greater than N.
 [[nodiscard]] bool TraceAdmits(TraceLevel level);
 
 /// Returns the open trace file, or null. Only UseTraceFile closes it.
@@ -40,14 +40,14 @@ void UseTraceFile(std::FILE* file);
 /// Requires an open trace file.
 void WriteTraceStamp();
 
-/// Writes one statement, if its level is admitted: to the trace file, or, when none is open, after the module's
-/// name to the untraced line. Then flushes all output streams of the process, even if the level was not
-/// admitted. That flush is part of the module's contract: the header of a new checkpoint file reaches the
+/// Writes one statement, if its level is admitted: to the trace file, or, when none is open, after the
+/// module's name to the untraced line. Then flushes all output streams of the process, even if the level was
+/// not admitted. That flush is part of the module's contract: the header of a new checkpoint file reaches the
 /// operating system by it and by nothing else.
 ///   function  in  the routine that the line names. Trace lines and error texts name the routines of the
 ///                 documented interface, which operators search for. Where the code is divided differently, a
-///                 file has its name in a constant: all that serves a request directly says "PIDMMain", and the
-///                 release of the checkpoint file says "CloseAll"
+///                 file has its name in a constant: all that serves a request directly says "PIDMMain", and
+///                 the release of the checkpoint file says "CloseAll"
 ///   text      in  as a rule MessageText()
 void TraceLine(TraceLevel level, Severity severity, const char* function, const char* text);
 

@@ -5,8 +5,8 @@
 
 namespace mqamod {
 
-/// Serves the PutAttribute request: acts on GEN_EOF, PRESERVE_RESTART_INFO, TIMEOUT_SECONDS and ZBQ_HL_LOG_HANDLE,
-/// accepts a fixed list of other names without acting, and traces the outcome.
+/// Serves the PutAttribute request: acts on GEN_EOF, PRESERVE_RESTART_INFO, TIMEOUT_SECONDS and
+/// ZBQ_HL_LOG_HANDLE, accepts a fixed list of other names without acting, and traces the outcome.
 ///   block  in  the value ends at its NUL or with its length
 /// Returns pmrcOK;
 ///   pmrcBadAttrName   the name is unknown; no error text

@@ -11,13 +11,14 @@ namespace mqamod {
 ///   value   in  the handle: at most 8 bytes; a shorter one is filled with zeros
 ///   length  in  bytes
 /// Returns pmrcOK;
-///   pmrcBadAttrValue  the host's function refuses, or the handle does not lead to a function; the handle is kept
+///   pmrcBadAttrValue  the host's function refuses, or the handle does not lead to a function; the handle is
+///                     kept
 ///   pmrcFailure       no memory for the buffer of the call, with an error text; the handle does not change
 /// In every case a handle counts as supplied from now on.
 [[nodiscard]] ReturnCode TakeHostLogHandle(const char* value, std::uint32_t length);
 
-/// Prints the start-up report to standard output: the host-log form if the host has supplied its handle, otherwise the
-/// console form.
+/// Prints the start-up report to standard output: the host-log form if the host has supplied its handle,
+/// otherwise the console form.
 void PrintReport();
 
 }  // namespace mqamod

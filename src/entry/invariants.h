@@ -10,8 +10,8 @@
 
 namespace mqamod {
 
-/// Ends the process, with a line that has the number of the invariant, if one does not hold. Does nothing in other
-/// builds.
+/// Ends the process, with a line that has the number of the invariant, if one does not hold. Does nothing in
+/// other builds.
 void CheckInvariants();
 
 }  // namespace mqamod

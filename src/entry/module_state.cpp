@@ -7,8 +7,8 @@ namespace {
 struct State {
     // Set by Init, even if it fails; cleared by Shut.
     Phase ModuleState;
-    // Set by an Open that opens the queue; cleared by Init, Write, Read, GetPos, a successful SetPos and Close, but not
-    // by Shut. Never read.
+    // Set by an Open that opens the queue; cleared by Init, Write, Read, GetPos, a successful SetPos and
+    // Close, but not by Shut. Never read.
     bool PositionUnchangedFlag;
     // The first call has shown the identification. Never cleared.
     bool identified;

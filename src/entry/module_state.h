@@ -12,9 +12,9 @@ enum class Phase {
 [[nodiscard]] Phase ModuleState();
 void SetModuleState(Phase phase);
 
-/// Sets PositionUnchangedFlag: nothing has been asked of the queue since Open. Set by an Open that opens the queue;
-/// cleared by Init, Write, Read, GetPos, a successful SetPos and Close. The flag is written but never read: no request
-/// acts on it. It is kept as a part of the documented state.
+/// Sets PositionUnchangedFlag: nothing has been asked of the queue since Open. Set by an Open that opens the
+/// queue; cleared by Init, Write, Read, GetPos, a successful SetPos and Close. The flag is written but never
+/// read: no request acts on it. It is kept as a part of the documented state.
 void SetPositionUnchangedFlag(bool unchanged);
 
 /// Returns true on the first call in the process and false on every later one.

@@ -1,7 +1,7 @@
 // The exported entry point and the dispatcher.
 //
-// The table of requests below says which request is legal in which phase of the module. Whether a queue is open is
-// checked by the request itself:
+// The table of requests below says which request is legal in which phase of the module. Whether a queue is
+// open is checked by the request itself:
 //
 //   phase and state               entered by                   accepts
 //   kLoaded                       loading the module, Shut     Init, ID
@@ -40,7 +40,8 @@ struct OptionRow {
     ReturnCode (*run)(void* data);
 };
 
-// Runs before Init is checked, so a refused second Init silences the trace as well, until parameters are parsed again.
+// Runs before Init is checked, so a refused second Init silences the trace as well, until parameters are
+// parsed again.
 void SilenceTrace() {
     SetTraceLevel(0);
 }

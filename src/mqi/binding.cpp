@@ -23,8 +23,8 @@ struct Verbs {
 struct Binding {
     // The verbs of the bound library; all null until one is binding.verbs. Never cleared.
     Verbs verbs;
-    // The libraries tried since the last MQCONNX began, with reasons. It fits into the message text together with
-    // what a report adds. Cleared by each MQCONNX that has to bind.
+    // The libraries tried since the last MQCONNX began, with reasons. It fits into the message text together
+    // with what a report adds. Cleared by each MQCONNX that has to bind.
     char failureText[900];
     // The last MQCONNX found no library. Set or cleared by each MQCONNX.
     bool failed;
@@ -47,8 +47,8 @@ bool FindVerb(void* library, const char* libraryName, const char* name, Verb* ve
     return false;
 }
 
-// Binds the library of that path or name. A library that loads but lacks a verb is a broken installation of MQ, so
-// it ends the search.
+// Binds the library of that path or name. A library that loads but lacks a verb is a broken installation of
+// MQ, so it ends the search.
 MQLONG BindLibrary(const char* name) {
     char reason[400];
     void* library = LoadSharedLibrary(name, reason, sizeof reason);

@@ -1,9 +1,10 @@
 // The part of IBM's Message Queue Interface that the module uses: types, structures, constants and verbs.
 //
-// Names, offsets, sizes and values are IBM's (IBM MQ documentation: "Data types used in the MQI", the topics of
-// MQCNO, MQCD, MQOD, MQMD and MQGMO, and "IBM MQ constants"). Structures are declared up to the version that the
-// module passes, which MQ allows as long as their Version field has no higher number: MQCNO 2, MQCD 6, the others 1.
-// A test in tests/mqi compares this file with IBM's own headers on both targets. The names are global, as IBM's are.
+// Names, offsets, sizes and values are IBM's (IBM MQ documentation: "Data types used in the MQI", the topics
+// of MQCNO, MQCD, MQOD, MQMD and MQGMO, and "IBM MQ constants"). Structures are declared up to the version
+// that the module passes, which MQ allows as long as their Version field has no higher number: MQCNO 2, MQCD
+// 6, the others 1. A test in tests/mqi compares this file with IBM's own headers on both targets. The names
+// are global, as IBM's are.
 //
 // Character fields have a fixed width and no terminating NUL when they are full.
 #pragma once
@@ -190,8 +191,8 @@ struct MQGMO {
 };
 static_assert(sizeof(MQGMO) == 72);
 
-// Each routine returns the structure with the values of IBM's initialiser of that name. Fields that are not set here
-// are zero there as well.
+// Each routine returns the structure with the values of IBM's initialiser of that name. Fields that are not
+// set here are zero there as well.
 
 constexpr MQCNO MqcnoDefault() {
     MQCNO cno{};
@@ -258,8 +259,9 @@ constexpr MQGMO MqgmoDefault() {
     return gmo;
 }
 
-// The verbs, with IBM's parameter lists (IBM MQ documentation: "Function calls"). In the module they are entry points
-// that bind an MQ library at run time (mqi/binding.h); the stand-in queue manager defines them itself.
+// The verbs, with IBM's parameter lists (IBM MQ documentation: "Function calls"). In the module they are
+// entry points that bind an MQ library at run time (mqi/binding.h); the stand-in queue manager defines them
+// itself.
 extern "C" {
 void MQCONNX(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);
 void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);

@@ -11,8 +11,8 @@ struct Session {
     MQHCONN ConnectionHandle;
     // 0 when no queue is open. Set by Open, cleared by Close and Shut whatever MQCLOSE returns.
     MQHOBJ QueueHandle;
-    // The syncpoint option of the next MQGET and of the later ones. Set by Open, by each checkpoint and by SetPos;
-    // never cleared.
+    // The syncpoint option of the next MQGET and of the later ones. Set by Open, by each checkpoint and by
+    // SetPos; never cleared.
     MQLONG NextGetSync;
     MQLONG LaterGetSync;
 };

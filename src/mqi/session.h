@@ -9,8 +9,8 @@ namespace mqamod {
 [[nodiscard]] MQHCONN ConnectionHandle();
 void SetConnectionHandle(MQHCONN handle);
 
-/// Returns the handle of the open queue, 0 when no queue is open. Set by an MQOPEN that did not fail, cleared by
-/// CloseAll.
+/// Returns the handle of the open queue, 0 when no queue is open. Set by an MQOPEN that did not fail, cleared
+/// by CloseAll.
 [[nodiscard]] MQHOBJ QueueHandle();
 void SetQueueHandle(MQHOBJ handle);
 
@@ -18,8 +18,8 @@ void SetQueueHandle(MQHOBJ handle);
 /// checkpoint or a SetPos puts all gets under syncpoint. Close and Shut do not clear the choice.
 void ChooseSyncpoint(MQLONG nextGetSync, MQLONG laterGetSync);
 
-/// Returns the choice for the MQGET about to be made, and replaces it with the choice for later gets. Requires an
-/// earlier ChooseSyncpoint.
+/// Returns the choice for the MQGET about to be made, and replaces it with the choice for later gets.
+/// Requires an earlier ChooseSyncpoint.
 [[nodiscard]] MQLONG TakeNextGetSync();
 
 }  // namespace mqamod

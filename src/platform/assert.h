@@ -1,5 +1,5 @@
-// Preconditions that the code states. They are checked in debug builds, in sanitizer builds and by the fuzzers;
-// a release build has none of them.
+// Preconditions that the code states. They are checked in debug builds, in sanitizer builds and by the
+// fuzzers; a release build has none of them.
 #pragma once
 
 #if defined(MQAMOD_CHECK_INVARIANTS) || (!defined(NDEBUG) && !defined(MQAMOD_COVERAGE))

@@ -23,8 +23,8 @@ struct MqLibraryNames {
 extern const MqLibraryNames kMqLibraryNames;
 
 /// Deletes a file as Close does: with the command processor's "del" on Windows, with a file call elsewhere.
-/// Returns 0, or -1 with errno when the command could not be run or the file call failed. A command that runs but
-/// cannot delete the file is not noticed. A file that does not exist is not a failure.
+/// Returns 0, or -1 with errno when the command could not be run or the file call failed. A command that runs
+/// but cannot delete the file is not noticed. A file that does not exist is not a failure.
 [[nodiscard]] int DeleteByCommand(const char* path);
 
 /// Returns the number of this process.
@@ -33,15 +33,15 @@ extern const MqLibraryNames kMqLibraryNames;
 /// Suspends the calling thread.
 void SleepMilliseconds(std::uint32_t milliseconds);
 
-/// Gets the position of a stream, an opaque 8-byte value for SetStreamPosition. Returns false, with errno set and
-/// `position` unchanged, on failure.
+/// Gets the position of a stream, an opaque 8-byte value for SetStreamPosition. Returns false, with errno set
+/// and `position` unchanged, on failure.
 [[nodiscard]] bool GetStreamPosition(std::FILE* stream, std::int64_t& position);
 
 /// Moves a stream to a position from GetStreamPosition. Returns false, with errno set, on failure.
 [[nodiscard]] bool SetStreamPosition(std::FILE* stream, std::int64_t position);
 
-/// Loads a shared library by path, or by a bare name that the system searches for. A library given by its full path
-/// finds the libraries in its own directory.
+/// Loads a shared library by path, or by a bare name that the system searches for. A library given by its
+/// full path finds the libraries in its own directory.
 ///   reason  out  on failure the error message of the loader, truncated to reasonBytes; unchanged on success
 /// Returns a handle, or null. The library stays loaded until the process ends.
 [[nodiscard]] void* LoadSharedLibrary(const char* path, char* reason, std::size_t reasonBytes);

@@ -22,13 +22,15 @@ struct GetOutcome {
 
 struct GetResult {
     GetEnd end;
-    /// The outputs of the most recent MQGET. If this call did not reach an MQGET, they are those of an earlier Read.
+    /// The outputs of the most recent MQGET. If this call did not reach an MQGET, they are those of an
+    /// earlier Read.
     GetOutcome outcome;
     /// How often the message got last had been backed out before. An MQGET that fails does not change it.
     MQLONG backoutCount;
 };
 
-/// Gets with MQGET, in slices of at most the wait interval, until it returns a message, fails or reaches a limit.
+/// Gets with MQGET, in slices of at most the wait interval, until it returns a message, fails or reaches a
+/// limit.
 ///   buffer  out  BKSZ bytes, changed only by an MQGET that returns data, with or without a warning
 /// Requires an open queue.
 [[nodiscard]] GetResult GetMessage(void* buffer);

@@ -24,8 +24,8 @@ namespace {
 constexpr char kFunction[] = "PIDMMain";
 
 struct OpenState {
-    // IBM's defaults with the name of the queue. Set again by each Open that connects; never cleared, since Close
-    // takes the name for its message from here.
+    // IBM's defaults with the name of the queue. Set again by each Open that connects; never cleared, since
+    // Close takes the name for its message from here.
     MQOD descriptor;
     // The completion code of the most recent MQOPEN, MQCC_OK before any. Never cleared: Close acts on it.
     MQLONG compCode;
@@ -74,8 +74,8 @@ ReturnCode Connect() {
     return pmrcOK;
 }
 
-// Reports that the queue could not be opened. For a reason without a message of its own, whatever the message text
-// contains is reported: as a rule "Queue Manager open".
+// Reports that the queue could not be opened. For a reason without a message of its own, whatever the message
+// text contains is reported: as a rule "Queue Manager open".
 ReturnCode FailAttempts(MQLONG reason) {
     const Settings& settings = Setting();
     if (reason == MQRC_OBJECT_IN_USE && settings.MQEX) {
@@ -144,8 +144,8 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (rc != pmrcOK) return rc;
     TraceJobEvent("Queue open");
     ResetReadState();
-    // A failed Close may have left the checkpoint file open. It is dropped only here, because after a failure above
-    // a later CloseAll must still keep or delete the file.
+    // A failed Close may have left the checkpoint file open. It is dropped only here, because after a failure
+    // above a later CloseAll must still keep or delete the file.
     DropCkPtFileStream();
     return OpenCkPtFile();
 }

@@ -20,8 +20,8 @@ namespace mqamod {
 namespace {
 
 struct ReadState {
-    // Each record returned is kept in the last-record buffer. Set or cleared by each Open that opens the queue; not
-    // cleared by Close or Shut.
+    // Each record returned is kept in the last-record buffer. Set or cleared by each Open that opens the
+    // queue; not cleared by Close or Shut.
     bool KeepPreviousFlag;
 };
 ReadState state;
@@ -83,23 +83,23 @@ ReturnCode ClassifyWait(const GetResult& got) {
         return pmrcTimeout;
     }
     if (got.end == GetEnd::kEofRequested) {
-        // No MQGET was made, so the outcome is left over from an earlier Read. An end of the input is traced again; a
-        // message or a failure is ignored.
+        // No MQGET was made, so the outcome is left over from an earlier Read. An end of the input is traced
+        // again; a message or a failure is ignored.
         if (!IsMessage(got.outcome)) TraceInputEnd(FindInputEnd(got.outcome));
         return pmrcEOF;
     }
     if (got.end == GetEnd::kReadWaitOver && got.outcome.compCode == MQCC_OK) {
-        // The clock jumped forward, so no MQGET was made. The outcome is the message of an earlier Read, which must not
-        // be returned again.
+        // The clock jumped forward, so no MQGET was made. The outcome is the message of an earlier Read,
+        // which must not be returned again.
         TraceInputEnd(InputEnd::kEmptyQueue);
         return pmrcEOF;
     }
     return pmrcOK;
 }
 
-// Returns whether a message that was backed out before ends the input because it equals the previous record. The
-// comparison takes the length of the message even if the previous record is shorter. Without checkpointing there is
-// no previous record.
+// Returns whether a message that was backed out before ends the input because it equals the previous record.
+// The comparison takes the length of the message even if the previous record is shorter. Without
+// checkpointing there is no previous record.
 bool EndsInputAsDuplicate(const void* record, std::uint32_t length, MQLONG backoutCount) {
     if (backoutCount <= 0) return false;
     TraceJobEvent(Severity::Warning,

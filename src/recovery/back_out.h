@@ -5,8 +5,8 @@
 
 namespace mqamod {
 
-/// Backs out the unit of work with MQBACK. Returns pmrcOK, or pmrcFailure with an error text when MQBACK ended
-/// with a warning or failed.
+/// Backs out the unit of work with MQBACK. Returns pmrcOK, or pmrcFailure with an error text when MQBACK
+/// ended with a warning or failed.
 [[nodiscard]] ReturnCode BackOutMQ();
 
 }  // namespace mqamod

@@ -18,8 +18,8 @@ struct CheckpointState {
     // A position has been handed out and its checkpoint has not been carried out. Cleared by DoGetPos, a
     // successful SetPos and Init.
     bool CkPtPending;
-    // A checkpoint has been carried out or has failed. Never cleared, so a later load of the same process saves
-    // and commits from its first record on.
+    // A checkpoint has been carried out or has failed. Never cleared, so a later load of the same process
+    // saves and commits from its first record on.
     bool CkPtTaken;
 };
 CheckpointState state;
@@ -65,10 +65,10 @@ ReturnCode DoGetPos() {
         TraceLine(TraceLevel::JobEvents, Severity::Error, kDoGetPos, "Checkpoint (GetPos) NOT committed");
     }
     // Outside a replay, ResetCkptFile has not flushed what it wrote. The record reaches the operating system
-    // because a trace statement, like the one above, flushes all streams whatever the trace level. Do not remove
-    // or move that statement, and do not flush the stream here: the order of the calls on the file is part of the
-    // contract. NoteLostBytes looks for an error of that flush, which nothing else reports. During a replay the
-    // file was complete before the statement.
+    // because a trace statement, like the one above, flushes all streams whatever the trace level. Do not
+    // remove or move that statement, and do not flush the stream here: the order of the calls on the file is
+    // part of the contract. NoteLostBytes looks for an error of that flush, which nothing else reports.
+    // During a replay the file was complete before the statement.
     if (!ReplayFromCkPt()) NoteLostBytes();
     state.CkPtPending = false;
     state.CkPtTaken = true;

@@ -25,8 +25,9 @@ struct CkPtFileState {
     bool lostBytes;
     // The errno of that write. Meaningless unless lostBytes is set.
     int lostError;
-    // The file has been released once, so no later Open looks for an existing one: each creates an empty file.
-    // Set by every Close or Shut that reaches the checkpoint file, also if none was open. Never cleared.
+    // The file has been released once, so no later Open looks for an existing one: each creates an empty
+    // file. Set by every Close or Shut that reaches the checkpoint file, also if none was open. Never
+    // cleared.
     bool FreshCkPtFile;
     // The last release kept the file. Cleared by a release that deletes it; survives Shut.
     bool preserved;

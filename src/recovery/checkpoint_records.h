@@ -1,5 +1,5 @@
-// Reading a checkpoint file piece by piece: header, length, record. The replay, the rewrite during a replay and
-// the programs that inspect a file all use these routines, so that they agree on what a file contains.
+// Reading a checkpoint file piece by piece: header, length, record. The replay, the rewrite during a replay
+// and the programs that inspect a file all use these routines, so that they agree on what a file contains.
 #pragma once
 
 #include <cstddef>
@@ -19,8 +19,8 @@ struct PieceRead {
     std::size_t bytes;  ///< number of bytes that were read
 };
 
-/// Reads the sequence number. An incomplete piece changes only the first bytes of `sequence`. Requires a stream
-/// at the beginning of the file.
+/// Reads the sequence number. An incomplete piece changes only the first bytes of `sequence`. Requires a
+/// stream at the beginning of the file.
 [[nodiscard]] PieceRead ReadSequence(std::FILE* stream, std::int32_t& sequence);
 
 /// Reads the length of the next record. An incomplete piece changes only the first bytes of `length`.

@@ -27,8 +27,8 @@ ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
     return pmrcFailure;
 }
 
-// A write or read that moved fewer bytes than expected: the counts go to the trace, the call and its reason to
-// the error text.
+// A write or read that moved fewer bytes than expected: the counts go to the trace, the call and its reason
+// to the error text.
 template <Message kMessage>
 ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, const char* failingCall,
                      std::FILE* stream, Activity activity) {
@@ -64,9 +64,9 @@ ReturnCode TruncateAndRewrite() {
     if (rc != pmrcOK) return rc;
     rc = WriteHeader(CkPtFileStream(), Activity::Checkpoint);
     if (rc != pmrcOK) return rc;
-    // This trace statement flushes all streams, and with them the header. An error of that flush is noticed by the
-    // next WriteBytes. Do not remove the statement, and do not flush the stream here: the order of the calls on
-    // the file is part of the contract.
+    // This trace statement flushes all streams, and with them the header. An error of that flush is noticed
+    // by the next WriteBytes. Do not remove the statement, and do not flush the stream here: the order of the
+    // calls on the file is part of the contract.
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
               FormatText("Checkpoint file starting checkpoint sequence %d", CkPtSeq()));
     if (KeptRecordLength() == 0) return pmrcOK;
@@ -74,8 +74,8 @@ ReturnCode TruncateAndRewrite() {
                       "appending last record read");
 }
 
-// Copies the records after the position of the stream, each through the scratch area: the last-record buffer must
-// not change, since the next checkpoint and the duplicate test need it.
+// Copies the records after the position of the stream, each through the scratch area: the last-record buffer
+// must not change, since the next checkpoint and the duplicate test need it.
 ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
     while (true) {
         std::uint64_t length = 0;
@@ -120,8 +120,8 @@ ReturnCode WriteTempFile(std::FILE* temp) {
     return rc;
 }
 
-// The temporary file is about to become the only copy, so all of it must have reached the operating system before
-// the checkpoint file is deleted.
+// The temporary file is about to become the only copy, so all of it must have reached the operating system
+// before the checkpoint file is deleted.
 ReturnCode FlushTempFile(std::FILE* temp) {
     if (std::fflush(temp) == 0 && std::ferror(temp) == 0) return pmrcOK;
     const char* reason = StreamReason(temp);
@@ -129,8 +129,9 @@ ReturnCode FlushTempFile(std::FILE* temp) {
     return pmrcFailure;
 }
 
-// Replaces the checkpoint file with the temporary file. This uses file calls and not the command processor: its
-// rename command refuses a new name that contains a directory, and the checkpoint file is already deleted then.
+// Replaces the checkpoint file with the temporary file. This uses file calls and not the command processor:
+// its rename command refuses a new name that contains a directory, and the checkpoint file is already deleted
+// then.
 ReturnCode ReplaceCkPtFile() {
     const char* temp = Setting().FilePathTemp;
     const char* path = Setting().checkpointPath;

@@ -10,8 +10,8 @@ std::int32_t WrapAround(std::int32_t number, std::uint32_t step) {
 }
 
 struct Position {
-    // The block that GetPos hands out. CkPtSeq is its first field: 0 after each Open, set by SetPos, not cleared
-    // by Close or Shut. The other fields are set by each GetPos and never cleared.
+    // The block that GetPos hands out. CkPtSeq is its first field: 0 after each Open, set by SetPos, not
+    // cleared by Close or Shut. The other fields are set by each GetPos and never cleared.
     PositionData handedOut;
     // 0 after each Open, set by SetPos; not cleared by Close, which reports it, or by Shut.
     std::int32_t MsgCount;

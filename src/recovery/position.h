@@ -16,9 +16,9 @@ void ResetPosition();
 [[nodiscard]] std::int32_t CkPtSeq();
 void SetCkPtSeq(std::int32_t sequence);
 
-/// Returns the number of records returned since Open. After SetPos it continues from the count of the position.
-/// Close does not change it. Like the sequence number it wraps around at 32 bits, since a host may hand in any
-/// position.
+/// Returns the number of records returned since Open. After SetPos it continues from the count of the
+/// position. Close does not change it. Like the sequence number it wraps around at 32 bits, since a host may
+/// hand in any position.
 [[nodiscard]] std::int32_t MsgCount();
 
 /// Counts a record that is being returned.
@@ -29,8 +29,8 @@ void CountMessage();
 void ResumeMsgCount(std::int32_t positionCount);
 
 /// Returns the stream position of the last record written to the checkpoint file or read back from it. At the
-/// end of a replay it is the end of the file, and after SetPos the place that SetPos moved to. A rewrite of the
-/// file does not change it. It is 0 when the module is loaded and survives Open, Close and Shut.
+/// end of a replay it is the end of the file, and after SetPos the place that SetPos moved to. A rewrite of
+/// the file does not change it. It is 0 when the module is loaded and survives Open, Close and Shut.
 [[nodiscard]] std::int64_t CkPtOffset();
 void SetCkPtOffset(std::int64_t offset);
 

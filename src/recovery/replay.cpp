@@ -16,8 +16,8 @@ namespace mqamod {
 namespace {
 
 struct ReplayState {
-    // Records come from the checkpoint file. Set by a successful SetPos; cleared by the Read that meets the end
-    // of the file and by an Open that opens the queue. Close and Shut leave it.
+    // Records come from the checkpoint file. Set by a successful SetPos; cleared by the Read that meets the
+    // end of the file and by an Open that opens the queue. Close and Shut leave it.
     bool ReplayFromCkPt;
 };
 ReplayState state;

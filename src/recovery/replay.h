@@ -15,8 +15,8 @@ enum class ReplayRead {
     kNotSupported,  ///< checkpoints are not in a file; no error text
 };
 
-/// Returns whether records come from the checkpoint file. Set by BeginReplay. Cleared at the end of the file, by
-/// Open and, with checkpoints by MQ, by each Read that returns a record.
+/// Returns whether records come from the checkpoint file. Set by BeginReplay. Cleared at the end of the file,
+/// by Open and, with checkpoints by MQ, by each Read that returns a record.
 [[nodiscard]] bool ReplayFromCkPt();
 void BeginReplay();
 void EndReplay();
@@ -29,8 +29,8 @@ void EndReplay();
 /// Reads the next record of the replay. CkPtOffset becomes its position.
 ///   buffer  out  at least BKSZ bytes, receives the record; after a failure it may contain part of one
 ///   length  out  bytes of the record, unchanged if there is none
-/// Fails when no file is open, when the file cannot be read, when it ends within a record and when a record length
-/// is above BKSZ. The stream is then after the bytes that were read.
+/// Fails when no file is open, when the file cannot be read, when it ends within a record and when a record
+/// length is above BKSZ. The stream is then after the bytes that were read.
 [[nodiscard]] ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length);
 
 }  // namespace mqamod

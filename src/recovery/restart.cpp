@@ -25,8 +25,8 @@ ReturnCode Fail(const char* message) {
     return pmrcFailure;
 }
 
-// The checkpoint of this position was never carried out, so the file still belongs to the previous checkpoint and
-// contains the records since then. The replay starts at the place that the position names.
+// The checkpoint of this position was never carried out, so the file still belongs to the previous checkpoint
+// and contains the records since then. The replay starts at the place that the position names.
 ReturnCode SeekToPosition(const PositionData& position) {
     TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
               FormatText("Repositioning file to sequence: %d", position.CkPtSeq));

@@ -1,5 +1,5 @@
-// Tests the error text that every return carries: how long it exists, what replaces it, and what happens when memory
-// runs out.
+// Tests the error text that every return carries: how long it exists, what replaces it, and what happens when
+// memory runs out.
 #include <gmock/gmock.h>
 
 #include "tests/support/fault_plan.h"

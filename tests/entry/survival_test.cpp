@@ -81,8 +81,8 @@ TEST_F(SurvivalTest, PendingCheckpointSurvivesCloseAndOpen) {
     EXPECT_EQ(atCommit, header + std::string("\6\0\0\0\0\0\0\0", 8) + "record");
 }
 
-// After a checkpoint every later load of the same process saves and commits, even without a checkpoint of its own. Its
-// gets are not under syncpoint until it takes one.
+// After a checkpoint every later load of the same process saves and commits, even without a checkpoint of its
+// own. Its gets are not under syncpoint until it takes one.
 TEST_F(SurvivalTest, TakenCheckpointSurvivesShutAndInit) {
     InitAndOpen("-CKFILE ck.dat");
     ASSERT_EQ(GetPos().returnCode, pmrcOK);

@@ -7,7 +7,8 @@
 
 namespace {
 
-// IBM's initialisers extend to the newest version of a structure. Only the bytes up to our version are compared.
+// IBM's initialisers extend to the newest version of a structure. Only the bytes up to our version are
+// compared.
 const MQCNO kMQCNO = {MQCNO_DEFAULT};
 const MQCD kMQCD = {MQCD_CLIENT_CONN_DEFAULT};
 const MQOD kMQOD = {MQOD_DEFAULT};

@@ -1,5 +1,5 @@
-// The facts that are compared between our MQI subset and IBM's headers. The list (mqi_facts.inc) is compiled once with
-// each, in separate files, because both declare the same names.
+// The facts that are compared between our MQI subset and IBM's headers. The list (mqi_facts.inc) is compiled
+// once with each, in separate files, because both declare the same names.
 #pragma once
 
 #include <cstddef>

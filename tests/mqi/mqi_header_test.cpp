@@ -34,8 +34,8 @@ std::size_t DigitsAt(const std::string& place) {
     return offset * 2 + offset / 8 + 1;
 }
 
-// IBM's initialiser has the length of the newest version, ours that of the version passed. The default values differ in
-// no other field.
+// IBM's initialiser has the length of the newest version, ours that of the version passed. The default values
+// differ in no other field.
 TEST(MqiHeader, ChannelDefaultDiffersFromIbmsInStrucLengthAlone) {
     const std::vector<MqiFact> ours = OurMqiFacts();
     std::string ourDefault = Find(ours, "MQCD_DEFAULT").value;

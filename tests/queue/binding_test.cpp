@@ -1,4 +1,5 @@
-// Tests which MQ library is bound at the first connect, where it is looked for, and what a host sees without one.
+// Tests which MQ library is bound at the first connect, where it is looked for, and what a host sees without
+// one.
 #include <gmock/gmock.h>
 
 #include <filesystem>

@@ -1,4 +1,5 @@
-// Tests Close and Close/Rewind: what they release and in which order, what they report, and what is left for Shut.
+// Tests Close and Close/Rewind: what they release and in which order, what they report, and what is left for
+// Shut.
 #include <gmock/gmock.h>
 
 #include "tests/support/module_fixture.h"

@@ -1,5 +1,5 @@
-// Tests messages that MQ has delivered before: they are reported and compared with the previous record, and an
-// identical one ends the input or is returned.
+// Tests messages that MQ has delivered before: they are reported and compared with the previous record, and
+// an identical one ends the input or is returned.
 #include <gmock/gmock.h>
 
 #include "tests/support/module_fixture.h"

@@ -1,4 +1,5 @@
-// Tests the arguments of MQGET: handles, buffer, options, wait interval, conversion and the cleared identifiers.
+// Tests the arguments of MQGET: handles, buffer, options, wait interval, conversion and the cleared
+// identifiers.
 #include <gmock/gmock.h>
 
 #include <ostream>

@@ -1,4 +1,5 @@
-// Tests whether Close keeps or deletes the log and the checkpoint file, also when the host changes its choice later.
+// Tests whether Close keeps or deletes the log and the checkpoint file, also when the host changes its choice
+// later.
 #include <gmock/gmock.h>
 
 #include <cstdio>

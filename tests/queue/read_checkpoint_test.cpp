@@ -1,4 +1,5 @@
-// Tests that a record is saved in the checkpoint file before its message is committed, and the failure of each step.
+// Tests that a record is saved in the checkpoint file before its message is committed, and the failure of
+// each step.
 #include <gmock/gmock.h>
 
 #include <cstring>

@@ -131,7 +131,8 @@ TEST_F(ReadEndTest, ReadWaitIsLookedAtBeforeTheTimeOut) {
     EXPECT_EQ(Read().record, "record") << "the time-out was not noted";
 }
 
-// The read wait passes between the two readings of the clock, so the last MQGET is that of the previous record.
+// The read wait passes between the two readings of the clock, so the last MQGET is that of the previous
+// record.
 TEST_F(ReadEndTest, ClockThatJumpsBeforeTheFirstGetEndsTheInputAndRepeatsNoRecord) {
     InitAndOpenTraced(1, "-RWAIT 10");
     mq.PutMessage("record");

@@ -1,5 +1,5 @@
-// Tests Shut: it releases what Close releases, depending on its own mode, and always returns the module to the loaded
-// state.
+// Tests Shut: it releases what Close releases, depending on its own mode, and always returns the module to
+// the loaded state.
 #include <gmock/gmock.h>
 
 #include "tests/support/module_fixture.h"

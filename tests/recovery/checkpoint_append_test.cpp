@@ -1,5 +1,5 @@
-// Tests that after the first checkpoint every message is saved in the checkpoint file before it is committed, and that
-// a message that could not be saved returns to the queue.
+// Tests that after the first checkpoint every message is saved in the checkpoint file before it is committed,
+// and that a message that could not be saved returns to the queue.
 #include <cerrno>
 #include <cstring>
 

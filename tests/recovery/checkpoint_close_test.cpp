@@ -1,4 +1,5 @@
-// Tests whether Close keeps or deletes the checkpoint file, and which part of that survives Close, Shut and Init.
+// Tests whether Close keeps or deletes the checkpoint file, and which part of that survives Close, Shut and
+// Init.
 #include <cerrno>
 #include <cstring>
 

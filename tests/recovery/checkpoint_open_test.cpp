@@ -1,5 +1,5 @@
-// Tests what Open does with the checkpoint file: create it, keep it for recovery or empty it, and which failures end
-// the request.
+// Tests what Open does with the checkpoint file: create it, keep it for recovery or empty it, and which
+// failures end the request.
 #include <cerrno>
 #include <cstring>
 

@@ -1,4 +1,5 @@
-// Tests GetPos, which hands out a position, and the checkpoint itself, which the next Read or a redundant GetPos takes.
+// Tests GetPos, which hands out a position, and the checkpoint itself, which the next Read or a redundant
+// GetPos takes.
 #include <cerrno>
 #include <cstring>
 
@@ -89,8 +90,8 @@ TEST_F(CheckpointTake, ReadTakesTheCheckpointBeforeItReadsTheQueue) {
     EXPECT_EQ(mq.Sequence(), "GET CMIT");
 }
 
-// Nothing but the flush of all streams in each trace statement brings the checkpoint to the operating system before
-// the queue is read; that flush happens without a trace file as well.
+// Nothing but the flush of all streams in each trace statement brings the checkpoint to the operating system
+// before the queue is read; that flush happens without a trace file as well.
 TEST_F(CheckpointTake, WithoutATraceTheCheckpointIsStillFlushedByTheTraceStatementsBeforeTheQueueIsRead) {
     InitAndOpen("-CKFILE ck.dat");
     Deliver({"first"});
@@ -103,7 +104,8 @@ TEST_F(CheckpointTake, WithoutATraceTheCheckpointIsStillFlushedByTheTraceStateme
     EXPECT_EQ(atGet, CkBytes(1, {"first"}));
 }
 
-// The last flush before the queue is read is that of the line "committed": if it fails, no message may follow.
+// The last flush before the queue is read is that of the line "committed": if it fails, no message may
+// follow.
 TEST_F(CheckpointTake, ARecordThatTheLastTraceStatementCouldNotFlushIsNotFollowedByAMessage) {
     BeginWithPosition();
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 3, .error = ENOSPC});
@@ -197,7 +199,8 @@ TEST_F(CheckpointTake, ARedundantGetPosReturnsTheFailureOfTheCheckpoint) {
 
 TEST_F(CheckpointTake, AHeaderThatWasLostUnseenIsNotFollowedByARecord) {
     BeginWithPosition();
-    // Only the trace statement after the header flushes it, by its flush of all streams. That flush fails unnoticed.
+    // Only the trace statement after the header flushes it, by its flush of all streams. That flush fails
+    // unnoticed.
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 2, .error = ENOSPC});
     EXPECT_TRUE(FailsWith(Read(), ExpectedError(kReset, "appending last record read")
                                       .Calling("fwrite")

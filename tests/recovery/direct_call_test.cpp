@@ -1,5 +1,5 @@
-// Tests what no host can reach through the entry point: a log record without bytes, and checkpoints by MQ, which no
-// keyword switches on. The routines are called as the requests would call them.
+// Tests what no host can reach through the entry point: a log record without bytes, and checkpoints by MQ,
+// which no keyword switches on. The routines are called as the requests would call them.
 #include <cstring>
 
 #include "diag/error_text.h"
@@ -220,7 +220,8 @@ TEST_F(DirectCall, ByMqEveryReadBehindSetPosIsNotSupported) {
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
-// Both kinds of checkpoints at once, which Init refuses, are the only way to replay a record with checkpoints by MQ.
+// Both kinds of checkpoints at once, which Init refuses, are the only way to replay a record with checkpoints
+// by MQ.
 TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
     WriteFile(kCkFile, CkBytes(7, {"one", "two"}));
     CheckpointByMq(kCkFile);

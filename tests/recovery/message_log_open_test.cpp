@@ -1,4 +1,5 @@
-// Tests how Open opens the message log: the file calls, the trace, and a file that cannot be looked for or opened.
+// Tests how Open opens the message log: the file calls, the trace, and a file that cannot be looked for or
+// opened.
 #include <cerrno>
 #include <cstring>
 

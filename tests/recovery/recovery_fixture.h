@@ -1,5 +1,5 @@
-// The base of the recovery tests: a module whose file calls are recorded and can fail, the expected bytes of a checkpoint
-// file, and the expected lines of a request in the trace.
+// The base of the recovery tests: a module whose file calls are recorded and can fail, the expected bytes of
+// a checkpoint file, and the expected lines of a request in the trace.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -23,7 +23,8 @@ std::string Info(const std::string& function, const std::string& text);
 std::string Warning(const std::string& function, const std::string& text);
 std::string Error(const std::string& function, const std::string& text);
 Lines Chain(std::initializer_list<Lines> parts);
-/// Returns the lines of a request in the trace at level 2 and above: its entry, the lines between, its return.
+/// Returns the lines of a request in the trace at level 2 and above: its entry, the lines between, its
+/// return.
 Lines Traced(const std::string& option, ReturnCode returnCode, std::initializer_list<Lines> between = {});
 
 /// Return "MQA0146: <!ERROR! expected EXPECTED bytes, wrote WROTE>" and the same for reads.
@@ -47,12 +48,13 @@ class RecoveryFixture : public ModuleFixture {
     /// Loads the module of a new process. The previous one has died without a call to MQ or on its files.
     void StartNewProcess();
 
-    /// Sends Init and Open with these keywords and a trace of that level, and skips their trace lines, file calls and MQ
-    /// calls.
+    /// Sends Init and Open with these keywords and a trace of that level, and skips their trace lines, file
+    /// calls and MQ calls.
     void Begin(const std::string& keywords, int traceLevel = 4);
     /// Begins with the checkpoint file ck.dat.
     void BeginCheckpointing(const std::string& keywords = "", int traceLevel = 4);
-    /// Writes ck.dat with these records, begins, and sends SetPos with that sequence, so that the first record comes first.
+    /// Writes ck.dat with these records, begins, and sends SetPos with that sequence, so that the first
+    /// record comes first.
     void BeginReplay(std::int32_t sequence, const std::vector<std::string>& records,
                      const std::string& keywords = "");
 

@@ -1,5 +1,5 @@
-// Tests a checkpoint during a replay. The records that were not delivered yet must survive it: they are copied into a
-// temporary file, which then replaces the checkpoint file.
+// Tests a checkpoint during a replay. The records that were not delivered yet must survive it: they are
+// copied into a temporary file, which then replaces the checkpoint file.
 #include <cerrno>
 #include <cstring>
 
@@ -18,7 +18,8 @@ const Lines kNotCommitted = {Error("DoGetPos", "Checkpoint (GetPos) NOT committe
 
 class ReplayCheckpoint : public RecoveryFixture {
   protected:
-    /// Begins a replay of sequence 3 with the records a, bb, ccc and dddd, reads a and bb, and takes a position.
+    /// Begins a replay of sequence 3 with the records a, bb, ccc and dddd, reads a and bb, and takes a
+    /// position.
     void BeginInTheMiddle() {
         BeginReplay(3, {"a", "bb", "ccc", "dddd"});
         EXPECT_TRUE(Gives(Read(), "a"));
@@ -36,7 +37,8 @@ class ReplayCheckpoint : public RecoveryFixture {
         return {kFunction,
                 "MQA0" + std::to_string(number) + ": <" + text + " Reason '" + std::strerror(error) + "'>"};
     }
-    /// Expects the Read that takes the checkpoint to fail with the error. `counts` is the trace line with the bytes.
+    /// Expects the Read that takes the checkpoint to fail with the error. `counts` is the trace line with the
+    /// bytes.
     void ExpectRewriteFails(const ExpectedError& error, const std::string& counts = "") {
         mq.PutMessage("from the queue");
         const ReadOutcome read = Read();
@@ -353,7 +355,8 @@ TEST_F(ReplayCheckpoint, ANewFileThatCannotBeOpenedFails) {
 
 TEST_F(ReplayCheckpoint, ANewFileThatCannotBeReadUpToTheUndeliveredRecordsFails) {
     BeginInTheMiddle();
-    // The file is read five times before: three lengths, the last of which meets the end of the file, and two records.
+    // The file is read five times before: three lengths, the last of which meets the end of the file, and two
+    // records.
     faults->Add({.call = FileCall::Read, .file = kCkFile, .nth = 6, .transferred = 9});
     ExpectRewriteFails(About("'positioning' read", "fread", "Checkpoint"), ShortRead(14, 9));
     EXPECT_EQ(ReadFile(kCkFile), Rewritten());

@@ -41,8 +41,8 @@ class Restart : public RecoveryFixture {
         WriteFile(kCkFile, bytes);
         BeginCheckpointing(keywords);
     }
-    /// Expects that the next Reads are served by the queue, with the syncpoint option that SetPos chooses before it
-    /// reads the file.
+    /// Expects that the next Reads are served by the queue, with the syncpoint option that SetPos chooses
+    /// before it reads the file.
     void ExpectTheQueueIsReadNext(MQLONG sync = MQGMO_SYNCPOINT) {
         PassOver();
         Deliver({"from the queue", "likewise"});
