@@ -84,7 +84,7 @@ TEST_F(AttributeTest, TextValueEndsAtItsNulOrItsLength) {
     EXPECT_EQ(PutAttributeBytes("GEN_EOF", "").returnCode, pmrcOK);
 }
 
-TEST_F(AttributeTest, BothOptionNumbersServeAlike) {
+TEST_F(AttributeTest, BothOptionNumbersAreServedTheSame) {
     InitAndOpen();
     EXPECT_TRUE(Succeeds(PutAttribute("GEN_EOF", "", 14)));
     EXPECT_EQ(Read().returnCode, pmrcEOF);

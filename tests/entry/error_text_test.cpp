@@ -55,7 +55,7 @@ TEST_F(ErrorTextTest, SurvivesAnInitThatFollowsARefusedRequest) {
     EXPECT_TRUE(Carries(outcome, ExpectedError("PIDMMain", "not initialized").Calling("Read")));
 }
 
-TEST_F(ErrorTextTest, WithoutMemoryIsNoneAndToldOnStandardOutput) {
+TEST_F(ErrorTextTest, WithoutMemoryDoesNotExistAndIsReportedOnStandardOutput) {
     FaultPlan faults(module);
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     ASSERT_TRUE(FailsWith(Open(0), kReadOnly));
@@ -69,7 +69,7 @@ TEST_F(ErrorTextTest, WithoutMemoryIsNoneAndToldOnStandardOutput) {
     EXPECT_THAT(output, testing::EndsWith("Norvane Websphere MQ AMOD: Error Text memory allocation failed"));
 }
 
-TEST_F(ErrorTextTest, WithoutMemoryIsToldInTheTraceWhenThereIsOne) {
+TEST_F(ErrorTextTest, WithoutMemoryIsReportedInTheTraceIfThereIsOne) {
     FaultPlan faults(module);
     InitTraced(1);
     faults.Add({.call = FileCall::Allocate, .file = "", .bytes = kReadOnly.Size()});

@@ -90,7 +90,7 @@ TEST_F(InitRequestTest, FailingParametersTraceTheStructureVersionAtTheRawLevel) 
     EXPECT_THAT(trace.NewLines(), Not(Contains(version)));
 }
 
-TEST_F(InitRequestTest, TwiceFailsAndTheFirstLifeGoesOn) {
+TEST_F(InitRequestTest, TwiceFailsAndTheFirstOneStaysInEffect) {
     InitAndOpen();
     mq.PutMessage("record");
     const Outcome outcome = Init("-QMGR OTHER -QNM OTHER");

@@ -45,7 +45,7 @@ TEST_F(SurvivalTest, TimeoutSurvivesShutAndInit) {
     EXPECT_EQ(mq.calls.back().getOptions.WaitInterval, 2500);
 }
 
-TEST_F(SurvivalTest, GenEofIsClearedByOpenAlone) {
+TEST_F(SurvivalTest, GenEofIsClearedOnlyByOpen) {
     InitAndOpen();
     ASSERT_TRUE(Succeeds(PutAttribute("GEN_EOF", "")));
     ASSERT_EQ(Read().returnCode, pmrcEOF);
@@ -128,7 +128,7 @@ TEST_F(SurvivalTest, FirstOpenOfTheProcessKeepsTheCheckpointFile) {
     EXPECT_EQ(ReadFile("ck.dat"), "of another run");
 }
 
-TEST_F(SurvivalTest, AFailedInitBehindCkfileLeavesNoRecordBufferAndOpenSaysSo) {
+TEST_F(SurvivalTest, AnInitThatFailsAfterCkfileLeavesNoRecordBufferAndOpenReportsThat) {
     ASSERT_EQ(Init(std::string(kRequired) + " -CKFILE ck.dat -BOGUS").returnCode, pmrcFailure);
     const Outcome outcome = Open();
     EXPECT_TRUE(FailsWith(outcome, ExpectedError("OpenCkPtFile", "memory allocation failed")));
@@ -203,7 +203,7 @@ TEST_F(SurvivalTest, TheReportOfAnEarlierInitIsPrintedAgain) {
     EXPECT_THAT(report, testing::HasSubstr("Queue Manager Name: 'QM1'"));
 }
 
-TEST_F(SurvivalTest, TheMessageCountIsClearedByOpenAlone) {
+TEST_F(SurvivalTest, TheMessageCountIsClearedOnlyByOpen) {
     const auto countAtClose = [this] {
         trace.Skip();
         EXPECT_EQ(Close().returnCode, pmrcOK);

@@ -36,7 +36,7 @@ std::size_t DigitsAt(const std::string& place) {
 
 // IBM's initialiser has the length of the newest version, ours that of the version passed. The default values
 // differ in no other field.
-TEST(MqiHeader, ChannelDefaultDiffersFromIbmsInStrucLengthAlone) {
+TEST(MqiHeader, ChannelDefaultDiffersFromIbmsOnlyInStrucLength) {
     const std::vector<MqiFact> ours = OurMqiFacts();
     std::string ourDefault = Find(ours, "MQCD_DEFAULT").value;
     std::string ibmDefault = Find(IbmMqiFacts(), "MQCD_DEFAULT").value;

@@ -100,7 +100,7 @@ TEST_F(BindingTest, EachVerbIsNeeded) {
     EXPECT_EQ(Open().returnCode, pmrcOK);
 }
 
-TEST_F(BindingTest, FailsAlikeWithoutATrace) {
+TEST_F(BindingTest, FailsInTheSameWayWithoutATrace) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
     EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
@@ -175,7 +175,7 @@ class LoaderTest : public BindingTest {
     std::vector<std::unique_ptr<ImportPatch>> patches_;
 };
 
-TEST_F(LoaderTest, EachOfIbmsLibrariesIsBoundByItsNameAndInIbmsFolder) {
+TEST_F(LoaderTest, EachOfIbmsLibrariesIsBoundByItsNameAndInIbmsDirectory) {
     for (const std::string& name : names_) {
         for (const std::string& path : {name, folder_ + name}) {
             StartWithLibrary(path);

@@ -63,7 +63,7 @@ TEST_F(CloseTest, FilesAreStillThereWhenTheQueueIsReleased) {
     EXPECT_FALSE(FileExists("ck.dat"));
 }
 
-TEST_F(CloseTest, TellsTheNumberOfRecordsReturnedSinceOpen) {
+TEST_F(CloseTest, ReportsTheNumberOfRecordsReturnedSinceOpen) {
     InitAndOpenTraced(1);
     for (const char* message : {"one", "two", "three", ""})
         mq.PutMessage(message);
@@ -86,7 +86,7 @@ TEST_F(CloseTest, WithoutAnOpenSucceedsAndFindsNothingToRelease) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(ReceivedLine(0)));
 }
 
-TEST_F(CloseTest, WithoutAnOpenMakesTheNextOpenCreateTheCheckpointFileAnew) {
+TEST_F(CloseTest, WithoutAnOpenMakesTheNextOpenCreateAnEmptyCheckpointFile) {
     WriteFile("ck.dat", "of an earlier run");
     InitTraced(1, "-CKFILE ck.dat");
     ASSERT_TRUE(Succeeds(Close()));
@@ -140,7 +140,7 @@ TEST_F(CloseTest, RemembersAFailedQueueOpenThroughShutAndInit) {
     EXPECT_EQ(Close().returnCode, pmrcOK);
 }
 
-TEST_F(CloseTest, AfterAFailedConnectLooksAtTheLastQueueOpen) {
+TEST_F(CloseTest, AfterAFailedConnectDependsOnTheLastQueueOpen) {
     InitAndOpen();
     ASSERT_TRUE(Succeeds(Close()));
     mq.onConnx.push_back({MQCC_FAILED, 2059});
@@ -186,7 +186,7 @@ TEST_F(CloseTest, FailedQueueCloseStopsAndLeavesTheManagerForShut) {
     EXPECT_FALSE(FileExists("ck.dat"));
 }
 
-TEST_F(CloseTest, FailuresTellNamesOf48CharactersWhole) {
+TEST_F(CloseTest, FailuresReportNamesOf48CharactersInFull) {
     const std::string manager = "M." + std::string(46, 'X');
     const std::string queue = "Q." + std::string(46, 'Y');
     ASSERT_TRUE(Succeeds(Init("-QMGR " + manager + " -QNM " + queue)));
@@ -199,7 +199,7 @@ TEST_F(CloseTest, FailuresTellNamesOf48CharactersWhole) {
                                                                  ", reason code = 2018>")));
 }
 
-TEST_F(CloseTest, FailureTellsTheNameThatMqopenPutIntoTheDescriptor) {
+TEST_F(CloseTest, FailureReportsTheNameThatMqopenPutIntoTheDescriptor) {
     const std::string dynamic = "AMQ." + std::string(44, '1');
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     MqOutcome opened;

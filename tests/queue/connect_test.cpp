@@ -50,7 +50,7 @@ TEST_F(ConnectTest, PassesANameOf48CharactersWhole) {
     EXPECT_EQ(mq.calls[0].queueManager, name);
 }
 
-TEST_F(ConnectTest, WithoutChannelAndServerPassesVersion2OptionsAlone) {
+TEST_F(ConnectTest, WithoutChannelAndServerPassesOnlyVersion2Options) {
     InitAndOpen();
     MQCNO expected = MqcnoDefault();
     expected.Version = MQCNO_VERSION_2;
@@ -98,7 +98,7 @@ TEST_F(ConnectTest, ChannelAndServerOfAnEarlierInitStayInForce) {
     EXPECT_EQ(Bytes(connects[1].channel), Bytes(connects[0].channel));
 }
 
-TEST_F(ConnectTest, ChannelAloneFailsInitYetALaterOpenConnectsWithoutAChannel) {
+TEST_F(ConnectTest, ChannelWithoutServerFailsInitYetALaterOpenConnectsWithoutAChannel) {
     ASSERT_EQ(Init("-QMGR QM1 -QNM Q1 -CHNL CHANNEL").returnCode, pmrcFailure);
     ASSERT_EQ(Open().returnCode, pmrcOK);
     EXPECT_FALSE(mq.calls[0].hasChannel);

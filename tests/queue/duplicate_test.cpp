@@ -56,7 +56,7 @@ TEST_F(DuplicateTest, IdenticalRedeliveryIsPassedOnWhenAskedFor) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(Potential(2), kIdentical, kReturning));
 }
 
-TEST_F(DuplicateTest, DifferentRedeliveryIsToldAndReturned) {
+TEST_F(DuplicateTest, DifferentRedeliveryIsReportedAndReturned) {
     Start("-CKFILE ck.dat", "record");
     mq.PutMessage("recorD", 1);
     ExpectReturned("recorD");
@@ -70,14 +70,14 @@ TEST_F(DuplicateTest, IdenticalFirstDeliveryIsNeverCompared) {
     EXPECT_THAT(trace.NewLines(), IsEmpty());
 }
 
-TEST_F(DuplicateTest, RedeliveredBeginningOfThePreviousRecordCountsAsIdentical) {
+TEST_F(DuplicateTest, RedeliveredStartOfThePreviousRecordCountsAsIdentical) {
     Start("-CKFILE ck.dat", "record");
     mq.PutMessage("rec", 1);
     ExpectEnd();
     EXPECT_THAT(trace.NewLines(), ElementsAre(Potential(1), kIdentical, kGenerating));
 }
 
-TEST_F(DuplicateTest, ComparisonReachesIntoTheStaleBytesBehindAShorterRecord) {
+TEST_F(DuplicateTest, ComparisonReachesIntoTheStaleBytesAfterAShorterRecord) {
     Start("-CKFILE ck.dat", "record");
     mq.PutMessage("REC");
     ExpectReturned("REC");
@@ -118,7 +118,7 @@ TEST_F(DuplicateTest, RecordOfAnEarlierOpenIsNotComparedWith) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(Potential(1)));
 }
 
-TEST_F(DuplicateTest, RecordOfAnEarlierLifeWithACheckpointFileIsNotComparedWith) {
+TEST_F(DuplicateTest, RecordOfAnEarlierLoadWithACheckpointFileIsNotCompared) {
     Start("-CKFILE ck.dat", "record");
     ASSERT_EQ(Shut().returnCode, pmrcOK);
     InitAndOpenTraced(1);

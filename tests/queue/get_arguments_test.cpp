@@ -45,7 +45,7 @@ TEST_F(GetArgumentsTest, HandlesBufferAndStructuresAreExact) {
     EXPECT_EQ(Bytes(call.getOptions), Bytes(options));
 }
 
-TEST_F(GetArgumentsTest, MessageLandsInTheHostsBufferAndNothingBehindIt) {
+TEST_F(GetArgumentsTest, MessageIsPutIntoTheHostsBufferAndNothingAfterIt) {
     InitAndOpen("-BKSZ 500");
     recordBufferBytes = 500;
     mq.PutMessage("record");

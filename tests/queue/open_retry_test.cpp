@@ -172,7 +172,7 @@ TEST_F(OpenRetryTest, FailureLeavesNoQueueWhateverMqPutIntoTheHandle) {
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN DISC");
 }
 
-TEST_F(OpenRetryTest, AfterFailureAnotherOpenConnectsAnew) {
+TEST_F(OpenRetryTest, AfterFailureAnotherOpenConnectsAgain) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     FailOpens(1, 2085);
     ASSERT_EQ(Open().returnCode, pmrcFailure);

@@ -73,14 +73,14 @@ TEST_F(OpenTest, ShorterQueueNameOfALaterInitLeavesNothingOfTheEarlierOne) {
     EXPECT_EQ(Bytes(mq.Calls(Verb::Open)[1].objectDescriptor), DescriptorOf("Q1"));
 }
 
-TEST_F(OpenTest, TellsTheHostTheLargestRecord) {
+TEST_F(OpenTest, ReturnsTheLargestRecordToTheHost) {
     ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " -BKSZ 777")));
     const Outcome outcome = Open();
     EXPECT_TRUE(Succeeds(outcome));
     ExpectOutputs(outcome, 777);
 }
 
-TEST_F(OpenTest, TellsTheHostTheLargestRecordAlsoWhenTheCheckpointFileFails) {
+TEST_F(OpenTest, ReturnsTheLargestRecordToTheHostEvenIfTheCheckpointFileFails) {
     ASSERT_TRUE(Succeeds(Init(std::string(kRequired) + " -BKSZ 777 -CKFILE missing/ck.dat")));
     const Outcome outcome = Open();
     EXPECT_EQ(outcome.returnCode, pmrcFailure);

@@ -51,7 +51,7 @@ TEST_F(PreserveTest, KeptFilesAreNamedAgainByALaterClose) {
     EXPECT_TRUE(FileExists("ck.dat"));
 }
 
-TEST_F(PreserveTest, KeptFilesAreDeletedByALaterCloseOnceTheWishIsGone) {
+TEST_F(PreserveTest, KeptFilesAreDeletedByALaterCloseOnceTheChoiceIsCleared) {
     Start();
     Preserve("YES");
     ASSERT_TRUE(Succeeds(Close()));
@@ -77,7 +77,7 @@ TEST_F(PreserveTest, WhatWasKeptIsRememberedThroughShutAndInit) {
     EXPECT_FALSE(FileExists("ck.dat"));
 }
 
-TEST_F(PreserveTest, OpenAfterAKeptCheckpointFileCreatesItAnew) {
+TEST_F(PreserveTest, OpenAfterAKeptCheckpointFileEmptiesIt) {
     Start();
     mq.PutMessage("first");
     ASSERT_EQ(Read().returnCode, pmrcOK);
@@ -112,7 +112,7 @@ TEST_F(PreserveTest, DeletionThatCannotBeStartedDrawsAWarningAndTheCloseSucceeds
     EXPECT_TRUE(FileExists("ck.dat"));
 }
 
-TEST_F(PreserveTest, FileThatIsGoneAlreadyDrawsNoWarning) {
+TEST_F(PreserveTest, FileThatNoLongerExistsDrawsNoWarning) {
     InitAndOpenTraced(1, "-CKFILE ck.dat");
     Preserve("YES");
     ASSERT_TRUE(Succeeds(Close()));

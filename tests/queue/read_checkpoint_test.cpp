@@ -103,7 +103,7 @@ TEST_F(ReadCheckpointTest, FirstSavedMessageFollowsTheHeaderAndTheLastRecord) {
     EXPECT_THAT(atCommit, ElementsAre(kFirstHeader + Stored("first") + Stored("second")));
 }
 
-TEST_F(ReadCheckpointTest, PositionThatCannotBeToldFailsAndBacksOut) {
+TEST_F(ReadCheckpointTest, FailureToGetThePositionFailsAndBacksOut) {
     ExpectFailedSave({.call = FileCall::Tell, .file = "ck.dat", .error = EIO}, "fgetpos", strerror(EIO),
                      "GET BACK");
 }

@@ -98,7 +98,7 @@ TEST_F(ReadEndTest, TimeOutExpiresThoughTheReadWaitIsUnlimited) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kExpired));
 }
 
-TEST_F(ReadEndTest, ExpiredTimeOutStandsAndTakesWhatALaterReadGets) {
+TEST_F(ReadEndTest, ExpiredTimeOutRemainsAndDropsWhatALaterReadGets) {
     InitAndOpenTraced(1, "-RWAIT 10");
     PutAttribute("TIMEOUT_SECONDS", "4");
     ExpectEnd(Read(), pmrcTimeout);
@@ -110,7 +110,7 @@ TEST_F(ReadEndTest, ExpiredTimeOutStandsAndTakesWhatALaterReadGets) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kExpired));
 }
 
-TEST_F(ReadEndTest, ExpiredTimeOutStandsThroughShutAndInit) {
+TEST_F(ReadEndTest, ExpiredTimeOutSurvivesShutAndInit) {
     InitAndOpen("-RWAIT 10");
     PutAttribute("TIMEOUT_SECONDS", "4");
     ExpectEnd(Read(), pmrcTimeout);
@@ -120,7 +120,7 @@ TEST_F(ReadEndTest, ExpiredTimeOutStandsThroughShutAndInit) {
     ExpectEnd(Read(), pmrcTimeout);
 }
 
-TEST_F(ReadEndTest, ReadWaitIsLookedAtBeforeTheTimeOut) {
+TEST_F(ReadEndTest, ReadWaitIsCheckedBeforeTheTimeOut) {
     InitAndOpen("-RWAIT 1");
     PutAttribute("TIMEOUT_SECONDS", "3");
     mq.hook = [&](const MqCall& call) {
@@ -226,7 +226,7 @@ TEST_F(ReadEndTest, RequestedEndAfterAFailedGetReportsNothingAgain) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
 }
 
-TEST_F(ReadEndTest, RequestedEndAfterTheSyncpointLimitTellsOfItAgain) {
+TEST_F(ReadEndTest, RequestedEndAfterTheSyncpointLimitReportsItAgain) {
     InitAndOpenTraced(1);
     mq.FailGet(MQCC_FAILED, MQRC_SYNCPOINT_LIMIT_REACHED);
     ExpectEnd(Read(), pmrcEOF);
@@ -259,7 +259,7 @@ TEST_F(ReadEndTest, RequestedEndDoesNotJudgeTheLastMessageAgain) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
 }
 
-TEST_F(ReadEndTest, RequestedEndAfterANewOpenLooksAtTheLastGetOfTheEarlierOne) {
+TEST_F(ReadEndTest, RequestedEndAfterANewOpenUsesTheLastGetOfTheEarlierOne) {
     InitAndOpenTraced(1);
     mq.PutMessage("record");
     ASSERT_EQ(Read().returnCode, pmrcOK);
@@ -271,7 +271,7 @@ TEST_F(ReadEndTest, RequestedEndAfterANewOpenLooksAtTheLastGetOfTheEarlierOne) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kRequested));
 }
 
-TEST_F(ReadEndTest, StandingTimeOutComesBeforeTheRequestedEnd) {
+TEST_F(ReadEndTest, ExpiredTimeOutComesBeforeTheRequestedEnd) {
     InitAndOpenTraced(1, "-RWAIT 10");
     PutAttribute("TIMEOUT_SECONDS", "4");
     ExpectEnd(Read(), pmrcTimeout);

@@ -111,7 +111,7 @@ TEST_F(ReadTest, LengthBeyondTheBlockSizeIsNeverHandedOn) {
                   ExpectedError("PIDMMain", "MQA0161: <Message length > blocksize (5)>").Calling("MQGET"));
 }
 
-TEST_F(ReadTest, CompletionCodeAloneTellsAMessage) {
+TEST_F(ReadTest, OnlyTheCompletionCodeIdentifiesAMessage) {
     InitAndOpen();
     MqGetOutcome message;
     message.bytes = "record";

@@ -23,7 +23,7 @@ TEST_F(ShutTest, ReleasesEverythingThatIsOpen) {
     ExpectLoadedState();
 }
 
-TEST_F(ShutTest, DoesNotTellTheNumberOfMessages) {
+TEST_F(ShutTest, DoesNotReportTheNumberOfMessages) {
     InitAndOpenTraced(2);
     ASSERT_TRUE(Succeeds(Shut()));
     EXPECT_THAT(trace.NewLines(), testing::ElementsAre(InfoLine("PIDMMain", "entered for option 'Shut'"),
@@ -63,7 +63,7 @@ TEST_F(ShutTest, ReportsTheFailuresThatItCarriesOnThroughAndReleasesTheFile) {
     EXPECT_FALSE(FileExists("ck.dat"));
 }
 
-TEST_F(ShutTest, OfModeOneStopsAtTheFirstFailureYetEndsTheLife) {
+TEST_F(ShutTest, WithModeOneStopsAtTheFirstFailureYetReturnsToTheLoadedPhase) {
     InitAndOpen("-CKFILE ck.dat");
     mq.Forget();
     mq.onClose.push_back({MQCC_FAILED, 2018});

@@ -74,7 +74,7 @@ TEST_F(CheckpointAppend, FlushIsNeverAskedFor) {
     EXPECT_THAT(CallsOn(kCkFile), Contains("flush ck.dat"));
 }
 
-TEST_F(CheckpointAppend, ThePositionTellsWhereTheLastRecordBegins) {
+TEST_F(CheckpointAppend, ThePositionNamesTheStartOfTheLastRecord) {
     BeginWithCheckpoint();
     Deliver({"second"});
     EXPECT_TRUE(Is(TakeCheckpoint(), 2, 2, 4 + 13));
@@ -82,7 +82,7 @@ TEST_F(CheckpointAppend, ThePositionTellsWhereTheLastRecordBegins) {
     EXPECT_TRUE(Is(TakePosition(), 3, 4, 4 + 14 + 13));
 }
 
-TEST_F(CheckpointAppend, APositionThatCannotBeToldBacksOut) {
+TEST_F(CheckpointAppend, AFailureToGetThePositionBacksOut) {
     BeginWithCheckpoint();
     mq.PutMessage("second");
     faults->Add({.call = FileCall::Tell, .file = kCkFile, .error = EIO});
@@ -96,7 +96,7 @@ TEST_F(CheckpointAppend, APositionThatCannotBeToldBacksOut) {
     EXPECT_TRUE(Is(TakePosition(), 2, 1, 0));
 }
 
-TEST_F(CheckpointAppend, APositionThatCannotBeToldWithoutAStreamErrorHasAnUndefinedReason) {
+TEST_F(CheckpointAppend, AFailureToGetThePositionWithoutAStreamErrorHasAnUndefinedReason) {
     BeginWithCheckpoint();
     mq.PutMessage("second");
     faults->Add({.call = FileCall::Tell, .file = kCkFile, .error = EIO, .streamError = false});
@@ -144,7 +144,7 @@ TEST_F(CheckpointAppend, AFailedFlushWithoutAStreamErrorHasAnUndefinedReason) {
     EXPECT_EQ(mq.Sequence(), "GET BACK");
 }
 
-TEST_F(CheckpointAppend, AHeaderLostUnseenFailsTheNextRecord) {
+TEST_F(CheckpointAppend, AHeaderLostByAnUnnoticedFailureFailsTheNextRecord) {
     BeginCheckpointing();
     Deliver({"first"});
     TakePosition();
@@ -163,7 +163,7 @@ TEST_F(CheckpointAppend, AHeaderLostUnseenFailsTheNextRecord) {
     EXPECT_EQ(CallsOn(kCkFile).back(), "tell ck.dat");
 }
 
-TEST_F(CheckpointAppend, NothingIsCommittedBehindAHoleUntilTheNextCheckpoint) {
+TEST_F(CheckpointAppend, NothingIsCommittedAfterAGapUntilTheNextCheckpoint) {
     BeginWithCheckpoint();
     mq.PutMessage("second");
     faults->Add({.call = FileCall::Write, .file = kCkFile, .error = ENOSPC, .transferred = 3});
@@ -190,7 +190,7 @@ TEST_F(CheckpointAppend, AMessageThatWasNotSavedIsNeitherCountedNorLogged) {
     EXPECT_EQ(TakePosition().CkPtMsgCount, 1);
 }
 
-TEST_F(CheckpointAppend, AMessageThatWasNotSavedIsTheLastRecordAllTheSame) {
+TEST_F(CheckpointAppend, AMessageThatWasNotSavedIsStillTheLastRecord) {
     BeginWithCheckpoint();
     mq.PutMessage("second");
     faults->Add({.call = FileCall::Flush, .file = kCkFile, .streamError = false});
@@ -245,7 +245,7 @@ TEST_P(CommitFailure, TheRecordIsSavedButNotReturned) {
 
 INSTANTIATE_TEST_SUITE_P(CompletionCode, CommitFailure, testing::Values(MQCC_WARNING, MQCC_FAILED));
 
-TEST_F(CheckpointAppend, AfterAFailedCommitTheNextRecordIsSavedBehindIt) {
+TEST_F(CheckpointAppend, AfterAFailedCommitTheNextRecordIsSavedAfterIt) {
     BeginWithCheckpoint();
     mq.PutMessage("second");
     mq.onCmit.push_back({.compCode = MQCC_FAILED, .reason = 2009});

@@ -109,7 +109,7 @@ TEST_F(CheckpointClose, AKeptFileIsDeletedByALaterCloseWhenPreservingWasCleared)
     EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {Received(0)}));
 }
 
-TEST_F(CheckpointClose, ShutTakesTheSameChoiceAndThenForgetsIt) {
+TEST_F(CheckpointClose, ShutMakesTheSameChoiceAndThenForgetsIt) {
     BeginCheckpointing();
     PreserveRestartInfo("YES");
     EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {kQueueAndManager, {kPreserving}}));
@@ -130,7 +130,7 @@ TEST_F(CheckpointClose, ThatAFileWasKeptIsRememberedBeyondShut) {
     EXPECT_FALSE(FileExists(kCkFile));
 }
 
-TEST_F(CheckpointClose, AFileThatIsGoneAlreadyIsNoFailure) {
+TEST_F(CheckpointClose, AFileThatNoLongerExistsIsNotAFailure) {
     BeginCheckpointing();
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
@@ -167,7 +167,7 @@ TEST_F(CheckpointClose, AFileStaysOpenWhenTheQueueCannotBeClosedAndShutReleasesI
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1));
 }
 
-TEST_F(CheckpointClose, AFileThatAFailedCloseLeftOpenIsReleasedAlsoBehindAFailedOpen) {
+TEST_F(CheckpointClose, AFileThatAFailedCloseLeftOpenIsReleasedEvenAfterAFailedOpen) {
     for (const char* preserve : {"YES", "NO"}) {
         BeginCheckpointing();
         PreserveRestartInfo(preserve);
@@ -183,7 +183,7 @@ TEST_F(CheckpointClose, AFileThatAFailedCloseLeftOpenIsReleasedAlsoBehindAFailed
     }
 }
 
-TEST_F(CheckpointClose, AnOpenBehindAFailedCloseFindsTheFileWithItsRecords) {
+TEST_F(CheckpointClose, AnOpenAfterAFailedCloseFindsTheFileWithItsRecords) {
     BeginCheckpointing();
     Deliver({"first"});
     TakeCheckpoint();

@@ -66,7 +66,7 @@ TEST_F(CheckpointOpen, WithoutTheKeywordThereIsNoCheckpointFile) {
     EXPECT_THAT(trace.Text(), Not(HasSubstr("OpenCkPtFile")));
 }
 
-TEST_F(CheckpointOpen, TheFileIsOpenedBehindTheQueue) {
+TEST_F(CheckpointOpen, TheFileIsOpenedAfterTheQueue) {
     InitWithCheckpoint();
     bool existedAtOpen = true;
     mq.hook = [&](const MqCall& call) {
@@ -77,7 +77,7 @@ TEST_F(CheckpointOpen, TheFileIsOpenedBehindTheQueue) {
     EXPECT_TRUE(FileExists(kCkFile));
 }
 
-TEST_F(CheckpointOpen, TheWayOfTheFileIsToldAtAnyTraceLevelItsOpeningAtLevel1) {
+TEST_F(CheckpointOpen, ThePathOfTheFileIsTracedAtAnyLevelAndItsOpeningAtLevel1) {
     InitWithCheckpoint("-QMGR QM1 -QNM Q1 -TRCL 1 trace.txt");
     EXPECT_EQ(Shut().returnCode, pmrcOK);
     // The trace file stays in use although the level is now 0.
@@ -87,7 +87,7 @@ TEST_F(CheckpointOpen, TheWayOfTheFileIsToldAtAnyTraceLevelItsOpeningAtLevel1) {
     EXPECT_EQ(trace.NewLines(), Lines({kVia}));
 }
 
-TEST_F(CheckpointOpen, ThatTheFileExistsIsToldAtAnyTraceLevelToo) {
+TEST_F(CheckpointOpen, ThatTheFileExistsIsTracedAtAnyLevelToo) {
     WriteFile(kCkFile, CkBytes(1));
     InitWithCheckpoint();
     // A second Init is refused, but sets the trace level to 0.
@@ -97,14 +97,14 @@ TEST_F(CheckpointOpen, ThatTheFileExistsIsToldAtAnyTraceLevelToo) {
     EXPECT_EQ(trace.NewLines(), Lines({kVia, kExists}));
 }
 
-TEST_F(CheckpointOpen, AtLevel1ItsOpeningIsToldToo) {
+TEST_F(CheckpointOpen, AtLevel1ItsOpeningIsTracedToo) {
     InitWithCheckpoint("-QMGR QM1 -QNM Q1 -BKSZ 1000 -TRCL 1 trace.txt -CKFILE ck.dat");
     EXPECT_EQ(Open().returnCode, pmrcOK);
     EXPECT_EQ(trace.NewLines(),
               Lines({Info("PIDMMain", "Queue Manager open"), Info("PIDMMain", "Queue open"), kVia, kOpened}));
 }
 
-TEST_F(CheckpointOpen, AnOpenFailedByTheFileSetsTheSequenceBackAllTheSame) {
+TEST_F(CheckpointOpen, AnOpenFailedByTheFileStillResetsTheSequence) {
     InitWithCheckpoint();
     TakePosition();
     EXPECT_EQ(GetPos().returnCode, pmrcFailure) << "there is no file to rewrite";
@@ -119,7 +119,7 @@ TEST_F(CheckpointOpen, AMissingDirectoryFailsTheOpen) {
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre("open nowhere/ck.dat rb", "open nowhere/ck.dat wb+"));
 }
 
-TEST_F(CheckpointOpen, AFileThatCannotBeLookedAtFailsTheOpenAndIsLeftAlone) {
+TEST_F(CheckpointOpen, AFileThatCannotBeProbedFailsTheOpenAndIsNotChanged) {
     WriteFile(kCkFile, CkBytes(5, {"kept"}));
     InitWithCheckpoint();
     faults->Add({.call = FileCall::Open, .file = kCkFile, .error = EACCES});
@@ -145,7 +145,7 @@ TEST_F(CheckpointOpen, AFileThatCannotBeUpdatedFailsTheOpen) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(5, {"kept"}));
 }
 
-TEST_F(CheckpointOpen, AnOpenFailedByTheFileLeavesTheQueueOpenAndTellsTheRecordSize) {
+TEST_F(CheckpointOpen, AnOpenFailedByTheFileLeavesTheQueueOpenAndReturnsTheRecordSize) {
     InitWithCheckpoint();
     faults->Add({.call = FileCall::Open, .file = kCkFile, .error = EACCES});
     const Outcome open = Open();
@@ -158,7 +158,7 @@ TEST_F(CheckpointOpen, AnOpenFailedByTheFileLeavesTheQueueOpenAndTellsTheRecordS
     EXPECT_EQ(mq.Sequence(), "CLOSE DISC");
 }
 
-TEST_F(CheckpointOpen, AfterACloseTheFileIsStartedAnewAlthoughItWasKept) {
+TEST_F(CheckpointOpen, AfterACloseTheFileIsEmptiedAlthoughItWasKept) {
     WriteFile(kCkFile, CkBytes(5, {"kept"}));
     InitWithCheckpoint();
     EXPECT_EQ(Open().returnCode, pmrcOK);
@@ -172,7 +172,7 @@ TEST_F(CheckpointOpen, AfterACloseTheFileIsStartedAnewAlthoughItWasKept) {
     EXPECT_EQ(ReadFile(kCkFile), "");
 }
 
-TEST_F(CheckpointOpen, ACloseBeforeAnyOpenAlsoMakesTheFileStartAnew) {
+TEST_F(CheckpointOpen, ACloseBeforeAnyOpenAlsoMakesTheNextOpenEmptyTheFile) {
     WriteFile(kCkFile, CkBytes(5, {"kept"}));
     InitWithCheckpoint();
     EXPECT_EQ(Close().returnCode, pmrcOK);
@@ -183,7 +183,7 @@ TEST_F(CheckpointOpen, ACloseBeforeAnyOpenAlsoMakesTheFileStartAnew) {
     EXPECT_EQ(ReadFile(kCkFile), "");
 }
 
-TEST_F(CheckpointOpen, ThatTheFileStartsAnewOutlivesShutAndInit) {
+TEST_F(CheckpointOpen, ThatTheFileIsEmptiedSurvivesShutAndInit) {
     WriteFile(kCkFile, CkBytes(5, {"kept"}));
     InitWithCheckpoint();
     EXPECT_EQ(Shut().returnCode, pmrcOK);
@@ -193,7 +193,7 @@ TEST_F(CheckpointOpen, ThatTheFileStartsAnewOutlivesShutAndInit) {
     EXPECT_EQ(ReadFile(kCkFile), "");
 }
 
-TEST_F(CheckpointOpen, ACloseThatFailedAtTheQueueDoesNotMakeTheFileStartAnew) {
+TEST_F(CheckpointOpen, ACloseThatFailedAtTheQueueDoesNotMakeTheNextOpenEmptyTheFile) {
     InitWithCheckpoint();
     EXPECT_EQ(Open().returnCode, pmrcOK);
     TakeCheckpoint();
@@ -207,7 +207,7 @@ TEST_F(CheckpointOpen, ACloseThatFailedAtTheQueueDoesNotMakeTheFileStartAnew) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1));
 }
 
-TEST_F(CheckpointOpen, ACloseThatFailedAtTheQueueManagerDoesNotMakeTheFileStartAnewEither) {
+TEST_F(CheckpointOpen, ACloseThatFailedAtTheQueueManagerDoesNotMakeTheNextOpenEmptyTheFileEither) {
     InitWithCheckpoint();
     EXPECT_EQ(Open().returnCode, pmrcOK);
     TakeCheckpoint();

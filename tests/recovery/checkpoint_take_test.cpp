@@ -59,7 +59,7 @@ TEST_F(CheckpointTake, GetPosHandsOutThePositionBlock) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-TEST_F(CheckpointTake, APositionBeforeAnyReadMakesAFileOfNothingButTheHeader) {
+TEST_F(CheckpointTake, APositionBeforeAnyReadMakesAFileWithOnlyTheHeader) {
     BeginCheckpointing();
     EXPECT_TRUE(Is(TakePosition(), 1, 0, 0));
     std::string atGet;
@@ -197,7 +197,7 @@ TEST_F(CheckpointTake, ARedundantGetPosReturnsTheFailureOfTheCheckpoint) {
     EXPECT_TRUE(Is(TakePosition(), 2, 1, 0));
 }
 
-TEST_F(CheckpointTake, AHeaderThatWasLostUnseenIsNotFollowedByARecord) {
+TEST_F(CheckpointTake, AHeaderLostByAnUnnoticedFailureIsNotFollowedByARecord) {
     BeginWithPosition();
     // Only the trace statement after the header flushes it, by its flush of all streams. That flush fails
     // unnoticed.
@@ -211,7 +211,7 @@ TEST_F(CheckpointTake, AHeaderThatWasLostUnseenIsNotFollowedByARecord) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-TEST_F(CheckpointTake, AllPositionsStandInTheSameBlock) {
+TEST_F(CheckpointTake, AllPositionsAreInTheSameBlock) {
     BeginCheckpointing();
     const auto address = [](const PositionOutcome& outcome) { return outcome.data.substr(46, 8); };
     const PositionOutcome first = GetPos();
@@ -420,7 +420,7 @@ TEST_F(CheckpointTake, AShortWriteWithoutAStreamErrorHasAnUndefinedReason) {
                                       .Processing("Checkpoint", "Undefined")));
 }
 
-TEST_F(CheckpointTake, AFailedCheckpointCountsAsTakenAllTheSame) {
+TEST_F(CheckpointTake, AFailedCheckpointStillCountsAsTaken) {
     BeginWithPosition();
     faults->Add({.call = FileCall::Write, .file = kCkFile, .streamError = false});
     EXPECT_EQ(Read().returnCode, pmrcFailure);

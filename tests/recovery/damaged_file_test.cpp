@@ -109,7 +109,7 @@ class DamagedFile : public RecoveryFixture {
     const std::size_t thirdBegins = secondBegins + CkRecord(kRecords[1]).size();
 };
 
-TEST_F(DamagedFile, WithAnyBitOfItsFirstRecordsTurnedGivesWhatItsBytesSayOrRefuses) {
+TEST_F(DamagedFile, WithAnyBitOfItsFirstRecordsFlippedReturnsWhatItsBytesSayOrRefuses) {
     const PositionData positions[] = {{kSequence, 2, 0},
                                       {kSequence + 1, 4, static_cast<std::int64_t>(secondBegins)}};
     int refused = 0;
@@ -139,7 +139,7 @@ TEST_F(DamagedFile, WithAnyBitOfItsFirstRecordsTurnedGivesWhatItsBytesSayOrRefus
     EXPECT_GT(badLengths, 120 / static_cast<int>(kBitStep));
 }
 
-TEST_F(DamagedFile, WithAnyBitTurnedIsRewrittenAsItsBytesSayOrStays) {
+TEST_F(DamagedFile, WithAnyBitFlippedIsRewrittenAsItsBytesSayOrUnchanged) {
     for (std::size_t bit = secondBegins * 8; bit < (thirdBegins + 8) * 8; bit += kBitStep) {
         SCOPED_TRACE(testing::Message() << "bit " << bit);
         ExpectRewrite(WithBitTurned(whole, bit));

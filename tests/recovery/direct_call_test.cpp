@@ -95,7 +95,7 @@ TEST_F(DirectCall, ALogRecordOfNoBytesWritesNothingAndSucceeds) {
     EXPECT_EQ(ReadFile(kLogFile), "");
 }
 
-TEST_F(DirectCall, ByMqANewFileTakesTheRoomOfOneRecord) {
+TEST_F(DirectCall, ByMqANewFileReservesSpaceForOneRecord) {
     CheckpointByMq(kCkFile);
     EXPECT_EQ(OpenCkPtFile(), pmrcOK);
     DropCkPtFileStream();
@@ -150,7 +150,7 @@ TEST_F(DirectCall, ByMqSetPosBacksOutAndTakesTheHostsSequence) {
     EndReplay();
 }
 
-TEST_F(DirectCall, ByMqASetPosThatCannotBackOutFailsAndTakesTheSequenceAllTheSame) {
+TEST_F(DirectCall, ByMqASetPosThatCannotBackOutFailsButTakesTheSequence) {
     CheckpointByMq(kCkFile);
     Connect();
     mq.onBack.push_back({.compCode = MQCC_FAILED, .reason = 2009});
@@ -180,7 +180,7 @@ TEST_F(DirectCall, ByMqOpenKeepsThePreviousRecord) {
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
-TEST_F(DirectCall, ByMqTheReadBehindAPositionIsNotSupportedOnce) {
+TEST_F(DirectCall, ByMqTheReadAfterAPositionIsNotSupportedOnce) {
     CheckpointByMq(kCkFile);
     Open();
     const PositionData* position = nullptr;
@@ -205,7 +205,7 @@ TEST_F(DirectCall, ByMqARedundantGetPosIsNotSupported) {
     EXPECT_TRUE(ErrorIs(ExpectedError("PIDMMain", "Redundant GetPos request tolerated").Warning()));
 }
 
-TEST_F(DirectCall, ByMqEveryReadBehindSetPosIsNotSupported) {
+TEST_F(DirectCall, ByMqEveryReadAfterSetPosIsNotSupported) {
     CheckpointByMq(kCkFile);
     Open();
     const PositionData position{7, 5, 0};
@@ -237,7 +237,7 @@ TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
-TEST_F(DirectCall, ARecordOfNoBytesIsSavedAsItsLengthAlone) {
+TEST_F(DirectCall, ARecordWithoutBytesIsSavedAsItsLength) {
     writableSettings.CKFILE = true;
     std::strcpy(writableSettings.checkpointPath, "empty.dat");
     ASSERT_TRUE(AllocateRecordBuffer(kBlockBytes));

@@ -51,7 +51,7 @@ TEST_F(FullDisk, WithTlfNoTheLoadGoesOnWithoutALog) {
     Deliver({"later"});
 }
 
-TEST_F(FullDisk, NoMessageIsCommittedBehindACheckpointThatCouldNotBeWritten) {
+TEST_F(FullDisk, NoMessageIsCommittedAfterACheckpointThatCouldNotBeWritten) {
     PutOnFullDisk(kCkFile);
     BeginCheckpointing();
     TakePosition();
@@ -67,7 +67,7 @@ TEST_F(FullDisk, NoMessageIsCommittedBehindACheckpointThatCouldNotBeWritten) {
     EXPECT_EQ(mq.Count(Verb::Back), mq.Count(Verb::Get));
 }
 
-TEST_F(FullDisk, ALongRecordBehindACheckpointIsBackedOut) {
+TEST_F(FullDisk, ALongRecordAfterACheckpointIsBackedOut) {
     PutOnFullDisk(kCkFile);
     BeginCheckpointing();
     TakePosition();

@@ -98,7 +98,7 @@ TEST_F(MessageLogClose, AKeptLogIsDeletedByALaterCloseWhenPreservingWasCleared) 
     EXPECT_EQ(LinesOfClose(), ClosedAgain({}));
 }
 
-TEST_F(MessageLogClose, ShutTakesTheSameChoiceAndThenForgetsIt) {
+TEST_F(MessageLogClose, ShutMakesTheSameChoiceAndThenForgetsIt) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK,
@@ -121,7 +121,7 @@ TEST_F(MessageLogClose, ThatALogWasKeptIsRememberedBeyondShut) {
     EXPECT_FALSE(FileExists(kLogFile));
 }
 
-TEST_F(MessageLogClose, AFileThatIsGoneAlreadyIsNoFailure) {
+TEST_F(MessageLogClose, AFileThatNoLongerExistsIsNotAFailure) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);

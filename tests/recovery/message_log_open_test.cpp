@@ -61,7 +61,7 @@ TEST_F(MessageLogOpen, WithoutTheKeywordNoLogIsOpened) {
     EXPECT_THAT(faults->LogWithout("trace.txt"), ElementsAre());
 }
 
-TEST_F(MessageLogOpen, AFileThatCannotBeLookedAtFailsBeforeTheConnection) {
+TEST_F(MessageLogOpen, AFileThatCannotBeProbedFailsBeforeTheConnection) {
     WriteFile(kLogFile, "old bytes");
     InitWithLog();
     faults->Add({.call = FileCall::Open, .file = kLogFile, .error = EACCES});

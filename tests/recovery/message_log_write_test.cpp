@@ -29,7 +29,7 @@ class MessageLogWrite : public RecoveryFixture {
     }
 };
 
-TEST_F(MessageLogWrite, RecordsStandOneBehindTheOtherAndOnDiskAfterEachRead) {
+TEST_F(MessageLogWrite, RecordsFollowEachOtherAndAreOnDiskAfterEachRead) {
     BeginLogging();
     const std::string binary("\0\r\n\x1A\xFF", 5);
     Deliver({"first"});
@@ -109,7 +109,7 @@ TEST_F(MessageLogWrite, ReplayedRecordsAreNotLogged) {
     EXPECT_EQ(ReadFile(kLogFile), "new");
 }
 
-TEST_F(MessageLogWrite, ARecordIsLoggedBehindItsCommit) {
+TEST_F(MessageLogWrite, ARecordIsLoggedAfterItsCommit) {
     BeginCheckpointing("-LOG log.dat");
     TakePosition();
     std::string loggedAtCommit = "no commit";

@@ -114,7 +114,7 @@ TEST_F(ReplayCheckpoint, TheLastRecordStaysTheOneDelivered) {
     EXPECT_THAT(ReadAll(2), ElementsAre("ccc", "dddd"));
 }
 
-TEST_F(ReplayCheckpoint, ADuplicateIsToldFromTheRecordDeliveredBeforeIt) {
+TEST_F(ReplayCheckpoint, ADuplicateIsRecognisedByTheRecordDeliveredBeforeIt) {
     BeginReplay(3, {"a", "bb"});
     EXPECT_THAT(ReadAll(2), ElementsAre("a", "bb"));
     TakeCheckpoint();
@@ -172,7 +172,7 @@ TEST_F(ReplayCheckpoint, AtTheEndOfTheFileOnlyTheLastRecordIsKept) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(4, {"bb", "new"}));
 }
 
-TEST_F(ReplayCheckpoint, ATornLengthAtTheEndIsLeftBehind) {
+TEST_F(ReplayCheckpoint, ATornLengthAtTheEndIsNotCopied) {
     WriteFile(kCkFile, CkBytes(3, {"a", "bb"}) + "torn");
     BeginCheckpointing();
     EXPECT_EQ(SetPos({3, 0, 0}).returnCode, pmrcOK);
@@ -181,7 +181,7 @@ TEST_F(ReplayCheckpoint, ATornLengthAtTheEndIsLeftBehind) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(4, {"a", "bb"}));
 }
 
-TEST_F(ReplayCheckpoint, TheTemporaryFileStandsBesideTheCheckpointFile) {
+TEST_F(ReplayCheckpoint, TheTemporaryFileIsNextToTheCheckpointFile) {
     std::filesystem::create_directory("sub");
     const std::string folder =
         std::string("sub") + static_cast<char>(std::filesystem::path::preferred_separator);
@@ -196,7 +196,7 @@ TEST_F(ReplayCheckpoint, TheTemporaryFileStandsBesideTheCheckpointFile) {
     EXPECT_TRUE(Gives(Read(), "bb"));
 }
 
-TEST_F(ReplayCheckpoint, ATemporaryFileLeftBehindIsOverwritten) {
+TEST_F(ReplayCheckpoint, AnOldTemporaryFileIsOverwritten) {
     WriteFile(TempFile(), std::string(500, 'o'));
     BeginInTheMiddle();
     EXPECT_TRUE(Gives(Read(), "ccc"));
@@ -329,7 +329,7 @@ TEST_F(ReplayCheckpoint, AnOldFileThatCannotBeDeletedFailsAndBothFilesStay) {
     EXPECT_THAT(faults->log, Not(Contains(testing::StartsWith("rename"))));
 }
 
-TEST_F(ReplayCheckpoint, AnOldFileThatIsGoneAlreadyIsNoFailure) {
+TEST_F(ReplayCheckpoint, AnOldFileThatNoLongerExistsIsNotAFailure) {
     BeginInTheMiddle();
     faults->Add({.call = FileCall::Remove, .file = kCkFile, .error = ENOENT, .carriedOut = true});
     EXPECT_TRUE(Gives(Read(), "ccc"));
@@ -387,7 +387,7 @@ TEST_F(ReplayCheckpoint, WithoutMemoryForARecordTheCheckpointFileStaysAsItIs) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-TEST_F(ReplayCheckpoint, ARestartAfterItGivesTheLastRecordAndTheRest) {
+TEST_F(ReplayCheckpoint, ARestartAfterItReturnsTheLastRecordAndTheRest) {
     BeginInTheMiddle();
     EXPECT_TRUE(Gives(Read(), "ccc"));
 

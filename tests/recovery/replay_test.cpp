@@ -118,7 +118,7 @@ TEST_F(Replay, AtLevel2TheLengthOfEachRecordIsTraced) {
     EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcOK, {{Info(kFunction, "Checkpoint record length: 6")}}));
 }
 
-TEST_F(Replay, AnEndOfTheInputThatTheHostAsksForComesBehindTheReplay) {
+TEST_F(Replay, AnEndOfTheInputThatTheHostAsksForComesAfterTheReplay) {
     BeginReplay(1, {"a", "b"});
     EXPECT_EQ(PutAttribute("GEN_EOF", "").returnCode, pmrcOK);
     EXPECT_TRUE(Gives(Read(), "a"));
@@ -127,7 +127,7 @@ TEST_F(Replay, AnEndOfTheInputThatTheHostAsksForComesBehindTheReplay) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-TEST_F(Replay, APositionThatCannotBeToldFailsTheRead) {
+TEST_F(Replay, AFailureToGetThePositionFailsTheRead) {
     BeginReplay(1, {"a", "b"});
     faults->Add({.call = FileCall::Tell, .file = kCkFile, .error = EIO});
     const ReadOutcome read = Read();
@@ -180,14 +180,14 @@ TEST_F(Replay, ASetPosAfterAFailedReadReplaysEverything) {
     EXPECT_THAT(ReadAll(), ElementsAre("a", "b"));
 }
 
-TEST_F(Replay, ARequestedEndComesBehindTheRecordsOfTheFile) {
+TEST_F(Replay, ARequestedEndComesAfterTheRecordsOfTheFile) {
     BeginReplay(1, {"a", "b"});
     ASSERT_EQ(PutAttribute("GEN_EOF", "").returnCode, pmrcOK);
     EXPECT_THAT(ReadAll(), ElementsAre("a", "b"));
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-TEST_F(Replay, AnExpiredTimeOutStandsBehindTheRecordsOfTheFile) {
+TEST_F(Replay, AnExpiredTimeOutTakesEffectAfterTheRecordsOfTheFile) {
     BeginReplay(1, {"a", "b"});
     ASSERT_EQ(PutAttribute("TIMEOUT_SECONDS", "-1").returnCode, pmrcOK);
     EXPECT_TRUE(Gives(Read(), "a"));
@@ -220,7 +220,7 @@ Remains WhatRemains(const std::vector<std::string>& records, std::size_t bytes) 
     return remains;
 }
 
-TEST_F(Replay, AFileCutAtAnyByteGivesItsWholeRecordsAndNamesATornOne) {
+TEST_F(Replay, AFileCutAtAnyByteReturnsItsCompleteRecordsAndReportsATornOne) {
     const std::vector<std::string> records = {"alpha", "", "beta", std::string("\0\xFF", 2)};
     const std::string whole = CkBytes(1, records);
     for (std::size_t bytes = 4; bytes <= whole.size(); ++bytes) {

@@ -52,7 +52,7 @@ class Restart : public RecoveryFixture {
     }
 };
 
-TEST_F(Restart, TheSequenceOfTheFileStartsWithTheRecordBehindTheHeader) {
+TEST_F(Restart, TheSequenceOfTheFileStartsWithTheRecordAfterTheHeader) {
     BeginWithFile(CkBytes(3, {"last", "next"}));
     EXPECT_TRUE(Succeeds(SetPos({3, 10, 999})));
     EXPECT_EQ(trace.NewLines(), Traced("SetPos", pmrcOK, {Requested(3), kRewinding, FileSequence(3)}));
@@ -62,7 +62,7 @@ TEST_F(Restart, TheSequenceOfTheFileStartsWithTheRecordBehindTheHeader) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-TEST_F(Restart, AFileOneCheckpointBehindStartsAtTheOffsetOfThePosition) {
+TEST_F(Restart, AFileOneCheckpointOlderStartsAtTheOffsetOfThePosition) {
     BeginWithFile(CkBytes(2, {"first", "last", "next"}));
     EXPECT_TRUE(Succeeds(SetPos({3, 10, 4 + 13})));
     EXPECT_EQ(trace.NewLines(),
@@ -159,7 +159,7 @@ TEST_F(Restart, TheReadThatMeetsTheEndOfTheFileGoesOnToTheQueue) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"last"})) << "no checkpoint was taken by this process";
 }
 
-TEST_F(Restart, AFileOfNothingButTheHeaderReplaysNothing) {
+TEST_F(Restart, AFileWithOnlyTheHeaderReplaysNothing) {
     BeginReplay(6, {});
     mq.PutMessage("new");
     EXPECT_TRUE(Gives(Read(), "new"));
@@ -241,7 +241,7 @@ TEST_F(Restart, ANegativeOffsetIsRefused) {
     ExpectTheQueueIsReadNext();
 }
 
-TEST_F(Restart, AnOffsetBehindTheFileReplaysNothing) {
+TEST_F(Restart, AnOffsetPastTheEndOfTheFileReplaysNothing) {
     BeginWithFile(CkBytes(1, {"last"}));
     EXPECT_EQ(SetPos({2, 5, 1000}).returnCode, pmrcOK);
     PassOver();
@@ -267,7 +267,7 @@ TEST_F(Restart, SetPosAgainStartsTheReplayAgain) {
     EXPECT_THAT(ReadAll(), ElementsAre("a", "b", "c"));
 }
 
-TEST_F(Restart, ARefusedSetPosDuringAReplayLeavesTheReplayStanding) {
+TEST_F(Restart, ARefusedSetPosDuringAReplayDoesNotEndTheReplay) {
     BeginReplay(2, {"a", "b"});
     EXPECT_TRUE(Gives(Read(), "a"));
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcFailure);
@@ -291,7 +291,7 @@ TEST_F(Restart, AReplayThatLostItsFileFailsAndTouchesNone) {
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
 }
 
-TEST_F(Restart, AllRecordsWithinTheSameProcessComeAgainAndNewOnesAreSavedBehindThem) {
+TEST_F(Restart, AllRecordsWithinTheSameProcessComeAgainAndNewOnesAreSavedAfterThem) {
     BeginCheckpointing();
     Deliver({"zero", "one"});
     const PositionData position = TakePosition();
@@ -359,7 +359,7 @@ TEST_F(Restart, SetPosToThePositionJustHandedOutTakesItsCheckpointFirst) {
 }
 
 // The fourth flush of all streams in the request comes after the rewrite. It fails unnoticed and loses bytes.
-TEST_F(Restart, GoingBackToACheckpointThatWasLostUnseenDoesNotForgetTheLoss) {
+TEST_F(Restart, GoingBackToACheckpointThatWasLostUnnoticedDoesNotForgetTheLoss) {
     BeginCheckpointing();
     Deliver({"zero"});
     const PositionData position = TakePosition();
@@ -376,7 +376,7 @@ TEST_F(Restart, GoingBackToACheckpointThatWasLostUnseenDoesNotForgetTheLoss) {
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"zero"}));
 }
 
-TEST_F(Restart, NothingIsSavedBehindATornRecordThatAReplayHasPassed) {
+TEST_F(Restart, NothingIsSavedAfterATornRecordThatAReplayHasPassed) {
     BeginCheckpointing();
     Deliver({"zero"});
     const PositionData position = TakeCheckpoint();
@@ -428,7 +428,7 @@ TEST_F(Restart, SetPosReturnsTheFailureOfThePendingCheckpoint) {
     EXPECT_TRUE(GetPos().given);
 }
 
-TEST_F(Restart, SetPosToTheCheckpointBeforeDropsAPendingOne) {
+TEST_F(Restart, SetPosToThePreviousCheckpointDropsAPendingOne) {
     BeginCheckpointing();
     Deliver({"zero"});
     const PositionData before = TakeCheckpoint();
