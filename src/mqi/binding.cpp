@@ -21,7 +21,7 @@ struct Verbs {
     decltype(&MQBACK) back;
 };
 struct Binding {
-    // The verbs of the bound library; all null until one is binding.verbs. Never cleared.
+    // The verbs of the bound library; all null until one is bound. Never cleared.
     Verbs verbs;
     // The libraries tried since the last MQCONNX began, with reasons. It fits into the message text together
     // with what a report adds. Cleared by each MQCONNX that has to bind.
@@ -34,7 +34,7 @@ Binding binding;
 void AddFailure(const char* library, const char* reason) {
     const std::size_t used = std::strlen(binding.failureText);
     std::snprintf(binding.failureText + used, sizeof binding.failureText - used, "%s'%s' (%s)",
-                  used == 0 ? "No MQ library could be binding.verbs. Tried " : ", ", library, reason);
+                  used == 0 ? "No MQ library could be bound. Tried " : ", ", library, reason);
 }
 
 template <typename Verb>
