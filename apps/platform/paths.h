@@ -1,15 +1,31 @@
-// Paths that mean the same in every current directory.
+// Paths: absolute ones, links, the spelling that this system's programs need.
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace platform {
 
-/// Returns the path from the root, without "." and ".."; unchanged if the system cannot determine the current
-/// directory. Links are not followed, so a ".." after a link stays: it refers to where the link points.
+/// Returns the path from the root, without "." and "..". Links are not followed, so a ".." after a link stays:
+/// the system resolves it from where the link points. Returns `path` unchanged when the current directory is
+/// unknown.
 [[nodiscard]] std::string AbsolutePath(const std::string& path);
 
-/// Returns the path, or for a link the path to which it points: the file to replace instead of the link.
+/// Returns where a link leads, however many links follow one another, or `path` if it is not a link. The file
+/// at the end need not exist. Returns `path` when a link cannot be read.
 [[nodiscard]] std::string FollowLinks(const std::string& path);
+
+/// Returns the path with the delimiter that the command processor accepts. On Windows that is the backslash:
+/// the command processor takes a slash for an option, and the module looks for backslashes only.
+[[nodiscard]] std::string NativePath(std::string path);
+
+/// Returns the directory of the running program with its trailing delimiter, or an empty string when the
+/// system does not know it.
+[[nodiscard]] std::string ProgramDirectory();
+
+/// Returns the directories, each with its trailing delimiter (empty: the current one), in which the module may
+/// have created a temporary checkpoint file. On Windows the module looks for a backslash only, so there are two
+/// for a path with slashes.
+[[nodiscard]] std::vector<std::string> TemporaryDirectories(const std::string& checkpointPath);
 
 }  // namespace platform

@@ -6,8 +6,8 @@
 #include <cstring>
 
 #include "mqam/checkpoint/integrity.h"
-#include "platform/disk_changes.h"
-#include "platform/platform.h"
+#include "platform/durable_file.h"
+#include "platform/file.h"
 
 namespace mqam {
 

@@ -6,8 +6,9 @@
 #include <cstring>
 #include <memory>
 
-#include "platform/disk_changes.h"
-#include "platform/platform.h"
+#include "platform/directory.h"
+#include "platform/file.h"
+#include "platform/paths.h"
 #include "recovery/checkpoint_records.h"
 
 namespace mqam {

@@ -13,7 +13,8 @@
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/plain_load.h"
 #include "mqam/module/module_session.h"
-#include "platform/platform.h"
+#include "platform/file.h"
+#include "platform/standard_streams.h"
 
 namespace mqam {
 

@@ -20,7 +20,7 @@
 #include "mqam/load/stored_load.h"
 #include "mqam/module/position_text.h"
 #include "platform/paths.h"
-#include "platform/platform.h"
+#include "platform/terminal.h"
 
 namespace mqam {
 

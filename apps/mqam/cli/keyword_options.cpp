@@ -3,7 +3,7 @@
 #include <CLI/App.hpp>
 #include <cstddef>
 
-#include "platform/platform.h"
+#include "platform/paths.h"
 
 namespace mqam {
 

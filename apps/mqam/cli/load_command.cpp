@@ -12,9 +12,13 @@
 #include "mqam/cli/restartable_load.h"
 #include "mqam/cli/summary.h"
 #include "mqam/explain/failure_report.h"
+#include "mqam/load/interrupts.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/file/file_sink.h"
-#include "platform/platform.h"
+#include "platform/file.h"
+#include "platform/process.h"
+#include "platform/standard_streams.h"
+#include "platform/terminal.h"
 
 namespace mqam {
 
@@ -133,7 +137,7 @@ int RunLoad(const LoadOptions& options) {
         PrintMessage("mqam load: the module cannot be loaded: " + complaint + "\n");
         return kExitModuleMissing;
     }
-    platform::WatchInterrupts(kExitStoppedAtOnce);
+    WatchInterrupts(kExitStoppedAtOnce);
     FileSink sink(target);
     ProgressCounters counters;
     const auto start = std::chrono::steady_clock::now();

@@ -8,7 +8,8 @@
 #include "mqam/explain/failure_report.h"
 #include "mqam/target/target_kind.h"
 #include "mqamod.h"
-#include "platform/platform.h"
+#include "platform/interrupts.h"
+#include "platform/terminal.h"
 
 namespace mqam {
 

@@ -13,7 +13,7 @@
 #include "mqam/cli/load_command.h"
 #include "mqam/cli/queue_command.h"
 #include "mqam/load/worker_process.h"
-#include "platform/platform.h"
+#include "platform/standard_streams.h"
 #include "product_version.h"
 
 namespace mqam {

@@ -4,8 +4,8 @@
 #include "mqam/checkpoint/repair.h"
 #include "mqam/load/completion.h"
 #include "mqam/load/load_lock.h"
+#include "platform/file.h"
 #include "platform/paths.h"
-#include "platform/platform.h"
 
 namespace mqam {
 

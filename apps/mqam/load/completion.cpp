@@ -1,8 +1,8 @@
 #include "mqam/load/completion.h"
 
 #include "mqam/load/load_lock.h"
-#include "platform/disk_changes.h"
-#include "platform/platform.h"
+#include "platform/durable_file.h"
+#include "platform/file.h"
 
 namespace mqam {
 

@@ -1,5 +1,4 @@
-// One load at a time: a lock that ends with the process, however it ends. load_lock_posix.cpp and
-// load_lock_windows.cpp answer.
+// One load at a time: locks that end with the process, and what is printed when one cannot be acquired.
 #pragma once
 
 #include <string>
@@ -9,24 +8,24 @@ namespace mqam {
 enum class LockOutcome {
     kAcquired,
     kHeld,    ///< by another process
-    kNoLock,  ///< the file holds something: it is none, and left alone
-    kFailed,  ///< the file cannot be made or locked: time may heal it
+    kNoLock,  ///< the file is not empty, so it is not a lock file; it is left alone
+    kFailed,  ///< the file cannot be created or locked; a later attempt may succeed
 };
 
-/// Takes the lock that the file `path` stands for, made when it is missing. Waits up to `timeoutSeconds` for
-/// a process that is just ending. When it is not taken, `reason` says in words why, and what to do. A process
-/// may take several.
+/// Acquires the lock of the file `path`, which is created if it is missing. Waits up to `timeoutSeconds` for a
+/// process that is just ending. Unless the lock is acquired, `reason` says why not and what to do; it is unchanged
+/// otherwise. A process may hold several locks.
 [[nodiscard]] LockOutcome AcquireLoadLock(const std::string& path, int timeoutSeconds, std::string& reason);
 
-/// The file that stands for the lock of a checkpoint file.
+/// Returns the lock file of a checkpoint file.
 [[nodiscard]] std::string CheckpointLockPath(const std::string& checkpointFile);
 
-/// The words for the outcomes without a lock; `words` are the system's.
+/// The messages for the outcomes without a lock. `error` is the system's.
 [[nodiscard]] std::string DescribeHeldLock(const std::string& path);
 [[nodiscard]] std::string DescribeNoLock(const std::string& path);
-[[nodiscard]] std::string DescribeFailedLock(const std::string& path, const std::string& words);
+[[nodiscard]] std::string DescribeFailedLock(const std::string& path, const std::string& error);
 
-/// Gives a lock back and removes its file. Harmless when it is not held.
+/// Releases a lock and deletes its file. Does nothing if this process does not hold it.
 void ReleaseLoadLock(const std::string& path);
 
 }  // namespace mqam

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "mqam/module/module_session.h"
-#include "platform/platform.h"
+#include "platform/file.h"
 
 namespace mqam {
 

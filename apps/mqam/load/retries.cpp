@@ -6,6 +6,7 @@
 
 #include "mqam/base/progress.h"
 #include "mqam/load/worker_process.h"
+#include "platform/interrupts.h"
 
 namespace mqam {
 
@@ -17,9 +18,9 @@ using std::chrono::seconds;
 // Waits, but not for a user who wants an end. Returns false for that.
 bool Pause(seconds duration) {
     const auto end = Clock::now() + duration;
-    while (Clock::now() < end && !InterruptCame())
+    while (Clock::now() < end && !platform::InterruptForwarded())
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    return !InterruptCame();
+    return !platform::InterruptForwarded();
 }
 
 }  // namespace
@@ -48,7 +49,7 @@ void NoteProgress(Target& target, Retries& retries, Clock::duration lifeLasted) 
 }
 
 bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries) {
-    if (retryForSeconds == 0 || InterruptCame()) return false;
+    if (retryForSeconds == 0 || platform::InterruptForwarded()) return false;
     const Clock::time_point now = Clock::now();
     if (retries.attempts == 0) retries.failingSince = now;
     const Clock::time_point end = retries.failingSince + seconds(retryForSeconds);

@@ -9,7 +9,7 @@
 #include "mqam/checkpoint/start_decision.h"
 #include "mqam/module/position_text.h"
 #include "mqam/target/target_kind.h"
-#include "platform/disk_changes.h"
+#include "platform/file.h"
 #include "platform/paths.h"
 #include "recovery/checkpoint_records.h"
 

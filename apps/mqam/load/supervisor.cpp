@@ -9,6 +9,7 @@
 #include "mqam/load/retries.h"
 #include "mqam/load/worker.h"
 #include "mqam/load/worker_process.h"
+#include "platform/interrupts.h"
 
 namespace mqam {
 
@@ -127,7 +128,7 @@ int EndFailed(const WorkerEnd& end, const Retries& retries) {
 int TryAgainBefore(const std::string& failure, const SupervisorSettings& settings, Retries& retries) {
     PrintMessage("mqam load: " + failure + "\n");
     if (WaitForNextAttempt(settings.retryForSeconds, retries)) return kExitDone;
-    return InterruptCame() ? EndOnRequest(retries) : EndTargetFailed(retries);
+    return platform::InterruptForwarded() ? EndOnRequest(retries) : EndTargetFailed(retries);
 }
 
 // Again and again when the system fails and the user asked for it. Returns an exit code, or kExitDone when it
@@ -189,7 +190,7 @@ WorkerEnd RunOneAttempt(Target& target, const std::vector<std::string>& argument
     if (saysDone && !IsOver(retries.seen)) end.killed = true;
     if (!end.started) {
         PrintMessage("mqam load: a worker process cannot be started: " + end.reason + "\n");
-    } else if (WasKilled(end) && !InterruptCame()) {
+    } else if (WasKilled(end) && !platform::InterruptForwarded()) {
         PrintMessage("mqam load: the worker process was killed (" + std::to_string(end.code) + ")\n");
     }
     return end;
@@ -201,7 +202,7 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
     int attemptsWithoutProgress = 0;
     bool followsEnd = false;
     for (;;) {
-        if (InterruptCame()) return EndOnRequest(retries);
+        if (platform::InterruptForwarded()) return EndOnRequest(retries);
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
         if (IsReceiptOfBefore(retries)) arguments.push_back(kReceiptOption);
         if (followsEnd) arguments.push_back(kFollowsEndOption);
@@ -214,9 +215,9 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
             continue;
         }
         if (!IsFailedAttempt(end)) return EndWith(end, retries);
-        if (WasKilled(end) && InterruptCame()) continue;
+        if (WasKilled(end) && platform::InterruptForwarded()) continue;
         if (WaitForNextAttempt(settings.retryForSeconds, retries)) continue;
-        if (!InterruptCame()) return EndFailed(end, retries);
+        if (!platform::InterruptForwarded()) return EndFailed(end, retries);
     }
 }
 
@@ -232,7 +233,7 @@ int SuperviseLocked(const SupervisorSettings& settings, Target& target, Retries&
 
 int SuperviseLoad(const SupervisorSettings& settings, Target& target) {
     Retries retries;
-    LeaveInterruptsToWorker();
+    platform::ForwardInterrupts();
     // Also between two lives, in a pause above all, no other command is to take the load over.
     const int locked = AcquireCommandLock(settings, target, retries);
     if (locked != kExitDone) return locked;

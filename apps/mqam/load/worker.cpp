@@ -7,9 +7,11 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/explain/failure_report.h"
+#include "mqam/load/interrupts.h"
 #include "mqam/load/worker_process.h"
 #include "mqam/module/module_session.h"
-#include "platform/platform.h"
+#include "platform/process.h"
+#include "platform/standard_streams.h"
 
 namespace mqam {
 
@@ -17,7 +19,7 @@ namespace {
 
 [[noreturn]] void EndWorker(int exitCode, const std::string& words) {
     if (!words.empty()) PrintMessage("mqam load: " + words);
-    platform::ExitImmediately(MarkWorkerExit(exitCode));
+    platform::ExitImmediately(platform::MarkExitCode(exitCode));
 }
 
 double SecondsSince(std::int64_t epochMilliseconds) {
@@ -71,7 +73,7 @@ std::string DescribeReceipt(const RestartState& state, const Target& target) {
     if (entryPoint == nullptr) {
         EndWorker(kExitModuleMissing, "the module cannot be loaded: " + reason + "\n");
     }
-    platform::WatchInterrupts(MarkWorkerExit(kExitStoppedAtOnce));
+    WatchInterrupts(platform::MarkExitCode(kExitStoppedAtOnce));
     ProgressCounters counters;
     counters.secondsBefore = SecondsSince(settings.commandStartedMs);
     StartProgress(settings.progress, counters);

@@ -2,7 +2,19 @@
 
 #include <algorithm>
 
+#include "platform/process.h"
+
 namespace mqam {
+
+namespace {
+
+std::vector<std::string> keptArguments;
+
+}  // namespace
+
+void KeepArguments(int count, char** arguments) {
+    keptArguments.assign(arguments, arguments + count);
+}
 
 std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& ofCommand,
                                                 const std::vector<std::string>& more) {
@@ -11,6 +23,23 @@ std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& 
     const auto place = static_cast<std::ptrdiff_t>(std::min(kProgramAndSubcommand, all.size()));
     all.insert(all.begin() + place, more.begin(), more.end());
     return all;
+}
+
+WorkerEnd RunWorker(const std::vector<std::string>& moreArguments) {
+    platform::ProcessOptions options;
+    options.endsWithParent = true;
+    options.receivesInterrupts = true;
+    WorkerEnd end;
+    const platform::ProcessHandle worker =
+        platform::StartProcess(platform::RunningProgramPath(),
+                               ComposeWorkerArguments(keptArguments, moreArguments), options, end.reason);
+    if (worker == platform::kNoProcess) return end;
+    const platform::ProcessEnd processEnd = platform::ReadMarkedExit(platform::WaitForProcess(worker));
+    end.killed = processEnd.killed;
+    end.code = processEnd.code;
+    end.started = end.killed || end.code != platform::kNotExecuted;
+    if (!end.started) end.reason = "the program is not there any more, or not executable";
+    return end;
 }
 
 }  // namespace mqam

@@ -6,15 +6,18 @@
 #include <vector>
 
 #include "install_layout.h"
-#include "platform/platform.h"
+#include "platform/file.h"
+#include "platform/library.h"
+#include "platform/paths.h"
 
 namespace mqam {
 
 std::string FindModule(const std::string& programDirectory) {
     using platform::PathKind;
     using platform::ProbePath;
-    std::string nextToProgram = programDirectory + platform::kModuleFileName;
-    std::string installed = programDirectory + kInstalledModuleDirectory + platform::kModuleFileName;
+    std::string nextToProgram = programDirectory + platform::LibraryFileName("mqamod");
+    std::string installed =
+        programDirectory + kInstalledModuleDirectory + platform::LibraryFileName("mqamod");
     const bool isInstalled =
         ProbePath(nextToProgram) == PathKind::kMissing && ProbePath(installed) != PathKind::kMissing;
     return isInstalled ? installed : nextToProgram;

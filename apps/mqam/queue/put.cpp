@@ -10,7 +10,7 @@
 #include "mqam/base/progress.h"
 #include "mqam/queue/message_source.h"
 #include "mqam/queue/order_generator.h"
-#include "platform/platform.h"
+#include "platform/terminal.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
 

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <thread>
 
-#include "platform/platform.h"
+#include "platform/process.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/same_test_process.h"
 #include "tests/support/test_directory.h"

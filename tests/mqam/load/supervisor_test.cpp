@@ -4,7 +4,7 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/load/worker_process.h"
-#include "platform/platform.h"
+#include "platform/process.h"
 #include "tests/mqam/load/empty_target.h"
 #include "tests/support/same_test_process.h"
 #include "tests/support/test_directory.h"
@@ -31,7 +31,7 @@ class UnreadableTarget : public EmptyTarget {
 };
 
 TEST(LoadSupervisorTest, ALoadWhoseEndCannotBeLookedUpIsNotCalledKilled) {
-    if (!PartToPlay().empty()) platform::ExitImmediately(MarkWorkerExit(kExitDone));
+    if (!PartToPlay().empty()) platform::ExitImmediately(platform::MarkExitCode(kExitDone));
     MakeThisTestTheWorker("worker");
     const TestDirectory folder;
     UnreadableTarget target(folder);

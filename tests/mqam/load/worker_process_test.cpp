@@ -8,7 +8,8 @@
 #include <fstream>
 #include <thread>
 
-#include "platform/platform.h"
+#include "platform/interrupts.h"
+#include "platform/process.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/same_test_process.h"
 #include "tests/support/test_directory.h"
@@ -37,7 +38,8 @@ std::vector<std::string> LastArguments(std::size_t count) {
 }
 
 TEST(WorkerProcessTest, ItsExitCodeIsTold) {
-    if (!PartToPlay().empty()) platform::ExitImmediately(MarkWorkerExit(std::atoi(PartToPlay().c_str())));
+    if (!PartToPlay().empty())
+        platform::ExitImmediately(platform::MarkExitCode(std::atoi(PartToPlay().c_str())));
     for (const int code : {0, 1, 9, 65, 126}) {
         const WorkerEnd end = RunThisTestAsWorker(std::to_string(code));
         EXPECT_TRUE(end.started) << end.reason;
@@ -53,7 +55,7 @@ TEST(WorkerProcessTest, ItGetsTheArgumentsOfTheCommandAndThoseOfItsOwn) {
     if (!PartToPlay().empty()) {
         const bool asExpected =
             LastArguments(more.size()) == more && testing::internal::GetArgvs().front() == ThisProgram();
-        platform::ExitImmediately(MarkWorkerExit(asExpected ? kAsExpected : kNotAsExpected));
+        platform::ExitImmediately(platform::MarkExitCode(asExpected ? kAsExpected : kNotAsExpected));
     }
     const WorkerEnd end = RunThisTestAsWorker("look", more);
     EXPECT_TRUE(end.started) << end.reason;
@@ -71,7 +73,7 @@ TEST(WorkerProcessTest, ItHasTheStandardStreamsOfTheCommand) {
     if (PartToPlay() == "write") {
         std::fputs("from the worker", stderr);
         std::fflush(stderr);
-        platform::ExitImmediately(MarkWorkerExit(kAsExpected));
+        platform::ExitImmediately(platform::MarkExitCode(kAsExpected));
     }
     if (PartToPlay() == "command") platform::ExitImmediately(RunThisTestAsWorker("write").code);
     const TestDirectory folder;
@@ -129,8 +131,8 @@ TEST(WorkerProcessTest, ASignalToTheCommandIsHandedOn) {
     const TestDirectory folder;
     const std::string part = PartToPlay();
     if (part.starts_with("worker:")) WriteDots(part.substr(part.find(':') + 1));
-    LeaveInterruptsToWorker();
-    EXPECT_FALSE(InterruptCame());
+    platform::ForwardInterrupts();
+    EXPECT_FALSE(platform::InterruptForwarded());
     const std::string dots = folder.Path("dots");
     std::thread sender([&dots] {
         EXPECT_TRUE(WaitForText(dots, "..."));
@@ -140,16 +142,16 @@ TEST(WorkerProcessTest, ASignalToTheCommandIsHandedOn) {
     sender.join();
     EXPECT_TRUE(end.killed);
     EXPECT_EQ(end.code, SIGTERM);
-    EXPECT_TRUE(InterruptCame());
+    EXPECT_TRUE(platform::InterruptForwarded());
 }
 
 TEST(WorkerProcessTest, ASignalThatCameBeforeTheWorkerWasThereEndsIt) {
     const TestDirectory folder;
     const std::string part = PartToPlay();
     if (part.starts_with("worker:")) WriteDots(part.substr(part.find(':') + 1));
-    LeaveInterruptsToWorker();
+    platform::ForwardInterrupts();
     ASSERT_EQ(raise(SIGINT), 0);
-    EXPECT_TRUE(InterruptCame());
+    EXPECT_TRUE(platform::InterruptForwarded());
     const WorkerEnd end = RunThisTestAsWorker("worker:" + folder.Path("dots"));
     EXPECT_TRUE(end.killed);
 }

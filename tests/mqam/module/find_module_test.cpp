@@ -6,7 +6,7 @@
 
 #include "install_layout.h"
 #include "mqam/module/module_session.h"
-#include "platform/platform.h"
+#include "platform/library.h"
 
 namespace mqam {
 namespace {
@@ -27,9 +27,9 @@ class FindModuleTest : public ::testing::Test {
     }
     ~FindModuleTest() override { fs::remove_all(root_); }
 
-    std::string NextToProgram() const { return programDirectory_ + platform::kModuleFileName; }
+    std::string NextToProgram() const { return programDirectory_ + platform::LibraryFileName("mqamod"); }
     std::string Installed() const {
-        return programDirectory_ + kInstalledModuleDirectory + platform::kModuleFileName;
+        return programDirectory_ + kInstalledModuleDirectory + platform::LibraryFileName("mqamod");
     }
     static void MakeFile(const std::string& path) { std::ofstream(path) << "module"; }
 

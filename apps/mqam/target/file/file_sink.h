@@ -14,7 +14,7 @@
 
 #include "mqam/target/record_format.h"
 #include "mqam/target/record_sink.h"
-#include "platform/platform.h"
+#include "platform/file.h"
 
 namespace mqam {
 

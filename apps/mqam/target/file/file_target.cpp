@@ -6,7 +6,8 @@
 #include <utility>
 
 #include "mqam/target/file/restart_file.h"
-#include "platform/disk_changes.h"
+#include "platform/durable_file.h"
+#include "platform/file.h"
 
 namespace mqam {
 

@@ -4,8 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/disk_changes.h"
-#include "platform/platform.h"
+#include "platform/durable_file.h"
 
 namespace mqam {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "mqam/target/sqlite/sqlite_vfs.h"
-#include "platform/platform.h"
+#include "platform/file.h"
 
 namespace mqam {
 

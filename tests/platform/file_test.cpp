@@ -1,4 +1,4 @@
-#include "platform/platform.h"
+#include "platform/file.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,0 +1,29 @@
+// Interrupts: Ctrl-C, and SIGTERM where there are signals. A process either watches for interrupts itself
+// (WatchInterrupts) or leaves them to a child process (ForwardInterrupts). Both also ignore SIGPIPE: a reader
+// that goes away shows as a failed write.
+#pragma once
+
+namespace platform {
+
+struct InterruptResponse {
+    const char* firstText = "";   ///< printed to standard error at the first interrupt; a string literal
+    const char* secondText = "";  ///< printed at the second
+    int secondExitCode = 1;       ///< with which the second ends the process immediately
+};
+
+/// From now on the first interrupt prints a text and makes InterruptRequested true. The second one prints
+/// another text and ends the process without any exit routine. Signals within 0.1 s of the first one count as
+/// the same interrupt.
+void WatchInterrupts(const InterruptResponse& response);
+
+/// Whether an interrupt arrived since WatchInterrupts.
+[[nodiscard]] bool InterruptRequested();
+
+/// From now on an interrupt is for the child process that was started with `receivesInterrupts`. It is
+/// forwarded to a child that does not see it by itself, and to one that is started later.
+void ForwardInterrupts();
+
+/// Whether an interrupt arrived since ForwardInterrupts.
+[[nodiscard]] bool InterruptForwarded();
+
+}  // namespace platform

@@ -1,0 +1,24 @@
+#include <dlfcn.h>
+
+#include "platform/library.h"
+
+namespace platform {
+
+std::string LibraryFileName(const std::string& name) {
+    return "lib" + name + ".so";
+}
+
+void* OpenLibrary(const std::string& path, std::string& error) {
+    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        const char* text = dlerror();
+        error = text != nullptr ? text : "unknown reason";
+    }
+    return library;
+}
+
+void* FindFunction(void* library, const char* name) {
+    return dlsym(library, name);
+}
+
+}  // namespace platform

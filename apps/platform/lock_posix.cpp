@@ -1,0 +1,77 @@
+#include "platform/lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+namespace platform {
+
+namespace {
+
+constexpr auto kPause = std::chrono::milliseconds(20);
+
+enum class Place { kStillThere, kNotEmpty, kGone, kUnknown };
+
+// The previous holder deletes the file when it releases the lock: a lock on a file that is no longer at its path
+// keeps no one out. For Place::kUnknown errno is set.
+Place FindPlace(const std::string& path, int descriptor) {
+    struct stat mine = {};
+    struct stat there = {};
+    if (fstat(descriptor, &mine) != 0) return Place::kUnknown;
+    if (stat(path.c_str(), &there) != 0) return errno == ENOENT ? Place::kGone : Place::kUnknown;
+    if (mine.st_dev != there.st_dev || mine.st_ino != there.st_ino) return Place::kGone;
+    return mine.st_size == 0 ? Place::kStillThere : Place::kNotEmpty;
+}
+
+int OpenLockFile(const std::string& path) {
+    int descriptor = -1;
+    do {
+        descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
+}
+
+}  // namespace
+
+LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock,
+                       std::string& error) {
+    lock = kNoLock;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(options.timeoutMs);
+    for (;;) {
+        const int descriptor = OpenLockFile(path);
+        if (descriptor < 0) {
+            error = std::strerror(errno);
+            return LockResult::kFailed;
+        }
+        const bool locked = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+        const Place place = locked ? FindPlace(path, descriptor) : Place::kGone;
+        if (place == Place::kStillThere || (place == Place::kNotEmpty && !options.refusesContents)) {
+            lock = descriptor;
+            return LockResult::kAcquired;
+        }
+        const int code = errno;
+        close(descriptor);
+        if (place == Place::kNotEmpty) return LockResult::kNotEmpty;
+        if ((!locked && code != EWOULDBLOCK && code != EINTR) || place == Place::kUnknown) {
+            error = std::strerror(code);
+            return LockResult::kFailed;
+        }
+        if (!locked && std::chrono::steady_clock::now() >= end) return LockResult::kHeld;
+        if (!locked) std::this_thread::sleep_for(kPause);
+    }
+}
+
+void ReleaseLock(const std::string& path, LockHandle lock) {
+    if (lock == kNoLock) return;
+    // Deleted while it is locked: a process that opened it in the meantime sees that it is gone.
+    unlink(path.c_str());
+    close(static_cast<int>(lock));
+}
+
+}  // namespace platform

@@ -1,0 +1,74 @@
+// This process, and child processes.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+[[nodiscard]] std::int64_t CurrentProcessId();
+
+/// Ends the process without any exit routine, of this program or of a library: the exit routine of an MQ library
+/// may disconnect, and that commits. What the C library buffers is lost; standard error is not buffered.
+[[noreturn]] void ExitImmediately(int exitCode);
+
+/// Returns a path that starts the running program again, on POSIX even after its file was renamed or deleted; an
+/// empty string when the system does not know it.
+[[nodiscard]] std::string RunningProgramPath();
+
+struct ProcessOptions {
+    /// Added to this process's own variables.
+    std::map<std::string, std::string> environment;
+    /// Files for standard output and error, emptied if they exist. The child has this process's streams where
+    /// they are not given.
+    std::string outputPath;
+    std::string errorPath;
+    bool hasEmptyInput = false;       ///< else it has this process's standard input
+    bool endsWithParent = false;      ///< the system kills the child when this process ends, however it ends
+    bool receivesInterrupts = false;  ///< see ForwardInterrupts; for one child at a time
+};
+
+using ProcessHandle = std::intptr_t;
+inline constexpr ProcessHandle kNoProcess = -1;
+
+/// The exit code, on POSIX, of a child whose program could not be executed.
+inline constexpr int kNotExecuted = 127;
+
+/// Starts a program. `arguments` begin with its name. Returns kNoProcess with the system's error in `error` when it
+/// fails; a program that is missing fails only on Windows and has the exit code kNotExecuted elsewhere. Every
+/// process that was started must be waited for.
+[[nodiscard]] ProcessHandle StartProcess(const std::string& program,
+                                         const std::vector<std::string>& arguments,
+                                         const ProcessOptions& options, std::string& error);
+
+struct ProcessEnd {
+    bool killed = false;  ///< by a signal or an exception; Windows cannot tell, see MarkExitCode
+    int code = 0;         ///< the exit code, or on POSIX the number of the signal
+};
+
+/// The exit code, on Windows, of a process that KillProcess ended.
+inline constexpr int kKilledExitCode = 137;
+
+/// Waits until a process ends. The handle is invalid afterwards.
+ProcessEnd WaitForProcess(ProcessHandle process);
+
+/// The same, but returns nothing after `timeoutMs`; the handle is still valid then.
+[[nodiscard]] std::optional<ProcessEnd> WaitForProcess(ProcessHandle process, std::int64_t timeoutMs);
+
+/// Ends a process at once. To be followed by WaitForProcess.
+void KillProcess(ProcessHandle process);
+
+/// Sends a signal to a process. Returns false if it has ended, and always on Windows, which has no signals.
+[[nodiscard]] bool SignalProcess(ProcessHandle process, int signalNumber);
+
+/// Returns the exit code with which a child must end so that ReadMarkedExit of its parent knows that it was not
+/// killed. Windows reports the end of a killed process like an exit, so there the exit code carries a mark.
+[[nodiscard]] int MarkExitCode(int exitCode);
+
+/// Returns the end of a child that marks its exit codes: without the mark it was killed.
+[[nodiscard]] ProcessEnd ReadMarkedExit(const ProcessEnd& end);
+
+}  // namespace platform

@@ -1,0 +1,30 @@
+// What process.h and interrupts.h share; of the POSIX sources of this directory only.
+#pragma once
+
+#include <sys/types.h>
+
+#include <csignal>
+
+namespace platform {
+
+/// Blocks SIGINT and SIGTERM for the life of the object.
+class BlockedInterrupts {
+  public:
+    BlockedInterrupts();
+    BlockedInterrupts(const BlockedInterrupts&) = delete;
+    BlockedInterrupts& operator=(const BlockedInterrupts&) = delete;
+    ~BlockedInterrupts() { Restore(); }
+    void Restore() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_ = {};
+};
+
+/// Makes `process` the receiver of interrupts. An interrupt that arrived earlier is sent to it now. To be called
+/// with the interrupts blocked.
+void SetInterruptReceiver(pid_t process);
+
+/// Ends that, if `process` is the receiver. To be called once the process has been waited for.
+void RemoveInterruptReceiver(pid_t process);
+
+}  // namespace platform

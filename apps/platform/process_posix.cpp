@@ -1,0 +1,155 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "platform/process_interrupts.h"
+
+namespace platform {
+
+namespace {
+
+// Everything that the child needs between fork and exec, where it must not allocate.
+struct Image {
+    const char* program;
+    std::vector<char*> arguments;
+    std::vector<char*> environment;
+    const ProcessOptions& options;
+    pid_t parent;
+};
+
+std::vector<char*> PointersTo(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
+    for (const std::string& string : strings)
+        pointers.push_back(const_cast<char*>(string.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+// This process's variables with those of `added`, which replace the ones of the same name.
+std::vector<std::string> MergeEnvironment(const std::map<std::string, std::string>& added) {
+    std::vector<std::string> merged;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        const std::string text = *variable;
+        if (added.count(text.substr(0, text.find('='))) == 0) merged.push_back(text);
+    }
+    for (const auto& [name, value] : added)
+        merged.push_back(name + "=" + value);
+    return merged;
+}
+
+void RedirectInChild(int standardStream, const char* path, int flags) {
+    const int file = open(path, flags | O_CLOEXEC, 0666);
+    if (file < 0 || dup2(file, standardStream) < 0) _exit(kNotExecuted);
+}
+
+[[noreturn]] void BecomeChild(const Image& image) {
+#ifdef __linux__
+    // The parent may have ended before this took effect.
+    const bool outlives =
+        image.options.endsWithParent && (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != image.parent);
+    if (outlives) _exit(kNotExecuted);
+#endif
+    constexpr int kEmptied = O_WRONLY | O_CREAT | O_TRUNC;
+    if (image.options.hasEmptyInput) RedirectInChild(STDIN_FILENO, "/dev/null", O_RDONLY);
+    if (!image.options.outputPath.empty())
+        RedirectInChild(STDOUT_FILENO, image.options.outputPath.c_str(), kEmptied);
+    if (!image.options.errorPath.empty())
+        RedirectInChild(STDERR_FILENO, image.options.errorPath.c_str(), kEmptied);
+    execve(image.program, image.arguments.data(), image.environment.data());
+    _exit(kNotExecuted);
+}
+
+// Interrupts that arrive during the start are delivered to the child once it is the receiver.
+pid_t ForkReceiver(const Image& image) {
+    const BlockedInterrupts blocked;
+    const pid_t child = fork();
+    if (child == 0) {
+        // Until the child has handlers of its own, an interrupt ends it.
+        std::signal(SIGINT, SIG_DFL);
+        std::signal(SIGTERM, SIG_DFL);
+        blocked.Restore();
+        BecomeChild(image);
+    }
+    if (child > 0) SetInterruptReceiver(child);
+    return child;
+}
+
+ProcessEnd ReadStatus(pid_t process, int status) {
+    RemoveInterruptReceiver(process);
+    const bool killed = WIFSIGNALED(status);
+    return {killed, killed ? WTERMSIG(status) : WEXITSTATUS(status)};
+}
+
+}  // namespace
+
+std::int64_t CurrentProcessId() {
+    return getpid();
+}
+
+void ExitImmediately(int exitCode) {
+    _exit(exitCode);
+}
+
+std::string RunningProgramPath() {
+    return "/proc/self/exe";
+}
+
+ProcessHandle StartProcess(const std::string& program, const std::vector<std::string>& arguments,
+                           const ProcessOptions& options, std::string& error) {
+    const std::vector<std::string> environment = MergeEnvironment(options.environment);
+    const Image image = {program.c_str(), PointersTo(arguments), PointersTo(environment), options, getpid()};
+    const pid_t child = options.receivesInterrupts ? ForkReceiver(image) : fork();
+    if (child == 0) BecomeChild(image);
+    if (child > 0) return child;
+    error = std::strerror(errno);
+    return kNoProcess;
+}
+
+ProcessEnd WaitForProcess(ProcessHandle process) {
+    const auto child = static_cast<pid_t>(process);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return ReadStatus(child, status);
+}
+
+std::optional<ProcessEnd> WaitForProcess(ProcessHandle process, std::int64_t timeoutMs) {
+    constexpr auto kPause = std::chrono::milliseconds(5);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    const auto child = static_cast<pid_t>(process);
+    int status = 0;
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > limit) return std::nullopt;
+        std::this_thread::sleep_for(kPause);
+    }
+    return ReadStatus(child, status);
+}
+
+void KillProcess(ProcessHandle process) {
+    kill(static_cast<pid_t>(process), SIGKILL);
+}
+
+bool SignalProcess(ProcessHandle process, int signalNumber) {
+    return kill(static_cast<pid_t>(process), signalNumber) == 0;
+}
+
+int MarkExitCode(int exitCode) {
+    return exitCode;
+}
+
+ProcessEnd ReadMarkedExit(const ProcessEnd& end) {
+    return end;
+}
+
+}  // namespace platform

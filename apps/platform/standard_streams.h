@@ -1,0 +1,17 @@
+// Standard input, output and error.
+#pragma once
+
+namespace platform {
+
+/// Opens each standard stream that is closed as an empty one that cannot be written. Without this the next file
+/// that is opened would take its number and receive what is printed. Must be called before anything is opened.
+void ReopenClosedStdStreams();
+
+enum class ModuleOutput { kDropped, kToStandardError };
+
+/// Redirects standard output, where the module prints its report, as `output` says. Returns a descriptor that
+/// still leads to the original standard output and carries bytes as they are, or -1 with errno set. Must be
+/// called once, before the module is loaded.
+[[nodiscard]] int RedirectStdout(ModuleOutput output);
+
+}  // namespace platform

@@ -1,0 +1,10 @@
+// Terminals.
+#pragma once
+
+namespace platform {
+
+[[nodiscard]] bool IsStandardErrorTerminal();
+
+[[nodiscard]] bool IsTerminal(int descriptor);
+
+}  // namespace platform
