@@ -48,7 +48,7 @@
  *   From then on each message is saved in the file before it is removed from the queue. After a failure a
  *   new process passes the stored position to SetPos, and Read first returns the records of the file again.
  *
- *   What the host must do, in brief; the documentation of restarts gives all rules and the reasons:
+ *   What the host must do, in brief (docs/hosts.md gives all rules, H1 to H25, and the reasons):
  *   - Put PRESERVE_RESTART_INFO=YES right after Init. Otherwise Close deletes the checkpoint file.
  *   - Call GetPos right after Open, before the first Read, unless the load is resumed with SetPos.
  *   - After each GetPos make the records durable that were read so far, then make the position durable,
@@ -144,12 +144,13 @@ typedef struct RequestBlock {
     uint32_t ReturnCode; /* 38 out: pmrc... */
     uint8_t host1[4];
     uint32_t ErrorTextLength; /* 46 out: bytes allocated for the error text, 0 when there is none */
-    const char* ErrorText;    /* 50 out: the error text, NUL-terminated, or null (see below) */
+    const char* ErrorText;    /* 50 out: the error text, NUL-terminated, or null (see above) */
 } RequestBlock;
 
 /*
- * Init reads the keywords and then, if one of them names it, the parameter file; it resets every setting to
- * its default first. On failure ErrorText names the first keyword that is wrong.
+ * Init reads the keywords and then, if one of them names it, the parameter file. A setting without a keyword
+ * gets its default, except that MQEX, QMGR, QNM, CHNL and SRVR keep the value of an earlier Init of the same
+ * process. On failure ErrorText names the first keyword that is wrong.
  */
 typedef struct InitBlock {
     uint8_t unused0[34];
@@ -180,12 +181,12 @@ typedef struct OpenBlock {
 #define MQAMOD_OPEN_FOR_READING INT16_C(1)
 
 /*
- * Read waits for the next message and returns it as one record: at most RWAIT, or for ever if RWAIT is
- * unlimited. It returns pmrcEOF when no message came, for an empty message, for an MQGET that failed
- * without data, after GEN_EOF, at MQ's limit for a unit of work, and with the keyword TDM for a message
- * that was delivered before and equals the previous record. A record has at least 1 byte; only a replayed
- * record may have none, and such a record is to be ignored. After a Read without a record the contents of
- * the buffer are undefined.
+ * Read waits for the next message, for as long as the keyword RWAIT allows, and returns it as one record.
+ * It returns pmrcEOF when no message came, for an empty message, for an MQGET that failed without data,
+ * after GEN_EOF, at MQ's limit for a unit of work, and with the keyword TDM for a message that was
+ * delivered before and equals the previous record. A record has at least 1 byte; only a replayed record may
+ * have none, and such a record is to be ignored. After a Read without a record the contents of the buffer
+ * are undefined.
  */
 typedef struct ReadBlock {
     uint8_t unused0[42];
@@ -283,8 +284,8 @@ typedef int (*HostLogCallback)(void* handle, int messageNumber, int, int, ...);
  * Carries out one request.
  *   request  in/out  OptCode in; ReturnCode, ErrorText and ErrorTextLength out, in every case
  *   data     in/out  the data block of the request. A Read that returns pmrcEOF sets recordLength to 0
- * The module writes to standard output in the first call of a process (its identification) and in each
- * Open, and flushes all open output streams of the C library in each call.
+ * Each Open prints the start-up report to standard output, and a few other calls may print a line there. Each
+ * call flushes all open output streams of the C library.
  */
 void PIDMMain(RequestBlock* request, void* data);
 typedef void (*PIDMMainFunction)(RequestBlock* request, void* data);

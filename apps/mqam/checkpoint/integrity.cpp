@@ -36,13 +36,13 @@ std::string Paragraph(const std::string& text) {
 
 std::string DescribeTail(const CheckpointScan& scan, std::uint64_t maxRecordBytes) {
     const std::uint64_t tail = scan.fileBytes - scan.intactBytes;
-    if (tail < kRecordLengthBytes) return "the beginning of a record length (8 bytes)";
+    if (tail < mqamod::kRecordLengthBytes) return "the beginning of a record length (8 bytes)";
     const std::string length = "a record length of " + std::to_string(scan.lengthAfterIntact);
     if (scan.impossibleLengthAt != 0) {
         return length + ", above the largest record (" + std::to_string(maxRecordBytes) +
                "), and what follows it";
     }
-    return length + ", and " + std::to_string(tail - kRecordLengthBytes) + " bytes after it";
+    return length + ", and " + std::to_string(tail - mqamod::kRecordLengthBytes) + " bytes after it";
 }
 
 // Lists what each range of bytes is, read from the beginning.
@@ -78,7 +78,7 @@ std::string ExplainIncomplete(const CheckpointScan& scan) {
 std::string ExplainDamaged(const CheckpointScan& scan) {
     std::string text;
     if (scan.damagedLengthAt != 0) {
-        const std::uint64_t flipped = scan.resyncOffset - scan.damagedLengthAt - kRecordLengthBytes;
+        const std::uint64_t flipped = scan.resyncOffset - scan.damagedLengthAt - mqamod::kRecordLengthBytes;
         text = Paragraph("Known: one bit of the record length at " + At(scan.damagedLengthAt) +
                          " is probably wrong. With the length " + std::to_string(flipped) + ", " +
                          CountRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
