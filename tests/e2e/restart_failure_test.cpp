@@ -248,7 +248,7 @@ TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenFor
         site.Run({option});
         EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
         EXPECT_EQ(site.Error(), "mqam load: " + site.Target() +
-                                    " cannot be looked at: " + std::strerror(ELOOP) +
+                                    " cannot be examined: " + std::strerror(ELOOP) +
                                     "\n  safe      nothing was loaded: every message is on the queue\n"
                                     "  next      put that right, then run the same command again\n");
         EXPECT_EQ(site.Depth(), 3);

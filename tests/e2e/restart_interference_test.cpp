@@ -27,10 +27,10 @@ class RestartableLoadMeddledWith : public LoadSites {
         site.Put(6);
         site.Wait();
         EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
-        EXPECT_TRUE(
-            Contains(site.Error(), "mqam load: " + site.Target() +
-                                       " was changed by something else while the load wrote to it: what "
-                                       "came since the last checkpoint is not counted, and comes again\n"))
+        EXPECT_TRUE(Contains(
+            site.Error(),
+            "mqam load: " + site.Target() +
+                " was changed by something else while the load wrote to it: the records since the last checkpoint are not counted, and will be loaded again\n"))
             << site.Error();
         EXPECT_EQ(site.Stored("records"), "3");
     }
@@ -44,7 +44,7 @@ TEST_F(RestartableLoadMeddledWith, T1_ATargetFilledBeforeTheLoadHasReadAnythingI
     site.PlanFaults("");
     std::ofstream(site.Target(), std::ios::binary) << "somebody's\n";
     EXPECT_EQ(site.Run().exitCode, 1) << site.Error();
-    EXPECT_TRUE(Contains(site.Error(), site.Target() + " holds something; give --force")) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), site.Target() + " is not empty; give --force")) << site.Error();
     EXPECT_EQ(ReadFileIfAny(site.Target()), "somebody's\n");
     EXPECT_EQ(site.Depth(), 4);
     EXPECT_EQ(site.Run({"--append"}).exitCode, 0) << site.Error();
@@ -65,7 +65,7 @@ TEST_F(RestartableLoadMeddledWith, T2_ATargetThatIsEmptiedWhileALifeWritesToItIs
     fs::resize_file(site.Target(), 0);
     ExpectEndByTarget(site);
     EXPECT_EQ(site.Run().exitCode, 1) << site.Error();
-    EXPECT_TRUE(Contains(site.Error(), "something else has changed it; give the file back")) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), "something else has changed the file; restore it")) << site.Error();
     std::ofstream(site.Target(), std::ios::binary) << before;
     site.Run();
     EXPECT_TRUE(site.IsDone());
@@ -106,10 +106,10 @@ TEST_F(RestartableLoadMeddledWith, T1_AnotherFileOfTheLengthOfTheTargetIsRefused
         other[static_cast<std::size_t>(std::stoi(stored)) - (std::string(format) == "lines" ? 2 : 1)] ^= 1;
         std::ofstream(site.Target(), std::ios::binary) << other;
         EXPECT_EQ(site.Run().exitCode, 1) << site.Error();
-        EXPECT_TRUE(
-            Contains(site.Error(), "mqam load: the first " + stored + " bytes of " + site.Target() +
-                                       " do not end with the last record loaded: something else has "
-                                       "changed it; give the file back and run the same command again\n"))
+        EXPECT_TRUE(Contains(
+            site.Error(),
+            "mqam load: the first " + stored + " bytes of " + site.Target() +
+                " do not end with the last record loaded: something else has changed the file; restore it and run the same command again\n"))
             << site.Error();
         EXPECT_EQ(ReadFileIfAny(site.Target()), other);
         EXPECT_EQ(site.Stored("records"), records);

@@ -80,11 +80,11 @@ TEST_F(RestartableLoadRefusal, OptionsThatDoNotGoTogether) {
     ExpectRefusal(site, {}, "needs a checkpoint file: give --ckfile FILE\n");
     site.Set("--ckfile", site.CheckpointFile());
     site.Set("--to", "-");
-    ExpectRefusal(site, {}, "standard output cannot be cut back");
+    ExpectRefusal(site, {}, "standard output cannot be truncated");
     site.Set("--to", site.RestartFile());
     ExpectRefusal(site, {}, "cannot be both target and restart file");
     site.Set("--to", site.Folder());
-    ExpectRefusal(site, {}, "is not a file: a load that can be restarted needs one that can be cut back\n");
+    ExpectRefusal(site, {}, "is not a file: a load that can be restarted needs one that can be truncated\n");
     site.Set("--to", site.Target());
     site.LeaveOut("--restart-file");
     ExpectRefusal(site, {"--checkpoint-seconds", "1"},
@@ -195,7 +195,7 @@ TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad
     fs::remove(site.Path("another-name"));
     site.Set("--ckfile", site.CheckpointFile());
     std::ofstream(site.RestartFile() + ".life.lock") << "somebody's";
-    ExpectRefusal(site, {}, ".life.lock holds something: it is not the lock of a load");
+    ExpectRefusal(site, {}, ".life.lock is not empty: it is not the lock of a load");
     EXPECT_EQ(ReadFileIfAny(site.RestartFile() + ".life.lock"), "somebody's");
 }
 
@@ -301,7 +301,7 @@ TEST_F(RestartableLoadRefusal, ADamagedRestartFileOrCheckpointFile) {
     for (const std::size_t bytes : {std::size_t{0}, std::size_t{1}, restart.size() / 2, restart.size() - 1}) {
         WriteBytesTo(site.RestartFile(), restart.substr(0, bytes));
         ExpectRefusal(site, {"--force"}, "mqam load: restart file " + site.RestartFile() + " is ");
-        EXPECT_TRUE(Contains(site.Error(), "give back an undamaged copy")) << site.Error();
+        EXPECT_TRUE(Contains(site.Error(), "restore an undamaged copy")) << site.Error();
     }
     std::string turned = restart;
     turned[turned.find("records=3") + 8] = '2';
@@ -328,14 +328,13 @@ TEST_F(RestartableLoadRefusal, T1_ATargetThatIsShorterThanStoredOrGone) {
     const std::string stored = site.Stored("target-length");
     ASSERT_EQ(stored, std::to_string(site.Lines(3).size()));
     fs::resize_file(site.Target(), site.Lines(3).size() - 1);
-    ExpectRefusal(
-        site, {"--force"},
-        "mqam load: " + site.Target() + " has " + std::to_string(site.Lines(3).size() - 1) +
-            " bytes, but the load had brought " + stored +
-            " bytes to the medium: something else has changed it; give the file back and run the same "
-            "command again\n");
+    ExpectRefusal(site, {"--force"},
+                  "mqam load: " + site.Target() + " has " + std::to_string(site.Lines(3).size() - 1) +
+                      " bytes, but the load had written " + stored +
+                      " bytes to disk: something else has changed the file; restore it and run the same "
+                      "command again\n");
     fs::remove(site.Target());
-    ExpectRefusal(site, {}, site.Target() + " is missing, but the load had brought ");
+    ExpectRefusal(site, {}, site.Target() + " is missing, but the load had written ");
     WriteBytesTo(site.Target(), target);
     site.Run();
     EXPECT_TRUE(site.IsDone());
@@ -357,7 +356,7 @@ TEST_F(RestartableLoadRefusal, ATargetThatHoldsSomethingNeedsForceOrAppend) {
     std::ofstream(empty.Target()) << "";
     ExpectRefusal(forced, {},
                   "mqam load: " + forced.Target() +
-                      " holds something; give --force to replace it, or --append to add to it\n");
+                      " is not empty; give --force to replace it, or --append to add to it\n");
     forced.Start({"--force"});
     empty.Start();
     EXPECT_EQ(appended.Run({"--append"}).exitCode, 9) << appended.Error();
@@ -411,10 +410,10 @@ TEST_F(RestartableLoadRefusal, AReceiptDoesNotStandInTheWayOfAnotherLoad) {
     // Nothing was loaded from the other queue into this target, so the load must not be called complete.
     fs::create_directory(fs::path(queue.Folder()) / "spool" / "QM1" / "Q2");
     queue.Set("--queue", "Q2");
-    ExpectRefusal(queue, {}, queue.Target() + " holds something; give --force to replace it");
+    ExpectRefusal(queue, {}, queue.Target() + " is not empty; give --force to replace it");
     // The completion marker was deleted, so the target is one that is not empty.
     fs::remove(restart.RestartFile());
-    ExpectRefusal(restart, {}, restart.Target() + " holds something");
+    ExpectRefusal(restart, {}, restart.Target() + " is not empty");
     RunAll(sites_, {"--force"});
     for (const auto& site : sites_) {
         EXPECT_EQ(site->Result().exitCode, 0) << site->Error();

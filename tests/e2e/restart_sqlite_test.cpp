@@ -302,11 +302,10 @@ TEST_F(SqliteLoad, CheckpointCommandsTakeTheTargetForTheRestartFile) {
 TEST_F(SqliteLoad, DamagedRestartInformationIsRefused) {
     LoadSite& site = AddUnfinished("damaged");
     Database(site.Path("db")).Run("UPDATE mqam_restart SET state = replace(state, 'records=3', 'records=4')");
-    ExpectRefusal(
-        site, {"--force"},
-        "mqam load: row 'orders' of table mqam_restart in " + site.Path("db") +
-            " is damaged: its checksum does not match its lines; give back an undamaged copy of the "
-            "database\n");
+    ExpectRefusal(site, {"--force"},
+                  "mqam load: row 'orders' of table mqam_restart in " + site.Path("db") +
+                      " is damaged: its checksum does not match its lines; restore an undamaged copy of the "
+                      "database\n");
     Database(site.Path("db")).Run("UPDATE mqam_restart SET state = replace(state, 'records=4', 'records=3')");
     site.Run();
     EXPECT_TRUE(IsDone(site));
@@ -342,8 +341,7 @@ TEST_F(SqliteLoad, ADatabaseThatSomebodyKeepsLockedEndsTheLifeAndTheSameCommandC
     EXPECT_TRUE(Contains(
         begin.Error(),
         "mqam load: " + begin.Path("db") +
-            ": it cannot be opened: database is locked; another program uses the database: let "
-            "it end what it does\n  safe      what is loaded stays so; how much it is cannot be told"))
+            ": it cannot be opened: database is locked; another program is using the database: let it finish\n  safe      what is loaded stays so; how much it is cannot be told"))
         << begin.Error();
     EXPECT_EQ(middle.Result().exitCode, 3) << middle.Error();
     for (LoadSite* site : {&begin, &middle})

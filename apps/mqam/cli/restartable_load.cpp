@@ -52,7 +52,7 @@ int RunRestartableLoad(const LoadOptions& options) {
     if (complaint.empty()) complaint = MakeTarget(options, target).Error();
     WorkerSettings worker;
     AttemptSettings& settings = worker.attempt;
-    if (target != nullptr) complaint = FindPathConflict(target->Files());
+    if (target != nullptr) complaint = CheckPathConflicts(target->Files()).Error();
     if (complaint.empty() && ComposeInitString(options.module, settings.initString, complaint)) {
         static_cast<void>(ComposeAttributes(options, settings.attributes, complaint));
     }

@@ -67,8 +67,9 @@ bool TakeCheckpoint(Life& life) {
     }
     state.lastEnd = LastEnd::kNone;
     state.lastEndRecords = 0;
-    if (life.lastCheckpoint == Clock::time_point()) ++state.lives;
-    if (!life.target.Store(state)) return EndByTarget(life.outcome, life.target);
+    if (life.lastCheckpoint == Clock::time_point()) ++state.attempts;
+    const Status stored = life.target.Store(state);
+    if (!stored.IsOk()) return EndByTarget(life.outcome, stored);
     life.outcome.state = state;
     life.sinceCheckpoint = 0;
     life.lastCheckpoint = Clock::now();
@@ -77,7 +78,8 @@ bool TakeCheckpoint(Life& life) {
 }
 
 bool PutRecord(Life& life, std::uint32_t length) {
-    if (!life.target.Put(life.buffer.data(), length)) return EndByTarget(life.outcome, life.target);
+    const Status put = life.target.Put(life.buffer.data(), length);
+    if (!put.IsOk()) return EndByTarget(life.outcome, put);
     ++life.records;
     life.bytes += length;
     ++life.sinceCheckpoint;
@@ -182,8 +184,9 @@ void FinishLife(Life& life, LastEnd end) {
         RestartState ended = state;
         ended.lastEnd = end;
         ended.lastEndRecords = life.records;
-        if (!life.target.StoreEnd(ended)) {
-            EndByTarget(life.outcome, life.target);
+        const Status stored = life.target.StoreEnd(ended);
+        if (!stored.IsOk()) {
+            EndByTarget(life.outcome, stored);
             return;
         }
         state = ended;
@@ -195,14 +198,15 @@ void FinishLife(Life& life, LastEnd end) {
     finished.records = life.records;
     finished.bytes = life.bytes;
     finished.targetLength = life.target.Length();
-    if (!life.target.Store(finished)) {
-        EndByTarget(life.outcome, life.target);
+    const Status stored = life.target.Store(finished);
+    if (!stored.IsOk()) {
+        EndByTarget(life.outcome, stored);
         return;
     }
     state = finished;
-    std::string reason;
-    if (!CleanUpFinishedLoad(life.target, state, reason)) {
-        EndByFile(life.outcome, reason);
+    const Status cleaned = CleanUpFinishedLoad(life.target, state);
+    if (!cleaned.IsOk()) {
+        EndByFile(life.outcome, cleaned.Error());
         return;
     }
     life.outcome.end = AttemptEnd::kLoadDone;

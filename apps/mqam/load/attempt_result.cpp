@@ -19,8 +19,8 @@ bool EndByFile(AttemptResult& outcome, const std::string& words) {
     return false;
 }
 
-bool EndByTarget(AttemptResult& outcome, const Target& target) {
-    return EndByFile(outcome, target.Failure());
+bool EndByTarget(AttemptResult& outcome, const Status& failed) {
+    return EndByFile(outcome, failed.Error());
 }
 
 bool RefuseAttempt(AttemptResult& outcome, const std::string& words) {

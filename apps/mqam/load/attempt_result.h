@@ -36,8 +36,8 @@ struct AttemptResult {
 bool EndByModule(AttemptResult& outcome, const ModuleSession& session);
 /// Of another file than the target; `words` name it.
 bool EndByFile(AttemptResult& outcome, const std::string& words);
-/// Of the target's last call, when records were put.
-bool EndByTarget(AttemptResult& outcome, const Target& target);
+/// By a call of the target that failed after records were put.
+bool EndByTarget(AttemptResult& outcome, const Status& failed);
 bool RefuseAttempt(AttemptResult& outcome, const std::string& words);
 
 }  // namespace mqam

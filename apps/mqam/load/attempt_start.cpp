@@ -23,10 +23,10 @@ struct Beginning {
     AttemptResult& outcome;
 };
 
-// Of a target that was not yet written to, with which the life cannot begin.
-bool FailToBegin(Beginning& life) {
-    return life.target.Refuses() ? RefuseAttempt(life.outcome, life.target.Failure())
-                                 : EndByTarget(life.outcome, life.target);
+// Ends the attempt because a call of the target failed before anything was written to it.
+bool FailToBegin(Beginning& life, const Status& failed) {
+    return failed.Code() == StatusCode::kRefused ? RefuseAttempt(life.outcome, failed.Error())
+                                                 : EndByTarget(life.outcome, failed);
 }
 
 bool TakeLock(Beginning& life, const std::string& path) {
@@ -97,8 +97,8 @@ bool AreFilesApart(Beginning& life, const RestartState& fresh) {
     files.push_back({fresh.checkpointFile, "checkpoint file"});
     files.push_back({CheckpointLockPath(fresh.checkpointFile), "lock of the checkpoint file"});
     if (!fresh.logFile.empty()) files.push_back({fresh.logFile, "log"});
-    const std::string complaint = FindPathConflict(files);
-    return complaint.empty() || RefuseAttempt(life.outcome, complaint);
+    const Status checked = CheckPathConflicts(files);
+    return checked.IsOk() || RefuseAttempt(life.outcome, checked.Error());
 }
 
 // The module writes into a log that it finds, and the end of the load deletes it.
@@ -138,7 +138,8 @@ bool PrepareFiles(Beginning& life, const std::optional<RestartState>& stored, Re
         state.logFile = fresh.logFile;
     } else {
         fresh.begun = UtcNow();
-        if (!life.target.Begin(fresh)) return FailToBegin(life);
+        const Status begun = life.target.Begin(fresh);
+        if (!begun.IsOk()) return FailToBegin(life, begun);
         state = fresh;
     }
     for (const Repair& repair : decision.repairs) {
@@ -147,7 +148,8 @@ bool PrepareFiles(Beginning& life, const std::optional<RestartState>& stored, Re
         if (!made.IsOk()) return EndByFile(life.outcome, "could not " + what + ": " + made.Error());
         if (life.observer.repaired) life.observer.repaired(what);
     }
-    return life.target.RollBackTo(state) || FailToBegin(life);
+    const Status rolledBack = life.target.RollBackTo(state);
+    return rolledBack.IsOk() || FailToBegin(life, rolledBack);
 }
 
 // A load that is over left its state as a receipt: its command may have been killed before it could tell so.
@@ -168,11 +170,12 @@ bool HandleReceipt(Beginning& life, std::optional<RestartState>& stored, const R
 bool Prepare(Beginning& life) {
     std::optional<RestartState> stored;
     if (!TakeLock(life, life.target.AttemptLock())) return false;
-    if (!life.target.LoadState(stored)) return FailToBegin(life);
+    const Status loaded = life.target.LoadState(stored);
+    if (!loaded.IsOk()) return FailToBegin(life, loaded);
     const bool isOver = IsOver(stored);
     if (isOver) {
-        std::string reason;
-        if (!CleanUpFinishedLoad(life.target, *stored, reason)) return EndByFile(life.outcome, reason);
+        const Status cleaned = CleanUpFinishedLoad(life.target, *stored);
+        if (!cleaned.IsOk()) return EndByFile(life.outcome, cleaned.Error());
         life.outcome.state = *stored;
         life.outcome.end = AttemptEnd::kLoadDone;
         if (!life.settings.meetsReceipt) return false;

@@ -8,45 +8,39 @@ namespace mqam {
 
 namespace {
 
-// The lock file of a life that died before it could remove it; a lock that is held stays.
+// Removes the lock file of an attempt that died before it could do so. A lock that is held stays.
 void SweepCheckpointLock(const RestartState& state) {
     const std::string path = CheckpointLockPath(state.checkpointFile);
-    std::string words;
+    std::string error;
     if (platform::ProbePath(path) == platform::PathKind::kFile &&
-        AcquireLoadLock(path, 0, words) == LockOutcome::kAcquired) {
+        AcquireLoadLock(path, 0, error) == LockOutcome::kAcquired) {
         ReleaseLoadLock(path);
     }
 }
 
 }  // namespace
 
-bool CleanUpFinishedLoad(Target& target, RestartState& state, std::string& reason) {
+Status CleanUpFinishedLoad(Target& target, RestartState& state) {
     SweepCheckpointLock(state);
-    if (state.phase == LoadPhase::kComplete) return true;
-    if (!target.StoreEnd(state)) {
-        reason = target.Failure();
-        return false;
-    }
+    if (state.phase == LoadPhase::kComplete) return {};
+    const Status stored = target.StoreEnd(state);
+    if (!stored.IsOk()) return stored;
     for (const std::string& path : {state.checkpointFile, state.logFile}) {
-        std::string words;
+        std::string error;
         const platform::PathKind kind =
             path.empty() ? platform::PathKind::kMissing : platform::ProbePath(path);
         if (kind == platform::PathKind::kMissing || kind == platform::PathKind::kOther ||
-            platform::DeleteDurably(path, words))
+            platform::DeleteDurably(path, error))
             continue;
-        reason = "every record is in the target, but " + path +
-                 " of the finished load cannot be deleted: " + words +
-                 "; make that possible and run the same command again";
-        return false;
+        return Status::Transient("every record is in the target, but " + path +
+                                 " of the finished load cannot be deleted: " + error +
+                                 "; make that possible and run the same command again");
     }
     RestartState complete = state;
     complete.phase = LoadPhase::kComplete;
-    if (!target.StoreEnd(complete)) {
-        reason = target.Failure();
-        return false;
-    }
-    state = complete;
-    return true;
+    Status marked = target.StoreEnd(complete);
+    if (marked.IsOk()) state = complete;
+    return marked;
 }
 
 }  // namespace mqam

@@ -1,15 +1,14 @@
-// What a load that can be restarted owes the disk once every message is in its target.
+// What a restartable load still has to do on disk once every message is in its target.
 #pragma once
 
-#include <string>
-
+#include "mqam/base/status.h"
 #include "mqam/target/target.h"
 
 namespace mqam {
 
-/// Stores that a load is finished once more, so that it is on the medium whatever became of the life that
-/// first did so; then deletes its checkpoint file and log, and stores that it is complete. The target is
-/// locked. Returns false with the reason in words.
-[[nodiscard]] bool CleanUpFinishedLoad(Target& target, RestartState& state, std::string& reason);
+/// Stores once more that the load is finished, because the attempt that stored it first may have died before it reached
+/// the disk; then deletes the checkpoint file and the log, and stores that the load is complete. Requires the target's
+/// lock.
+Status CleanUpFinishedLoad(Target& target, RestartState& state);
 
 }  // namespace mqam

@@ -32,9 +32,9 @@ bool FailModule(Life& life, bool mustEndProcess) {
     return false;
 }
 
-bool FailTarget(Life& life) {
+bool FailTarget(Life& life, const Status& failed) {
     life.outcome.end = PlainLoadEnd::kTargetFailed;
-    life.outcome.targetFailure = life.sink.Failure();
+    life.outcome.targetFailure = failed.Error();
     life.outcome.mustEndProcess = true;
     return false;
 }
@@ -92,7 +92,8 @@ bool Prepare(Life& life) {
 bool TakeCheckpoint(Life& life) {
     PositionData position{};
     if (life.session.GetPos(position) != pmrcOK) return FailModule(life, true);
-    if (!life.sink.Save()) return FailTarget(life);
+    const Status saved = life.sink.Save();
+    if (!saved.IsOk()) return FailTarget(life, saved);
     if (life.observer.checkpoint) life.observer.checkpoint(position);
     return true;
 }
@@ -102,7 +103,8 @@ bool OpenInput(Life& life) {
     if (life.session.Open(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK) return FailModule(life, true);
     PassNotice(life);
     life.buffer.resize(maxRecordBytes);
-    if (!life.sink.Open()) return FailTarget(life);
+    const Status opened = life.sink.Open();
+    if (!opened.IsOk()) return FailTarget(life, opened);
     life.outcome.targetWasOpened = true;
     return life.settings.checkpointEveryRecords == 0 || TakeCheckpoint(life);
 }
@@ -139,7 +141,8 @@ bool ReadInput(Life& life) {
         }
         if (code != pmrcOK) return FailModule(life, true);
         PassNotice(life);
-        if (!life.sink.Put(life.buffer.data(), length)) return FailTarget(life);
+        const Status put = life.sink.Put(life.buffer.data(), length);
+        if (!put.IsOk()) return FailTarget(life, put);
         lastRecord = Clock::now();
         ++life.outcome.records;
         life.outcome.bytes += length;
@@ -163,8 +166,10 @@ PlainLoadResult RunPlainLoad(PIDMMainFunction entryPoint, const PlainLoadSetting
         return life.outcome;
     }
     const bool reachedTheEnd = OpenInput(life) && ReadInput(life);
-    if (life.outcome.targetWasOpened && life.outcome.end != PlainLoadEnd::kTargetFailed && !sink.Finish())
-        FailTarget(life);
+    if (life.outcome.targetWasOpened && life.outcome.end != PlainLoadEnd::kTargetFailed) {
+        const Status finished = sink.Finish();
+        if (!finished.IsOk()) FailTarget(life, finished);
+    }
     if (!reachedTheEnd || life.outcome.end == PlainLoadEnd::kTargetFailed) return life.outcome;
     // The input has ended and the target is complete: a failure from here on does not change how the input
     // ended.

@@ -29,19 +29,19 @@ bool IsReceiptOfBefore(const Retries& retries) {
     return IsOver(retries.atBegin) && retries.seen && retries.seen->begun == retries.atBegin->begun;
 }
 
-bool ReadFirstState(Target& target, Retries& retries) {
-    retries.isKnown = target.LoadState(retries.seen);
+Status ReadFirstState(Target& target, Retries& retries) {
+    retries.lastRead = target.LoadState(retries.seen);
     retries.atBegin = retries.seen;
-    return retries.isKnown;
+    return retries.lastRead;
 }
 
 void NoteProgress(Target& target, Retries& retries, Clock::duration lifeLasted) {
     std::optional<RestartState> state;
-    retries.isKnown = target.LoadState(state);
-    if (!retries.isKnown || !state) return;
+    retries.lastRead = target.LoadState(state);
+    if (!retries.lastRead.IsOk() || !state) return;
     const bool progress = !retries.seen || state->records != retries.seen->records ||
                           state->phase != retries.seen->phase ||
-                          (state->lives != retries.seen->lives && lifeLasted > kLongestPause);
+                          (state->attempts != retries.seen->attempts && lifeLasted > kLongestPause);
     retries.seen = state;
     if (!progress) return;
     retries.pause = kFirstPause;
@@ -62,8 +62,9 @@ bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries) {
     ++retries.attempts;
     const bool isOfThisLoad = retries.seen && !IsReceiptOfBefore(retries);
     const std::string loaded =
-        retries.isKnown ? "; " + FormatRecordsThatAre(isOfThisLoad ? retries.seen->records : 0) + " loaded"
-                        : "";
+        retries.lastRead.IsOk()
+            ? "; " + FormatRecordsThatAre(isOfThisLoad ? retries.seen->records : 0) + " loaded"
+            : "";
     PrintMessage("mqam load: attempt " + std::to_string(retries.attempts) + " in " +
                  std::to_string(pause.count()) + " s" + loaded + "\n");
     if (!Pause(pause)) return false;

@@ -15,7 +15,7 @@ inline constexpr std::chrono::seconds kLongestPause{60};
 struct Retries {
     std::optional<RestartState> atBegin;                 ///< the state that the command found
     std::optional<RestartState> seen;                    ///< the state as last read; none stored yet
-    bool isKnown = false;                                ///< the last time it could be read
+    Status lastRead;                                     ///< how the most recent read of the state ended
     std::chrono::steady_clock::time_point failingSince;  ///< the first failure behind the last progress
     std::chrono::seconds pause = kFirstPause;            ///< before the next attempt
     int attempts = 0;                                    ///< since then
@@ -25,7 +25,7 @@ struct Retries {
 [[nodiscard]] bool IsReceiptOfBefore(const Retries& retries);
 
 /// Reads the state that the command finds, before its first life. Returns false when that fails.
-[[nodiscard]] bool ReadFirstState(Target& target, Retries& retries);
+Status ReadFirstState(Target& target, Retries& retries);
 
 /// Reads the state after a life; when the load has got on, its attempts count anew.
 ///   lifeLasted  how long the life took. One that connected and then waited for records for long has got on,

@@ -30,7 +30,7 @@ int Refuse(const std::string& words) {
 // ---- what is told at the end
 
 std::string DescribeWhatIsSafe(const Retries& retries) {
-    if (!retries.isKnown) {
+    if (!retries.lastRead.IsOk()) {
         return "what is loaded stays so; how much it is cannot be told while the restart information cannot "
                "be read";
     }
@@ -148,12 +148,13 @@ int AcquireCommandLock(const SupervisorSettings& settings, Target& target, Retri
 
 // Reads what is stored, in the same way.
 int FetchState(const SupervisorSettings& settings, Target& target, Retries& retries) {
-    while (!ReadFirstState(target, retries)) {
-        if (target.Refuses()) return Refuse(target.Failure());
-        const int exitCode = TryAgainBefore(target.Failure(), settings, retries);
+    for (;;) {
+        const Status read = ReadFirstState(target, retries);
+        if (read.IsOk()) return kExitDone;
+        if (read.Code() == StatusCode::kRefused) return Refuse(read.Error());
+        const int exitCode = TryAgainBefore(read.Error(), settings, retries);
         if (exitCode != kExitDone) return exitCode;
     }
-    return kExitDone;
 }
 
 // Returns what speaks against a first life, or an empty string.
@@ -181,8 +182,9 @@ WorkerEnd RunOneAttempt(Target& target, const std::vector<std::string>& argument
     WorkerEnd end = RunWorker(arguments);
     NoteProgress(target, retries, Clock::now() - start);
     const bool saysDone = end.started && !end.killed && end.code == kExitDone;
-    if (saysDone && !retries.isKnown) {
-        PrintMessage("mqam load: whether the load is done cannot be told: " + target.Failure() + "\n");
+    if (saysDone && !retries.lastRead.IsOk()) {
+        PrintMessage("mqam load: whether the load is done cannot be told: " + retries.lastRead.Error() +
+                     "\n");
         end.code = kExitTargetFailed;
         return end;
     }

@@ -34,7 +34,7 @@ std::string DescribeDone(const WorkerSettings& settings, const AttemptResult& ou
     const RestartState& state = outcome.state;
     return "end of the queue: the load is done\n  records   " + FormatCount(state.records) +
            "\n  bytes     " + FormatCount(state.bytes) + "\n  begun     " + state.begun + "\n  lives     " +
-           FormatCount(state.lives) + "\n  elapsed   " +
+           FormatCount(state.attempts) + "\n  elapsed   " +
            FormatElapsed(SecondsSince(settings.commandStartedMs)) + "\n  target    " + target.Name() + "\n";
 }
 

@@ -13,15 +13,15 @@ bool IsSameFile(const std::string& one, const std::string& other) {
 
 }  // namespace
 
-std::string FindPathConflict(const std::vector<LoadFile>& files) {
+Status CheckPathConflicts(const std::vector<LoadFile>& files) {
     for (std::size_t i = 0; i < files.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
             if (!IsSameFile(files[i].path, files[j].path)) continue;
-            return files[i].path + " cannot be both " + files[j].use + " and " + files[i].use +
-                   " of the load: give each a name of its own";
+            return Status::Refused(files[i].path + " cannot be both " + files[j].use + " and " +
+                                   files[i].use + " of the load: give each a name of its own");
         }
     }
-    return "";
+    return {};
 }
 
 }  // namespace mqam

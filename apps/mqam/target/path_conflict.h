@@ -1,18 +1,19 @@
-// The files that a load uses, each of which must be a file of its own.
+// The files that a load uses. Each must be a file of its own.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "mqam/base/status.h"
+
 namespace mqam {
 
 struct LoadFile {
     std::string path;  ///< absolute
-    const char* use;   ///< what for, in words: "target"
+    const char* use;   ///< what it is for, for example "target"
 };
 
-/// Returns the complaint about the first two uses that are one file, also by way of links, or an empty
-/// string.
-[[nodiscard]] std::string FindPathConflict(const std::vector<LoadFile>& files);
+/// Refuses two uses of the same file, also by way of links, and names the first such pair.
+Status CheckPathConflicts(const std::vector<LoadFile>& files);
 
 }  // namespace mqam

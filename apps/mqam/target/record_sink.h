@@ -1,13 +1,13 @@
-// Where records go. A target stands behind this interface, so that a load does not know its kind.
+// Where the records of a plain load go. A load does not know which kind of sink it writes to.
 #pragma once
 
 #include <cstddef>
-#include <string>
+
+#include "mqam/base/status.h"
 
 namespace mqam {
 
-/// A target of records. Every call returns false on failure, with the words for the user in Failure(); after
-/// a failure only Failure() may be called. Called from one thread.
+/// After a call that failed, no other may follow. All calls come from one thread.
 class RecordSink {
   public:
     RecordSink() = default;
@@ -15,19 +15,17 @@ class RecordSink {
     RecordSink& operator=(const RecordSink&) = delete;
     virtual ~RecordSink() = default;
 
-    /// Opens the target. Called once, when the input is open and before the first record.
-    [[nodiscard]] virtual bool Open() = 0;
+    /// Opens the sink. Called once, when the input is open and before the first record.
+    virtual Status Open() = 0;
 
-    /// Takes one record; the bytes are not kept.
-    [[nodiscard]] virtual bool Put(const char* record, std::size_t length) = 0;
+    /// Puts one record; the bytes are not kept.
+    virtual Status Put(const char* record, std::size_t length) = 0;
 
-    /// Brings everything put so far to the medium. Called between a GetPos and the next Read.
-    [[nodiscard]] virtual bool Save() = 0;
+    /// Syncs everything put so far to disk. Called between a GetPos and the next Read.
+    virtual Status Save() = 0;
 
-    /// Writes what is held back, brings it to the medium and closes. Success may be told only after this.
-    [[nodiscard]] virtual bool Finish() = 0;
-
-    [[nodiscard]] virtual const std::string& Failure() const = 0;
+    /// Writes what is still buffered, syncs it to disk and closes. Only after this may success be reported.
+    virtual Status Finish() = 0;
 };
 
 }  // namespace mqam

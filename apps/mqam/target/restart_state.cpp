@@ -17,7 +17,7 @@ constexpr std::string_view kChecksumKey = "checksum=";
 constexpr std::array<const char*, 3> kPhases = {"loading", "finished", "complete"};
 constexpr std::array<const char*, 3> kEnds = {"none", "early", "after-wait"};
 
-// Names and paths may hold any byte; a line may not.
+// Names and paths may contain any byte; a line may not.
 std::string Escape(const std::string& text) {
     std::string escaped;
     for (const char c : text) {
@@ -92,6 +92,7 @@ constexpr Field NumberField(const char* key) {
             [](const std::string& value, State& s) { return ReadNumber(value, s.*Member); }};
 }
 
+// The keys are the format on disk and do not change, even where a member has a newer name.
 constexpr Field kFields[] = {
     {"phase", [](const State& s) { return std::string(kPhases[static_cast<std::size_t>(s.phase)]); },
      [](const std::string& value, State& s) { return ReadWord(value, kPhases, s.phase); }},
@@ -102,7 +103,7 @@ constexpr Field kFields[] = {
     TextField<&State::target>("target"),
     TextField<&State::format>("format"),
     TextField<&State::begun>("begun"),
-    NumberField<&State::lives>("lives"),
+    NumberField<&State::attempts>("lives"),
     NumberField<&State::records>("records"),
     NumberField<&State::bytes>("bytes"),
     NumberField<&State::targetLength>("target-length"),
@@ -122,18 +123,13 @@ constexpr Field kFields[] = {
     NumberField<&State::lastEndRecords>("last-end-records"),
 };
 
-// Takes one line off the front. Returns false when no line end is left.
+// Removes the first line. Returns false if there is no line end left.
 bool TakeLine(std::string_view& rest, std::string_view& line) {
     const std::size_t end = rest.find('\n');
     if (end == std::string_view::npos) return false;
     line = rest.substr(0, end);
     rest.remove_prefix(end + 1);
     return true;
-}
-
-bool Complain(const char* words, std::string& reason) {
-    reason = words;
-    return false;
 }
 
 }  // namespace
@@ -154,20 +150,20 @@ std::string FormatRestartState(const RestartState& state) {
     return text + std::string(kChecksumKey) + Hex(DigestOf(text.data(), text.size())) + "\n";
 }
 
-bool ParseRestartState(const std::string& text, RestartState& state, std::string& reason) {
+Status ParseRestartState(const std::string& text, RestartState& state) {
     state = {};
-    if (text.empty()) return Complain("is empty", reason);
+    if (text.empty()) return Status::Refused("is empty");
     if (!text.starts_with(kFirstLine)) {
         if (text.size() < kFirstLine.size() && kFirstLine.starts_with(text)) {
-            return Complain("is cut short", reason);
+            return Status::Refused("is cut short");
         }
-        return Complain("is not restart information of mqam, or that of another version of it", reason);
+        return Status::Refused("is not restart information of this version of mqam");
     }
     const std::size_t checksumAt = text.rfind(kChecksumKey);
-    if (checksumAt == std::string::npos || text.back() != '\n') return Complain("is cut short", reason);
+    if (checksumAt == std::string::npos || text.back() != '\n') return Status::Refused("is cut short");
     if (text.substr(checksumAt) !=
         std::string(kChecksumKey) + Hex(DigestOf(text.data(), checksumAt)) + "\n") {
-        return Complain("is damaged: its checksum does not match its lines", reason);
+        return Status::Refused("is damaged: its checksum does not match its lines");
     }
     std::string_view rest = std::string_view(text).substr(0, checksumAt);
     rest.remove_prefix(kFirstLine.size());
@@ -176,11 +172,12 @@ bool ParseRestartState(const std::string& text, RestartState& state, std::string
         const std::string key = std::string(field.key) + "=";
         if (!TakeLine(rest, line) || !line.starts_with(key) ||
             !field.parse(std::string(line.substr(key.size())), state)) {
-            reason = "was not written by this program: its line \"" + key + "\" is missing or wrong";
-            return false;
+            return Status::Refused("was not written by this program: its line \"" + key +
+                                   "\" is missing or wrong");
         }
     }
-    return rest.empty() || Complain("was not written by this program: it has more lines", reason);
+    return rest.empty() ? Status()
+                        : Status::Refused("was not written by this program: it has additional lines");
 }
 
 std::uint64_t DigestOf(const char* bytes, std::size_t length) {

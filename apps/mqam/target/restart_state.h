@@ -1,6 +1,6 @@
-// What a restartable load keeps between two lives, and its form on disk: lines of key=value that an operator
-// can read, closed by a checksum. A text that is not exactly what FormatRestartState wrote is refused, never
-// guessed at.
+// What a restartable load keeps from one attempt to the next, and its form on disk: lines of key=value that an operator
+// can read, followed by a checksum. A text that is not exactly what FormatRestartState wrote is refused; nothing is
+// guessed.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "mqam/base/status.h"
 #include "mqamod.h"
 
 namespace mqam {
@@ -15,54 +16,55 @@ namespace mqam {
 enum class LoadPhase {
     kLoading,
     kFinished,  ///< every message is durable in the target; checkpoint file and log may still be there
-    kComplete,  ///< and they are gone: the state is a receipt
+    kComplete,  ///< they are deleted too: the state is a completion marker
 };
 
-/// How the last life that ended by itself ended.
+/// How the previous attempt ended, if it ended with the end of the input.
 enum class LastEnd {
-    kNone,       ///< the life before did not get so far
-    kEarly,      ///< at an end of input that came before the read wait interval had passed
+    kNone,       ///< it did not get that far
+    kEarly,      ///< the input ended before the read wait interval had passed
     kAfterWait,  ///< the queue had been empty for the read wait interval
 };
 
 struct RestartState {
     LoadPhase phase = LoadPhase::kLoading;
 
-    // Whose state this is. Paths are absolute.
+    // Which load this is. Paths are absolute.
     std::string queueManager;
     std::string queue;
     std::string checkpointFile;
-    std::string logFile;  ///< empty without one
+    std::string logFile;  ///< empty if there is none
     std::string target;
     std::string format;
 
-    std::string begun;        ///< when, in UTC
-    std::uint64_t lives = 0;  ///< that got as far as to store something
+    std::string begun;           ///< when the load began, in UTC
+    std::uint64_t attempts = 0;  ///< attempts that stored a checkpoint
 
     // What is durable in the target.
     std::uint64_t records = 0;
-    std::uint64_t bytes = 0;         ///< of the records
-    std::uint64_t targetLength = 0;  ///< of the target, what stood there before the load included
+    std::uint64_t bytes = 0;         ///< the sum of the record lengths
+    std::uint64_t targetLength = 0;  ///< including what was there before the load
     std::uint64_t lastRecordLength = 0;
     std::uint64_t lastRecordDigest = 0;
     std::optional<PositionData> position;
 
     LastEnd lastEnd = LastEnd::kNone;
-    std::uint64_t lastEndRecords = 0;  ///< records read up to that end, those behind the position included
+    /// The number of records read up to that end, including those after the position.
+    std::uint64_t lastEndRecords = 0;
 };
 
-/// Whether a stored state is of a load that has begun and is not over. One in which no position was stored
-/// yet has read nothing: it is not yet begun.
+/// Whether a load has begun and is not over. Without a stored position nothing has been read, so the load has not begun.
 [[nodiscard]] bool IsUnfinished(const std::optional<RestartState>& state);
+/// Whether every message of the load is in the target.
 [[nodiscard]] bool IsOver(const std::optional<RestartState>& state);
 
 [[nodiscard]] std::string FormatRestartState(const RestartState& state);
 
-/// Returns false with what is wrong with the text ("is cut short", "is damaged: ..."); `state` is then
-/// undefined.
-[[nodiscard]] bool ParseRestartState(const std::string& text, RestartState& state, std::string& reason);
+/// Parses the form on disk. The error (kRefused) says what is wrong with the text, for example "is cut short"; `state` is
+/// then undefined.
+Status ParseRestartState(const std::string& text, RestartState& state);
 
-/// FNV-1a of 64 bits: tells records apart that differ by chance, not by design.
+/// FNV-1a with 64 bits: detects records that differ by accident, not by intent.
 [[nodiscard]] std::uint64_t DigestOf(const char* bytes, std::size_t length);
 
 }  // namespace mqam

@@ -1,10 +1,12 @@
-// A target that a load can be restarted into: it keeps the restart state together with the records, so that
-// after a crash both tell the same.
+// A target that a load can be restarted into: it keeps the restart state together with the records, so that the two
+// agree after a crash.
 //
-// The order of calls in a life, which holds a lock: LoadState, then for a new load Begin, then RollBackTo, Puts
-// with a Store after some of them, at the end StoreEnd or Store. Every call returns false on failure with
-// words for the user in Failure(); after a failed Put or Store nothing but Failure() and Refuses() may be
-// called. Called from one thread.
+// The order of calls in an attempt, which holds the lock of attempts: LoadState; for a new load Begin; RollBackTo;
+// Puts, with a Store after some of them; at the end StoreEnd or Store. After a Put or Store that failed, no other of
+// these calls may follow. All calls come from one thread.
+//
+// Errors: kRefused means that the target does not fit the load and someone has to decide; kTransient that the system
+// failed and a later attempt may succeed.
 #pragma once
 
 #include <cstddef>
@@ -13,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "mqam/base/status.h"
 #include "mqam/target/path_conflict.h"
 #include "mqam/target/restart_state.h"
 
@@ -25,64 +28,44 @@ class Target {
     Target& operator=(const Target&) = delete;
     virtual ~Target() = default;
 
-    /// Reads the stored state, none when nothing is stored. Does not need a lock.
-    [[nodiscard]] virtual bool LoadState(std::optional<RestartState>& state) = 0;
+    /// Reads the stored state; none if nothing is stored. Needs no lock.
+    virtual Status LoadState(std::optional<RestartState>& state) = 0;
 
-    /// Tells whether a new load would find records of an earlier one in its way: the target exists and holds
-    /// something, and the user did not say that the load may add to it.
+    /// Whether a new load would find records of an earlier one: the target exists and is not empty, or cannot be
+    /// read, and the user did not say that the load may add to it.
     [[nodiscard]] virtual bool IsOccupied() = 0;
 
-    /// Makes a first state durable, before anything of the target is touched. Refuses a target that is
-    /// occupied, unless the user said to replace it. Fills targetLength of the state.
-    [[nodiscard]] virtual bool Begin(RestartState& state) = 0;
+    /// Makes the first state of a load durable, before anything in the target is touched, and sets its targetLength.
+    /// Refuses an occupied target unless the user said to replace it.
+    virtual Status Begin(RestartState& state) = 0;
 
-    /// Cuts off what the state does not count and makes the target ready for records. Refuses a target that
-    /// does not end with the last record that the state counts.
-    [[nodiscard]] virtual bool RollBackTo(const RestartState& state) = 0;
+    /// Removes what the state does not count and makes the target ready for records. Refuses a target that does not
+    /// end with the last record that the state counts.
+    virtual Status RollBackTo(const RestartState& state) = 0;
 
-    /// Takes one record; the bytes are not kept.
-    [[nodiscard]] virtual bool Put(const char* record, std::size_t length) = 0;
+    /// Puts one record; the bytes are not kept.
+    virtual Status Put(const char* record, std::size_t length) = 0;
 
-    /// The length of the target with everything put so far, as the state counts it.
+    /// The length of the target with everything put so far, in the unit of the state's targetLength.
     [[nodiscard]] virtual std::uint64_t Length() const = 0;
 
-    /// Makes everything put so far durable, and then, or at the same instant, the state that counts it.
-    [[nodiscard]] virtual bool Store(const RestartState& state) = 0;
+    /// Makes everything put so far durable, and after that, or in the same instant, the state that counts it.
+    virtual Status Store(const RestartState& state) = 0;
 
     /// Makes a state durable that does not count the records put since the last Store. No Put may follow.
-    [[nodiscard]] virtual bool StoreEnd(const RestartState& state) = 0;
+    virtual Status StoreEnd(const RestartState& state) = 0;
 
-    /// The target, the form of its records, and where its state is kept, as the user knows them.
+    /// The target, the format of its records, and the place of its state, as the user knows them.
     [[nodiscard]] virtual const std::string& Name() const = 0;
     [[nodiscard]] virtual std::string Format() const = 0;
     [[nodiscard]] virtual const std::string& StateName() const = 0;
 
-    /// The file whose lock keeps one command after the other away from target and state, and the one that
-    /// does so with the lives of a command.
+    /// The lock file that keeps other commands away from target and state, and the one that keeps other attempts away.
     [[nodiscard]] virtual std::string CommandLock() const = 0;
     [[nodiscard]] virtual std::string AttemptLock() const = 0;
 
-    /// The files that target and state are kept in, and those beside them, the locks included.
+    /// The files of the target and its state, including the locks; none for a target without local files.
     [[nodiscard]] virtual std::vector<LoadFile> Files() const = 0;
-
-    [[nodiscard]] const std::string& Failure() const { return failure_; }
-    /// Of the last failure: it stays until somebody changes something; else the system failed, and time may
-    /// heal that.
-    [[nodiscard]] bool Refuses() const { return refuses_; }
-
-  protected:
-    [[nodiscard]] bool Refuse(const std::string& words) { return End(words, true); }
-    [[nodiscard]] bool Fail(const std::string& words) { return End(words, false); }
-
-  private:
-    [[nodiscard]] bool End(const std::string& words, bool refuses) {
-        failure_ = words;
-        refuses_ = refuses;
-        return false;
-    }
-
-    std::string failure_;
-    bool refuses_ = false;
 };
 
 }  // namespace mqam

@@ -19,14 +19,14 @@ class NotingTarget : public EmptyTarget {
   public:
     explicit NotingTarget(std::string watched) : watched_(std::move(watched)) {}
 
-    [[nodiscard]] bool StoreEnd(const RestartState& state) override {
-        if (statesUntilFailure_-- == 0) return Fail("no room");
+    Status StoreEnd(const RestartState& state) override {
+        if (statesUntilFailure_-- == 0) return Status::Transient("no room");
         notes_ += state.phase == LoadPhase::kFinished ? "finished" : "complete";
         notes_ += fs::exists(watched_) ? " with file\n" : " without file\n";
-        return true;
+        return {};
     }
 
-    void FailBehind(int states) { statesUntilFailure_ = states; }
+    void FailAfter(int states) { statesUntilFailure_ = states; }
     [[nodiscard]] const std::string& Notes() const { return notes_; }
 
   private:
@@ -45,32 +45,30 @@ class RestartCleanup : public testing::Test {
 
     TestDirectory folder_;
     RestartState state_;
-    std::string reason_;
 };
 
 // A life that died behind the replacement of the restart file left it perhaps in memory alone.
 TEST_F(RestartCleanup, H24_FinishedIsStoredOnceMoreBeforeTheCheckpointFileGoes) {
     NotingTarget target(state_.checkpointFile);
-    EXPECT_TRUE(CleanUpFinishedLoad(target, state_, reason_)) << reason_;
+    EXPECT_EQ(CleanUpFinishedLoad(target, state_).Error(), "");
     EXPECT_EQ(target.Notes(), "finished with file\ncomplete without file\n");
     EXPECT_EQ(state_.phase, LoadPhase::kComplete);
 }
 
 TEST_F(RestartCleanup, H24_WhenItCannotBeStoredTheCheckpointFileStays) {
     NotingTarget target(state_.checkpointFile);
-    target.FailBehind(0);
-    EXPECT_FALSE(CleanUpFinishedLoad(target, state_, reason_));
-    EXPECT_EQ(reason_, "no room");
+    target.FailAfter(0);
+    EXPECT_EQ(CleanUpFinishedLoad(target, state_).Error(), "no room");
     EXPECT_TRUE(fs::exists(state_.checkpointFile));
-    target.FailBehind(1);
-    EXPECT_FALSE(CleanUpFinishedLoad(target, state_, reason_));
+    target.FailAfter(1);
+    EXPECT_FALSE(CleanUpFinishedLoad(target, state_).IsOk());
     EXPECT_EQ(state_.phase, LoadPhase::kFinished);
 }
 
 TEST_F(RestartCleanup, ALoadThatIsCompleteIsLeftAlone) {
     NotingTarget target(state_.checkpointFile);
     state_.phase = LoadPhase::kComplete;
-    EXPECT_TRUE(CleanUpFinishedLoad(target, state_, reason_)) << reason_;
+    EXPECT_EQ(CleanUpFinishedLoad(target, state_).Error(), "");
     EXPECT_EQ(target.Notes(), "");
     EXPECT_TRUE(fs::exists(state_.checkpointFile)) << "another load's by now";
 }

@@ -1,24 +1,25 @@
-// A target that keeps nothing and never fails: a test replaces what it is about.
+// A target that keeps nothing and never fails. A test overrides what it needs.
 #pragma once
 
 #include "mqam/target/target.h"
 
 using mqam::RestartState;
+using mqam::Status;
 using mqam::Target;
 
 class EmptyTarget : public Target {
   public:
-    [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override {
+    Status LoadState(std::optional<RestartState>& state) override {
         state.reset();
-        return true;
+        return {};
     }
     [[nodiscard]] bool IsOccupied() override { return false; }
-    [[nodiscard]] bool Begin(RestartState& /*state*/) override { return true; }
-    [[nodiscard]] bool RollBackTo(const RestartState& /*state*/) override { return true; }
-    [[nodiscard]] bool Put(const char* /*record*/, std::size_t /*length*/) override { return true; }
+    Status Begin(RestartState& /*state*/) override { return {}; }
+    Status RollBackTo(const RestartState& /*state*/) override { return {}; }
+    Status Put(const char* /*record*/, std::size_t /*length*/) override { return {}; }
     [[nodiscard]] std::uint64_t Length() const override { return 0; }
-    [[nodiscard]] bool Store(const RestartState& state) override { return StoreEnd(state); }
-    [[nodiscard]] bool StoreEnd(const RestartState& /*state*/) override { return true; }
+    Status Store(const RestartState& state) override { return StoreEnd(state); }
+    Status StoreEnd(const RestartState& /*state*/) override { return {}; }
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "lines"; }
     [[nodiscard]] const std::string& StateName() const override { return name_; }

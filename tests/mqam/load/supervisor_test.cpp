@@ -18,9 +18,9 @@ class UnreadableTarget : public EmptyTarget {
   public:
     explicit UnreadableTarget(const TestDirectory& folder) : folder_(folder) {}
 
-    [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override {
+    Status LoadState(std::optional<RestartState>& state) override {
         state.reset();
-        return loads_++ == 0 || Fail("cannot read the state: the disk is gone");
+        return loads_++ == 0 ? Status() : Status::Transient("cannot read the state: the disk is gone");
     }
     [[nodiscard]] std::string CommandLock() const override { return folder_.Path("lock"); }
     [[nodiscard]] std::string AttemptLock() const override { return folder_.Path("life.lock"); }

@@ -22,7 +22,7 @@ RestartState EveryFieldFilled() {
     state.target = "/data/a load/orders.txt";
     state.format = "length";
     state.begun = "2026-01-31 23:59:59 UTC";
-    state.lives = 3;
+    state.attempts = 3;
     state.records = 4000;
     state.bytes = 123456789012;
     state.targetLength = 123456805012;
@@ -56,8 +56,7 @@ void Replace(std::string& text, const std::string& part, const std::string& by) 
 // What is wrong with the text, or an empty string.
 std::string Complaint(const std::string& text) {
     RestartState state;
-    std::string reason;
-    return ParseRestartState(text, state, reason) ? "" : reason;
+    return ParseRestartState(text, state).Error();
 }
 
 TEST(RestartStateTest, TheTextIsLinesThatAnOperatorCanRead) {
@@ -84,8 +83,7 @@ TEST(RestartStateTest, TheTextIsLinesThatAnOperatorCanRead) {
 TEST(RestartStateTest, EveryFieldComesBack) {
     const RestartState state = EveryFieldFilled();
     RestartState back;
-    std::string reason;
-    ASSERT_TRUE(ParseRestartState(FormatRestartState(state), back, reason)) << reason;
+    ASSERT_EQ(ParseRestartState(FormatRestartState(state), back).Error(), "");
     EXPECT_EQ(back.phase, state.phase);
     EXPECT_EQ(back.queueManager, state.queueManager);
     EXPECT_EQ(back.queue, state.queue);
@@ -94,7 +92,7 @@ TEST(RestartStateTest, EveryFieldComesBack) {
     EXPECT_EQ(back.target, state.target);
     EXPECT_EQ(back.format, state.format);
     EXPECT_EQ(back.begun, state.begun);
-    EXPECT_EQ(back.lives, state.lives);
+    EXPECT_EQ(back.attempts, state.attempts);
     EXPECT_EQ(back.records, state.records);
     EXPECT_EQ(back.bytes, state.bytes);
     EXPECT_EQ(back.targetLength, state.targetLength);
@@ -108,8 +106,7 @@ TEST(RestartStateTest, EveryFieldComesBack) {
 
 TEST(RestartStateTest, AFreshStateComesBackOverAUsedOne) {
     RestartState back = EveryFieldFilled();
-    std::string reason;
-    ASSERT_TRUE(ParseRestartState(FormatRestartState(RestartState{}), back, reason)) << reason;
+    ASSERT_EQ(ParseRestartState(FormatRestartState(RestartState{}), back).Error(), "");
     EXPECT_EQ(FormatRestartState(back), FormatRestartState(RestartState{}));
     EXPECT_FALSE(back.position);
     EXPECT_EQ(back.queue, "");
@@ -124,8 +121,7 @@ TEST(RestartStateTest, EachPhaseAndEachEndHasItsOwnWord) {
             state.phase = phase;
             state.lastEnd = end;
             RestartState back;
-            std::string reason;
-            ASSERT_TRUE(ParseRestartState(FormatRestartState(state), back, reason)) << reason;
+            ASSERT_EQ(ParseRestartState(FormatRestartState(state), back).Error(), "");
             EXPECT_EQ(back.phase, phase);
             EXPECT_EQ(back.lastEnd, end);
             texts.insert(FormatRestartState(state));
@@ -147,8 +143,7 @@ TEST(RestartStateTest, NamesOfAnyBytesStayOnOneLineAndComeBack) {
         const std::string text = FormatRestartState(state);
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 19);
         RestartState back;
-        std::string reason;
-        ASSERT_TRUE(ParseRestartState(text, back, reason)) << reason;
+        ASSERT_EQ(ParseRestartState(text, back).Error(), "");
         EXPECT_EQ(back.target, name);
         EXPECT_EQ(back.queue, name);
     }
@@ -160,8 +155,7 @@ TEST(RestartStateTest, NumbersComeBackAtTheirLimits) {
     state.lastRecordDigest = UINT64_MAX;
     state.position = PositionData{INT32_MAX, INT32_MIN, INT64_MIN};
     RestartState back;
-    std::string reason;
-    ASSERT_TRUE(ParseRestartState(FormatRestartState(state), back, reason)) << reason;
+    ASSERT_EQ(ParseRestartState(FormatRestartState(state), back).Error(), "");
     EXPECT_EQ(back.records, UINT64_MAX);
     EXPECT_EQ(back.lastEndRecords, UINT64_MAX);
     EXPECT_EQ(back.lastRecordDigest, UINT64_MAX);
@@ -198,14 +192,13 @@ TEST(RestartStateTest, LineEndsOfAnotherSystemAreRefused) {
     std::string text;
     for (const char c : FormatRestartState(EveryFieldFilled()))
         text += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    EXPECT_EQ(Complaint(text), "is not restart information of mqam, or that of another version of it");
+    EXPECT_EQ(Complaint(text), "is not restart information of this version of mqam");
 }
 
 TEST(RestartStateTest, AnotherVersionIsNotGuessedAt) {
     std::string lines = Lines(EveryFieldFilled());
     Replace(lines, "information 1\n", "information 2\n");
-    EXPECT_EQ(Complaint(Sealed(lines)),
-              "is not restart information of mqam, or that of another version of it");
+    EXPECT_EQ(Complaint(Sealed(lines)), "is not restart information of this version of mqam");
 }
 
 TEST(RestartStateTest, ADamagedLineIsNamedByItsChecksum) {
@@ -242,7 +235,7 @@ TEST(RestartStateTest, AValueThatThisProgramDoesNotWriteIsRefusedWithItsLine) {
         EXPECT_THAT(Complaint(Sealed(lines)), HasSubstr("was not written by this program")) << by;
     }
     EXPECT_EQ(Complaint(Sealed(Lines(EveryFieldFilled()) + "more=1\n")),
-              "was not written by this program: it has more lines");
+              "was not written by this program: it has additional lines");
 }
 
 TEST(RestartStateTest, TheDigestIsFnv1aOf64Bits) {

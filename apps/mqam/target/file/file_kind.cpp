@@ -11,7 +11,7 @@ namespace {
 Status CheckOptions(const TargetRequest& request) {
     if (request.name == "-") {
         return Status::Refused(
-            "standard output cannot be cut back: a load that can be restarted needs a file (--to FILE)");
+            "standard output cannot be truncated: a load that can be restarted needs a file (--to FILE)");
     }
     return {};
 }
@@ -24,19 +24,12 @@ Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
     return {};
 }
 
-Status ReadState(const std::string& restartFile, std::optional<RestartState>& state) {
-    std::string error;
-    bool isTransient = false;
-    if (ReadRestartFile(restartFile, state, error, isTransient)) return {};
-    return isTransient ? Status::Transient(error) : Status::Permanent(error);
-}
-
 }  // namespace
 
 const TargetKind kFileTargetKind = {
-    "",    "FILE",         "a file; with --restart-file FILE the load is restartable",
-    false, "restart file", CheckOptions,
-    Make,  ReadState,
+    "",    "FILE",          "a file; with --restart-file FILE the load is restartable",
+    false, "restart file",  CheckOptions,
+    Make,  ReadRestartFile,
 };
 
 }  // namespace mqam

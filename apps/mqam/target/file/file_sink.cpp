@@ -10,8 +10,8 @@ namespace mqam {
 
 namespace {
 
-// One write of this size costs next to nothing beside the records in it.
-constexpr std::size_t kHeldBytesMax = 262144;
+// One write of this size costs next to nothing compared with the records in it.
+constexpr std::size_t kBufferBytes = 262144;
 constexpr auto kIdlePause = std::chrono::milliseconds(200);
 
 }  // namespace
@@ -28,31 +28,35 @@ FileSink::FileSink(FileSinkSettings target) : target_(std::move(target)) {}
 FileSink::~FileSink() {
     StopIdleWriter();
     if (descriptor_ >= 0) {
-        // Only a load that failed leaves the file open; that failure has been told.
+        // Only a load that failed leaves the file open; that failure has been reported.
         static_cast<void>(platform::CloseDescriptor(descriptor_));
     }
 }
 
 bool FileSink::Fail(const char* action) {
     const int code = errno;
-    failure_ = std::string("cannot ") + action + " " + target_.path + ": " + std::strerror(code);
+    status_ =
+        Status::Transient(std::string("cannot ") + action + " " + target_.path + ": " + std::strerror(code));
     return false;
 }
 
-bool FileSink::Open() {
+Status FileSink::Open() {
     descriptor_ =
         target_.descriptor >= 0 ? target_.descriptor : platform::OpenForWriting(target_.path, target_.mode);
-    if (descriptor_ < 0) return Fail("open");
-    held_.reserve(kHeldBytesMax);
+    if (descriptor_ < 0) {
+        Fail("open");
+        return status_;
+    }
+    buffer_.reserve(kBufferBytes);
     idleWriter_ = std::thread(&FileSink::WriteWhenIdle, this);
-    return true;
+    return {};
 }
 
 void FileSink::WriteWhenIdle() {
     std::unique_lock<std::mutex> guard(lock_);
     while (!stop_.wait_for(guard, kIdlePause, [this] { return stopping_; })) {
-        // A failure shows at the next call.
-        if (!std::exchange(recordCame_, false) && failure_.empty()) static_cast<void>(WriteHeld());
+        // The next call reports a failure.
+        if (!std::exchange(hasNewRecord_, false) && status_.IsOk()) static_cast<void>(WriteBuffer());
     }
 }
 
@@ -79,37 +83,42 @@ bool FileSink::WriteOut(const char* bytes, std::size_t length) {
     return true;
 }
 
-bool FileSink::WriteHeld() {
-    const bool written = WriteOut(held_.data(), held_.size());
-    held_.clear();
+bool FileSink::WriteBuffer() {
+    const bool written = WriteOut(buffer_.data(), buffer_.size());
+    buffer_.clear();
     return written;
 }
 
-bool FileSink::Hold(const char* bytes, std::size_t length) {
-    if (length > kHeldBytesMax - held_.size() && !WriteHeld()) return false;
-    if (length > kHeldBytesMax) return WriteOut(bytes, length);
-    held_.insert(held_.end(), bytes, bytes + length);
+bool FileSink::Buffer(const char* bytes, std::size_t length) {
+    if (length > kBufferBytes - buffer_.size() && !WriteBuffer()) return false;
+    if (length > kBufferBytes) return WriteOut(bytes, length);
+    buffer_.insert(buffer_.end(), bytes, bytes + length);
     return true;
 }
 
-bool FileSink::Put(const char* record, std::size_t length) {
+Status FileSink::Put(const char* record, std::size_t length) {
     const std::lock_guard<std::mutex> guard(lock_);
-    if (!failure_.empty()) return false;
-    recordCame_ = true;
+    if (!status_.IsOk()) return status_;
+    hasNewRecord_ = true;
     if (target_.format == RecordFormat::kLength) {
         const auto count = static_cast<std::uint32_t>(length);
         const char bytes[4] = {static_cast<char>(count & 0xFF), static_cast<char>(count >> 8 & 0xFF),
                                static_cast<char>(count >> 16 & 0xFF), static_cast<char>(count >> 24 & 0xFF)};
-        if (!Hold(bytes, sizeof bytes)) return false;
+        if (!Buffer(bytes, sizeof bytes)) return status_;
     }
-    if (!Hold(record, length)) return false;
-    return target_.format != RecordFormat::kLines || Hold("\n", 1);
+    if (!Buffer(record, length)) return status_;
+    if (target_.format == RecordFormat::kLines && !Buffer("\n", 1)) return status_;
+    return {};
 }
 
-bool FileSink::Save() {
+bool FileSink::Sync() {
+    return platform::SyncFile(descriptor_) == 0 || Fail("sync");
+}
+
+Status FileSink::Save() {
     const std::lock_guard<std::mutex> guard(lock_);
-    if (!failure_.empty() || !WriteHeld()) return false;
-    return platform::SyncFile(descriptor_) == 0 || Fail("bring to the medium");
+    if (!status_.IsOk() || !WriteBuffer() || !Sync()) return status_;
+    return {};
 }
 
 bool FileSink::HasLength(std::uint64_t bytes) {
@@ -117,12 +126,12 @@ bool FileSink::HasLength(std::uint64_t bytes) {
     return platform::IsFileAt(descriptor_, target_.path, bytes);
 }
 
-bool FileSink::Finish() {
+Status FileSink::Finish() {
     StopIdleWriter();
-    if (!failure_.empty() || !WriteHeld()) return false;
-    if (platform::SyncFile(descriptor_) != 0) return Fail("bring to the medium");
+    if (!status_.IsOk() || !WriteBuffer() || !Sync()) return status_;
     const int descriptor = std::exchange(descriptor_, -1);
-    return platform::CloseDescriptor(descriptor) == 0 || Fail("close");
+    if (platform::CloseDescriptor(descriptor) != 0) Fail("close");
+    return status_;
 }
 
 }  // namespace mqam

@@ -1,8 +1,7 @@
 // Records into a file or to standard output.
 //
-// Records are held back to be written many at a time, but never for long: as soon as none came for a moment,
-// a thread writes what is held. So a load that waits for messages has its records in the file, whatever ends
-// it.
+// Records are buffered so that many are written at a time, but never for long: as soon as none has come for a moment, a
+// thread writes the buffer. So while a load waits for messages its records are in the file, whatever ends it.
 #pragma once
 
 #include <condition_variable>
@@ -19,7 +18,7 @@
 namespace mqam {
 
 struct FileSinkSettings {
-    std::string path;     ///< shown in complaints; opened unless a descriptor is given
+    std::string path;     ///< shown in errors; opened unless a descriptor is given
     int descriptor = -1;  ///< an open file to write to instead
     platform::OpenMode mode = platform::OpenMode::kCreate;
     RecordFormat format = RecordFormat::kLines;
@@ -30,21 +29,21 @@ class FileSink : public RecordSink {
     explicit FileSink(FileSinkSettings target);
     ~FileSink() override;
 
-    [[nodiscard]] bool Open() override;
-    [[nodiscard]] bool Put(const char* record, std::size_t length) override;
-    [[nodiscard]] bool Save() override;
-    [[nodiscard]] bool Finish() override;
-    [[nodiscard]] const std::string& Failure() const override { return failure_; }
+    Status Open() override;
+    Status Put(const char* record, std::size_t length) override;
+    Status Save() override;
+    Status Finish() override;
 
-    /// Whether the file has so many bytes and still stands at its path; false with errno as IsFileAt has it.
-    /// To be asked after Save; an open descriptor that was given has no path.
+    /// Whether the file has exactly `bytes` bytes and is still the file at its path. If not, errno is set as by
+    /// IsFileAt. To be called after Save; a descriptor that was given has no path.
     [[nodiscard]] bool HasLength(std::uint64_t bytes);
 
   private:
-    // These want lock_ held.
-    [[nodiscard]] bool Hold(const char* bytes, std::size_t length);
+    // These require lock_. Each returns false with status_ set if it fails.
+    [[nodiscard]] bool Buffer(const char* bytes, std::size_t length);
     [[nodiscard]] bool WriteOut(const char* bytes, std::size_t length);
-    [[nodiscard]] bool WriteHeld();
+    [[nodiscard]] bool WriteBuffer();
+    [[nodiscard]] bool Sync();
     bool Fail(const char* action);
 
     void WriteWhenIdle();
@@ -55,10 +54,10 @@ class FileSink : public RecordSink {
     std::mutex lock_;  // guards everything below
     std::condition_variable stop_;
     bool stopping_ = false;
-    bool recordCame_ = false;  // since the idle writer last looked
+    bool hasNewRecord_ = false;  // since the idle writer last checked
     int descriptor_ = -1;
-    std::vector<char> held_;
-    std::string failure_;
+    std::vector<char> buffer_;
+    Status status_;  // the first failure
 };
 
 }  // namespace mqam

@@ -13,10 +13,10 @@ namespace mqam {
 
 namespace {
 
-// What a format puts in front of a record and behind it.
+// The number of bytes that a format adds before and after a record.
 struct Frame {
     std::uint64_t before;
-    std::uint64_t behind;
+    std::uint64_t after;
 };
 
 Frame FrameOf(RecordFormat format) {
@@ -32,12 +32,16 @@ struct CloseStream {
     void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
 };
 
-// Reads so many bytes of a file. Returns false with errno set, 0 when the file is too short.
+// Fills `bytes` from the file. Returns false with errno set, which is 0 if the file is too short.
 bool ReadBytes(const std::string& path, std::uint64_t offset, std::vector<char>& bytes) {
     const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
     errno = stream == nullptr ? errno : 0;
     return stream != nullptr && platform::MoveStreamTo(stream.get(), offset) &&
            std::fread(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size();
+}
+
+Status FailExamining(const std::string& path) {
+    return Status::Transient(path + " cannot be examined: " + std::strerror(errno));
 }
 
 }  // namespace
@@ -53,109 +57,109 @@ std::vector<LoadFile> FileTarget::Files() const {
             {AttemptLock(), kWorkFile}};
 }
 
-bool FileTarget::LoadState(std::optional<RestartState>& state) {
-    std::string reason;
-    bool mayPass = false;
-    if (ReadRestartFile(settings_.restartFile, state, reason, mayPass)) return true;
-    return mayPass ? Fail(reason) : Refuse(reason);
-}
-
-bool FileTarget::ReplaceState(const RestartState& state) {
-    std::string reason;
-    return ReplaceRestartFile(settings_.restartFile, state, reason) || Fail(reason);
+Status FileTarget::LoadState(std::optional<RestartState>& state) {
+    return ReadRestartFile(settings_.restartFile, state);
 }
 
 bool FileTarget::IsOccupied() {
     std::uint64_t bytes = 0;
     const platform::PathKind kind = platform::ProbePath(settings_.path, bytes);
     if (settings_.append || kind == platform::PathKind::kMissing) return false;
-    // What cannot be looked at is not free either.
+    // A path that cannot be examined counts as occupied.
     return kind != platform::PathKind::kFile || bytes > 0;
 }
 
-bool FileTarget::Begin(RestartState& state) {
+Status FileTarget::Begin(RestartState& state) {
     const std::string& path = settings_.path;
     std::uint64_t bytes = 0;
     const platform::PathKind kind = platform::ProbePath(path, bytes);
-    if (kind == platform::PathKind::kUnknown)
-        return Fail(path + " cannot be looked at: " + std::strerror(errno));
+    if (kind == platform::PathKind::kUnknown) return FailExamining(path);
     if (kind == platform::PathKind::kOther) {
-        return Refuse(path + " is not a file: a load that can be restarted needs one that can be cut back");
+        return Status::Refused(
+            path + " is not a file: a load that can be restarted needs one that can be truncated");
     }
     if (bytes > 0 && !settings_.append && !settings_.force) {
-        return Refuse(path + " holds something; give --force to replace it, or --append to add to it");
+        return Status::Refused(path + " is not empty; give --force to replace it, or --append to add to it");
     }
     state.targetLength = settings_.append ? bytes : 0;
-    return ReplaceState(state);
+    return ReplaceRestartFile(settings_.restartFile, state);
 }
 
-// Another file under the name, or one that was written anew, has other bytes there.
-bool FileTarget::EndsWithLastRecord(const RestartState& state) {
-    if (state.lastRecordLength == 0) return true;
+// Refuses a file that was replaced or rewritten: it has other bytes where the last record should be.
+Status FileTarget::CheckLastRecord(const RestartState& state) {
+    if (state.lastRecordLength == 0) return {};
     const Frame frame = FrameOf(settings_.format);
-    const std::uint64_t framed = frame.before + state.lastRecordLength + frame.behind;
+    const std::uint64_t framed = frame.before + state.lastRecordLength + frame.after;
     std::vector<char> record(static_cast<std::size_t>(state.lastRecordLength));
     errno = 0;
     if (framed <= state.targetLength &&
-        ReadBytes(settings_.path, state.targetLength - frame.behind - state.lastRecordLength, record) &&
+        ReadBytes(settings_.path, state.targetLength - frame.after - state.lastRecordLength, record) &&
         DigestOf(record.data(), record.size()) == state.lastRecordDigest) {
-        return true;
+        return {};
     }
-    if (errno != 0) return Fail("cannot read " + settings_.path + ": " + std::strerror(errno));
-    return Refuse(
+    if (errno != 0) {
+        return Status::Transient("cannot read " + settings_.path + ": " + std::strerror(errno));
+    }
+    return Status::Refused(
         "the first " + std::to_string(state.targetLength) + " bytes of " + settings_.path +
-        " do not end with the last record loaded: something else has changed it; give the file back "
-        "and run the same command again");
+        " do not end with the last record loaded: something else has changed the file; restore "
+        "it and run the same command again");
 }
 
-bool FileTarget::RollBackTo(const RestartState& state) {
+Status FileTarget::RollBackTo(const RestartState& state) {
     const std::string& path = settings_.path;
     length_ = state.targetLength;
     std::uint64_t bytes = 0;
     const platform::PathKind kind = platform::ProbePath(path, bytes);
-    if (kind == platform::PathKind::kUnknown)
-        return Fail(path + " cannot be looked at: " + std::strerror(errno));
-    const bool missing = kind == platform::PathKind::kMissing;
+    if (kind == platform::PathKind::kUnknown) return FailExamining(path);
+    const bool isMissing = kind == platform::PathKind::kMissing;
     if (bytes < length_) {
-        return Refuse(path + (missing ? " is missing" : " has " + std::to_string(bytes) + " bytes") +
-                      ", but the load had brought " + std::to_string(length_) +
-                      " bytes to the medium: something else has changed it; give the file back and run the "
-                      "same command again");
+        return Status::Refused(
+            path + (isMissing ? " is missing" : " has " + std::to_string(bytes) + " bytes") +
+            ", but the load had written " + std::to_string(length_) +
+            " bytes to disk: something else has changed the file; restore it and run the same "
+            "command again");
     }
-    if (!EndsWithLastRecord(state)) return false;
-    std::string reason;
-    if (bytes > length_ && !platform::TruncateDurably(path, length_, reason)) {
-        return Fail("cannot cut " + path + " to " + std::to_string(length_) + " bytes: " + reason);
+    const Status checked = CheckLastRecord(state);
+    if (!checked.IsOk()) return checked;
+    std::string error;
+    if (bytes > length_ && !platform::TruncateDurably(path, length_, error)) {
+        return Status::Transient("cannot truncate " + path + " to " + std::to_string(length_) +
+                                 " bytes: " + error);
     }
     sink_ =
         std::make_unique<FileSink>(FileSinkSettings{path, -1, platform::OpenMode::kAppend, settings_.format});
-    if (!sink_->Open()) return Fail(sink_->Failure());
-    // A life that made the file may have died, or failed, before its name was on the medium.
-    return platform::SyncParentDirectory(path, reason) ||
-           Fail("cannot bring the name of " + path + " to the medium: " + reason);
+    const Status opened = sink_->Open();
+    if (!opened.IsOk()) return opened;
+    // An attempt that created the file may have died, or failed, before its name was on disk.
+    if (platform::SyncParentDirectory(path, error)) return {};
+    return Status::Transient("cannot sync the directory of " + path + ": " + error);
 }
 
-bool FileTarget::Put(const char* record, std::size_t length) {
-    if (!sink_->Put(record, length)) return Fail(sink_->Failure());
+Status FileTarget::Put(const char* record, std::size_t length) {
+    Status put = sink_->Put(record, length);
+    if (!put.IsOk()) return put;
     const Frame frame = FrameOf(settings_.format);
-    length_ += frame.before + length + frame.behind;
-    return true;
+    length_ += frame.before + length + frame.after;
+    return put;
 }
 
-bool FileTarget::Store(const RestartState& state) {
-    if (!sink_->Save()) return Fail(sink_->Failure());
-    // Counted, a foreign byte in the middle would push a record over the length that a restart cuts to.
+Status FileTarget::Store(const RestartState& state) {
+    const Status saved = sink_->Save();
+    if (!saved.IsOk()) return saved;
+    // If a foreign byte in the middle were counted, a restart would cut off the end of a record.
     if (!sink_->HasLength(length_)) {
-        if (errno != 0) return Fail(settings_.path + " cannot be looked at: " + std::strerror(errno));
-        return Fail(settings_.path +
-                    " was changed by something else while the load wrote to it: what came since the last "
-                    "checkpoint is not counted, and comes again");
+        if (errno != 0) return FailExamining(settings_.path);
+        return Status::Transient(
+            settings_.path +
+            " was changed by something else while the load wrote to it: the records since the "
+            "last checkpoint are not counted, and will be loaded again");
     }
-    return ReplaceState(state);
+    return ReplaceRestartFile(settings_.restartFile, state);
 }
 
-bool FileTarget::StoreEnd(const RestartState& state) {
-    return ReplaceState(state);
+Status FileTarget::StoreEnd(const RestartState& state) {
+    return ReplaceRestartFile(settings_.restartFile, state);
 }
 
 }  // namespace mqam

@@ -1,5 +1,5 @@
-// Records in a file, the restart state in another one: the file is on the medium before the state that counts
-// its length, and a restart cuts it back to that length.
+// Records in a file, the restart state in another one. The file is synced to disk before the state that counts its
+// length, and a restart truncates the file to that length.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,7 @@ struct FileTargetSettings {
     std::string path;         ///< of the records, absolute
     std::string restartFile;  ///< absolute
     RecordFormat format = RecordFormat::kLines;
-    bool force = false;   ///< a new load replaces what the file holds
+    bool force = false;   ///< a new load replaces the contents of the file
     bool append = false;  ///< a new load adds to it
 };
 
@@ -22,14 +22,14 @@ class FileTarget : public Target {
   public:
     explicit FileTarget(FileTargetSettings settings);
 
-    [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override;
+    Status LoadState(std::optional<RestartState>& state) override;
     [[nodiscard]] bool IsOccupied() override;
-    [[nodiscard]] bool Begin(RestartState& state) override;
-    [[nodiscard]] bool RollBackTo(const RestartState& state) override;
-    [[nodiscard]] bool Put(const char* record, std::size_t length) override;
+    Status Begin(RestartState& state) override;
+    Status RollBackTo(const RestartState& state) override;
+    Status Put(const char* record, std::size_t length) override;
     [[nodiscard]] std::uint64_t Length() const override { return length_; }
-    [[nodiscard]] bool Store(const RestartState& state) override;
-    [[nodiscard]] bool StoreEnd(const RestartState& state) override;
+    Status Store(const RestartState& state) override;
+    Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
     [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
     [[nodiscard]] std::string CommandLock() const override { return settings_.restartFile + ".lock"; }
@@ -38,8 +38,7 @@ class FileTarget : public Target {
     [[nodiscard]] const std::string& StateName() const override { return settings_.restartFile; }
 
   private:
-    [[nodiscard]] bool EndsWithLastRecord(const RestartState& state);
-    [[nodiscard]] bool ReplaceState(const RestartState& state);
+    Status CheckLastRecord(const RestartState& state);
 
     FileTargetSettings settings_;
     std::unique_ptr<FileSink> sink_;

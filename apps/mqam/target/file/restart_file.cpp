@@ -10,14 +10,14 @@ namespace mqam {
 
 namespace {
 
-// More than any restart file has, so that a path that names something else is not read whole.
+// More than any restart file has, so that a large file given by mistake is not read completely.
 constexpr std::size_t kBytesMax = 1048576;
 
 enum class FileRead { kWhole, kMissing, kFailed };
 
 FileRead ReadWhole(const std::string& path, std::string& text) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
-    // A path that cannot be looked at is no path without a file: a load would begin over an unfinished one.
+    // Only ENOENT means that there is no file. After any other error a new load could overwrite an unfinished one.
     if (file == nullptr) return errno == ENOENT ? FileRead::kMissing : FileRead::kFailed;
     text.resize(kBytesMax);
     text.resize(std::fread(text.data(), 1, text.size(), file));
@@ -34,37 +34,31 @@ std::string ScratchOfRestartFile(const std::string& path) {
     return path + ".new";
 }
 
-bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state, std::string& reason,
-                     bool& mayPass) {
+Status ReadRestartFile(const std::string& path, std::optional<RestartState>& state) {
     state.reset();
-    mayPass = false;
     std::string text;
     const FileRead read = ReadWhole(path, text);
-    if (read == FileRead::kMissing) return true;
+    if (read == FileRead::kMissing) return {};
     if (read == FileRead::kFailed) {
-        reason = "restart file " + path + " cannot be read: " + std::strerror(errno);
-        mayPass = true;
-        return false;
+        return Status::Transient("restart file " + path + " cannot be read: " + std::strerror(errno));
     }
     RestartState parsed;
-    std::string words;
-    if (!ParseRestartState(text, parsed, words)) {
-        reason =
-            "restart file " + path + " " + words +
-            "; give back an undamaged copy of the file as it was last written. Without it nothing can tell "
-            "which records of the checkpoint file are loaded";
-        return false;
+    const Status status = ParseRestartState(text, parsed);
+    if (!status.IsOk()) {
+        return Status::Refused(
+            "restart file " + path + " " + status.Error() +
+            "; restore an undamaged copy of the file as it was last written. Without it nothing "
+            "can say which records of the checkpoint file are loaded");
     }
     state = parsed;
-    return true;
+    return {};
 }
 
-bool ReplaceRestartFile(const std::string& path, const RestartState& state, std::string& reason) {
-    std::string words;
-    if (platform::ReplaceDurably(path, ScratchOfRestartFile(path), FormatRestartState(state), words))
-        return true;
-    reason = "cannot replace restart file " + path + ": " + words;
-    return false;
+Status ReplaceRestartFile(const std::string& path, const RestartState& state) {
+    std::string error;
+    if (platform::ReplaceDurably(path, ScratchOfRestartFile(path), FormatRestartState(state), error))
+        return {};
+    return Status::Transient("cannot replace restart file " + path + ": " + error);
 }
 
 }  // namespace mqam

@@ -1,25 +1,24 @@
-// Restart information in a file of its own, replaced as a whole: at every instant the file at the path is the
-// one before or the one after.
+// Restart information in a file of its own. The file is always replaced as a whole: at every instant it is either the
+// previous one or the new one.
 #pragma once
 
 #include <optional>
 #include <string>
 
+#include "mqam/base/status.h"
 #include "mqam/target/restart_state.h"
 
 namespace mqam {
 
-/// The file by way of which the one at the path is replaced.
+/// The file that is written first and then renamed to `path`.
 [[nodiscard]] std::string ScratchOfRestartFile(const std::string& path);
 
-/// Reads restart information; none when there is no file. Returns false with the reason in words, the path
-/// among them, when the file cannot be read (`mayPass`: the system failed) or is not whole (it stays so).
-[[nodiscard]] bool ReadRestartFile(const std::string& path, std::optional<RestartState>& state,
-                                   std::string& reason, bool& mayPass);
+/// Reads restart information; none if there is no file. The error is kTransient if the file cannot be read, kRefused if
+/// it is incomplete or damaged; it names the path.
+Status ReadRestartFile(const std::string& path, std::optional<RestartState>& state);
 
-/// Makes `state` the restart information, on the medium when this returns. Returns false with the reason;
-/// then the one before stands, or the new one does and only its name may not have reached the medium.
-[[nodiscard]] bool ReplaceRestartFile(const std::string& path, const RestartState& state,
-                                      std::string& reason);
+/// Replaces the restart information with `state`, synced to disk. On failure (kTransient) the previous information is
+/// still there, or the new one is and only its name may not have reached the disk.
+Status ReplaceRestartFile(const std::string& path, const RestartState& state);
 
 }  // namespace mqam

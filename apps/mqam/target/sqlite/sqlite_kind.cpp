@@ -21,11 +21,10 @@ Status CheckOptions(const TargetRequest& request) {
 
 Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
     SqliteName name;
-    std::string error;
-    if (!ParseSqliteName(request.name, name, error)) return Status::Refused(error);
+    const Status parsed = ParseSqliteName(request.name, name);
+    if (!parsed.IsOk()) return parsed;
     name.file = platform::AbsolutePath(name.file);
-    target = MakeSqliteTarget({name, request.force, request.append}, error);
-    return target == nullptr ? Status::Refused(error) : Status();
+    return MakeSqliteTarget({name, request.force, request.append}, target);
 }
 
 Status ReadState(const std::string& place, std::optional<RestartState>& state) {
@@ -33,9 +32,7 @@ Status ReadState(const std::string& place, std::optional<RestartState>& state) {
     TargetRequest request;
     request.name = place;
     const Status made = Make(request, target);
-    if (!made.IsOk()) return made;
-    if (target->LoadState(state)) return {};
-    return target->Refuses() ? Status::Permanent(target->Failure()) : Status::Transient(target->Failure());
+    return made.IsOk() ? target->LoadState(state) : made;
 }
 
 }  // namespace

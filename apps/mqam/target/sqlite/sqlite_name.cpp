@@ -26,30 +26,27 @@ std::string LowerCase(const std::string& name) {
     return lower;
 }
 
-bool ParseSqliteName(const std::string& target, SqliteName& name, std::string& complaint) {
+Status ParseSqliteName(const std::string& target, SqliteName& name) {
     const std::string rest = target.substr(std::string_view(kSqlitePrefix).size());
     const std::size_t mark = rest.find('?');
     name.file = rest.substr(0, mark);
     name.table = "records";
     if (name.file.empty()) {
-        complaint = "'" + target + "' names no database: sqlite:FILE or sqlite:FILE?table=NAME";
-        return false;
+        return Status::Refused("'" + target + "' names no database: sqlite:FILE or sqlite:FILE?table=NAME");
     }
-    if (mark == std::string::npos) return true;
+    if (mark == std::string::npos) return {};
     const std::string parameter = rest.substr(mark + 1);
     if (!parameter.starts_with(kTableParameter)) {
-        complaint = "'" + parameter + "' is not known after the database: sqlite:FILE?table=NAME";
-        return false;
+        return Status::Refused("'" + parameter + "' is not known after the database: sqlite:FILE?table=NAME");
     }
     name.table = parameter.substr(kTableParameter.size());
     if (!CanBeTable(name.table)) {
-        complaint =
+        return Status::Refused(
             "'" + name.table +
             "' cannot be the table: a name of letters, digits and underscores is needed, not one that "
-            "SQLite or mqam uses itself";
-        return false;
+            "SQLite or mqam uses itself");
     }
-    return true;
+    return {};
 }
 
 }  // namespace mqam

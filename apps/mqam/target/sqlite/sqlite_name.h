@@ -3,20 +3,22 @@
 
 #include <string>
 
+#include "mqam/base/status.h"
+
 namespace mqam {
 
 inline constexpr char kSqlitePrefix[] = "sqlite:";
 
 struct SqliteName {
     std::string file;
-    std::string table;  ///< as the user wrote it; SQLite takes capital and small letters for the same
+    std::string table;  ///< as the user wrote it; SQLite does not distinguish upper and lower case
 };
 
-/// The name in small letters: the same for every way to write the name of one table.
+/// The name in lower case: the same for every way to write the name of one table.
 [[nodiscard]] std::string LowerCase(const std::string& name);
 
-/// Takes the name apart; the table is "records" when none is named. Returns false with a complaint when a
-/// part is empty or unknown, or the table's name is not made of letters, digits and underscores.
-[[nodiscard]] bool ParseSqliteName(const std::string& target, SqliteName& name, std::string& complaint);
+/// Parses the name of a target that begins with kSqlitePrefix. The table is "records" if none is named. Refuses an empty
+/// or unknown part, and a table name that is not made of letters, digits and underscores.
+Status ParseSqliteName(const std::string& target, SqliteName& name);
 
 }  // namespace mqam

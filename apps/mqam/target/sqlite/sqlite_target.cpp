@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 
 #include <cstring>
+#include <initializer_list>
+#include <utility>
 
 #include "mqam/target/sqlite/sqlite_vfs.h"
 #include "platform/file.h"
@@ -11,7 +13,8 @@ namespace mqam {
 
 namespace {
 
-constexpr int kBusyMilliseconds = 10000;
+constexpr int kBusyMs = 10000;
+constexpr char kUnreadableState[] = "the restart information cannot be read";
 
 struct CloseDatabase {
     void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
@@ -24,22 +27,22 @@ using Statement = std::unique_ptr<sqlite3_stmt, EndStatement>;
 
 struct CodeRow {
     int code;
-    bool mayPass;
+    bool isTransient;
     const char* next;
 };
 
-// What the codes that have a remedy of their own ask for.
+// What to do about the codes that have a remedy of their own.
 constexpr CodeRow kCodes[] = {
-    {SQLITE_BUSY, true, "another program uses the database: let it end what it does"},
-    {SQLITE_LOCKED, true, "another program uses the database: let it end what it does"},
-    {SQLITE_FULL, true, "make room on its disk"},
+    {SQLITE_BUSY, true, "another program is using the database: let it finish"},
+    {SQLITE_LOCKED, true, "another program is using the database: let it finish"},
+    {SQLITE_FULL, true, "free space on its disk"},
     {SQLITE_IOERR, true, "check its disk"},
     {SQLITE_NOMEM, true, "free memory"},
-    {SQLITE_CANTOPEN, true, "check that the file and its folder can be read and written"},
-    {SQLITE_READONLY, true, "check that the file and its folder can be written"},
-    {SQLITE_PERM, true, "check that the file and its folder can be written"},
-    {SQLITE_CORRUPT, false, "check its disk, and give back an undamaged copy of the database"},
-    {SQLITE_NOTADB, false, "name a SQLite database, or give back an undamaged copy of it"},
+    {SQLITE_CANTOPEN, true, "check that the file and its directory can be read and written"},
+    {SQLITE_READONLY, true, "check that the file and its directory can be written"},
+    {SQLITE_PERM, true, "check that the file and its directory can be written"},
+    {SQLITE_CORRUPT, false, "check its disk, and restore an undamaged copy of the database"},
+    {SQLITE_NOTADB, false, "name a SQLite database, or restore an undamaged copy of it"},
 };
 
 const CodeRow* FindCode(int code) {
@@ -50,15 +53,15 @@ const CodeRow* FindCode(int code) {
     return nullptr;
 }
 
-// The words of SQLite, and the system's where SQLite keeps them to itself. After an open that failed SQLite
-// tries others: the system's last word is not the reason then.
+// SQLite's error message, with the system's error where SQLite leaves that out. When an open has failed, SQLite tries
+// other ways, and the system's last error is then not the reason.
 std::string DescribeError(sqlite3* database) {
-    std::string words = sqlite3_errmsg(database);
+    std::string error = sqlite3_errmsg(database);
     const int systemCode = sqlite3_system_errno(database);
     if (FindCode(sqlite3_errcode(database)) == FindCode(SQLITE_IOERR) && systemCode != 0) {
-        words += std::string(" (") + std::strerror(systemCode) + ")";
+        error += std::string(" (") + std::strerror(systemCode) + ")";
     }
-    return words;
+    return error;
 }
 
 class SqliteTarget : public Target {
@@ -69,14 +72,14 @@ class SqliteTarget : public Target {
           key_(LowerCase(settings.name.table)),
           stateName_("row '" + key_ + "' of table mqam_restart in " + settings.name.file) {}
 
-    [[nodiscard]] bool LoadState(std::optional<RestartState>& state) override;
+    Status LoadState(std::optional<RestartState>& state) override;
     [[nodiscard]] bool IsOccupied() override;
-    [[nodiscard]] bool Begin(RestartState& state) override;
-    [[nodiscard]] bool RollBackTo(const RestartState& state) override;
-    [[nodiscard]] bool Put(const char* record, std::size_t length) override;
+    Status Begin(RestartState& state) override;
+    Status RollBackTo(const RestartState& state) override;
+    Status Put(const char* record, std::size_t length) override;
     [[nodiscard]] std::uint64_t Length() const override { return rows_; }
-    [[nodiscard]] bool Store(const RestartState& state) override;
-    [[nodiscard]] bool StoreEnd(const RestartState& state) override;
+    Status Store(const RestartState& state) override;
+    Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "sqlite"; }
     [[nodiscard]] std::string CommandLock() const override {
@@ -89,20 +92,25 @@ class SqliteTarget : public Target {
     [[nodiscard]] const std::string& StateName() const override { return stateName_; }
 
   private:
-    // `action` says what cannot be done: "the rows cannot be counted".
-    [[nodiscard]] bool FailTo(const std::string& action);
-    [[nodiscard]] bool Open();
-    [[nodiscard]] bool Run(const std::string& sql, const std::string& action);
-    [[nodiscard]] bool Prepare(const std::string& sql, Statement& statement, const std::string& action);
-    [[nodiscard]] bool PrepareInsertion();
+    // The error of the last call of SQLite. `fact` says what could not be done: "the rows cannot be counted".
+    Status Fail(const std::string& fact);
+    Status Open();
+    Status Run(const std::string& sql, const std::string& fact);
+    Status RunAll(std::initializer_list<std::pair<std::string, const char*>> statements);
+    Status Prepare(const std::string& sql, Statement& statement, const std::string& fact);
+    Status PrepareInsertion();
     [[nodiscard]] bool IsInTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
-    [[nodiscard]] bool FetchNumber(const std::string& sql, std::uint64_t& number, const std::string& action);
-    [[nodiscard]] bool FetchLastRow();
-    [[nodiscard]] bool Commit() { return Run("COMMIT", "the records cannot be committed"); }
-    [[nodiscard]] bool LookForRows(bool& hasRows);
-    [[nodiscard]] bool WriteState(const RestartState& state);
-    [[nodiscard]] bool EndsWithLastRecord(const RestartState& state);
+    Status FetchNumber(const std::string& sql, std::uint64_t& number, const std::string& fact);
+    Status FetchLastRow();
+    Status FetchState(std::optional<RestartState>& state);
+    Status Commit() { return Run("COMMIT", "the records cannot be committed"); }
+    Status FindRows(bool& hasRows);
+    Status WriteState(const RestartState& state);
+    Status CheckLastRecord(const RestartState& state);
     [[nodiscard]] std::string Table() const { return "\"" + settings_.name.table + "\""; }
+    [[nodiscard]] std::string UnreadableTable() const {
+        return "table " + settings_.name.table + " cannot be read";
+    }
 
     SqliteTargetSettings settings_;
     std::string name_;
@@ -110,7 +118,7 @@ class SqliteTarget : public Target {
     std::string stateName_;
     Database database_;
     Statement insertion_;
-    std::uint64_t rows_ = 0;  // the id of the last one
+    std::uint64_t rows_ = 0;  // the id of the last row
 };
 
 std::vector<LoadFile> SqliteTarget::Files() const {
@@ -120,212 +128,240 @@ std::vector<LoadFile> SqliteTarget::Files() const {
             {file + "-shm", kWorkFile}, {CommandLock(), kWorkFile},     {AttemptLock(), kWorkFile}};
 }
 
-bool SqliteTarget::FailTo(const std::string& action) {
+Status SqliteTarget::Fail(const std::string& fact) {
     const CodeRow* row = FindCode(database_ ? sqlite3_errcode(database_.get()) : SQLITE_NOMEM);
-    const std::string words = settings_.name.file + ": " + action + ": " +
+    const std::string error = settings_.name.file + ": " + fact + ": " +
                               (database_ ? DescribeError(database_.get()) : "out of memory") +
                               (row != nullptr ? std::string("; ") + row->next : "");
-    return row != nullptr && row->mayPass ? Fail(words) : Refuse(words);
+    return row != nullptr && row->isTransient ? Status::Transient(error) : Status::Refused(error);
 }
 
-bool SqliteTarget::Open() {
-    if (database_) return true;
+Status SqliteTarget::Open() {
+    if (database_) return {};
     sqlite3* opened = nullptr;
     const int code = sqlite3_open_v2(settings_.name.file.c_str(), &opened,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, RegisterSqliteVfs());
     database_.reset(opened);
     if (code != SQLITE_OK) {
-        static_cast<void>(FailTo("it cannot be opened"));
+        Status failed = Fail("it cannot be opened");
         database_.reset();
-        return false;
+        return failed;
     }
-    sqlite3_busy_timeout(database_.get(), kBusyMilliseconds);
-    // A checkpoint is carried out after the commit that stores it: the commit must outlast a loss of power,
-    // the deletion of its journal, too.
-    if (Run("PRAGMA synchronous = EXTRA", "it cannot be opened")) return true;
-    database_.reset();
-    return false;
+    sqlite3_busy_timeout(database_.get(), kBusyMs);
+    // The module carries a checkpoint out after the commit that stores it. So the commit must survive a loss of power,
+    // and so must the deletion of its journal.
+    Status status = Run("PRAGMA synchronous = EXTRA", "it cannot be opened");
+    if (!status.IsOk()) database_.reset();
+    return status;
 }
 
-bool SqliteTarget::Run(const std::string& sql, const std::string& action) {
-    return sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK ||
-           FailTo(action);
+Status SqliteTarget::Run(const std::string& sql, const std::string& fact) {
+    const int code = sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr);
+    return code == SQLITE_OK ? Status() : Fail(fact);
 }
 
-bool SqliteTarget::Prepare(const std::string& sql, Statement& statement, const std::string& action) {
+// Runs statements, each with the fact to report if it fails, up to the first that fails.
+Status SqliteTarget::RunAll(std::initializer_list<std::pair<std::string, const char*>> statements) {
+    Status status;
+    for (const auto& [sql, fact] : statements) {
+        status = Run(sql, fact);
+        if (!status.IsOk()) break;
+    }
+    return status;
+}
+
+Status SqliteTarget::Prepare(const std::string& sql, Statement& statement, const std::string& fact) {
     sqlite3_stmt* prepared = nullptr;
     const int code = sqlite3_prepare_v2(database_.get(), sql.c_str(), -1, &prepared, nullptr);
     statement.reset(prepared);
-    return code == SQLITE_OK || FailTo(action);
+    return code == SQLITE_OK ? Status() : Fail(fact);
 }
 
-bool SqliteTarget::FetchNumber(const std::string& sql, std::uint64_t& number, const std::string& action) {
+Status SqliteTarget::FetchNumber(const std::string& sql, std::uint64_t& number, const std::string& fact) {
     Statement statement;
-    if (!Prepare(sql, statement, action)) return false;
-    if (sqlite3_step(statement.get()) != SQLITE_ROW) return FailTo(action);
+    Status status = Prepare(sql, statement, fact);
+    if (!status.IsOk()) return status;
+    if (sqlite3_step(statement.get()) != SQLITE_ROW) return Fail(fact);
     number = static_cast<std::uint64_t>(sqlite3_column_int64(statement.get(), 0));
-    return true;
+    return {};
 }
 
-bool SqliteTarget::FetchLastRow() {
-    return FetchNumber("SELECT ifnull(max(id), 0) FROM " + Table(), rows_,
-                       "table " + settings_.name.table + " cannot be read");
+Status SqliteTarget::FetchLastRow() {
+    return FetchNumber("SELECT ifnull(max(id), 0) FROM " + Table(), rows_, UnreadableTable());
 }
 
-bool SqliteTarget::PrepareInsertion() {
-    const std::string action = "records cannot be put into table " + settings_.name.table;
-    if (Prepare("INSERT INTO " + Table() + " (id, record) VALUES (?, ?)", insertion_, action)) return true;
-    return sqlite3_errcode(database_.get()) == SQLITE_ERROR &&
-           Refuse(Failure() + "; the columns id and record are needed: name another table");
+Status SqliteTarget::PrepareInsertion() {
+    Status status = Prepare("INSERT INTO " + Table() + " (id, record) VALUES (?, ?)", insertion_,
+                            "records cannot be put into table " + settings_.name.table);
+    if (status.IsOk() || sqlite3_errcode(database_.get()) != SQLITE_ERROR) return status;
+    return Status::Refused(status.Error() + "; the columns id and record are needed: name another table");
 }
 
-bool SqliteTarget::LoadState(std::optional<RestartState>& state) {
+Status SqliteTarget::LoadState(std::optional<RestartState>& state) {
     state.reset();
-    if (platform::ProbePath(settings_.name.file) == platform::PathKind::kMissing) return true;
+    if (platform::ProbePath(settings_.name.file) == platform::PathKind::kMissing) return {};
     std::uint64_t tables = 0;
-    const std::string action = "the restart information cannot be read";
-    if (!Open() ||
-        !FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = 'mqam_restart'", tables, action)) {
-        return false;
+    Status status = Open();
+    if (status.IsOk()) {
+        status = FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = 'mqam_restart'", tables,
+                             kUnreadableState);
     }
-    if (tables == 0) return true;
+    if (!status.IsOk() || tables == 0) return status;
+    return FetchState(state);
+}
+
+Status SqliteTarget::FetchState(std::optional<RestartState>& state) {
     Statement statement;
-    if (!Prepare("SELECT state FROM mqam_restart WHERE target = '" + key_ + "'", statement, action)) {
-        return false;
-    }
+    const Status prepared =
+        Prepare("SELECT state FROM mqam_restart WHERE target = '" + key_ + "'", statement, kUnreadableState);
+    if (!prepared.IsOk()) return prepared;
     const int code = sqlite3_step(statement.get());
-    if (code == SQLITE_DONE) return true;
-    if (code != SQLITE_ROW) return FailTo(action);
+    if (code == SQLITE_DONE) return {};
+    if (code != SQLITE_ROW) return Fail(kUnreadableState);
     const auto* const text = static_cast<const char*>(sqlite3_column_blob(statement.get(), 0));
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), 0));
     RestartState parsed;
-    std::string words;
-    if (!ParseRestartState(std::string(text != nullptr ? text : "", length), parsed, words)) {
-        return Refuse(stateName_ + " " + words + "; give back an undamaged copy of the database");
+    const Status status = ParseRestartState(std::string(text != nullptr ? text : "", length), parsed);
+    if (!status.IsOk()) {
+        return Status::Refused(stateName_ + " " + status.Error() +
+                               "; restore an undamaged copy of the database");
     }
     state = parsed;
-    return true;
+    return {};
 }
 
 bool SqliteTarget::IsOccupied() {
     if (settings_.append || platform::ProbePath(settings_.name.file) == platform::PathKind::kMissing)
         return false;
     bool hasRows = false;
-    // What cannot be looked into is not free either.
-    return !LookForRows(hasRows) || hasRows;
+    // A table that cannot be read counts as occupied.
+    return !FindRows(hasRows).IsOk() || hasRows;
 }
 
-bool SqliteTarget::LookForRows(bool& hasRows) {
-    const std::string action = "table " + settings_.name.table + " cannot be read";
+Status SqliteTarget::FindRows(bool& hasRows) {
     std::uint64_t found = 0;
     hasRows = false;
-    if (!Open() ||
-        !FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = '" + key_ + "' COLLATE NOCASE", found,
-                     action)) {
-        return false;
+    Status status = Open();
+    if (status.IsOk()) {
+        status = FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = '" + key_ + "' COLLATE NOCASE",
+                             found, UnreadableTable());
     }
-    if (found == 0) return true;
-    if (!FetchNumber("SELECT EXISTS (SELECT 1 FROM " + Table() + ")", found, action)) return false;
-    hasRows = found != 0;
-    return true;
+    if (!status.IsOk() || found == 0) return status;
+    status = FetchNumber("SELECT EXISTS (SELECT 1 FROM " + Table() + ")", found, UnreadableTable());
+    hasRows = status.IsOk() && found != 0;
+    return status;
 }
 
-bool SqliteTarget::Begin(RestartState& state) {
-    if (!Open()) return false;
+Status SqliteTarget::Begin(RestartState& state) {
+    Status status = Open();
     bool hasRows = false;
-    if (!settings_.append && !settings_.force && !LookForRows(hasRows)) return false;
+    if (status.IsOk() && !settings_.append && !settings_.force) status = FindRows(hasRows);
+    if (!status.IsOk()) return status;
     if (hasRows) {
-        return Refuse("table " + settings_.name.table + " of " + settings_.name.file +
-                      " has rows; give --force to replace them, or --append to add to them");
+        return Status::Refused("table " + settings_.name.table + " of " + settings_.name.file +
+                               " has rows; give --force to replace them, or --append to add to them");
     }
-    const std::string make = "a table cannot be made";
-    if (!Run("BEGIN IMMEDIATE", "it cannot be written") ||
-        !Run("CREATE TABLE IF NOT EXISTS mqam_restart (target TEXT PRIMARY KEY, state TEXT NOT NULL)",
-             make) ||
-        !Run("CREATE TABLE IF NOT EXISTS " + Table() + " (id INTEGER PRIMARY KEY, record BLOB NOT NULL)",
-             make) ||
-        // A table of another shape is found before anything is stored.
-        !PrepareInsertion() ||
-        (settings_.force && !Run("DELETE FROM " + Table(), "the rows cannot be deleted")) ||
-        !FetchLastRow()) {
-        return false;
-    }
+    constexpr const char* kCannotCreate = "a table cannot be created";
+    status =
+        RunAll({{"BEGIN IMMEDIATE", "it cannot be written"},
+                {"CREATE TABLE IF NOT EXISTS mqam_restart (target TEXT PRIMARY KEY, state TEXT NOT NULL)",
+                 kCannotCreate},
+                {"CREATE TABLE IF NOT EXISTS " + Table() + " (id INTEGER PRIMARY KEY, record BLOB NOT NULL)",
+                 kCannotCreate}});
+    // This finds a table of another shape before anything is stored.
+    if (status.IsOk()) status = PrepareInsertion();
+    if (status.IsOk() && settings_.force)
+        status = Run("DELETE FROM " + Table(), "the rows cannot be deleted");
+    if (status.IsOk()) status = FetchLastRow();
+    if (!status.IsOk()) return status;
     state.targetLength = rows_;
-    return WriteState(state) && Commit();
+    status = WriteState(state);
+    return status.IsOk() ? Commit() : status;
 }
 
-bool SqliteTarget::EndsWithLastRecord(const RestartState& state) {
-    if (state.lastRecordLength == 0) return true;
-    const std::string action = "table " + settings_.name.table + " cannot be read";
+Status SqliteTarget::CheckLastRecord(const RestartState& state) {
+    if (state.lastRecordLength == 0) return {};
     Statement statement;
-    if (!Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(rows_), statement,
-                 action)) {
-        return false;
-    }
+    const Status prepared = Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(rows_),
+                                    statement, UnreadableTable());
+    if (!prepared.IsOk()) return prepared;
     const int code = sqlite3_step(statement.get());
-    if (code != SQLITE_ROW && code != SQLITE_DONE) return FailTo(action);
+    if (code != SQLITE_ROW && code != SQLITE_DONE) return Fail(UnreadableTable());
     const auto* const record = static_cast<const char*>(sqlite3_column_blob(statement.get(), 0));
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), 0));
-    if (length == state.lastRecordLength && DigestOf(record, length) == state.lastRecordDigest) return true;
-    return Refuse("the last row of table " + settings_.name.table + " in " + settings_.name.file +
-                  " is not the last record loaded: something else has changed the table; undo that and run "
-                  "the same command again");
+    if (length == state.lastRecordLength && DigestOf(record, length) == state.lastRecordDigest) return {};
+    return Status::Refused("the last row of table " + settings_.name.table + " in " + settings_.name.file +
+                           " is not the last record loaded: something else has changed the table; undo that "
+                           "and run the same command again");
 }
 
-bool SqliteTarget::RollBackTo(const RestartState& state) {
-    if (!Open() || !FetchLastRow()) return false;
+Status SqliteTarget::RollBackTo(const RestartState& state) {
+    Status status = Open();
+    if (status.IsOk()) status = FetchLastRow();
+    if (!status.IsOk()) return status;
     if (rows_ != state.targetLength) {
-        return Refuse("the last row of table " + settings_.name.table + " in " + settings_.name.file +
-                      " is " + std::to_string(rows_) + ", but the load had stored " +
-                      std::to_string(state.targetLength) +
-                      ": something else has changed the table; undo that and run the same command again");
+        return Status::Refused("the last row of table " + settings_.name.table + " in " +
+                               settings_.name.file + " is " + std::to_string(rows_) +
+                               ", but the load had stored " + std::to_string(state.targetLength) +
+                               ": something else has changed the table; undo that and run the same command "
+                               "again");
     }
-    return EndsWithLastRecord(state) && PrepareInsertion();
+    status = CheckLastRecord(state);
+    return status.IsOk() ? PrepareInsertion() : status;
 }
 
-bool SqliteTarget::Put(const char* record, std::size_t length) {
-    // Not before there is something to write, so that a load that waits keeps nobody else out.
-    if (!IsInTransaction() && !Run("BEGIN IMMEDIATE", "it cannot be written")) return false;
+Status SqliteTarget::Put(const char* record, std::size_t length) {
+    // A transaction begins only when there is something to write, so that a waiting load locks no one else out.
+    if (!IsInTransaction()) {
+        Status begun = Run("BEGIN IMMEDIATE", "it cannot be written");
+        if (!begun.IsOk()) return begun;
+    }
     sqlite3_stmt* const insertion = insertion_.get();
-    sqlite3_bind_int64(insertion, 1, static_cast<sqlite3_int64>(rows_ + 1));
-    sqlite3_bind_blob64(insertion, 2, record, length, SQLITE_STATIC);
-    const bool inserted = sqlite3_step(insertion) == SQLITE_DONE;
-    if (sqlite3_reset(insertion) != SQLITE_OK || !inserted) return FailTo("a row cannot be inserted");
+    const bool isBound =
+        sqlite3_bind_int64(insertion, 1, static_cast<sqlite3_int64>(rows_ + 1)) == SQLITE_OK &&
+        sqlite3_bind_blob64(insertion, 2, record, length, SQLITE_STATIC) == SQLITE_OK;
+    const bool isInserted = isBound && sqlite3_step(insertion) == SQLITE_DONE;
+    if (!isBound || sqlite3_reset(insertion) != SQLITE_OK || !isInserted)
+        return Fail("a row cannot be inserted");
     ++rows_;
-    return true;
+    return {};
 }
 
-bool SqliteTarget::WriteState(const RestartState& state) {
-    const std::string action = "the restart information cannot be written";
+Status SqliteTarget::WriteState(const RestartState& state) {
+    const std::string fact = "the restart information cannot be written";
     const std::string text = FormatRestartState(state);
     Statement statement;
-    if (!Prepare(
-            "INSERT INTO mqam_restart (target, state) VALUES (?, ?) ON CONFLICT (target) DO UPDATE SET state "
-            "= excluded.state",
-            statement, action)) {
-        return false;
-    }
-    sqlite3_bind_text(statement.get(), 1, key_.c_str(), -1, SQLITE_STATIC);
-    sqlite3_bind_text(statement.get(), 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
-    return sqlite3_step(statement.get()) == SQLITE_DONE || FailTo(action);
+    Status status = Prepare(
+        "INSERT INTO mqam_restart (target, state) VALUES (?, ?) ON CONFLICT (target) DO UPDATE SET state = "
+        "excluded.state",
+        statement, fact);
+    if (!status.IsOk()) return status;
+    const bool isWritten =
+        sqlite3_bind_text(statement.get(), 1, key_.c_str(), -1, SQLITE_STATIC) == SQLITE_OK &&
+        sqlite3_bind_text(statement.get(), 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC) ==
+            SQLITE_OK &&
+        sqlite3_step(statement.get()) == SQLITE_DONE;
+    return isWritten ? Status() : Fail(fact);
 }
 
-bool SqliteTarget::Store(const RestartState& state) {
-    return WriteState(state) && (!IsInTransaction() || Commit());
+Status SqliteTarget::Store(const RestartState& state) {
+    Status status = WriteState(state);
+    return status.IsOk() && IsInTransaction() ? Commit() : status;
 }
 
-bool SqliteTarget::StoreEnd(const RestartState& state) {
-    if (!Open()) return false;
-    if (IsInTransaction() && !Run("ROLLBACK", "the records since the last checkpoint cannot be taken back")) {
-        return false;
+Status SqliteTarget::StoreEnd(const RestartState& state) {
+    Status status = Open();
+    if (status.IsOk() && IsInTransaction()) {
+        status = Run("ROLLBACK", "the records since the last checkpoint cannot be removed");
     }
-    return WriteState(state);
+    return status.IsOk() ? WriteState(state) : status;
 }
 
 }  // namespace
 
-std::unique_ptr<Target> MakeSqliteTarget(const SqliteTargetSettings& settings, std::string& /*complaint*/) {
-    return std::make_unique<SqliteTarget>(settings);
+Status MakeSqliteTarget(const SqliteTargetSettings& settings, std::unique_ptr<Target>& target) {
+    target = std::make_unique<SqliteTarget>(settings);
+    return {};
 }
 
 }  // namespace mqam

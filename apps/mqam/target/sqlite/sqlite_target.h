@@ -1,5 +1,5 @@
-// Records as rows of a SQLite table, the restart state in the same database: one transaction makes both
-// durable. restartable_sqlite_none.cpp stands in where the program is built without SQLite.
+// Records as rows of a SQLite table, the restart state in the same database: one transaction makes both durable.
+// sqlite_target_none.cpp takes the place of sqlite_target.cpp if the program is built without SQLite.
 #pragma once
 
 #include <memory>
@@ -16,12 +16,11 @@ struct SqliteTargetSettings {
     bool append = false;  ///< a new load adds to them
 };
 
-/// Returns the target, or null with a complaint. Nothing is opened yet.
+/// Makes the target; nothing is opened yet. Refused if the program was built without SQLite; `target` is then unchanged.
 ///
-/// The table has the columns id (INTEGER PRIMARY KEY, counting up in the order of the queue) and record
-/// (BLOB); it is made when it is missing. The state is a row of the table mqam_restart: target table and the
-/// text that a restart file would hold.
-[[nodiscard]] std::unique_ptr<Target> MakeSqliteTarget(const SqliteTargetSettings& settings,
-                                                       std::string& complaint);
+/// The table has the columns id (INTEGER PRIMARY KEY, ascending in the order of the queue) and record (BLOB); it is
+/// created if it is missing. The state is a row of the table mqam_restart: the name of the table, and the text that a
+/// restart file would contain.
+Status MakeSqliteTarget(const SqliteTargetSettings& settings, std::unique_ptr<Target>& target);
 
 }  // namespace mqam

@@ -2,9 +2,8 @@
 
 namespace mqam {
 
-std::unique_ptr<Target> MakeSqliteTarget(const SqliteTargetSettings& /*settings*/, std::string& complaint) {
-    complaint = "this program was built without SQLite: give --to FILE with --restart-file";
-    return nullptr;
+Status MakeSqliteTarget(const SqliteTargetSettings& /*settings*/, std::unique_ptr<Target>& /*target*/) {
+    return Status::Refused("this program was built without SQLite: give --to FILE with --restart-file");
 }
 
 }  // namespace mqam

@@ -9,32 +9,32 @@ namespace mqam {
 
 namespace {
 
-// Of both structures: a newer SQLite may have more methods behind those that are copied.
+// The iVersion that we report for both structures. A newer SQLite may append methods that we do not forward.
 constexpr int kVersionCopied = 3;
 
-// A file begins with a pointer to its methods; `own` comes first, so that they lead back to the system's.
+// A file begins with a pointer to its methods. `own` comes first, so the same pointer also leads to the system's.
 struct Methods {
-    sqlite3_io_methods own;  // the system's but for reads
+    sqlite3_io_methods own;  // the system's methods, except for reads
     const sqlite3_io_methods* system;
 };
 
 sqlite3_vfs* systemFiles;
 sqlite3_vfs ownFiles;
-// SQLite has one for the database and one for its journal, which needs no locks.
+// SQLite uses one set of methods for the database and one for its journal, which needs no locks.
 std::array<Methods, 4> allMethods;
 
-int ReadHonestly(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
+int ReadMappingFsCorruption(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
     const auto* const methods = reinterpret_cast<const Methods*>(file->pMethods);
     const int code = methods->system->xRead(file, bytes, count, offset);
     return code == SQLITE_IOERR_CORRUPTFS ? SQLITE_IOERR_READ : code;
 }
 
-// Returns those with `system` behind them, or null when there are too many.
+// Returns the methods that forward to `system`, or null if there are too many.
 const Methods* FindMethods(const sqlite3_io_methods* system) {
     for (Methods& methods : allMethods) {
         if (methods.system == nullptr) {
             methods = {*system, system};
-            methods.own.xRead = ReadHonestly;
+            methods.own.xRead = ReadMappingFsCorruption;
             methods.own.iVersion = std::min(system->iVersion, kVersionCopied);
         }
         if (methods.system == system) return &methods;

@@ -1,11 +1,11 @@
-// What SQLite makes of a page that the disk cannot read: by itself it calls the database malformed, as if it
-// were damaged. Databases opened over these files have an I/O error instead, with the system's reason.
+// A SQLite VFS that reports a page that the disk cannot read as an I/O error, with the system's error. By itself SQLite
+// calls such a database malformed, as if it were damaged.
 #pragma once
 
 namespace mqam {
 
-/// Makes the files known to SQLite, once in a process. Returns the name of the VFS to open a database with,
-/// or null when SQLite refuses: its own files are then used.
+/// Registers the VFS with SQLite, once per process. Returns the name with which to open a database, or null if SQLite
+/// refuses; it then uses its own VFS.
 [[nodiscard]] const char* RegisterSqliteVfs();
 
 }  // namespace mqam

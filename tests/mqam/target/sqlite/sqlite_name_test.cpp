@@ -26,11 +26,9 @@ TEST(SqliteNameTest, FileAndTableAreTakenApart) {
     };
     for (const Row& row : kRows) {
         SqliteName name;
-        std::string complaint;
-        EXPECT_TRUE(ParseSqliteName(row.target, name, complaint)) << row.target << ": " << complaint;
+        EXPECT_EQ(ParseSqliteName(row.target, name).Error(), "") << row.target;
         EXPECT_EQ(name.file, row.file) << row.target;
         EXPECT_EQ(name.table, row.table) << row.target;
-        EXPECT_EQ(complaint, "");
     }
 }
 
@@ -41,7 +39,7 @@ TEST(SqliteNameTest, EveryWayToWriteOneTableHasOneForm) {
 
 struct BadRow {
     const char* target;
-    const char* complaint;
+    const char* error;
 };
 
 TEST(SqliteNameTest, WhatCannotBeMeantIsRefusedWithTheReason) {
@@ -64,9 +62,9 @@ TEST(SqliteNameTest, WhatCannotBeMeantIsRefusedWithTheReason) {
     };
     for (const BadRow& row : kRows) {
         SqliteName name;
-        std::string complaint;
-        EXPECT_FALSE(ParseSqliteName(row.target, name, complaint)) << row.target;
-        EXPECT_THAT(complaint, HasSubstr(row.complaint)) << row.target;
+        const Status refused = ParseSqliteName(row.target, name);
+        EXPECT_EQ(refused.Code(), StatusCode::kRefused) << row.target;
+        EXPECT_THAT(refused.Error(), HasSubstr(row.error)) << row.target;
     }
 }
 

@@ -44,50 +44,52 @@ class SqliteReads : public testing::Test {
     }
 
     [[nodiscard]] std::unique_ptr<Target> MakeTarget() const {
-        std::string complaint;
-        return MakeSqliteTarget({{path_, "orders"}, false, true}, complaint);
+        std::unique_ptr<Target> target;
+        EXPECT_EQ(MakeSqliteTarget({{path_, "orders"}, false, true}, target).Error(), "");
+        return target;
     }
 
     void StoreOneRecord() const {
         const std::unique_ptr<Target> target = MakeTarget();
         RestartState state;
         state.begun = "2026-01-01T00:00:00Z";
-        ASSERT_TRUE(target->Begin(state)) << target->Failure();
-        ASSERT_TRUE(target->RollBackTo(state)) << target->Failure();
-        ASSERT_TRUE(target->Put("record", 6)) << target->Failure();
+        ASSERT_EQ(target->Begin(state).Error(), "");
+        ASSERT_EQ(target->RollBackTo(state).Error(), "");
+        ASSERT_EQ(target->Put("record", 6).Error(), "");
         state.targetLength = target->Length();
-        ASSERT_TRUE(target->Store(state)) << target->Failure();
+        ASSERT_EQ(target->Store(state).Error(), "");
     }
 
-    // A life as far as its first record; returns whether nothing failed.
-    static bool BeginLife(Target& target) {
+    // Makes the calls of an attempt as far as its first checkpoint.
+    static Status BeginAttempt(Target& target) {
         std::optional<RestartState> state;
-        if (!target.LoadState(state) || !state || !target.RollBackTo(*state) || !target.Put("record", 6)) {
-            return false;
-        }
+        Status status = target.LoadState(state);
+        if (status.IsOk() && !state) status = Status::Permanent("no state is stored");
+        if (status.IsOk()) status = target.RollBackTo(*state);
+        if (status.IsOk()) status = target.Put("record", 6);
+        if (!status.IsOk()) return status;
         state->targetLength = target.Length();
         return target.Store(*state);
     }
 
-    // Fails each read of a life in turn, until the life has no more. Returns how many there are.
+    // Lets each read of an attempt fail in turn, until the attempt makes no more reads. Returns how many there are.
     [[nodiscard]] int FailEachRead(bool hasJournal) const {
         for (int failures = 0;; ++failures) {
             if (hasJournal) LeaveUnusedJournal(path_);
             const std::unique_ptr<Target> target = MakeTarget();
             readsUntilFailure = failures + 1;
-            const bool began = BeginLife(*target);
+            const Status begun = BeginAttempt(*target);
             const bool failed = readsUntilFailure == 0;
             readsUntilFailure = 0;
             if (!failed || failures > 100) {
-                EXPECT_TRUE(began) << target->Failure();
+                EXPECT_EQ(begun.Error(), "");
                 return failures;
             }
-            // SQLite does without some.
-            if (began) continue;
-            EXPECT_FALSE(target->Refuses()) << failures;
-            for (const char* words : {"disk I/O error", "; check its disk"}) {
-                EXPECT_NE(target->Failure().find(words), std::string::npos)
-                    << failures << ": " << target->Failure();
+            // SQLite can do without some of its reads.
+            if (begun.IsOk()) continue;
+            EXPECT_EQ(begun.Code(), StatusCode::kTransient) << failures;
+            for (const char* part : {"disk I/O error", "; check its disk"}) {
+                EXPECT_NE(begun.Error().find(part), std::string::npos) << failures << ": " << begun.Error();
             }
         }
     }
