@@ -404,9 +404,9 @@ TEST_F(CheckpointOfALoad, ARestartFileOfNoUseIsRefused) {
     ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is missing\n");
     const std::string good = FormatRestartState(state_);
     WriteBytesTo(RestartFile(), good.substr(0, good.size() - 1));
-    ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is cut short; give back");
+    ExpectRefusal("mqam checkpoint: restart file " + RestartFile() + " is cut short; restore");
     WriteBytesTo(RestartFile(), "");
-    ExpectRefusal(" is empty; give back");
+    ExpectRefusal(" is empty; restore");
     state_.phase = LoadPhase::kComplete;
     WriteBytesTo(RestartFile(), FormatRestartState(state_));
     ExpectRefusal(" is over: every record is in /data/orders.txt, and no checkpoint file belongs to it");
