@@ -45,7 +45,7 @@ inline constexpr int kNotExecuted = 127;
                                          const ProcessOptions& options, std::string& error);
 
 struct ProcessEnd {
-    bool killed = false;  ///< by a signal or an exception; Windows cannot tell, see MarkExitCode
+    bool killed = false;  ///< by a signal or an exception; unknown on Windows, see MarkExitCode
     int code = 0;         ///< the exit code, or on POSIX the number of the signal
 };
 

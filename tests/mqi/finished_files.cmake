@@ -12,7 +12,7 @@ if(MODULE MATCHES "\\.dll$")
   set(required KERNEL32.dll msvcrt.dll)
   string(REGEX MATCHALL "DLL Name: [^\n\r]+" needed "${headers}")
   list(TRANSFORM needed REPLACE "DLL Name: " "")
-  # The table of names lists "[ordinal] name"; tables of the same form stand before and behind it.
+  # The table of names lists "[ordinal] name"; there are tables of the same form before and after it.
   string(REGEX REPLACE ".*\\[Ordinal/Name Pointer\\] Table" "" names "${headers}")
   string(REGEX REPLACE "PE File Base Relocations.*" "" names "${names}")
   string(REGEX MATCHALL "\\[ *[0-9]+\\] [A-Za-z_@?.][^\n\r]*" exported "${names}")

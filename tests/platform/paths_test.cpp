@@ -25,7 +25,7 @@ TEST(AbsolutePathTest, DotsAndParentFoldersAreTakenOut) {
 
 #if !defined(_WIN32)
 
-// The system looks for the parent of the folder that the link leads to; so does the module.
+// The system uses the parent of the directory to which the link points, and so does the module.
 TEST(AbsolutePathTest, AParentBehindALinkLeadsToWhereTheSystemFindsIt) {
     const TestDirectory folder;
     fs::create_directories(folder.Path("far/deep"));

@@ -32,7 +32,7 @@ class CheckpointRepairTest : public testing::Test {
             WriteBytesTo(Path("MQAMtmp." + std::to_string(i + 1)), temporaries[i]);
     }
 
-    // The files of the folder, each with its bytes.
+    // Returns the files of the directory, each with its bytes.
     [[nodiscard]] std::map<std::string, std::string> Files() const {
         std::map<std::string, std::string> files;
         for (const auto& entry : fs::directory_iterator(folder_.Root()))
@@ -48,7 +48,7 @@ class CheckpointRepairTest : public testing::Test {
         return plan;
     }
 
-    // Every record, or part of one, that a file of the folder holds.
+    // Returns every record, or part of one, that a file of the directory contains.
     [[nodiscard]] std::set<std::string> Contents() const {
         std::set<std::string> contents;
         for (const auto& [name, bytes] : Files()) {
@@ -70,7 +70,7 @@ struct Row {
     std::optional<std::string> file;
     std::vector<std::string> temporaries;
     bool inOrder;                              // no obstacle
-    std::map<std::string, std::string> after;  // the files of the folder
+    std::map<std::string, std::string> after;  // the files of the directory
 };
 
 TEST_F(CheckpointRepairTest, EveryCombinationOfFileAndTemporaryFiles) {

@@ -47,7 +47,7 @@ class RestartCleanup : public testing::Test {
     RestartState state_;
 };
 
-// A life that died behind the replacement of the restart file left it perhaps in memory alone.
+// An attempt that died after it replaced the restart file may have left the new one only in memory.
 TEST_F(RestartCleanup, H24_FinishedIsStoredOnceMoreBeforeTheCheckpointFileGoes) {
     NotingTarget target(state_.checkpointFile);
     EXPECT_EQ(CleanUpFinishedLoad(target, state_).Error(), "");

@@ -22,8 +22,8 @@ namespace fs = std::filesystem;
 using testing::EndsWith;
 using testing::StartsWith;
 
-// What the other process does with the lock at the path that follows in its part: takes it, says so, holds it
-// until a file "go" stands beside it, and ends as told.
+// What the other process does with the lock whose path follows in its part: it acquires the lock, reports that,
+// holds it until there is a file "go" next to it, and then ends as its part says.
 constexpr char kHoldAndGiveBack[] = "give-back:";
 constexpr char kHoldAndEnd[] = "end:";
 constexpr char kHoldForEver[] = "hold:";

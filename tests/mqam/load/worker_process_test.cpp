@@ -93,7 +93,7 @@ TEST(WorkerProcessTest, OneThatIsKilledIsTold) {
 #endif
 }
 
-// The worker writes a dot every few milliseconds until somebody ends it.
+// The worker writes a dot every few milliseconds until someone ends it.
 [[noreturn]] void WriteDots(const std::string& path) {
     std::ofstream dots(path);
     for (int i = 0; i < 6000; ++i) {
@@ -126,7 +126,7 @@ TEST(WorkerProcessTest, ItEndsWithTheCommandHoweverThatEnds) {
 
 #if !defined(_WIN32)
 
-// A signal that somebody sends to the command alone reaches the worker; without handlers it ends by it.
+// A signal that is sent only to the command reaches the worker, which ends if it has no handler.
 TEST(WorkerProcessTest, ASignalToTheCommandIsHandedOn) {
     const TestDirectory folder;
     const std::string part = PartToPlay();

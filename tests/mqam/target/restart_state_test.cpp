@@ -207,7 +207,7 @@ TEST(RestartStateTest, ADamagedLineIsNamedByItsChecksum) {
     EXPECT_EQ(Complaint(text), "is damaged: its checksum does not match its lines");
 }
 
-// Somebody who mends the checksum, too, gets no further than the fields allow.
+// Someone who corrects the checksum, too, is stopped by the limits of the fields.
 TEST(RestartStateTest, AValueThatThisProgramDoesNotWriteIsRefusedWithItsLine) {
     const std::pair<const char*, const char*> changes[] = {
         {"phase=finished", "phase=done"},

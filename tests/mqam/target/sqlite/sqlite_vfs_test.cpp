@@ -30,7 +30,7 @@ void ReplaceReads(sqlite3_syscall_ptr replacement) {
         files->xSetSystemCall(files, name, replacement);
 }
 
-// As somebody leaves it who dies before a change is brought to the medium: every transaction looks into it.
+// Leaves a journal like a program that dies before it syncs a change. Every transaction reads it.
 void LeaveUnusedJournal(const std::string& path) {
     std::ofstream(path + "-journal", std::ios::binary) << std::string(512, '\0');
 }
