@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/assert.h"
+
 namespace mqamod {
 
 namespace {
@@ -13,6 +15,11 @@ struct RecordBuffer {
     std::size_t capacity;       // the bytes of CkPtRecBuf: the length word and the largest record
 };
 RecordBuffer buffer;
+
+// Returns whether the buffer exists and has room for a record of that length. Only assertions ask.
+[[maybe_unused]] bool HasRoomFor(std::uint32_t length) {
+    return buffer.CkPtRecBuf != nullptr && length + kRecordLengthBytes <= buffer.capacity;
+}
 
 unsigned char* Data() {
     return buffer.CkPtRecBuf + kRecordLengthBytes;
@@ -38,26 +45,31 @@ bool RecordBufferExists() {
 }
 
 void ClearRecordBuffer() {
+    MQAMOD_ASSERT(RecordBufferExists());
     std::memset(buffer.CkPtRecBuf, 0, buffer.capacity);
 }
 
 void KeepRecord(const void* record, std::uint32_t length) {
+    MQAMOD_ASSERT(HasRoomFor(length));
     const std::uint64_t lengthWord = length;
     std::memcpy(buffer.CkPtRecBuf, &lengthWord, sizeof lengthWord);
     std::memcpy(Data(), record, length);
 }
 
 std::uint64_t KeptRecordLength() {
+    MQAMOD_ASSERT(RecordBufferExists());
     std::uint64_t lengthWord = 0;
     std::memcpy(&lengthWord, buffer.CkPtRecBuf, sizeof lengthWord);
     return lengthWord;
 }
 
 const void* KeptRecordImage() {
+    MQAMOD_ASSERT(RecordBufferExists());
     return buffer.CkPtRecBuf;
 }
 
 bool EqualsKeptRecord(const void* record, std::uint32_t length) {
+    MQAMOD_ASSERT(HasRoomFor(length));
     return std::memcmp(Data(), record, length) == 0;
 }
 
