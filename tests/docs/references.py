@@ -47,7 +47,7 @@ def wrong_links(page, text):
 
 def wrong_paths(text):
     for name in re.findall(r"`([\w.*/{},-]+)`", text):
-        if name.split("/")[0] not in TOP or "/" not in name or "..." in name:
+        if name.split("/")[0] not in TOP or "/" not in name or "..." in name or "/FILE" in name:
             continue
         names = [name]
         if braces := re.search(r"\{([^}]*)\}", name):
