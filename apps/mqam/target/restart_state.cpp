@@ -157,7 +157,7 @@ Status ParseRestartState(const std::string& text, RestartState& state) {
         if (text.size() < kFirstLine.size() && kFirstLine.starts_with(text)) {
             return Status::Refused("is cut short");
         }
-        return Status::Refused("is not restart information of this version of mqam");
+        return Status::Refused("is not restart information of mqam, or was written by another version");
     }
     const std::size_t checksumAt = text.rfind(kChecksumKey);
     if (checksumAt == std::string::npos || text.back() != '\n') return Status::Refused("is cut short");

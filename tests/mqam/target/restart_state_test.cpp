@@ -192,13 +192,14 @@ TEST(RestartStateTest, LineEndsOfAnotherSystemAreRefused) {
     std::string text;
     for (const char c : FormatRestartState(EveryFieldFilled()))
         text += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    EXPECT_EQ(Complaint(text), "is not restart information of this version of mqam");
+    EXPECT_EQ(Complaint(text), "is not restart information of mqam, or was written by another version");
 }
 
 TEST(RestartStateTest, AnotherVersionIsNotGuessedAt) {
     std::string lines = Lines(EveryFieldFilled());
     Replace(lines, "information 1\n", "information 2\n");
-    EXPECT_EQ(Complaint(Sealed(lines)), "is not restart information of this version of mqam");
+    EXPECT_EQ(Complaint(Sealed(lines)),
+              "is not restart information of mqam, or was written by another version");
 }
 
 TEST(RestartStateTest, ADamagedLineIsNamedByItsChecksum) {
