@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "mqam/load/load_lock.h"
+#include "mqam/target/lock_file.h"
 #include "mqam/target/restart_state.h"
 #include "tests/support/checkpoint_bytes.h"
 #include "tests/support/program_runner.h"
@@ -427,16 +427,15 @@ TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
 }
 
 TEST_F(CheckpointOfALoad, RepairChangesNothingWhileALoadIsRunning) {
-    std::string reason;
     WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
-    ASSERT_EQ(AcquireLoadLock(Path() + ".lock", 0, reason), LockOutcome::kAcquired) << reason;
+    ASSERT_EQ(AcquireLockFile(Path() + ".lock", 0).Error(), "");
     const ProgramResult result = RunWithState("repair", {"--yes"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was changed: another load is running"),
               std::string::npos)
         << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one"}) + kTorn);
-    ReleaseLoadLock(Path() + ".lock");
+    ReleaseLockFile(Path() + ".lock");
     EXPECT_EQ(RunWithState("repair", {"--yes"}).exitCode, 0);
 }
 

@@ -133,7 +133,7 @@ TEST_F(RestartableLoadMeddledWith, H18_ASecondCommandInThePauseOfTheFirstIsRefus
     EXPECT_EQ(refused.exitCode, 1) << refused.standardError;
     EXPECT_EQ(refused.standardError,
               "mqam load: another load is running (it holds " + site.RestartFile() +
-                  ".lock): wait for its end, or end it, then run the same command again\n");
+                  ".lock): wait until it ends, or end it, then run the same command again\n");
     EXPECT_TRUE(site.IsDone());
 }
 

@@ -244,7 +244,7 @@ TEST_F(RestartableLoadRefusal, H18_TheCheckpointFileOfAnotherLoad) {
         foreign, {},
         "the first record of the checkpoint file is not the last one loaded: the checkpoint file or " +
             foreign.RestartFile() +
-            " is another load's or a backup; nothing was loaded. Give the right file back and run "
+            " is another load's or a backup; nothing was loaded. Restore the right file and run "
             "the same command again\n");
     WriteBytesTo(foreign.CheckpointFile(), good);
 

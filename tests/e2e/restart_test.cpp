@@ -329,12 +329,13 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_TRUE(Contains(refused.standardError, "mqam load: another load is running (it holds " +
                                                     site.RestartFile() +
-                                                    ".lock): wait for its end, or end it, "))
+                                                    ".lock): wait until it ends, or end it, "))
         << refused.standardError;
     other.Wait();
     EXPECT_EQ(other.Result().exitCode, 1);
     EXPECT_TRUE(Contains(other.Error(), "mqam load: another load is running (it holds " +
-                                            site.CheckpointFile() + ".lock): wait for its end, or end it, "))
+                                            site.CheckpointFile() +
+                                            ".lock): wait until it ends, or end it, "))
         << other.Error();
     EXPECT_EQ(other.Files(), "");
     EXPECT_EQ(ReadFileIfAny(site.Target()), site.Lines());

@@ -16,9 +16,9 @@
 #include "mqam/checkpoint/integrity.h"
 #include "mqam/checkpoint/listing.h"
 #include "mqam/checkpoint/repair.h"
-#include "mqam/load/load_lock.h"
 #include "mqam/load/stored_load.h"
 #include "mqam/module/position_text.h"
+#include "mqam/target/lock_file.h"
 #include "platform/paths.h"
 #include "platform/terminal.h"
 
@@ -215,15 +215,14 @@ int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, cons
 
 // Takes the steps while the lock keeps restartable loads away from the file.
 int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
-    const std::string lock = platform::AbsolutePath(options.path) + ".lock";
-    std::string reason;
-    const LockOutcome outcome = AcquireLoadLock(lock, 0, reason);
-    if (outcome != LockOutcome::kAcquired) {
-        const int refused = PrintError("nothing was changed: " + reason);
-        return outcome == LockOutcome::kFailed ? kExitTargetFailed : refused;
+    const std::string lock = CheckpointLockPath(platform::AbsolutePath(options.path));
+    const Status locked = AcquireLockFile(lock, 0);
+    if (!locked.IsOk()) {
+        const int refused = PrintError("nothing was changed: " + locked.Error());
+        return locked.Code() == StatusCode::kTransient ? kExitTargetFailed : refused;
     }
     const int exitCode = TakeStepsLocked(options, stored, plan);
-    ReleaseLoadLock(lock);
+    ReleaseLockFile(lock);
     return exitCode;
 }
 

@@ -67,7 +67,7 @@ int RunRestartableLoad(const LoadOptions& options) {
     if (options.checkpointEvery == 0 && options.checkpointSeconds == 0) {
         settings.checkpointEveryRecords = kCheckpointEveryByDefault;
     }
-    settings.meetsReceipt = options.workerMeetsReceipt;
+    settings.completedBefore = options.workerMeetsReceipt;
     settings.followsEnd = options.workerFollowsEnd;
     settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;
     if (options.workerSince < 0) {

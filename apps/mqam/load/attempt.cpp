@@ -1,11 +1,10 @@
 #include "mqam/load/attempt.h"
 
 #include <chrono>
-#include <cstdlib>
 
 #include "mqam/load/completion.h"
-#include "mqam/load/load_lock.h"
 #include "mqam/module/module_session.h"
+#include "mqam/target/lock_file.h"
 
 namespace mqam {
 
@@ -13,227 +12,246 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Everything that one life carries along.
-struct Life {
-    ModuleSession session;
-    const AttemptSettings& settings;
-    Target& target;
-    const LoadObserver& observer;
+// An attempt once it is prepared.
+struct Attempt {
+    AttemptContext context;
     ProgressCounters& counters;
-    AttemptResult outcome = {};
-    Preparation preparation = {};
-    bool inputIsOpen = false;
+    bool inputMayBeOpen = false;  // from the call of Open to a Close without error
     std::vector<char> buffer = {};
     std::uint32_t lastLength = 0;  // of the record in the buffer
-    std::uint64_t records = 0;     // of the whole load, those not yet stored included
-    std::uint64_t bytes = 0;
+    std::uint64_t records = 0;     // of the whole load, including those not yet stored
+    std::uint64_t bytes = 0;       // likewise
     std::uint64_t sinceCheckpoint = 0;
+    bool hasCheckpoint = false;  // whether this attempt has stored one
     Clock::time_point lastCheckpoint = {};
-    LastEnd endBefore = LastEnd::kNone;  // of the life before this one
-    std::uint64_t endBeforeRecords = 0;
+    LastEnd previousEnd = LastEnd::kNone;  // how the previous attempt's input ended
+    std::uint64_t previousEndRecords = 0;
 };
 
-void Tell(const Life& life, const std::string& text) {
-    if (!text.empty() && life.observer.notice) life.observer.notice(text);
+ModuleSession& SessionOf(Attempt& attempt) {
+    return attempt.context.session;
 }
 
-// The life goes on from the stored state.
-bool Begin(Life& life) {
-    if (!PrepareAttempt(life.session, life.settings, life.target, life.observer, life.preparation,
-                        life.outcome)) {
-        return false;
-    }
-    const RestartState& state = life.outcome.state;
-    life.records = state.records;
-    life.bytes = state.bytes;
-    life.endBefore = state.lastEnd;
-    life.endBeforeRecords = state.lastEndRecords;
-    life.counters.recordsBefore = state.records;
-    life.counters.bytesBefore = state.bytes;
+AttemptResult& ResultOf(Attempt& attempt) {
+    return attempt.context.result;
+}
+
+bool FailByModule(Attempt& attempt) {
+    return EndByModule(ResultOf(attempt), SessionOf(attempt));
+}
+
+void ReportNotice(Attempt& attempt) {
+    const std::string text = SessionOf(attempt).TakeNewText();
+    if (!text.empty() && attempt.context.observer.notice) attempt.context.observer.notice(text);
+}
+
+// Prepares the attempt and resumes from the stored state.
+bool Begin(Attempt& attempt) {
+    if (!PrepareAttempt(attempt.context)) return false;
+    const RestartState& state = ResultOf(attempt).state;
+    attempt.records = state.records;
+    attempt.bytes = state.bytes;
+    attempt.previousEnd = state.lastEnd;
+    attempt.previousEndRecords = state.lastEndRecords;
+    attempt.counters.recordsBefore = state.records;
+    attempt.counters.bytesBefore = state.bytes;
     return true;
 }
 
-bool TakeCheckpoint(Life& life) {
+// The digest is that of the last record read: a Read that returns nothing leaves the buffer and lastLength alone.
+bool TakeCheckpoint(Attempt& attempt) {
     PositionData position{};
-    if (life.session.GetPos(position) != pmrcOK) return EndByModule(life.outcome, life.session);
-    RestartState state = life.outcome.state;
+    if (SessionOf(attempt).GetPos(position) != pmrcOK) return FailByModule(attempt);
+    RestartState state = ResultOf(attempt).state;
     state.position = position;
-    state.records = life.records;
-    state.bytes = life.bytes;
-    state.targetLength = life.target.Length();
-    if (life.lastLength > 0) {
-        state.lastRecordLength = life.lastLength;
-        state.lastRecordDigest = DigestOf(life.buffer.data(), life.lastLength);
+    state.records = attempt.records;
+    state.bytes = attempt.bytes;
+    state.targetLength = attempt.context.target.Length();
+    if (attempt.lastLength > 0) {
+        state.lastRecordLength = attempt.lastLength;
+        state.lastRecordDigest = DigestOf(attempt.buffer.data(), attempt.lastLength);
     }
     state.lastEnd = LastEnd::kNone;
     state.lastEndRecords = 0;
-    if (life.lastCheckpoint == Clock::time_point()) ++state.attempts;
-    const Status stored = life.target.Store(state);
-    if (!stored.IsOk()) return EndByTarget(life.outcome, stored);
-    life.outcome.state = state;
-    life.sinceCheckpoint = 0;
-    life.lastCheckpoint = Clock::now();
-    if (life.observer.checkpoint) life.observer.checkpoint(position);
+    if (!attempt.hasCheckpoint) ++state.attempts;
+    const Status stored = attempt.context.target.Store(state);
+    if (!stored.IsOk()) return EndByTarget(ResultOf(attempt), stored);
+    ResultOf(attempt).state = state;
+    attempt.hasCheckpoint = true;
+    attempt.sinceCheckpoint = 0;
+    attempt.lastCheckpoint = Clock::now();
+    if (attempt.context.observer.checkpoint) attempt.context.observer.checkpoint(position);
     return true;
 }
 
-bool PutRecord(Life& life, std::uint32_t length) {
-    const Status put = life.target.Put(life.buffer.data(), length);
-    if (!put.IsOk()) return EndByTarget(life.outcome, put);
-    ++life.records;
-    life.bytes += length;
-    ++life.sinceCheckpoint;
-    life.counters.records.fetch_add(1, std::memory_order_relaxed);
-    life.counters.bytes.fetch_add(length, std::memory_order_relaxed);
+bool PutRecord(Attempt& attempt, std::uint32_t length) {
+    const Status put = attempt.context.target.Put(attempt.buffer.data(), length);
+    if (!put.IsOk()) return EndByTarget(ResultOf(attempt), put);
+    ++attempt.records;
+    attempt.bytes += length;
+    ++attempt.sinceCheckpoint;
+    attempt.counters.records.fetch_add(1, std::memory_order_relaxed);
+    attempt.counters.bytes.fetch_add(length, std::memory_order_relaxed);
     return true;
 }
 
-bool IsLastRecordLoaded(const Life& life, std::uint32_t length) {
-    const RestartState& state = life.outcome.state;
-    return length == state.lastRecordLength && DigestOf(life.buffer.data(), length) == state.lastRecordDigest;
+bool IsLastRecordLoaded(Attempt& attempt, std::uint32_t length) {
+    const RestartState& state = ResultOf(attempt).state;
+    return length == state.lastRecordLength &&
+           DigestOf(attempt.buffer.data(), length) == state.lastRecordDigest;
 }
 
-// The record that ties the checkpoint file to the target. With it a checkpoint of this life is taken at once:
-// what comes after it is in the file or on the queue from then on, whatever happens.
-bool TakeFirstRecord(Life& life, std::uint32_t length) {
-    life.lastLength = length;
-    if (!life.preparation.decision.firstRecordIsRepeat) {
-        if (!PutRecord(life, length)) return false;
-    } else if (!IsLastRecordLoaded(life, length)) {
+// The first replayed record proves that checkpoint file and target belong together. A checkpoint is taken right after
+// it: from then on every later record is in the file or on the queue, whatever happens.
+bool TakeFirstRecord(Attempt& attempt, std::uint32_t length) {
+    attempt.lastLength = length;
+    if (!attempt.context.decision.firstRecordIsRepeat) {
+        if (!PutRecord(attempt, length)) return false;
+    } else if (!IsLastRecordLoaded(attempt, length)) {
         return RefuseAttempt(
-            life.outcome,
-            "the first record of the checkpoint file is not the last one loaded: the checkpoint file "
-            "or " +
-                life.target.StateName() +
-                " is another load's or a backup; nothing was loaded. Give the right file back and run "
-                "the same command again");
+            ResultOf(attempt),
+            "the first record of the checkpoint file is not the last one loaded: the checkpoint "
+            "file or " +
+                attempt.context.target.StateName() +
+                " is another load's or a backup; nothing was loaded. Restore the right file and "
+                "run the same command again");
     }
-    return TakeCheckpoint(life);
+    return TakeCheckpoint(attempt);
 }
 
-bool OpenInput(Life& life) {
+bool OpenInput(Attempt& attempt) {
     std::uint32_t maxRecordBytes = 0;
-    if (life.session.Open(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK)
-        return EndByModule(life.outcome, life.session);
-    life.inputIsOpen = true;
-    Tell(life, life.session.TakeNewText());
-    life.buffer.resize(maxRecordBytes);
-    if (life.preparation.decision.action == StartAction::kReplay) {
-        return life.session.SetPos(life.preparation.decision.position) == pmrcOK ||
-               EndByModule(life.outcome, life.session);
+    attempt.inputMayBeOpen = true;
+    if (SessionOf(attempt).Open(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK) {
+        return FailByModule(attempt);
     }
-    return TakeCheckpoint(life);
+    ReportNotice(attempt);
+    attempt.buffer.resize(maxRecordBytes);
+    if (attempt.context.decision.action == StartAction::kReplay) {
+        return SessionOf(attempt).SetPos(attempt.context.decision.position) == pmrcOK ||
+               FailByModule(attempt);
+    }
+    return TakeCheckpoint(attempt);
 }
 
-bool IsCheckpointDue(const Life& life) {
-    const AttemptSettings& settings = life.settings;
-    if (life.sinceCheckpoint == 0) return false;
-    if (settings.checkpointEveryRecords != 0 && life.sinceCheckpoint >= settings.checkpointEveryRecords) {
+bool IsCheckpointDue(const Attempt& attempt) {
+    const AttemptSettings& settings = attempt.context.settings;
+    if (attempt.sinceCheckpoint == 0) return false;
+    if (settings.checkpointEveryRecords != 0 && attempt.sinceCheckpoint >= settings.checkpointEveryRecords) {
         return true;
     }
     return settings.checkpointEverySeconds != 0 &&
-           Clock::now() - life.lastCheckpoint >= std::chrono::seconds(settings.checkpointEverySeconds);
+           Clock::now() - attempt.lastCheckpoint >= std::chrono::seconds(settings.checkpointEverySeconds);
 }
 
-LastEnd ClassifyEnd(const Life& life, Clock::duration waited) {
-    const std::optional<std::chrono::seconds>& readWait = life.preparation.report.readWait;
-    const bool waitedOut = readWait && waited >= *readWait;
-    return waitedOut ? LastEnd::kAfterWait : LastEnd::kEarly;
+LastEnd ClassifyEnd(const Attempt& attempt, Clock::duration waited) {
+    const std::optional<std::chrono::seconds>& readWait = attempt.context.report.readWait;
+    return readWait && waited >= *readWait ? LastEnd::kAfterWait : LastEnd::kEarly;
 }
 
-// Returns true when the input ended or the load is to stop; `end` tells how.
-bool ReadInput(Life& life, LastEnd& end) {
-    bool firstIsAwaited = life.preparation.decision.action == StartAction::kReplay;
+// Takes one record that the module returned; the first one of a replay only ties the files together.
+bool TakeRecord(Attempt& attempt, std::uint32_t length, bool& firstIsAwaited) {
+    ReportNotice(attempt);
+    // Queues never deliver empty records; a checkpoint taken during a replay can leave one in the file (H15).
+    if (length == 0) return true;
+    if (firstIsAwaited) {
+        firstIsAwaited = false;
+        return TakeFirstRecord(attempt, length);
+    }
+    attempt.lastLength = length;
+    return PutRecord(attempt, length) && (!IsCheckpointDue(attempt) || TakeCheckpoint(attempt));
+}
+
+// Reads to the end of the input, or until the load is to stop. Returns false after a failure. `inputEnd` says how the
+// input ended, if it did.
+bool ReadInput(Attempt& attempt, LastEnd& inputEnd) {
+    const LoadObserver& observer = attempt.context.observer;
+    bool firstIsAwaited = attempt.context.decision.action == StartAction::kReplay;
     for (;;) {
-        if (!firstIsAwaited && life.observer.stopWanted && life.observer.stopWanted()) {
-            life.outcome.end = AttemptEnd::kInterrupted;
-            return life.sinceCheckpoint == 0 || TakeCheckpoint(life);
+        if (!firstIsAwaited && observer.stopWanted && observer.stopWanted()) {
+            ResultOf(attempt).end = AttemptEnd::kInterrupted;
+            return attempt.sinceCheckpoint == 0 || TakeCheckpoint(attempt);
         }
         const Clock::time_point start = Clock::now();
         std::uint32_t length = 0;
-        const ReturnCode code = life.session.Read(life.buffer.data(), length);
-        if (code == pmrcEOF) {
-            end = ClassifyEnd(life, Clock::now() - start);
-            life.outcome.end = AttemptEnd::kInputEnded;
-            return true;
+        switch (SessionOf(attempt).Read(attempt.buffer.data(), length)) {
+            case pmrcOK:
+                if (!TakeRecord(attempt, length, firstIsAwaited)) return false;
+                continue;
+            case pmrcEOF:
+                inputEnd = ClassifyEnd(attempt, Clock::now() - start);
+                ResultOf(attempt).end = AttemptEnd::kInputEnded;
+                return true;
+            case pmrcTimeout: ResultOf(attempt).end = AttemptEnd::kTimeout; return true;
+            default: return FailByModule(attempt);
         }
-        if (code == pmrcTimeout) {
-            life.outcome.end = AttemptEnd::kTimeout;
-            return true;
-        }
-        if (code != pmrcOK) return EndByModule(life.outcome, life.session);
-        Tell(life, life.session.TakeNewText());
-        // A record of no bytes is none that a queue delivers: a replay checkpoint can put it into the file.
-        if (length == 0) continue;
-        if (firstIsAwaited) {
-            if (!TakeFirstRecord(life, length)) return false;
-            firstIsAwaited = false;
-            continue;
-        }
-        life.lastLength = length;
-        if (!PutRecord(life, length)) return false;
-        if (IsCheckpointDue(life) && !TakeCheckpoint(life)) return false;
     }
 }
 
-// After a Close without error. Nothing is lost when the process dies in here: a next life does it again.
-void FinishLife(Life& life, LastEnd end) {
-    RestartState& state = life.outcome.state;
-    const bool nothingNew = life.endBefore != LastEnd::kNone && life.endBeforeRecords == life.records;
-    if (end != LastEnd::kAfterWait || !nothingNew) {
-        RestartState ended = state;
-        ended.lastEnd = end;
-        ended.lastEndRecords = life.records;
-        const Status stored = life.target.StoreEnd(ended);
-        if (!stored.IsOk()) {
-            EndByTarget(life.outcome, stored);
-            return;
-        }
-        state = ended;
-        if (end == LastEnd::kEarly && nothingNew) life.outcome.end = AttemptEnd::kNoProgress;
-        return;
-    }
-    RestartState finished = state;
-    finished.phase = LoadPhase::kFinished;
-    finished.records = life.records;
-    finished.bytes = life.bytes;
-    finished.targetLength = life.target.Length();
-    const Status stored = life.target.Store(finished);
+// Stores that the input has ended, so that the next attempt can tell whether anything came since.
+void StoreInputEnd(Attempt& attempt, LastEnd inputEnd, bool nothingCame) {
+    RestartState ended = ResultOf(attempt).state;
+    ended.lastEnd = inputEnd;
+    ended.lastEndRecords = attempt.records;
+    const Status stored = attempt.context.target.StoreEnd(ended);
     if (!stored.IsOk()) {
-        EndByTarget(life.outcome, stored);
+        EndByTarget(ResultOf(attempt), stored);
         return;
     }
-    state = finished;
-    const Status cleaned = CleanUpFinishedLoad(life.target, state);
+    ResultOf(attempt).state = ended;
+    if (inputEnd == LastEnd::kEarly && nothingCame) ResultOf(attempt).end = AttemptEnd::kNoProgress;
+}
+
+// Called after a Close without error. If the process dies in here nothing is lost: the next attempt does it again.
+void FinishAttempt(Attempt& attempt, LastEnd inputEnd) {
+    const bool nothingCame =
+        attempt.previousEnd != LastEnd::kNone && attempt.previousEndRecords == attempt.records;
+    if (inputEnd != LastEnd::kAfterWait || !nothingCame) {
+        StoreInputEnd(attempt, inputEnd, nothingCame);
+        return;
+    }
+    RestartState finished = ResultOf(attempt).state;
+    finished.phase = LoadPhase::kFinished;
+    finished.records = attempt.records;
+    finished.bytes = attempt.bytes;
+    finished.targetLength = attempt.context.target.Length();
+    const Status stored = attempt.context.target.Store(finished);
+    if (!stored.IsOk()) {
+        EndByTarget(ResultOf(attempt), stored);
+        return;
+    }
+    const Status cleaned = CleanUpFinishedLoad(attempt.context.target, finished);
+    ResultOf(attempt).state = finished;
     if (!cleaned.IsOk()) {
-        EndByFile(life.outcome, cleaned.Error());
+        EndByFile(ResultOf(attempt), cleaned.Error());
         return;
     }
-    life.outcome.end = AttemptEnd::kLoadDone;
+    ResultOf(attempt).end = AttemptEnd::kLoadDone;
 }
 
 }  // namespace
 
 AttemptResult RunAttempt(PIDMMainFunction entryPoint, const AttemptSettings& settings, Target& target,
                          const LoadObserver& observer, ProgressCounters& counters) {
-    Life life{ModuleSession(entryPoint), settings, target, observer, counters};
-    LastEnd end = LastEnd::kNone;
-    if (Begin(life) && OpenInput(life) && ReadInput(life, end)) {
-        // PRESERVE_RESTART_INFO is YES: the files stay, and MQ takes a repeated or an empty message that
-        // ended the input off the queue.
-        if (life.session.Close() != pmrcOK) {
-            EndByModule(life.outcome, life.session);
+    Attempt attempt{{ModuleSession(entryPoint), settings, target, observer}, counters};
+    LastEnd inputEnd = LastEnd::kNone;
+    if (Begin(attempt) && OpenInput(attempt) && ReadInput(attempt, inputEnd)) {
+        // PRESERVE_RESTART_INFO is YES, so the files stay; and the disconnect commits the duplicate or empty message
+        // that ended the input, removing it from the queue (H6).
+        if (SessionOf(attempt).Close() != pmrcOK) {
+            FailByModule(attempt);
         } else {
-            life.inputIsOpen = false;
-            if (life.outcome.end == AttemptEnd::kInputEnded) FinishLife(life, end);
+            attempt.inputMayBeOpen = false;
+            if (ResultOf(attempt).end == AttemptEnd::kInputEnded) FinishAttempt(attempt, inputEnd);
         }
     }
-    // With the input still open MQ takes its time to end this life: the locks last as long as the process.
-    if (!life.inputIsOpen && life.outcome.end != AttemptEnd::kModuleFailed) {
-        ReleaseLoadLock(life.preparation.checkpointLock);
-        ReleaseLoadLock(target.AttemptLock());
+    // While the input is open, MQ may not notice the end of this attempt immediately, so the locks are kept until the
+    // process is gone (H21).
+    if (!attempt.inputMayBeOpen) {
+        ReleaseLockFile(attempt.context.checkpointLock);
+        target.ReleaseLock(TargetLock::kAttempt);
     }
-    return life.outcome;
+    return ResultOf(attempt);
 }
 
 }  // namespace mqam

@@ -1,10 +1,10 @@
-// One life of a load that can be restarted: from the restart state and whatever the lives before left on
-// disk, to an end of input, a failure or a request to stop. The numbered rules that its order of calls
-// follows, and the reason for each, are in docs/hosts.md.
+// One attempt of a restartable load: from the restart state, and whatever the previous attempts left on disk, to an end
+// of input, a failure or a request to stop. docs/hosts.md has the numbered rules that the order of calls follows, and
+// the reason for each.
 //
-// A process lives at most one of them and must then end at once (ExitImmediately), without Shut: the
-// module's state cannot be used a second time, and after a failure neither may be closed what would commit
-// messages never delivered.
+// A process makes at most one attempt and must then end immediately (platform::ExitImmediately), without Shut: the
+// module's state cannot be used a second time, and after a failure nothing may be closed, because a disconnect commits
+// messages that were never delivered.
 #pragma once
 
 #include "mqam/base/progress.h"
@@ -16,10 +16,10 @@
 
 namespace mqam {
 
-/// Lives one life.
+/// Makes one attempt.
 ///   entryPoint  in      the loaded module
-///   target      in/out  not locked yet; unlocked again unless the module still has the input open
-///   counters    out     counted while the life runs
+///   target      in/out  not locked yet; its lock is released again unless the module may still have the input open
+///   counters    out     counted while the attempt runs
 [[nodiscard]] AttemptResult RunAttempt(PIDMMainFunction entryPoint, const AttemptSettings& settings,
                                        Target& target, const LoadObserver& observer,
                                        ProgressCounters& counters);

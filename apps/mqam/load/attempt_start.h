@@ -1,5 +1,5 @@
-// What a life of a load that can be restarted does before its Open: it takes the locks, finds out which load
-// this is and how far it came, and brings the files into a shape that the module can go on from.
+// What an attempt of a restartable load does before its Open: it acquires the locks, finds out which load this is and
+// how far it has come, and brings the files into a state from which the module can resume.
 #pragma once
 
 #include <cstdint>
@@ -17,30 +17,30 @@ namespace mqam {
 
 struct AttemptSettings {
     std::string initString;
-    std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in order
+    std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = not by count
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
-    bool meetsReceipt = false;    ///< a load that is over was so before the command
-    bool followsEnd = false;      ///< the life before ended a moment ago, after the whole wait interval
-    bool unfinishedOnly = false;  ///< begin no load over one that is over
+    bool completedBefore =
+        false;                    ///< the load found complete was already complete before the command started
+    bool followsEnd = false;      ///< the previous attempt has just ended after the whole read wait interval
+    bool unfinishedOnly = false;  ///< do not begin a new load in place of a completed one
 };
 
-/// What the rest of the life goes by.
-struct Preparation {
-    StartupReport report;        ///< the module's parameters in effect
-    StartDecision decision;      ///< how to begin; its repairs are made
-    std::string checkpointLock;  ///< held; "" when it did not come to that
+/// What one attempt works with, and what is known after its preparation.
+struct AttemptContext {
+    ModuleSession session;
+    const AttemptSettings& settings;
+    Target& target;
+    const LoadObserver& observer;
+    AttemptResult result = {};
+    StartupReport report = {};        ///< the module's parameters in effect
+    StartDecision decision = {};      ///< how to start; its repairs have been made
+    std::string checkpointLock = {};  ///< the lock of the checkpoint file, held; empty if it was not acquired
 };
 
-/// Prepares.
-///   session      in/out  the module before its Init; then ready for Open
-///   target       in/out  not locked yet; then cut back to the outcome's state and ready for Puts
-///   preparation  out     filled as far as it came, also on failure
-///   outcome      out     state: what the life goes on from. On failure how the life ended.
-/// Returns false when the life is over: it was refused, failed, or there is nothing to do. The target's lock
-/// of lives may be held either way.
-[[nodiscard]] bool PrepareAttempt(ModuleSession& session, const AttemptSettings& settings, Target& target,
-                                  const LoadObserver& observer, Preparation& preparation,
-                                  AttemptResult& outcome);
+/// Prepares the attempt. On success the module is ready for Open, the target is rolled back to the state in the result
+/// and ready for Puts. Returns false if the attempt is over: it was refused, it failed, or there is nothing to do; the
+/// result says which. In both cases the target's lock of attempts may be held.
+[[nodiscard]] bool PrepareAttempt(AttemptContext& attempt);
 
 }  // namespace mqam

@@ -1,6 +1,6 @@
 #include "mqam/load/completion.h"
 
-#include "mqam/load/load_lock.h"
+#include "mqam/target/lock_file.h"
 #include "platform/durable_file.h"
 #include "platform/file.h"
 
@@ -11,10 +11,8 @@ namespace {
 // Removes the lock file of an attempt that died before it could do so. A lock that is held stays.
 void SweepCheckpointLock(const RestartState& state) {
     const std::string path = CheckpointLockPath(state.checkpointFile);
-    std::string error;
-    if (platform::ProbePath(path) == platform::PathKind::kFile &&
-        AcquireLoadLock(path, 0, error) == LockOutcome::kAcquired) {
-        ReleaseLoadLock(path);
+    if (platform::ProbePath(path) == platform::PathKind::kFile && AcquireLockFile(path, 0).IsOk()) {
+        ReleaseLockFile(path);
     }
 }
 

@@ -8,15 +8,14 @@
 
 namespace mqam {
 
-/// What a life tells while it runs. Every member may be empty.
+/// Called by the load, on its thread. Every member may be empty.
 struct LoadObserver {
-    std::function<void(const StartupReport&)> report;  ///< the parameters in effect, after Init
-    std::function<void(const std::string&)> notice;    ///< an error text that came with success
-    std::function<void(const std::string&)> decision;  ///< how a restartable load's life begins, and why
-    std::function<void(const std::string&)> repaired;  ///< what a restart changed on the disk, in words
-    std::function<void(const PositionData&)>
-        checkpoint;                    ///< a position handed out and the target saved for it
-    std::function<bool()> stopWanted;  ///< asked before every Read
+    std::function<void(const StartupReport&)> report;     ///< the parameters in effect, after Init
+    std::function<void(const std::string&)> notice;       ///< an error text that came with success
+    std::function<void(const std::string&)> decision;     ///< how an attempt starts, and why
+    std::function<void(const std::string&)> repaired;     ///< a repair made on disk, described
+    std::function<void(const PositionData&)> checkpoint;  ///< a position, with the target saved for it
+    std::function<bool()> stopWanted;                     ///< asked before every Read
 };
 
 }  // namespace mqam

@@ -5,7 +5,6 @@
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
 #include "mqam/load/attempt.h"
-#include "mqam/load/load_lock.h"
 #include "mqam/load/retries.h"
 #include "mqam/load/worker.h"
 #include "mqam/load/worker_process.h"
@@ -134,14 +133,13 @@ int TryAgainBefore(const std::string& failure, const SupervisorSettings& setting
 // Again and again when the system fails and the user asked for it. Returns an exit code, or kExitDone when it
 // was taken.
 int AcquireCommandLock(const SupervisorSettings& settings, Target& target, Retries& retries) {
-    std::string reason;
     for (;;) {
-        const LockOutcome outcome = AcquireLoadLock(target.CommandLock(), kLockTimeoutSeconds, reason);
-        if (outcome == LockOutcome::kAcquired) return kExitDone;
-        if (outcome != LockOutcome::kFailed) return Refuse(reason);
-        // Only to tell what is safe; it is told when it cannot be read.
+        const Status locked = target.AcquireLock(TargetLock::kCommand, kLockTimeoutSeconds);
+        if (locked.IsOk()) return kExitDone;
+        if (locked.Code() == StatusCode::kRefused) return Refuse(locked.Error());
+        // The state is read only for the "safe" line, which says so if it cannot be read.
         static_cast<void>(ReadFirstState(target, retries));
-        const int exitCode = TryAgainBefore(reason, settings, retries);
+        const int exitCode = TryAgainBefore(locked.Error(), settings, retries);
         if (exitCode != kExitDone) return exitCode;
     }
 }
@@ -240,7 +238,7 @@ int SuperviseLoad(const SupervisorSettings& settings, Target& target) {
     const int locked = AcquireCommandLock(settings, target, retries);
     if (locked != kExitDone) return locked;
     const int exitCode = SuperviseLocked(settings, target, retries);
-    ReleaseLoadLock(target.CommandLock());
+    target.ReleaseLock(TargetLock::kCommand);
     return exitCode;
 }
 

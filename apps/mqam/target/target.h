@@ -21,6 +21,11 @@
 
 namespace mqam {
 
+enum class TargetLock {
+    kCommand,  ///< keeps other commands away from the target and its state
+    kAttempt,  ///< keeps other attempts away
+};
+
 class Target {
   public:
     Target() = default;
@@ -60,9 +65,10 @@ class Target {
     [[nodiscard]] virtual std::string Format() const = 0;
     [[nodiscard]] virtual const std::string& StateName() const = 0;
 
-    /// The lock file that keeps other commands away from target and state, and the one that keeps other attempts away.
-    [[nodiscard]] virtual std::string CommandLock() const = 0;
-    [[nodiscard]] virtual std::string AttemptLock() const = 0;
+    /// Acquires a lock of the target, waiting up to `timeoutSeconds` for its holder to end. It is released by
+    /// ReleaseLock, or when the process ends. kRefused means that another load holds it.
+    virtual Status AcquireLock(TargetLock lock, int timeoutSeconds) = 0;
+    virtual void ReleaseLock(TargetLock lock) = 0;
 
     /// The files of the target and its state, including the locks; none for a target without local files.
     [[nodiscard]] virtual std::vector<LoadFile> Files() const = 0;

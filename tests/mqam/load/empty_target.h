@@ -23,8 +23,8 @@ class EmptyTarget : public Target {
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "lines"; }
     [[nodiscard]] const std::string& StateName() const override { return name_; }
-    [[nodiscard]] std::string CommandLock() const override { return ""; }
-    [[nodiscard]] std::string AttemptLock() const override { return ""; }
+    Status AcquireLock(mqam::TargetLock /*lock*/, int /*timeoutSeconds*/) override { return {}; }
+    void ReleaseLock(mqam::TargetLock /*lock*/) override {}
     [[nodiscard]] std::vector<mqam::LoadFile> Files() const override { return {}; }
 
   private:

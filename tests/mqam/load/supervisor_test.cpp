@@ -7,7 +7,6 @@
 #include "platform/process.h"
 #include "tests/mqam/load/empty_target.h"
 #include "tests/support/same_test_process.h"
-#include "tests/support/test_directory.h"
 
 using namespace mqam;
 
@@ -16,25 +15,19 @@ namespace {
 // Its state can be read once, and never again.
 class UnreadableTarget : public EmptyTarget {
   public:
-    explicit UnreadableTarget(const TestDirectory& folder) : folder_(folder) {}
-
     Status LoadState(std::optional<RestartState>& state) override {
         state.reset();
         return loads_++ == 0 ? Status() : Status::Transient("cannot read the state: the disk is gone");
     }
-    [[nodiscard]] std::string CommandLock() const override { return folder_.Path("lock"); }
-    [[nodiscard]] std::string AttemptLock() const override { return folder_.Path("life.lock"); }
 
   private:
-    const TestDirectory& folder_;
     int loads_ = 0;
 };
 
 TEST(LoadSupervisorTest, ALoadWhoseEndCannotBeLookedUpIsNotCalledKilled) {
     if (!PartToPlay().empty()) platform::ExitImmediately(platform::MarkExitCode(kExitDone));
     MakeThisTestTheWorker("worker");
-    const TestDirectory folder;
-    UnreadableTarget target(folder);
+    UnreadableTarget target;
     testing::internal::CaptureStderr();
     const int exitCode = SuperviseLoad(SupervisorSettings(), target);
     const std::string told = testing::internal::GetCapturedStderr();

@@ -53,8 +53,8 @@ std::vector<LoadFile> FileTarget::Files() const {
     return {{settings_.path, "target"},
             {settings_.restartFile, "restart file"},
             {ScratchOfRestartFile(settings_.restartFile), kWorkFile},
-            {CommandLock(), kWorkFile},
-            {AttemptLock(), kWorkFile}};
+            {LockPath(TargetLock::kCommand), kWorkFile},
+            {LockPath(TargetLock::kAttempt), kWorkFile}};
 }
 
 Status FileTarget::LoadState(std::optional<RestartState>& state) {

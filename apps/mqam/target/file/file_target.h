@@ -6,6 +6,7 @@
 #include <string>
 
 #include "mqam/target/file/file_sink.h"
+#include "mqam/target/lock_file.h"
 #include "mqam/target/target.h"
 
 namespace mqam {
@@ -32,12 +33,17 @@ class FileTarget : public Target {
     Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
     [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
-    [[nodiscard]] std::string CommandLock() const override { return settings_.restartFile + ".lock"; }
-    [[nodiscard]] std::string AttemptLock() const override { return settings_.restartFile + ".life.lock"; }
+    Status AcquireLock(TargetLock lock, int timeoutSeconds) override {
+        return AcquireLockFile(LockPath(lock), timeoutSeconds);
+    }
+    void ReleaseLock(TargetLock lock) override { ReleaseLockFile(LockPath(lock)); }
     [[nodiscard]] std::vector<LoadFile> Files() const override;
     [[nodiscard]] const std::string& StateName() const override { return settings_.restartFile; }
 
   private:
+    [[nodiscard]] std::string LockPath(TargetLock lock) const {
+        return settings_.restartFile + (lock == TargetLock::kCommand ? ".lock" : ".life.lock");
+    }
     Status CheckLastRecord(const RestartState& state);
 
     FileTargetSettings settings_;

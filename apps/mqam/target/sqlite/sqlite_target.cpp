@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "mqam/target/lock_file.h"
 #include "mqam/target/sqlite/sqlite_vfs.h"
 #include "platform/file.h"
 
@@ -82,16 +83,17 @@ class SqliteTarget : public Target {
     Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "sqlite"; }
-    [[nodiscard]] std::string CommandLock() const override {
-        return settings_.name.file + "." + key_ + ".lock";
+    Status AcquireLock(TargetLock lock, int timeoutSeconds) override {
+        return AcquireLockFile(LockPath(lock), timeoutSeconds);
     }
-    [[nodiscard]] std::string AttemptLock() const override {
-        return settings_.name.file + "." + key_ + ".life.lock";
-    }
+    void ReleaseLock(TargetLock lock) override { ReleaseLockFile(LockPath(lock)); }
     [[nodiscard]] std::vector<LoadFile> Files() const override;
     [[nodiscard]] const std::string& StateName() const override { return stateName_; }
 
   private:
+    [[nodiscard]] std::string LockPath(TargetLock lock) const {
+        return settings_.name.file + "." + key_ + (lock == TargetLock::kCommand ? ".lock" : ".life.lock");
+    }
     // The error of the last call of SQLite. `fact` says what could not be done: "the rows cannot be counted".
     Status Fail(const std::string& fact);
     Status Open();
@@ -124,8 +126,12 @@ class SqliteTarget : public Target {
 std::vector<LoadFile> SqliteTarget::Files() const {
     const std::string& file = settings_.name.file;
     static constexpr char kWorkFile[] = "work file of the database";
-    return {{file, "target"},           {file + "-journal", kWorkFile}, {file + "-wal", kWorkFile},
-            {file + "-shm", kWorkFile}, {CommandLock(), kWorkFile},     {AttemptLock(), kWorkFile}};
+    return {{file, "target"},
+            {file + "-journal", kWorkFile},
+            {file + "-wal", kWorkFile},
+            {file + "-shm", kWorkFile},
+            {LockPath(TargetLock::kCommand), kWorkFile},
+            {LockPath(TargetLock::kAttempt), kWorkFile}};
 }
 
 Status SqliteTarget::Fail(const std::string& fact) {
