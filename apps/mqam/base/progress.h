@@ -1,6 +1,5 @@
-// What the user sees while a load runs, on standard error: one live line on a terminal, a plain line every
-// few seconds elsewhere. A thread of its own prints, so that the clock goes on while a read waits for
-// messages.
+// What the user sees on standard error while a load runs: one live line on a terminal, a plain line every few seconds
+// elsewhere. A thread of its own prints, so that the clock keeps running while a read waits for messages.
 #pragma once
 
 #include <atomic>
@@ -14,24 +13,24 @@ enum class ProgressStyle { kNone, kLiveLine, kPlainLines };
 struct ProgressCounters {
     std::atomic<std::uint64_t> records{0};
     std::atomic<std::uint64_t> bytes{0};
-    /// What processes before this one have loaded: part of the totals, not of the rate.
+    /// What earlier processes have loaded: it counts in the totals, not in the rate.
     std::atomic<std::uint64_t> recordsBefore{0};
     std::atomic<std::uint64_t> bytesBefore{0};
-    double secondsBefore = 0;  ///< to be set before StartProgress
+    double secondsBefore = 0;  ///< set before StartProgress
 };
 
 /// Starts printing. `counters` must live until StopProgress.
 void StartProgress(ProgressStyle style, const ProgressCounters& counters);
 
-/// Stops printing and wipes a live line. Harmless when nothing runs.
+/// Stops printing and wipes a live line. Does nothing if nothing is printing.
 void StopProgress();
 
-/// Prints text (whole lines with their ends) on standard error, in front of a live line. From any thread.
+/// Prints complete lines on standard error, in place of a live line. May be called from any thread.
 void PrintMessage(const std::string& lines);
 
-/// "12,345 records, 1.21 MB, 24,690 records/s, 0:05": numbers grouped, sizes in decimal units, elapsed time
-/// as minutes and seconds (hours in front when there are any).
-///   seconds  since the counters began to count
+/// "12,345 records, 1.21 MB, 24,690 records/s, 0:05": numbers are grouped, sizes
+/// have decimal units, and the elapsed time has minutes and seconds, with hours before them if there are any.
+///   seconds  the time since the counters began to count
 [[nodiscard]] std::string FormatProgress(const ProgressCounters& counters, double seconds);
 
 [[nodiscard]] std::string FormatCount(std::uint64_t count);

@@ -50,9 +50,9 @@ int WriteAnswer(int descriptor, const std::string& text) {
 
 int RunCheck(const ModuleOptions& options) {
     std::string initString;
-    std::string complaint;
-    if (!ComposeInitString(options, initString, complaint)) {
-        PrintMessage("mqam check: " + complaint + "\n");
+    const Status composed = ComposeInitString(options, initString);
+    if (!composed.IsOk()) {
+        PrintMessage("mqam check: " + composed.Error() + "\n");
         return kExitNotStarted;
     }
     const bool helpWanted = WasKeywordGiven(options, "HELP");
@@ -62,9 +62,10 @@ int RunCheck(const ModuleOptions& options) {
         PrintMessage(std::string("mqam check: standard output: ") + std::strerror(errno) + "\n");
         return kExitTargetFailed;
     }
-    const PIDMMainFunction entryPoint = LoadModule(options.modulePath, complaint);
-    if (entryPoint == nullptr) {
-        PrintMessage("mqam check: the module cannot be loaded: " + complaint + "\n");
+    PIDMMainFunction entryPoint = nullptr;
+    const Status loaded = LoadModule(options.modulePath, entryPoint);
+    if (!loaded.IsOk()) {
+        PrintMessage("mqam check: " + loaded.Error() + "\n");
         return kExitModuleMissing;
     }
     ModuleSession session(entryPoint);

@@ -105,9 +105,9 @@ bool FetchStored(const CheckpointOptions& options, Stored& stored) {
     if (!options.position.empty()) stored.position = ParsePosition(options.position);
     if (options.restartFile.empty()) return true;
     RestartState state;
-    std::string reason;
-    if (!ReadStateOfLoad(options.restartFile, options.path, state, reason)) {
-        (void)PrintError(reason);
+    const Status read = ReadStateOfLoad(options.restartFile, options.path, state);
+    if (!read.IsOk()) {
+        (void)PrintError(read.Error());
         return false;
     }
     stored.position = state.position;
@@ -122,10 +122,10 @@ std::string DescribeRestartWith(const CheckpointOptions& options, const Stored& 
     }
     std::string text = DescribeRestart(options.path, stored.position, options.maxRecordBytes, isRefused);
     if (!stored.state || isRefused) return text;
-    const std::string foreign = FindForeignRecord(options.path, *stored.state, options.maxRecordBytes);
-    if (foreign.empty()) return text;
+    const Status checked = CheckFirstRecord(options.path, *stored.state, options.maxRecordBytes);
+    if (checked.IsOk()) return text;
     isRefused = true;
-    return text + "  then refused: " + foreign + "\n";
+    return text + "  then refused: " + checked.Error() + "\n";
 }
 
 ListedRecords ListedBy(const CheckpointOptions& options) {

@@ -75,7 +75,7 @@ std::string HelpText(const KeywordOption& row) {
     return text + "]";
 }
 
-/// The values as the module takes them.
+// Returns the values in the form that the module accepts.
 std::vector<std::string> ModuleValues(const KeywordOption& row, std::vector<std::string> values) {
     if (row.path < values.size()) values[row.path] = platform::NativePath(values[row.path]);
     return values;
@@ -97,9 +97,9 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
     options.flags.assign(rows, 0);
     options.rawInitOption =
         command
-            .add_option(
-                "--init", options.rawInit,
-                "the module's complete initialization string, instead of all keyword options [e.g. --init \"-QMGR QM1 -QNM ORDERS\"]")
+            .add_option("--init", options.rawInit,
+                        "the module's complete initialization string, instead of all keyword options [e.g. "
+                        "--init \"-QMGR QM1 -QNM ORDERS\"]")
             ->type_name("STRING");
     for (std::size_t i = 0; i < rows; ++i) {
         const KeywordOption& row = kTable[i];
@@ -124,12 +124,11 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
         ->group(kTraceGroup);
 }
 
-bool ComposeInitString(const ModuleOptions& options, std::string& initString, std::string& complaint) {
+Status ComposeInitString(const ModuleOptions& options, std::string& initString) {
     initString.clear();
-    complaint.clear();
     if (options.rawInitOption != nullptr && options.rawInitOption->count() > 0) {
         initString = options.rawInit;
-        return true;
+        return {};
     }
     std::vector<GivenKeyword> given;
     for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
@@ -138,10 +137,9 @@ bool ComposeInitString(const ModuleOptions& options, std::string& initString, st
             {kTable[i].keyword, FirstName(kTable[i]), ModuleValues(kTable[i], options.values[i])});
     }
     if (given.empty()) {
-        complaint = "no queue is named: give --qmgr and --queue, or --parmfile, or --init";
-        return false;
+        return Status::Refused("no queue is named: give --qmgr and --queue, or --parmfile, or --init");
     }
-    return BuildInitString(given, initString, complaint);
+    return BuildInitString(given, initString);
 }
 
 bool WasKeywordGiven(const ModuleOptions& options, const std::string& keyword) {

@@ -38,28 +38,26 @@ constexpr const char* kExamples =
     "      as an MQ client, with checkpoints, message log and trace\n"
     "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --restart-file orders.restart --to "
     "orders.txt\n"
-    "      whatever ends it, the same command goes on: every message is in orders.txt once\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --to 'sqlite:orders.db?table=orders' "
-    "--retry-for "
-    "3600\n"
-    "      the same into a SQLite table, which keeps the restart information, too; goes on by itself after a "
-    "failure\n";
+    "      whatever ends it, the same command resumes it: every message is in orders.txt exactly once\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --to 'sqlite:orders.db?table=orders' \\\n"
+    "            --retry-for 3600\n"
+    "      the same into a SQLite table, which keeps the restart information itself; retries after a failure\n";
 
-int Refuse(const std::string& words) {
-    PrintMessage("mqam load: " + words + "\n");
+int Refuse(const std::string& error) {
+    PrintMessage("mqam load: " + error + "\n");
     return kExitNotStarted;
 }
 
-// Fills the settings of the life. Returns false with a complaint.
-bool ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings, std::string& complaint) {
-    if (!ComposeInitString(options.module, settings.initString, complaint)) return false;
-    if (!ComposeAttributes(options, settings.attributes, complaint)) return false;
+// Makes the settings of a plain load.
+Status ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings) {
+    Status status = ComposeInitString(options.module, settings.initString);
+    if (status.IsOk()) status = ComposeAttributes(options, settings.attributes);
     settings.checkpointEveryRecords = options.checkpointEvery;
-    settings.keywordHelpWanted = WasKeywordGiven(options.module, "HELP");
-    return true;
+    settings.wantsKeywordHelp = WasKeywordGiven(options.module, "HELP");
+    return status;
 }
 
-// An option that only a load with restart information has, or null.
+// Returns the first option given that only a load with restart information has, or null.
 const char* FindRestartOption(const LoadOptions& options) {
     if (options.checkpointSeconds != 0) return "--checkpoint-seconds";
     if (options.restart != RestartPolicy::kAuto) return "--restart";
@@ -67,28 +65,28 @@ const char* FindRestartOption(const LoadOptions& options) {
     return nullptr;
 }
 
-// Decides how the target is opened. Returns false with a complaint when a file stands in the way.
-bool ChooseTarget(const LoadOptions& options, FileSinkSettings& target, std::string& complaint) {
+// Decides how the target is opened. Refuses a file that exists unless the user said what to do with it.
+Status ChooseTarget(const LoadOptions& options, FileSinkSettings& target) {
     target.format = options.format;
     if (options.target == "-") {
         target.path = "standard output";
-        return true;
+        return {};
     }
     target.path = options.target;
     switch (platform::ProbePath(options.target)) {
         case platform::PathKind::kMissing:
         case platform::PathKind::kUnknown:
             target.mode = options.append ? platform::OpenMode::kAppend : platform::OpenMode::kCreate;
-            return true;
-        case platform::PathKind::kOther: target.mode = platform::OpenMode::kExisting; return true;
+            return {};
+        case platform::PathKind::kOther: target.mode = platform::OpenMode::kExisting; return {};
         case platform::PathKind::kFile: break;
     }
     if (!options.force && !options.append) {
-        complaint = options.target + " exists; give --force to replace it, or --append to add to it";
-        return false;
+        return Status::Refused(options.target +
+                               " exists; give --force to replace it, or --append to add to it");
     }
     target.mode = options.append ? platform::OpenMode::kAppend : platform::OpenMode::kReplace;
-    return true;
+    return {};
 }
 
 int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const std::string& target,
@@ -118,23 +116,23 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const
 int RunLoad(const LoadOptions& options) {
     PlainLoadSettings settings;
     FileSinkSettings target;
-    std::string complaint;
     if (IsRestartable(options)) return RunRestartableLoad(options);
     if (const char* option = FindRestartOption(options)) {
         return Refuse(std::string(option) + " needs --restart-file FILE, or a SQLite target");
     }
-    if (!ComposeSettings(options, settings, complaint) || !ChooseTarget(options, target, complaint)) {
-        return Refuse(complaint);
-    }
+    Status status = ComposeSettings(options, settings);
+    if (status.IsOk()) status = ChooseTarget(options, target);
+    if (!status.IsOk()) return Refuse(status.Error());
     const int standardOutput =
-        platform::RedirectStdout(settings.keywordHelpWanted ? platform::ModuleOutput::kToStandardError
-                                                            : platform::ModuleOutput::kDropped);
+        platform::RedirectStdout(settings.wantsKeywordHelp ? platform::ModuleOutput::kToStandardError
+                                                           : platform::ModuleOutput::kDropped);
     if (standardOutput < 0) return Refuse(std::string("standard output: ") + std::strerror(errno));
     if (options.target == "-") target.descriptor = standardOutput;
 
-    const PIDMMainFunction entryPoint = LoadModule(options.module.modulePath, complaint);
-    if (entryPoint == nullptr) {
-        PrintMessage("mqam load: the module cannot be loaded: " + complaint + "\n");
+    PIDMMainFunction entryPoint = nullptr;
+    status = LoadModule(options.module.modulePath, entryPoint);
+    if (!status.IsOk()) {
+        PrintMessage("mqam load: " + status.Error() + "\n");
         return kExitModuleMissing;
     }
     WatchInterrupts(kExitStoppedAtOnce);

@@ -97,7 +97,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         ->check(CLI::Range(1, 2147483647).description(""))
         ->group(kRestartGroup);
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
-    command.add_flag(kReceiptOption, options.workerMeetsReceipt, "")->group("");
+    command.add_flag(kReceiptOption, options.workerCompletedBefore, "")->group("");
     command.add_flag(kFollowsEndOption, options.workerFollowsEnd, "")->group("");
 }
 
@@ -135,13 +135,12 @@ bool IsRestartable(const LoadOptions& options) {
     return !options.restartFile.empty() || FindTargetKind(options.target).keepsRestartState;
 }
 
-bool ComposeAttributes(const LoadOptions& options,
-                       std::vector<std::pair<std::string, std::string>>& attributes, std::string& complaint) {
+Status ComposeAttributes(const LoadOptions& options,
+                         std::vector<std::pair<std::string, std::string>>& attributes) {
     for (const std::string& item : options.attributes) {
         const std::size_t equals = item.find('=');
         if (equals == std::string::npos || equals == 0 || equals > MQAMOD_ATTRIBUTE_NAME_BYTES) {
-            complaint = "--attribute: '" + item + "' is not of the form NAME=VALUE";
-            return false;
+            return Status::Refused("--attribute: '" + item + "' is not of the form NAME=VALUE");
         }
         attributes.emplace_back(item.substr(0, equals), item.substr(equals + 1));
     }
@@ -149,7 +148,7 @@ bool ComposeAttributes(const LoadOptions& options,
         attributes.emplace_back("TIMEOUT_SECONDS", std::to_string(options.timeoutSeconds));
     }
     if (options.preserve) attributes.emplace_back("PRESERVE_RESTART_INFO", "YES");
-    return true;
+    return {};
 }
 
 LoadObserver MakeObserver(const LoadOptions& options) {

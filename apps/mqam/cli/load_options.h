@@ -1,5 +1,5 @@
-// What `mqam load` can be told, and what both kinds of load make of it: the one that is restarted from its
-// beginning and the one that goes on where it stopped.
+// The options of `mqam load`, and what both kinds of load make of them: the plain load, and the one that is resumed where
+// it stopped.
 #pragma once
 
 #include <cstdint>
@@ -35,11 +35,13 @@ struct LoadOptions {
     std::string restartFile;
     RestartPolicy restart = RestartPolicy::kAuto;
     std::uint64_t retryForSeconds = 0;
-    std::int64_t workerSince =
-        -1;  ///< hidden; not negative: this process is a worker of the command begun then
-    bool workerMeetsReceipt = false;  ///< hidden; a load that is over was so before the command
-    bool workerFollowsEnd =
-        false;  ///< hidden; the worker before has just waited for messages the whole interval
+
+    // The hidden options of a worker process; see worker.h.
+    std::int64_t workerSince = -1;  ///< when the command started, if this process is a worker; else negative
+    bool workerCompletedBefore =
+        false;                      ///< a load found complete was already complete before the command started
+    bool workerFollowsEnd = false;  ///< the previous worker has just waited for the whole read wait interval
+
     bool verbose = false;
     bool quiet = false;
 };
@@ -47,19 +49,19 @@ struct LoadOptions {
 /// Adds every option to the command. `options` must outlive the parsing.
 void AddLoadOptions(CLI::App& command, LoadOptions& options);
 
-/// Whether the load keeps restart information, and so goes on where it stopped.
+/// Whether the load keeps restart information, so that it can be resumed.
 [[nodiscard]] bool IsRestartable(const LoadOptions& options);
 
-/// Makes name and value of each --attribute, and of the options that stand for one. Returns false with a
-/// complaint for one that has another form.
-[[nodiscard]] bool ComposeAttributes(const LoadOptions& options,
-                                     std::vector<std::pair<std::string, std::string>>& attributes,
-                                     std::string& complaint);
+/// Makes name and value of each --attribute, and of the options that stand for an attribute. Refuses an --attribute of
+/// another form than NAME=VALUE.
+Status ComposeAttributes(const LoadOptions& options,
+                         std::vector<std::pair<std::string, std::string>>& attributes);
 
-/// What is told while a life runs, as wordy as the user wants it.
+/// Makes the observer that prints what the load reports, in as much detail as the user asked for.
 [[nodiscard]] LoadObserver MakeObserver(const LoadOptions& options);
 
-/// How progress is to be shown. `recordsOnScreen`: the records themselves go to the user's terminal.
+/// Chooses how progress is shown.
+///   recordsOnScreen  whether the records themselves go to the user's terminal
 [[nodiscard]] ProgressStyle ChooseProgressStyle(const LoadOptions& options, bool recordsOnScreen);
 
 }  // namespace mqam

@@ -14,21 +14,23 @@ namespace {
 
 constexpr std::uint64_t kCheckpointEveryByDefault = 1000;
 
-// Returns what speaks against the combination of options, or an empty string.
-std::string FindContradiction(const LoadOptions& options) {
+// Refuses options that do not go together.
+Status CheckOptions(const LoadOptions& options) {
     if (options.preserve) {
-        return "--preserve does not go with restart information: the checkpoint file stays until the load "
-               "is done, and is of no use after that";
+        return Status::Refused(
+            "--preserve does not go with restart information: the checkpoint file stays until the load is done, and "
+            "is of no use after that");
     }
     if (WasKeywordGiven(options.module, "HELP")) {
-        return "--keyword-help does not go with restart information: `mqam check` with it shows the help";
+        return Status::Refused(
+            "--keyword-help does not go with restart information: `mqam check` with it shows the help");
     }
     for (const std::string& attribute : options.attributes) {
         if (attribute.starts_with("PRESERVE_RESTART_INFO=")) {
-            return "--attribute PRESERVE_RESTART_INFO is put by the load itself";
+            return Status::Refused("--attribute PRESERVE_RESTART_INFO is put by the load itself");
         }
     }
-    return "";
+    return {};
 }
 
 TargetRequest RequestOf(const LoadOptions& options) {
@@ -44,30 +46,35 @@ Status MakeTarget(const LoadOptions& options, std::unique_ptr<Target>& target) {
     return checked.IsOk() ? kind.make(request, target) : checked;
 }
 
+// Checks the options and makes of them the target and the settings of an attempt.
+Status Compose(const LoadOptions& options, std::unique_ptr<Target>& target, AttemptSettings& settings) {
+    Status status = CheckOptions(options);
+    if (status.IsOk()) status = MakeTarget(options, target);
+    if (status.IsOk()) status = CheckPathConflicts(target->Files());
+    if (status.IsOk()) status = ComposeInitString(options.module, settings.initString);
+    if (status.IsOk()) status = ComposeAttributes(options, settings.attributes);
+    return status;
+}
+
 }  // namespace
 
 int RunRestartableLoad(const LoadOptions& options) {
-    std::string complaint = FindContradiction(options);
     std::unique_ptr<Target> target;
-    if (complaint.empty()) complaint = MakeTarget(options, target).Error();
     WorkerSettings worker;
     AttemptSettings& settings = worker.attempt;
-    if (target != nullptr) complaint = CheckPathConflicts(target->Files()).Error();
-    if (complaint.empty() && ComposeInitString(options.module, settings.initString, complaint)) {
-        static_cast<void>(ComposeAttributes(options, settings.attributes, complaint));
-    }
-    if (!complaint.empty()) {
-        PrintMessage("mqam load: " + complaint + "\n");
+    const Status composed = Compose(options, target, settings);
+    if (!composed.IsOk()) {
+        PrintMessage("mqam load: " + composed.Error() + "\n");
         return kExitNotStarted;
     }
-    // Exclusive, so that no life begins before the queue manager has put back what the one before had got.
+    // With an exclusive open, no attempt begins before the queue manager has put back the messages of the previous one.
     settings.initString += " -MQEX";
     settings.checkpointEveryRecords = options.checkpointEvery;
     settings.checkpointEverySeconds = options.checkpointSeconds;
     if (options.checkpointEvery == 0 && options.checkpointSeconds == 0) {
         settings.checkpointEveryRecords = kCheckpointEveryByDefault;
     }
-    settings.completedBefore = options.workerMeetsReceipt;
+    settings.completedBefore = options.workerCompletedBefore;
     settings.followsEnd = options.workerFollowsEnd;
     settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;
     if (options.workerSince < 0) {

@@ -5,8 +5,8 @@
 
 namespace mqam {
 
-/// Runs the load that the options ask for, as the command or as one of its workers. Returns the exit code. A
-/// worker does not come back: it ends the process.
+/// Runs the load that the options ask for, as the command or as one of its workers. Returns the exit code. A worker does not
+/// return: it ends the process.
 [[nodiscard]] int RunRestartableLoad(const LoadOptions& options);
 
 }  // namespace mqam

@@ -13,47 +13,47 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Everything that one life carries along.
-struct Life {
+// Everything that one load works with.
+struct PlainLoad {
     ModuleSession session;
     const PlainLoadSettings& settings;
     RecordSink& sink;
     const LoadObserver& observer;
     ProgressCounters& counters;
-    PlainLoadResult outcome;
+    PlainLoadResult result;
     StartupReport report;
     std::vector<char> buffer;
 };
 
-bool FailModule(Life& life, bool mustEndProcess) {
-    life.outcome.end = PlainLoadEnd::kModuleFailed;
-    life.outcome.moduleFailure = life.session.LastFailure();
-    life.outcome.mustEndProcess = mustEndProcess;
+bool FailModule(PlainLoad& load, bool mustEndProcess) {
+    load.result.end = PlainLoadEnd::kModuleFailed;
+    load.result.moduleFailure = load.session.LastFailure();
+    load.result.mustEndProcess = mustEndProcess;
     return false;
 }
 
-bool FailTarget(Life& life, const Status& failed) {
-    life.outcome.end = PlainLoadEnd::kTargetFailed;
-    life.outcome.targetFailure = failed.Error();
-    life.outcome.mustEndProcess = true;
+bool FailTarget(PlainLoad& load, const Status& failed) {
+    load.result.end = PlainLoadEnd::kTargetFailed;
+    load.result.targetFailure = failed.Error();
+    load.result.mustEndProcess = true;
     return false;
 }
 
-bool Refuse(Life& life, const std::string& error) {
-    life.outcome.end = PlainLoadEnd::kNotStarted;
-    life.outcome.refusal = error;
+bool Refuse(PlainLoad& load, const std::string& error) {
+    load.result.end = PlainLoadEnd::kNotStarted;
+    load.result.refusal = error;
     return false;
 }
 
-void PassNotice(Life& life) {
-    const std::string text = life.session.TakeNewText();
-    if (!text.empty() && life.observer.notice) life.observer.notice(text);
+void ReportNotice(PlainLoad& load) {
+    const std::string text = load.session.TakeNewText();
+    if (!text.empty() && load.observer.notice) load.observer.notice(text);
 }
 
-// Returns the path of a file that an earlier load left and that this one would destroy, or an empty string.
-// Records in a checkpoint file are nowhere else: the first checkpoint would empty it, and Close delete it. A
-// log is overwritten from its beginning and deleted at Close. Even an empty checkpoint file tells of a load
-// that did not finish; an empty log tells nothing.
+// Returns the path of a file that an earlier load left and that this one would destroy, or an empty string. The records
+// in a checkpoint file are nowhere else: the first checkpoint would empty the file, and Close would delete it. A log is
+// overwritten from its beginning and deleted at Close. Even an empty checkpoint file means that a load did not finish; an
+// empty log means nothing.
 std::string FindRemains(const StartupReport& report) {
     if (!report.checkpointFile.empty() &&
         platform::ProbePath(report.checkpointFile) != platform::PathKind::kMissing) {
@@ -67,89 +67,89 @@ std::string FindRemains(const StartupReport& report) {
     return "";
 }
 
-bool Prepare(Life& life) {
-    if (life.session.Init(life.settings.initString) != pmrcOK) return FailModule(life, false);
-    if (FetchReport(life.session, life.settings.keywordHelpWanted, life.report) != pmrcOK) {
-        return FailModule(life, false);
+bool Prepare(PlainLoad& load) {
+    if (load.session.Init(load.settings.initString) != pmrcOK) return FailModule(load, false);
+    if (FetchReport(load.session, load.settings.wantsKeywordHelp, load.report) != pmrcOK) {
+        return FailModule(load, false);
     }
-    if (life.observer.report) life.observer.report(life.report);
+    if (load.observer.report) load.observer.report(load.report);
 
-    if (!life.report.truncatedParameter.empty()) return Refuse(life, DescribeTruncation(life.report));
-    const std::string remains = FindRemains(life.report);
+    if (!load.report.truncatedParameter.empty()) return Refuse(load, DescribeTruncation(load.report));
+    const std::string remains = FindRemains(load.report);
     if (!remains.empty()) {
         return Refuse(
-            life, remains +
+            load, remains +
                       " exists: as the checkpoint file or log of an earlier load it may hold the only copy "
                       "of records, and this load would destroy it. Move it away, or delete it once that "
                       "load is finished");
     }
-    for (const auto& [name, value] : life.settings.attributes) {
-        if (life.session.PutAttribute(name, value) != pmrcOK) return FailModule(life, false);
+    for (const auto& [name, value] : load.settings.attributes) {
+        if (load.session.PutAttribute(name, value) != pmrcOK) return FailModule(load, false);
     }
     return true;
 }
 
-bool TakeCheckpoint(Life& life) {
+bool TakeCheckpoint(PlainLoad& load) {
     PositionData position{};
-    if (life.session.GetPos(position) != pmrcOK) return FailModule(life, true);
-    const Status saved = life.sink.Save();
-    if (!saved.IsOk()) return FailTarget(life, saved);
-    if (life.observer.checkpoint) life.observer.checkpoint(position);
+    if (load.session.GetPos(position) != pmrcOK) return FailModule(load, true);
+    const Status saved = load.sink.Save();
+    if (!saved.IsOk()) return FailTarget(load, saved);
+    if (load.observer.checkpoint) load.observer.checkpoint(position);
     return true;
 }
 
-bool OpenInput(Life& life) {
+bool OpenInput(PlainLoad& load) {
     std::uint32_t maxRecordBytes = 0;
-    if (life.session.Open(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK) return FailModule(life, true);
-    PassNotice(life);
-    life.buffer.resize(maxRecordBytes);
-    const Status opened = life.sink.Open();
-    if (!opened.IsOk()) return FailTarget(life, opened);
-    life.outcome.targetWasOpened = true;
-    return life.settings.checkpointEveryRecords == 0 || TakeCheckpoint(life);
+    if (load.session.Open(MQAMOD_OPEN_FOR_READING, maxRecordBytes) != pmrcOK) return FailModule(load, true);
+    ReportNotice(load);
+    load.buffer.resize(maxRecordBytes);
+    const Status opened = load.sink.Open();
+    if (!opened.IsOk()) return FailTarget(load, opened);
+    load.result.targetWasOpened = true;
+    return load.settings.checkpointEveryRecords == 0 || TakeCheckpoint(load);
 }
 
-// The end of a queue never comes before the read wait interval has passed; an empty message, a repeated one,
-// MQ's limit or an MQGET that failed without data does.
-bool CameEarly(const Life& life, Clock::duration waited) {
-    return !life.report.readWait || waited < *life.report.readWait;
+// An empty queue never ends the input before the read wait interval has passed; an empty message, a duplicate, MQ's
+// limit of uncommitted messages, or an MQGET that failed without data does.
+bool EndedEarly(const PlainLoad& load, Clock::duration waited) {
+    return !load.report.readWait || waited < *load.report.readWait;
 }
 
-bool ReadInput(Life& life) {
+bool ReadInput(PlainLoad& load) {
     std::uint64_t sinceCheckpoint = 0;
     bool stopPassedOn = false;
     const Clock::time_point firstRead = Clock::now();
     Clock::time_point lastRecord = firstRead;
     for (;;) {
-        if (!stopPassedOn && life.observer.stopWanted && life.observer.stopWanted()) {
-            if (life.session.PutAttribute("GEN_EOF", "") != pmrcOK) return FailModule(life, true);
+        if (!stopPassedOn && load.observer.stopWanted && load.observer.stopWanted()) {
+            if (load.session.PutAttribute("GEN_EOF", "") != pmrcOK) return FailModule(load, true);
             stopPassedOn = true;
         }
         const Clock::time_point start = Clock::now();
         std::uint32_t length = 0;
-        const ReturnCode code = life.session.Read(life.buffer.data(), length);
-        life.outcome.secondsToLastRecord = std::chrono::duration<double>(lastRecord - firstRead).count();
+        const ReturnCode code = load.session.Read(load.buffer.data(), length);
+        load.result.secondsToLastRecord = std::chrono::duration<double>(lastRecord - firstRead).count();
         if (code == pmrcEOF) {
-            const bool early = CameEarly(life, Clock::now() - start);
-            life.outcome.end = early ? PlainLoadEnd::kEndedEarly : PlainLoadEnd::kEndOfInput;
-            if (stopPassedOn) life.outcome.end = PlainLoadEnd::kInterrupted;
+            const bool early = EndedEarly(load, Clock::now() - start);
+            load.result.end = early ? PlainLoadEnd::kEndedEarly : PlainLoadEnd::kEndOfInput;
+            if (stopPassedOn) load.result.end = PlainLoadEnd::kInterrupted;
             return true;
         }
         if (code == pmrcTimeout) {
-            life.outcome.end = PlainLoadEnd::kTimeout;
+            load.result.end = PlainLoadEnd::kTimeout;
             return true;
         }
-        if (code != pmrcOK) return FailModule(life, true);
-        PassNotice(life);
-        const Status put = life.sink.Put(life.buffer.data(), length);
-        if (!put.IsOk()) return FailTarget(life, put);
+        if (code != pmrcOK) return FailModule(load, true);
+        ReportNotice(load);
+        const Status put = load.sink.Put(load.buffer.data(), length);
+        if (!put.IsOk()) return FailTarget(load, put);
         lastRecord = Clock::now();
-        ++life.outcome.records;
-        life.outcome.bytes += length;
-        life.counters.records.store(life.outcome.records, std::memory_order_relaxed);
-        life.counters.bytes.store(life.outcome.bytes, std::memory_order_relaxed);
-        if (++sinceCheckpoint == life.settings.checkpointEveryRecords) {
-            if (!TakeCheckpoint(life)) return false;
+        ++load.result.records;
+        load.result.bytes += length;
+        load.counters.records.store(load.result.records, std::memory_order_relaxed);
+        load.counters.bytes.store(load.result.bytes, std::memory_order_relaxed);
+        if (++sinceCheckpoint == load.settings.checkpointEveryRecords) {
+            if (!TakeCheckpoint(load)) return false;
             sinceCheckpoint = 0;
         }
     }
@@ -159,25 +159,24 @@ bool ReadInput(Life& life) {
 
 PlainLoadResult RunPlainLoad(PIDMMainFunction entryPoint, const PlainLoadSettings& settings, RecordSink& sink,
                              const LoadObserver& observer, ProgressCounters& counters) {
-    Life life{ModuleSession(entryPoint), settings, sink, observer, counters, {}, {}, {}};
-    if (!Prepare(life)) {
-        // Nothing is open yet, so Shut has nothing to commit or delete; its own outcome changes nothing.
-        static_cast<void>(life.session.Shut());
-        return life.outcome;
+    PlainLoad load{ModuleSession(entryPoint), settings, sink, observer, counters, {}, {}, {}};
+    if (!Prepare(load)) {
+        // Nothing is open yet, so Shut has nothing to commit or delete, and its own result does not matter.
+        static_cast<void>(load.session.Shut());
+        return load.result;
     }
-    const bool reachedTheEnd = OpenInput(life) && ReadInput(life);
-    if (life.outcome.targetWasOpened && life.outcome.end != PlainLoadEnd::kTargetFailed) {
+    const bool reachedTheEnd = OpenInput(load) && ReadInput(load);
+    if (load.result.targetWasOpened && load.result.end != PlainLoadEnd::kTargetFailed) {
         const Status finished = sink.Finish();
-        if (!finished.IsOk()) FailTarget(life, finished);
+        if (!finished.IsOk()) FailTarget(load, finished);
     }
-    if (!reachedTheEnd || life.outcome.end == PlainLoadEnd::kTargetFailed) return life.outcome;
-    // The input has ended and the target is complete: a failure from here on does not change how the input
-    // ended.
-    if (life.session.Close() != pmrcOK) life.outcome.moduleFailure = life.session.LastFailure();
-    if (life.session.Shut() != pmrcOK && life.outcome.moduleFailure.code == pmrcOK) {
-        life.outcome.moduleFailure = life.session.LastFailure();
+    if (!reachedTheEnd || load.result.end == PlainLoadEnd::kTargetFailed) return load.result;
+    // The input has ended and the target is complete: a later failure does not change how the input ended.
+    if (load.session.Close() != pmrcOK) load.result.moduleFailure = load.session.LastFailure();
+    if (load.session.Shut() != pmrcOK && load.result.moduleFailure.code == pmrcOK) {
+        load.result.moduleFailure = load.session.LastFailure();
     }
-    return life.outcome;
+    return load.result;
 }
 
 }  // namespace mqam

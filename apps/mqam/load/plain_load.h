@@ -1,15 +1,14 @@
-// One life of the module: Init, Open, Reads to the end of the input, Close, Shut. The module's state belongs
-// to the process, so a process lives at most one of them.
+// A load without restart information: Init, Open, Reads to the end of the input, Close, Shut. The module's state belongs
+// to the process, so a process runs at most one load.
 //
 // What the order of calls protects:
-// - The target is on the medium before Close, because Close deletes the checkpoint file and the log.
-// - A checkpoint is asked for right after Open, before the first Read: what was read before the first
-// checkpoint is
-//   kept nowhere. Later ones are asked for only when records came since the last one, and the target is on
-//   the medium before the Read that carries the checkpoint out.
-// - After a failed Open, Read or GetPos, or a target that failed, neither Close nor Shut is called: they
-//   disconnect, which commits messages that were never delivered, and they delete the files that hold the
-//   rest. The process has to end at once instead; then MQ backs out.
+// - The target is synced to disk before Close, because Close deletes the checkpoint file and the log.
+// - The first checkpoint is requested right after Open, before the first Read, because what is read before the first
+//   checkpoint is kept nowhere. Later ones are requested only if records have come since the last one, and the target is
+//   synced before the Read that carries the checkpoint out.
+// - After an Open, Read or GetPos that failed, or a failure of the target, neither Close nor Shut is called: they
+//   disconnect, which commits messages that were never delivered, and they delete the files that contain the rest. The
+//   process has to end immediately instead; MQ then backs out.
 #pragma once
 
 #include <cstdint>
@@ -27,15 +26,14 @@ namespace mqam {
 
 struct PlainLoadSettings {
     std::string initString;
-    std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in order
+    std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = no checkpoints
-    bool keywordHelpWanted =
-        false;  ///< have the module print its help on standard output before anything else
+    bool wantsKeywordHelp = false;  ///< have the module print its help on standard output first
 };
 
 enum class PlainLoadEnd {
     kEndOfInput,
-    kEndedEarly,    ///< the module told the end of the input before the read wait interval had passed
+    kEndedEarly,    ///< the input ended before the read wait interval had passed
     kInterrupted,   ///< stopWanted said so
     kTimeout,       ///< the module's time-out expired
     kNotStarted,    ///< see refusal; nothing was opened
@@ -47,20 +45,20 @@ struct PlainLoadResult {
     PlainLoadEnd end = PlainLoadEnd::kEndOfInput;
     std::uint64_t records = 0;  ///< put into the target
     std::uint64_t bytes = 0;
-    double secondsToLastRecord =
-        0;  ///< from the first Read to the last record: the wait at the end is not in it
+    double secondsToLastRecord = 0;  ///< from the first Read to the last record, without the wait at the end
     bool targetWasOpened = false;
-    /// Neither Close nor Shut was called and the process must end without further ado.
+    /// Neither Close nor Shut was called, and the process must end immediately.
     bool mustEndProcess = false;
-    ModuleFailure moduleFailure;  ///< code not pmrcOK = a request failed; Close or Shut may, whatever the end
+    /// The request that failed, if its code is not pmrcOK. Close or Shut may fail after any end.
+    ModuleFailure moduleFailure;
     std::string targetFailure;
     std::string refusal;  ///< with kNotStarted: the error message
 };
 
-/// Lives one life.
+/// Runs the load.
 ///   entryPoint  in      the loaded module
-///   sink        in/out  opened after the module's Open; finished whatever ended the life, unless it failed
-///   itself counters    out     counted while the life runs
+///   sink        in/out  opened after the module's Open; finished whatever ended the load, unless it failed itself
+///   counters    out     counted while the load runs
 [[nodiscard]] PlainLoadResult RunPlainLoad(PIDMMainFunction entryPoint, const PlainLoadSettings& settings,
                                            RecordSink& sink, const LoadObserver& observer,
                                            ProgressCounters& counters);

@@ -15,7 +15,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::seconds;
 
-// Waits, but not for a user who wants an end. Returns false for that.
+// Sleeps for `duration` unless the user interrupts; returns false if the user does.
 bool Pause(seconds duration) {
     const auto end = Clock::now() + duration;
     while (Clock::now() < end && !platform::InterruptForwarded())
@@ -25,7 +25,7 @@ bool Pause(seconds duration) {
 
 }  // namespace
 
-bool IsReceiptOfBefore(const Retries& retries) {
+bool IsEarlierCompletionMarker(const Retries& retries) {
     return IsOver(retries.atBegin) && retries.seen && retries.seen->begun == retries.atBegin->begun;
 }
 
@@ -35,13 +35,13 @@ Status ReadFirstState(Target& target, Retries& retries) {
     return retries.lastRead;
 }
 
-void NoteProgress(Target& target, Retries& retries, Clock::duration lifeLasted) {
+void NoteProgress(Target& target, Retries& retries, Clock::duration duration) {
     std::optional<RestartState> state;
     retries.lastRead = target.LoadState(state);
     if (!retries.lastRead.IsOk() || !state) return;
     const bool progress = !retries.seen || state->records != retries.seen->records ||
                           state->phase != retries.seen->phase ||
-                          (state->attempts != retries.seen->attempts && lifeLasted > kLongestPause);
+                          (state->attempts != retries.seen->attempts && duration > kLongestPause);
     retries.seen = state;
     if (!progress) return;
     retries.pause = kFirstPause;
@@ -60,7 +60,7 @@ bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries) {
     }
     const seconds pause = std::min(retries.pause, std::chrono::ceil<seconds>(end - now));
     ++retries.attempts;
-    const bool isOfThisLoad = retries.seen && !IsReceiptOfBefore(retries);
+    const bool isOfThisLoad = retries.seen && !IsEarlierCompletionMarker(retries);
     const std::string loaded =
         retries.lastRead.IsOk()
             ? "; " + FormatRecordsThatAre(isOfThisLoad ? retries.seen->records : 0) + " loaded"

@@ -1,4 +1,4 @@
-// How often and how long a command tries again what failed in a way that time may heal (--retry-for).
+// How often and for how long a command retries after a failure that may be transient (--retry-for).
 #pragma once
 
 #include <chrono>
@@ -13,28 +13,30 @@ inline constexpr std::chrono::seconds kFirstPause{1};
 inline constexpr std::chrono::seconds kLongestPause{60};
 
 struct Retries {
-    std::optional<RestartState> atBegin;                 ///< the state that the command found
-    std::optional<RestartState> seen;                    ///< the state as last read; none stored yet
-    Status lastRead;                                     ///< how the most recent read of the state ended
-    std::chrono::steady_clock::time_point failingSince;  ///< the first failure behind the last progress
+    std::optional<RestartState> atBegin;  ///< the state that the command found
+    std::optional<RestartState> seen;     ///< the state as last read; none if nothing is stored yet
+    Status lastRead;                      ///< how the most recent read of the state ended
+    std::chrono::steady_clock::time_point failingSince;  ///< the first failure since the last progress
     std::chrono::seconds pause = kFirstPause;            ///< before the next attempt
-    int attempts = 0;                                    ///< since then
+    int attempts = 0;                                    ///< since the first failure
 };
 
-/// Whether the load before this one is over, and this one has stored nothing yet.
-[[nodiscard]] bool IsReceiptOfBefore(const Retries& retries);
+/// Whether the state is the completion marker of an earlier load, because this one has not stored anything yet.
+[[nodiscard]] bool IsEarlierCompletionMarker(const Retries& retries);
 
-/// Reads the state that the command finds, before its first life. Returns false when that fails.
+/// Reads the state that the command finds, before its first attempt.
 Status ReadFirstState(Target& target, Retries& retries);
 
-/// Reads the state after a life; when the load has got on, its attempts count anew.
-///   lifeLasted  how long the life took. One that connected and then waited for records for long has got on,
-///               too, though none came.
-void NoteProgress(Target& target, Retries& retries, std::chrono::steady_clock::duration lifeLasted);
+/// Reads the state after an attempt, with the result in `lastRead`. If the load has made progress, its retries count
+/// from the beginning again.
+///   duration  how long the attempt took. One that connected and then waited a long time for records has made progress
+///             too, even if none came.
+void NoteProgress(Target& target, Retries& retries, std::chrono::steady_clock::duration duration);
 
-/// Tells of the next attempt and waits for it, each time longer. The last one is made when the time is over.
-///   retryForSeconds  0 = the user did not ask for attempts
-/// Returns false when there is none: not asked for, no time left (which is told), or the user wants an end.
+/// Announces the next attempt and waits for it, longer each time. The last attempt is made when the time is over.
+///   retryForSeconds  0 = the user did not ask for retries
+/// Returns false if there is no next attempt: the user did not ask for one, no time is left (which is reported), or the
+/// user interrupts.
 [[nodiscard]] bool WaitForNextAttempt(std::uint64_t retryForSeconds, Retries& retries);
 
 }  // namespace mqam

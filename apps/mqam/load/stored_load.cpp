@@ -29,57 +29,51 @@ bool ReadBody(const std::string& path, const ScannedRecord& record, std::vector<
            mqamod::ReadRecordBody(stream.get(), body.data(), record.length).complete;
 }
 
-bool Complain(std::string& reason, const std::string& words) {
-    reason = words;
-    return false;
-}
-
 }  // namespace
 
-bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath, RestartState& state,
-                     std::string& reason) {
+Status ReadStateOfLoad(const std::string& place, const std::string& checkpointPath, RestartState& state) {
     std::optional<RestartState> stored;
-    const TargetKind& kind = FindTargetKind(restartFile);
-    const Status read = kind.readState(restartFile, stored);
-    if (!read.IsOk()) return Complain(reason, read.Error());
-    const std::string what = std::string(kind.stateNoun) + " " + restartFile;
-    if (!stored) return Complain(reason, what + " is missing");
+    const TargetKind& kind = FindTargetKind(place);
+    const Status read = kind.readState(place, stored);
+    if (!read.IsOk()) return read;
+    const std::string what = std::string(kind.stateNoun) + " " + place;
+    if (!stored) return Status::Refused(what + " is missing");
     state = *stored;
     if (state.checkpointFile != platform::AbsolutePath(checkpointPath)) {
-        return Complain(reason, what + " belongs to the load with checkpoint file " + state.checkpointFile +
-                                    ", not " + platform::AbsolutePath(checkpointPath) +
-                                    (state.position ? "; to look at a copy of that file give --position " +
-                                                          FormatPosition(*state.position)
-                                                    : ""));
+        return Status::Refused(what + " belongs to the load with checkpoint file " + state.checkpointFile +
+                               ", not " + platform::AbsolutePath(checkpointPath) +
+                               (state.position ? "; to examine a copy of that file give --position " +
+                                                     FormatPosition(*state.position)
+                                               : ""));
     }
     if (state.phase != LoadPhase::kLoading) {
-        return Complain(reason, "the load of " + what + " is over: every record is in " + state.target +
-                                    ", and no checkpoint file belongs to it any more");
+        return Status::Refused("the load of " + what + " is over: every record is in " + state.target +
+                               ", and no checkpoint file belongs to it any more");
     }
-    return true;
+    return {};
 }
 
-std::string FindForeignRecord(const std::string& checkpointPath, const RestartState& state,
-                              std::uint64_t maxRecordBytes) {
+Status CheckFirstRecord(const std::string& checkpointPath, const RestartState& state,
+                        std::uint64_t maxRecordBytes) {
     const std::vector<std::string> temporaries = FindTemporaryFiles(checkpointPath);
-    const CheckpointScan facts = ScanForStart(checkpointPath, temporaries, maxRecordBytes);
-    const StartDecision decision = DecideStart(checkpointPath, state.position, facts, temporaries);
-    if (decision.action != StartAction::kReplay || !decision.firstRecordIsRepeat) return "";
-    // The module, too, looks for the offset only in the file of the checkpoint before.
-    const bool fromBeginning = facts.sequence == decision.position.CkPtSeq;
+    const CheckpointScan scan = ScanForStart(checkpointPath, temporaries, maxRecordBytes);
+    const StartDecision decision = DecideStart(checkpointPath, state.position, scan, temporaries);
+    if (decision.action != StartAction::kReplay || !decision.firstRecordIsRepeat) return {};
+    // Like the module, use the offset only in the file of the previous checkpoint.
+    const bool fromBeginning = scan.sequence == decision.position.CkPtSeq;
     const auto offset = static_cast<std::uint64_t>(decision.position.CkPtOffset);
     const auto first =
-        std::find_if(facts.records.begin(), facts.records.end(),
+        std::find_if(scan.records.begin(), scan.records.end(),
                      [&](const ScannedRecord& record) { return fromBeginning || record.offset == offset; });
     std::vector<char> body;
-    if (first == facts.records.end() || !ReadBody(facts.path, *first, body)) return "";
+    if (first == scan.records.end() || !ReadBody(scan.path, *first, body)) return {};
     if (body.size() == state.lastRecordLength &&
         DigestOf(body.data(), body.size()) == state.lastRecordDigest) {
-        return "";
+        return {};
     }
-    return "the record at offset " + std::to_string(first->offset) + " of " + facts.path +
-           " is not the last one loaded: the checkpoint file or the restart file is another load's or a "
-           "backup; restore the right file";
+    return Status::Refused("the record at offset " + std::to_string(first->offset) + " of " + scan.path +
+                           " is not the last one loaded: the checkpoint file or the restart file is another "
+                           "load's or a backup; restore the right file");
 }
 
 }  // namespace mqam

@@ -1,23 +1,22 @@
-// A checkpoint file in the light of the restart information of its load.
+// What is stored about the load that a checkpoint file belongs to, for the commands that show and repair such files.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "mqam/base/status.h"
 #include "mqam/target/restart_state.h"
 
 namespace mqam {
 
-/// Reads the restart information of the unfinished load that the checkpoint file belongs to. Returns false
-/// with the reason: it is missing, damaged, of another load, or its load is complete.
-///   restartFile  the restart file, or the name of a SQLite target
-[[nodiscard]] bool ReadStateOfLoad(const std::string& restartFile, const std::string& checkpointPath,
-                                   RestartState& state, std::string& reason);
+/// Reads the restart information of the unfinished load that the checkpoint file belongs to. It is an error if the
+/// information is missing or damaged, if it belongs to another load, or if its load is complete.
+///   place  the restart file, or the name of a target that keeps its state itself
+Status ReadStateOfLoad(const std::string& place, const std::string& checkpointPath, RestartState& state);
 
-/// Returns the state's complaint about the record that a restart would be given first, or an empty string: it
-/// must be the last one loaded.
+/// Checks the record that a restart would read first: it must be the last one loaded.
 ///   maxRecordBytes  the BKSZ of the load
-[[nodiscard]] std::string FindForeignRecord(const std::string& checkpointPath, const RestartState& state,
-                                            std::uint64_t maxRecordBytes);
+Status CheckFirstRecord(const std::string& checkpointPath, const RestartState& state,
+                        std::uint64_t maxRecordBytes);
 
 }  // namespace mqam

@@ -37,7 +37,7 @@ std::string DescribeWhatIsSafe(const Retries& retries) {
         return FormatRecordsThatAre(retries.seen->records) + " in " + retries.seen->target +
                "; what was read behind them is in " + retries.seen->checkpointFile + " or back on the queue";
     }
-    if (IsOver(retries.seen) && !IsReceiptOfBefore(retries)) {
+    if (IsOver(retries.seen) && !IsEarlierCompletionMarker(retries)) {
         return "every record is in " + retries.seen->target;
     }
     return "nothing was loaded: every message is on the queue";
@@ -204,7 +204,7 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
     for (;;) {
         if (platform::InterruptForwarded()) return EndOnRequest(retries);
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
-        if (IsReceiptOfBefore(retries)) arguments.push_back(kReceiptOption);
+        if (IsEarlierCompletionMarker(retries)) arguments.push_back(kReceiptOption);
         if (followsEnd) arguments.push_back(kFollowsEndOption);
         const WorkerEnd end = RunOneAttempt(target, arguments, retries);
         // A life that follows an end waits only a moment: behind it the whole interval counts again.

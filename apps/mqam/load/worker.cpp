@@ -68,11 +68,9 @@ std::string DescribeReceipt(const RestartState& state, const Target& target) {
     if (platform::RedirectStdout(platform::ModuleOutput::kDropped) < 0) {
         EndWorker(kWorkerRefused, std::string("standard output: ") + std::strerror(errno) + "\n");
     }
-    std::string reason;
-    const PIDMMainFunction entryPoint = LoadModule(settings.modulePath, reason);
-    if (entryPoint == nullptr) {
-        EndWorker(kExitModuleMissing, "the module cannot be loaded: " + reason + "\n");
-    }
+    PIDMMainFunction entryPoint = nullptr;
+    const Status loaded = LoadModule(settings.modulePath, entryPoint);
+    if (!loaded.IsOk()) EndWorker(kExitModuleMissing, loaded.Error() + "\n");
     WatchInterrupts(platform::MarkExitCode(kExitStoppedAtOnce));
     ProgressCounters counters;
     counters.secondsBefore = SecondsSince(settings.commandStartedMs);

@@ -1,8 +1,8 @@
-// Takes the module's error text apart, so that an operator reads its pieces on lines of their own.
+// Splits the module's error text into its parts, so that an operator can read each on a line of its own.
 //
 // The text has no separators: "<module>/<function>(<severity>).  --ERROR: <message>--Failing function: <call>
 // --Error occured while processing <file kind>--Reason: <reason>." with the last two pairs optional. Messages
-// quote names and paths that users choose, so the labels are looked for from the end of the text.
+// quote names and paths that users choose, so the labels are searched for from the end of the text.
 #pragma once
 
 #include <string>
@@ -12,17 +12,17 @@ namespace mqam {
 
 struct ErrorText {
     std::string module;
-    std::string function;     ///< the module's routine that reported
+    std::string function;     ///< the routine that the module names
     std::string severity;     ///< "!ERROR!", "!warning!" or "info"
     std::string message;      ///< without its number and brackets
     int messageNumber = 0;    ///< 143 for "MQA0143: <...>", 0 for a message without a number
-    std::string failingCall;  ///< empty when the text names none
+    std::string failingCall;  ///< empty if the text names none
     std::string fileKind;     ///< "Parameter", "Log", "Checkpoint", "Temp", or empty
-    std::string reason;       ///< the system's words, or empty
+    std::string reason;       ///< the system's message, or empty
     int mqReason = 0;         ///< the MQ reason code that the message quotes, or 0
 };
 
-/// Parses an error text. Returns false when the text has another form; then every field is empty or 0.
+/// Parses an error text. Returns false if the text has another form; then every field is empty or 0.
 [[nodiscard]] bool ParseErrorText(std::string_view text, ErrorText& parsed);
 
 }  // namespace mqam

@@ -1,13 +1,12 @@
-// The host's log, as the module sees it: an object whose function table receives the start-up report, which
-// is the only way to see the parameters in effect without opening a queue.
+// The host's log, as the module sees it: an object whose function table receives the start-up report. That is the only
+// way to see the parameters in effect without opening a queue.
 #pragma once
 
 #include <string>
 
 namespace mqam {
 
-/// Returns the handle that the attribute ZBQ_HL_LOG_HANDLE takes: valid for the life of the process, and the
-/// same at every call.
+/// Returns the handle for the attribute ZBQ_HL_LOG_HANDLE. It is the same at every call, and valid until the process ends.
 [[nodiscard]] void* HostLogHandle();
 
 /// Returns the report that the module last passed to the handle, or an empty string.

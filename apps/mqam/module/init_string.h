@@ -4,22 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "mqam/base/status.h"
+
 namespace mqam {
 
 /// One keyword as the user gave it.
 struct GivenKeyword {
     std::string keyword;              ///< the module's name for it, such as "QMGR"
-    std::string option;               ///< what the user typed, such as "--qmgr": complaints name this
+    std::string option;               ///< what the user typed, such as "--qmgr"; error messages name it
     std::vector<std::string> values;  ///< in the order in which the module takes them; may be empty
 };
 
-/// Builds the initialization string.
-///   given       in   the keywords, in order
-///   initString  out  the string; empty after a refusal
-///   complaint   out  names the option and says what is wrong with its value; empty on success
-/// Returns false for a value that the module could not receive as one word: an empty one, or one that holds a
-/// blank, tab, line end or form feed (the module splits the string there and knows no quoting).
-[[nodiscard]] bool BuildInitString(const std::vector<GivenKeyword>& given, std::string& initString,
-                                   std::string& complaint);
+/// Builds the initialization string; it is empty after a refusal. Refuses, naming the option, a value that the module
+/// could not receive as one word: an empty value, or one that contains a blank, tab, line end or form feed. The module
+/// splits the string there and knows no quoting.
+Status BuildInitString(const std::vector<GivenKeyword>& given, std::string& initString);
 
 }  // namespace mqam

@@ -23,20 +23,21 @@ std::string FindModule(const std::string& programDirectory) {
     return isInstalled ? installed : nextToProgram;
 }
 
-PIDMMainFunction LoadModule(const std::string& path, std::string& reason) {
+Status LoadModule(const std::string& path, PIDMMainFunction& entryPoint) {
     const std::string tried = path.empty() ? FindModule(platform::ProgramDirectory()) : path;
-    std::string words;
-    void* library = platform::OpenLibrary(tried, words);
+    std::string error;
+    void* library = platform::OpenLibrary(tried, error);
     if (library == nullptr) {
-        reason = words.starts_with(tried) ? words : tried + ": " + words;
-        return nullptr;
+        return Status::Permanent("the module cannot be loaded: " +
+                                 (error.starts_with(tried) ? error : tried + ": " + error));
     }
     void* function = platform::FindFunction(library, "PIDMMain");
     if (function == nullptr) {
-        reason = tried + ": it exports no PIDMMain, so it is not the access module";
-        return nullptr;
+        return Status::Permanent("the module cannot be loaded: " + tried +
+                                 ": it exports no PIDMMain, so it is not the access module");
     }
-    return reinterpret_cast<PIDMMainFunction>(function);
+    entryPoint = reinterpret_cast<PIDMMainFunction>(function);
+    return {};
 }
 
 ReturnCode ModuleSession::Ask(std::uint32_t option, const char* name, void* block) {

@@ -1,10 +1,11 @@
-// The module as the host drives it: found, loaded, and asked one request at a time.
+// The module as its host drives it: it is found, loaded, and called with one request at a time.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "mqam/base/status.h"
 #include "mqam/module/module_failure.h"
 #include "mqamod.h"
 
@@ -16,24 +17,24 @@ namespace mqam {
 [[nodiscard]] std::string FindModule(const std::string& programDirectory);
 
 /// Loads the module.
-///   path    in   the library; empty = the one that belongs to the running program
-///   reason  out  what was tried and why it failed
-/// Returns its entry point, or null.
-[[nodiscard]] PIDMMainFunction LoadModule(const std::string& path, std::string& reason);
+///   path        in   the library; empty = the one that belongs to the running program
+///   entryPoint  out  the module's entry point; unchanged on failure
+/// The error says what was tried and why it failed.
+Status LoadModule(const std::string& path, PIDMMainFunction& entryPoint);
 
-/// One conversation with a loaded module. Each Ask... carries out one request and returns the module's code.
+/// The requests to a loaded module. Each of these methods makes one request and returns the module's code.
 class ModuleSession {
   public:
     explicit ModuleSession(PIDMMainFunction entryPoint) : entryPoint_(entryPoint) {}
 
     [[nodiscard]] ReturnCode Init(const std::string& initString);
-    /// `value` may hold any bytes; a NUL follows them that its length does not count.
+    /// `value` may contain any bytes; a NUL that its length does not count is added.
     [[nodiscard]] ReturnCode PutAttribute(const std::string& name, std::string_view value);
-    /// maxRecordBytes is filled when the code is pmrcOK.
+    /// `maxRecordBytes` is set if the code is pmrcOK.
     [[nodiscard]] ReturnCode Open(std::int16_t mode, std::uint32_t& maxRecordBytes);
-    /// `buffer` holds at least maxRecordBytes.
+    /// `buffer` has room for at least maxRecordBytes.
     [[nodiscard]] ReturnCode Read(void* buffer, std::uint32_t& length);
-    /// `position` is filled when the code is pmrcOK and the module handed one out.
+    /// `position` is set if the code is pmrcOK and the module returned one.
     [[nodiscard]] ReturnCode GetPos(PositionData& position);
     [[nodiscard]] ReturnCode SetPos(const PositionData& position);
     [[nodiscard]] ReturnCode Close();
@@ -42,8 +43,8 @@ class ModuleSession {
     /// The last request with its code and the error text that came with it.
     [[nodiscard]] ModuleFailure LastFailure() const;
 
-    /// Returns the error text of the last request if it is news, else an empty string. The module leaves a
-    /// text attached to every later return, so only a text that differs from the one before is news.
+    /// Returns the error text of the last request if it is new, else an empty string. The module attaches a text to every
+    /// later return as well, so only a text that differs from the previous one is new.
     [[nodiscard]] std::string TakeNewText();
 
   private:

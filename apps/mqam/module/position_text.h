@@ -8,7 +8,7 @@
 
 namespace mqam {
 
-/// Returns the position, or none when the text is anything but 32 hexadecimal digits.
+/// Returns the position, or none if the text is anything but 32 hexadecimal digits.
 [[nodiscard]] std::optional<PositionData> ParsePosition(const std::string& digits);
 
 [[nodiscard]] std::string FormatPosition(const PositionData& position);

@@ -1,4 +1,4 @@
-// Cuts what files or standard input hold into messages.
+// Splits the contents of files or of standard input into messages.
 #pragma once
 
 #include <cstdio>
@@ -14,14 +14,15 @@ enum class MessageFraming {
 
 enum class SourceResult { kMessage, kEnd, kFailed };
 
-inline constexpr std::size_t kMessageBytesMax = 104857600;  ///< the longest message there is: 100 MB
+inline constexpr std::size_t kMessageBytesMax = 104857600;  ///< the longest message that MQ allows: 100 MB
 
-/// Reads the next message. `isFirst` tells whether it is the first of its file: an empty file is one empty
-/// message for kWhole. On kFailed `complaint` says why.
+/// Reads the next message.
+///   isFirst  in   whether it is the first of its file: with kWhole, an empty file is one empty message
+///   error    out  with kFailed: the error message
 [[nodiscard]] SourceResult ReadMessage(std::FILE* file, MessageFraming framing, bool isFirst,
-                                       std::string& message, std::string& complaint);
+                                       std::string& message, std::string& error);
 
-/// Appends a message in the framing of kLength. False when the file cannot be written.
+/// Appends a message in the framing of kLength. Returns false if the file cannot be written.
 [[nodiscard]] bool WriteFramed(std::FILE* file, const std::string& message);
 
 }  // namespace mqam

@@ -9,7 +9,7 @@ namespace mqam {
 
 namespace {
 
-// The generator of Steele, Lea and Flood (SplitMix64): a good one in three lines, equal on every system.
+// SplitMix64 by Steele, Lea and Flood: a good generator in three lines that gives the same numbers on every system.
 struct Randomness {
     std::uint64_t state;
 
@@ -89,7 +89,7 @@ std::string MakeBytes(std::uint64_t size, Randomness& random) {
         for (std::size_t k = 0; k < 8 && i + k < bytes.size(); ++k)
             bytes[i + k] = static_cast<char>(number >> (8 * k) & 0xFF);
     }
-    // Random bytes of a short message may lack what makes binary data a trial for a reader.
+    // A short message of random bytes may happen to lack the bytes that are hard for a reader.
     if (bytes.size() >= 4) bytes.replace(bytes.size() / 2 - 1, 3, std::string("\0\n\0", 3));
     return bytes;
 }

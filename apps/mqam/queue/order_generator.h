@@ -1,5 +1,5 @@
-// Made-up messages for trials: orders as a shop would send them, and binary ones. The same seed makes the
-// same messages on every system.
+// Generated messages for trials: orders as a shop would send them, and binary ones. The same seed generates the same
+// messages on every system.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,16 @@ namespace mqam {
 
 struct GeneratorSettings {
     std::uint64_t seed = 1;
-    bool hasSizes = false;  ///< else an order is as long as its text
+    bool hasSizes = false;  ///< if false, an order is as long as its text
     std::uint64_t bytesMin = 1;
     std::uint64_t bytesMax = 1;
-    unsigned binaryPercent = 0;  ///< of the messages are random bytes, NULs and line ends among them
+    unsigned binaryPercent =
+        0;  ///< percentage of messages made of random bytes, including NULs and line ends
 };
 
-/// Makes message number `index`, from 0. With sizes, the first message has the smallest and the second the
-/// greatest; of the others nineteen in twenty are as long as orders are and one is of any size of the range,
-/// small ones more often.
+/// Generates message number `index`, counted from 0. With sizes, the first message has the smallest size and the second
+/// the largest; of the others, nineteen in twenty are as long as an order, and one has any size of the range, small
+/// sizes more often.
 [[nodiscard]] std::string MakeMessage(const GeneratorSettings& settings, std::uint64_t index);
 
 }  // namespace mqam

@@ -20,7 +20,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A put in progress.
+// A put in progress.
 struct Putting {
     std::unique_ptr<spoolmq::StoreConnection> connection;
     std::unique_ptr<spoolmq::StoreQueue> queue;
@@ -111,7 +111,7 @@ int PutFile(const QueuePutOptions& options, const std::string& path, Putting& pu
     return result;
 }
 
-/// "1-102400". False when it is not a range.
+// Parses a range such as "1-102400". Returns false if the text is no range.
 bool ParseSizes(const std::string& text, GeneratorSettings& settings) {
     if (text.empty()) return true;
     const std::size_t dash = text.find('-');

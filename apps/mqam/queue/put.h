@@ -11,20 +11,21 @@ struct QueuePutOptions {
     std::string spool;
     std::string queueManager;
     std::string queue;
-    std::vector<std::string> files;  ///< "-" is standard input; empty: standard input, unless count is given
-    bool lines = false;              ///< each line is a message
-    bool framed = false;             ///< messages behind their length, 4 bytes little-endian
-    std::uint64_t count = 0;         ///< generated messages
+    std::vector<std::string>
+        files;                ///< "-" is standard input; if empty: standard input, unless count is given
+    bool lines = false;       ///< each line is a message
+    bool framed = false;      ///< each message follows its length, 4 bytes little-endian
+    std::uint64_t count = 0;  ///< the number of generated messages
     std::uint64_t seed = 1;
-    std::string sizes;  ///< "MIN-MAX" bytes; empty: as long as an order is
+    std::string sizes;  ///< "MIN-MAX" bytes; if empty, the length of an order
     unsigned binaryPercent = 0;
-    std::string recordPath;  ///< receives what was put, framed
-    std::string format;      ///< of the descriptor; empty: none, the message is described by the queue
+    std::string recordPath;  ///< the file to which the messages put are appended, framed
+    std::string format;      ///< MQMD format; if empty, the attributes of the queue describe the message
     std::int32_t ccsid = 0;
     bool quiet = false;
 };
 
-/// Returns an ExitCode.
+/// Puts the messages. Returns an ExitCode.
 [[nodiscard]] int RunQueuePut(const QueuePutOptions& options);
 
 }  // namespace mqam

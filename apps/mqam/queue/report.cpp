@@ -30,7 +30,7 @@ void CloseAll(OpenedQueue& opened) {
     if (opened.connection != nullptr) DisconnectStore(std::move(opened.connection));
 }
 
-/// The bytes as one line: what cannot be printed is a dot.
+// Returns the bytes as one line, with a dot for each byte that cannot be printed.
 std::string Preview(const std::string& bytes) {
     std::string text = bytes.substr(0, kPreviewBytes);
     for (char& c : text) {

@@ -1,4 +1,4 @@
-// `mqam queue list` and `mqam queue show`: what is in the spool folder, for people.
+// `mqam queue list` and `mqam queue show`: the contents of the spool directory.
 #pragma once
 
 #include <cstdint>
@@ -6,18 +6,19 @@
 
 namespace mqam {
 
-/// Queue managers with their queues; of one queue manager when it is named. Returns an ExitCode.
+/// Lists the queue managers with their queues, or only the one that is named. Returns an ExitCode.
 [[nodiscard]] int RunQueueList(const std::string& spool, const std::string& queueManager);
 
 struct QueueShowOptions {
     std::string spool;
     std::string queueManager;
     std::string queue;
-    std::string message;       ///< file name of one message; empty: the queue
-    bool body = false;         ///< nothing but the message's bytes
-    std::uint64_t limit = 20;  ///< messages listed
+    std::string message;       ///< file name of one message; if empty, the queue is shown
+    bool body = false;         ///< write only the bytes of the message
+    std::uint64_t limit = 20;  ///< how many messages are listed
 };
 
+/// Shows a queue manager, a queue or a message. Returns an ExitCode.
 [[nodiscard]] int RunQueueShow(const QueueShowOptions& options);
 
 }  // namespace mqam

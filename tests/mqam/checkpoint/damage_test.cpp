@@ -33,10 +33,10 @@ class RestartDamageTest : public testing::Test {
         return decision;
     }
 
-    // Refused by its shape, or when its first record is compared.
+    // Whether the file is refused because of its shape, or when its first record is compared.
     bool IsRefused(const std::string& bytes) {
         return DecideOn(bytes).action == StartAction::kRefuse ||
-               !FindForeignRecord(state_.checkpointFile, state_, kMaxRecordBytes).empty();
+               !CheckFirstRecord(state_.checkpointFile, state_, kMaxRecordBytes).IsOk();
     }
 
     // Where each record begins, and where the last one ends.
@@ -52,7 +52,7 @@ class RestartDamageTest : public testing::Test {
     const std::string file_ = CheckpointBytes(5, kRecords);
 };
 
-TEST_F(RestartDamageTest, TheWholeFileIsGoneOnFrom) {
+TEST_F(RestartDamageTest, TheCompleteFileIsResumedFrom) {
     const StartDecision decision = DecideOn(file_);
     EXPECT_EQ(decision.action, StartAction::kReplay);
     EXPECT_TRUE(decision.firstRecordIsRepeat);

@@ -29,8 +29,9 @@ std::string Compose(std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& error) {
         return std::string("refused: ") + error.what();
     }
-    std::string text, complaint;
-    return ComposeInitString(options, text, complaint) ? text : "refused: " + complaint;
+    std::string text;
+    const Status composed = ComposeInitString(options, text);
+    return composed.IsOk() ? text : "refused: " + composed.Error();
 }
 
 TEST(KeywordOptions, EveryKeywordOfTheModuleHasAnOptionWithItsValues) {
