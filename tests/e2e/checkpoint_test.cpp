@@ -414,7 +414,7 @@ TEST_F(CheckpointOfALoad, ARestartFileOfNoUseIsRefused) {
     state_.checkpointFile = "/elsewhere/orders.ckpt";
     WriteBytesTo(RestartFile(), FormatRestartState(state_));
     ExpectRefusal(" belongs to the load with checkpoint file /elsewhere/orders.ckpt, not " + Path() +
-                  "; to look at a copy of that file give --position 05000000080000004d00000000000000\n");
+                  "; to examine a copy of that file give --position 05000000080000004d00000000000000\n");
 }
 
 TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
