@@ -6,9 +6,10 @@ function(mqamod_split_debug_symbols target)
      OR MQAMOD_FUZZ)
     return()
   endif()
+  set(file $<TARGET_FILE:${target}>)
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
-    COMMAND ${CMAKE_OBJCOPY} --strip-unneeded --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
+    COMMAND ${CMAKE_OBJCOPY} --strip-unneeded --add-gnu-debuglink=${file}.debug ${file}
     VERBATIM)
   set_property(GLOBAL APPEND PROPERTY MQAMOD_SPLIT_TARGETS ${target})
 endfunction()

@@ -13,7 +13,7 @@ else()
   set(MQAMOD_INSTALL_BIN ${CMAKE_INSTALL_BINDIR})
   # Hosts load the module by its path, so it is kept out of the directories that the system searches.
   set(MQAMOD_INSTALL_MODULE ${CMAKE_INSTALL_LIBDIR}/mqamod)
-  # The stand-in has the names of IBM's libraries. In this directory it is only found by a program that is given its path.
+  # The stand-in has the names of IBM's libraries. In this directory only a program that is given its path finds it.
   set(MQAMOD_INSTALL_SPOOLMQ ${CMAKE_INSTALL_LIBDIR}/mqamod/spoolmq)
   set(MQAMOD_INSTALL_DOC ${CMAKE_INSTALL_DOCDIR})
   set(MQAMOD_INSTALL_INCLUDE ${CMAKE_INSTALL_INCLUDEDIR})

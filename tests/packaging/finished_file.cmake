@@ -51,7 +51,8 @@ else()
   require("${symbols}" "__stack_chk_fail" "no function has a stack protector")
   require("${symbols}" "__[a-z_]+_chk\n" "no call is checked by _FORTIFY_SOURCE")
   # DF_BIND_NOW is 8 in FLAGS, DF_1_NOW is 1 in FLAGS_1.
-  if(NOT headers MATCHES "\n +FLAGS +0x0*[0-9a-f]*[89a-f]\n" OR NOT headers MATCHES "\n +FLAGS_1 +0x0*[0-9a-f]*[13579bdf]\n")
+  if(NOT headers MATCHES "\n +FLAGS +0x[0-9a-f]*[89a-f]\n" OR
+     NOT headers MATCHES "\n +FLAGS_1 +0x[0-9a-f]*[13579bdf]\n")
     message(SEND_ERROR "${FILE}: not bound to its libraries when it is loaded (BIND_NOW)")
   endif()
   # A segment has two lines: its type and place, then "... flags rw-".
