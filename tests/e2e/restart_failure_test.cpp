@@ -262,7 +262,8 @@ TEST_F(RestartableLoadFailure, ALockThatCannotBeMadeIsTriedAgain) {
     LoadSite& site = Add("lock", 3);
     fs::create_directory(site.CheckpointFile() + ".lock");
     site.Start({"--retry-for", "60"});
-    ASSERT_TRUE(site.Program().WaitForError("ck.lock cannot be created or locked: Is a directory; check that "));
+    ASSERT_TRUE(
+        site.Program().WaitForError("ck.lock cannot be created or locked: Is a directory; check that "));
     fs::remove(site.CheckpointFile() + ".lock");
     site.Wait();
     EXPECT_TRUE(site.IsDone());
