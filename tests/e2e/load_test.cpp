@@ -182,12 +182,15 @@ TEST_F(FakeLoad, FailingInitIsTakenApartAndNothingIsOpened) {
         ".",
         {"--to", Path("out")});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_TRUE(Contains(result.standardError,
-                         "the module failed: Init returned 34\n"
-                         "  message   Queue Manager Name must be specified. Keyword: QMGR <name>\n"
-                         "  number    MQA0127\n"
-                         "  function  ParseParms\n"
-                         "  next      Name the queue manager: --qmgr NAME, or QMGR in the parameter file.\n"))
+    EXPECT_TRUE(
+        Contains(result.standardError,
+                 "mqam load: no queue manager is named, neither in the initialization string nor in "
+                 "the parameter file\n"
+                 "  message   Queue Manager Name must be specified. Keyword: QMGR <name>\n"
+                 "  number    MQA0127\n"
+                 "  request   Init returned 34\n"
+                 "  function  ParseParms\n"
+                 "  next      Give `--qmgr NAME`, or put a line `QMGR NAME` into the parameter file.\n"))
         << result.standardError;
     EXPECT_EQ(Calls(), "Init Shut");
     EXPECT_FALSE(fs::exists(Path("out")));
@@ -394,7 +397,7 @@ TEST_F(FakeLoad, HelpTeachesOptionsExamplesAndExitCodes) {
     const ProgramResult result = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());
     EXPECT_EQ(result.exitCode, 0);
     for (const char* part : {"Examples:", "Exit codes:", "--qmgr", "--trace", "a keyword given in both",
-                             "  7  stopped at once"}) {
+                             "  7  stopped immediately"}) {
         EXPECT_TRUE(Contains(WithUnixLineEnds(result.standardOutput), part)) << part;
     }
 }

@@ -47,7 +47,7 @@ TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAn
         const Fault& fault = kPassingFaults[i];
         LoadSite& site = *sites_[i];
         EXPECT_EQ(site.Result().exitCode, 9) << fault.plan << "\n" << site.Error();
-        EXPECT_EQ(CountOf(site.Error(), "mqam load: the module failed: "), 1) << fault.plan << site.Error();
+        EXPECT_EQ(CountOf(site.Error(), "\n  request   "), 1) << fault.plan << site.Error();
         // The module does not report the reason of most failed opens.
         const bool isOpen = std::string(fault.plan).starts_with("MQOPEN");
         EXPECT_TRUE(Contains(site.Error(), isOpen

@@ -124,9 +124,10 @@ TEST_F(SpoolLoad, UnknownQueueIsReason2085) {
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(
         result.standardError,
-        "the module failed: Open returned 34\n"
+        "mqam load: the queue does not exist\n"
         "  message   MQOpen attempts exhausted. QName 'NOSUCH', reason code 2085 (Unknown queue name)\n"
         "  number    MQA0158\n"
+        "  request   Open returned 34\n"
         "  function  PIDMMain\n"
         "  reason    2085 MQRC_UNKNOWN_OBJECT_NAME: "))
         << result.standardError;
@@ -140,7 +141,7 @@ TEST_F(SpoolLoad, UnknownQueueManagerIsReason2058) {
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  message   Error received from MQCONNX : 2058\n"))
         << result.standardError;
-    EXPECT_TRUE(Contains(result.standardError, "  next      Check --qmgr ")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "  next      Check `--qmgr`")) << result.standardError;
 }
 
 TEST_F(SpoolLoad, MissingMqLibraryIsReason2495AndAdviceNamesTheVariable) {
@@ -160,7 +161,7 @@ TEST_F(SpoolLoad, MessageLongerThanTheBufferStaysOnTheQueue) {
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  number    MQA0161\n")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "  call      MQGET\n")) << result.standardError;
-    EXPECT_TRUE(Contains(result.standardError, "Raise --max-record")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "Raise `--max-record`")) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "short\n");
     EXPECT_EQ(Depth(), 1);
 }
@@ -403,8 +404,9 @@ TEST_F(SpoolLoad, CheckTellsARefusedValueWithItsOption) {
         RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--rwait", "0"}, folder_.Root());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError,
-                         "  number    MQA0107\n  function  CheckParm\n"
-                         "  next      Give --rwait -1 (wait for ever) or 1 to 600 seconds.\n"))
+                         "  number    MQA0107\n  request   Init returned 34\n  function  CheckParm\n"
+                         "  next      Give 1 to 600 seconds, or -1 to wait for messages without end: "
+                         "`--rwait SECONDS` (keyword RWAIT).\n"))
         << result.standardError;
 }
 

@@ -11,6 +11,7 @@
 #include "mqam/cli/load_options.h"
 #include "mqam/cli/restartable_load.h"
 #include "mqam/cli/summary.h"
+#include "mqam/explain/code_tables.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/interrupts.h"
 #include "mqam/module/module_session.h"
@@ -103,14 +104,7 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const
         PrintMessage(DescribeWhatIsSafe(options.checkpointEvery > 0));
     if (!options.quiet && outcome.targetWasOpened)
         PrintMessage("mqam load: " + DescribeSummary(outcome, target, seconds));
-    if (outcome.end == PlainLoadEnd::kTargetFailed) return kExitTargetFailed;
-    if (outcome.moduleFailure.code != pmrcOK) return kExitModuleFailed;
-    switch (outcome.end) {
-        case PlainLoadEnd::kEndedEarly: return kExitEndedEarly;
-        case PlainLoadEnd::kInterrupted: return kExitInterrupted;
-        case PlainLoadEnd::kTimeout: return kExitTimeout;
-        default: return kExitDone;
-    }
+    return ExitCodeOf(outcome.end, outcome.moduleFailure.code != pmrcOK);
 }
 
 int RunLoad(const LoadOptions& options) {
@@ -158,7 +152,8 @@ void AddLoadCommand(CLI::App& app, int& exitCode) {
     AddLoadOptions(*command, *options);
     std::string footer = kExamples;
     footer += "\nExit codes:\n";
-    for (const ExitCodeRow& row : kExitCodes) {
+    for (const ExitCodeRow& row : AllExitCodes()) {
+        if (!row.isOfLoad) continue;
         footer += "  " + std::to_string(row.code) + "  " + row.meaning + "\n";
     }
     command->footer(footer);

@@ -9,6 +9,7 @@
 #include "mqam/cli/check_command.h"
 #include "mqam/cli/checkpoint_command.h"
 #include "mqam/cli/command_pages.h"
+#include "mqam/cli/explain_command.h"
 #include "mqam/cli/help_format.h"
 #include "mqam/cli/load_command.h"
 #include "mqam/cli/queue_command.h"
@@ -29,6 +30,7 @@ int RunProgram(int argc, char** argv) {
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
     AddCheckpointCommand(app, exitCode);
+    AddExplainCommand(app, exitCode);
     AddQueueCommand(app, exitCode);
     AddPageCommands(app, exitCode);
     try {

@@ -4,6 +4,10 @@
 #include <vector>
 
 #include "mqam/explain/advice.h"
+#include "mqam/explain/code_tables.h"
+#include "mqam/explain/module_messages.h"
+#include "mqam/explain/mq_reasons.h"
+#include "mqam/explain/sentences.h"
 #include "mqam/module/error_text.h"
 
 namespace mqam {
@@ -18,51 +22,56 @@ void AddLine(std::string& lines, const char* label, const std::string& text) {
     lines += '\n';
 }
 
-// The codes that come without an error text.
-const char* DescribeBareCode(ReturnCode code) {
-    switch (code) {
-        case pmrcBadVersion: return "the module speaks another version of the interface";
-        case pmrcNotSupported: return "the module does not support the request";
-        case pmrcBadAttrName: return "the module does not know an attribute of this name";
-        case pmrcBadAttrValue: return "the module refuses this value of the attribute";
-        default: return "the module gave no error text";
-    }
+// The fact of a failure that came without an error text.
+std::string FactOfBareCode(ReturnCode code) {
+    const ReturnCodeRow* row = FindReturnCode(code);
+    if (row == nullptr || code == pmrcFailure) return "the module gave no error text";
+    return row->meaning;
 }
 
 std::string DescribeReason(const ErrorText& error) {
     if (error.mqReason == 0) return error.reason;
     std::string reason = std::to_string(error.mqReason);
-    if (const ReasonAdvice* row = FindReasonAdvice(error.mqReason)) {
+    if (const MqReason* row = FindMqReason(error.mqReason)) {
         reason += std::string(" ") + row->name + ": " + row->meaning;
     }
     return reason;
 }
 
+// A message of one blank says nothing.
+bool IsBlank(const std::string& text) {
+    return text.empty() || text == " ";
+}
+
 }  // namespace
 
 std::string DescribeFailure(const ModuleFailure& failure) {
-    std::string lines = "the module failed: " + failure.request + " returned " + std::to_string(failure.code);
-    lines += '\n';
+    const std::string request = failure.request + " returned " + std::to_string(failure.code);
     ErrorText error;
-    if (failure.text.empty()) {
-        AddLine(lines, "message", DescribeBareCode(failure.code));
+    const bool isParsed = ParseErrorText(failure.text, error);
+    if (!isParsed) {
+        const std::string fact =
+            failure.text.empty() ? FactOfBareCode(failure.code) : "the module failed: " + failure.text;
+        std::string lines = fact + "\n";
+        AddLine(lines, "request", request);
         return lines;
     }
-    if (!ParseErrorText(failure.text, error)) {
-        AddLine(lines, "message", failure.text);
-        return lines;
-    }
-    AddLine(lines, "message", error.message == " " ? "(none)" : error.message);
+    const std::string fact = FindFact(error);
+    std::string lines = (IsBlank(fact) ? "the module failed" : fact) + "\n";
+    if (!IsBlank(error.message)) AddLine(lines, "message", error.message);
     if (error.messageNumber != 0) {
         char number[24];
         std::snprintf(number, sizeof number, "MQA%04d", error.messageNumber);
         AddLine(lines, "number", number);
     }
+    AddLine(lines, "request", request);
     AddLine(lines, "function", error.function);
-    if (!error.failingCall.empty() && error.failingCall != " ") AddLine(lines, "call", error.failingCall);
+    if (!IsBlank(error.failingCall)) AddLine(lines, "call", error.failingCall);
     if (!error.fileKind.empty()) AddLine(lines, "file", error.fileKind);
     const std::string reason = DescribeReason(error);
     if (!reason.empty()) AddLine(lines, "reason", reason);
+    const ModuleMessage* message = FindModuleMessage(error);
+    if (message != nullptr && MakeSentence(fact) != message->cause) AddLine(lines, "cause", message->cause);
     for (const std::string& next : FindAdvice(error))
         AddLine(lines, "next", next);
     return lines;
@@ -75,8 +84,10 @@ std::string DescribeNotice(const std::string& text) {
     line += " from the module (" + error.function + "): " + error.message;
     if (!error.failingCall.empty() && error.failingCall != " ") line += ", call " + error.failingCall;
     if (!error.reason.empty()) line += ", reason " + error.reason;
+    const ModuleMessage* message = FindModuleMessage(error);
+    line += message == nullptr ? "." : std::string(". ") + message->cause;
     for (const std::string& next : FindAdvice(error))
-        line += ". " + next;
+        line += " " + next;
     return line;
 }
 

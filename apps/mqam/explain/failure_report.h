@@ -1,4 +1,4 @@
-// How a failed request of the module is told to an operator: its pieces on lines of their own and what to do.
+// A failed request of the module as an operator sees it: each piece on a line of its own, and what to do.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace mqam {
 
-/// Returns the lines to print, each with its line end: the message with its number, the module's function,
-/// the failing call, the reason and what to do next, as far as the failure has them. A text of unknown form
-/// is shown whole.
+/// Returns the lines to print, each with its line end: first the plain fact, then the message with its number,
+/// the request, the module's function, the failing call, the reason, the cause and what to do next, as far as
+/// the failure has them. A text of unknown form is shown in full.
 [[nodiscard]] std::string DescribeFailure(const ModuleFailure& failure);
 
 /// Returns one line (no line end) for an error text that came with a request that succeeded: a warning or a

@@ -1,15 +1,13 @@
 #include "mqam/load/attempt_result.h"
 
 #include "mqam/explain/advice.h"
-#include "mqam/module/error_text.h"
 
 namespace mqam {
 
 bool EndByModule(AttemptResult& outcome, const ModuleSession& session) {
     outcome.moduleFailure = session.LastFailure();
-    ErrorText text;
-    const bool staysSo = ParseErrorText(outcome.moduleFailure.text, text) && StaysSo(text);
-    outcome.end = staysSo ? AttemptEnd::kModuleRefuses : AttemptEnd::kModuleFailed;
+    outcome.end = RecoveryOf(outcome.moduleFailure) == Recovery::kPermanent ? AttemptEnd::kModuleRefuses
+                                                                            : AttemptEnd::kModuleFailed;
     return false;
 }
 

@@ -3,24 +3,12 @@
 
 #include <string>
 
+#include "mqam/load/exit_table.h"
 #include "mqam/module/module_failure.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/target.h"
 
 namespace mqam {
-
-enum class AttemptEnd {
-    kLoadDone,  ///< the queue was found empty twice: every message is in the target, the files are cleaned up
-    kNothingToDo,    ///< this very load was complete before the command: nothing was touched
-    kInputEnded,     ///< another life has to find out whether that was all
-    kNoProgress,     ///< the input ended early, and the life before had come as far
-    kInterrupted,    ///< stopWanted said so
-    kTimeout,        ///< the module's time-out expired
-    kRefused,        ///< nothing was started: see refusal
-    kModuleFailed,   ///< see moduleFailure: time may heal it
-    kModuleRefuses,  ///< see moduleFailure: it stays so until somebody changes something
-    kTargetFailed,   ///< the target or another file of the load: see targetFailure
-};
 
 struct AttemptResult {
     AttemptEnd end = AttemptEnd::kRefused;

@@ -178,11 +178,7 @@ bool InitModule(AttemptContext& attempt, const std::optional<RestartState>& stor
     if (attempt.settings.followsEnd && stored && stored->lastEnd == LastEnd::kAfterWait) {
         initString += " -RWAIT 1";
     }
-    if (attempt.session.Init(initString) != pmrcOK) {
-        EndByModule(attempt.result, attempt.session);
-        attempt.result.end = AttemptEnd::kModuleRefuses;
-        return false;
-    }
+    if (attempt.session.Init(initString) != pmrcOK) return EndByModule(attempt.result, attempt.session);
     // This comes first, so that no Close or Open of this process can empty the checkpoint file.
     return attempt.session.PutAttribute("PRESERVE_RESTART_INFO", "YES") == pmrcOK ||
            EndByModule(attempt.result, attempt.session);

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "mqam/base/progress.h"
+#include "mqam/load/exit_table.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/module/module_failure.h"
 #include "mqam/target/record_sink.h"
@@ -29,16 +30,6 @@ struct PlainLoadSettings {
     std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = no checkpoints
     bool wantsKeywordHelp = false;  ///< have the module print its help on standard output first
-};
-
-enum class PlainLoadEnd {
-    kEndOfInput,
-    kEndedEarly,    ///< the input ended before the read wait interval had passed
-    kInterrupted,   ///< stopWanted said so
-    kTimeout,       ///< the module's time-out expired
-    kNotStarted,    ///< see refusal; nothing was opened
-    kModuleFailed,  ///< see moduleFailure
-    kTargetFailed,  ///< see targetFailure
 };
 
 struct PlainLoadResult {

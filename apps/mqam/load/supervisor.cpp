@@ -5,6 +5,7 @@
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
 #include "mqam/load/attempt.h"
+#include "mqam/load/exit_table.h"
 #include "mqam/load/retries.h"
 #include "mqam/load/worker.h"
 #include "mqam/load/worker_process.h"
@@ -23,7 +24,7 @@ constexpr int kAttemptsWithoutProgressMax = 20;
 
 int Refuse(const std::string& words) {
     PrintMessage("mqam load: " + words + "\n");
-    return kExitNotStarted;
+    return FindAttemptEnd(AttemptEnd::kRefused).exitCode;
 }
 
 // ---- what is told at the end
@@ -59,65 +60,21 @@ int GiveUpOnEarlyEnds(const Retries& retries) {
         "(each one ends a life and is taken off the queue), or MQGETs that fail at once, as on a queue "
         "that inhibits get\n");
     PrintWhatIsSafe(retries, "look at the queue, then run the same command again");
-    return kExitEndedEarly;
+    return FindAttemptEnd(AttemptEnd::kNoProgress).exitCode;
 }
 
 int EndOnRequest(const Retries& retries) {
     PrintMessage("mqam load: ended on request\n");
     PrintWhatIsSafe(retries);
-    return kExitInterrupted;
+    return FindAttemptEnd(AttemptEnd::kInterrupted).exitCode;
 }
 
-// Ended by something else than itself: also with a code that no worker ends with, as some systems tell it.
-bool WasKilled(const WorkerEnd& end) {
-    if (!end.started) return false;
-    switch (end.code) {
-        case kExitDone:
-        case kExitModuleFailed:
-        case kExitTargetFailed:
-        case kExitModuleMissing:
-        case kExitInterrupted:
-        case kExitTimeout:
-        case kExitStoppedAtOnce:
-        case kExitRestart:
-        case kWorkerInputEnded:
-        case kWorkerNoProgress:
-        case kWorkerRefused: return end.killed;
-        default: return true;
-    }
-}
-
-bool IsFailedAttempt(const WorkerEnd& end) {
-    return !end.started || WasKilled(end) || end.code == kExitRestart || end.code == kExitTargetFailed;
-}
-
-bool HasInputEnded(const WorkerEnd& end) {
-    return end.started && !WasKilled(end) && (end.code == kWorkerInputEnded || end.code == kWorkerNoProgress);
-}
-
-// A life that has told how it ended and after which nothing is tried again.
-int EndWith(const WorkerEnd& end, const Retries& retries) {
-    switch (end.code) {
-        case kWorkerRefused: return kExitNotStarted;
-        case kExitModuleFailed: PrintWhatIsSafe(retries, kPutRightAndRunAgain); break;
-        case kExitInterrupted:
-        case kExitTimeout:
-        case kExitStoppedAtOnce: PrintWhatIsSafe(retries); break;
-        default: break;
-    }
-    return end.code;
-}
-
-// Of the target or another file of the load; which and why has been told.
-int EndTargetFailed(const Retries& retries) {
-    PrintWhatIsSafe(retries, kPutRightAndRunAgain);
-    return kExitTargetFailed;
-}
-
-int EndFailed(const WorkerEnd& end, const Retries& retries) {
-    if (end.started && !WasKilled(end) && end.code == kExitTargetFailed) return EndTargetFailed(retries);
-    PrintWhatIsSafe(retries);
-    return kExitRestart;
+// The attempt has reported how it ended, or RunOneAttempt has.
+int EndWith(AttemptEnd end, const Retries& retries) {
+    const AttemptEndRow& row = FindAttemptEnd(end);
+    if (row.hint == NextHint::kRunAgain) PrintWhatIsSafe(retries);
+    if (row.hint == NextHint::kFixAndRunAgain) PrintWhatIsSafe(retries, kPutRightAndRunAgain);
+    return row.exitCode;
 }
 
 // ---- the lives
@@ -127,7 +84,8 @@ int EndFailed(const WorkerEnd& end, const Retries& retries) {
 int TryAgainBefore(const std::string& failure, const SupervisorSettings& settings, Retries& retries) {
     PrintMessage("mqam load: " + failure + "\n");
     if (WaitForNextAttempt(settings.retryForSeconds, retries)) return kExitDone;
-    return platform::InterruptForwarded() ? EndOnRequest(retries) : EndTargetFailed(retries);
+    return platform::InterruptForwarded() ? EndOnRequest(retries)
+                                          : EndWith(AttemptEnd::kTargetFailed, retries);
 }
 
 // Again and again when the system fails and the user asked for it. Returns an exit code, or kExitDone when it
@@ -174,24 +132,23 @@ std::string FindObstacle(const SupervisorSettings& settings, const Target& targe
     return "";
 }
 
-// Runs one worker. One that was started and ended by itself has told how; the rest is told here.
-WorkerEnd RunOneAttempt(Target& target, const std::vector<std::string>& arguments, Retries& retries) {
+// Runs one worker. One that was started and ended by itself has reported how; the rest is reported here.
+AttemptEnd RunOneAttempt(Target& target, const std::vector<std::string>& arguments, Retries& retries) {
     const Clock::time_point start = Clock::now();
-    WorkerEnd end = RunWorker(arguments);
+    const WorkerEnd worker = RunWorker(arguments);
+    AttemptEnd end = AttemptEndOf(worker);
     NoteProgress(target, retries, Clock::now() - start);
-    const bool saysDone = end.started && !end.killed && end.code == kExitDone;
-    if (saysDone && !retries.lastRead.IsOk()) {
+    if (end == AttemptEnd::kLoadDone && !retries.lastRead.IsOk()) {
         PrintMessage("mqam load: whether the load is done cannot be told: " + retries.lastRead.Error() +
                      "\n");
-        end.code = kExitTargetFailed;
-        return end;
+        return AttemptEnd::kTargetFailed;
     }
-    // Somebody else's exit in the worker, a library's: a worker is done when the load is.
-    if (saysDone && !IsOver(retries.seen)) end.killed = true;
-    if (!end.started) {
-        PrintMessage("mqam load: a worker process cannot be started: " + end.reason + "\n");
-    } else if (WasKilled(end) && !platform::InterruptForwarded()) {
-        PrintMessage("mqam load: the worker process was killed (" + std::to_string(end.code) + ")\n");
+    // Exit code 0 without a finished load: a library called exit(). This counts as a crash.
+    if (end == AttemptEnd::kLoadDone && !IsOver(retries.seen)) end = AttemptEnd::kWorkerKilled;
+    if (end == AttemptEnd::kWorkerNotStarted) {
+        PrintMessage("mqam load: a worker process cannot be started: " + worker.reason + "\n");
+    } else if (end == AttemptEnd::kWorkerKilled && !platform::InterruptForwarded()) {
+        PrintMessage("mqam load: the worker process was killed (" + std::to_string(worker.code) + ")\n");
     }
     return end;
 }
@@ -206,18 +163,23 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
         if (IsEarlierCompletionMarker(retries)) arguments.push_back(kReceiptOption);
         if (followsEnd) arguments.push_back(kFollowsEndOption);
-        const WorkerEnd end = RunOneAttempt(target, arguments, retries);
-        // A life that follows an end waits only a moment: behind it the whole interval counts again.
-        followsEnd = !followsEnd && HasInputEnded(end);
-        if (HasInputEnded(end)) {
-            attemptsWithoutProgress = end.code == kWorkerNoProgress ? attemptsWithoutProgress + 1 : 0;
-            if (attemptsWithoutProgress == kAttemptsWithoutProgressMax) return GiveUpOnEarlyEnds(retries);
-            continue;
+        const AttemptEnd end = RunOneAttempt(target, arguments, retries);
+        const AfterAttempt after = FindAttemptEnd(end).after;
+        // An attempt that follows an end of the input waits only a moment; after it the whole interval counts
+        // again.
+        followsEnd = !followsEnd && after == AfterAttempt::kContinue;
+        switch (after) {
+            case AfterAttempt::kEndCommand: return EndWith(end, retries);
+            case AfterAttempt::kContinue:
+                attemptsWithoutProgress = end == AttemptEnd::kNoProgress ? attemptsWithoutProgress + 1 : 0;
+                if (attemptsWithoutProgress == kAttemptsWithoutProgressMax) return GiveUpOnEarlyEnds(retries);
+                break;
+            case AfterAttempt::kRetry:
+                if (end == AttemptEnd::kWorkerKilled && platform::InterruptForwarded()) break;
+                if (WaitForNextAttempt(settings.retryForSeconds, retries)) break;
+                if (!platform::InterruptForwarded()) return EndWith(end, retries);
+                break;
         }
-        if (!IsFailedAttempt(end)) return EndWith(end, retries);
-        if (WasKilled(end) && platform::InterruptForwarded()) continue;
-        if (WaitForNextAttempt(settings.retryForSeconds, retries)) continue;
-        if (!platform::InterruptForwarded()) return EndFailed(end, retries);
     }
 }
 

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <exception>
 
-#include "mqam/base/exit_codes.h"
 #include "mqam/explain/failure_report.h"
+#include "mqam/load/exit_table.h"
 #include "mqam/load/interrupts.h"
 #include "mqam/load/worker_process.h"
 #include "mqam/module/module_session.h"
@@ -17,9 +17,9 @@ namespace mqam {
 
 namespace {
 
-[[noreturn]] void EndWorker(int exitCode, const std::string& words) {
-    if (!words.empty()) PrintMessage("mqam load: " + words);
-    platform::ExitImmediately(platform::MarkExitCode(exitCode));
+[[noreturn]] void EndWorker(AttemptEnd end, const std::string& message) {
+    if (!message.empty()) PrintMessage("mqam load: " + message);
+    platform::ExitImmediately(platform::MarkExitCode(FindAttemptEnd(end).workerCode));
 }
 
 double SecondsSince(std::int64_t epochMilliseconds) {
@@ -46,39 +46,37 @@ std::string DescribeReceipt(const RestartState& state, const Target& target) {
            target.StateName() + ")\n";
 }
 
-[[noreturn]] void EndAttempt(const WorkerSettings& settings, const AttemptResult& outcome,
-                             const Target& target) {
+// Returns the lines that the user sees, each with its line end; empty when the command has nothing to say.
+std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& outcome, const Target& target) {
     switch (outcome.end) {
-        case AttemptEnd::kLoadDone: EndWorker(kExitDone, DescribeDone(settings, outcome, target));
-        case AttemptEnd::kNothingToDo: EndWorker(kExitDone, DescribeReceipt(outcome.state, target));
-        case AttemptEnd::kInputEnded: EndWorker(kWorkerInputEnded, "");
-        case AttemptEnd::kNoProgress: EndWorker(kWorkerNoProgress, "");
-        case AttemptEnd::kInterrupted: EndWorker(kExitInterrupted, "ended on request\n");
-        case AttemptEnd::kTimeout: EndWorker(kExitTimeout, "the time-out (--timeout) expired\n");
-        case AttemptEnd::kRefused: EndWorker(kWorkerRefused, outcome.refusal + "\n");
-        case AttemptEnd::kModuleFailed: EndWorker(kExitRestart, DescribeFailure(outcome.moduleFailure));
-        case AttemptEnd::kModuleRefuses: EndWorker(kExitModuleFailed, DescribeFailure(outcome.moduleFailure));
-        case AttemptEnd::kTargetFailed: EndWorker(kExitTargetFailed, outcome.targetFailure + "\n");
+        case AttemptEnd::kLoadDone: return DescribeDone(settings, outcome, target);
+        case AttemptEnd::kNothingToDo: return DescribeReceipt(outcome.state, target);
+        case AttemptEnd::kInterrupted: return "ended on request\n";
+        case AttemptEnd::kTimeout: return "the time-out (--timeout) expired\n";
+        case AttemptEnd::kRefused: return outcome.refusal + "\n";
+        case AttemptEnd::kModuleFailed:
+        case AttemptEnd::kModuleRefuses: return DescribeFailure(outcome.moduleFailure);
+        case AttemptEnd::kTargetFailed: return outcome.targetFailure + "\n";
+        default: return "";
     }
-    EndWorker(kExitModuleFailed, "");
 }
 
 [[noreturn]] void Live(const WorkerSettings& settings, Target& target) {
     // The module prints its report on standard output.
     if (platform::RedirectStdout(platform::ModuleOutput::kDropped) < 0) {
-        EndWorker(kWorkerRefused, std::string("standard output: ") + std::strerror(errno) + "\n");
+        EndWorker(AttemptEnd::kRefused, std::string("standard output: ") + std::strerror(errno) + "\n");
     }
     PIDMMainFunction entryPoint = nullptr;
     const Status loaded = LoadModule(settings.modulePath, entryPoint);
-    if (!loaded.IsOk()) EndWorker(kExitModuleMissing, loaded.Error() + "\n");
-    WatchInterrupts(platform::MarkExitCode(kExitStoppedAtOnce));
+    if (!loaded.IsOk()) EndWorker(AttemptEnd::kModuleMissing, loaded.Error() + "\n");
+    WatchInterrupts(platform::MarkExitCode(FindAttemptEnd(AttemptEnd::kStoppedImmediately).workerCode));
     ProgressCounters counters;
     counters.secondsBefore = SecondsSince(settings.commandStartedMs);
     StartProgress(settings.progress, counters);
     const AttemptResult outcome =
         RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters);
     StopProgress();
-    EndAttempt(settings, outcome, target);
+    EndWorker(outcome.end, DescribeEnd(settings, outcome, target));
 }
 
 }  // namespace
@@ -88,7 +86,7 @@ void RunAsWorker(const WorkerSettings& settings, Target& target) {
     try {
         Live(settings, target);
     } catch (const std::exception& error) {
-        EndWorker(kExitRestart, std::string(error.what()) + "\n");
+        EndWorker(AttemptEnd::kModuleFailed, std::string(error.what()) + "\n");
     }
 }
 

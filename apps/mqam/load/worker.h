@@ -9,15 +9,6 @@
 
 namespace mqam {
 
-/// How a worker tells its command that the load is to go on at once. Every other exit code is one of
-/// exit_codes.h and ends the command, but for those after which --retry-for tries again.
-enum WorkerExitCode : int {
-    kWorkerInputEnded = 64,  ///< another life has to find out whether that was all
-    kWorkerNoProgress = 65,  ///< the same, but this life found nothing and its input ended early
-    kWorkerRefused = 66,     ///< kExitNotStarted, told by the worker: the bare number is what some systems
-                             ///< tell of a process that somebody has ended
-};
-
 /// The hidden options by which a command starts its workers. The value of the first one is the time at which
 /// the command began, in milliseconds since the system's epoch.
 inline constexpr char kWorkerOption[] = "--worker-since";

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
-#include "mqam/explain/failure_report.h"
+#include "mqam/explain/module_messages.h"
 
 using namespace mqam;
 
@@ -16,36 +14,14 @@ ErrorText Parse(const char* text) {
     return error;
 }
 
-TEST(Advice, EveryKeyStandsOnce) {
-    std::set<int> numbers;
-    for (const MessageAdvice& row : AllMessageAdvice())
-        EXPECT_TRUE(numbers.insert(row.number).second) << row.number;
-    std::set<int> reasons;
-    for (const ReasonAdvice& row : AllReasonAdvice())
-        EXPECT_TRUE(reasons.insert(row.reason).second) << row.reason;
-}
-
-TEST(Advice, EveryRowSaysSomethingToDo) {
-    for (const MessageAdvice& row : AllMessageAdvice())
-        EXPECT_GT(std::string(row.next).size(), 10U) << row.number;
-    for (const ReasonAdvice& row : AllReasonAdvice()) {
-        EXPECT_EQ(std::string(row.name).substr(0, 5), "MQRC_") << row.reason;
-        EXPECT_GT(std::string(row.meaning).size(), 5U) << row.reason;
-        EXPECT_GT(std::string(row.next).size(), 10U) << row.reason;
+TEST(Advice, EveryMessageOfTheErrorTextHasAdvice) {
+    for (const ModuleMessage& message : NumberedMessages()) {
+        if (message.shown != Shown::kErrorText) continue;
+        ErrorText error;
+        error.messageNumber = message.number;
+        ASSERT_FALSE(FindAdvice(error).empty()) << message.number;
+        EXPECT_EQ(FindAdvice(error).front(), message.action) << message.number;
     }
-    for (const TextAdvice& row : AllTextAdvice())
-        EXPECT_GT(std::string(row.next).size(), 10U) << row.beginning;
-}
-
-TEST(Advice, EveryMessageThatTheModuleCanSendHasARow) {
-    const std::set<int> sent = {100, 101, 103, 106, 107, 108, 109, 110, 112, 114, 115, 116, 117, 118,
-                                119, 120, 121, 124, 125, 126, 127, 128, 132, 133, 135, 137, 141, 142,
-                                143, 144, 145, 148, 150, 151, 157, 158, 160, 161, 164, 165};
-    std::set<int> known;
-    for (const MessageAdvice& row : AllMessageAdvice())
-        known.insert(row.number);
-    for (const int number : sent)
-        EXPECT_TRUE(known.contains(number)) << number;
 }
 
 TEST(Advice, ConnectFailureGetsItsOwnAndItsReasonsAdvice) {
@@ -55,90 +31,107 @@ TEST(Advice, ConnectFailureGetsItsOwnAndItsReasonsAdvice) {
     EXPECT_NE(advice[1].find("--qmgr"), std::string::npos);
 }
 
-TEST(Advice, UnknownQueueIsToldOnce) {
-    const auto advice =
+TEST(Advice, AMessageOfOneReasonOnlyGetsOneLine) {
+    const auto unknown =
         FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: MQA0158: <MQOpen attempts exhausted. QName "
                          "'Q', reason code 2085 (Unknown queue name)>."));
-    ASSERT_EQ(advice.size(), 1U);
-    EXPECT_NE(advice[0].find("queue's name"), std::string::npos);
+    ASSERT_EQ(unknown.size(), 1U);
+    EXPECT_NE(unknown[0].find("Check `--queue`"), std::string::npos);
+    const auto inUse =
+        FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: MQA0157: <MQOpen attempts exhausted. QName "
+                         "'Q', reason code 2042 (Queue already open)>."));
+    ASSERT_EQ(inUse.size(), 1U);
+    EXPECT_NE(inUse[0].find("TYPE(HANDLE)"), std::string::npos);
 }
 
-TEST(Advice, TextRowsLookAtTheFailingCallToo) {
-    const auto log =
-        FindAdvice(Parse("M/WriteLogRec(!ERROR!).  --ERROR:  --Failing function: fwrite--Error occured "
-                         "while processing Log--Reason: No space left on device."));
-    ASSERT_EQ(log.size(), 1U);
-    EXPECT_NE(log[0].find("message log"), std::string::npos);
-    const auto seek =
-        FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: checkpoint--Failing function: fgetpos--Error "
-                         "occured while processing Checkpoint--Reason: Undefined."));
-    ASSERT_EQ(seek.size(), 1U);
-    EXPECT_NE(seek[0].find("could not be asked for"), std::string::npos);
+TEST(Advice, MessagesWithoutANumberAreToldApartByTheirFailingCall) {
+    const auto log = Parse(
+        "M/WriteLogRec(!ERROR!).  --ERROR:  --Failing function: fwrite--Error occured while processing "
+        "Log--Reason: No space left on device.");
+    ASSERT_EQ(FindAdvice(log).size(), 1U);
+    EXPECT_NE(FindAdvice(log)[0].find("the disk of the log"), std::string::npos);
+    EXPECT_EQ(FindFact(log),
+              "a record could not be written to the message log, usually because its disk is full");
+    const auto seek = Parse(
+        "M/PIDMMain(!ERROR!).  --ERROR: checkpoint--Failing function: fgetpos--Error occured while "
+        "processing Checkpoint--Reason: Undefined.");
+    ASSERT_EQ(FindAdvice(seek).size(), 1U);
+    EXPECT_NE(FindAdvice(seek)[0].find("Check the disk or share"), std::string::npos);
+    EXPECT_NE(FindFact(seek).find("could not be determined"), std::string::npos);
 }
 
 TEST(Advice, AFileOfWhichNoByteCameMayBeEmptyOrUnreadable) {
-    const auto advice = FindAdvice(Parse("M/RepositionFile(!ERROR!).  --ERROR: empty checkpoint file."));
-    ASSERT_EQ(advice.size(), 1U);
-    EXPECT_NE(advice[0].find("it holds no checkpoint, or its disk cannot read it"), std::string::npos);
+    const auto error = Parse("M/RepositionFile(!ERROR!).  --ERROR: empty checkpoint file.");
+    EXPECT_NE(FindFact(error).find("it is empty or not open, or its disk cannot read it"), std::string::npos);
+    ASSERT_EQ(FindAdvice(error).size(), 1U);
+    EXPECT_NE(FindAdvice(error)[0].find("MQAMtmp.*"), std::string::npos);
 }
 
 TEST(Advice, APositionThatTheFileCannotBeMovedToIsKnownByItsText) {
-    const auto advice =
-        FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: reposition--Failing function: fsetpos--Error "
-                         "occured while processing Checkpoint--Reason: Undefined."));
-    ASSERT_EQ(advice.size(), 1U);
-    EXPECT_NE(advice[0].find("does not fit the position"), std::string::npos);
+    const auto error = Parse(
+        "M/PIDMMain(!ERROR!).  --ERROR: reposition--Failing function: fsetpos--Error occured while "
+        "processing Checkpoint--Reason: Undefined.");
+    EXPECT_NE(FindFact(error).find("does not fit the checkpoint file"), std::string::npos);
+    ASSERT_EQ(FindAdvice(error).size(), 1U);
+    EXPECT_NE(FindAdvice(error)[0].find("Keep both files"), std::string::npos);
 }
 
 TEST(Advice, UnknownMessageGetsNone) {
     EXPECT_TRUE(FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: something new.")).empty());
 }
 
-TEST(FailureReport, PiecesStandOnLinesOfTheirOwn) {
-    const ModuleFailure failure{
-        "Read", pmrcFailure, "M/PIDMMain(!ERROR!).  --ERROR: MQA0143: <MQCMIT failed, reason code = 2009>."};
-    const std::string lines = DescribeFailure(failure);
-    EXPECT_EQ(lines.substr(0, lines.find("  next")),
-              "the module failed: Read returned 34\n"
-              "  message   MQCMIT failed, reason code = 2009\n"
-              "  number    MQA0143\n"
-              "  function  PIDMMain\n"
-              "  reason    2009 MQRC_CONNECTION_BROKEN: the connection to the queue manager was lost\n");
-    EXPECT_NE(lines.find("  next      The last message may come again"), std::string::npos) << lines;
-    EXPECT_NE(lines.find("  next      Check that the queue manager runs"), std::string::npos) << lines;
+TEST(Advice, AnUnknownMessageIsItsOwnFact) {
+    EXPECT_EQ(FindFact(Parse("M/PIDMMain(!ERROR!).  --ERROR: something new.")), "something new");
 }
 
-TEST(FailureReport, FileFailureNamesCallFileAndReason) {
-    const ModuleFailure failure{
-        "Read", pmrcFailure,
-        "M/PIDMMain(!ERROR!).  --ERROR: checkpoint--Failing function: fflush--Error occured "
-        "while processing Checkpoint--Reason: No space left on device."};
-    const std::string lines = DescribeFailure(failure);
-    EXPECT_NE(lines.find("  call      fflush\n  file      Checkpoint\n  reason    No space left on device\n"),
-              std::string::npos)
-        << lines;
+TEST(Advice, TheFactIsTheMeaningOfTheReasonIfThereIsOne) {
+    EXPECT_EQ(FindFact(Parse("M/PIDMMain(!ERROR!).  --ERROR: Error received from MQCONNX : 2059.")),
+              "the queue manager cannot be reached");
+    EXPECT_EQ(FindFact(Parse("M/CheckParm(!ERROR!).  --ERROR: MQA0107: <Read wait interval (RWAIT) value: 0 "
+                             "out of range (-1 or 1<seconds<600)>.")),
+              "the read wait interval is neither -1 nor a number from 1 to 600");
 }
 
-TEST(FailureReport, TextOfAnotherFormIsShownWhole) {
-    EXPECT_EQ(DescribeFailure({"Open", pmrcFailure, "out of the ordinary"}),
-              "the module failed: Open returned 34\n  message   out of the ordinary\n");
+Recovery RecoveryOfText(const char* text) {
+    return RecoveryOf({"Read", pmrcFailure, text});
 }
 
-TEST(FailureReport, CodesWithoutTextAreNamed) {
-    EXPECT_EQ(DescribeFailure({"PutAttribute COLOUR", pmrcBadAttrName, ""}),
-              "the module failed: PutAttribute COLOUR returned 33\n"
-              "  message   the module does not know an attribute of this name\n");
-    EXPECT_NE(DescribeFailure({"Init", pmrcBadVersion, ""}).find("another version"), std::string::npos);
+TEST(Recovery, TheMessageDecidesBeforeTheReason) {
+    EXPECT_EQ(RecoveryOfText("M/CheckParm(!ERROR!).  --ERROR: MQA0100: <Error: unidentified keyword: 'X'>."),
+              Recovery::kPermanent);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: MQA0157: <MQOpen attempts exhausted. QName 'Q', "
+                             "reason code 2042 (Queue already open)>."),
+              Recovery::kTransient);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: MQA0161: <Message length > blocksize (100)>"
+                             "--Failing function: MQGET."),
+              Recovery::kPermanent);
 }
 
-TEST(FailureReport, NoticeIsOneLineWithWhatItMeans) {
-    EXPECT_EQ(DescribeNotice("M/WriteLogRec(info).  --ERROR: continuing without Log."),
-              "note from the module (WriteLogRec): continuing without Log. The load goes on, but later "
-              "messages are "
-              "not in the log.");
-    EXPECT_EQ(DescribeNotice("M/PIDMMain(!warning!).  --ERROR: MQOpen, QName = Q, reason code = 2044.")
-                  .substr(0, 27),
-              "warning from the module (PI");
+TEST(Recovery, TheReasonDecidesWhereTheMessageDoesNot) {
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: Error received from MQCONNX : 2059."),
+              Recovery::kTransient);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: Error received from MQCONNX : 2035."),
+              Recovery::kPermanent);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: MQA0165: <Reason code = 2110>."),
+              Recovery::kPermanent);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: MQA0165: <Reason code = 2033>."),
+              Recovery::kTransient);
+}
+
+TEST(Recovery, TheReturnCodeDecidesWhereItIsEnough) {
+    EXPECT_EQ(RecoveryOf({"Init", pmrcBadVersion, ""}), Recovery::kPermanent);
+    EXPECT_EQ(RecoveryOf({"PutAttribute X", pmrcBadAttrName, ""}), Recovery::kPermanent);
+    EXPECT_EQ(RecoveryOf({"PutAttribute X", pmrcBadAttrValue, ""}), Recovery::kPermanent);
+    EXPECT_EQ(RecoveryOf({"Write", pmrcNotSupported, ""}), Recovery::kPermanent);
+}
+
+TEST(Recovery, WhatNoTableDecidesIsTransient) {
+    EXPECT_EQ(RecoveryOf({"Open", pmrcFailure, ""}), Recovery::kTransient);
+    EXPECT_EQ(RecoveryOfText("out of the ordinary"), Recovery::kTransient);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: something new."), Recovery::kTransient);
+    EXPECT_EQ(RecoveryOfText("M/PIDMMain(!ERROR!).  --ERROR: checkpoint--Failing function: fflush--Error "
+                             "occured while processing Checkpoint--Reason: No space left on device."),
+              Recovery::kTransient);
 }
 
 }  // namespace

@@ -1,0 +1,48 @@
+// Explains a code that a load reported: what it means, how it usually comes about and what to do.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mqam {
+
+/// One reading of a code.
+struct Explanation {
+    struct Paragraph {
+        /// "meaning", "causes" ...
+        const char* label;
+        /// Sentences.
+        std::string text;
+    };
+
+    /// "2085 MQRC_UNKNOWN_OBJECT_NAME".
+    std::string title;
+    /// What kind of code it is, and where it comes from: "MQ reason of MQOPEN".
+    std::string kind;
+    std::vector<Paragraph> paragraphs;
+};
+
+/// Returns every reading of a code. Upper and lower case are the same. A code is
+///   MQA0151, 151           a message of the module; also the text of a message without a number
+///   2085, MQRC_..., ...    an MQ reason; the name without MQRC_, too
+///   9, pmrcEOF             a return code of the module
+///   exit 3, 3              an exit code of `mqam`
+///   H6, T2, G1, L5         a rule, a guarantee or a limit
+/// A number can have several readings; "exit", "return", "message" or "reason" before it selects one. Empty
+/// when there is no such code.
+[[nodiscard]] std::vector<Explanation> Explain(std::string_view code);
+
+/// Returns the codes that look most like one that does not exist, the best first; at most five.
+[[nodiscard]] std::vector<std::string> FindNearMatches(std::string_view code);
+
+/// The lists that `mqam explain --list` prints.
+enum class CodeList { kMessages, kReasons, kReturnCodes, kExitCodes, kRules };
+
+/// Returns one line for each code of a list, each with its line end.
+[[nodiscard]] std::string ListCodes(CodeList list);
+
+/// Returns an explanation as text for a terminal, each line with its line end.
+[[nodiscard]] std::string FormatExplanation(const Explanation& explanation);
+
+}  // namespace mqam

@@ -1,0 +1,63 @@
+// The messages of the module as data, with cause and action: the rows of diag/messages.inc.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "mqam/explain/recovery.h"
+#include "mqam/module/error_text.h"
+
+namespace mqam {
+
+/// Where a message appears.
+enum class Shown : std::uint8_t {
+    kErrorText,
+    /// In the trace file only.
+    kTrace,
+    /// It is formatted, but another text is reported in its place.
+    kNowhere,
+    /// It is never made; the row keeps its number from being given to another message.
+    kReserved,
+};
+
+struct ModuleMessage {
+    /// 143 in "MQA0143"; 0 for a message without a number.
+    int number;
+    /// The printf format of a numbered message, in angle brackets. Of a message without a number its text,
+    /// up to the first '%' if it has one.
+    const char* format;
+    /// Of a message without a number: the failing call that is reported with it; null if that is any or none.
+    const char* failingCall;
+    Shown shown;
+    Recovery recovery;
+    /// The host's requests during which it is made.
+    const char* request;
+    /// "ROUTINE in FILE", with "; " between several.
+    const char* emitter;
+    const char* cause;
+    const char* action;
+};
+
+/// Returns the numbered messages, ordered by number.
+[[nodiscard]] std::span<const ModuleMessage> NumberedMessages();
+
+/// Returns the messages without a number.
+[[nodiscard]] std::span<const ModuleMessage> UnnumberedMessages();
+
+/// Returns the row with this number, or null.
+[[nodiscard]] const ModuleMessage* FindModuleMessage(int number);
+
+/// Returns the row of an error text: by its number, or by text and failing call if it has none. Null if
+/// there is no such message.
+[[nodiscard]] const ModuleMessage* FindModuleMessage(const ErrorText& error);
+
+/// Returns the text of a message as the module prints it, with its placeholders: without the angle brackets
+/// of a numbered one.
+[[nodiscard]] std::string MessageTextOf(const ModuleMessage& message);
+
+/// Returns "MQA0143", or "" for a message without a number.
+[[nodiscard]] std::string MessageCodeOf(const ModuleMessage& message);
+
+}  // namespace mqam

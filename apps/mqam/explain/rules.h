@@ -1,0 +1,29 @@
+// The numbered rules, guarantees and limits of a load that can be restarted. docs/hosts.md has the same items;
+// a test compares them.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace mqam {
+
+struct LoadRule {
+    /// "H6", "T1", "G5", "L12".
+    const char* id;
+    /// A guarantee and a limit have a name: "identical messages". A rule has an empty one.
+    const char* name;
+    /// The first sentence, which can be understood alone.
+    const char* statement;
+    /// The rest: the reason, and what happens otherwise. May be empty.
+    const char* detail;
+    /// What an operator does about it. Empty for a rule, which `mqam` follows by itself.
+    const char* action;
+};
+
+/// Returns the items in the order H, T, G, L.
+[[nodiscard]] std::span<const LoadRule> AllLoadRules();
+
+/// Returns the item with this id, or null. Upper and lower case are the same.
+[[nodiscard]] const LoadRule* FindLoadRule(std::string_view id);
+
+}  // namespace mqam
