@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <sstream>
+#include <tuple>
 
 #include "mqam/explain/code_tables.h"
 #include "mqam/explain/module_messages.h"
@@ -191,15 +193,25 @@ void ExplainName(const std::string& name, std::vector<Explanation>& readings) {
 
 struct Candidate {
     std::size_t distance = 0;
+    // How far the numbers at the end are apart: of the codes that differ in one character, the nearest number
+    // comes first.
+    int difference = 0;
     std::string code;
 };
+
+int NumberAtEnd(const std::string& text) {
+    const std::size_t letter = text.find_last_not_of("0123456789");
+    return ParseNumber(text.substr(letter == std::string::npos ? 0 : letter + 1)).value_or(0);
+}
 
 void AddCandidate(std::vector<Candidate>& candidates, const std::string& wanted, const std::string& spelling,
                   const std::string& code) {
     const std::size_t distance = EditDistance(wanted, ToUpper(spelling));
     const std::size_t distanceMax = std::max<std::size_t>(1, wanted.size() / 3);
     const bool isPart = wanted.size() >= 4 && ToUpper(spelling).find(wanted) != std::string::npos;
-    if (distance <= distanceMax || isPart) candidates.push_back({isPart ? 1 : distance, code});
+    if (distance > distanceMax && !isPart) return;
+    const int difference = std::abs(NumberAtEnd(wanted) - NumberAtEnd(spelling));
+    candidates.push_back({isPart ? 1 : distance, difference, code});
 }
 
 }  // namespace
@@ -232,7 +244,9 @@ std::vector<std::string> FindNearMatches(std::string_view code) {
         AddCandidate(candidates, wanted, rule.id, rule.id);
     for (const ReturnCodeRow& row : AllReturnCodes())
         AddCandidate(candidates, wanted, row.name, row.name);
-    std::ranges::stable_sort(candidates, {}, &Candidate::distance);
+    std::ranges::stable_sort(candidates, [](const Candidate& left, const Candidate& right) {
+        return std::tie(left.distance, left.difference) < std::tie(right.distance, right.difference);
+    });
 
     std::vector<std::string> matches;
     for (const Candidate& candidate : candidates) {

@@ -41,10 +41,10 @@ constexpr MqReason kConnectionReasons[] = {
      "limit is MaxChannels, MAXINST or MAXINSTC of the channel, or a limit of the queue manager.",
      "Wait for other programs to end. Find them with `DISPLAY CONN(*) TYPE(CONN) APPLTAG`, and raise the "
      "limit if all of them are needed."},
-    {2035, "MQRC_NOT_AUTHORIZED", "COL", Recovery::kPermanent, "the user is not authorised",
+    {2035, "MQRC_NOT_AUTHORIZED", "COL", Recovery::kPermanent, "the user is not authorized",
      "At MQCONNX: the password is missing or wrong, a channel authentication rule blocks the client, or "
      "the connect authority is missing. At MQOPEN: the user lacks get authority for the queue. The "
-     "client is not told which.",
+     "client does not learn which.",
      "Read AMQERR01.LOG of the queue manager: AMQ5534, AMQ5540 to AMQ5542 a password, AMQ9776 or AMQ9777 "
      "a channel rule, AMQ8077 a missing authority. Grant authorities with `setmqaut -m QMGR -t qmgr -g "
      "GROUP +connect` and `setmqaut -m QMGR -n QUEUE -t queue -g GROUP +get +inq`. The module sends no "
@@ -150,7 +150,7 @@ constexpr MqReason kConnectionReasons[] = {
      "The MQ library, or the queue manager, is too old or lacks the function.",
      "Check the installation with `dspmqver` and install a current MQ client."},
     {2391, "MQRC_SSL_ALREADY_INITIALIZED", "C", Recovery::kWarning,
-     "TLS is already initialised in this process",
+     "TLS is already initialized in this process",
      "The process has made a TLS connection before. Its TLS settings stay in force.",
      "Nothing, unless the load needs other TLS settings: use a process of its own then."},
     {2406, "MQRC_CLIENT_EXIT_LOAD_ERROR", "C", Recovery::kPermanent, "a channel exit could not be loaded",

@@ -49,7 +49,7 @@ constexpr MqReason kTlsReasons[] = {
     {2392, "MQRC_SSL_CONFIG_ERROR", "C", Recovery::kPermanent, "the TLS settings contradict each other",
      "Cipher, key repository and channel definition do not fit together.",
      "Compare SSLCIPH, SSLCAUTH and SSLPEER on both ends. AMQERR01.LOG of the client names the setting."},
-    {2393, "MQRC_SSL_INITIALIZATION_ERROR", "C", Recovery::kPermanent, "TLS could not be initialised",
+    {2393, "MQRC_SSL_INITIALIZATION_ERROR", "C", Recovery::kPermanent, "TLS could not be initialized",
      "The handshake failed: no cipher is common to both ends, one end does not trust the certificate of "
      "the other, a certificate has expired, or the server demands a certificate of the client.",
      "Read AMQERR01.LOG on both sides: AMQ9631 is a cipher, AMQ9633 a certificate that is not trusted, "

@@ -60,7 +60,7 @@ constexpr MqReason kUnitReasons[] = {
     {2374, "MQRC_API_EXIT_ERROR", kAnyVerb, Recovery::kPermanent, "an API exit failed",
      "An API exit of the queue manager or the client returned an error.",
      "Ask whoever installed the exit. AMQERR01.LOG names it."},
-    {2375, "MQRC_API_EXIT_INIT_ERROR", "CD", Recovery::kPermanent, "an API exit could not be initialised",
+    {2375, "MQRC_API_EXIT_INIT_ERROR", "CD", Recovery::kPermanent, "an API exit could not be initialized",
      "An API exit of the queue manager or the client returned an error when it was started.",
      "Ask whoever installed the exit. AMQERR01.LOG names it."},
     {2376, "MQRC_API_EXIT_TERM_ERROR", "CD", Recovery::kPermanent, "an API exit could not be ended",

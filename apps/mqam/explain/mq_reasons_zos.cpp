@@ -65,7 +65,7 @@ constexpr MqReason kZosReasons[] = {
      "a list in the coupling facility structure is in use", "The structure is being recovered or is in use.",
      "Start the load again."},
     {2348, "MQRC_CF_STRUC_AUTH_FAILED", "OG", Recovery::kPermanent,
-     "access to the coupling facility structure is not authorised",
+     "access to the coupling facility structure is not authorized",
      "The queue manager lacks the authority for the structure.",
      "Grant it in the security manager of the system."},
     {2349, "MQRC_CF_STRUC_ERROR", "OGL", Recovery::kPermanent, "the coupling facility structure is in error",

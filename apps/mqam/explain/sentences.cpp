@@ -40,7 +40,7 @@ std::string MakeClause(std::string_view sentence) {
 }
 
 std::string WrapSentences(std::string_view text, std::size_t width) {
-    // Blanks of a command are hidden from WrapText behind a character that no text contains.
+    // A character that no text contains hides the blanks of a command from WrapText.
     constexpr char kHiddenBlank = '\x01';
     std::string hidden(text);
     for (std::size_t open = hidden.find('`'); open != std::string::npos;) {

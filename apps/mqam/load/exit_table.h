@@ -50,7 +50,7 @@ enum class AfterAttempt : std::uint8_t {
     kContinue,
 };
 
-/// What a command tells the user to do next.
+/// What a command advises the user to do next.
 enum class NextHint : std::uint8_t {
     /// Nothing: the message says everything.
     kNone,

@@ -1,0 +1,63 @@
+// `mqam explain`, run as an operator runs it.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/program_runner.h"
+#include "tests/support/test_directory.h"
+
+namespace {
+
+ProgramResult RunExplain(std::vector<std::string> arguments) {
+    const TestDirectory directory;
+    arguments.insert(arguments.begin(), "explain");
+    return RunProgram(MQAM_PROGRAM, arguments, directory.Root());
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST(ExplainCommand, ACodeIsExplainedOnStandardOutput) {
+    const ProgramResult result = RunExplain({"mqrc_unknown_object_name"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(Contains(result.standardOutput, "2085 MQRC_UNKNOWN_OBJECT_NAME")) << result.standardOutput;
+    EXPECT_TRUE(Contains(result.standardOutput, "  what to do  Check `--queue`")) << result.standardOutput;
+    EXPECT_EQ(result.standardError, "");
+}
+
+TEST(ExplainCommand, SeveralWordsAreOneCode) {
+    const ProgramResult result = RunExplain({"exit", "3"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(Contains(result.standardOutput, "exit code 3")) << result.standardOutput;
+}
+
+TEST(ExplainCommand, AnUnknownCodeIsRefusedWithNearMatches) {
+    const ProgramResult result = RunExplain({"NOT_AUTHORISED"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.standardOutput, "");
+    EXPECT_TRUE(Contains(result.standardError, "mqam explain: there is no code NOT_AUTHORISED"))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "  similar   MQRC_NOT_AUTHORIZED")) << result.standardError;
+}
+
+TEST(ExplainCommand, WithoutACodeItTeachesByExample) {
+    const ProgramResult result = RunExplain({});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(Contains(result.standardOutput, "  mqam explain MQA0151 ")) << result.standardOutput;
+    EXPECT_TRUE(Contains(result.standardOutput, "  mqam explain --list ")) << result.standardOutput;
+}
+
+TEST(ExplainCommand, AListHasItsCodesOnly) {
+    const ProgramResult rules = RunExplain({"--list", "rules"});
+    EXPECT_EQ(rules.exitCode, 0);
+    EXPECT_TRUE(rules.standardOutput.starts_with("H1 ")) << rules.standardOutput;
+    EXPECT_FALSE(Contains(rules.standardOutput, "MQRC_")) << rules.standardOutput;
+    const ProgramResult all = RunExplain({"--list"});
+    EXPECT_EQ(all.exitCode, 0);
+    for (const char* part : {"MQA0143 ", "2085 MQRC_", "34 pmrcFailure", "L13 ", "reasons"})
+        EXPECT_TRUE(Contains(all.standardOutput, part)) << part;
+    EXPECT_EQ(RunExplain({"--list", "everything"}).exitCode, 1);
+}
+
+}  // namespace
