@@ -59,10 +59,10 @@ TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAn
                                      ? "  safe      nothing was loaded: every message is on the queue\n"
                                        "  next      run the same command again\n"
                                      : "  safe      " + std::to_string(fault.loaded) + " records are in " +
-                                           site.Target() + "; what was read behind them is in " +
+                                           site.Target() + "; what was read after them is in " +
                                            site.CheckpointFile() +
                                            " or back on the queue\n"
-                                           "  next      run the same command again: it goes on there\n";
+                                           "  next      run the same command again: it resumes there\n";
         EXPECT_TRUE(site.Error().ends_with(safe)) << fault.plan << "\n" << site.Error();
     }
     RunAllAgain();
@@ -136,7 +136,7 @@ TEST_F(RestartableLoadFailure, ReasonsThatStayAreNotTriedAgain) {
         EXPECT_TRUE(Contains(site.Error(), "\n  reason    " + std::to_string(kFaults[i].second)))
             << site.Error();
         EXPECT_FALSE(Contains(site.Error(), "attempt ")) << site.Error();
-        EXPECT_TRUE(Contains(site.Error(), "  next      put that right, then run the same command again"))
+        EXPECT_TRUE(Contains(site.Error(), "  next      fix that, then run the same command again"))
             << site.Error();
     }
     RunAllAgain();
@@ -195,8 +195,8 @@ TEST_F(RestartableLoadFailure, T2_AFullTargetDiskEndsTheLifeAndTheSameCommandCom
     site.Wait();
     EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "mqam load: cannot write to " + site.Target() + ": ")) << site.Error();
-    EXPECT_TRUE(Contains(site.Error(),
-                         "  next      put that right, then run the same command again: it goes on there\n"))
+    EXPECT_TRUE(
+        Contains(site.Error(), "  next      fix that, then run the same command again: it resumes there\n"))
         << site.Error();
     EXPECT_GT(std::stoi(site.Stored("records")), 0);
     site.Run();
@@ -211,7 +211,7 @@ TEST_F(RestartableLoadFailure, AFullDiskUnderTheRestartFileEndsTheLifeAndTheSame
     EXPECT_TRUE(Contains(begin.Error(),
                          "mqam load: cannot replace restart file " + begin.RestartFile() + ": " + kNoSpace +
                              "\n  safe      nothing was loaded: every message is on the queue\n  next      "
-                             "put that right, then run the same command again\n"))
+                             "fix that, then run the same command again\n"))
         << begin.Error();
     EXPECT_EQ(begin.Depth(), 10);
     EXPECT_FALSE(fs::exists(begin.Target()));
@@ -250,7 +250,7 @@ TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenFor
         EXPECT_EQ(site.Error(), "mqam load: " + site.Target() +
                                     " cannot be examined: " + std::strerror(ELOOP) +
                                     "\n  safe      nothing was loaded: every message is on the queue\n"
-                                    "  next      put that right, then run the same command again\n");
+                                    "  next      fix that, then run the same command again\n");
         EXPECT_EQ(site.Depth(), 3);
         fs::remove(site.Target());
     }
@@ -283,9 +283,9 @@ TEST_F(RestartableLoadFailure, RestartInformationThatCannotBeReadIsTriedAgainAnd
     EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
     EXPECT_EQ(site.Error(),
               complaint +
-                  "  safe      what is loaded stays so; how much it is cannot be told while the "
+                  "  safe      what is loaded stays loaded; how much that is cannot be known while the "
                   "restart information cannot be read\n"
-                  "  next      put that right, then run the same command again\n");
+                  "  next      fix that, then run the same command again\n");
     site.Start({"--retry-for", "60"});
     ASSERT_TRUE(site.Program().WaitForError(complaint + "mqam load: attempt 1 in 1 s\n"));
     fs::rename(aside, site.RestartFile());

@@ -125,13 +125,13 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
     LoadSite& none = Add("none", 4);
     ExpectRefusal(
         none, {"--restart", "only"},
-        "mqam load: no load is unfinished (--restart only): " + none.RestartFile() + " holds none\n");
+        "mqam load: no load is unfinished (--restart only): there is none in " + none.RestartFile() + "\n");
 
     LoadSite& unfinished = AddUnfinished("unfinished");
-    ExpectRefusal(unfinished, {"--restart", "never"},
-                  "mqam load: a load begun " + unfinished.Stored("begun") +
-                      " is unfinished (--restart never): 3 records are loaded; run the command without "
-                      "--restart never to go on\n");
+    ExpectRefusal(
+        unfinished, {"--restart", "never"},
+        "mqam load: a load begun " + unfinished.Stored("begun") +
+            " is unfinished (--restart never): 3 records are loaded; run the command without --restart never to resume it\n");
 
     // Nothing was read with this state yet.
     LoadSite& notBegun = Add("not-begun", 4, "MQCONNX 1 fail 2 2059");
@@ -150,7 +150,8 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
     for (const char* policy : {"only", "never", "auto"}) {
         none.Run({"--restart", policy});
         EXPECT_TRUE(none.IsDone());
-        EXPECT_TRUE(Contains(none.Error(), "this load is complete, nothing was loaded now")) << none.Error();
+        EXPECT_TRUE(Contains(none.Error(), "this load is already complete, so nothing was loaded now"))
+            << none.Error();
     }
     fs::remove(none.Target());
     none.Run({"--restart", "only"});
@@ -380,11 +381,12 @@ TEST_F(RestartableLoadRefusal, TheSameCommandAgainTellsThatTheLoadIsCompleteAndD
     for (const Arguments& more : {Arguments{}, Arguments{"--force"}, Arguments{"--quiet"}}) {
         site.Run(more);
         EXPECT_TRUE(site.IsDone());
-        EXPECT_EQ(site.Error(), "mqam load: this load is complete, nothing was loaded now: begun " +
-                                    site.Stored("begun") + ", it has put 4 records into " + site.Target() +
-                                    "\n  next      to load more into it give --append; to load anew move it "
-                                    "away, or delete what is kept of the load (" +
-                                    site.RestartFile() + ")\n");
+        EXPECT_EQ(
+            site.Error(),
+            "mqam load: this load is already complete, so nothing was loaded now: it began " +
+                site.Stored("begun") + " and put 4 records into " + site.Target() +
+                "\n  next      to load more into it, give --append; to load from scratch, move it away, or delete what is kept of the load (" +
+                site.RestartFile() + ")\n");
         EXPECT_EQ(ReadFileIfAny(site.RestartFile()), receipt);
     }
     // Messages that arrived in the meantime stay where they are until someone decides.
@@ -443,7 +445,7 @@ TEST_F(RestartableLoadRefusal, H24_ALoadThatIsFinishedIsCleanedUpByTheNextComman
     WriteBytesTo(site.CheckpointFile(), CheckpointBytes(3, {"message 4 of finished"}));
     std::ofstream(site.Path("log")) << "messages";
     site.Run();
-    EXPECT_TRUE(Contains(site.Error(), "this load is complete")) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), "this load is already complete")) << site.Error();
     EXPECT_TRUE(site.IsDone());
 }
 

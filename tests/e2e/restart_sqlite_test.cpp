@@ -130,7 +130,7 @@ TEST_F(SqliteLoad, InOneGoEveryMessageIsARowAndTheStateIsAReceipt) {
     EXPECT_EQ(RowsOf(unnamed, "records"), unnamed.Messages());
     // The same command again.
     site.Run({"--force"});
-    EXPECT_TRUE(Contains(site.Error(), "this load is complete")) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), "this load is already complete")) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "(row 'orders' of table mqam_restart in " + site.Path("db") + ")\n"))
         << site.Error();
     EXPECT_TRUE(IsDone(site));
@@ -341,7 +341,7 @@ TEST_F(SqliteLoad, ADatabaseThatSomebodyKeepsLockedEndsTheLifeAndTheSameCommandC
     EXPECT_TRUE(Contains(
         begin.Error(),
         "mqam load: " + begin.Path("db") +
-            ": it cannot be opened: database is locked; another program is using the database: let it finish\n  safe      what is loaded stays so; how much it is cannot be told"))
+            ": it cannot be opened: database is locked; another program is using the database: let it finish\n  safe      what is loaded stays loaded; how much that is cannot be known"))
         << begin.Error();
     EXPECT_EQ(middle.Result().exitCode, 3) << middle.Error();
     for (LoadSite* site : {&begin, &middle})

@@ -43,7 +43,7 @@ TEST_F(RestartableLoad, InOneGoItLeavesTheTargetAndAReceiptAndNothingElse) {
     EXPECT_EQ(usual.Stored("target-length"), std::to_string(usual.Lines().size()));
     EXPECT_EQ(usual.Error(), "mqam load: end of the queue: the load is done\n  records   10\n  bytes     " +
                                  usual.Stored("bytes") + "\n  begun     " + usual.Stored("begun") +
-                                 "\n  lives     2\n  elapsed   0:0" +
+                                 "\n  attempts  2\n  elapsed   0:0" +
                                  usual.Error()[usual.Error().find("elapsed   0:0") + 13] + "\n  target    " +
                                  usual.Target() + "\n");
     EXPECT_EQ(empty.Stored("records"), "0");
@@ -217,7 +217,7 @@ TEST_F(RestartableLoad, AKilledCommandTakesItsWorkerWithItAndTheSameCommandGoesO
     site.Set("--rwait", "1");
     // The lock does not refuse it: the worker is gone, or ends within the lock's time limit.
     site.Run();
-    EXPECT_TRUE(Contains(site.Error(), "mqam load: going on with the load begun " + site.Stored("begun") +
+    EXPECT_TRUE(Contains(site.Error(), "mqam load: resuming the load begun " + site.Stored("begun") +
                                            ": 9 records are in " + site.Target() + "\n"))
         << site.Error();
     EXPECT_TRUE(site.IsDone());
@@ -240,10 +240,10 @@ TEST_F(RestartableLoad, AnInterruptEndsItWithEverythingReadStoredAndTheSameComma
     EXPECT_GE(stored, 20U);
     EXPECT_EQ(site.Depth(), kManyMessages - static_cast<int>(stored));
     EXPECT_EQ(ReadFileIfAny(site.Target()), site.Lines(stored));
-    EXPECT_TRUE(Contains(site.Error(), " are in " + site.Target() + "; what was read behind them is in " +
+    EXPECT_TRUE(Contains(site.Error(), " are in " + site.Target() + "; what was read after them is in " +
                                            site.CheckpointFile() +
                                            " or back on the queue\n"
-                                           "  next      run the same command again: it goes on there\n"))
+                                           "  next      run the same command again: it resumes there\n"))
         << site.Error();
     site.Set("--checkpoint-every", "1000");
     RunAllAgain();

@@ -346,7 +346,7 @@ TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     std::ofstream(Path("ck.lock")).flush();
     const ProgramResult again = Load(load);
     EXPECT_EQ(again.exitCode, 0) << again.standardError;
-    EXPECT_TRUE(Contains(again.standardError, "this load is complete")) << again.standardError;
+    EXPECT_TRUE(Contains(again.standardError, "this load is already complete")) << again.standardError;
     EXPECT_FALSE(fs::exists(Path("ck.lock")));
 }
 

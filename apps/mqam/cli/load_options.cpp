@@ -97,7 +97,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         ->check(CLI::Range(1, 2147483647).description(""))
         ->group(kRestartGroup);
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
-    command.add_flag(kReceiptOption, options.workerCompletedBefore, "")->group("");
+    command.add_flag(kCompletedBeforeOption, options.workerCompletedBefore, "")->group("");
     command.add_flag(kFollowsEndOption, options.workerFollowsEnd, "")->group("");
 }
 

@@ -4,26 +4,26 @@
 
 namespace mqam {
 
-bool EndByModule(AttemptResult& outcome, const ModuleSession& session) {
-    outcome.moduleFailure = session.LastFailure();
-    outcome.end = RecoveryOf(outcome.moduleFailure) == Recovery::kPermanent ? AttemptEnd::kModuleRefuses
-                                                                            : AttemptEnd::kModuleFailed;
+bool EndByModule(AttemptResult& result, const ModuleSession& session) {
+    result.moduleFailure = session.LastFailure();
+    result.end = RecoveryOf(result.moduleFailure) == Recovery::kPermanent ? AttemptEnd::kModuleRefuses
+                                                                          : AttemptEnd::kModuleFailed;
     return false;
 }
 
-bool EndByFile(AttemptResult& outcome, const std::string& words) {
-    outcome.end = AttemptEnd::kTargetFailed;
-    outcome.targetFailure = words;
+bool EndByFile(AttemptResult& result, const std::string& error) {
+    result.end = AttemptEnd::kTargetFailed;
+    result.targetFailure = error;
     return false;
 }
 
-bool EndByTarget(AttemptResult& outcome, const Status& failed) {
-    return EndByFile(outcome, failed.Error());
+bool EndByTarget(AttemptResult& result, const Status& failed) {
+    return EndByFile(result, failed.Error());
 }
 
-bool RefuseAttempt(AttemptResult& outcome, const std::string& words) {
-    outcome.end = AttemptEnd::kRefused;
-    outcome.refusal = words;
+bool RefuseAttempt(AttemptResult& result, const std::string& error) {
+    result.end = AttemptEnd::kRefused;
+    result.refusal = error;
     return false;
 }
 

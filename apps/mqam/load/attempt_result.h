@@ -1,4 +1,4 @@
-// How one life of a load that can be restarted ended.
+// How one attempt of a restartable load ended.
 #pragma once
 
 #include <string>
@@ -18,14 +18,15 @@ struct AttemptResult {
     std::string refusal;
 };
 
-// Each notes the end and its reason, and returns false.
+// Each of these records how the attempt ended, and returns false.
 
-/// Of the session's last request.
-bool EndByModule(AttemptResult& outcome, const ModuleSession& session);
-/// Of another file than the target; `words` name it.
-bool EndByFile(AttemptResult& outcome, const std::string& words);
-/// By a call of the target that failed after records were put.
-bool EndByTarget(AttemptResult& outcome, const Status& failed);
-bool RefuseAttempt(AttemptResult& outcome, const std::string& words);
+/// The module failed: the session's last request says how.
+bool EndByModule(AttemptResult& result, const ModuleSession& session);
+/// A file of the load other than the target failed; `error` names it.
+bool EndByFile(AttemptResult& result, const std::string& error);
+/// A call of the target failed.
+bool EndByTarget(AttemptResult& result, const Status& failed);
+/// Nothing was started; `error` says why and what to do.
+bool RefuseAttempt(AttemptResult& result, const std::string& error);
 
 }  // namespace mqam

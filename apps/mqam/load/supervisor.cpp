@@ -17,26 +17,26 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// For a command that is just ending.
+// Long enough for another command that is just ending.
 constexpr int kLockTimeoutSeconds = 2;
-// Each empty message costs a life; a queue whose MQGETs fail at once would cost them without end.
+// Each empty message costs an attempt; without this limit, a queue whose MQGETs fail at once would cost attempts forever.
 constexpr int kAttemptsWithoutProgressMax = 20;
 
-int Refuse(const std::string& words) {
-    PrintMessage("mqam load: " + words + "\n");
+int Refuse(const std::string& error) {
+    PrintMessage("mqam load: " + error + "\n");
     return FindAttemptEnd(AttemptEnd::kRefused).exitCode;
 }
 
-// ---- what is told at the end
+// ---- what is printed at the end
 
 std::string DescribeWhatIsSafe(const Retries& retries) {
     if (!retries.lastRead.IsOk()) {
-        return "what is loaded stays so; how much it is cannot be told while the restart information cannot "
+        return "what is loaded stays loaded; how much that is cannot be known while the restart information cannot "
                "be read";
     }
     if (IsUnfinished(retries.seen)) {
         return FormatRecordsThatAre(retries.seen->records) + " in " + retries.seen->target +
-               "; what was read behind them is in " + retries.seen->checkpointFile + " or back on the queue";
+               "; what was read after them is in " + retries.seen->checkpointFile + " or back on the queue";
     }
     if (IsOver(retries.seen) && !IsEarlierCompletionMarker(retries)) {
         return "every record is in " + retries.seen->target;
@@ -45,20 +45,20 @@ std::string DescribeWhatIsSafe(const Retries& retries) {
 }
 
 constexpr const char* kRunAgain = "run the same command again";
-constexpr const char* kPutRightAndRunAgain = "put that right, then run the same command again";
+constexpr const char* kFixAndRunAgain = "fix that, then run the same command again";
 
-// `next` says what to do first, when there is something.
+// `next` says what to do first.
 void PrintWhatIsSafe(const Retries& retries, const std::string& next = kRunAgain) {
     PrintMessage("  safe      " + DescribeWhatIsSafe(retries) + "\n  next      " + next +
-                 (IsUnfinished(retries.seen) ? ": it goes on there\n" : "\n"));
+                 (IsUnfinished(retries.seen) ? ": it resumes there\n" : "\n"));
 }
 
 int GiveUpOnEarlyEnds(const Retries& retries) {
     PrintMessage(
         "mqam load: the input ended " + std::to_string(kAttemptsWithoutProgressMax) +
-        " times in a row before the read wait interval had passed, with nothing new: either empty messages "
-        "(each one ends a life and is taken off the queue), or MQGETs that fail at once, as on a queue "
-        "that inhibits get\n");
+        " times in a row before the read wait interval had passed, and no record came: either there are "
+        "empty messages (each one ends an attempt and is removed from the queue), or MQGETs fail at once, "
+        "as on a queue that inhibits get\n");
     PrintWhatIsSafe(retries, "look at the queue, then run the same command again");
     return FindAttemptEnd(AttemptEnd::kNoProgress).exitCode;
 }
@@ -69,77 +69,78 @@ int EndOnRequest(const Retries& retries) {
     return FindAttemptEnd(AttemptEnd::kInterrupted).exitCode;
 }
 
-// The attempt has reported how it ended, or RunOneAttempt has.
+// Ends the command after an attempt whose end has been reported.
 int EndWith(AttemptEnd end, const Retries& retries) {
     const AttemptEndRow& row = FindAttemptEnd(end);
     if (row.hint == NextHint::kRunAgain) PrintWhatIsSafe(retries);
-    if (row.hint == NextHint::kFixAndRunAgain) PrintWhatIsSafe(retries, kPutRightAndRunAgain);
+    if (row.hint == NextHint::kFixAndRunAgain) PrintWhatIsSafe(retries, kFixAndRunAgain);
     return row.exitCode;
 }
 
-// ---- the lives
+// ---- the attempts
 
-// Tells of a file that failed before the first life and waits for the next attempt. Returns kExitDone for
-// that, or the exit code when there is none.
-int TryAgainBefore(const std::string& failure, const SupervisorSettings& settings, Retries& retries) {
-    PrintMessage("mqam load: " + failure + "\n");
+// Reports a file error that occurred before the first attempt, then waits. Returns kExitDone if it should be tried
+// again, otherwise the exit code to end with.
+int WaitAfterError(const std::string& error, const SupervisorSettings& settings, Retries& retries) {
+    PrintMessage("mqam load: " + error + "\n");
     if (WaitForNextAttempt(settings.retryForSeconds, retries)) return kExitDone;
     return platform::InterruptForwarded() ? EndOnRequest(retries)
                                           : EndWith(AttemptEnd::kTargetFailed, retries);
 }
 
-// Again and again when the system fails and the user asked for it. Returns an exit code, or kExitDone when it
-// was taken.
+// Acquires the lock; retries if the system fails and the user asked for retries. Returns kExitDone if the lock is
+// acquired, otherwise the exit code to end with.
 int AcquireCommandLock(const SupervisorSettings& settings, Target& target, Retries& retries) {
     for (;;) {
         const Status locked = target.AcquireLock(TargetLock::kCommand, kLockTimeoutSeconds);
         if (locked.IsOk()) return kExitDone;
         if (locked.Code() == StatusCode::kRefused) return Refuse(locked.Error());
-        // The state is read only for the "safe" line, which says so if it cannot be read.
+        // The state is read only for the "safe" line, which has its own wording if the state cannot be read.
         static_cast<void>(ReadFirstState(target, retries));
-        const int exitCode = TryAgainBefore(locked.Error(), settings, retries);
+        const int exitCode = WaitAfterError(locked.Error(), settings, retries);
         if (exitCode != kExitDone) return exitCode;
     }
 }
 
-// Reads what is stored, in the same way.
+// Reads the stored state, with retries and a return value like those of AcquireCommandLock.
 int FetchState(const SupervisorSettings& settings, Target& target, Retries& retries) {
     for (;;) {
         const Status read = ReadFirstState(target, retries);
         if (read.IsOk()) return kExitDone;
         if (read.Code() == StatusCode::kRefused) return Refuse(read.Error());
-        const int exitCode = TryAgainBefore(read.Error(), settings, retries);
+        const int exitCode = WaitAfterError(read.Error(), settings, retries);
         if (exitCode != kExitDone) return exitCode;
     }
 }
 
-// Returns what speaks against a first life, or an empty string.
-std::string FindObstacle(const SupervisorSettings& settings, const Target& target,
-                         const std::optional<RestartState>& state) {
+// Refuses a first attempt that the user does not want, and announces one that resumes a load.
+Status CheckPolicy(const SupervisorSettings& settings, const Target& target,
+                   const std::optional<RestartState>& state) {
     if (settings.restart == RestartPolicy::kOnly && !IsUnfinished(state) && !IsOver(state)) {
-        return "no load is unfinished (--restart only): " + target.StateName() + " holds none";
+        return Status::Refused("no load is unfinished (--restart only): there is none in " +
+                               target.StateName());
     }
-    if (!IsUnfinished(state)) return "";
+    if (!IsUnfinished(state)) return {};
     if (settings.restart == RestartPolicy::kNever) {
-        return "a load begun " + state->begun +
-               " is unfinished (--restart never): " + FormatRecordsThatAre(state->records) +
-               " loaded; run the command without --restart never to go on";
+        return Status::Refused("a load begun " + state->begun +
+                               " is unfinished (--restart never): " + FormatRecordsThatAre(state->records) +
+                               " loaded; run the command without --restart never to resume it");
     }
     if (!settings.quiet) {
-        PrintMessage("mqam load: going on with the load begun " + state->begun + ": " +
+        PrintMessage("mqam load: resuming the load begun " + state->begun + ": " +
                      FormatRecordsThatAre(state->records) + " in " + state->target + "\n");
     }
-    return "";
+    return {};
 }
 
-// Runs one worker. One that was started and ended by itself has reported how; the rest is reported here.
+// Runs one worker. A worker that was started and ended by itself has reported how; everything else is reported here.
 AttemptEnd RunOneAttempt(Target& target, const std::vector<std::string>& arguments, Retries& retries) {
     const Clock::time_point start = Clock::now();
     const WorkerEnd worker = RunWorker(arguments);
     AttemptEnd end = AttemptEndOf(worker);
     NoteProgress(target, retries, Clock::now() - start);
     if (end == AttemptEnd::kLoadDone && !retries.lastRead.IsOk()) {
-        PrintMessage("mqam load: whether the load is done cannot be told: " + retries.lastRead.Error() +
+        PrintMessage("mqam load: it cannot be known whether the load is done: " + retries.lastRead.Error() +
                      "\n");
         return AttemptEnd::kTargetFailed;
     }
@@ -161,12 +162,11 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
     for (;;) {
         if (platform::InterruptForwarded()) return EndOnRequest(retries);
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
-        if (IsEarlierCompletionMarker(retries)) arguments.push_back(kReceiptOption);
+        if (IsEarlierCompletionMarker(retries)) arguments.push_back(kCompletedBeforeOption);
         if (followsEnd) arguments.push_back(kFollowsEndOption);
         const AttemptEnd end = RunOneAttempt(target, arguments, retries);
         const AfterAttempt after = FindAttemptEnd(end).after;
-        // An attempt that follows an end of the input waits only a moment; after it the whole interval counts
-        // again.
+        // An attempt that follows an end of the input waits only a moment; after it the whole interval counts again.
         followsEnd = !followsEnd && after == AfterAttempt::kContinue;
         switch (after) {
             case AfterAttempt::kEndCommand: return EndWith(end, retries);
@@ -186,9 +186,8 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
 int SuperviseLocked(const SupervisorSettings& settings, Target& target, Retries& retries) {
     const int fetched = FetchState(settings, target, retries);
     if (fetched != kExitDone) return fetched;
-    const std::string obstacle = FindObstacle(settings, target, retries.seen);
-    if (!obstacle.empty()) return Refuse(obstacle);
-    return RunAttempts(settings, target, retries);
+    const Status checked = CheckPolicy(settings, target, retries.seen);
+    return checked.IsOk() ? RunAttempts(settings, target, retries) : Refuse(checked.Error());
 }
 
 }  // namespace
@@ -196,7 +195,7 @@ int SuperviseLocked(const SupervisorSettings& settings, Target& target, Retries&
 int SuperviseLoad(const SupervisorSettings& settings, Target& target) {
     Retries retries;
     platform::ForwardInterrupts();
-    // Also between two lives, in a pause above all, no other command is to take the load over.
+    // The lock is held between two attempts as well, above all during a pause, so that no other command takes over.
     const int locked = AcquireCommandLock(settings, target, retries);
     if (locked != kExitDone) return locked;
     const int exitCode = SuperviseLocked(settings, target, retries);

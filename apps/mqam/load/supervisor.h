@@ -1,5 +1,5 @@
-// The command of a load that can be restarted: it looks what was stored, starts a worker for each life, and
-// goes on after a failure when the user asked for that.
+// The command of a restartable load: it reads what is stored, starts a worker for each attempt, and retries after a
+// failure if the user asked for that.
 #pragma once
 
 #include <cstdint>
@@ -20,8 +20,8 @@ struct SupervisorSettings {
     bool quiet = false;
 };
 
-/// Runs the load to its end, or as far as it comes. `target` is used to look at the state between two lives.
-/// Returns the exit code; everything has been told.
+/// Runs the load to its end, or as far as it gets. Reads the state of `target` between two attempts. Returns the exit
+/// code; everything has been reported.
 [[nodiscard]] int SuperviseLoad(const SupervisorSettings& settings, Target& target);
 
 }  // namespace mqam

@@ -22,46 +22,46 @@ namespace {
     platform::ExitImmediately(platform::MarkExitCode(FindAttemptEnd(end).workerCode));
 }
 
-double SecondsSince(std::int64_t epochMilliseconds) {
+double SecondsSince(std::int64_t epochMs) {
     const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(
                          std::chrono::system_clock::now().time_since_epoch())
                          .count();
-    return now > epochMilliseconds ? static_cast<double>(now - epochMilliseconds) / 1000 : 0;
+    return now > epochMs ? static_cast<double>(now - epochMs) / 1000 : 0;
 }
 
-std::string DescribeDone(const WorkerSettings& settings, const AttemptResult& outcome, const Target& target) {
+std::string DescribeDone(const WorkerSettings& settings, const AttemptResult& result, const Target& target) {
     if (settings.quiet) return "";
-    const RestartState& state = outcome.state;
+    const RestartState& state = result.state;
     return "end of the queue: the load is done\n  records   " + FormatCount(state.records) +
-           "\n  bytes     " + FormatCount(state.bytes) + "\n  begun     " + state.begun + "\n  lives     " +
+           "\n  bytes     " + FormatCount(state.bytes) + "\n  begun     " + state.begun + "\n  attempts  " +
            FormatCount(state.attempts) + "\n  elapsed   " +
            FormatElapsed(SecondsSince(settings.commandStartedMs)) + "\n  target    " + target.Name() + "\n";
 }
 
-std::string DescribeReceipt(const RestartState& state, const Target& target) {
-    return "this load is complete, nothing was loaded now: begun " + state.begun + ", it has put " +
+std::string DescribeCompletedLoad(const RestartState& state, const Target& target) {
+    return "this load is already complete, so nothing was loaded now: it began " + state.begun + " and put " +
            FormatRecords(state.records) + " into " + state.target +
-           "\n  next      to load more into it give --append; to load anew move it away, or delete what is "
+           "\n  next      to load more into it, give --append; to load from scratch, move it away, or delete what is "
            "kept of the load (" +
            target.StateName() + ")\n";
 }
 
-// Returns the lines that the user sees, each with its line end; empty when the command has nothing to say.
-std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& outcome, const Target& target) {
-    switch (outcome.end) {
-        case AttemptEnd::kLoadDone: return DescribeDone(settings, outcome, target);
-        case AttemptEnd::kNothingToDo: return DescribeReceipt(outcome.state, target);
+// Returns the lines that the user sees, each with its line end; empty if there is nothing to report.
+std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& result, const Target& target) {
+    switch (result.end) {
+        case AttemptEnd::kLoadDone: return DescribeDone(settings, result, target);
+        case AttemptEnd::kNothingToDo: return DescribeCompletedLoad(result.state, target);
         case AttemptEnd::kInterrupted: return "ended on request\n";
         case AttemptEnd::kTimeout: return "the time-out (--timeout) expired\n";
-        case AttemptEnd::kRefused: return outcome.refusal + "\n";
+        case AttemptEnd::kRefused: return result.refusal + "\n";
         case AttemptEnd::kModuleFailed:
-        case AttemptEnd::kModuleRefuses: return DescribeFailure(outcome.moduleFailure);
-        case AttemptEnd::kTargetFailed: return outcome.targetFailure + "\n";
+        case AttemptEnd::kModuleRefuses: return DescribeFailure(result.moduleFailure);
+        case AttemptEnd::kTargetFailed: return result.targetFailure + "\n";
         default: return "";
     }
 }
 
-[[noreturn]] void Live(const WorkerSettings& settings, Target& target) {
+[[noreturn]] void MakeAttempt(const WorkerSettings& settings, Target& target) {
     // The module prints its report on standard output.
     if (platform::RedirectStdout(platform::ModuleOutput::kDropped) < 0) {
         EndWorker(AttemptEnd::kRefused, std::string("standard output: ") + std::strerror(errno) + "\n");
@@ -73,10 +73,10 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& out
     ProgressCounters counters;
     counters.secondsBefore = SecondsSince(settings.commandStartedMs);
     StartProgress(settings.progress, counters);
-    const AttemptResult outcome =
+    const AttemptResult result =
         RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters);
     StopProgress();
-    EndWorker(outcome.end, DescribeEnd(settings, outcome, target));
+    EndWorker(result.end, DescribeEnd(settings, result, target));
 }
 
 }  // namespace
@@ -84,7 +84,7 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& out
 void RunAsWorker(const WorkerSettings& settings, Target& target) {
     // An exception must not leave by way of main: exit routines of an MQ library may disconnect.
     try {
-        Live(settings, target);
+        MakeAttempt(settings, target);
     } catch (const std::exception& error) {
         EndWorker(AttemptEnd::kModuleFailed, std::string(error.what()) + "\n");
     }

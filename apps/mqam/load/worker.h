@@ -1,4 +1,4 @@
-// A worker of a load that can be restarted: a process that lives one life of the module and ends.
+// A worker of a restartable load: a process that makes one attempt and ends.
 #pragma once
 
 #include <cstdint>
@@ -9,10 +9,10 @@
 
 namespace mqam {
 
-/// The hidden options by which a command starts its workers. The value of the first one is the time at which
-/// the command began, in milliseconds since the system's epoch.
+/// The hidden options with which a command starts its workers. The value of the first one is the time at which the
+/// command started, in milliseconds since the system's epoch.
 inline constexpr char kWorkerOption[] = "--worker-since";
-inline constexpr char kReceiptOption[] = "--worker-meets-receipt";
+inline constexpr char kCompletedBeforeOption[] = "--worker-completed-before";
 inline constexpr char kFollowsEndOption[] = "--worker-follows-end";
 
 struct WorkerSettings {
@@ -24,7 +24,7 @@ struct WorkerSettings {
     AttemptSettings attempt;
 };
 
-/// Lives a life, tells the user how it ended and ends the process.
+/// Makes an attempt, reports how it ended and ends the process.
 [[noreturn]] void RunAsWorker(const WorkerSettings& settings, Target& target);
 
 }  // namespace mqam

@@ -32,11 +32,12 @@ TEST(LoadSupervisorTest, ALoadWhoseEndCannotBeLookedUpIsNotCalledKilled) {
     const int exitCode = SuperviseLoad(SupervisorSettings(), target);
     const std::string told = testing::internal::GetCapturedStderr();
     EXPECT_EQ(exitCode, kExitTargetFailed);
-    EXPECT_EQ(told,
-              "mqam load: whether the load is done cannot be told: cannot read the state: the disk is gone\n"
-              "  safe      what is loaded stays so; how much it is cannot be told while the restart "
-              "information cannot be read\n"
-              "  next      put that right, then run the same command again\n");
+    EXPECT_EQ(
+        told,
+        "mqam load: it cannot be known whether the load is done: cannot read the state: the disk is gone\n"
+        "  safe      what is loaded stays loaded; how much that is cannot be known while the restart "
+        "information cannot be read\n"
+        "  next      fix that, then run the same command again\n");
 }
 
 }  // namespace
