@@ -1,4 +1,4 @@
-// MQGMO_CONVERT.
+// Gets with MQGMO_CONVERT.
 #include <cstring>
 #include <map>
 
@@ -30,7 +30,7 @@ class ConvertTest : public SpoolTest {
     }
 };
 
-TEST_F(ConvertTest, TheCommonPairsConvertThereAndBack) {
+TEST_F(ConvertTest, CommonPairsConvertInBothDirections) {
     // "Grüße, 50 £ ½" in each of the character sets.
     const std::string utf8 =
         "Gr\xC3\xBC\xC3\x9F"
@@ -72,7 +72,7 @@ TEST_F(ConvertTest, TheCommonPairsConvertThereAndBack) {
     ExpectTaken();
 }
 
-TEST_F(ConvertTest, EveryByteOfEverySingleByteSetComesBack) {
+TEST_F(ConvertTest, EveryByteOfEverySingleByteSetSurvivesARoundTrip) {
     std::string all;
     for (int byte = 0; byte < 256; ++byte) {
         all += static_cast<char>(byte);
@@ -86,8 +86,8 @@ TEST_F(ConvertTest, EveryByteOfEverySingleByteSetComesBack) {
     }
 }
 
-TEST_F(ConvertTest, The1200CharacterSetHasTheByteOrderOfTheEncoding) {
-    const std::string clef = "\xF0\x9D\x84\x9E";  // beyond 16 bits
+TEST_F(ConvertTest, CharacterSet1200HasTheByteOrderOfTheEncoding) {
+    const std::string clef = "\xF0\x9D\x84\x9E";  // a character beyond 16 bits
     PutText(clef, 1208);
     EXPECT_EQ("\xD8\x34\xDD\x1E", GetAs(1200, 1000, 273).body);
     PutText("\xD8\x34\xDD\x1E", 1200, "MQSTR   ", 273);
@@ -96,7 +96,7 @@ TEST_F(ConvertTest, The1200CharacterSetHasTheByteOrderOfTheEncoding) {
     EXPECT_EQ(clef, GetAs(1208).body);
 }
 
-TEST_F(ConvertTest, DataAlreadyAsWantedIsGivenAsItIsWhateverItsFormat) {
+TEST_F(ConvertTest, DataInTheWantedFormIsReturnedUnchangedWhateverItsFormat) {
     const std::string body("\xFF\0x", 3);
     PutText(body, 819, "        ");
     const Got got = GetAs(819);
@@ -113,7 +113,7 @@ TEST_F(ConvertTest, ZeroMeansTheQueueManagersCharacterSet) {
     EXPECT_EQ(819, got.md.CodedCharSetId);
 }
 
-TEST_F(ConvertTest, OtherFormatsAre2110WithTheDataAsItWasAndTaken) {
+TEST_F(ConvertTest, OtherFormatsAre2110AndTheMessageIsTakenUnconverted) {
     for (const char* format : {"        ", "OURS    "}) {
         PutText("\xFC", 819, format);
         const Got got = GetAs(1208);
@@ -149,7 +149,7 @@ TEST_F(ConvertTest, UnknownByteOrdersAre2112And2116WhereTheyMatter) {
     ExpectTaken();
 }
 
-TEST_F(ConvertTest, WhatCannotBeConvertedIs2119WithTheDataAsItWas) {
+TEST_F(ConvertTest, TextThatCannotBeConvertedIs2119AndReturnedUnconverted) {
     const std::string euro = "5 \xE2\x82\xAC";
     for (const std::string& text :
          {euro, std::string("\xC3("), std::string("\xED\xA0\x80"), std::string("\xC0\x80"),
@@ -168,7 +168,7 @@ TEST_F(ConvertTest, WhatCannotBeConvertedIs2119WithTheDataAsItWas) {
     ExpectTaken();
 }
 
-TEST_F(ConvertTest, GrowingBeyondTheBufferIs2120WithTheDataAsItWasAndTaken) {
+TEST_F(ConvertTest, GrowingBeyondTheBufferIs2120AndTheMessageIsTakenUnconverted) {
     PutText("\xFC\xFC\xFC", 819);
     const Got got = GetAs(1208, 5);
     EXPECT_EQ(WarnedWith(mqi::MQRC_CONVERTED_MSG_TOO_BIG), got.codes);

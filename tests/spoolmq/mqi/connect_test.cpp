@@ -22,7 +22,7 @@ Codes Connx(const MqLibrary& library, const std::string& name, mqi::MQCNO* cno, 
     return codes;
 }
 
-TEST_F(ConnectTest, NamedQueueManagerAnswersAndHandleIsUnusableAfterDisconnect) {
+TEST_F(ConnectTest, ANamedQueueManagerConnectsAndTheHandleIsUnusableAfterDisconnect) {
     ASSERT_EQ(kDone, Connect("QM1", &connection_));
     EXPECT_GT(connection_, 0);
     EXPECT_EQ(kDone, Disconnect(&connection_));
@@ -30,34 +30,34 @@ TEST_F(ConnectTest, NamedQueueManagerAnswersAndHandleIsUnusableAfterDisconnect) 
     EXPECT_EQ(FailedWith(mqi::MQRC_HCONN_ERROR), Disconnect(&connection_));
 }
 
-TEST_F(ConnectTest, NothingStaysInTheFolderAfterDisconnect) {
+TEST_F(ConnectTest, NothingIsLeftInTheDirectoryAfterDisconnect) {
     ASSERT_EQ(kDone, Connect("QM1", &connection_));
     EXPECT_FALSE(AreUnitsEmpty());
     ASSERT_EQ(kDone, Disconnect(&connection_));
     EXPECT_TRUE(AreUnitsEmpty());
 }
 
-TEST_F(ConnectTest, UnknownQueueManagerIs2058) {
+TEST_F(ConnectTest, AnUnknownQueueManagerIs2058) {
     EXPECT_EQ(FailedWith(MQRC_Q_MGR_NAME_ERROR), Connect("NOWHERE", &connection_));
     EXPECT_EQ(FailedWith(MQRC_Q_MGR_NAME_ERROR), Connect("../QM1", &connection_));
     EXPECT_EQ(-1, connection_);
 }
 
-TEST_F(ConnectTest, WithoutSpoolFolderIs2059) {
+TEST_F(ConnectTest, WithoutASpoolDirectoryAConnectIs2059) {
     SetEnvironment("SPOOLMQ_DIR", "");
     EXPECT_EQ(FailedWith(MQRC_Q_MGR_NOT_AVAILABLE), Connect("QM1", &connection_));
 }
 
-TEST_F(ConnectTest, BlankNameMeansTheOnlyQueueManager) {
+TEST_F(ConnectTest, ABlankNameMeansTheOnlyQueueManager) {
     EXPECT_EQ(kDone, Connect("", &connection_));
 }
 
-TEST_F(ConnectTest, BlankNameAmongSeveralMeansTheOneMarkedDefault) {
+TEST_F(ConnectTest, ABlankNameMeansTheDefaultOfSeveralQueueManagers) {
     std::filesystem::create_directory(Path("QM2"));
     EXPECT_EQ(FailedWith(MQRC_Q_MGR_NAME_ERROR), Connect("", &connection_));
     WriteAll(Path("QM2/qmgr.ini"), "default = yes\n");
     ASSERT_EQ(kDone, Connect("", &connection_));
-    // The same thread gets the same handle for the same queue manager only.
+    // A thread gets its handle again, but only for the same queue manager.
     MQHCONN again = -1;
     EXPECT_EQ(FailedWith(mqi::MQRC_ANOTHER_Q_MGR_CONNECTED), Connect("QM1", &again));
     EXPECT_EQ(WarnedWith(mqi::MQRC_ALREADY_CONNECTED), Connect("QM2", &again));
@@ -73,7 +73,7 @@ TEST_F(ConnectTest, ANameIsReadUpToItsFirstNul) {
     EXPECT_EQ(kDone, codes);
 }
 
-TEST_F(ConnectTest, SharedHandlesHaveNoLimitOfOne) {
+TEST_F(ConnectTest, AThreadCanHaveSeveralSharedHandles) {
     MQHCONN second = -1;
     ASSERT_EQ(kDone, ConnectShared("QM1", &connection_));
     ASSERT_EQ(kDone, ConnectShared("QM1", &second));
@@ -81,7 +81,7 @@ TEST_F(ConnectTest, SharedHandlesHaveNoLimitOfOne) {
     EXPECT_EQ(kDone, Disconnect(&second));
 }
 
-TEST_F(ConnectTest, StatesOfTheQueueManagerAnswerWithTheirReasons) {
+TEST_F(ConnectTest, EachStateOfTheQueueManagerHasItsReason) {
     SetQmgr("state = quiescing\n");
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_MGR_QUIESCING), Connect("QM1", &connection_));
     SetQmgr("state = stopping\n");
@@ -92,18 +92,18 @@ TEST_F(ConnectTest, StatesOfTheQueueManagerAnswerWithTheirReasons) {
     EXPECT_EQ(kDone, Connect("QM1", &connection_));
 }
 
-TEST_F(ConnectTest, AWrongAttributeFileIsToldAndFailsWith2195) {
+TEST_F(ConnectTest, AnInvalidAttributeFileIsReportedAndIs2195) {
     SetQmgr("# comment\nstate = sleeping\n");
     testing::internal::CaptureStderr();
     EXPECT_EQ(FailedWith(mqi::MQRC_UNEXPECTED_ERROR), Connect("QM1", &connection_));
-    const std::string told = testing::internal::GetCapturedStderr();
+    const std::string printed = testing::internal::GetCapturedStderr();
     EXPECT_NE(std::string::npos,
-              told.find("qmgr.ini, line 2: state is \"sleeping\" but takes one of: running "
-                        "quiescing stopping ended"))
-        << told;
+              printed.find("qmgr.ini, line 2: state is \"sleeping\" but takes one of: running "
+                           "quiescing stopping ended"))
+        << printed;
 }
 
-TEST_F(ConnectTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingBehindItTouched) {
+TEST_F(ConnectTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingAfterItIsTouched) {
     const std::size_t lengths[] = {12, 24, 152, 168, 200, 224, 256, 272};
     for (MQLONG version = 1; version <= 8; ++version) {
         const std::size_t length = lengths[version - 1];
@@ -178,17 +178,17 @@ TEST_F(ConnectTest, ANoBlockHandleInUseIs2219) {
     EXPECT_EQ(FailedWith(mqi::MQRC_CALL_IN_PROGRESS), codes);
     MQHCONN other = -1;
     MQHOBJ object = -1;
-    ConnectBeside(&other, &object);
+    ConnectAgain(&other, &object);
     EXPECT_EQ(kDone, Put(other, object, "end"));
     waiting.join();
     EXPECT_EQ(kDone, Disconnect(&other));
 }
 
 TEST_F(ConnectTest, TheEndOfAThreadBacksOutItsUnsharedConnection) {
-    MQHCONN beside = -1;
+    MQHCONN other = -1;
     MQHOBJ object = -1;
-    ConnectBeside(&beside, &object);
-    ASSERT_EQ(kDone, Put(beside, object, "m"));
+    ConnectAgain(&other, &object);
+    ASSERT_EQ(kDone, Put(other, object, "m"));
     std::thread([&] {
         MQHCONN own = -1;
         MQHOBJ queue = -1;
@@ -196,12 +196,12 @@ TEST_F(ConnectTest, TheEndOfAThreadBacksOutItsUnsharedConnection) {
         EXPECT_EQ(kDone, Open(own, "Q", kInputShared, &queue));
         EXPECT_EQ("m", Get(own, queue, kSync).body);
     }).join();
-    EXPECT_EQ(kDone, Disconnect(&beside));
+    EXPECT_EQ(kDone, Disconnect(&other));
     EXPECT_TRUE(AreUnitsEmpty());
     EXPECT_EQ(std::vector<std::string>({"m~1"}), Drain());
 }
 
-// Clients: the other library, or the option, or the environment.
+// Client connections, made by the client library, the option or the environment.
 
 mqi::MQCDStart NewCd(MQLONG maxMessageLength) {
     mqi::MQCDStart cd{};
@@ -221,7 +221,7 @@ Codes ConnectClient(const MqLibrary& library, MQLONG options, mqi::MQCDStart* cd
     return Connx(library, "QM1", &cno, connection);
 }
 
-TEST_F(ConnectTest, AClientsBufferAboveTheChannelsLimitIs2010) {
+TEST_F(ConnectTest, AClientBufferAboveTheChannelLimitIs2010) {
     mqi::MQCDStart cd = NewCd(1000);
     ASSERT_EQ(kDone, ConnectClient(MqClient(), 0, &cd, &connection_));
     Codes codes;
@@ -246,7 +246,7 @@ TEST_F(ConnectTest, ALocalConnectionHasNoChannelLimitEvenWithAChannelDefinition)
     EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), Get(connection_, object_, kNoSync, 5000).codes);
 }
 
-TEST_F(ConnectTest, TheServersEndOfTheChannelLimitsToo) {
+TEST_F(ConnectTest, TheServerEndOfTheChannelHasALimitToo) {
     SetQmgr("channel_max_message_length = 500\n");
     mqi::MQCDStart cd = NewCd(1000);
     ASSERT_EQ(kDone, ConnectClient(Mq(), mqi::MQCNO_CLIENT_BINDING, &cd, &connection_));
@@ -254,7 +254,7 @@ TEST_F(ConnectTest, TheServersEndOfTheChannelLimitsToo) {
     EXPECT_EQ(FailedWith(mqi::MQRC_DATA_LENGTH_ERROR), Get(connection_, object_, kNoSync, 501).codes);
 }
 
-TEST_F(ConnectTest, ChannelAndListenerAreHeldAgainstTheAttributes) {
+TEST_F(ConnectTest, ChannelAndListenerMustMatchTheAttributes) {
     mqi::MQCDStart cd = NewCd(1000);
     SetQmgr("channel = OTHER.SVRCONN\n");
     EXPECT_EQ(FailedWith(mqi::MQRC_UNKNOWN_CHANNEL_NAME), ConnectClient(MqClient(), 0, &cd, &connection_));
@@ -264,7 +264,7 @@ TEST_F(ConnectTest, ChannelAndListenerAreHeldAgainstTheAttributes) {
     EXPECT_EQ(kDone, ConnectClient(Mq(), mqi::MQCNO_CLIENT_BINDING, &cd, &connection_));
 }
 
-TEST_F(ConnectTest, ABrokenChannelDefinitionIs2277AndATwiceAddressedOne2278) {
+TEST_F(ConnectTest, AnInvalidChannelDefinitionIs2277AndOneGivenTwiceIs2278) {
     mqi::MQCDStart cd = NewCd(1000);
     cd.Version = 14;
     EXPECT_EQ(FailedWith(mqi::MQRC_CD_ERROR), ConnectClient(MqClient(), 0, &cd, &connection_));
@@ -274,13 +274,13 @@ TEST_F(ConnectTest, ABrokenChannelDefinitionIs2277AndATwiceAddressedOne2278) {
     EXPECT_EQ(FailedWith(mqi::MQRC_CLIENT_CONN_ERROR), Connx(MqClient(), "QM1", &cno, &connection_));
 }
 
-TEST_F(ConnectTest, LocalBindingThroughTheClientLibraryIs2012) {
+TEST_F(ConnectTest, ALocalBindingThroughTheClientLibraryIs2012) {
     mqi::MQCNO cno = NewCno();
     cno.Options = mqi::MQCNO_LOCAL_BINDING;
     EXPECT_EQ(FailedWith(mqi::MQRC_ENVIRONMENT_ERROR), Connx(MqClient(), "QM1", &cno, &connection_));
 }
 
-TEST_F(ConnectTest, MqConnectTypeClientMakesAStandardConnectionAClients) {
+TEST_F(ConnectTest, MqConnectTypeClientMakesAStandardConnectionAClientConnection) {
     SetEnvironment("MQ_CONNECT_TYPE", "CLIENT");
     SetQmgr("channel_max_message_length = 500\n");
     ConnectAndOpen();

@@ -3,11 +3,11 @@
 
 namespace {
 
-class FaultTest : public SpoolTest {
+class FaultsTest : public SpoolTest {
   protected:
-    /// What an actor logs under a plan.
+    /// Returns what an actor logs under a plan.
     std::vector<std::string> LogUnder(const std::string& plan, const std::vector<std::string>& steps) {
-        ForgetLogs();
+        RemoveLogs();
         SetEnvironment("SPOOLMQ_FAULTS", plan);
         EXPECT_EQ(0, RunActor(steps));
         SetEnvironment("SPOOLMQ_FAULTS", "");
@@ -20,7 +20,7 @@ class FaultTest : public SpoolTest {
 
 using Lines = std::vector<std::string>;
 
-TEST_F(FaultTest, AFailedCallHasNoEffect) {
+TEST_F(FaultsTest, AFailedCallHasNoEffect) {
     PutAll(3);
     EXPECT_EQ(Lines({"got m-0", "MQGET 2/2102", "got m-1", "MQCMIT 2/2195"}),
               LogUnder("MQGET 2 fail 2 2102\nMQCMIT 1 fail 2 2195",
@@ -28,7 +28,7 @@ TEST_F(FaultTest, AFailedCallHasNoEffect) {
     EXPECT_EQ(Lines({"m-0~1", "m-1~1", "m-2"}), Drain());
 }
 
-TEST_F(FaultTest, ACallThatFailsAfterwardsHasTakenEffect) {
+TEST_F(FaultsTest, ACallThatFailsAfterwardsTakesEffect) {
     PutAll(2);
     EXPECT_EQ(Lines({"got m-0", "MQCMIT 2/2195"}),
               LogUnder("MQCMIT 1 fail-after 2 2195",
@@ -36,14 +36,14 @@ TEST_F(FaultTest, ACallThatFailsAfterwardsHasTakenEffect) {
     EXPECT_EQ(Lines({"m-1"}), Drain());
 }
 
-TEST_F(FaultTest, AWarningComesWithTheEffect) {
+TEST_F(FaultsTest, ACallWithAWarningTakesEffect) {
     PutAll(1);
     EXPECT_EQ(Lines({"MQGET 1/2110"}),
               LogUnder("MQGET 1 warn 2110", {"connect", "QM1", "open", "Q", "2", "get", "1"}));
     EXPECT_TRUE(Drain().empty());
 }
 
-TEST_F(FaultTest, CallsAreGivenAsNumberRangeOpenEndOrAll) {
+TEST_F(FaultsTest, CallsAreGivenAsANumberARangeAnOpenRangeOrAll) {
     const Lines steps = {"connect", "QM1", "open", "Q", "16", "put", "m", "6"};
     EXPECT_EQ(Lines({"MQPUT 2/2053", "MQPUT 2/2053", "MQPUT 2/2051", "MQPUT 2/2051"}),
               LogUnder("MQPUT 2-3 fail 2 2053; MQPUT 5+ fail 2 2051", steps));
@@ -51,7 +51,7 @@ TEST_F(FaultTest, CallsAreGivenAsNumberRangeOpenEndOrAll) {
     EXPECT_EQ(Lines({"m-0", "m-3"}), Drain());
 }
 
-TEST_F(FaultTest, ABrokenConnectionIsDeadAndBackedOut) {
+TEST_F(FaultsTest, ABrokenConnectionIsDeadAndBackedOut) {
     PutAll(2);
     EXPECT_EQ(Lines({"got m-0", "MQGET 2/2009", "MQCMIT 2/2009", "MQDISC 2/2009", "MQCMIT 2/2018"}),
               LogUnder("MQGET 2 fail 2 2009",
@@ -59,7 +59,7 @@ TEST_F(FaultTest, ABrokenConnectionIsDeadAndBackedOut) {
     EXPECT_EQ(Lines({"m-0~1", "m-1"}), Drain());
 }
 
-TEST_F(FaultTest, AConnectionThatBreaksAfterTheCommitHasCommitted) {
+TEST_F(FaultsTest, AConnectionThatBreaksAfterTheCommitHasCommitted) {
     PutAll(2);
     EXPECT_EQ(Lines({"got m-0", "MQCMIT 2/2009", "MQGET 2/2009"}),
               LogUnder("MQCMIT 1 fail-after 2 2009",
@@ -67,7 +67,7 @@ TEST_F(FaultTest, AConnectionThatBreaksAfterTheCommitHasCommitted) {
     EXPECT_EQ(Lines({"m-1"}), Drain());
 }
 
-TEST_F(FaultTest, ADoomedUnitOfWorkCanOnlyBeBackedOut) {
+TEST_F(FaultsTest, ARollbackOnlyUnitOfWorkCanOnlyBeBackedOut) {
     PutAll(3);
     EXPECT_EQ(Lines({"got m-0", "MQGET 2/2003", "MQGET 2/2003", "MQCMIT 1/2003", "got m-0"}),
               LogUnder("MQGET 2 fail 2 2003", {"connect", "QM1", "open", "Q", "2", "get-sync", "3", "commit",
@@ -75,7 +75,7 @@ TEST_F(FaultTest, ADoomedUnitOfWorkCanOnlyBeBackedOut) {
     EXPECT_EQ(Lines({"m-0~2", "m-1", "m-2"}), Drain());
 }
 
-TEST_F(FaultTest, ACommitReportedAsBackedOutIsBackedOut) {
+TEST_F(FaultsTest, ACommitReportedAsBackedOutIsBackedOut) {
     PutAll(1);
     EXPECT_EQ(Lines({"got m-0", "MQCMIT 1/2003"}),
               LogUnder("MQCMIT 1 fail 1 2003",
@@ -83,7 +83,7 @@ TEST_F(FaultTest, ACommitReportedAsBackedOutIsBackedOut) {
     EXPECT_EQ(Lines({"m-0~1"}), Drain());
 }
 
-TEST_F(FaultTest, APlanMayStandInAFileWithComments) {
+TEST_F(FaultsTest, APlanCanBeInAFileWithComments) {
     WriteAll(std::filesystem::path(Root()) / "plan",
              "# the second open\nMQOPEN 2 fail 2 2035  # not authorised\n\n");
     SetEnvironment("SPOOLMQ_FAULT_FILE", Root() + "/plan");
@@ -91,24 +91,24 @@ TEST_F(FaultTest, APlanMayStandInAFileWithComments) {
               LogUnder("", {"connect", "QM1", "open", "Q", "16", "open", "Q", "16", "open", "Q", "16"}));
 }
 
-TEST_F(FaultTest, ConnectsCanFailToo) {
+TEST_F(FaultsTest, ConnectsCanFailToo) {
     EXPECT_EQ(Lines({"MQCONN 2/2538"}),
               LogUnder("MQCONN 1 fail 2 2538", {"connect", "QM1", "connect", "QM1"}));
 }
 
-class FaultPlanText : public SpoolTest,
-                      public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+class InvalidFaultPlan : public SpoolTest,
+                         public testing::WithParamInterface<std::pair<const char*, const char*>> {};
 
-TEST_P(FaultPlanText, IsToldOnStandardErrorWithLineAndReason) {
+TEST_P(InvalidFaultPlan, IsReportedOnStandardErrorWithLineAndReason) {
     SetEnvironment("SPOOLMQ_FAULTS", GetParam().first);
     testing::internal::CaptureStderr();
     EXPECT_EQ(FailedWith(mqi::MQRC_UNEXPECTED_ERROR), Connect("QM1", &connection_));
-    const std::string told = testing::internal::GetCapturedStderr();
-    EXPECT_NE(std::string::npos, told.find(GetParam().second)) << told;
+    const std::string printed = testing::internal::GetCapturedStderr();
+    EXPECT_NE(std::string::npos, printed.find(GetParam().second)) << printed;
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    WrongPlans, FaultPlanText,
+    Each, InvalidFaultPlan,
     testing::Values(
         std::make_pair("MQGET 5\n", "SPOOLMQ_FAULTS, line 1 \"MQGET 5\": a line has at least three words"),
         std::make_pair("\nMQFLY 1 fail 2 2009", "line 2 \"MQFLY 1 fail 2 2009\": \"MQFLY\" is not a verb"),
@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(
         std::make_pair("MQGET 1 kill later", "the action is not one of"),
         std::make_pair("point got 1 fail", "a point line reads: point NAME CALLS kill")));
 
-TEST_F(FaultTest, AMissingPlanFileIsTold) {
+TEST_F(FaultsTest, AMissingPlanFileIsReported) {
     SetEnvironment("SPOOLMQ_FAULT_FILE", Root() + "/nowhere");
     testing::internal::CaptureStderr();
     EXPECT_EQ(FailedWith(mqi::MQRC_UNEXPECTED_ERROR), Connect("QM1", &connection_));

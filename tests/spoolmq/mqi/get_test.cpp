@@ -20,7 +20,7 @@ class GetTest : public SpoolTest {
     }
 };
 
-/// Something that happens on another thread after a moment.
+/// Runs the action on another thread after a moment.
 std::thread Later(const std::function<void()>& action) {
     return std::thread([action] {
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
@@ -28,7 +28,7 @@ std::thread Later(const std::function<void()>& action) {
     });
 }
 
-TEST_F(GetTest, MessagesComeInOrderOfArrival) {
+TEST_F(GetTest, MessagesAreReturnedInOrderOfArrival) {
     std::vector<std::string> bodies;
     for (int i = 0; i < 300; ++i) {
         bodies.push_back(std::to_string(i));
@@ -37,7 +37,7 @@ TEST_F(GetTest, MessagesComeInOrderOfArrival) {
     EXPECT_EQ(bodies, Drain());
 }
 
-TEST_F(GetTest, AnyBytesComeBackAsTheyWere) {
+TEST_F(GetTest, AnyBytesAreReturnedUnchanged) {
     std::string bytes;
     for (int i = 0; i < 100000; ++i) {
         bytes += static_cast<char>(i * 7 + i / 256);
@@ -47,7 +47,7 @@ TEST_F(GetTest, AnyBytesComeBackAsTheyWere) {
     EXPECT_EQ(std::string("\0\n\r\n\0", 5), GetOne().body);
 }
 
-TEST_F(GetTest, TheMessageFileIsTheBodyAndNothingElse) {
+TEST_F(GetTest, TheMessageFileContainsTheBodyAndNothingElse) {
     PutAll({"body"});
     ASSERT_EQ(1U, MessageFiles().size());
     EXPECT_EQ("body", ReadAll(QueuePath() / MessageFiles()[0]));
@@ -55,7 +55,7 @@ TEST_F(GetTest, TheMessageFileIsTheBodyAndNothingElse) {
     EXPECT_TRUE(MessageFiles().empty());
 }
 
-TEST_F(GetTest, EmptyQueueIs2033AtOnceAndTheDescriptorStays) {
+TEST_F(GetTest, AnEmptyQueueIs2033AtOnceAndLeavesTheDescriptorUnchanged) {
     const Got got = GetOne();
     EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), got.codes);
     const mqi::MQMD untouched = NewMd();
@@ -70,7 +70,7 @@ TEST_F(GetTest, AnEmptyMessageIsAMessage) {
     EXPECT_EQ(WarnedWith(MQRC_TRUNCATED_MSG_FAILED), GetOne(kNoSync, 0).codes);
 }
 
-TEST_F(GetTest, ATooSmallBufferLeavesTheMessageWithItsLengthAndLeadingBytesTold) {
+TEST_F(GetTest, ABufferThatIsTooSmallGetsLengthAndLeadingBytesAndLeavesTheMessage) {
     PutAll({"0123456789", "next"});
     for (int i = 0; i < 2; ++i) {
         const Got got = GetOne(kSync, 4);
@@ -80,7 +80,7 @@ TEST_F(GetTest, ATooSmallBufferLeavesTheMessageWithItsLengthAndLeadingBytesTold)
         EXPECT_NE(0, got.md.MsgId[0]);
         EXPECT_EQ(0, got.md.BackoutCount);
     }
-    // It took no part in the unit of work, so backing out changes nothing.
+    // The get was not part of the unit of work, so a back-out changes nothing.
     ASSERT_EQ(kDone, BackOut(connection_));
     const Got got = GetOne(kSync, 10);
     EXPECT_EQ("0123456789", got.body);
@@ -110,7 +110,7 @@ TEST_F(GetTest, NoMoreThanTheMessageIsWrittenToTheBuffer) {
     EXPECT_EQ("abc#####", std::string(buffer, 8));
 }
 
-TEST_F(GetTest, TheDescriptorIsThatOfTheMessage) {
+TEST_F(GetTest, TheDescriptorOfTheMessageIsReturned) {
     mqi::MQMD md = NewMd(2);
     std::memcpy(md.Format, "MQSTR   ", 8);
     std::memcpy(md.CorrelId, "correlation identifier..", 24);
@@ -140,7 +140,7 @@ TEST_F(GetTest, TheDescriptorIsThatOfTheMessage) {
     EXPECT_EQ(std::string(md.PutTime, 8), std::string(got.md.PutTime, 8));
 }
 
-TEST_F(GetTest, WhatWasLeftToQueueAndQueueManagerIsDecidedInTheDescriptor) {
+TEST_F(GetTest, TheDescriptorHasTheValuesThatWereLeftToQueueAndQueueManager) {
     SetQmgr("ccsid = 850\n");
     SetQueue("default_priority = 7\ndefault_persistence = no\n");
     PutAll({"m"});
@@ -150,7 +150,7 @@ TEST_F(GetTest, WhatWasLeftToQueueAndQueueManagerIsDecidedInTheDescriptor) {
     EXPECT_EQ(0, got.md.Persistence);
 }
 
-TEST_F(GetTest, EveryPublishedVersionOfBothStructuresIsServedAndNothingBehindItTouched) {
+TEST_F(GetTest, EveryPublishedVersionOfBothStructuresIsAcceptedAndNothingAfterItIsTouched) {
     const std::size_t mdLengths[] = {324, 364};
     const std::size_t gmoLengths[] = {72, 80, 100, 112};
     for (MQLONG mdVersion = 1; mdVersion <= 2; ++mdVersion) {
@@ -230,7 +230,7 @@ TEST_F(GetTest, AHandleNotOpenForInputIs2037AndNotForBrowse2036) {
               Get(connection_, input, mqi::MQGMO_BROWSE_FIRST).codes);
 }
 
-// Waiting
+// Waiting.
 
 TEST_F(GetTest, AWaitEndsWith2033AfterItsInterval) {
     mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
@@ -240,10 +240,10 @@ TEST_F(GetTest, AWaitEndsWith2033AfterItsInterval) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
 }
 
-TEST_F(GetTest, AMessageThatArrivesEndsAWaitForEver) {
+TEST_F(GetTest, AMessageThatArrivesEndsAnUnlimitedWait) {
     MQHCONN other = -1;
     MQHOBJ object = -1;
-    ConnectBeside(&other, &object);
+    ConnectAgain(&other, &object);
     std::thread later = Later([&] { EXPECT_EQ(kDone, Put(other, object, "at last")); });
     mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
     gmo.WaitInterval = -1;
@@ -255,7 +255,7 @@ TEST_F(GetTest, AMessageThatArrivesEndsAWaitForEver) {
 TEST_F(GetTest, ACommitElsewhereEndsAWait) {
     MQHCONN other = -1;
     MQHOBJ object = -1;
-    ConnectBeside(&other, &object);
+    ConnectAgain(&other, &object);
     ASSERT_EQ(kDone, Put(other, object, "committed", kSync));
     EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetOne().codes);
     std::thread later = Later([&] { EXPECT_EQ(kDone, Commit(other)); });
@@ -266,7 +266,7 @@ TEST_F(GetTest, ACommitElsewhereEndsAWait) {
     EXPECT_EQ(kDone, Disconnect(&other));
 }
 
-TEST_F(GetTest, AWaitEndsWhenTheQueueOrItsManagerSaysSo) {
+TEST_F(GetTest, AWaitEndsWhenTheStateOfQueueOrQueueManagerChanges) {
     const auto waitFor = [&](MQLONG options) {
         mqi::MQGMO gmo = NewGmo(kNoSync | kWait | options);
         gmo.WaitInterval = -1;
@@ -299,7 +299,7 @@ TEST_F(GetTest, OneArrivalWakesOneOfSeveralWaiters) {
         threads.emplace_back([&] {
             MQHCONN connection = -1;
             MQHOBJ object = -1;
-            ConnectBeside(&connection, &object);
+            ConnectAgain(&connection, &object);
             mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
             gmo.WaitInterval = 700;
             if (GetWith(connection, object, NewMd(), gmo).codes == kDone) {
@@ -316,20 +316,20 @@ TEST_F(GetTest, OneArrivalWakesOneOfSeveralWaiters) {
     EXPECT_EQ(1, got);
 }
 
-TEST_F(GetTest, DeletedQueueIs2052) {
+TEST_F(GetTest, ADeletedQueueIs2052) {
     ASSERT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetOne().codes);
     std::error_code failure;
     std::filesystem::rename(QueuePath(), std::filesystem::path(Root()) / "QM1" / "GONE", failure);
     if (failure) {
-        GTEST_SKIP() << "this system does not let a folder in use go: " << failure.message();
+        GTEST_SKIP() << "the system does not delete a directory that is in use: " << failure.message();
     }
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_DELETED), GetOne().codes);
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_DELETED), Put(connection_, object_, "m"));
 }
 
-// Selection
+// Selection.
 
-TEST_F(GetTest, IdentifiersSelectAndZerosMatchEverything) {
+TEST_F(GetTest, IdentifiersSelectMessagesAndZerosMatchEverything) {
     std::vector<mqi::MQMD> descriptors;
     for (int i = 0; i < 3; ++i) {
         mqi::MQMD md = NewMd();
@@ -345,32 +345,32 @@ TEST_F(GetTest, IdentifiersSelectAndZerosMatchEverything) {
     wanted = NewMd();
     wanted.CorrelId[0] = 1;
     EXPECT_EQ("2", GetWith(connection_, object_, wanted, NewGmo(kNoSync)).body);
-    // With version 2 the match options say what counts.
+    // From version 2 on, the match options decide which identifiers are compared.
     mqi::MQGMO gmo = NewGmo(kNoSync, 2);
     gmo.MatchOptions = 0;
     EXPECT_EQ("0", GetWith(connection_, object_, wanted, gmo).body);
 }
 
-TEST_F(GetTest, AWaitForAnIdentifierPassesOverOtherMessages) {
+TEST_F(GetTest, AWaitForAnIdentifierSkipsOtherMessages) {
     PutAll({"other"});
-    MQHCONN beside = -1;
+    MQHCONN other = -1;
     MQHOBJ object = -1;
-    ConnectBeside(&beside, &object);
+    ConnectAgain(&other, &object);
     mqi::MQMD wanted = NewMd();
     wanted.CorrelId[5] = 9;
     std::thread later = Later([&] {
         mqi::MQMD md = wanted;
-        EXPECT_EQ(kDone, PutWith(beside, object, "wanted", &md));
+        EXPECT_EQ(kDone, PutWith(other, object, "wanted", &md));
     });
     mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
     gmo.WaitInterval = -1;
     EXPECT_EQ("wanted", GetWith(connection_, object_, wanted, gmo).body);
     later.join();
     EXPECT_EQ("other", GetOne().body);
-    EXPECT_EQ(kDone, Disconnect(&beside));
+    EXPECT_EQ(kDone, Disconnect(&other));
 }
 
-// Browsing
+// Browsing.
 
 TEST_F(GetTest, BrowsingShowsEveryMessageAndTakesNone) {
     PutAll({"a", "b", "c"});
@@ -395,7 +395,7 @@ TEST_F(GetTest, TheMessageUnderTheCursorCanBeTaken) {
     EXPECT_EQ(std::vector<std::string>({"a", "c"}), Drain());
 }
 
-// States
+// States of queue and queue manager.
 
 TEST_F(GetTest, InhibitedGetsAre2016) {
     PutAll({"m"});
@@ -405,14 +405,14 @@ TEST_F(GetTest, InhibitedGetsAre2016) {
     EXPECT_EQ("m", GetOne().body);
 }
 
-TEST_F(GetTest, QuiescingFailsOnlyThoseWhoAskedForIt) {
+TEST_F(GetTest, QuiescingFailsOnlyCallsWithFailIfQuiescing) {
     PutAll({"m"});
     SetQmgr("state = quiescing\n");
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_MGR_QUIESCING), GetOne(kNoSync | mqi::MQGMO_FAIL_IF_QUIESCING).codes);
     EXPECT_EQ("m", GetOne().body);
 }
 
-TEST_F(GetTest, AttributesThatBecomeWrongAreToldAndTheLastGoodOnesStay) {
+TEST_F(GetTest, AttributesThatBecomeInvalidAreReportedAndTheLastValidOnesApply) {
     PutAll({"m"});
     SetQueue("get = sometimes\n");
     testing::internal::CaptureStderr();

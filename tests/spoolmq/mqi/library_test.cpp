@@ -1,11 +1,11 @@
-// What the libraries export.
+// The exports of the libraries.
 #include <gtest/gtest.h>
 
 #include "tests/spoolmq/support/mq_client.h"
 
 namespace {
 
-// What IBM's Node.js binding looks up, and the rest of the verbs.
+// The verbs that IBM's Node.js binding looks up, and the remaining ones.
 const char* const kVerbs[] = {"MQCONN",  "MQCONNX", "MQDISC",  "MQOPEN",  "MQCLOSE", "MQPUT1",  "MQPUT",
                               "MQGET",   "MQINQ",   "MQSET",   "MQBEGIN", "MQCMIT",  "MQBACK",  "MQSTAT",
                               "MQCB",    "MQCTL",   "MQSUB",   "MQSUBRQ", "MQCRTMH", "MQDLTMH", "MQSETMP",
@@ -20,7 +20,7 @@ TEST_P(LibraryTest, ExportsEveryVerb) {
     EXPECT_EQ(nullptr, FindVerb(MqLibraryPath(GetParam()), "MQNOTHING"));
 }
 
-TEST_P(LibraryTest, VerbsThatAreNotServedAre2298) {
+TEST_P(LibraryTest, UnsupportedVerbsAre2298) {
     const std::string library = MqLibraryPath(GetParam());
     Codes codes;
     MQLONG* const cc = &codes.compCode;

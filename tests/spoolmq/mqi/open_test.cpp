@@ -1,4 +1,4 @@
-// MQOPEN, MQCLOSE, MQINQ.
+// MQOPEN and MQCLOSE.
 #include <cstring>
 
 #include "tests/spoolmq/support/spool_test.h"
@@ -16,9 +16,9 @@ class OpenTest : public SpoolTest {
     }
     Codes OpenQ(MQLONG options) { return Open(connection_, "Q", options, &object_); }
 
-    /// Whether another program meets the queue open in a way that excludes this open.
+    /// Opens the queue from another program and returns what that logs.
     std::vector<std::string> OpenElsewhere(const std::string& options) {
-        ForgetLogs();
+        RemoveLogs();
         RunActor({"connect", "QM1", "open", "Q", options, "disc"});
         return Log();
     }
@@ -27,7 +27,7 @@ class OpenTest : public SpoolTest {
 const std::vector<std::string> kInUse = {"MQOPEN 2/2042"};
 const std::vector<std::string> kNoTrouble = {};
 
-TEST_F(OpenTest, UnknownQueueIs2085AndLeavesAnUnusableHandle) {
+TEST_F(OpenTest, AnUnknownQueueIs2085AndTheHandleIsUnusable) {
     object_ = 5;
     EXPECT_EQ(FailedWith(MQRC_UNKNOWN_OBJECT_NAME), Open(connection_, "NOWHERE", kInputShared, &object_));
     EXPECT_EQ(-1, object_);
@@ -36,12 +36,12 @@ TEST_F(OpenTest, UnknownQueueIs2085AndLeavesAnUnusableHandle) {
     EXPECT_EQ(FailedWith(MQRC_UNKNOWN_OBJECT_NAME), Open(connection_, ".units", kInputShared, &object_));
 }
 
-TEST_F(OpenTest, ASlashInAQueueNameIsWrittenInTheFolderAsPercent2F) {
+TEST_F(OpenTest, ASlashInAQueueNameIsPercent2FInItsDirectory) {
     std::filesystem::create_directory(std::filesystem::path(Root()) / "QM1" / "A%2FB.C");
     EXPECT_EQ(kDone, Open(connection_, "A/B.C", kInputShared, &object_));
 }
 
-TEST_F(OpenTest, EveryPublishedVersionOfTheDescriptorIsAcceptedAndNothingBehindItTouched) {
+TEST_F(OpenTest, EveryPublishedVersionOfTheDescriptorIsAcceptedAndNothingAfterItIsTouched) {
     const std::size_t lengths[] = {168, 208, 344, 424};
     for (MQLONG version = 1; version <= 4; ++version) {
         const std::size_t length = lengths[version - 1];
@@ -121,14 +121,14 @@ TEST_F(OpenTest, AQueueThatIsNotShareableMakesEveryInputExclusive) {
     EXPECT_EQ(kInUse, OpenElsewhere("2"));
 }
 
-TEST_F(OpenTest, AsTheQueueDefinesIsSharedUnlessTheQueueSaysExclusive) {
+TEST_F(OpenTest, InputAsTheQueueDefinesIsSharedUnlessTheQueueSaysExclusive) {
     ASSERT_EQ(kDone, OpenQ(MQOO_INPUT_AS_Q_DEF));
     EXPECT_EQ(kNoTrouble, OpenElsewhere("1"));
     SetQueue("default_open = exclusive\n");
     EXPECT_EQ(kInUse, OpenElsewhere("1"));
 }
 
-TEST_F(OpenTest, AnExclusiveReaderThatIsKilledNoLongerExcludes) {
+TEST_F(OpenTest, AnExclusiveReaderThatIsKilledNoLongerExcludesOthers) {
     ChildProcess reader = StartActor({"connect", "QM1", "open", "Q", "4", "say", "open", "hold"});
     WaitForLog("open");
     EXPECT_EQ(FailedWith(MQRC_OBJECT_IN_USE), OpenQ(kInputShared));
@@ -137,7 +137,7 @@ TEST_F(OpenTest, AnExclusiveReaderThatIsKilledNoLongerExcludes) {
     EXPECT_EQ(kDone, OpenQ(kInputExclusive));
 }
 
-TEST_F(OpenTest, QuiescingFailsOnlyThoseWhoAskedForIt) {
+TEST_F(OpenTest, QuiescingFailsOnlyCallsWithFailIfQuiescing) {
     SetQmgr("state = quiescing\n");
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_MGR_QUIESCING), OpenQ(kInputShared | MQOO_FAIL_IF_QUIESCING));
     EXPECT_EQ(kDone, OpenQ(kInputShared));
@@ -161,89 +161,11 @@ TEST_F(OpenTest, CloseOptionsOfDynamicQueuesAre2045) {
     EXPECT_EQ(FailedWith(mqi::MQRC_OPTION_NOT_VALID_FOR_TYPE), codes);
 }
 
-TEST_F(OpenTest, CallsOnAHandleThatWasNeverGivenOutAre2018) {
+TEST_F(OpenTest, CallsWithAHandleThatWasNeverAssignedAre2018) {
     EXPECT_EQ(FailedWith(mqi::MQRC_HCONN_ERROR), Commit(0));
     EXPECT_EQ(FailedWith(mqi::MQRC_HCONN_ERROR), BackOut(-1));
     EXPECT_EQ(FailedWith(mqi::MQRC_HCONN_ERROR), Open(12345, "Q", kInputShared, &object_));
     EXPECT_EQ(FailedWith(mqi::MQRC_HCONN_ERROR), Get(12345, 2, kNoSync).codes);
-}
-
-// MQINQ
-
-TEST_F(OpenTest, InquiryTellsTheAttributesOfTheQueue) {
-    SetQueue("max_depth = 77\nbackout_threshold = 5\nbackout_queue = Q.BACKOUT\nget = disabled\n");
-    ASSERT_EQ(kDone, OpenQ(kInquire));
-    const MQLONG selectors[] = {15, 2016, 22, 9, 20, 23, 13, 2019, 16, 4};
-    MQLONG numbers[8] = {};
-    char text[96];
-    Codes codes;
-    Mq().Inq(connection_, object_, 10, selectors, 8, numbers, 96, text, &codes.compCode, &codes.reason);
-    ASSERT_EQ(kDone, codes);
-    const MQLONG expected[] = {77, 5, 1, 1, 1, 104857600, 1, 2};
-    EXPECT_EQ(0, std::memcmp(expected, numbers, sizeof expected));
-    EXPECT_EQ("Q" + std::string(47, ' ') + "Q.BACKOUT" + std::string(39, ' '), std::string(text, 96));
-}
-
-TEST_F(OpenTest, InquiryTellsTheAttributesOfTheQueueManager) {
-    SetQmgr("ccsid = 819\nmax_uncommitted = 12\n");
-    mqi::MQOD od = NewOd("");
-    od.ObjectType = mqi::MQOT_Q_MGR;
-    ASSERT_EQ(kDone, OpenWith(&od, kInquire));
-    EXPECT_EQ(819, Inquire(connection_, object_, 2));
-    EXPECT_EQ(12, Inquire(connection_, object_, 33));
-    const MQLONG selector = 2015;
-    char name[48];
-    Codes codes;
-    Mq().Inq(connection_, object_, 1, &selector, 0, nullptr, 48, name, &codes.compCode, &codes.reason);
-    EXPECT_EQ("QM1" + std::string(45, ' '), std::string(name, 48));
-}
-
-TEST_F(OpenTest, InquiryWithoutRoomFillsWhatFitsAndWarns) {
-    ASSERT_EQ(kDone, OpenQ(kInquire));
-    const MQLONG selectors[] = {15, 23, 2016};
-    MQLONG number = -1;
-    char text[4] = {};
-    Codes codes;
-    Mq().Inq(connection_, object_, 2, selectors, 1, &number, 0, nullptr, &codes.compCode, &codes.reason);
-    EXPECT_EQ(WarnedWith(mqi::MQRC_INT_ATTR_COUNT_TOO_SMALL), codes);
-    EXPECT_EQ(999999999, number);
-    Mq().Inq(connection_, object_, 1, selectors + 2, 0, nullptr, 4, text, &codes.compCode, &codes.reason);
-    EXPECT_EQ(WarnedWith(mqi::MQRC_CHAR_ATTRS_TOO_SHORT), codes);
-    EXPECT_EQ("Q   ", std::string(text, 4));
-}
-
-TEST_F(OpenTest, InquiryRefusesUnknownSelectorsAndHandlesNotOpenForIt) {
-    ASSERT_EQ(kDone, OpenQ(kInquire));
-    MQLONG number = -1;
-    Codes codes;
-    MQLONG selector = 1999;
-    Mq().Inq(connection_, object_, 1, &selector, 1, &number, 0, nullptr, &codes.compCode, &codes.reason);
-    EXPECT_EQ(FailedWith(mqi::MQRC_SELECTOR_ERROR), codes);
-    selector = 2015;
-    Mq().Inq(connection_, object_, 1, &selector, 1, &number, 0, nullptr, &codes.compCode, &codes.reason);
-    EXPECT_EQ(FailedWith(mqi::MQRC_SELECTOR_NOT_FOR_TYPE), codes);
-    ASSERT_EQ(kDone, Close(connection_, &object_));
-    ASSERT_EQ(kDone, OpenQ(kInputShared));
-    selector = 3;
-    Mq().Inq(connection_, object_, 1, &selector, 1, &number, 0, nullptr, &codes.compCode, &codes.reason);
-    EXPECT_EQ(FailedWith(mqi::MQRC_NOT_OPEN_FOR_INQUIRE), codes);
-}
-
-TEST_F(OpenTest, DepthCountsUncommittedMessagesAndInputCountLivingReaders) {
-    ASSERT_EQ(kDone, OpenQ(kInputShared | kOutput | kInquire));
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(kDone, Put(connection_, object_, "m"));
-    }
-    ASSERT_EQ(kDone, Put(connection_, object_, "m", kSync));
-    ASSERT_EQ(kDone, Get(connection_, object_, kSync).codes);
-    EXPECT_EQ(4, Inquire(connection_, object_, 3));
-    EXPECT_EQ(1, Inquire(connection_, object_, 17));
-    ChildProcess reader = StartActor({"connect", "QM1", "open", "Q", "2", "say", "open", "hold"});
-    WaitForLog("open");
-    EXPECT_EQ(2, Inquire(connection_, object_, 17));
-    KillChild(reader);
-    WaitForChild(&reader);
-    EXPECT_EQ(1, Inquire(connection_, object_, 17));
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ bool AreEqual(const MQBYTE* a, const MQBYTE* b) {
     return std::memcmp(a, b, 24) == 0;
 }
 
-TEST_F(PutTest, IdentifiersAreMadeWhereNoneIsGivenAndNeverTwice) {
+TEST_F(PutTest, IdentifiersAreMadeWhereNoneIsGivenAndNeverRepeated) {
     mqi::MQMD first = NewMd();
     mqi::MQMD second = NewMd();
     ASSERT_EQ(kDone, PutWith(connection_, object_, "1", &first));
@@ -39,7 +39,7 @@ TEST_F(PutTest, IdentifiersAreMadeWhereNoneIsGivenAndNeverTwice) {
     EXPECT_FALSE(AreEqual(third.CorrelId, second.CorrelId));
 }
 
-TEST_F(PutTest, TheContextTellsWhoAndWhen) {
+TEST_F(PutTest, TheContextRecordsWhoPutTheMessageAndWhen) {
     mqi::MQMD md = NewMd();
     ASSERT_EQ(kDone, PutWith(connection_, object_, "m", &md));
     EXPECT_EQ(0, std::string(md.PutApplName, 28).find("spoolmq_verbs_test"))
@@ -47,13 +47,13 @@ TEST_F(PutTest, TheContextTellsWhoAndWhen) {
     EXPECT_EQ(8U, std::string(md.PutDate, 8).find_first_not_of("0123456789") == std::string::npos ? 8U : 0U);
     EXPECT_EQ('2', md.PutDate[0]);
     EXPECT_NE(0, md.PutApplType);
-    mqi::MQMD none = NewMd();
-    ASSERT_EQ(kDone, PutWith(connection_, object_, "m", &none, kNoSync | mqi::MQPMO_NO_CONTEXT));
-    EXPECT_EQ(std::string(28, ' '), std::string(none.PutApplName, 28));
-    EXPECT_EQ(0, none.PutApplType);
+    mqi::MQMD noContext = NewMd();
+    ASSERT_EQ(kDone, PutWith(connection_, object_, "m", &noContext, kNoSync | mqi::MQPMO_NO_CONTEXT));
+    EXPECT_EQ(std::string(28, ' '), std::string(noContext.PutApplName, 28));
+    EXPECT_EQ(0, noContext.PutApplType);
 }
 
-TEST_F(PutTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingBehindItTouched) {
+TEST_F(PutTest, EveryPublishedVersionOfTheOptionsIsAcceptedAndNothingAfterItIsTouched) {
     const std::size_t lengths[] = {128, 160, 184};
     for (MQLONG version = 1; version <= 3; ++version) {
         const std::size_t length = lengths[version - 1];
@@ -100,7 +100,7 @@ TEST_F(PutTest, WrongArgumentsAreRefusedAndPutNothing) {
     EXPECT_TRUE(MessageFiles().empty());
 }
 
-TEST_F(PutTest, LimitsOfQueueAndQueueManagerHold) {
+TEST_F(PutTest, LimitsOfQueueAndQueueManagerAreEnforced) {
     SetQueue("max_message_length = 5\nmax_depth = 2\n");
     EXPECT_EQ(FailedWith(mqi::MQRC_MSG_TOO_BIG_FOR_Q), Put(connection_, object_, "123456"));
     EXPECT_EQ(kDone, Put(connection_, object_, "12345"));
@@ -118,7 +118,7 @@ TEST_F(PutTest, AHandleNotOpenForOutputIs2039) {
     EXPECT_EQ(FailedWith(mqi::MQRC_NOT_OPEN_FOR_OUTPUT), Put(connection_, input, "m"));
 }
 
-TEST_F(PutTest, QuiescingFailsOnlyThoseWhoAskedForIt) {
+TEST_F(PutTest, QuiescingFailsOnlyCallsWithFailIfQuiescing) {
     SetQmgr("state = quiescing\n");
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_MGR_QUIESCING),
               Put(connection_, object_, "m", kNoSync | mqi::MQPMO_FAIL_IF_QUIESCING));
@@ -135,7 +135,7 @@ TEST_F(PutTest, Put1OpensPutsAndCloses) {
     EXPECT_EQ(std::vector<std::string>({"one", "two"}), Drain());
 }
 
-TEST_F(PutTest, Put1OnUnknownQueueIs2085) {
+TEST_F(PutTest, Put1OnAnUnknownQueueIs2085) {
     mqi::MQOD od = NewOd("NOWHERE");
     EXPECT_EQ(FailedWith(MQRC_UNKNOWN_OBJECT_NAME), PutOne(&od, "m", kNoSync));
     od.Version = 9;

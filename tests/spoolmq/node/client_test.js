@@ -1,7 +1,9 @@
-// A real client that none of us wrote, IBM's Node.js binding, works on the stand-in queue manager: it connects, puts, gets with wait,
-// backs out, commits, inquires and disconnects. It loads libmqm_r.so from LD_LIBRARY_PATH; SPOOLMQ_DIR holds queue manager QM1 with the empty
-// queue Q1. The messages that it leaves on the queue are for the module to read: their bytes go to the file named as the argument,
-// each behind its length, 4 bytes little-endian.
+// A client from outside this project, IBM's Node.js binding, uses the stand-in queue manager: it connects, puts, gets with a
+// wait, backs out, commits, inquires and disconnects. It loads libmqm_r.so from LD_LIBRARY_PATH. SPOOLMQ_DIR contains the
+// queue manager QM1 with the empty queue Q1.
+//
+// The messages that it leaves on the queue are for the module to read. It writes their bytes to the file named by the
+// argument, each after its length (4 bytes, little-endian).
 "use strict";
 
 const assert = require("node:assert/strict");
@@ -10,7 +12,7 @@ const mq = require("ibmmq");
 
 const MQC = mq.MQC;
 
-// The binding's synchronous calls hand their outcome to a callback.
+// The synchronous calls of the binding pass their result to a callback.
 function call(verb, ...parameters) {
   let outcome;
   verb(...parameters, (error, result) => {
@@ -55,14 +57,14 @@ const od = new mq.MQOD();
 od.ObjectName = "Q1";
 const queue = call(mq.OpenSync, connection, od, MQC.MQOO_INPUT_SHARED | MQC.MQOO_OUTPUT | MQC.MQOO_INQUIRE);
 
-// An empty queue: 2033 after the wait.
+// On an empty queue, a get returns 2033 after its wait.
 assert.throws(() => get(queue, wait | MQC.MQGMO_NO_SYNCPOINT, 50), { mqrc: MQC.MQRC_NO_MSG_AVAILABLE });
 
-// A put outside syncpoint is there at once, with its identifier and without a back-out.
+// A put outside syncpoint is available at once, with its identifier and a back-out count of 0.
 const sent = put(queue, binary, MQC.MQPMO_NO_SYNCPOINT);
 assert.equal(depth(queue), 1);
 
-// Got under syncpoint and backed out: it is back, and says so.
+// A message got under syncpoint and backed out returns with its back-out count raised.
 let got = get(queue, wait | MQC.MQGMO_SYNCPOINT, 1000);
 assert.deepEqual(got.body, binary);
 assert.deepEqual(got.md.MsgId, sent.MsgId);
@@ -72,12 +74,12 @@ got = get(queue, wait | MQC.MQGMO_SYNCPOINT, 1000);
 assert.deepEqual(got.body, binary);
 assert.equal(got.md.BackoutCount, 1);
 
-// Committed: it is gone.
+// After a commit it is gone.
 call(mq.Cmit, connection);
 assert.equal(depth(queue), 0);
 assert.throws(() => get(queue, wait | MQC.MQGMO_NO_SYNCPOINT, 0), { mqrc: MQC.MQRC_NO_MSG_AVAILABLE });
 
-// Puts under syncpoint: all of them at the commit, in order.
+// Puts under syncpoint become available with the commit, in order.
 const left = [binary, Buffer.from("an order\n"), Buffer.alloc(100000, "x"), Buffer.from("ü", "utf8")];
 for (const body of left) put(queue, body, MQC.MQPMO_SYNCPOINT);
 call(mq.Cmit, connection);

@@ -1,4 +1,4 @@
-// Files that somebody copies or renames into a queue folder.
+// Files that someone copies or renames into the directory of a queue.
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif
@@ -12,7 +12,7 @@
 
 namespace {
 
-class FileTest : public SpoolTest {
+class CopiedFilesTest : public SpoolTest {
   protected:
     void SetUp() override {
         SetQueue("settle_ms = 0\n");
@@ -32,7 +32,7 @@ class FileTest : public SpoolTest {
     }
 };
 
-TEST_F(FileTest, AFileCopiedIntoTheFolderIsAMessage) {
+TEST_F(CopiedFilesTest, AFileCopiedIntoTheDirectoryIsAMessage) {
     WriteQueueFile("order.csv", std::string("a;b\n\0c", 6));
     const Got got = GetWaiting();
     EXPECT_EQ(std::string("a;b\n\0c", 6), got.body);
@@ -44,7 +44,7 @@ TEST_F(FileTest, AFileCopiedIntoTheFolderIsAMessage) {
     EXPECT_TRUE(MessageFiles().empty());
 }
 
-TEST_F(FileTest, FormatAndCharacterSetOfFilesAreTheQueues) {
+TEST_F(CopiedFilesTest, FilesHaveFormatAndCharacterSetOfTheQueue) {
     SetQueue("settle_ms = 0\nfile_format = MQSTR\nfile_ccsid = 819\n");
     WriteQueueFile("text", "t");
     const Got got = GetWaiting();
@@ -52,7 +52,7 @@ TEST_F(FileTest, FormatAndCharacterSetOfFilesAreTheQueues) {
     EXPECT_EQ(819, got.md.CodedCharSetId);
 }
 
-TEST_F(FileTest, FilesAndPutMessagesComeInOrderOfArrival) {
+TEST_F(CopiedFilesTest, FilesAndPutMessagesAreReturnedInOrderOfArrival) {
     const auto pause = [] { std::this_thread::sleep_for(std::chrono::milliseconds(40)); };
     ASSERT_EQ(kDone, Put(connection_, object_, "1"));
     pause();
@@ -67,13 +67,13 @@ TEST_F(FileTest, FilesAndPutMessagesComeInOrderOfArrival) {
     EXPECT_EQ(std::vector<std::string>({"1", "2", "3", "4", "5"}), Drain());
 }
 
-TEST_F(FileTest, HiddenFilesFoldersAndFilesStillBeingCopiedAreNoMessages) {
+TEST_F(CopiedFilesTest, HiddenFilesDirectoriesAndFilesStillBeingCopiedAreNotMessages) {
     WriteQueueFile(".hidden", "x");
     WriteQueueFile("a.tmp", "x");
     WriteQueueFile("b.part", "x");
     WriteQueueFile("c~", "x");
-    std::filesystem::create_directory(QueuePath() / "folder");
-    WriteQueueFile("folder/d", "x");
+    std::filesystem::create_directory(QueuePath() / "directory");
+    WriteQueueFile("directory/d", "x");
     std::this_thread::sleep_for(std::chrono::milliseconds(40));
     EXPECT_EQ(FailedWith(MQRC_NO_MSG_AVAILABLE), GetOne().codes);
     std::filesystem::rename(QueuePath() / "a.tmp", QueuePath() / "a");
@@ -81,7 +81,7 @@ TEST_F(FileTest, HiddenFilesFoldersAndFilesStillBeingCopiedAreNoMessages) {
 }
 
 #ifndef _WIN32
-TEST_F(FileTest, PipesAndLinksThatLeadNowhereAreNoMessagesAndHoldNobodyUp) {
+TEST_F(CopiedFilesTest, PipesAndLinksThatLeadNowhereAreNotMessagesAndBlockNoOne) {
     for (const char* name : {"pipe", "20260101-000000-000000001.msg"}) {
         ASSERT_EQ(0, mkfifo((QueuePath() / name).c_str(), 0600));
     }
@@ -93,7 +93,7 @@ TEST_F(FileTest, PipesAndLinksThatLeadNowhereAreNoMessagesAndHoldNobodyUp) {
     EXPECT_EQ("file", GetWaiting().body);
 }
 
-TEST_F(FileTest, AMessageThatHasBecomeAPipeSinceTheListingIsPassedOver) {
+TEST_F(CopiedFilesTest, AMessageThatHasBecomeAPipeSinceTheListingIsSkipped) {
     ASSERT_EQ(kDone, Put(connection_, object_, "1"));
     ASSERT_EQ(kDone, Put(connection_, object_, "2"));
     ASSERT_EQ(kDone, Put(connection_, object_, "3"));
@@ -104,7 +104,7 @@ TEST_F(FileTest, AMessageThatHasBecomeAPipeSinceTheListingIsPassedOver) {
     EXPECT_EQ("3", GetOne().body);
 }
 
-TEST_F(FileTest, APipeInThePlaceOfTheAttributesFailsTheOpen) {
+TEST_F(CopiedFilesTest, APipeInPlaceOfTheAttributesFailsTheOpen) {
     std::filesystem::remove(QueuePath() / ".queue.ini");
     ASSERT_EQ(0, mkfifo((QueuePath() / ".queue.ini").c_str(), 0600));
     MQHOBJ object = -1;
@@ -112,7 +112,7 @@ TEST_F(FileTest, APipeInThePlaceOfTheAttributesFailsTheOpen) {
 }
 #endif
 
-TEST_F(FileTest, AFileIsTakenOnlyWhenItsLastWriteIsLongEnoughAgo) {
+TEST_F(CopiedFilesTest, AFileIsTakenOnlyWhenItsLastWriteIsLongEnoughAgo) {
     SetQueue("settle_ms = 600\n");
     WriteQueueFile("growing", "half");
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -121,13 +121,13 @@ TEST_F(FileTest, AFileIsTakenOnlyWhenItsLastWriteIsLongEnoughAgo) {
     EXPECT_EQ("half and half", GetWaiting().body);
 }
 
-TEST_F(FileTest, AFileRenamedIntoPlaceIsTakenWithoutThatPause) {
+TEST_F(CopiedFilesTest, AFileRenamedIntoPlaceIsTakenAtOnce) {
     SetQueue("settle_ms = 3600000\n");
     RenameIntoPlace("whole", "whole");
     EXPECT_EQ("whole", GetWaiting().body);
 }
 
-TEST_F(FileTest, AFileThatArrivesEndsAWait) {
+TEST_F(CopiedFilesTest, AFileThatArrivesEndsAWait) {
     std::thread later([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
         RenameIntoPlace("late", "late");
@@ -138,7 +138,7 @@ TEST_F(FileTest, AFileThatArrivesEndsAWait) {
     later.join();
 }
 
-TEST_F(FileTest, ABackedOutFileKeepsItsPlaceIdentifierAndName) {
+TEST_F(CopiedFilesTest, ABackedOutFileKeepsItsPlaceIdentifierAndName) {
     WriteQueueFile("order.csv", "1");
     const Got first = GetWaiting();
     ASSERT_EQ("1", first.body);
@@ -157,7 +157,7 @@ TEST_F(FileTest, ABackedOutFileKeepsItsPlaceIdentifierAndName) {
     EXPECT_EQ("3", GetOne().body);
 }
 
-TEST_F(FileTest, TwoFilesOfOneNameWithinAUnitOfWorkAreBothKept) {
+TEST_F(CopiedFilesTest, TwoFilesOfTheSameNameInAUnitOfWorkAreBothKept) {
     WriteQueueFile("same", "1");
     ASSERT_EQ("1", GetWaiting().body);
     for (const char* body : {"a", "b", "c"}) {
@@ -170,7 +170,7 @@ TEST_F(FileTest, TwoFilesOfOneNameWithinAUnitOfWorkAreBothKept) {
     EXPECT_EQ(std::vector<std::string>({"a~1", "b~1", "c~1"}), Drain());
 }
 
-TEST_F(FileTest, ALongFileNameIsCutAtItsFront) {
+TEST_F(CopiedFilesTest, ALongFileNameLosesItsBeginning) {
     WriteQueueFile(std::string(230, 'n') + ".end", "long");
     mqi::MQGMO gmo = NewGmo(kSync | kWait);
     gmo.WaitInterval = 10000;
@@ -179,7 +179,7 @@ TEST_F(FileTest, ALongFileNameIsCutAtItsFront) {
     EXPECT_EQ(std::vector<std::string>({"long~1"}), Drain());
 }
 
-TEST_F(FileTest, AMessageMovedToAnotherQueueByHandStaysAMessage) {
+TEST_F(CopiedFilesTest, AMessageMovedToAnotherQueueByHandIsStillAMessage) {
     std::filesystem::create_directory(std::filesystem::path(Root()) / "QM1" / "R");
     ASSERT_EQ(kDone, Put(connection_, object_, "moved"));
     const std::string name = MessageFiles().at(0);
@@ -190,8 +190,8 @@ TEST_F(FileTest, AMessageMovedToAnotherQueueByHandStaysAMessage) {
     EXPECT_EQ("moved", Get(connection_, other, kNoSync).body);
 }
 
-// Where the system lets a mapped file be cut, touching what is missing ends the process.
-TEST_F(FileTest, CountersThatAreCutShortAreMadeAnewAndNothingIsLost) {
+// On a system that lets a mapped file be cut short, accessing the missing part would end the process.
+TEST_F(CopiedFilesTest, CountersThatAreCutShortAreCreatedAgainAndNothingIsLost) {
     const std::filesystem::path qmgr = std::filesystem::path(Root()) / "QM1";
     const auto cut = [&](std::uintmax_t bytes) {
         std::error_code refused;
@@ -215,7 +215,7 @@ TEST_F(FileTest, CountersThatAreCutShortAreMadeAnewAndNothingIsLost) {
     EXPECT_EQ(std::vector<std::string>({"2", "3"}), Drain());
 }
 
-TEST_F(FileTest, CountersLostAgainAndAgainGiveNoTwoMessagesOneName) {
+TEST_F(CopiedFilesTest, CountersLostRepeatedlyNeverGiveTwoMessagesTheSameName) {
     std::vector<std::string> bodies;
     for (int i = 0; i < 40; ++i) {
         bodies.push_back(std::to_string(i));
@@ -231,7 +231,7 @@ TEST_F(FileTest, CountersLostAgainAndAgainGiveNoTwoMessagesOneName) {
     EXPECT_EQ(bodies, got);
 }
 
-TEST_F(FileTest, AMessageFromAClockThatIsAheadIsStillFound) {
+TEST_F(CopiedFilesTest, AMessageFromAClockThatIsAheadIsStillFound) {
     WriteQueueFile("20991231-235959-000000001.msg", "future");
     EXPECT_EQ("future", GetOne().body);
     ASSERT_EQ(kDone, Put(connection_, object_, "later"));

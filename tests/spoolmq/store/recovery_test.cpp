@@ -1,6 +1,5 @@
-// Programs that die: at every delicate point of the store's work, before and after every call, and at random.
-// What they had committed stays committed, everything else is as if they had never begun, except for the
-// back-out count.
+// Programs that are killed: at every crash point of the store, before and after every call, and at random. What they
+// had committed stays committed. Everything else is as if they had never started, except for the back-out count.
 #include <algorithm>
 #include <map>
 #include <random>
@@ -10,22 +9,22 @@
 
 namespace {
 
-bool IsEmptyOrMissing(const std::filesystem::path& folder) {
-    return !std::filesystem::exists(folder) || std::filesystem::is_empty(folder);
+bool IsEmptyOrMissing(const std::filesystem::path& directory) {
+    return !std::filesystem::exists(directory) || std::filesystem::is_empty(directory);
 }
 
-class DeathTest : public SpoolTest {
+class RecoveryTest : public SpoolTest {
   protected:
     void PutAll(int count, const std::string& text = "m") {
         RunActor({"connect", "QM1", "open", "Q", "16", "put", text, std::to_string(count), "disc"});
     }
-    /// Runs an actor that dies by its fault plan.
-    void RunToDeath(const std::string& plan, const std::vector<std::string>& steps) {
+    /// Runs an actor that the fault plan kills.
+    void RunUntilKilled(const std::string& plan, const std::vector<std::string>& steps) {
         SetEnvironment("SPOOLMQ_FAULTS", plan);
         EXPECT_EQ(kKilled, RunActor(steps)) << plan;
         SetEnvironment("SPOOLMQ_FAULTS", "");
     }
-    /// Every message file has its descriptor and every descriptor its message: nothing is left over.
+    /// The store is empty: there are no messages, descriptors or units of work.
     void ExpectNoLeftovers() {
         EXPECT_TRUE(AreUnitsEmpty());
         EXPECT_TRUE(IsEmptyOrMissing(QueuePath() / ".desc"));
@@ -42,14 +41,12 @@ std::vector<std::string> ReaderDoing(const std::vector<std::string>& steps) {
     return all;
 }
 
-// A run over dozens of processes, each killed at a random instant, needs a system that starts every one of
-// them.
-constexpr char kWhyNotHere[] =
-    "Wine under load now and then does not start a process at all; processes are killed at every named point "
-    "here, "
-    "at random instants on Linux";
+// The tests that start dozens of processes, and kill each at a random moment, need a system that starts all of them.
+constexpr char kSkipReason[] =
+    "Wine under load sometimes does not start a process. Here processes are killed at every crash point; random "
+    "moments are tested on Linux";
 
-TEST_F(DeathTest, AKilledReadersMessagesAreBackAtTheirPlaceWithTheCountRaised) {
+TEST_F(RecoveryTest, TheMessagesOfAKilledReaderReturnToTheirPlacesWithTheCountRaised) {
     PutAll(4);
     ChildProcess reader = StartActor(ReaderDoing({"get-sync", "2", "say", "holding", "hold"}));
     WaitForLog("holding");
@@ -62,7 +59,7 @@ TEST_F(DeathTest, AKilledReadersMessagesAreBackAtTheirPlaceWithTheCountRaised) {
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, AWaitingReaderGetsTheMessageOfOneThatIsKilled) {
+TEST_F(RecoveryTest, AWaitingReaderGetsTheMessageOfAKilledReader) {
     PutAll(1);
     ChildProcess reader = StartActor(ReaderDoing({"get-sync", "1", "say", "holding", "hold"}));
     WaitForLog("holding");
@@ -80,19 +77,19 @@ TEST_F(DeathTest, AWaitingReaderGetsTheMessageOfOneThatIsKilled) {
     EXPECT_EQ(1, got.md.BackoutCount);
 }
 
-TEST_F(DeathTest, AProgramThatEndsWithoutDisconnectingIsBackedOut) {
+TEST_F(RecoveryTest, AProgramThatEndsWithoutDisconnectingIsBackedOut) {
     PutAll(2);
     EXPECT_EQ(0, RunActor(ReaderDoing({"get-sync", "1", "put-sync", "lost", "1"})));
     EXPECT_EQ(Bodies({"m-0~1", "m-1"}), Drain());
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, BeforeAndAfterEachCallOfAUnitOfWork) {
+TEST_F(RecoveryTest, AKillBeforeOrAfterEachCallOfAUnitOfWorkLosesAndRepeatsNothing) {
     struct Case {
         const char* plan;
         Bodies left;
     };
-    // Two gets and a put, then a commit or a back-out.
+    // Each program makes two gets, a put and a commit.
     const Case cases[] = {
         {"MQGET 1 kill before", {"m-0", "m-1", "m-2"}},
         {"MQGET 1 kill after", {"m-0~1", "m-1", "m-2"}},
@@ -105,27 +102,27 @@ TEST_F(DeathTest, BeforeAndAfterEachCallOfAUnitOfWork) {
     };
     for (const Case& one : cases) {
         PutAll(3);
-        RunToDeath(one.plan, ReaderDoing({"get-sync", "2", "put-sync", "p", "1", "commit", "disc"}));
+        RunUntilKilled(one.plan, ReaderDoing({"get-sync", "2", "put-sync", "p", "1", "commit", "disc"}));
         EXPECT_EQ(one.left, Drain()) << one.plan;
         ExpectNoLeftovers();
     }
 }
 
-TEST_F(DeathTest, AroundABackOut) {
+TEST_F(RecoveryTest, AKillAroundABackOutRaisesEachCountOnce) {
     PutAll(3);
-    RunToDeath("MQBACK 1 kill before", ReaderDoing({"get-sync", "2", "back"}));
+    RunUntilKilled("MQBACK 1 kill before", ReaderDoing({"get-sync", "2", "back"}));
     EXPECT_EQ(Bodies({"m-0~1", "m-1~1", "m-2"}), Drain());
     PutAll(3);
-    RunToDeath("MQBACK 1 kill after", ReaderDoing({"get-sync", "2", "back"}));
+    RunUntilKilled("MQBACK 1 kill after", ReaderDoing({"get-sync", "2", "back"}));
     EXPECT_EQ(Bodies({"m-0~1", "m-1~1", "m-2"}), Drain());
-    // Half of it done: the count of each is raised once all the same.
+    // The back-out is half done, and the count of each message is still raised only once.
     PutAll(3);
-    RunToDeath("point return-step 1 kill", ReaderDoing({"get-sync", "3", "back"}));
+    RunUntilKilled("point return-step 1 kill", ReaderDoing({"get-sync", "3", "back"}));
     EXPECT_EQ(Bodies({"m-0~1", "m-1~1", "m-2~1"}), Drain());
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, WithinACommitOfSeveralMessagesAllOrNothing) {
+TEST_F(RecoveryTest, AKillDuringACommitOfSeveralMessagesCommitsAllOrNothing) {
     struct Case {
         const char* plan;
         Bodies left;
@@ -139,90 +136,90 @@ TEST_F(DeathTest, WithinACommitOfSeveralMessagesAllOrNothing) {
     };
     for (const Case& one : cases) {
         PutAll(4);
-        RunToDeath(one.plan, ReaderDoing({"get-sync", "3", "put-sync", "p", "2", "commit"}));
+        RunUntilKilled(one.plan, ReaderDoing({"get-sync", "3", "put-sync", "p", "2", "commit"}));
         EXPECT_EQ(one.left, Drain()) << one.plan;
         ExpectNoLeftovers();
     }
 }
 
-TEST_F(DeathTest, WithinTheCommitOfASingleGet) {
+TEST_F(RecoveryTest, AKillDuringTheCommitOfASingleGetCommitsIt) {
     PutAll(2);
-    RunToDeath("point done-moved 1 kill", ReaderDoing({"get-sync", "1", "commit"}));
+    RunUntilKilled("point done-moved 1 kill", ReaderDoing({"get-sync", "1", "commit"}));
     EXPECT_EQ(Bodies({"m-1"}), Drain());
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, WithinAGetUnderSyncpoint) {
+TEST_F(RecoveryTest, AKillDuringAGetUnderSyncpointReturnsTheMessage) {
     PutAll(2);
-    RunToDeath("point got 1 kill", ReaderDoing({"get-sync", "1"}));
+    RunUntilKilled("point got 1 kill", ReaderDoing({"get-sync", "1"}));
     EXPECT_EQ(Bodies({"m-0~1", "m-1"}), Drain());
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, WithinAGetWithoutSyncpointTheMessageIsNotLostAndNotCounted) {
+TEST_F(RecoveryTest, AKillDuringAGetWithoutSyncpointReturnsTheMessageWithItsCountUnchanged) {
     for (const char* plan : {"point got 1 kill", "point taken 1 kill"}) {
         PutAll(2);
-        RunToDeath(plan, ReaderDoing({"get", "1"}));
+        RunUntilKilled(plan, ReaderDoing({"get", "1"}));
         EXPECT_EQ(Bodies({"m-0", "m-1"}), Drain()) << plan;
         ExpectNoLeftovers();
     }
     PutAll(2);
-    RunToDeath("MQGET 1 kill after", ReaderDoing({"get", "1"}));
+    RunUntilKilled("MQGET 1 kill after", ReaderDoing({"get", "1"}));
     EXPECT_EQ(Bodies({"m-1"}), Drain());
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, WithinAPutTheMessageIsWhollyThereOrNotAtAll) {
+TEST_F(RecoveryTest, AKillDuringAPutLeavesTheWholeMessageOrNothing) {
     for (const char* step : {"put", "put-sync"}) {
         for (const char* plan : {"MQPUT 2 kill before", "point put-body 2 kill", "point put-ready 2 kill"}) {
-            RunToDeath(plan, ReaderDoing({step, "p", "2", "commit"}));
+            RunUntilKilled(plan, ReaderDoing({step, "p", "2", "commit"}));
             EXPECT_EQ(std::string(step) == "put" ? Bodies({"p-0"}) : Bodies(), Drain())
                 << step << ": " << plan;
             ExpectNoLeftovers();
         }
     }
-    RunToDeath("MQPUT 2 kill after", ReaderDoing({"put", "p", "2"}));
+    RunUntilKilled("MQPUT 2 kill after", ReaderDoing({"put", "p", "2"}));
     EXPECT_EQ(Bodies({"p-0", "p-1"}), Drain());
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, TheOneWhoPutsThingsInOrderMayDieToo) {
+TEST_F(RecoveryTest, AKillDuringTheRecoveryOfABackOutIsRecovered) {
     for (const char* plan :
          {"point return-step 1 kill", "point return-step 2 kill", "point recovered 1 kill"}) {
         PutAll(3);
-        RunToDeath("MQGET 3 kill after", ReaderDoing({"get-sync", "3"}));
-        RunToDeath(plan, ReaderDoing({}));
-        RunToDeath("point recovered 1 kill", ReaderDoing({}));
+        RunUntilKilled("MQGET 3 kill after", ReaderDoing({"get-sync", "3"}));
+        RunUntilKilled(plan, ReaderDoing({}));
+        RunUntilKilled("point recovered 1 kill", ReaderDoing({}));
         EXPECT_EQ(Bodies({"m-0~1", "m-1~1", "m-2~1"}), Drain()) << plan;
         ExpectNoLeftovers();
     }
 }
 
-TEST_F(DeathTest, AlsoWhenItIsACommitThatHeFinishes) {
+TEST_F(RecoveryTest, AKillDuringTheRecoveryOfACommitIsRecovered) {
     PutAll(3);
-    RunToDeath("point marked 1 kill", ReaderDoing({"get-sync", "2", "put-sync", "p", "2", "commit"}));
-    RunToDeath("point return-step 1 kill", ReaderDoing({}));
-    RunToDeath("point return-step 1 kill", ReaderDoing({}));
-    RunToDeath("point recovered 1 kill", ReaderDoing({}));
+    RunUntilKilled("point marked 1 kill", ReaderDoing({"get-sync", "2", "put-sync", "p", "2", "commit"}));
+    RunUntilKilled("point return-step 1 kill", ReaderDoing({}));
+    RunUntilKilled("point return-step 1 kill", ReaderDoing({}));
+    RunUntilKilled("point recovered 1 kill", ReaderDoing({}));
     EXPECT_EQ(Bodies({"m-2", "p-0", "p-1"}), Drain());
     ExpectNoLeftovers();
 }
 
-/// What the log of consumers says of each message.
-struct Story {
+/// How often the log of the consumers mentions a message.
+struct LogCounts {
     int tries = 0;
     int oks = 0;
 };
 
-TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
+TEST_F(RecoveryTest, ConsumersKilledAtAnyMomentLoseAndRepeatNothing) {
     if (!ProcessesStartReliably()) {
-        GTEST_SKIP() << kWhyNotHere;
+        GTEST_SKIP() << kSkipReason;
     }
     const int messages = 400;
     PutAll(messages);
     std::mt19937 random(20261);
-    for (int life = 0; life < 12; ++life) {
-        const std::string begun = "begun " + std::to_string(life);
+    for (int round = 0; round < 12; ++round) {
+        const std::string begun = "begun " + std::to_string(round);
         ChildProcess first = StartActor(ReaderDoing({"say", begun, "consume", "3"}));
         ChildProcess second = StartActor(ReaderDoing({"consume", "1"}));
         WaitForLog(begun);
@@ -232,13 +229,13 @@ TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
         WaitForChild(&first);
         WaitForChild(&second);
     }
-    std::map<std::string, Story> stories;
+    std::map<std::string, LogCounts> logged;
     for (const std::string& line : Log()) {
         if (line.rfind("try ", 0) == 0) {
-            ++stories[line.substr(4)].tries;
+            ++logged[line.substr(4)].tries;
         }
         if (line.rfind("ok ", 0) == 0) {
-            ++stories[line.substr(3)].oks;
+            ++logged[line.substr(3)].oks;
         }
     }
     std::map<std::string, int> left;
@@ -246,7 +243,7 @@ TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
     for (const std::string& body : Drain()) {
         const std::string message = body.substr(0, body.find('~'));
         ++left[message];
-        // At their places: the numbers rise.
+        // The messages are in their places: their numbers rise.
         if (!previous.empty()) {
             EXPECT_LT(std::stoi(previous.substr(2)), std::stoi(message.substr(2)));
         }
@@ -254,27 +251,28 @@ TEST_F(DeathTest, ConsumersKilledAtAnyInstantLoseNothingAndDoubleNothing) {
     }
     for (int i = 0; i < messages; ++i) {
         const std::string message = "m-" + std::to_string(i);
-        const Story story = stories[message];
+        const LogCounts counts = logged[message];
         EXPECT_LE(left[message], 1) << message;
-        EXPECT_LE(story.oks, 1) << message;
-        // Told to be committed: gone. Never told to be tried: there. In between, the kill decided.
-        if (story.oks == 1) {
+        EXPECT_LE(counts.oks, 1) << message;
+        // A message whose commit was reported is gone. One whose commit was never tried still exists. In between,
+        // either is right.
+        if (counts.oks == 1) {
             EXPECT_EQ(0, left[message]) << message;
         }
-        if (story.tries == 0) {
+        if (counts.tries == 0) {
             EXPECT_EQ(1, left[message]) << message;
         }
     }
     ExpectNoLeftovers();
 }
 
-TEST_F(DeathTest, PuttersKilledAtAnyInstantLeaveWholeMessagesOnly) {
+TEST_F(RecoveryTest, PuttersKilledAtAnyMomentLeaveOnlyWholeMessages) {
     if (!ProcessesStartReliably()) {
-        GTEST_SKIP() << kWhyNotHere;
+        GTEST_SKIP() << kSkipReason;
     }
     std::mt19937 random(7);
-    for (int life = 0; life < 8; ++life) {
-        const std::string begun = "begun " + std::to_string(life);
+    for (int round = 0; round < 8; ++round) {
+        const std::string begun = "begun " + std::to_string(round);
         ChildProcess putter = StartActor(ReaderDoing({"say", begun, "put", "a", "100000"}));
         WaitForLog(begun);
         std::this_thread::sleep_for(std::chrono::milliseconds(5 + random() % 30));

@@ -1,4 +1,4 @@
-// Several programs on one queue at the same time.
+// Several programs that use one queue at the same time.
 #include <algorithm>
 #include <map>
 
@@ -8,7 +8,7 @@ namespace {
 
 class SharingTest : public SpoolTest {};
 
-TEST_F(SharingTest, PuttersAndReadersAtOnceLoseNothingAndDoubleNothing) {
+TEST_F(SharingTest, ConcurrentPuttersAndReadersLoseAndRepeatNothing) {
     const int messages = 150;
     std::vector<ChildProcess> actors;
     for (const char* batch : {"1", "4", "9"}) {
@@ -37,7 +37,7 @@ TEST_F(SharingTest, PuttersAndReadersAtOnceLoseNothingAndDoubleNothing) {
     EXPECT_TRUE(AreUnitsEmpty());
 }
 
-TEST_F(SharingTest, OneReaderSeesEachPuttersMessagesInTheirOrder) {
+TEST_F(SharingTest, AReaderSeesTheMessagesOfEachPutterInOrder) {
     const int messages = 200;
     std::vector<ChildProcess> actors;
     actors.push_back(StartActor({"connect", "QM1", "open", "Q", "4", "consume", "1"}));

@@ -1,4 +1,4 @@
-// Units of work while everybody lives.
+// Units of work of processes that are not killed.
 #include "tests/spoolmq/support/spool_test.h"
 
 namespace {
@@ -7,7 +7,7 @@ class UnitTest : public SpoolTest {
   protected:
     void SetUp() override {
         ConnectAndOpen();
-        ConnectBeside(&other_, &otherObject_);
+        ConnectAgain(&other_, &otherObject_);
     }
     void TearDown() override {
         if (other_ != -1) {
@@ -39,7 +39,7 @@ TEST_F(UnitTest, AGetUnderSyncpointIsInvisibleToAllUntilItIsCommitted) {
     EXPECT_EQ(0, Inquire(connection_, object_, 3));
 }
 
-TEST_F(UnitTest, BackOutPutsMessagesBackAtTheirPlaceWithTheCountRaised) {
+TEST_F(UnitTest, ABackOutReturnsMessagesToTheirPlacesWithTheCountRaised) {
     PutAll({"a", "b", "c", "d"});
     EXPECT_EQ("a", GetOne(kSync).body);
     EXPECT_EQ("b", GetOne(kSync).body);
@@ -52,7 +52,7 @@ TEST_F(UnitTest, BackOutPutsMessagesBackAtTheirPlaceWithTheCountRaised) {
     EXPECT_EQ(std::vector<std::string>({"a~2", "b~1", "d"}), Drain());
 }
 
-TEST_F(UnitTest, ABackOutElsewhereIsSeenBeforeLaterMessages) {
+TEST_F(UnitTest, AMessageBackedOutByAnotherConnectionComesBeforeLaterOnes) {
     PutAll({"a", "b", "c", "d"});
     EXPECT_EQ("a", GetOther(kSync).body);
     EXPECT_EQ("b", GetOne(kNoSync).body);
@@ -61,7 +61,7 @@ TEST_F(UnitTest, ABackOutElsewhereIsSeenBeforeLaterMessages) {
     EXPECT_EQ("c", GetOne(kNoSync).body);
 }
 
-TEST_F(UnitTest, InALongQueueTooTheOneWhoBacksOutGetsTheSameMessagesAgain) {
+TEST_F(UnitTest, InALongQueueAConnectionGetsWhatItBackedOutAgain) {
     std::vector<std::string> bodies;
     for (int i = 0; i < 1500; ++i) {
         bodies.push_back(std::to_string(i));
@@ -89,7 +89,7 @@ TEST_F(UnitTest, IdentifiersAndDescriptorSurviveABackOut) {
     EXPECT_EQ(1, got.md.BackoutCount);
 }
 
-TEST_F(UnitTest, PutsUnderSyncpointAppearWithTheCommit) {
+TEST_F(UnitTest, PutsUnderSyncpointBecomeAvailableWithTheCommit) {
     ASSERT_EQ(kDone, Put(connection_, object_, "1", kSync));
     ASSERT_EQ(kDone, Put(connection_, object_, "2", kSync));
     EXPECT_EQ(kNoMessage, GetOther(kNoSync).codes);
@@ -98,7 +98,7 @@ TEST_F(UnitTest, PutsUnderSyncpointAppearWithTheCommit) {
     EXPECT_EQ(std::vector<std::string>({"1", "2"}), Drain());
 }
 
-TEST_F(UnitTest, PutsUnderSyncpointVanishWithTheBackOut) {
+TEST_F(UnitTest, PutsUnderSyncpointDisappearWithTheBackOut) {
     ASSERT_EQ(kDone, Put(connection_, object_, "1", kSync));
     ASSERT_EQ(kDone, Put(connection_, object_, "kept", kNoSync));
     ASSERT_EQ(kDone, BackOut(connection_));
@@ -106,7 +106,7 @@ TEST_F(UnitTest, PutsUnderSyncpointVanishWithTheBackOut) {
     EXPECT_TRUE(std::filesystem::is_empty(QueuePath() / ".desc"));
 }
 
-TEST_F(UnitTest, ACommitOfGetsAndPutsCarriesOutBoth) {
+TEST_F(UnitTest, ACommitAppliesToGetsAndPuts) {
     PutAll({"a", "b", "c"});
     EXPECT_EQ("a", GetOne(kSync).body);
     ASSERT_EQ(kDone, Put(connection_, object_, "answer", kSync));
@@ -116,7 +116,7 @@ TEST_F(UnitTest, ACommitOfGetsAndPutsCarriesOutBoth) {
     EXPECT_TRUE(std::filesystem::is_empty(QueuePath() / ".desc"));
 }
 
-TEST_F(UnitTest, AMessagePutEarlierButCommittedLaterIsFoundInFrontOfLaterOnes) {
+TEST_F(UnitTest, AMessagePutEarlierButCommittedLaterComesBeforeLaterOnes) {
     ASSERT_EQ(kDone, Put(other_, otherObject_, "early", kSync));
     PutAll({"x", "y", "z"});
     EXPECT_EQ("x", GetOne(kNoSync).body);
@@ -133,14 +133,14 @@ TEST_F(UnitTest, AGetWithoutSyncpointIsNotBackedOut) {
     EXPECT_EQ(std::vector<std::string>({"b~1"}), Drain());
 }
 
-TEST_F(UnitTest, WithoutEitherOptionAGetIsOutsideSyncpoint) {
+TEST_F(UnitTest, AGetWithoutEitherOptionIsOutsideSyncpoint) {
     PutAll({"a"});
     EXPECT_EQ("a", GetOne(0).body);
     ASSERT_EQ(kDone, BackOut(connection_));
     EXPECT_TRUE(Drain().empty());
 }
 
-TEST_F(UnitTest, SyncpointIfPersistentGoesByTheMessage) {
+TEST_F(UnitTest, SyncpointIfPersistentDependsOnTheMessage) {
     mqi::MQMD md = NewMd();
     md.Persistence = 0;
     ASSERT_EQ(kDone, PutWith(connection_, object_, "volatile", &md));
@@ -153,12 +153,12 @@ TEST_F(UnitTest, SyncpointIfPersistentGoesByTheMessage) {
     EXPECT_EQ(std::vector<std::string>({"persistent~1"}), Drain());
 }
 
-TEST_F(UnitTest, CommitAndBackOutOfNothingAreDone) {
+TEST_F(UnitTest, CommitAndBackOutOfNothingSucceed) {
     EXPECT_EQ(kDone, Commit(connection_));
     EXPECT_EQ(kDone, BackOut(connection_));
 }
 
-TEST_F(UnitTest, ClosingTheQueueLeavesTheUnitOfWork) {
+TEST_F(UnitTest, ClosingTheQueueKeepsTheUnitOfWork) {
     PutAll({"a", "b"});
     EXPECT_EQ("a", GetOne(kSync).body);
     ASSERT_EQ(kDone, Close(connection_, &object_));
@@ -175,7 +175,7 @@ TEST_F(UnitTest, DisconnectingCommits) {
     EXPECT_EQ(std::vector<std::string>({"b", "c"}), Drain());
 }
 
-TEST_F(UnitTest, TheLimitOfUncommittedMessagesIs2024AndTheUnitStays) {
+TEST_F(UnitTest, TheLimitOfUncommittedMessagesIs2024AndKeepsTheUnitOfWork) {
     SetQmgr("max_uncommitted = 2\n");
     PutAll({"a", "b", "c"});
     EXPECT_EQ("a", GetOne(kSync).body);
@@ -189,7 +189,7 @@ TEST_F(UnitTest, TheLimitOfUncommittedMessagesIs2024AndTheUnitStays) {
     EXPECT_EQ(std::vector<std::string>({"d"}), Drain());
 }
 
-TEST_F(UnitTest, AnEndedQueueManagerBacksOut) {
+TEST_F(UnitTest, AQueueManagerThatEndsBacksOut) {
     PutAll({"a"});
     EXPECT_EQ("a", GetOne(kSync).body);
     SetQmgr("state = ended\n");
@@ -198,7 +198,7 @@ TEST_F(UnitTest, AnEndedQueueManagerBacksOut) {
     EXPECT_EQ(std::vector<std::string>({"a~1"}), Drain());
 }
 
-TEST_F(UnitTest, AMessageBackedOutAsOftenAsCanBeCountedKeepsItsPlaceAndCount) {
+TEST_F(UnitTest, AMessageWithTheLargestBackoutCountKeepsItsPlaceAndCount) {
     WriteQueueFile("20260101-000000-000000001~999999999.msg", "often");
     WriteQueueFile("20260101-000000-000000002~12345678901.msg", "more often");
     for (int i = 0; i < 2; ++i) {
@@ -211,7 +211,7 @@ TEST_F(UnitTest, AMessageBackedOutAsOftenAsCanBeCountedKeepsItsPlaceAndCount) {
     EXPECT_EQ(std::vector<std::string>({"often~999999999", "more often~999999999"}), Drain());
 }
 
-TEST_F(UnitTest, AFileInThePlaceOfItsFolderFailsTheGetAndTheMessageStays) {
+TEST_F(UnitTest, AFileInPlaceOfTheUnitDirectoryFailsTheGetAndTheMessageStays) {
     PutAll({"a"});
     for (const auto& unit :
          std::filesystem::directory_iterator(std::filesystem::path(Root()) / "QM1/.units")) {
@@ -223,7 +223,7 @@ TEST_F(UnitTest, AFileInThePlaceOfItsFolderFailsTheGetAndTheMessageStays) {
     EXPECT_EQ("a", GetOne(kNoSync).body);
 }
 
-TEST_F(UnitTest, WithSyncOnEverythingWorksAsWithout) {
+TEST_F(UnitTest, SyncChangesNoResult) {
     SetQmgr("sync = yes\n");
     PutAll({"a", "b", "c"});
     EXPECT_EQ("a", GetOne(kSync).body);

@@ -1,16 +1,15 @@
-// A program that the tests start to be another client: it carries out the steps of its command line, one
-// after the other, and ends without disconnecting.
+// A program that the tests start as another client. It carries out the steps on its command line, one after the
+// other, and ends without disconnecting.
 //
 //     spoolmq_actor LOGFILE STEP...
 //
 //     connect QM          MQCONN
-//     open QUEUE OPTIONS  MQOPEN with the sum of options
-//     put TEXT N          N messages TEXT-0, TEXT-1, ...
-//     put-sync TEXT N     the same under syncpoint
-//     get N, get-sync N   that many gets; each body is logged as "got BODY"
-//     consume BATCH       gets under syncpoint and commits every BATCH messages until there are none for 2 s;
-//     logs
-//                         "try BODY" before each commit and "ok BODY" after it
+//     open QUEUE OPTIONS  MQOPEN with this sum of options
+//     put TEXT N          puts N messages: TEXT-0, TEXT-1, ...
+//     put-sync TEXT N     does the same under syncpoint
+//     get N, get-sync N   makes N gets and logs each body as "got BODY"
+//     consume BATCH       gets under syncpoint and commits every BATCH messages, until there are none for 2 s.
+//                         It logs "try BODY" before each commit and "ok BODY" after it
 //     commit, back, disc  MQCMIT, MQBACK, MQDISC
 //     say TEXT            logs TEXT
 //     hold                sleeps until it is killed
@@ -33,7 +32,7 @@ struct Actor {
     MQHOBJ object = -1;
 };
 
-/// Flushed line by line, so that none is lost with the process.
+/// Logs a line and flushes it, so that a kill does not lose it.
 void Log(const Actor& actor, const std::string& line) {
     std::fputs((line + '\n').c_str(), actor.log);
     std::fflush(actor.log);

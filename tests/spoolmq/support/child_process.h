@@ -1,4 +1,4 @@
-// Programs started, waited for and killed by the tests, and their environment.
+// Starting, waiting for and killing programs, and their environment.
 #pragma once
 
 #include <cstdint>
@@ -9,18 +9,18 @@ struct ChildProcess {
     std::intptr_t process = -1;
 };
 
-/// What WaitForChild returns for a program that was killed, by the test or by itself.
+/// The result of WaitForChild for a program that was killed, by the test or by itself.
 inline constexpr int kKilled = 137;
 
-/// Starts a program with the test's environment. Ends the test program when that is not possible.
+/// Starts a program with the environment of the test. Aborts the test program if that is not possible.
 [[nodiscard]] ChildProcess StartChild(const std::vector<std::string>& programAndArguments);
-/// Waits for the end; the exit code, or kKilled.
+/// Waits for the end of the program and returns its exit code, or kKilled.
 int WaitForChild(ChildProcess* child);
-/// Ends it at once, as an operator's kill -9 does. To be followed by WaitForChild.
+/// Kills the program as kill -9 does. WaitForChild must follow.
 void KillChild(const ChildProcess& child);
 
-/// Whether the system starts every program that it is asked to start. Wine under load does not.
+/// Whether the system starts every program that it is asked to start; Wine under load does not.
 [[nodiscard]] bool ProcessesStartReliably();
 
-/// Empty removes the variable.
+/// Sets a variable; an empty value removes it.
 void SetEnvironment(const std::string& name, const std::string& value);

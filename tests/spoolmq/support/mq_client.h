@@ -1,4 +1,4 @@
-// The verbs with the parameters that tests vary, and the rest as a well-behaved client passes it.
+// The verbs with the parameters that tests vary. The others are those of a well-behaved client.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ inline Codes WarnedWith(MQLONG reason) {
 }
 std::ostream& operator<<(std::ostream& out, const Codes& codes);
 
-// Structures with IBM's initial values, of the version given.
+// These return structures of the given version with IBM's initial values.
 [[nodiscard]] mqi::MQCNO NewCno(MQLONG version = 1);
 [[nodiscard]] mqi::MQOD NewOd(const std::string& queue, MQLONG version = 1);
 [[nodiscard]] mqi::MQMD NewMd(MQLONG version = 1);
@@ -36,7 +36,7 @@ inline constexpr MQLONG kNoSync = 4;
 inline constexpr MQLONG kWait = 1;
 
 [[nodiscard]] Codes Connect(const std::string& name, MQHCONN* connection);
-/// For connections beside others in one thread: their handles are shared between threads.
+/// Connects with a handle that all threads share, so that one thread can have several connections.
 [[nodiscard]] Codes ConnectShared(const std::string& name, MQHCONN* connection);
 [[nodiscard]] Codes Disconnect(MQHCONN* connection);
 [[nodiscard]] Codes Open(MQHCONN connection, const std::string& queue, MQLONG options, MQHOBJ* object);
@@ -54,11 +54,11 @@ struct Got {
     mqi::MQMD md{};
     mqi::MQGMO gmo{};
 };
-/// A get with a buffer of this many bytes. The descriptor passed in gives the identifiers and conversion
-/// targets.
+/// Gets with a buffer of this many bytes. The descriptor contains the identifiers to select and the character set and
+/// encoding to convert to.
 [[nodiscard]] Got GetWith(MQHCONN connection, MQHOBJ object, mqi::MQMD md, mqi::MQGMO gmo,
                           std::size_t bufferBytes = 100000);
 [[nodiscard]] Got Get(MQHCONN connection, MQHOBJ object, MQLONG options, std::size_t bufferBytes = 100000);
 
-/// A number that MQINQ tells; -1 when it fails.
+/// Returns the integer attribute, or -1 when MQINQ fails.
 [[nodiscard]] MQLONG Inquire(MQHCONN connection, MQHOBJ object, MQLONG selector);

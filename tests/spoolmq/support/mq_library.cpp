@@ -32,8 +32,8 @@ void Bind(const std::string& path, const char* name, Function* function) {
     *function = reinterpret_cast<Function>(FindVerb(path, name));
 }
 
-MqLibrary Load(bool client) {
-    const std::string path = MqLibraryPath(client);
+MqLibrary Load(bool isClient) {
+    const std::string path = MqLibraryPath(isClient);
     MqLibrary library{};
     Bind(path, "MQCONN", &library.Conn);
     Bind(path, "MQCONNX", &library.Connx);
@@ -52,8 +52,8 @@ MqLibrary Load(bool client) {
 }  // namespace
 
 #ifdef _WIN32
-std::string MqLibraryPath(bool client) {
-    std::string path = std::string(SPOOLMQ_LIBRARY_FOLDER) + (client ? "/mqic.dll" : "/mqm.dll");
+std::string MqLibraryPath(bool isClient) {
+    std::string path = std::string(SPOOLMQ_LIBRARY_DIRECTORY) + (isClient ? "/mqic.dll" : "/mqm.dll");
     std::replace(path.begin(), path.end(), '/', '\\');
     return path;
 }
@@ -62,8 +62,8 @@ void* FindVerb(const std::string& libraryPath, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(LoadOrDie(libraryPath)), name));
 }
 #else
-std::string MqLibraryPath(bool client) {
-    return std::string(SPOOLMQ_LIBRARY_FOLDER) + (client ? "/libmqic_r.so" : "/libmqm_r.so");
+std::string MqLibraryPath(bool isClient) {
+    return std::string(SPOOLMQ_LIBRARY_DIRECTORY) + (isClient ? "/libmqic_r.so" : "/libmqm_r.so");
 }
 
 void* FindVerb(const std::string& libraryPath, const char* name) {

@@ -1,4 +1,4 @@
-// The stand-in as a client sees it: the library loaded at run time, the verbs looked up by name.
+// The stand-in as a client uses it: the library is loaded at run time and the verbs are looked up by name.
 #pragma once
 
 #include <string>
@@ -19,12 +19,11 @@ struct MqLibrary {
     void (*Inq)(MQHCONN, MQHOBJ, MQLONG, const MQLONG*, MQLONG, MQLONG*, MQLONG, MQCHAR*, MQLONG*, MQLONG*);
 };
 
-/// Path of the library that stands for IBM's mqm (client false) or mqic.
-[[nodiscard]] std::string MqLibraryPath(bool client);
-/// An exported verb, null when there is none of that name. Ends the process when the library cannot be
-/// loaded.
+/// Returns the path of the library under the name of IBM's mqic (client) or mqm.
+[[nodiscard]] std::string MqLibraryPath(bool isClient);
+/// Returns an exported verb; null when there is none of that name. Aborts when the library cannot be loaded.
 [[nodiscard]] void* FindVerb(const std::string& libraryPath, const char* name);
-/// Loaded on first use.
+/// Returns the verbs of mqm, loaded on first use.
 [[nodiscard]] const MqLibrary& Mq();
-/// The same from the client library.
+/// Returns the verbs of mqic, loaded on first use.
 [[nodiscard]] const MqLibrary& MqClient();

@@ -23,8 +23,8 @@ void WriteAll(const fs::path& path, const std::string& content) {
 
 namespace {
 
-// Written aside and renamed into place: a reader never sees half of it. Windows renames over no file that a
-// reader has open, which it has for a moment.
+// Writes the content next to the file and renames it into place, so that a reader never sees half of it. Windows
+// does not replace a file while a reader has it open, which takes only a moment.
 void ReplaceFile(const fs::path& path, const fs::path& aside, const std::string& content) {
     WriteAll(aside, content);
     std::error_code failure;
@@ -78,7 +78,7 @@ void SpoolTest::ConnectAndOpen() {
     ASSERT_EQ(kDone, Open(connection_, "Q", kInputShared | kBrowse | kOutput | kInquire, &object_));
 }
 
-void SpoolTest::ConnectBeside(MQHCONN* connection, MQHOBJ* object) {
+void SpoolTest::ConnectAgain(MQHCONN* connection, MQHOBJ* object) {
     ASSERT_EQ(kDone, ConnectShared("QM1", connection));
     ASSERT_EQ(kDone, Open(*connection, "Q", kInputShared | kBrowse | kOutput | kInquire, object));
 }
@@ -87,7 +87,7 @@ std::vector<std::string> SpoolTest::Drain() {
     std::vector<std::string> bodies;
     MQHCONN connection = -1;
     MQHOBJ object = -1;
-    ConnectBeside(&connection, &object);
+    ConnectAgain(&connection, &object);
     for (;;) {
         const Got got = Get(connection, object, kNoSync);
         if (got.codes.reason == MQRC_NO_MSG_AVAILABLE) {
@@ -126,8 +126,8 @@ fs::path SpoolTest::LogPath(int actor) const {
 }
 
 ChildProcess SpoolTest::StartActor(const std::vector<std::string>& steps) {
-    // A log of its own: on Windows appending is a seek and a write, and what two programs append at once is
-    // lost.
+    // Each actor has its own log: on Windows appending is a seek and a write, so two programs that append at once
+    // overwrite each other.
     std::vector<std::string> arguments = {SPOOLMQ_ACTOR, LogPath(actors_++).generic_string()};
     arguments.insert(arguments.end(), steps.begin(), steps.end());
     return StartChild(arguments);
@@ -149,7 +149,7 @@ std::vector<std::string> SpoolTest::Log() const {
     return lines;
 }
 
-void SpoolTest::ForgetLogs() {
+void SpoolTest::RemoveLogs() {
     while (actors_ > 0) {
         fs::remove(LogPath(--actors_));
     }

@@ -1,4 +1,4 @@
-// A spool folder of its own for each test, with queue manager QM1 and queue Q.
+// A fixture that gives each test a spool directory of its own, with queue manager QM1 and queue Q.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,29 +17,31 @@ class SpoolTest : public testing::Test {
 
     [[nodiscard]] std::string Root() const { return root_.generic_string(); }
     [[nodiscard]] std::filesystem::path QueuePath() const { return root_ / "QM1" / "Q"; }
-    void SetQmgr(const std::string& attributes) const;   ///< lines of qmgr.ini
-    void SetQueue(const std::string& attributes) const;  ///< lines of .queue.ini
+    /// Replaces qmgr.ini.
+    void SetQmgr(const std::string& attributes) const;
+    /// Replaces .queue.ini.
+    void SetQueue(const std::string& attributes) const;
     void WriteQueueFile(const std::string& name, const std::string& content) const;
 
     /// Connects and opens Q for shared input, browse, output and inquire.
     void ConnectAndOpen();
-    /// Everything else of a connection with the same options; its handle is not bound to the thread.
-    void ConnectBeside(MQHCONN* connection, MQHOBJ* object);
+    /// Makes another connection, whose handle all threads share, and opens Q with the same options.
+    void ConnectAgain(MQHCONN* connection, MQHOBJ* object);
     /// Takes all messages without syncpoint and returns their bodies, each followed by "~" and its back-out
     /// count if that is not 0.
     std::vector<std::string> Drain();
-    /// Files that are messages, by name.
+    /// Returns the names of the message files, sorted.
     [[nodiscard]] std::vector<std::string> MessageFiles() const;
     [[nodiscard]] bool AreUnitsEmpty() const;
 
-    /// Starts spoolmq_actor, which carries out the steps given; see actor.cpp.
+    /// Starts spoolmq_actor, which carries out the given steps; see actor.cpp.
     [[nodiscard]] ChildProcess StartActor(const std::vector<std::string>& steps);
-    /// Runs it to its end and returns its exit code.
+    /// Runs an actor to its end and returns its exit code.
     int RunActor(const std::vector<std::string>& steps);
-    /// Lines that actors have logged, those of one actor in their order.
+    /// Returns the lines that actors have logged; those of one actor are in order.
     [[nodiscard]] std::vector<std::string> Log() const;
-    /// Removes what they have logged; to be called when none is running.
-    void ForgetLogs();
+    /// Removes the logs of all actors, none of which may be running.
+    void RemoveLogs();
     void WaitForLog(const std::string& line) const;
 
     MQHCONN connection_ = -1;
