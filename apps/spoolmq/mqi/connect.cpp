@@ -17,10 +17,6 @@ constexpr MQLONG kBindingOptions = mqi::MQCNO_FASTPATH_BINDING | mqi::MQCNO_SHAR
                                    mqi::MQCNO_ISOLATED_BINDING | mqi::MQCNO_LOCAL_BINDING |
                                    mqi::MQCNO_CLIENT_BINDING;
 
-bool IsOneBitOrNone(MQLONG options) {
-    return (options & (options - 1)) == 0;
-}
-
 HandleSharing SharingOf(MQLONG options) {
     if ((options & mqi::MQCNO_HANDLE_SHARE_BLOCK) != 0) {
         return HandleSharing::kBlock;
@@ -100,7 +96,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
     if (qmgrName == nullptr || handle == nullptr) {
         return Failed(MQRC_Q_MGR_NAME_ERROR);
     }
-    if (!IsOneBitOrNone(cno.Options & kShareOptions) || !IsOneBitOrNone(cno.Options & kBindingOptions)) {
+    if (!HasAtMostOneBit(cno.Options & kShareOptions) || !HasAtMostOneBit(cno.Options & kBindingOptions)) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
     }
     std::string name(FieldText(qmgrName, 48));

@@ -17,14 +17,10 @@ constexpr MQLONG kReadAheadOptions = 524288 | 1048576;
 constexpr MQLONG kBindOptions = 16384 | 32768;
 constexpr MQLONG kCloseQuiesce = 32;  // MQCO_QUIESCE, which only matters with read-ahead
 
-bool IsOneBitOrNone(MQLONG options) {
-    return (options & (options - 1)) == 0;
-}
-
 bool AreOptionsValid(MQLONG options) {
     return (options & ~kPublishedOptions) == 0 && (options & kAccessOptions) != 0 &&
-           IsOneBitOrNone(options & kInputOptions) && IsOneBitOrNone(options & kReadAheadOptions) &&
-           IsOneBitOrNone(options & kBindOptions);
+           HasAtMostOneBit(options & kInputOptions) && HasAtMostOneBit(options & kReadAheadOptions) &&
+           HasAtMostOneBit(options & kBindOptions);
 }
 
 InputUse InputUseOf(MQLONG options, const QueueAttributes& attributes) {

@@ -12,15 +12,6 @@ namespace {
 
 constexpr MQLONG kPublishedOptions = 0x7FFFF;
 
-bool IsZero(const MQBYTE* bytes, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        if (bytes[i] != 0) {
-            return false;
-        }
-    }
-    return true;
-}
-
 void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD& md) {
     const bool isIdentityGiven =
         (options & (mqi::MQPMO_SET_IDENTITY_CONTEXT | mqi::MQPMO_SET_ALL_CONTEXT)) != 0;

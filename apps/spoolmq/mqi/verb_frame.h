@@ -2,6 +2,7 @@
 // exceptions inside the library.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
@@ -27,6 +28,16 @@ inline Outcome Warning(MQLONG reason) {
     return {MQCC_WARNING, reason};
 }
 inline constexpr Outcome kOk{};
+
+/// Whether the options contain at most one of several that exclude each other.
+inline bool HasAtMostOneBit(MQLONG options) {
+    return (options & (options - 1)) == 0;
+}
+
+/// Whether an identifier is all zeros, which means that there is none.
+inline bool IsZero(const MQBYTE* bytes, std::size_t count) {
+    return std::all_of(bytes, bytes + count, [](MQBYTE byte) { return byte == 0; });
+}
 
 enum class HandleSharing { kNone, kBlock, kNoBlock };
 
