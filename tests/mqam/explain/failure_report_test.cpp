@@ -71,7 +71,7 @@ TEST(FailureReport, CodesWithoutTextAreNamed) {
 TEST(FailureReport, NoticeIsOneLineWithWhatItMeans) {
     EXPECT_EQ(DescribeNotice("M/WriteLogRec(info).  --ERROR: continuing without Log."),
               "note from the module (WriteLogRec): continuing without Log. A record could not be written to "
-              "the message log. Because of TLF no the load goes on, but later messages are not in the log. "
+              "the message log. Because of TLF no the load continues, but later messages are not in the log. "
               "If the log is needed, end the load, make room on its disk, and start it again.");
     EXPECT_EQ(DescribeNotice("M/PIDMMain(!warning!).  --ERROR: MQOpen, QName = Q, reason code = 2044.")
                   .substr(0, 27),
