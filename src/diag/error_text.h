@@ -12,7 +12,7 @@
 namespace mqamod {
 
 /// The kind of file that was being processed when a call on a stream failed.
-enum class Activity { Parameter, Log, Checkpoint, Temp };
+enum class Activity { kParameter, kLog, kCheckpoint, kTemp };
 
 /// Reports a failure in two places: as a block of lines in the trace file, if one is open, whatever the trace
 /// level; and as the error text "MODULE/FUNCTION(SEVERITY).  --ERROR: MESSAGE--Failing function: CALL.". The
@@ -33,8 +33,8 @@ void ReportStreamError(Severity severity, const char* function, const char* mess
                        Activity activity, const char* reason);
 
 /// Returns the reason why a call on the stream failed: the system's text for errno if the error indicator of
-/// the stream is set, otherwise "Undefined". Call it right after the call that failed. The text is valid until
-/// the next call of std::strerror.
+/// the stream is set, otherwise "Undefined". Call it right after the call that failed. The text is valid
+/// until the next call of std::strerror.
 [[nodiscard]] const char* StreamReason(std::FILE* stream);
 
 /// Does the same for a call that failed earlier and set errno to `error`.

@@ -15,9 +15,9 @@ struct HelpState {
 HelpState state;
 
 // The pieces after the title. A newline follows each of them, so a piece that begins or ends with a newline
-// leaves an empty line. Users know these texts, so they keep their wording. Two flaws are kept on purpose: the
-// channel and server keywords have no heading line, and the default of OTENACITY is given as 60, although it
-// is 5.
+// leaves an empty line. Users know these texts, so they keep their wording. Two flaws are kept on purpose:
+// the channel and server keywords have no heading line, and the default of OTENACITY is given as 60,
+// although it is 5.
 constexpr const char* kPieces[] = {
     "\n"
     "-PARMFILE <parameter pathname>",

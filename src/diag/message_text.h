@@ -1,5 +1,5 @@
-// The texts of the module: the names and formats of its numbered messages, and the message text, one buffer of
-// 1024 bytes into which every statement is formatted before it is traced or reported.
+// The texts of the module: the names and formats of its numbered messages, and the message text, one buffer
+// of 1024 bytes into which every statement is formatted before it is traced or reported.
 //
 // The buffer keeps what was formatted last: a failed open of the queue reports whatever is there when no
 // message of its own applies.
@@ -17,8 +17,8 @@ enum class Message : int {
 #include "diag/messages.inc"
 };
 
-/// Returns the format of a numbered message, or null when no message has that number. The number itself is the
-/// first argument, the message's own arguments follow.
+/// Returns the format of a numbered message, or null when no message has that number. The number itself is
+/// the first argument, the message's own arguments follow.
 [[nodiscard]] constexpr const char* GetMsgFormat(int number) {
     switch (number) {
 #define MESSAGE(name, number, format, ...) \
@@ -44,7 +44,8 @@ const char* AppendBytes(const void* bytes, unsigned count);
 /// FormatNumbered checks arguments against formats with these; nothing else uses them.
 namespace format_check {
 
-/// The conversion that an argument of this type needs: 's', 'd', 'l' for %ld, '?' for none that a message has.
+/// The conversion that an argument of this type needs: 's', 'd', 'l' for %ld, '?' for none that a message
+/// has.
 template <class T>
 constexpr char ConversionFor() {
     if (std::is_same_v<T, const char*> || std::is_same_v<T, char*>) return 's';

@@ -6,8 +6,8 @@ namespace mqamod {
 /// The name appears in the identification, the title of the help, every error text and the answer to ID.
 inline constexpr char kModuleId[] = "Norvane Websphere MQ AMOD";
 
-/// The version of the module (identification, help) and the version of its code (identification, answer to ID)
-/// are different on purpose.
+/// The version of the module (identification, help) and the version of its code (identification, answer to
+/// ID) are different on purpose.
 inline constexpr char kModuleVersion[] = "16.20.00.04";
 inline constexpr char kCodeVersion[] = "16.20.00.03";
 

@@ -54,7 +54,7 @@ int StoredTraceLevel() {
 }
 
 bool TraceAdmits(TraceLevel level) {
-    return level == TraceLevel::Always || state.storedLevel > static_cast<int>(level);
+    return level == TraceLevel::kAlways || state.storedLevel > static_cast<int>(level);
 }
 
 std::FILE* TraceFile() {
@@ -85,8 +85,8 @@ void TraceLine(TraceLevel level, Severity severity, const char* function, const 
 }
 
 void TraceEntry(const char* optionWord) {
-    if (!TraceAdmits(TraceLevel::IoEvents)) return;
-    const char* severity = SeverityWord(Severity::Info);
+    if (!TraceAdmits(TraceLevel::kIoEvents)) return;
+    const char* severity = SeverityWord(Severity::kInfo);
     if (state.file != nullptr) {
         WriteTraceStamp();
         (void)std::fprintf(state.file, "%s(%s): entered for option '%s'\n", kFunction, severity, optionWord);

@@ -1,9 +1,10 @@
 // The trace: a file that records what the module does, at one of four levels. Every line is flushed at once,
 // so the trace survives a crash of the host.
 //
-// A line is "HH:MM:SS: FUNCTION(SEVERITY): TEXT". FUNCTION is the routine that the interface documents, which
-// is not always the function that writes the line: most lines of open.cpp, read.cpp and requests.cpp say
-// "PIDMMain", and those about releasing files say "CloseAll".
+// A line is "HH:MM:SS: FUNCTION(SEVERITY): TEXT". FUNCTION, also in error texts, is a routine of the
+// documented interface, which operators search for. It is not always the function that writes the line: code
+// that serves a request directly says "PIDMMain", wherever it is, and the release of the checkpoint file
+// says "CloseAll". Each file has these names in constants.
 //
 // How long a line can be depends on where its text was formatted. The message text (message_text.h) cuts it
 // at 1023 characters. The untraced line, which replaces the trace file when none is open, has room for 2047.
@@ -14,9 +15,9 @@
 namespace mqamod {
 
 /// The level of a statement: the value of the keyword TRCL from which on it is written.
-enum class TraceLevel { Always = -1, JobEvents = 1, IoEvents = 2, IoBuffers = 3, Details = 4 };
+enum class TraceLevel { kAlways = -1, kJobEvents = 1, kIoEvents = 2, kIoBuffers = 3, kDetails = 4 };
 
-enum class Severity { Info, Warning, Error };
+enum class Severity { kInfo, kWarning, kError };
 
 /// Returns "info", "!warning!" or "!ERROR!".
 [[nodiscard]] const char* SeverityWord(Severity severity);
@@ -26,7 +27,7 @@ enum class Severity { Info, Warning, Error };
 void SetTraceLevel(int storedLevel);
 [[nodiscard]] int StoredTraceLevel();
 
-/// Returns whether a statement of this level is written: Always is written at any stored level, level N if
+/// Returns whether a statement of this level is written: kAlways is written at any stored level, level N if
 /// the stored level is greater than N.
 [[nodiscard]] bool TraceAdmits(TraceLevel level);
 
@@ -44,15 +45,12 @@ void WriteTraceStamp();
 /// module's name to the untraced line. Then flushes all output streams of the process, even if the level was
 /// not admitted. That flush is part of the module's contract: the header of a new checkpoint file reaches the
 /// operating system by it and by nothing else.
-///   function  in  the routine that the line names. Trace lines and error texts name the routines of the
-///                 documented interface, which operators search for. Where the code is divided differently, a
-///                 file has its name in a constant: all that serves a request directly says "PIDMMain", and
-///                 the release of the checkpoint file says "CloseAll"
+///   function  in  the routine that the line names (see the top of this file)
 ///   text      in  as a rule MessageText()
 void TraceLine(TraceLevel level, Severity severity, const char* function, const char* text);
 
 /// Writes the statement that begins every request except Init, "entered for option 'WORD'", at
-/// TraceLevel::IoEvents. Without a trace file, the untraced line is also appended to the console form of the
+/// TraceLevel::kIoEvents. Without a trace file, the untraced line is also appended to the console form of the
 /// start-up report. Unlike TraceLine it flushes only the trace file.
 void TraceEntry(const char* optionWord);
 

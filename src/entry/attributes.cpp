@@ -29,7 +29,7 @@ bool Equals(const Attribute& attribute, const char* word) {
 }
 
 void TraceOutcome(const char* text) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, "PIDMMain", text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, "PIDMMain", text);
 }
 
 void TraceReceived(const Attribute& attribute, const char* text) {

@@ -40,7 +40,7 @@ ReturnCode TakeHostLogHandle(const char* value, std::uint32_t length) {
     state.supplied = true;
     char* buffer = static_cast<char*>(std::malloc(kBufferBytes));
     if (buffer == nullptr) {
-        ReportError(Severity::Error, "PIDMMain", "memory allocation failed");
+        ReportError(Severity::kError, "PIDMMain", "memory allocation failed");
         return pmrcFailure;
     }
     buffer[0] = 0;

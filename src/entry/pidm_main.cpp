@@ -78,14 +78,14 @@ bool IsLegalNow(Legal legal) {
 ReturnCode RefuseState(const char* word) {
     static constexpr const char* kStateWords[] = {"not", "already"};
     const auto index = static_cast<std::size_t>(ModuleState());
-    ReportError(Severity::Error, kFunction, FormatText("%s initialized", kStateWords[index]), word);
+    ReportError(Severity::kError, kFunction, FormatText("%s initialized", kStateWords[index]), word);
     return pmrcFailure;
 }
 
 ReturnCode Dispatch(std::uint32_t option, void* data) {
     const OptionRow* row = FindOption(option);
     if (row == nullptr) {
-        TraceLine(TraceLevel::Always, Severity::Info, kFunction,
+        TraceLine(TraceLevel::kAlways, Severity::kInfo, kFunction,
                   FormatText("unsupported request: %d", static_cast<int>(option)));
         (void)std::fflush(nullptr);
         return pmrcNotSupported;
@@ -102,7 +102,7 @@ void Finish(RequestBlock* request, void* data, ReturnCode rc) {
     request->ReturnCode = static_cast<std::uint32_t>(rc);
     request->ErrorText = ErrorText();
     request->ErrorTextLength = ErrorTextLength();
-    TraceLine(TraceLevel::IoEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kIoEvents, Severity::kInfo, kFunction,
               FormatText("Returning to Hostlink, rc=%d", rc));
     (void)std::fflush(nullptr);
     if (std::FILE* file = TraceFile()) (void)std::fflush(file);

@@ -28,7 +28,7 @@ namespace {
 constexpr char kFunction[] = "PIDMMain";
 
 void TraceJobEvent(const char* text) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, text);
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ ReturnCode RunOpen(void* data) {
 ReturnCode RunClose(void*) {
     SetPositionUnchangedFlag(false);
     if (OpenCompletionCode() != MQCC_OK) {
-        ReportError(Severity::Error, kFunction, "Attempt to close, no Queue Open");
+        ReportError(Severity::kError, kFunction, "Attempt to close, no Queue Open");
         return pmrcFailure;
     }
     const ReturnCode rc = CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE);
@@ -76,7 +76,7 @@ ReturnCode RunClose(void*) {
 
 ReturnCode RunCloseRewind(void* data) {
     SetPositionUnchangedFlag(false);
-    ReportError(Severity::Warning, kFunction, FormatNumbered<Message::kCloseRewindUnsupported>());
+    ReportError(Severity::kWarning, kFunction, FormatNumbered<Message::kCloseRewindUnsupported>());
     return RunClose(data);
 }
 

@@ -70,7 +70,7 @@ const char* RefusePath(const KeywordRow& row, const char* value, std::int32_t ch
 }
 
 ReturnCode Fail(const char* message) {
-    ReportError(Severity::Error, kFunction, message);
+    ReportError(Severity::kError, kFunction, message);
     return pmrcFailure;
 }
 
@@ -176,8 +176,8 @@ ReturnCode CheckLength(const KeywordRow& row, const char* value) {
     return Fail(row.refusal(row, value, static_cast<std::int32_t>(characters)));
 }
 
-// Copies an accepted value into the row's text, which has room for row.largest characters and a NUL, and fills
-// the rest of it with zeros.
+// Copies an accepted value into the row's text, which has room for row.largest characters and a NUL, and
+// fills the rest of it with zeros.
 void StoreText(const KeywordRow& row, const char* value) {
     std::strncpy(row.text, value, static_cast<std::size_t>(row.largest) + 1);
 }
@@ -208,8 +208,8 @@ ReturnCode CheckChannel(const KeywordRow& row, const Position& at) {
     return StoreChannelField(row, at, SetChannelName);
 }
 
-// The token after the level is always the path, even if it looks like a keyword. If the level is out of range,
-// the path is stored all the same.
+// The token after the level is always the path, even if it looks like a keyword. If the level is out of
+// range, the path is stored all the same.
 ReturnCode CheckTrace(const KeywordRow& row, const Position& at) {
     constexpr int kMaxLevel = 4;
     const char* levelText = Value(at);
@@ -337,7 +337,7 @@ ReturnCode CheckParm(char* const* tokens, std::int32_t count, std::int32_t* inde
     char keyword[kMaxKeywordCharacters + 1];
     std::snprintf(keyword, sizeof keyword, "%s", token[0] == '-' ? token + 1 : token);
     UpperCase(keyword);
-    TraceLine(TraceLevel::Always, Severity::Info, kFunction, FormatText("Keyword: %s", keyword));
+    TraceLine(TraceLevel::kAlways, Severity::kInfo, kFunction, FormatText("Keyword: %s", keyword));
 
     const KeywordRow* row = FindKeyword(keyword);
     if (row == nullptr) return Fail(FormatNumbered<Message::kUnidentifiedKeyword>(keyword));

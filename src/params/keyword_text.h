@@ -17,7 +17,8 @@ struct TokenList {
 
 enum class Tokenized { kDone, kTooMany, kNoMemory };
 
-/// Splits a text at blanks, line ends, tabs and form feeds. There is no quoting, so no token contains a blank.
+/// Splits a text at blanks, line ends, tabs and form feeds. There is no quoting, so no token contains a
+/// blank.
 ///   text  in   length bytes; it ends earlier at a NUL
 ///   list  out  the tokens found; with kTooMany the first 256, with kNoMemory those before memory ran out
 [[nodiscard]] Tokenized Tokenize(const char* text, std::size_t length, TokenList* list);
@@ -28,9 +29,9 @@ void ReleaseTokens(TokenList* list);
 /// Converts a token to upper case in place.
 void UpperCase(char* token);
 
-/// Reads a decimal number: leading white space, an optional sign, digits. Anything after the digits is ignored,
-/// and a text without digits is 0. A number that does not fit 32 bits becomes the nearest limit, so that it is
-/// out of every range instead of wrapping around into one.
+/// Reads a decimal number: leading white space, an optional sign, digits. Anything after the digits is
+/// ignored, and a text without digits is 0. A number that does not fit 32 bits becomes the nearest limit, so
+/// that it is out of every range instead of wrapping around into one.
 ///   text  in  length bytes; it ends earlier at a NUL
 [[nodiscard]] std::int32_t ReadNumber(const char* text, std::size_t length);
 

@@ -11,7 +11,7 @@ namespace mqamod {
 namespace {
 
 void TraceJobEvent(const char* text) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, "ParseParms", text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, "ParseParms", text);
 }
 
 void Report(const char* text) {

@@ -3,8 +3,8 @@
 
 namespace mqamod {
 
-/// Writes the report to the trace (level 1) and to both forms of the start-up report. OTENACITY must still be in
-/// seconds.
+/// Writes the report to the trace (level 1) and to both forms of the start-up report. OTENACITY must still
+/// be in seconds.
 void ReportParametersInEffect();
 
 }  // namespace mqamod

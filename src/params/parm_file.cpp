@@ -25,7 +25,7 @@ struct ParmFileState {
 ParmFileState state;
 
 ReturnCode Fail(const char* message) {
-    ReportError(Severity::Error, kFunction, message);
+    ReportError(Severity::kError, kFunction, message);
     return pmrcFailure;
 }
 
@@ -54,8 +54,8 @@ ReturnCode ReadLines(std::FILE* file) {
         if (rc != pmrcOK) return rc;
     }
     if (std::feof(file) != 0) return pmrcOK;
-    ReportStreamError(Severity::Error, kFunction, FormatNumbered<Message::kParameterFileReadFailed>(),
-                      "fgets", Activity::Parameter, "parameter");
+    ReportStreamError(Severity::kError, kFunction, FormatNumbered<Message::kParameterFileReadFailed>(),
+                      "fgets", Activity::kParameter, "parameter");
     return pmrcFailure;
 }
 
@@ -66,7 +66,7 @@ void SetParmFilePath(const char* path) {
 }
 
 ReturnCode ReadParmFile() {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Opening parameter file name: '%s'", state.path));
     std::FILE* file = std::fopen(state.path, "r");
     if (file == nullptr) return Fail(FormatNumbered<Message::kParameterFileOpenFailed>(std::strerror(errno)));

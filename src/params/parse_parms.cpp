@@ -25,12 +25,12 @@ namespace {
 constexpr char kFunction[] = "ParseParms";
 
 ReturnCode Fail(const char* message) {
-    ReportError(Severity::Error, kFunction, message);
+    ReportError(Severity::kError, kFunction, message);
     return pmrcFailure;
 }
 
 void TraceJobEvent(const char* text) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, text);
 }
 
 // -PARMFILE is the only keyword that CheckParm does not know, and the only one whose dash is required.
@@ -91,7 +91,8 @@ ReturnCode CheckAcrossKeywords() {
     return pmrcOK;
 }
 
-// The trace file of an earlier Init stays in use until the new one is open, so that a failure is traced there.
+// The trace file of an earlier Init stays in use until the new one is open, so that a failure is traced
+// there.
 ReturnCode OpenTraceFile() {
     const Settings& settings = Setting();
     TraceJobEvent(FormatText("Trace being directed to pathname: '%s'", settings.tracePath));
@@ -105,7 +106,7 @@ ReturnCode OpenTraceFile() {
 
 ReturnCode StartTrace() {
     const int level = StoredTraceLevel();
-    TraceLine(TraceLevel::Always, Severity::Info, kFunction, FormatText("Trace Level: %d", level));
+    TraceLine(TraceLevel::kAlways, Severity::kInfo, kFunction, FormatText("Trace Level: %d", level));
     SetTraceLevel(level + 1);
     if (level >= 1) {
         const ReturnCode rc = OpenTraceFile();
@@ -131,8 +132,8 @@ ReturnCode ResolveClientChannel() {
     return pmrcOK;
 }
 
-// OTENACITY counts seconds up to here, in the report as well. From now on it is the number of attempts to open
-// the queue.
+// OTENACITY counts seconds up to here, in the report as well. From now on it is the number of attempts to
+// open the queue.
 void ReportAndCountAttempts() {
     Settings& settings = writableSettings;
     settings.OTENACITY = std::max(settings.OTENACITY, settings.OWAIT);
@@ -140,8 +141,8 @@ void ReportAndCountAttempts() {
     settings.OTENACITY /= settings.OWAIT;
 }
 
-// Derives the path of the temporary checkpoint file: "MQAMtmp." and the process number, in the directory of the
-// checkpoint file.
+// Derives the path of the temporary checkpoint file: "MQAMtmp." and the process number, in the directory of
+// the checkpoint file.
 ReturnCode DeriveTempPath() {
     constexpr char kPrefix[] = "MQAMtmp.";
     Settings& settings = writableSettings;

@@ -10,8 +10,8 @@ namespace mqamod {
 
 inline constexpr std::size_t kRecordLengthBytes = 8;
 
-/// Allocates the buffer for records of at most recordBytes, and frees an earlier one. The new buffer is filled
-/// with zeros. Returns false, without a buffer, if memory runs out.
+/// Allocates the buffer for records of at most recordBytes, and frees an earlier one. The new buffer is
+/// filled with zeros. Returns false, without a buffer, if memory runs out.
 [[nodiscard]] bool AllocateRecordBuffer(std::size_t recordBytes);
 
 /// Frees the buffer, if there is one.
@@ -34,8 +34,8 @@ void KeepRecord(const void* record, std::uint32_t length);
 /// kRecordLengthBytes bytes.
 [[nodiscard]] const void* KeptRecordImage();
 
-/// Returns whether the record equals the first length bytes after the length word. If the record in the buffer
-/// is shorter, the comparison includes bytes of earlier records; hosts depend on that.
+/// Returns whether the record equals the first length bytes after the length word. If the record in the
+/// buffer is shorter, the comparison includes bytes of earlier records; hosts depend on that.
 ///   length  in  bytes, at most the recordBytes of AllocateRecordBuffer
 [[nodiscard]] bool EqualsKeptRecord(const void* record, std::uint32_t length);
 

@@ -43,12 +43,12 @@ struct Settings {
     bool flushT;
     /// Take checkpoints to a file.
     bool CKFILE;
-    /// Take checkpoints by MQ's own means (CKMQ in messages). No keyword sets it, so it is always off. The mode is kept
-    /// on purpose: the code that depends on it defines what it would do.
+    /// Take checkpoints by MQ's own means (CKMQ in messages). No keyword sets it, so it is always off. The
+    /// mode is kept on purpose: the code that depends on it defines what it would do.
     bool MqCheckpointMode;
 
-    // Set by their keywords and never reset: an Init without the keyword keeps the value of an earlier Init of
-    // the same loaded module.
+    // Set by their keywords and never reset: an Init without the keyword keeps the value of an earlier Init
+    // of the same loaded module.
 
     /// Open the queue exclusively.
     bool MQEX;

@@ -18,7 +18,7 @@ namespace {
 constexpr char kFunction[] = "CloseAll";
 
 void TraceJobEvent(const char* text) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, text);
 }
 
 void CloseLog() {
@@ -42,7 +42,7 @@ ReturnCode CloseQueue() {
     char queue[sizeof(MQOD::ObjectName) + 1];
     std::snprintf(queue, sizeof queue, "%.*s", static_cast<int>(sizeof(MQOD::ObjectName)),
                   OpenedObjectName());
-    ReportError(Severity::Error, kFunction,
+    ReportError(Severity::kError, kFunction,
                 FormatNumbered<Message::kQueueCloseFailed>(queue, static_cast<long>(reason)));
     return pmrcFailure;
 }
@@ -56,7 +56,7 @@ ReturnCode Disconnect() {
     MQDISC(&handle, &compCode, &reason);
     SetConnectionHandle(0);
     if (compCode == MQCC_OK) return pmrcOK;
-    ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
+    ReportError(compCode == MQCC_WARNING ? Severity::kWarning : Severity::kError, kFunction,
                 FormatNumbered<Message::kDisconnectFailed>(Setting().QMGR, static_cast<long>(reason)));
     return pmrcFailure;
 }

@@ -74,7 +74,7 @@ GetResult GetMessage(void* buffer) {
         }
         PrepareGet();
         if (GenEofFlag()) {
-            TraceLine(TraceLevel::JobEvents, Severity::Info, "PIDMMain",
+            TraceLine(TraceLevel::kJobEvents, Severity::kInfo, "PIDMMain",
                       "returning EOF as requested via attribute 'GEN_EOF'");
             end = GetEnd::kEofRequested;
             break;

@@ -32,24 +32,24 @@ struct OpenState {
 };
 OpenState state = {MqodDefault(), MQCC_OK};
 
-void TraceJobEvent(const char* text, Severity severity = Severity::Info) {
-    TraceLine(TraceLevel::JobEvents, severity, kFunction, text);
+void TraceJobEvent(const char* text, Severity severity = Severity::kInfo) {
+    TraceLine(TraceLevel::kJobEvents, severity, kFunction, text);
 }
 
 ReturnCode Fail(const char* message) {
-    ReportError(Severity::Error, kFunction, message);
+    ReportError(Severity::kError, kFunction, message);
     return pmrcFailure;
 }
 
 // Traces what explains a failed connect better than its reason code.
 void TraceConnectFailure(const char* qmgr, MQLONG reason) {
-    if (const char* failure = MqLibraryFailure()) TraceJobEvent(failure, Severity::Warning);
+    if (const char* failure = MqLibraryFailure()) TraceJobEvent(failure, Severity::kWarning);
     if (reason == MQRC_Q_MGR_NAME_ERROR) {
         TraceJobEvent(FormatNumbered<Message::kConnectUnknownManager>(qmgr, static_cast<long>(reason)),
-                      Severity::Error);
+                      Severity::kError);
     } else if (reason == MQRC_Q_MGR_NOT_AVAILABLE) {
         TraceJobEvent(FormatNumbered<Message::kConnectManagerDown>(qmgr, static_cast<long>(reason)),
-                      Severity::Error);
+                      Severity::kError);
     }
 }
 
@@ -100,7 +100,7 @@ ReturnCode OpenWithRetry() {
         MQLONG reason = MQRC_NONE;
         MQOPEN(ConnectionHandle(), &state.descriptor, options, &handle, &state.compCode, &reason);
         if (state.compCode == MQCC_WARNING) {
-            ReportError(Severity::Warning, kFunction,
+            ReportError(Severity::kWarning, kFunction,
                         FormatNumbered<Message::kQueueOpenWarning>(settings.QNM, static_cast<long>(reason)));
         }
         ++attempts;
@@ -132,7 +132,7 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     }
     if (openMode != 1) return Fail("Access Module is read only");
     if (pathNameLength > 0) {
-        TraceJobEvent("Ignoring unnecessary pathname specification at open", Severity::Warning);
+        TraceJobEvent("Ignoring unnecessary pathname specification at open", Severity::kWarning);
     }
     // A failed Open may have left the log open.
     DropLogStream();

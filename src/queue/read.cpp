@@ -29,11 +29,11 @@ ReadState state;
 constexpr char kFunction[] = "PIDMMain";
 
 void TraceJobEvent(Severity severity, const char* text) {
-    TraceLine(TraceLevel::JobEvents, severity, kFunction, text);
+    TraceLine(TraceLevel::kJobEvents, severity, kFunction, text);
 }
 
 ReturnCode FailGet(const char* message) {
-    ReportError(Severity::Error, kFunction, message, "MQGET");
+    ReportError(Severity::kError, kFunction, message, "MQGET");
     return pmrcFailure;
 }
 
@@ -52,9 +52,9 @@ InputEnd FindInputEnd(const GetOutcome& outcome) {
 }
 
 void TraceInputEnd(InputEnd end) {
-    if (end == InputEnd::kEmptyQueue) TraceJobEvent(Severity::Info, "EOF from MQGET");
+    if (end == InputEnd::kEmptyQueue) TraceJobEvent(Severity::kInfo, "EOF from MQGET");
     if (end == InputEnd::kSyncpointLimit) {
-        TraceJobEvent(Severity::Warning,
+        TraceJobEvent(Severity::kWarning,
                       "Checkpoint capacity exceeded. No more messages can be handled within current "
                       "unit of work.  Returning EOF.");
     }
@@ -79,7 +79,7 @@ ReturnCode ClassifyGet(const GetOutcome& outcome) {
 // Classifies a wait that ended without a usable MQGET: pmrcOK if there is an outcome to classify.
 ReturnCode ClassifyWait(const GetResult& got) {
     if (got.end == GetEnd::kTimedOut) {
-        TraceJobEvent(Severity::Warning, "Expiration of TimeOut Value");
+        TraceJobEvent(Severity::kWarning, "Expiration of TimeOut Value");
         return pmrcTimeout;
     }
     if (got.end == GetEnd::kEofRequested) {
@@ -102,15 +102,15 @@ ReturnCode ClassifyWait(const GetResult& got) {
 // checkpointing there is no previous record.
 bool EndsInputAsDuplicate(const void* record, std::uint32_t length, MQLONG backoutCount) {
     if (backoutCount <= 0) return false;
-    TraceJobEvent(Severity::Warning,
+    TraceJobEvent(Severity::kWarning,
                   FormatText("Potential duplicate message found (BackoutCount: %d).", backoutCount));
     if (!RecordBufferExists() || !EqualsKeptRecord(record, length)) return false;
-    TraceJobEvent(Severity::Warning, "Message identical to previous.");
+    TraceJobEvent(Severity::kWarning, "Message identical to previous.");
     if (Setting().TDM) {
-        TraceJobEvent(Severity::Warning, "Generating EOF per request (keyword TDM: yes)");
+        TraceJobEvent(Severity::kWarning, "Generating EOF per request (keyword TDM: yes)");
         return true;
     }
-    TraceJobEvent(Severity::Info, "Returning message and continuing (keyword TDM: no)");
+    TraceJobEvent(Severity::kInfo, "Returning message and continuing (keyword TDM: no)");
     return false;
 }
 
@@ -119,7 +119,7 @@ ReturnCode CommitMessage() {
     MQLONG reason = MQRC_NONE;
     MQCMIT(ConnectionHandle(), &compCode, &reason);
     if (compCode == MQCC_OK) return pmrcOK;
-    ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
+    ReportError(compCode == MQCC_WARNING ? Severity::kWarning : Severity::kError, kFunction,
                 FormatNumbered<Message::kCommitFailed>(static_cast<long>(reason)));
     return pmrcFailure;
 }
@@ -162,9 +162,9 @@ ReturnCode ReadFromReplay(void* buffer, std::uint32_t& length) {
 
 void TraceRecord(const void* record, std::uint32_t length) {
     constexpr std::uint32_t kTracedBytes = 20;
-    if (!TraceAdmits(TraceLevel::IoBuffers)) return;
+    if (!TraceAdmits(TraceLevel::kIoBuffers)) return;
     FormatText("message length: %d, begins: ", static_cast<int>(length));
-    TraceLine(TraceLevel::IoBuffers, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kIoBuffers, Severity::kInfo, kFunction,
               AppendBytes(record, std::min(length, kTracedBytes)));
 }
 
@@ -173,7 +173,7 @@ void TraceRecord(const void* record, std::uint32_t length) {
 ReturnCode ReadRecord(void* buffer, std::uint32_t& length) {
     length = 0;
     if (QueueHandle() == MQHO_NONE) {
-        ReportError(Severity::Error, kFunction,
+        ReportError(Severity::kError, kFunction,
                     FormatNumbered<Message::kReadWithoutQueue>(Setting().QMGR, Setting().QNM));
         return pmrcFailure;
     }

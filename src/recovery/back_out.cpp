@@ -9,12 +9,12 @@ namespace mqamod {
 
 ReturnCode BackOutMQ() {
     constexpr char kFunction[] = "BackOutMQ";
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "Backing out MQ transactions via MQBACK");
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, "Backing out MQ transactions via MQBACK");
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;
     MQBACK(ConnectionHandle(), &compCode, &reason);
     if (compCode == MQCC_OK) return pmrcOK;
-    ReportError(compCode == MQCC_WARNING ? Severity::Warning : Severity::Error, kFunction,
+    ReportError(compCode == MQCC_WARNING ? Severity::kWarning : Severity::kError, kFunction,
                 FormatNumbered<Message::kBackOutFailed>(static_cast<long>(reason)));
     return pmrcFailure;
 }

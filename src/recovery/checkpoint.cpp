@@ -27,7 +27,7 @@ CheckpointState state;
 constexpr char kFunction[] = "PIDMMain";
 
 void TraceJobEvent(const char* text) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, text);
 }
 
 }  // namespace
@@ -35,11 +35,11 @@ void TraceJobEvent(const char* text) {
 ReturnCode GetPosition(const PositionData*& position) {
     position = nullptr;
     if (!Setting().CKFILE && !Setting().MqCheckpointMode) {
-        ReportError(Severity::Error, kFunction, "Checkpoint support NOT requested");
+        ReportError(Severity::kError, kFunction, "Checkpoint support NOT requested");
         return pmrcFailure;
     }
     if (state.CkPtPending) {
-        ReportError(Severity::Warning, kFunction, "Redundant GetPos request tolerated");
+        ReportError(Severity::kWarning, kFunction, "Redundant GetPos request tolerated");
         return DoGetPos();
     }
     position = NextPosition();
@@ -53,16 +53,16 @@ ReturnCode GetPosition(const PositionData*& position) {
 
 ReturnCode DoGetPos() {
     constexpr char kDoGetPos[] = "DoGetPos";
-    TraceLine(TraceLevel::Details, Severity::Info, kDoGetPos, "Entry");
+    TraceLine(TraceLevel::kDetails, Severity::kInfo, kDoGetPos, "Entry");
     ReturnCode rc = pmrcNotSupported;
     if (Setting().CKFILE) {
         rc = ResetCkptFile();
         ChooseSyncpoint(MQGMO_SYNCPOINT, MQGMO_SYNCPOINT);
     }
     if (rc == pmrcOK) {
-        TraceLine(TraceLevel::JobEvents, Severity::Info, kDoGetPos, "Checkpoint (GetPos) committed");
+        TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kDoGetPos, "Checkpoint (GetPos) committed");
     } else {
-        TraceLine(TraceLevel::JobEvents, Severity::Error, kDoGetPos, "Checkpoint (GetPos) NOT committed");
+        TraceLine(TraceLevel::kJobEvents, Severity::kError, kDoGetPos, "Checkpoint (GetPos) NOT committed");
     }
     // Outside a replay, ResetCkptFile has not flushed what it wrote. The record reaches the operating system
     // because a trace statement, like the one above, flushes all streams whatever the trace level. Do not

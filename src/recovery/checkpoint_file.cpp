@@ -39,7 +39,7 @@ CkPtFileState state;
 constexpr char kOpenFunction[] = "OpenCkPtFile";
 
 ReturnCode FailOpen(const char* function, const char* reason) {
-    ReportError(Severity::Error, function,
+    ReportError(Severity::kError, function,
                 FormatNumbered<Message::kCheckpointOpenFailed>(Setting().checkpointPath, reason));
     return pmrcFailure;
 }
@@ -48,10 +48,10 @@ ReturnCode FailOpen(const char* function, const char* reason) {
 //   error  the errno of the failing call
 ReturnCode FailSave(const char* failingCall, int error) {
     if (state.CkPtFileStream != nullptr) {
-        ReportStreamError(Severity::Error, "PIDMMain", "checkpoint", failingCall, Activity::Checkpoint,
+        ReportStreamError(Severity::kError, "PIDMMain", "checkpoint", failingCall, Activity::kCheckpoint,
                           StreamReason(state.CkPtFileStream, error));
     } else {
-        ReportError(Severity::Error, "PIDMMain", "checkpoint", failingCall);
+        ReportError(Severity::kError, "PIDMMain", "checkpoint", failingCall);
     }
     // The failure that has been reported matters more than one of the back-out.
     (void)BackOutMQ();
@@ -65,8 +65,8 @@ ReturnCode ProbeDiskSpace() {
     const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
     if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
     const char* reason = StreamReason(state.CkPtFileStream);
-    ReportStreamError(Severity::Error, kOpenFunction, FormatNumbered<Message::kCheckpointDiskFull>(),
-                      "fwrite", Activity::Checkpoint, reason);
+    ReportStreamError(Severity::kError, kOpenFunction, FormatNumbered<Message::kCheckpointDiskFull>(),
+                      "fwrite", Activity::kCheckpoint, reason);
     FreeRecordBuffer();
     return pmrcFailure;
 }
@@ -76,17 +76,17 @@ ReturnCode ProbeDiskSpace() {
 ReturnCode OpenCkPtFile() {
     if (!Setting().CKFILE && !Setting().MqCheckpointMode) return pmrcOK;
     if (!RecordBufferExists()) {
-        ReportError(Severity::Error, kOpenFunction, "memory allocation failed");
+        ReportError(Severity::kError, kOpenFunction, "memory allocation failed");
         return pmrcFailure;
     }
     const char* path = Setting().checkpointPath;
-    TraceLine(TraceLevel::Always, Severity::Info, kOpenFunction,
+    TraceLine(TraceLevel::kAlways, Severity::kInfo, kOpenFunction,
               FormatText("Checkpoint/restart via pathname: '%s'", path));
 
     bool forRecovery = false;
     if (!state.FreshCkPtFile) {
         if (std::FILE* probe = std::fopen(path, "rb")) {
-            TraceLine(TraceLevel::Always, Severity::Info, kOpenFunction,
+            TraceLine(TraceLevel::kAlways, Severity::kInfo, kOpenFunction,
                       "Checkpoint pathname exists, will be used for recovery");
             forRecovery = true;
             (void)std::fclose(probe);
@@ -97,7 +97,7 @@ ReturnCode OpenCkPtFile() {
     }
     const ReturnCode rc = ReopenCkPtFile(forRecovery ? "rb+" : "wb+", kOpenFunction);
     if (rc != pmrcOK) return rc;
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kOpenFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kOpenFunction,
               FormatText("Checkpoint file ('%s') open successful", path));
     ClearRecordBuffer();
     if (Setting().MqCheckpointMode && !forRecovery) return ProbeDiskSpace();
@@ -137,16 +137,16 @@ void ReleaseCkPtFile() {
 
     const char* path = Setting().checkpointPath;
     if (PreserveRestartInfo()) {
-        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+        TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
                   FormatText("Preserving checkpoint file ('%s').", path));
         state.preserved = true;
         return;
     }
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Deleting checkpoint file ('%s').", path));
     if (DeleteByCommand(path) == -1) {
         TraceLine(
-            TraceLevel::JobEvents, Severity::Warning, kFunction,
+            TraceLevel::kJobEvents, Severity::kWarning, kFunction,
             FormatText("Unable to delete checkpoint file (%s). Reason '%s'", path, std::strerror(errno)));
     }
     state.preserved = false;

@@ -23,7 +23,7 @@ namespace {
 constexpr char kFunction[] = "ResetCkptFile";
 
 ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
-    ReportError(Severity::Error, kFunction, message, failingCall);
+    ReportError(Severity::kError, kFunction, message, failingCall);
     return pmrcFailure;
 }
 
@@ -33,9 +33,9 @@ template <Message kMessage>
 ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, const char* failingCall,
                      std::FILE* stream, Activity activity) {
     const char* reason = StreamReason(stream);
-    TraceLine(TraceLevel::JobEvents, Severity::Error, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kError, kFunction,
               FormatNumbered<kMessage>(static_cast<int>(expected), static_cast<int>(moved)));
-    ReportStreamError(Severity::Error, kFunction, what, failingCall, activity, reason);
+    ReportStreamError(Severity::kError, kFunction, what, failingCall, activity, reason);
     return pmrcFailure;
 }
 
@@ -62,15 +62,15 @@ std::size_t KeptRecordBytes() {
 ReturnCode TruncateAndRewrite() {
     ReturnCode rc = ReopenCkPtFile("wb+", kFunction);
     if (rc != pmrcOK) return rc;
-    rc = WriteHeader(CkPtFileStream(), Activity::Checkpoint);
+    rc = WriteHeader(CkPtFileStream(), Activity::kCheckpoint);
     if (rc != pmrcOK) return rc;
     // This trace statement flushes all streams, and with them the header. An error of that flush is noticed
     // by the next WriteBytes. Do not remove the statement, and do not flush the stream here: the order of the
     // calls on the file is part of the contract.
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Checkpoint file starting checkpoint sequence %d", CkPtSeq()));
     if (KeptRecordLength() == 0) return pmrcOK;
-    return WriteBytes(CkPtFileStream(), Activity::Checkpoint, KeptRecordImage(), KeptRecordBytes(),
+    return WriteBytes(CkPtFileStream(), Activity::kCheckpoint, KeptRecordImage(), KeptRecordBytes(),
                       "appending last record read");
 }
 
@@ -83,34 +83,34 @@ ReturnCode CopyRecords(std::FILE* from, std::FILE* to, char* scratch) {
         if (!lengthRead.complete) {
             if (lengthRead.atEnd) return pmrcOK;
             return FailCount<Message::kShortRead>(sizeof length, lengthRead.bytes, "checkpoint record length",
-                                                  "fread", from, Activity::Checkpoint);
+                                                  "fread", from, Activity::kCheckpoint);
         }
         // The replay would refuse this length, and the scratch area has no room for it.
         if (length > static_cast<std::uint64_t>(Setting().BKSZ)) {
             const char* reason = StreamReason(from);
             TraceLine(
-                TraceLevel::JobEvents, Severity::Error, kFunction,
+                TraceLevel::kJobEvents, Severity::kError, kFunction,
                 FormatNumbered<Message::kRecordLengthInvalid>(static_cast<int>(length), Setting().BKSZ));
-            ReportStreamError(Severity::Error, kFunction, "checkpoint record length", nullptr,
-                              Activity::Checkpoint, reason);
+            ReportStreamError(Severity::kError, kFunction, "checkpoint record length", nullptr,
+                              Activity::kCheckpoint, reason);
             return pmrcFailure;
         }
         std::memcpy(scratch, &length, sizeof length);
         const PieceRead bodyRead = ReadRecordBody(from, scratch + sizeof length, length);
         if (!bodyRead.complete) {
             return FailCount<Message::kShortRead>(length, bodyRead.bytes, "checkpoint record body", "fread",
-                                                  from, Activity::Checkpoint);
+                                                  from, Activity::kCheckpoint);
         }
-        const ReturnCode rc = WriteBytes(to, Activity::Temp, scratch, sizeof length + length, "checkpoint");
+        const ReturnCode rc = WriteBytes(to, Activity::kTemp, scratch, sizeof length + length, "checkpoint");
         if (rc != pmrcOK) return rc;
     }
 }
 
 ReturnCode WriteTempFile(std::FILE* temp) {
-    ReturnCode rc = WriteHeader(temp, Activity::Temp);
+    ReturnCode rc = WriteHeader(temp, Activity::kTemp);
     if (rc != pmrcOK) return rc;
-    rc =
-        WriteBytes(temp, Activity::Temp, KeptRecordImage(), KeptRecordBytes(), "prepending last record read");
+    rc = WriteBytes(temp, Activity::kTemp, KeptRecordImage(), KeptRecordBytes(),
+                    "prepending last record read");
     if (rc != pmrcOK) return rc;
     char* scratch =
         static_cast<char*>(std::malloc(static_cast<std::size_t>(Setting().BKSZ) + kRecordLengthBytes));
@@ -125,7 +125,7 @@ ReturnCode WriteTempFile(std::FILE* temp) {
 ReturnCode FlushTempFile(std::FILE* temp) {
     if (std::fflush(temp) == 0 && std::ferror(temp) == 0) return pmrcOK;
     const char* reason = StreamReason(temp);
-    ReportStreamError(Severity::Error, kFunction, "checkpoint", "fflush", Activity::Temp, reason);
+    ReportStreamError(Severity::kError, kFunction, "checkpoint", "fflush", Activity::kTemp, reason);
     return pmrcFailure;
 }
 
@@ -152,7 +152,7 @@ ReturnCode SkipDelivered(std::size_t bytes) {
         done += got;
         if (got < wanted) {
             return FailCount<Message::kShortRead>(bytes, done, "'positioning' read", "fread",
-                                                  CkPtFileStream(), Activity::Checkpoint);
+                                                  CkPtFileStream(), Activity::kCheckpoint);
         }
     }
     return pmrcOK;
@@ -161,7 +161,7 @@ ReturnCode SkipDelivered(std::size_t bytes) {
 // The records after the position of the stream have not been delivered yet and must survive.
 ReturnCode RewriteDuringReplay() {
     const char* temp = Setting().FilePathTemp;
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, FormatText("FilePathTemp '%s'", temp));
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, FormatText("FilePathTemp '%s'", temp));
     std::FILE* TempFileStream = std::fopen(temp, "w+b");
     if (TempFileStream == nullptr)
         return Fail(FormatNumbered<Message::kTemporaryFileOpenFailed>(temp, std::strerror(errno)), "fopen");

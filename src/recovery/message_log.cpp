@@ -26,29 +26,29 @@ struct LogState {
 LogState log;
 
 ReturnCode FailOpen(const char* reason) {
-    ReportError(Severity::Error, "OpenLogFile",
+    ReportError(Severity::kError, "OpenLogFile",
                 FormatNumbered<Message::kLogOpenFailed>(Setting().logPath, reason), " ");
     return pmrcFailure;
 }
 
 void TraceRecord(const void* record, std::uint32_t length) {
     constexpr std::uint32_t kTracedBytes = 40;
-    if (!TraceAdmits(TraceLevel::IoBuffers)) return;
+    if (!TraceAdmits(TraceLevel::kIoBuffers)) return;
     const std::uint32_t traced = std::min(length, kTracedBytes);
-    TraceLine(TraceLevel::IoBuffers, Severity::Info, "WriteLogRec",
+    TraceLine(TraceLevel::kIoBuffers, Severity::kInfo, "WriteLogRec",
               FormatText("Logging %d byte record.", static_cast<int>(length)));
     FormatText("beginning %d chars: ", static_cast<int>(traced));
-    TraceLine(TraceLevel::IoBuffers, Severity::Info, "WriteLogRec", AppendBytes(record, traced));
+    TraceLine(TraceLevel::kIoBuffers, Severity::kInfo, "WriteLogRec", AppendBytes(record, traced));
 }
 
 // A failed write ends the load or, if TLF allows it, only the logging.
 ReturnCode HandleShortWrite() {
-    const Severity severity = Setting().TLF ? Severity::Error : Severity::Warning;
-    ReportStreamError(severity, "WriteLogRec", " ", "fwrite", Activity::Log, StreamReason(log.stream));
+    const Severity severity = Setting().TLF ? Severity::kError : Severity::kWarning;
+    ReportStreamError(severity, "WriteLogRec", " ", "fwrite", Activity::kLog, StreamReason(log.stream));
     if (Setting().TLF) return pmrcFailure;
     DropLogStream();
     StopLogging();
-    ReportError(Severity::Info, "WriteLogRec", "continuing without Log");
+    ReportError(Severity::kInfo, "WriteLogRec", "continuing without Log");
     return pmrcOK;
 }
 
@@ -66,11 +66,11 @@ ReturnCode OpenLogFile() {
     } else {
         return FailOpen(std::strerror(errno));
     }
-    TraceLine(TraceLevel::JobEvents, Severity::Info, "OpenLogFile", text);
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, "OpenLogFile", text);
 
     log.stream = std::fopen(path, mode);
     if (log.stream == nullptr) return FailOpen(std::strerror(errno));
-    TraceLine(TraceLevel::JobEvents, Severity::Info, "OpenLogFile", "Log opened");
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, "OpenLogFile", "Log opened");
     return pmrcOK;
 }
 
@@ -79,7 +79,7 @@ ReturnCode WriteLogRec(const void* record, std::uint32_t length) {
     TraceRecord(record, length);
     if (std::fwrite(record, 1, length, log.stream) != length) return HandleShortWrite();
     if (std::fflush(log.stream) == 0) return pmrcOK;
-    ReportStreamError(Severity::Error, "WriteLogRec", "after log write", "fflush", Activity::Log,
+    ReportStreamError(Severity::kError, "WriteLogRec", "after log write", "fflush", Activity::kLog,
                       StreamReason(log.stream));
     return pmrcFailure;
 }
@@ -89,15 +89,15 @@ void CloseLogFile() {
     const char* path = Setting().logPath;
     DropLogStream();
     if (PreserveRestartInfo()) {
-        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+        TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
                   FormatText("Preserving log file ('%s').", path));
         log.preserved = true;
         return;
     }
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Deleting log file ('%s').", path));
     if (DeleteByCommand(path) == -1) {
-        TraceLine(TraceLevel::JobEvents, Severity::Warning, kFunction,
+        TraceLine(TraceLevel::kJobEvents, Severity::kWarning, kFunction,
                   FormatText("Unable to delete log file (%s). Reason '%s'", path, std::strerror(errno)));
     }
     log.preserved = false;

@@ -25,7 +25,7 @@ ReplayState state;
 constexpr char kReadFunction[] = "ReadFromChkPt";
 
 ReplayRead Fail(const char* message, const char* failingCall, const char* reason) {
-    ReportStreamError(Severity::Error, kReadFunction, message, failingCall, Activity::Checkpoint, reason);
+    ReportStreamError(Severity::kError, kReadFunction, message, failingCall, Activity::kCheckpoint, reason);
     return ReplayRead::kFailed;
 }
 
@@ -33,7 +33,7 @@ ReplayRead Fail(const char* message, const char* failingCall, const char* reason
 // error text.
 ReplayRead FailShortRead(std::uint64_t expected, std::size_t got, const char* what) {
     const char* reason = StreamReason(CkPtFileStream());
-    TraceLine(TraceLevel::JobEvents, Severity::Error, kReadFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kError, kReadFunction,
               FormatNumbered<Message::kShortRead>(static_cast<int>(expected), static_cast<int>(got)));
     return Fail(what, "fread", reason);
 }
@@ -54,10 +54,11 @@ void EndReplay() {
 
 ReturnCode RepositionFile() {
     constexpr char kFunction[] = "RepositionFile";
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction, "Backing out via rewind of checkpoint file");
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
+              "Backing out via rewind of checkpoint file");
     std::FILE* stream = CkPtFileStream();
     if (stream == nullptr) {
-        ReportError(Severity::Error, kFunction, "empty checkpoint file");
+        ReportError(Severity::kError, kFunction, "empty checkpoint file");
         return pmrcFailure;
     }
     std::rewind(stream);
@@ -66,17 +67,17 @@ ReturnCode RepositionFile() {
     const char* reason = StreamReason(stream);
     SetCkPtSeq(sequence);
     if (read.complete) {
-        TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+        TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
                   FormatText("Checkpoint file sequence: %d", CkPtSeq()));
         return pmrcOK;
     }
     TraceLine(
-        TraceLevel::JobEvents, Severity::Error, kFunction,
+        TraceLevel::kJobEvents, Severity::kError, kFunction,
         FormatNumbered<Message::kShortRead>(static_cast<int>(sizeof sequence), static_cast<int>(read.bytes)));
     if (read.bytes == 0) {
-        ReportError(Severity::Error, kFunction, "empty checkpoint file");
+        ReportError(Severity::kError, kFunction, "empty checkpoint file");
     } else {
-        ReportStreamError(Severity::Error, kFunction, "checkpoint sequence", "fread", Activity::Checkpoint,
+        ReportStreamError(Severity::kError, kFunction, "checkpoint sequence", "fread", Activity::kCheckpoint,
                           reason);
     }
     return pmrcFailure;
@@ -86,7 +87,7 @@ ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length) {
     if (!Setting().CKFILE) return ReplayRead::kNotSupported;
     std::FILE* stream = CkPtFileStream();
     if (stream == nullptr) {
-        ReportError(Severity::Error, kReadFunction, "checkpoint", "fgetpos");
+        ReportError(Severity::kError, kReadFunction, "checkpoint", "fgetpos");
         return ReplayRead::kFailed;
     }
     std::int64_t offset = 0;
@@ -98,16 +99,16 @@ ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length) {
     if (!lengthRead.complete) {
         if (!lengthRead.atEnd)
             return FailShortRead(sizeof recordLength, lengthRead.bytes, "checkpoint record length");
-        TraceLine(TraceLevel::JobEvents, Severity::Info, kReadFunction, "EOF on Checkpoint file");
+        TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kReadFunction, "EOF on Checkpoint file");
         EndReplay();
         return ReplayRead::kEndOfReplay;
     }
     const char* reason = StreamReason(stream);
-    TraceLine(TraceLevel::IoEvents, Severity::Info, kReadFunction,
+    TraceLine(TraceLevel::kIoEvents, Severity::kInfo, kReadFunction,
               FormatText("Checkpoint record length: %d", static_cast<int>(recordLength)));
     if (recordLength > static_cast<std::uint64_t>(Setting().BKSZ)) {
         TraceLine(
-            TraceLevel::JobEvents, Severity::Error, kReadFunction,
+            TraceLevel::kJobEvents, Severity::kError, kReadFunction,
             FormatNumbered<Message::kRecordLengthInvalid>(static_cast<int>(recordLength), Setting().BKSZ));
         return Fail("checkpoint record length", nullptr, reason);
     }

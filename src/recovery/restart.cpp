@@ -21,23 +21,23 @@ namespace {
 constexpr char kFunction[] = "PIDMMain";
 
 ReturnCode Fail(const char* message) {
-    ReportError(Severity::Error, kFunction, message);
+    ReportError(Severity::kError, kFunction, message);
     return pmrcFailure;
 }
 
 // The checkpoint of this position was never carried out, so the file still belongs to the previous checkpoint
 // and contains the records since then. The replay starts at the place that the position names.
 ReturnCode SeekToPosition(const PositionData& position) {
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Repositioning file to sequence: %d", position.CkPtSeq));
     SetCkPtOffset(position.CkPtOffset);
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("CkPtOffset: %d", static_cast<int>(position.CkPtOffset)));
     if (SetStreamPosition(CkPtFileStream(), position.CkPtOffset)) return pmrcOK;
     const char* reason = StreamReason(CkPtFileStream());
     // This message only becomes the message text. What is reported is the activity.
     FormatNumbered<Message::kRepositionFailed>();
-    ReportStreamError(Severity::Error, kFunction, "reposition", "fsetpos", Activity::Checkpoint, reason);
+    ReportStreamError(Severity::kError, kFunction, "reposition", "fsetpos", Activity::kCheckpoint, reason);
     return pmrcFailure;
 }
 
@@ -69,7 +69,7 @@ ReturnCode SetPosition(const void* position, std::uint32_t length) {
     std::memcpy(&requested, position, sizeof requested);
 
     ResumeMsgCount(requested.CkPtMsgCount);
-    TraceLine(TraceLevel::JobEvents, Severity::Info, kFunction,
+    TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Reposition requested. Requested sequence: %d", requested.CkPtSeq));
     const ReturnCode rc = GoBackTo(requested);
     if (rc != pmrcOK) return rc;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -129,13 +130,17 @@ TEST(MessageTable, EmittersUseTheNameOfTheirMessage) {
     }
 }
 
-TEST(MessageTable, EmittersOfMessagesWithoutANumberExist) {
+TEST(MessageTable, EmittersContainTheTextOfTheirMessage) {
+    // One format makes these two texts.
+    const std::map<std::string, std::string> made = {{"not initialized", "%s initialized"},
+                                                     {"already initialized", "%s initialized"}};
     for (const Row& row : AllRows()) {
         if (row.number != 0) continue;
+        const std::string text = made.contains(row.text) ? made.at(row.text) : row.text;
         const std::vector<std::string> files = FilesOf(row);
         EXPECT_FALSE(files.empty()) << row.text;
         for (const std::string& file : files)
-            EXPECT_NE(ReadSource(file), "") << row.text << " in " << file;
+            EXPECT_NE(ReadSource(file).find('"' + text + '"'), std::string::npos) << text << " in " << file;
     }
 }
 

@@ -1,5 +1,5 @@
-// A parameter file that is cut at any byte or damaged at any bit: Init either reads what is left or names what it
-// refuses, and damage to one line never changes the setting of another.
+// A parameter file that is cut at any byte or damaged at any bit: Init either reads what is left or names
+// what it refuses, and damage to one line never changes the setting of another.
 #include <algorithm>
 
 #include "tests/params/params_fixture.h"

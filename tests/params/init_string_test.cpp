@@ -1,4 +1,5 @@
-// How the initialization string is split into tokens, and -PARMFILE, the only keyword that CheckParm does not know.
+// How the initialization string is split into tokens, and -PARMFILE, the only keyword that CheckParm does
+// not know.
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"
 

@@ -18,8 +18,8 @@ class ParamsFixture : public ModuleFixture {
     /// Returns only the report lines of such an Init.
     std::vector<std::string> ReportOfInit(const std::string& keywords);
 
-    /// Opens a trace file at level 1 and shuts the module. The file stays open, as after an earlier load in the
-    /// same process.
+    /// Opens a trace file at level 1 and shuts the module. The file stays open, as after an earlier load in
+    /// the same process.
     void LeaveTraceOpen();
 
     /// Returns what Open prints, whether it succeeds or not.

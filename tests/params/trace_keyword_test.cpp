@@ -1,5 +1,5 @@
-// TRCL has two values. The second is a path whatever it looks like, and an error in the first does not end the
-// check at once.
+// TRCL has two values. The second is a path whatever it looks like, and an error in the first does not end
+// the check at once.
 #include "tests/params/params_fixture.h"
 
 using testing::Contains;
