@@ -25,7 +25,7 @@ TraceState state;
 
 constexpr char kFunction[] = "PIDMMain";
 
-// Returns the current time of day as HH:MM:SS, or an empty text if the clock cannot be read.
+// Returns the current time of day as HH:MM:SS, or an empty string if the clock cannot be read.
 const char* TimeStamp() {
     constexpr std::size_t kTimeAt = 11;  // in "Www Mmm dd hh:mm:ss yyyy\n"
     state.stamp[0] = '\0';

@@ -26,8 +26,8 @@ struct Settings {
     std::int32_t RWAIT;
     /// For how many seconds a failing open is repeated; once Init has finished, the number of attempts.
     std::uint32_t OTENACITY;
-    /// What one attempt to open counts against OTENACITY, in seconds; also the pause between attempts, in
-    /// milliseconds.
+    /// OTENACITY is divided by this number to get the number of attempts. The same number is the pause between two
+    /// attempts, in milliseconds.
     std::uint32_t OWAIT;
     /// Keep a message log. StopLogging clears it as well.
     bool LOG;

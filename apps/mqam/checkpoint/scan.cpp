@@ -103,7 +103,7 @@ void ScanTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecor
         FindResyncOffset(bytes, maxRecordBytes, scan);
 }
 
-// Reads record by record until one is incomplete. Returns how many bytes of that one were read.
+// Reads records until one is incomplete or has an impossible length. Returns how many bytes of that one were read.
 std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
     std::vector<char> body;
     for (;;) {

@@ -3,8 +3,8 @@
 //
 // What the order of calls protects:
 // - The target is synced to disk before Close, because Close deletes the checkpoint file and the log.
-// - The first checkpoint is requested right after Open, before the first Read, because what is read before the first
-//   checkpoint is kept nowhere. Later ones are requested only if records have come since the last one, and the target is
+// - The first checkpoint is requested right after Open, before the first Read, because nothing that is read before the first
+//   checkpoint is saved anywhere. Later ones are requested only if records have arrived since the last one, and the target is
 //   synced before the Read that carries the checkpoint out.
 // - After an Open, Read or GetPos that failed, or a failure of the target, neither Close nor Shut is called: they
 //   disconnect, which commits messages that were never delivered, and they delete the files that contain the rest. The
