@@ -1,18 +1,18 @@
-// The module's trace file, read line by line.
+// Reads the module's trace file line by line.
 #pragma once
 
-#include <cstddef>
+#include <ios>
 #include <string>
 #include <vector>
 
-/// "12:34:56: text" gives "text"; a line without a stamp, such as the further lines of an error block, is
-/// kept.
+/// Removes the time stamp: "12:34:56: text" becomes "text". A line without one, such as the second line of an
+/// error block, stays as it is.
 std::string WithoutStamp(const std::string& line);
 
 /// Splits at "\n". A text that ends with a line end has no empty last line.
 std::vector<std::string> SplitLines(const std::string& text);
 
-/// A trace line as the routine writes it, without its stamp: "PIDMMain(info): text".
+/// A trace line as the routine writes it, without the stamp: "PIDMMain(info): text".
 std::string InfoLine(const std::string& function, const std::string& text);
 std::string WarningLine(const std::string& function, const std::string& text);
 std::string ErrorLine(const std::string& function, const std::string& text);
@@ -21,16 +21,18 @@ class TraceReader {
   public:
     explicit TraceReader(std::string path = "trace.txt") : path_(std::move(path)) {}
 
-    /// The whole file, line ends as "\n"; empty when there is no file.
+    /// The whole file with "\n" as line end; empty when there is no file.
     [[nodiscard]] std::string Text() const;
-    /// All lines, stamps taken off.
+    /// All lines without their stamps.
     [[nodiscard]] std::vector<std::string> Lines() const;
-    /// The lines written since the last call of NewLines or Skip.
+    /// The lines written since the last call of NewLines or Skip. Only these are read: a test that asks after
+    /// each of some thousand requests would otherwise spend its time on lines that it has seen.
     std::vector<std::string> NewLines();
     /// Skips what is there already.
     void Skip() { NewLines(); }
 
   private:
     std::string path_;
-    std::size_t seen_ = 0;
+    std::streamoff seenBytes_ = 0;
+    bool inLine_ = false;  ///< the last line seen had no line end yet
 };
