@@ -4,12 +4,18 @@
 
 namespace {
 
-/// The module as built, for the first test of the process; the module's state lasts as long as it is loaded
-/// and it is never unloaded, so each later load takes a copy of its own.
+#ifdef MQAMOD_KEEP_MODULES_LOADED
+/// What a module leaves allocated is lost when it is unloaded, and the leak checker would report it. So each
+/// module stays loaded, and all but the first are copies: a file is loaded once.
+constexpr bool kKeepModulesLoaded = true;
+#else
+constexpr bool kKeepModulesLoaded = false;
+#endif
+
 std::string ModuleFile() {
     static int loads = 0;
     std::string built = ModulePath();
-    if (loads++ == 0) return built;
+    if (!kKeepModulesLoaded || loads++ == 0) return built;
     const std::string name =
         "copy" + std::to_string(loads) + "_" + std::filesystem::path(built).filename().string();
     const std::filesystem::path copy = std::filesystem::current_path() / name;
@@ -40,13 +46,26 @@ void ModuleFixture::SetUp() {
 }
 
 void ModuleFixture::LoadAnotherModule() {
-    if (module != nullptr) CloseForgottenStreams();
+    UnloadModule();
     std::string reason;
     module = LoadLibraryFile(ModuleFile(), reason);
     ASSERT_NE(module, nullptr) << reason;
     const auto entryPoint = reinterpret_cast<PIDMMainFunction>(FindSymbol(module, "PIDMMain"));
     ASSERT_NE(entryPoint, nullptr) << "the module does not export PIDMMain";
     UseEntryPoint(entryPoint);
+}
+
+void ModuleFixture::UnloadModule() {
+    if (module == nullptr) return;
+    CloseForgottenStreams();
+    if (!kKeepModulesLoaded) {
+        EXPECT_TRUE(UnloadLibraryFile(module, ModulePath())) << "the next test would find this one's state";
+    }
+    module = nullptr;
+}
+
+ModuleFixture::~ModuleFixture() {
+    UnloadModule();
 }
 
 void ModuleFixture::TearDown() {

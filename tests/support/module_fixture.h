@@ -20,11 +20,14 @@ std::string MqDoubleWithoutMqbackPath();
 
 class ModuleFixture : public testing::Test, public HostRequests {
   protected:
+    /// Unloads the module after the members of every derived fixture, which may restore its imports, are gone.
+    ~ModuleFixture() override;
     void SetUp() override;
     void TearDown() override;
 
-    /// Loads a copy of the module whose state is that of a new process, and sends the requests there. Streams
-    /// that the copy before left open are closed where the system would not let others delete their files.
+    /// Loads the module with the state that it has in a new process, and sends the requests there. Unloads the
+    /// one loaded before; streams that it left open are closed where the system would not let anyone delete
+    /// their files otherwise.
     void LoadAnotherModule();
 
     /// Init and Open of queue Q1 of queue manager QM1, which must succeed, with further keywords.
@@ -39,6 +42,9 @@ class ModuleFixture : public testing::Test, public HostRequests {
     MqiDouble mq;
     TraceReader trace;  ///< of trace.txt: see InitTraced
     LoadedLibrary module = nullptr;
+
+  private:
+    void UnloadModule();
 };
 
 /// Keywords that every valid Init needs.

@@ -42,6 +42,10 @@ void RestoreStandardOutput(int token);
 /// Makes a crash end the process immediately, without a dialog or debugger.
 void MakeCrashesQuiet();
 
+/// Lets the process open as many files as the system allows: a module that is loaded for one test, or for one
+/// simulated process, leaves its trace open, and a program runs hundreds of them.
+void RaiseOpenFileLimit();
+
 /// Ends a test program whose tests are over. Under Wine it ends immediately, because a process there
 /// sometimes hangs at its exit.
 [[noreturn]] void EndTestProgram(int exitCode);

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <link.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -79,6 +80,13 @@ void RestoreStandardOutput(int token) {
 }
 
 void MakeCrashesQuiet() {}
+
+void RaiseOpenFileLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
 
 void EndTestProgram(int exitCode) {
     std::exit(exitCode);

@@ -80,6 +80,10 @@ void MakeCrashesQuiet() {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
 }
 
+void RaiseOpenFileLimit() {
+    _setmaxstdio(2048);
+}
+
 void EndTestProgram(int exitCode) {
     (void)std::fflush(nullptr);
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kStartedFile[] = "MQAMOD_STARTED_FILE";
 
-void Tell(const std::string& path, const std::string& text) {
+void Report(const std::string& path, const std::string& text) {
     if (path.empty()) return;
     if (std::FILE* file = std::fopen(path.c_str(), "w"); file != nullptr) {
         std::fputs(text.c_str(), file);
@@ -29,14 +29,26 @@ std::string TakeStartedFile() {
     return taken;
 }
 
+/// Hides from the programs that tests start, which may be this program again, which part of the tests this
+/// process runs and where it writes their results.
+class RunnersVariables : public testing::Environment {
+  public:
+    void SetUp() override {
+        for (const char* variable : {"GTEST_TOTAL_SHARDS", "GTEST_SHARD_INDEX", "GTEST_OUTPUT"})
+            SetEnvironment(variable, "");
+    }
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const std::string startedFile = TakeStartedFile();
-    Tell(startedFile, "");  // before anything that can fail
+    Report(startedFile, "");  // before anything that can fail
     MakeCrashesQuiet();
+    RaiseOpenFileLimit();
     testing::InitGoogleMock(&argc, argv);
+    testing::AddGlobalTestEnvironment(new RunnersVariables);  // owned by GoogleTest
     const int code = RUN_ALL_TESTS();
-    Tell(startedFile, std::to_string(code));
+    Report(startedFile, std::to_string(code));
     EndTestProgram(code);
 }
