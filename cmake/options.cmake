@@ -8,6 +8,7 @@ if(NOT MQAMOD_SANITIZE MATCHES "^(OFF|ON|address|thread)$")
 endif()
 
 option(MQAMOD_COVERAGE "compile without optimisation and count the branches that are taken" OFF)
+option(MQAMOD_MERGE_SOURCES "compile the sources of some layers as one, which hides a missing include" ON)
 option(MQAMOD_FUZZ "build only the fuzzers: the module with libFuzzer's instrumentation and sanitizers (clang)" OFF)
 option(MQAMOD_WARNINGS_AS_ERRORS "stop at a compiler warning; scripts/test turns this on" OFF)
 
