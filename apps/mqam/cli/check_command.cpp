@@ -20,7 +20,7 @@ namespace mqam {
 
 namespace {
 
-constexpr const char* kExamples =
+constexpr const char* kCheckExamples =
     "Examples:\n"
     "  mqam check --qmgr QM1 --queue ORDERS --rwait 5\n"
     "      what a load with these options would use\n"
@@ -88,7 +88,7 @@ void AddCheckCommand(CLI::App& app, int& exitCode) {
         app.add_subcommand("check", "Show the parameters in effect, or the error, without touching a queue");
     const auto options = std::make_shared<ModuleOptions>();
     AddModuleOptions(*command, *options);
-    command->footer(kExamples);
+    command->footer(kCheckExamples);
     command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
 }
 

@@ -10,8 +10,6 @@ namespace mqam {
 namespace {
 
 constexpr const char* kQueueGroup = "Queue";
-constexpr const char* kReadGroup = "Reading";
-constexpr const char* kSafetyGroup = "Checkpoint and log";
 constexpr const char* kTraceGroup = "Diagnosis";
 
 constexpr KeywordOption kTable[] = {

@@ -15,6 +15,10 @@ class Option;
 
 namespace mqam {
 
+/// Headings of the help that keyword options and other options share.
+inline constexpr const char* kReadGroup = "Reading";
+inline constexpr const char* kSafetyGroup = "Checkpoint and log";
+
 struct KeywordOption {
     const char* keyword;  ///< the module's name for it
     const char* option;   ///< names, separated by commas; error messages use the first

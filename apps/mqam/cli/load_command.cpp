@@ -25,7 +25,7 @@ namespace mqam {
 
 namespace {
 
-constexpr const char* kExamples =
+constexpr const char* kLoadExamples =
     "Examples:\n"
     "  mqam load --qmgr QM1 --queue ORDERS --to orders.txt\n"
     "      every message of the queue as a line of orders.txt; ends when the queue has been empty for 15 s\n"
@@ -150,7 +150,7 @@ void AddLoadCommand(CLI::App& app, int& exitCode) {
         app.add_subcommand("load", "Load the messages of a queue into a file or a SQLite table");
     const auto options = std::make_shared<LoadOptions>();
     AddLoadOptions(*command, *options);
-    std::string footer = kExamples;
+    std::string footer = kLoadExamples;
     footer += "\nExit codes:\n";
     for (const ExitCodeRow& row : AllExitCodes()) {
         if (!row.isOfLoad) continue;

@@ -16,8 +16,6 @@ namespace mqam {
 namespace {
 
 constexpr const char* kTargetGroup = "Target";
-constexpr const char* kReadGroup = "Reading";
-constexpr const char* kSafetyGroup = "Checkpoint and log";
 constexpr const char* kRestartGroup = "Restart";
 constexpr const char* kDiagnosisGroup = "Diagnosis";
 

@@ -50,7 +50,7 @@ constexpr const char* kPutExamples =
     "      form of `mqam load --format length`\n"
     "  mqam queue put QM1 ORDERS --length put.bin\n      puts the same messages again\n";
 
-constexpr const char* kShowExamples =
+constexpr const char* kQueueShowExamples =
     "Examples:\n"
     "  mqam queue show QM1\n"
     "      attributes and queues of the queue manager\n"
@@ -218,7 +218,7 @@ void AddShow(CLI::App& parent, int& exitCode) {
     command->add_option("MESSAGE", options->message, "file name of a message");
     command->add_flag("--body", options->body, "write the message's bytes, nothing else");
     command->add_option("--limit", options->limit, "messages to list (20)")->type_name("N");
-    command->footer(kShowExamples);
+    command->footer(kQueueShowExamples);
     command->callback([options, &exitCode] { exitCode = RunQueueShow(*options); });
 }
 

@@ -10,6 +10,6 @@ named=$(for program in "$@"; do "$program" --gtest_list_tests; done | grep -oE '
 [ -n "$numbers" ] && [ -n "$named" ]
 untested=$(comm -23 <(echo "$numbers") <(echo "$named"))
 unknown=$(comm -13 <(echo "$numbers") <(echo "$named"))
-if [ -n "$untested" ]; then echo "no test is named after:" $untested; fi
-if [ -n "$unknown" ]; then echo "tests are named after what docs/hosts.md does not have:" $unknown; fi
+if [ -n "$untested" ]; then echo "no test is named after: ${untested//$'\n'/ }"; fi
+if [ -n "$unknown" ]; then echo "tests are named after what docs/hosts.md does not have: ${unknown//$'\n'/ }"; fi
 [ -z "$untested$unknown" ] && echo "$(wc -w <<<"$numbers") numbers, each with a test"
