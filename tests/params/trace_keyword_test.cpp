@@ -14,7 +14,7 @@ ExpectedError OutOfRange(const std::string& level) {
     return KeywordError("MQA0101: <Trace Level (TRCL) value: " + level + " must be between 0 and 4>");
 }
 
-ExpectedError ArgumentMissing(const std::string& token) {
+ExpectedError TraceArgumentMissing(const std::string& token) {
     return KeywordError("MQA0164: <option " + token + ": argument missing>");
 }
 
@@ -42,18 +42,18 @@ TEST_F(TraceKeywordTest, TextWithoutDigitsIsLevel0) {
 }
 
 TEST_F(TraceKeywordTest, WithoutAPathNamesTheLevelToken_Kept) {
-    EXPECT_TRUE(FailsWith(Init(Required("-TRCL 3")), ArgumentMissing("3")));
+    EXPECT_TRUE(FailsWith(Init(Required("-TRCL 3")), TraceArgumentMissing("3")));
 }
 
 TEST_F(TraceKeywordTest, WithoutALevelNamesTheKeyword) {
-    EXPECT_TRUE(FailsWith(Init(Required("-TRCL")), ArgumentMissing("-TRCL")));
+    EXPECT_TRUE(FailsWith(Init(Required("-TRCL")), TraceArgumentMissing("-TRCL")));
 }
 
 TEST_F(TraceKeywordTest, BadLevelWithoutAPathReportsBothAndKeepsTheLast) {
     LeaveTraceOpen();
-    EXPECT_TRUE(FailsWith(Init("-TRCL 9"), ArgumentMissing("9")));
+    EXPECT_TRUE(FailsWith(Init("-TRCL 9"), TraceArgumentMissing("9")));
     std::vector<std::string> expected = {"CheckParm(info): Keyword: TRCL"};
-    for (const ExpectedError& error : {OutOfRange("9"), ArgumentMissing("9")}) {
+    for (const ExpectedError& error : {OutOfRange("9"), TraceArgumentMissing("9")}) {
         for (const std::string& line : error.TraceLines())
             expected.push_back(line);
     }

@@ -81,30 +81,30 @@ TEST_F(WordTest, ConvertOfANumberBeyond32BitsStoresTheLimit) {
     ExpectReport("-CONVERT -4294967296", parameters);
 }
 
-struct Rejected {
+struct RejectedWord {
     const char* name;
     const char* keyword;
     const char* value;
     const char* message;
 };
 
-void PrintTo(const Rejected& row, std::ostream* out) {
+void PrintTo(const RejectedWord& row, std::ostream* out) {
     *out << row.keyword << ' ' << row.value;
 }
 
-std::string RejectedName(const testing::TestParamInfo<Rejected>& row) {
+std::string RejectedWordName(const testing::TestParamInfo<RejectedWord>& row) {
     return std::string(row.param.keyword) + row.param.name;
 }
 
-class RejectedWordTest : public ParamsFixture, public testing::WithParamInterface<Rejected> {};
+class RejectedWordTest : public ParamsFixture, public testing::WithParamInterface<RejectedWord> {};
 
 TEST_P(RejectedWordTest, FailsAndIsQuotedInUpperCase) {
-    const Rejected& row = GetParam();
+    const RejectedWord& row = GetParam();
     EXPECT_TRUE(
         FailsWith(Init(Required(std::string(row.keyword) + " " + row.value)), KeywordError(row.message)));
 }
 
-const Rejected kRejected[] = {
+const RejectedWord kRejectedWords[] = {
     {"OneLetter", "TLF", "y", "MQA0112: <Invalid Terminate on Log failure (TLF) parameter 'Y'>"},
     {"Longer", "TLF", "yess", "MQA0112: <Invalid Terminate on Log failure (TLF) parameter 'YESS'>"},
     {"T", "TLF", "t", "MQA0112: <Invalid Terminate on Log failure (TLF) parameter 'T'>"},
@@ -118,7 +118,7 @@ const Rejected kRejected[] = {
     {"TwoT", "FLUSH", "tt", "MQA0116: <Invalid media flush (FLUSH) parameter 'TT'>"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Row, RejectedWordTest, testing::ValuesIn(kRejected), RejectedName);
+INSTANTIATE_TEST_SUITE_P(Row, RejectedWordTest, testing::ValuesIn(kRejectedWords), RejectedWordName);
 
 TEST_F(WordTest, LongerThanAnyMessageIsQuotedUntilTheMessageIsFull) {
     EXPECT_TRUE(FailsWith(Init(Required("-TLF " + std::string(5000, 'y'))),

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 namespace {
 
-ExpectedError ConnectError(int reason) {
+ExpectedError BindingError(int reason) {
     return {"PIDMMain", "Error received from MQCONNX : " + std::to_string(reason)};
 }
 
@@ -31,7 +31,7 @@ class BindingTest : public ModuleFixture {
 TEST_F(BindingTest, MissingLibraryIsReason2495AndOneWarningNamesIt) {
     InitTraced(1);
     SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
-    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_THAT(warnings[0], HasSubstr("no_such_library"));
@@ -42,7 +42,7 @@ TEST_F(BindingTest, FileThatIsNoLibraryIsReason2495AndOneWarningNamesIt) {
     WriteFile("not_a_library.so", "text");
     const std::string path = (std::filesystem::current_path() / "not_a_library.so").string();
     SetEnvironment("MQAMOD_MQ_LIBRARY", path);
-    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_THAT(warnings[0], HasSubstr(path));
@@ -51,7 +51,7 @@ TEST_F(BindingTest, FileThatIsNoLibraryIsReason2495AndOneWarningNamesIt) {
 TEST_F(BindingTest, LibraryWithoutAVerbIsReason2497AndOneWarningNamesBoth) {
     InitTraced(1);
     SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoubleWithoutMqbackPath());
-    EXPECT_TRUE(FailsWith(Open(), ConnectError(2497)));
+    EXPECT_TRUE(FailsWith(Open(), BindingError(2497)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_THAT(warnings[0], HasSubstr(MqDoubleWithoutMqbackPath()));
@@ -91,7 +91,7 @@ TEST_F(BindingTest, EachVerbIsNeeded) {
     InitTraced(1);
     for (const char* verb : {"MQCONNX", "MQDISC", "MQOPEN", "MQCLOSE", "MQGET", "MQCMIT", "MQBACK"}) {
         missingVerb = verb;
-        EXPECT_TRUE(FailsWith(Open(), ConnectError(2497))) << verb;
+        EXPECT_TRUE(FailsWith(Open(), BindingError(2497))) << verb;
         const std::vector<std::string> warnings = NewWarnings();
         ASSERT_EQ(warnings.size(), 1U) << verb;
         EXPECT_THAT(warnings[0], HasSubstr("entry point " + missingVerb + " missing"));
@@ -103,7 +103,7 @@ TEST_F(BindingTest, EachVerbIsNeeded) {
 TEST_F(BindingTest, FailsInTheSameWayWithoutATrace) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
     SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
-    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     EXPECT_TRUE(FailsWith(Read(), ExpectedError("PIDMMain",
                                                 "MQA0160: <Read failed.  Queue not open.  QMName = QM1. "
                                                 "QName = Q1.>")));
@@ -189,7 +189,7 @@ TEST_F(LoaderTest, EachOfIbmsLibrariesIsBoundByItsNameAndInIbmsDirectory) {
 TEST_F(LoaderTest, TheWarningListsEachLibraryInTheOrderOfTheAttemptsWithItsReason) {
     StartWithLibrary("a library that is never asked for");
     InitTraced(1);
-    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     std::string expected = "No MQ library could be bound. Tried " + NotFound(names_[0]);
     for (const std::string& path : {folder_ + names_[0], names_[1], folder_ + names_[1]})
         expected += ", " + NotFound(path);
@@ -202,7 +202,7 @@ TEST_F(LoaderTest, TheWarningForANamedLibraryListsOnlyThatOne) {
     StartWithLibrary("a library that is never asked for");
     SetEnvironment("MQAMOD_MQ_LIBRARY", "named");
     InitTraced(1);
-    EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+    EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_THAT(warnings[0], testing::EndsWith("PIDMMain(!warning!): No MQ library could be bound. Tried " +
@@ -230,7 +230,7 @@ class IbmNamesTest : public BindingTest {
     /// Returns whether the warning of a failing Open names the client library before the server library.
     bool ClientLibraryIsTriedFirst() {
         trace.Skip();
-        EXPECT_TRUE(FailsWith(Open(), ConnectError(2495)));
+        EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
         const std::vector<std::string> warnings = NewWarnings();
         EXPECT_EQ(warnings.size(), 1U);
         if (warnings.size() != 1) return false;

@@ -10,7 +10,7 @@ using testing::ElementsAreArray;
 namespace {
 
 template <typename T>
-std::string Bytes(const T& structure) {
+std::string BytesOf(const T& structure) {
     return std::string(reinterpret_cast<const char*>(&structure), sizeof structure);
 }
 
@@ -54,7 +54,7 @@ TEST_F(ConnectTest, WithoutChannelAndServerPassesOnlyVersion2Options) {
     InitAndOpen();
     MQCNO expected = MqcnoDefault();
     expected.Version = MQCNO_VERSION_2;
-    EXPECT_EQ(Bytes(mq.calls[0].connectOptions), Bytes(expected));
+    EXPECT_EQ(BytesOf(mq.calls[0].connectOptions), BytesOf(expected));
 }
 
 TEST_F(ConnectTest, WithChannelAndServerPassesTheClientChannel) {
@@ -66,7 +66,7 @@ TEST_F(ConnectTest, WithChannelAndServerPassesTheClientChannel) {
     MQCD expected = MqcdClientConnDefault();
     Fill(expected.ChannelName, "SYSTEM.DEF.SVRCONN");
     Fill(expected.ConnectionName, "mq.example.org(1414)");
-    EXPECT_EQ(Bytes(mq.calls[0].channel), Bytes(expected));
+    EXPECT_EQ(BytesOf(mq.calls[0].channel), BytesOf(expected));
 }
 
 TEST_F(ConnectTest, PassesFullWidthChannelAndServerWithoutATerminator) {
@@ -76,7 +76,7 @@ TEST_F(ConnectTest, PassesFullWidthChannelAndServerWithoutATerminator) {
     MQCD expected = MqcdClientConnDefault();
     Fill(expected.ChannelName, channel);
     Fill(expected.ConnectionName, server);
-    EXPECT_EQ(Bytes(mq.calls[0].channel), Bytes(expected));
+    EXPECT_EQ(BytesOf(mq.calls[0].channel), BytesOf(expected));
 }
 
 TEST_F(ConnectTest, ShorterNamesOfALaterInitLeaveNothingOfTheEarlierOnes) {
@@ -86,7 +86,7 @@ TEST_F(ConnectTest, ShorterNamesOfALaterInitLeaveNothingOfTheEarlierOnes) {
     MQCD expected = MqcdClientConnDefault();
     Fill(expected.ChannelName, "C");
     Fill(expected.ConnectionName, "s");
-    EXPECT_EQ(Bytes(mq.Calls(Verb::Connx)[1].channel), Bytes(expected));
+    EXPECT_EQ(BytesOf(mq.Calls(Verb::Connx)[1].channel), BytesOf(expected));
 }
 
 TEST_F(ConnectTest, ChannelAndServerOfAnEarlierInitStayInForce) {
@@ -95,7 +95,7 @@ TEST_F(ConnectTest, ChannelAndServerOfAnEarlierInitStayInForce) {
     InitAndOpen();
     const std::vector<MqCall> connects = mq.Calls(Verb::Connx);
     ASSERT_TRUE(connects[1].hasChannel);
-    EXPECT_EQ(Bytes(connects[1].channel), Bytes(connects[0].channel));
+    EXPECT_EQ(BytesOf(connects[1].channel), BytesOf(connects[0].channel));
 }
 
 TEST_F(ConnectTest, ChannelWithoutServerFailsInitYetALaterOpenConnectsWithoutAChannel) {

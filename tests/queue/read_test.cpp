@@ -12,7 +12,7 @@ using testing::IsEmpty;
 
 namespace {
 
-const std::string kEof = InfoLine("PIDMMain", "EOF from MQGET");
+const std::string kEofLine = InfoLine("PIDMMain", "EOF from MQGET");
 
 class ReadTest : public ModuleFixture {
   protected:
@@ -65,7 +65,7 @@ TEST_F(ReadTest, EmptyMessageEndsTheInput) {
     InitAndOpenTraced(1);
     mq.PutMessage("");
     ExpectEnd(Read(), pmrcEOF);
-    EXPECT_THAT(trace.NewLines(), ElementsAre(kEof));
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kEofLine));
 }
 
 TEST_F(ReadTest, EndOfInputDoesNotStick) {
@@ -137,7 +137,7 @@ TEST_F(ReadTest, FailureThatReturnsNoDataEndsTheInput) {
     InitAndOpenTraced(1);
     mq.FailGet(MQCC_FAILED, 2009);
     ExpectEnd(Read(), pmrcEOF);
-    EXPECT_THAT(trace.NewLines(), ElementsAre(kEof));
+    EXPECT_THAT(trace.NewLines(), ElementsAre(kEofLine));
 }
 
 TEST_F(ReadTest, DataLengthSurvivesAFailureThatLeavesIt) {

@@ -10,7 +10,7 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 
-constexpr char kFunction[] = "PIDMMain";
+constexpr char kReadRequest[] = "PIDMMain";
 const Lines kBackOutLine = {Info("BackOutMQ", "Backing out MQ transactions via MQBACK")};
 
 class CheckpointAppend : public RecoveryFixture {
@@ -26,7 +26,9 @@ class CheckpointAppend : public RecoveryFixture {
         };
     }
     static ExpectedError SaveFailed(const std::string& failingCall, const std::string& reason) {
-        return ExpectedError(kFunction, "checkpoint").Calling(failingCall).Processing("Checkpoint", reason);
+        return ExpectedError(kReadRequest, "checkpoint")
+            .Calling(failingCall)
+            .Processing("Checkpoint", reason);
     }
     std::vector<std::string> atCommit;  ///< contents of the file at each MQCMIT
 };
@@ -65,7 +67,7 @@ TEST_F(CheckpointAppend, SavingLeavesNothingInTheTrace) {
     BeginWithCheckpoint();
     Deliver({"second"});
     EXPECT_EQ(trace.NewLines(),
-              Traced("Read", pmrcOK, {{Info(kFunction, "message length: 6, begins: second")}}));
+              Traced("Read", pmrcOK, {{Info(kReadRequest, "message length: 6, begins: second")}}));
 }
 
 TEST_F(CheckpointAppend, FlushIsNeverAskedFor) {
@@ -198,7 +200,7 @@ TEST_F(CheckpointAppend, AMessageThatWasNotSavedIsStillTheLastRecord) {
     mq.PutMessage("second", 1);
     PassOver();
     EXPECT_EQ(Read().returnCode, pmrcEOF);
-    EXPECT_THAT(trace.NewLines(), Contains(Warning(kFunction, "Message identical to previous.")));
+    EXPECT_THAT(trace.NewLines(), Contains(Warning(kReadRequest, "Message identical to previous.")));
     TakeCheckpoint();
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(2, {"second"}));
 }
@@ -232,7 +234,7 @@ TEST_P(CommitFailure, TheRecordIsSavedButNotReturned) {
     mq.PutMessage("second");
     mq.onCmit.push_back({.compCode = GetParam(), .reason = 2003});
     const ReadOutcome read = Read();
-    ExpectedError error(kFunction, "MQA0143: <MQCMIT failed, reason code = 2003>");
+    ExpectedError error(kReadRequest, "MQA0143: <MQCMIT failed, reason code = 2003>");
     if (GetParam() == MQCC_WARNING) error.Warning();
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);

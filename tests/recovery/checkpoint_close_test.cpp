@@ -13,8 +13,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string kPreserving = Info("CloseAll", "Preserving checkpoint file ('ck.dat').");
-const std::string kDeleting = Info("CloseAll", "Deleting checkpoint file ('ck.dat').");
+const std::string kPreservingCheckpoint = Info("CloseAll", "Preserving checkpoint file ('ck.dat').");
+const std::string kDeletingCheckpoint = Info("CloseAll", "Deleting checkpoint file ('ck.dat').");
 const Lines kQueueAndManager = {Info("CloseAll", "closing MQ named Q"),
                                 Info("CloseAll", "closing MQ Q Manager")};
 
@@ -41,7 +41,8 @@ class CheckpointClose : public RecoveryFixture {
 TEST_F(CheckpointClose, CloseDeletesTheFileByDefault) {
     BeginCheckpointing();
     Deliver({"record"});
-    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {kQueueAndManager, {kDeleting}, Received(1)}));
+    EXPECT_EQ(LinesOfClose(),
+              Traced("Close", pmrcOK, {kQueueAndManager, {kDeletingCheckpoint}, Received(1)}));
     EXPECT_FALSE(FileExists(kCkFile));
     EXPECT_EQ(Deletions(kCkFile), 1U);
     EXPECT_EQ(CallsOn(kCkFile)[0], "close ck.dat");
@@ -53,7 +54,8 @@ TEST_F(CheckpointClose, PreserveRestartInfoYesKeepsTheFile) {
     Deliver({"first"});
     TakeCheckpoint();
     Deliver({"second"});
-    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {kQueueAndManager, {kPreserving}, Received(2)}));
+    EXPECT_EQ(LinesOfClose(),
+              Traced("Close", pmrcOK, {kQueueAndManager, {kPreservingCheckpoint}, Received(2)}));
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first", "second"}));
     EXPECT_EQ(Deletions(kCkFile), 0U);
 }
@@ -62,7 +64,7 @@ TEST_F(CheckpointClose, PreserveRestartInfoNoDeletesTheFile) {
     BeginCheckpointing();
     PreserveRestartInfo("YES");
     PreserveRestartInfo("NO");
-    EXPECT_THAT(LinesOfClose(), Contains(kDeleting));
+    EXPECT_THAT(LinesOfClose(), Contains(kDeletingCheckpoint));
     EXPECT_FALSE(FileExists(kCkFile));
 }
 
@@ -70,7 +72,7 @@ TEST_F(CheckpointClose, TheChoiceCanBeMadeBeforeOpen) {
     InitAgain();
     PreserveRestartInfo("YES");
     EXPECT_EQ(Open().returnCode, pmrcOK);
-    EXPECT_THAT(LinesOfClose(), Contains(kPreserving));
+    EXPECT_THAT(LinesOfClose(), Contains(kPreservingCheckpoint));
     EXPECT_TRUE(FileExists(kCkFile));
 }
 
@@ -86,7 +88,7 @@ TEST_F(CheckpointClose, LogAndCheckpointFileAreClosedInTheirOrder) {
         Traced("Close", pmrcOK,
                {{Info("CloseAll", "closing Log"), Info("CloseLogFile", "Deleting log file ('log.dat').")},
                 kQueueAndManager,
-                {kDeleting},
+                {kDeletingCheckpoint},
                 Received(0)}));
 }
 
@@ -94,8 +96,8 @@ TEST_F(CheckpointClose, AnotherCloseNamesAKeptFileAgain) {
     BeginCheckpointing();
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
-    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kPreserving}, Received(0)}));
-    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kPreserving}, Received(0)}));
+    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kPreservingCheckpoint}, Received(0)}));
+    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kPreservingCheckpoint}, Received(0)}));
     EXPECT_TRUE(FileExists(kCkFile));
 }
 
@@ -104,7 +106,7 @@ TEST_F(CheckpointClose, AKeptFileIsDeletedByALaterCloseWhenPreservingWasCleared)
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
     PreserveRestartInfo("NO");
-    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kDeleting}, Received(0)}));
+    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kDeletingCheckpoint}, Received(0)}));
     EXPECT_FALSE(FileExists(kCkFile));
     EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {Received(0)}));
 }
@@ -112,10 +114,10 @@ TEST_F(CheckpointClose, AKeptFileIsDeletedByALaterCloseWhenPreservingWasCleared)
 TEST_F(CheckpointClose, ShutMakesTheSameChoiceAndThenForgetsIt) {
     BeginCheckpointing();
     PreserveRestartInfo("YES");
-    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {kQueueAndManager, {kPreserving}}));
+    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {kQueueAndManager, {kPreservingCheckpoint}}));
     EXPECT_TRUE(FileExists(kCkFile));
     BeginCheckpointing();
-    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {kQueueAndManager, {kDeleting}}));
+    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {kQueueAndManager, {kDeletingCheckpoint}}));
     EXPECT_FALSE(FileExists(kCkFile));
 }
 
@@ -123,10 +125,10 @@ TEST_F(CheckpointClose, ThatAFileWasKeptIsRememberedBeyondShut) {
     BeginCheckpointing();
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
-    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {{kPreserving}}));
+    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {{kPreservingCheckpoint}}));
     InitAgain();
     EXPECT_TRUE(FileExists(kCkFile));
-    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {{kDeleting}}));
+    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {{kDeletingCheckpoint}}));
     EXPECT_FALSE(FileExists(kCkFile));
 }
 
@@ -136,7 +138,7 @@ TEST_F(CheckpointClose, AFileThatNoLongerExistsIsNotAFailure) {
     EXPECT_EQ(Close().returnCode, pmrcOK);
     PreserveRestartInfo("NO");
     ASSERT_EQ(std::remove(kCkFile), 0);
-    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kDeleting}, Received(0)}));
+    EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {{kDeletingCheckpoint}, Received(0)}));
 }
 
 TEST_F(CheckpointClose, ADeletionThatCannotBeCarriedOutIsAWarningOnly) {
@@ -147,7 +149,7 @@ TEST_F(CheckpointClose, ADeletionThatCannotBeCarriedOutIsAWarningOnly) {
     const Lines warning = {Warning("CloseAll", "Unable to delete checkpoint file (ck.dat). Reason '" +
                                                    std::string(std::strerror(EACCES)) + "'")};
     EXPECT_EQ(trace.NewLines(),
-              Traced("Close", pmrcOK, {kQueueAndManager, {kDeleting}, warning, Received(0)}));
+              Traced("Close", pmrcOK, {kQueueAndManager, {kDeletingCheckpoint}, warning, Received(0)}));
     EXPECT_TRUE(FileExists(kCkFile));
     EXPECT_EQ(LinesOfClose(), Traced("Close", pmrcOK, {Received(0)})) << "it does not count as kept";
 }
@@ -160,10 +162,10 @@ TEST_F(CheckpointClose, AFileStaysOpenWhenTheQueueCannotBeClosedAndShutReleasesI
     mq.onClose.push_back({.compCode = MQCC_FAILED, .reason = 2009});
     EXPECT_EQ(Close().returnCode, pmrcFailure);
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
-    EXPECT_THAT(trace.NewLines(), Not(Contains(kPreserving)));
+    EXPECT_THAT(trace.NewLines(), Not(Contains(kPreservingCheckpoint)));
     EXPECT_EQ(Shut().returnCode, pmrcOK);
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre("close ck.dat"));
-    EXPECT_THAT(trace.NewLines(), Contains(kPreserving));
+    EXPECT_THAT(trace.NewLines(), Contains(kPreservingCheckpoint));
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1));
 }
 
@@ -176,9 +178,9 @@ TEST_F(CheckpointClose, AFileThatAFailedCloseLeftOpenIsReleasedEvenAfterAFailedO
         mq.onConnx.push_back({.compCode = MQCC_FAILED, .reason = 2059});
         EXPECT_EQ(Open().returnCode, pmrcFailure);
         const bool kept = std::string(preserve) == "YES";
-        EXPECT_EQ(LinesOfShut(),
-                  Traced("Shut", pmrcOK,
-                         {{Info("CloseAll", "closing MQ Q Manager")}, {kept ? kPreserving : kDeleting}}));
+        EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK,
+                                        {{Info("CloseAll", "closing MQ Q Manager")},
+                                         {kept ? kPreservingCheckpoint : kDeletingCheckpoint}}));
         EXPECT_EQ(FileExists(kCkFile), kept);
     }
 }
@@ -212,7 +214,8 @@ TEST_F(CheckpointClose, AFileThatALostReplayLeftClosedIsNeitherNamedNorDeleted) 
     TakePosition();
     faults->Add({.call = FileCall::Remove, .file = kCkFile, .error = EACCES});
     EXPECT_EQ(Read().returnCode, pmrcFailure);
-    EXPECT_THAT(LinesOfClose(), AllOf(Not(Contains(kDeleting)), Not(Contains(HasSubstr("Preserving")))));
+    EXPECT_THAT(LinesOfClose(),
+                AllOf(Not(Contains(kDeletingCheckpoint)), Not(Contains(HasSubstr("Preserving")))));
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"a", "b"}));
     EXPECT_EQ(ReadFile(TempFile()), CkBytes(2, {"a", "b"}));
 }

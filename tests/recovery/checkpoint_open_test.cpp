@@ -12,11 +12,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr char kFunction[] = "OpenCkPtFile";
+constexpr char kOpenCkPtFile[] = "OpenCkPtFile";
 constexpr char kKeywords[] = "-QMGR QM1 -QNM Q1 -BKSZ 1000 -TRCL 4 trace.txt -CKFILE ck.dat";
-const std::string kVia = Info(kFunction, "Checkpoint/restart via pathname: 'ck.dat'");
-const std::string kExists = Info(kFunction, "Checkpoint pathname exists, will be used for recovery");
-const std::string kOpened = Info(kFunction, "Checkpoint file ('ck.dat') open successful");
+const std::string kVia = Info(kOpenCkPtFile, "Checkpoint/restart via pathname: 'ck.dat'");
+const std::string kExists = Info(kOpenCkPtFile, "Checkpoint pathname exists, will be used for recovery");
+const std::string kOpened = Info(kOpenCkPtFile, "Checkpoint file ('ck.dat') open successful");
 
 class CheckpointOpen : public RecoveryFixture {
   protected:
@@ -29,8 +29,8 @@ class CheckpointOpen : public RecoveryFixture {
                       {{Info("PIDMMain", "Queue Manager open"), Info("PIDMMain", "Queue open")}, checkpoint});
     }
     static ExpectedError OpenFailed(int error, const std::string& path = kCkFile) {
-        return {kFunction, "MQA0137: <Checkpoint file (" + path + ") open failed. Reason '" +
-                               std::strerror(error) + "'>"};
+        return {kOpenCkPtFile, "MQA0137: <Checkpoint file (" + path + ") open failed. Reason '" +
+                                   std::strerror(error) + "'>"};
     }
     static Lines NotOpened(const Lines& before, const ExpectedError& error) {
         return Traced("Open", pmrcFailure,
@@ -242,7 +242,7 @@ TEST_F(CheckpointOpen, OpenFillsTheLastRecordWithZeros) {
 TEST_F(CheckpointOpen, AfterAnInitThatFailedThereIsNoRoomForTheLastRecord) {
     EXPECT_EQ(Init(std::string(kKeywords) + " -SRVR host").returnCode, pmrcFailure);
     PassOver();
-    const ExpectedError error(kFunction, "memory allocation failed");
+    const ExpectedError error(kOpenCkPtFile, "memory allocation failed");
     EXPECT_TRUE(FailsWith(Open(), error));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
     // The other requests must work without the buffer.

@@ -12,9 +12,9 @@ using testing::ElementsAre;
 using testing::Not;
 
 constexpr char kReset[] = "ResetCkptFile";
-const Lines kEntry = {Info("DoGetPos", "Entry")};
-const Lines kCommitted = {Info("DoGetPos", "Checkpoint (GetPos) committed")};
-const Lines kNotCommitted = {Error("DoGetPos", "Checkpoint (GetPos) NOT committed")};
+const Lines kTakeEntry = {Info("DoGetPos", "Entry")};
+const Lines kTakeCommitted = {Info("DoGetPos", "Checkpoint (GetPos) committed")};
+const Lines kTakeNotCommitted = {Error("DoGetPos", "Checkpoint (GetPos) NOT committed")};
 
 Lines Starting(int sequence) {
     return {Info(kReset, "Checkpoint file starting checkpoint sequence " + std::to_string(sequence))};
@@ -80,10 +80,11 @@ TEST_F(CheckpointTake, ReadTakesTheCheckpointBeforeItReadsTheQueue) {
     };
     Deliver({"second"});
     EXPECT_EQ(atGet, CkBytes(1, {"first"}));
-    EXPECT_EQ(
-        trace.NewLines(),
-        Traced("Read", pmrcOK,
-               {kEntry, Starting(1), kCommitted, {Info("PIDMMain", "message length: 6, begins: second")}}));
+    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcOK,
+                                       {kTakeEntry,
+                                        Starting(1),
+                                        kTakeCommitted,
+                                        {Info("PIDMMain", "message length: 6, begins: second")}}));
     EXPECT_THAT(CallsOn(kCkFile),
                 ElementsAre("close ck.dat", "open ck.dat wb+", "write ck.dat 4", "write ck.dat 13",
                             "tell ck.dat", "write ck.dat 14", "flush ck.dat"));
@@ -155,7 +156,7 @@ TEST_F(CheckpointTake, TheEntryOfTheCheckpointIsADetail) {
     trace.Skip();
     EXPECT_EQ(Read().returnCode, pmrcEOF);
     EXPECT_EQ(trace.NewLines(),
-              Traced("Read", pmrcEOF, {Starting(1), kCommitted, {Info("PIDMMain", "EOF from MQGET")}}));
+              Traced("Read", pmrcEOF, {Starting(1), kTakeCommitted, {Info("PIDMMain", "EOF from MQGET")}}));
 }
 
 TEST_F(CheckpointTake, AtLevel1TheCheckpointIsAJobEvent) {
@@ -164,7 +165,7 @@ TEST_F(CheckpointTake, AtLevel1TheCheckpointIsAJobEvent) {
     TakePosition();
     EXPECT_EQ(trace.NewLines(), HandedOut(1, 1, 0));
     Deliver({"second"});
-    EXPECT_EQ(trace.NewLines(), Chain({Starting(1), kCommitted}));
+    EXPECT_EQ(trace.NewLines(), Chain({Starting(1), kTakeCommitted}));
 }
 
 TEST_F(CheckpointTake, ARedundantGetPosTakesTheCheckpointAndHandsOutNothing) {
@@ -173,8 +174,9 @@ TEST_F(CheckpointTake, ARedundantGetPosTakesTheCheckpointAndHandsOutNothing) {
     EXPECT_EQ(second.returnCode, pmrcOK);
     EXPECT_FALSE(second.given);
     EXPECT_TRUE(Carries(second, RedundantRequest()));
-    EXPECT_EQ(trace.NewLines(),
-              Traced("GetPos", pmrcOK, {RedundantRequest().TraceLines(), kEntry, Starting(1), kCommitted}));
+    EXPECT_EQ(
+        trace.NewLines(),
+        Traced("GetPos", pmrcOK, {RedundantRequest().TraceLines(), kTakeEntry, Starting(1), kTakeCommitted}));
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first"}));
 
     const PositionOutcome third = GetPos();
@@ -192,7 +194,7 @@ TEST_F(CheckpointTake, ARedundantGetPosReturnsTheFailureOfTheCheckpoint) {
     EXPECT_FALSE(second.given);
     EXPECT_EQ(trace.NewLines(),
               Traced("GetPos", pmrcFailure,
-                     {RedundantRequest().TraceLines(), kEntry, error.TraceLines(), kNotCommitted}));
+                     {RedundantRequest().TraceLines(), kTakeEntry, error.TraceLines(), kTakeNotCommitted}));
     // It is no longer pending.
     EXPECT_TRUE(Is(TakePosition(), 2, 1, 0));
 }
@@ -291,9 +293,9 @@ TEST_F(CheckpointTake, ACheckpointBeforeOpenFindsNoFileAndTouchesNone) {
     TakePosition();
     PassOver();
     EXPECT_TRUE(FailsWith(GetPos(), EmptyFile()));
-    EXPECT_EQ(trace.NewLines(),
-              Traced("GetPos", pmrcFailure,
-                     {RedundantRequest().TraceLines(), kEntry, EmptyFile().TraceLines(), kNotCommitted}));
+    EXPECT_EQ(trace.NewLines(), Traced("GetPos", pmrcFailure,
+                                       {RedundantRequest().TraceLines(), kTakeEntry, EmptyFile().TraceLines(),
+                                        kTakeNotCommitted}));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(7, {"kept"}));
 }
@@ -348,7 +350,7 @@ TEST_F(CheckpointTake, AReadWithTheQueueClosedLeavesTheCheckpointPending) {
     EXPECT_EQ(Close().returnCode, pmrcOK);
     PassOver();
     EXPECT_EQ(Read().returnCode, pmrcFailure);
-    EXPECT_THAT(trace.NewLines(), Not(Contains(kEntry[0])));
+    EXPECT_THAT(trace.NewLines(), Not(Contains(kTakeEntry[0])));
     EXPECT_FALSE(GetPos().given);
 }
 
@@ -360,7 +362,8 @@ TEST_F(CheckpointTake, AFileThatCannotBeStartedAgainFailsTheRead) {
     const ReadOutcome read = Read();
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);
-    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcFailure, {kEntry, error.TraceLines(), kNotCommitted}));
+    EXPECT_EQ(trace.NewLines(),
+              Traced("Read", pmrcFailure, {kTakeEntry, error.TraceLines(), kTakeNotCommitted}));
     EXPECT_EQ(mq.Sequence(), "");
 }
 
@@ -393,7 +396,7 @@ TEST_P(HeaderWritten, AHeaderWrittenInPartFailsTheRead) {
     EXPECT_EQ(read.recordLength, 0U);
     const Lines counts = {Error(kReset, ShortWrite(4, static_cast<std::int64_t>(GetParam())))};
     EXPECT_EQ(trace.NewLines(),
-              Traced("Read", pmrcFailure, {kEntry, counts, error.TraceLines(), kNotCommitted}));
+              Traced("Read", pmrcFailure, {kTakeEntry, counts, error.TraceLines(), kTakeNotCommitted}));
     EXPECT_EQ(mq.Sequence(), "");
 }
 
@@ -408,7 +411,8 @@ TEST_F(CheckpointTake, ALastRecordWrittenInPartFailsTheRead) {
     EXPECT_TRUE(FailsWith(Read(), error));
     const Lines counts = {Error(kReset, ShortWrite(13, 12))};
     EXPECT_EQ(trace.NewLines(),
-              Traced("Read", pmrcFailure, {kEntry, Starting(1), counts, error.TraceLines(), kNotCommitted}));
+              Traced("Read", pmrcFailure,
+                     {kTakeEntry, Starting(1), counts, error.TraceLines(), kTakeNotCommitted}));
     EXPECT_EQ(mq.Sequence(), "");
 }
 
@@ -459,7 +463,7 @@ TEST_F(CheckpointTake, AtLevel1AFailedCheckpointIsAJobEvent) {
                                     .Calling("fwrite")
                                     .Processing("Checkpoint", std::strerror(ENOSPC));
     EXPECT_EQ(trace.NewLines(),
-              Chain({{Error(kReset, ShortWrite(4, 0))}, error.TraceLines(), kNotCommitted}));
+              Chain({{Error(kReset, ShortWrite(4, 0))}, error.TraceLines(), kTakeNotCommitted}));
 }
 
 TEST_F(CheckpointTake, AReadThatReturnsNothingLeavesTheLastRecord) {

@@ -11,8 +11,8 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string kPreserving = Info("CloseLogFile", "Preserving log file ('log.dat').");
-const std::string kDeleting = Info("CloseLogFile", "Deleting log file ('log.dat').");
+const std::string kPreservingLog = Info("CloseLogFile", "Preserving log file ('log.dat').");
+const std::string kDeletingLog = Info("CloseLogFile", "Deleting log file ('log.dat').");
 const std::string kClosing = Info("CloseAll", "closing Log");
 constexpr char kLogKeywords[] = "-LOG log.dat";
 
@@ -42,7 +42,7 @@ class MessageLogClose : public RecoveryFixture {
 TEST_F(MessageLogClose, CloseDeletesTheLogByDefault) {
     Begin(kLogKeywords);
     Deliver({"record"});
-    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kDeleting}, 1));
+    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kDeletingLog}, 1));
     EXPECT_FALSE(FileExists(kLogFile));
     EXPECT_EQ(Deletions(kLogFile), 1U);
 }
@@ -60,7 +60,7 @@ TEST_F(MessageLogClose, PreserveRestartInfoYesKeepsTheLog) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     Deliver({"record"});
-    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kPreserving}, 1));
+    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kPreservingLog}, 1));
     EXPECT_EQ(ReadFile(kLogFile), "record");
 }
 
@@ -68,7 +68,7 @@ TEST_F(MessageLogClose, PreserveRestartInfoNoDeletesTheLog) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     PreserveRestartInfo("NO");
-    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kDeleting}));
+    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kDeletingLog}));
     EXPECT_FALSE(FileExists(kLogFile));
 }
 
@@ -76,15 +76,15 @@ TEST_F(MessageLogClose, ARefusedValueLeavesTheChoiceAsItWas) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     EXPECT_EQ(PutAttribute("PRESERVE_RESTART_INFO", "no").returnCode, pmrcBadAttrValue);
-    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kPreserving}));
+    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kPreservingLog}));
 }
 
 TEST_F(MessageLogClose, AnotherCloseNamesAKeptLogAgain) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
-    EXPECT_EQ(LinesOfClose(), ClosedAgain({kPreserving}));
-    EXPECT_EQ(LinesOfClose(), ClosedAgain({kPreserving}));
+    EXPECT_EQ(LinesOfClose(), ClosedAgain({kPreservingLog}));
+    EXPECT_EQ(LinesOfClose(), ClosedAgain({kPreservingLog}));
     EXPECT_TRUE(FileExists(kLogFile));
 }
 
@@ -93,7 +93,7 @@ TEST_F(MessageLogClose, AKeptLogIsDeletedByALaterCloseWhenPreservingWasCleared) 
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
     PreserveRestartInfo("NO");
-    EXPECT_EQ(LinesOfClose(), ClosedAgain({kDeleting}));
+    EXPECT_EQ(LinesOfClose(), ClosedAgain({kDeletingLog}));
     EXPECT_FALSE(FileExists(kLogFile));
     EXPECT_EQ(LinesOfClose(), ClosedAgain({}));
 }
@@ -102,11 +102,11 @@ TEST_F(MessageLogClose, ShutMakesTheSameChoiceAndThenForgetsIt) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK,
-                                    {{kClosing, kPreserving, Info("CloseAll", "closing MQ named Q"),
+                                    {{kClosing, kPreservingLog, Info("CloseAll", "closing MQ named Q"),
                                       Info("CloseAll", "closing MQ Q Manager")}}));
     EXPECT_TRUE(FileExists(kLogFile));
     Begin(kLogKeywords);
-    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kDeleting}));
+    EXPECT_EQ(LinesOfClose(), Closed({kClosing, kDeletingLog}));
     EXPECT_FALSE(FileExists(kLogFile));
 }
 
@@ -114,10 +114,10 @@ TEST_F(MessageLogClose, ThatALogWasKeptIsRememberedBeyondShut) {
     Begin(kLogKeywords);
     PreserveRestartInfo("YES");
     EXPECT_EQ(Close().returnCode, pmrcOK);
-    EXPECT_THAT(LinesOfShut(), Contains(kPreserving));
+    EXPECT_THAT(LinesOfShut(), Contains(kPreservingLog));
     ASSERT_EQ(Init("-QMGR QM1 -QNM Q1 -TRCL 4 trace.txt").returnCode, pmrcOK);
     EXPECT_TRUE(FileExists(kLogFile));
-    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {{kDeleting}}));
+    EXPECT_EQ(LinesOfShut(), Traced("Shut", pmrcOK, {{kDeletingLog}}));
     EXPECT_FALSE(FileExists(kLogFile));
 }
 
@@ -127,7 +127,7 @@ TEST_F(MessageLogClose, AFileThatNoLongerExistsIsNotAFailure) {
     EXPECT_EQ(Close().returnCode, pmrcOK);
     PreserveRestartInfo("NO");
     ASSERT_EQ(std::remove(kLogFile), 0);
-    EXPECT_EQ(LinesOfClose(), ClosedAgain({kDeleting}));
+    EXPECT_EQ(LinesOfClose(), ClosedAgain({kDeletingLog}));
 }
 
 TEST_F(MessageLogClose, ADeletionThatCannotBeCarriedOutIsAWarningOnly) {
@@ -138,7 +138,7 @@ TEST_F(MessageLogClose, ADeletionThatCannotBeCarriedOutIsAWarningOnly) {
     const Outcome close = Close();
     EXPECT_TRUE(Succeeds(close));
     EXPECT_EQ(trace.NewLines(),
-              Closed({kClosing, kDeleting,
+              Closed({kClosing, kDeletingLog,
                       Warning("CloseLogFile", "Unable to delete log file (log.dat). Reason '" +
                                                   std::string(std::strerror(EACCES)) + "'")},
                      1));
@@ -149,7 +149,7 @@ TEST_F(MessageLogClose, ADeletionThatCannotBeCarriedOutIsAWarningOnly) {
 TEST_F(MessageLogClose, AtLevel1OnlyTheJobEventsAreTraced) {
     Begin(kLogKeywords, 1);
     Deliver({"record"});
-    EXPECT_EQ(LinesOfClose(), Lines({kClosing, kDeleting, Info("CloseAll", "closing MQ named Q"),
+    EXPECT_EQ(LinesOfClose(), Lines({kClosing, kDeletingLog, Info("CloseAll", "closing MQ named Q"),
                                      Info("CloseAll", "closing MQ Q Manager"),
                                      Info("PIDMMain", "Messages received via MQGET: 1")}));
 }
@@ -158,7 +158,7 @@ TEST_F(MessageLogClose, ALogIsClosedEvenWhenTheQueueCannotBe) {
     Begin(kLogKeywords);
     mq.onClose.push_back({.compCode = MQCC_FAILED, .reason = 2009});
     EXPECT_EQ(Close().returnCode, pmrcFailure);
-    EXPECT_THAT(trace.NewLines(), AllOf(Contains(kDeleting), Not(Contains(HasSubstr("Q Manager")))));
+    EXPECT_THAT(trace.NewLines(), AllOf(Contains(kDeletingLog), Not(Contains(HasSubstr("Q Manager")))));
     EXPECT_FALSE(FileExists(kLogFile));
 }
 

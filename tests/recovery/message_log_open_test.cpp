@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 
 constexpr char kLogKeyword[] = "-QMGR QM1 -QNM Q1 -TRCL 4 trace.txt -LOG log.dat";
-constexpr char kFunction[] = "OpenLogFile";
+constexpr char kOpenLogFile[] = "OpenLogFile";
 
 class MessageLogOpen : public RecoveryFixture {
   protected:
@@ -19,7 +19,8 @@ class MessageLogOpen : public RecoveryFixture {
         PassOver();
     }
     static ExpectedError OpenFailed(const std::string& reason) {
-        return ExpectedError(kFunction, "MQA0141: <Log file (log.dat) open failed. Reason '" + reason + "'>")
+        return ExpectedError(kOpenLogFile,
+                             "MQA0141: <Log file (log.dat) open failed. Reason '" + reason + "'>")
             .Calling(" ");
     }
     /// Expects that no log is open. Only what Close does shows that from outside.
@@ -35,10 +36,11 @@ class MessageLogOpen : public RecoveryFixture {
 TEST_F(MessageLogOpen, AMissingFileIsCreated) {
     InitWithLog();
     EXPECT_TRUE(Succeeds(Open()));
-    EXPECT_EQ(trace.NewLines(),
-              Traced("Open", pmrcOK,
-                     {{Info(kFunction, "Log file doen't exists, will create"), Info(kFunction, "Log opened"),
-                       Info("PIDMMain", "Queue Manager open"), Info("PIDMMain", "Queue open")}}));
+    EXPECT_EQ(
+        trace.NewLines(),
+        Traced("Open", pmrcOK,
+               {{Info(kOpenLogFile, "Log file doen't exists, will create"), Info(kOpenLogFile, "Log opened"),
+                 Info("PIDMMain", "Queue Manager open"), Info("PIDMMain", "Queue open")}}));
     EXPECT_THAT(CallsOn(kLogFile), ElementsAre("open log.dat rb", "open log.dat wb+"));
     EXPECT_EQ(ReadFile(kLogFile), "");
 }
@@ -49,7 +51,7 @@ TEST_F(MessageLogOpen, AFileThatExistsIsOpenedForUpdateAndKept) {
     EXPECT_TRUE(Succeeds(Open()));
     EXPECT_EQ(trace.NewLines(),
               Traced("Open", pmrcOK,
-                     {{Info(kFunction, "Log file exists, will append"), Info(kFunction, "Log opened"),
+                     {{Info(kOpenLogFile, "Log file exists, will append"), Info(kOpenLogFile, "Log opened"),
                        Info("PIDMMain", "Queue Manager open"), Info("PIDMMain", "Queue open")}}));
     EXPECT_THAT(CallsOn(kLogFile), ElementsAre("open log.dat rb", "close log.dat", "open log.dat rb+"));
     EXPECT_EQ(ReadFile(kLogFile), "old bytes");
@@ -83,7 +85,7 @@ TEST_F(MessageLogOpen, AFileThatCannotBeCreatedFails) {
     EXPECT_TRUE(FailsWith(open, error));
     EXPECT_EQ(trace.NewLines(),
               Traced("Open", pmrcFailure,
-                     {{Info(kFunction, "Log file doen't exists, will create")}, error.TraceLines()}));
+                     {{Info(kOpenLogFile, "Log file doen't exists, will create")}, error.TraceLines()}));
     EXPECT_EQ(mq.Sequence(), "");
     ExpectNoLogIsOpen();
 }
@@ -95,9 +97,9 @@ TEST_F(MessageLogOpen, AFileThatCannotBeOpenedForUpdateFailsWithTheReasonOfTheSe
     const Outcome open = Open();
     const ExpectedError error = OpenFailed(std::strerror(EACCES));
     EXPECT_TRUE(FailsWith(open, error));
-    EXPECT_EQ(
-        trace.NewLines(),
-        Traced("Open", pmrcFailure, {{Info(kFunction, "Log file exists, will append")}, error.TraceLines()}));
+    EXPECT_EQ(trace.NewLines(),
+              Traced("Open", pmrcFailure,
+                     {{Info(kOpenLogFile, "Log file exists, will append")}, error.TraceLines()}));
     EXPECT_EQ(ReadFile(kLogFile), "old bytes");
     ExpectNoLogIsOpen();
 }
@@ -106,20 +108,20 @@ TEST_F(MessageLogOpen, AMissingDirectoryLooksLikeAMissingFileAndThenFails) {
     ASSERT_TRUE(Succeeds(Init("-QMGR QM1 -QNM Q1 -TRCL 4 trace.txt -LOG nowhere/log.dat")));
     trace.Skip();
     const ExpectedError error =
-        ExpectedError(kFunction, "MQA0141: <Log file (nowhere/log.dat) open failed. Reason '" +
-                                     std::string(std::strerror(ENOENT)) + "'>")
+        ExpectedError(kOpenLogFile, "MQA0141: <Log file (nowhere/log.dat) open failed. Reason '" +
+                                        std::string(std::strerror(ENOENT)) + "'>")
             .Calling(" ");
     EXPECT_TRUE(FailsWith(Open(), error));
     EXPECT_EQ(trace.NewLines(),
               Traced("Open", pmrcFailure,
-                     {{Info(kFunction, "Log file doen't exists, will create")}, error.TraceLines()}));
+                     {{Info(kOpenLogFile, "Log file doen't exists, will create")}, error.TraceLines()}));
 }
 
 TEST_F(MessageLogOpen, AMessageAboutALongPathIsCutToItsBuffer) {
     const std::string path(2000, 'p');
     ASSERT_TRUE(Succeeds(Init("-QMGR QM1 -QNM Q1 -LOG " + path)));
     const std::string message = ("MQA0141: <Log file (" + path).substr(0, 1023);
-    EXPECT_TRUE(FailsWith(Open(), ExpectedError(kFunction, message).Calling(" ")));
+    EXPECT_TRUE(FailsWith(Open(), ExpectedError(kOpenLogFile, message).Calling(" ")));
 }
 
 TEST_F(MessageLogOpen, AFailedOpenCanBeTriedAgain) {
@@ -139,7 +141,7 @@ TEST_F(MessageLogOpen, ALogLeftOpenByAFailedOpenIsClosedFirst) {
     EXPECT_EQ(Open().returnCode, pmrcOK);
     EXPECT_THAT(CallsOn(kLogFile),
                 ElementsAre("close log.dat", "open log.dat rb", "close log.dat", "open log.dat rb+"));
-    EXPECT_THAT(trace.NewLines(), testing::Contains(Info(kFunction, "Log file exists, will append")));
+    EXPECT_THAT(trace.NewLines(), testing::Contains(Info(kOpenLogFile, "Log file exists, will append")));
 }
 
 TEST_F(MessageLogOpen, ALogLeftOpenByAFailedOpenIsClosedByClose) {

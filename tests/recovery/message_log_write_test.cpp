@@ -11,7 +11,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr char kFunction[] = "WriteLogRec";
+constexpr char kWriteLogRec[] = "WriteLogRec";
 
 class MessageLogWrite : public RecoveryFixture {
   protected:
@@ -19,13 +19,13 @@ class MessageLogWrite : public RecoveryFixture {
         Begin("-LOG log.dat " + keywords, traceLevel);
     }
     static ExpectedError WriteFailed(const std::string& reason) {
-        return ExpectedError(kFunction, " ").Calling("fwrite").Processing("Log", reason);
+        return ExpectedError(kWriteLogRec, " ").Calling("fwrite").Processing("Log", reason);
     }
     static ExpectedError FlushFailed(const std::string& reason) {
-        return ExpectedError(kFunction, "after log write").Calling("fflush").Processing("Log", reason);
+        return ExpectedError(kWriteLogRec, "after log write").Calling("fflush").Processing("Log", reason);
     }
     static ExpectedError GoesOnWithoutLog() {
-        return ExpectedError(kFunction, "continuing without Log").Info();
+        return ExpectedError(kWriteLogRec, "continuing without Log").Info();
     }
 };
 
@@ -70,22 +70,22 @@ TEST_F(MessageLogWrite, TheTraceShowsTheBeginningOfTheRecordAtLevel3) {
     Deliver({record});
     EXPECT_EQ(trace.NewLines(),
               Traced("Read", pmrcOK,
-                     {{Info(kFunction, "Logging 100 byte record."),
-                       Info(kFunction, "beginning 40 chars: " + std::string(40, 'a')),
+                     {{Info(kWriteLogRec, "Logging 100 byte record."),
+                       Info(kWriteLogRec, "beginning 40 chars: " + std::string(40, 'a')),
                        Info("PIDMMain", "message length: 100, begins: " + std::string(20, 'a'))}}));
 }
 
 TEST_F(MessageLogWrite, TheTracedBeginningStopsAtAZeroByte) {
     BeginLogging("", 3);
     Deliver({std::string("abc\0defgh", 9), "xy"});
-    EXPECT_EQ(
-        trace.NewLines(),
-        Chain({Traced("Read", pmrcOK,
-                      {{Info(kFunction, "Logging 9 byte record."), Info(kFunction, "beginning 9 chars: abc"),
-                        Info("PIDMMain", "message length: 9, begins: abc")}}),
-               Traced("Read", pmrcOK,
-                      {{Info(kFunction, "Logging 2 byte record."), Info(kFunction, "beginning 2 chars: xy"),
-                        Info("PIDMMain", "message length: 2, begins: xy")}})}));
+    EXPECT_EQ(trace.NewLines(), Chain({Traced("Read", pmrcOK,
+                                              {{Info(kWriteLogRec, "Logging 9 byte record."),
+                                                Info(kWriteLogRec, "beginning 9 chars: abc"),
+                                                Info("PIDMMain", "message length: 9, begins: abc")}}),
+                                       Traced("Read", pmrcOK,
+                                              {{Info(kWriteLogRec, "Logging 2 byte record."),
+                                                Info(kWriteLogRec, "beginning 2 chars: xy"),
+                                                Info("PIDMMain", "message length: 2, begins: xy")}})}));
 }
 
 TEST_F(MessageLogWrite, BelowLevel3TheTraceSaysNothingOfTheRecord) {
@@ -129,11 +129,10 @@ TEST_F(MessageLogWrite, AShortWriteEndsTheRequest) {
     const ExpectedError error = WriteFailed(std::strerror(ENOSPC));
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);
-    EXPECT_EQ(
-        trace.NewLines(),
-        Traced("Read", pmrcFailure,
-               {{Info(kFunction, "Logging 6 byte record."), Info(kFunction, "beginning 6 chars: record")},
-                error.TraceLines()}));
+    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcFailure,
+                                       {{Info(kWriteLogRec, "Logging 6 byte record."),
+                                         Info(kWriteLogRec, "beginning 6 chars: record")},
+                                        error.TraceLines()}));
     EXPECT_EQ(mq.Sequence(), "GET");
 }
 
@@ -178,13 +177,12 @@ TEST_F(MessageLogWrite, WithTlfNoAShortWriteOnlyEndsLogging) {
     const ReadOutcome read = Read();
     EXPECT_TRUE(Gives(read, "record"));
     EXPECT_TRUE(Carries(read, GoesOnWithoutLog()));
-    EXPECT_EQ(
-        trace.NewLines(),
-        Traced("Read", pmrcOK,
-               {{Info(kFunction, "Logging 6 byte record."), Info(kFunction, "beginning 6 chars: record")},
-                WriteFailed(std::strerror(ENOSPC)).Warning().TraceLines(),
-                GoesOnWithoutLog().TraceLines(),
-                {Info("PIDMMain", "message length: 6, begins: record")}}));
+    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcOK,
+                                       {{Info(kWriteLogRec, "Logging 6 byte record."),
+                                         Info(kWriteLogRec, "beginning 6 chars: record")},
+                                        WriteFailed(std::strerror(ENOSPC)).Warning().TraceLines(),
+                                        GoesOnWithoutLog().TraceLines(),
+                                        {Info("PIDMMain", "message length: 6, begins: record")}}));
     EXPECT_THAT(CallsOn(kLogFile), ElementsAre("write log.dat 6", "close log.dat"));
 }
 
@@ -239,11 +237,10 @@ TEST_P(MessageLogFlush, AFailedFlushEndsTheRequestWhateverTlfSays) {
     const ExpectedError error = FlushFailed(std::strerror(ENOSPC));
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);
-    EXPECT_EQ(
-        trace.NewLines(),
-        Traced("Read", pmrcFailure,
-               {{Info(kFunction, "Logging 6 byte record."), Info(kFunction, "beginning 6 chars: record")},
-                error.TraceLines()}));
+    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcFailure,
+                                       {{Info(kWriteLogRec, "Logging 6 byte record."),
+                                         Info(kWriteLogRec, "beginning 6 chars: record")},
+                                        error.TraceLines()}));
     EXPECT_EQ(mq.Sequence(), "GET");
     PassOver();
     mq.PutMessage("next");

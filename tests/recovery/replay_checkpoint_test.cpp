@@ -11,7 +11,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-constexpr char kFunction[] = "ResetCkptFile";
+constexpr char kResetCkptFile[] = "ResetCkptFile";
 const Lines kEntry = {Info("DoGetPos", "Entry")};
 const Lines kCommitted = {Info("DoGetPos", "Checkpoint (GetPos) committed")};
 const Lines kNotCommitted = {Error("DoGetPos", "Checkpoint (GetPos) NOT committed")};
@@ -27,14 +27,14 @@ class ReplayCheckpoint : public RecoveryFixture {
         EXPECT_TRUE(Is(TakePosition(), 4, 2, 4 + 9));
         PassOver();
     }
-    static Lines TempNamed() { return {Info(kFunction, "FilePathTemp '" + TempFile() + "'")}; }
+    static Lines TempNamed() { return {Info(kResetCkptFile, "FilePathTemp '" + TempFile() + "'")}; }
     static std::string Rewritten() { return CkBytes(4, {"bb", "ccc", "dddd"}); }
     static ExpectedError About(const std::string& what, const std::string& call, const std::string& kind,
                                const std::string& reason = std::strerror(EIO)) {
-        return ExpectedError(kFunction, what).Calling(call).Processing(kind, reason);
+        return ExpectedError(kResetCkptFile, what).Calling(call).Processing(kind, reason);
     }
     static ExpectedError Named(int number, const std::string& text, int error) {
-        return {kFunction,
+        return {kResetCkptFile,
                 "MQA0" + std::to_string(number) + ": <" + text + " Reason '" + std::strerror(error) + "'>"};
     }
     /// Expects the Read that takes the checkpoint to fail with the error. `counts` is the trace line with the
@@ -44,7 +44,7 @@ class ReplayCheckpoint : public RecoveryFixture {
         const ReadOutcome read = Read();
         EXPECT_TRUE(FailsWith(read, error));
         EXPECT_EQ(read.recordLength, 0U);
-        const Lines countLine = counts.empty() ? Lines{} : Lines{Error(kFunction, counts)};
+        const Lines countLine = counts.empty() ? Lines{} : Lines{Error(kResetCkptFile, counts)};
         EXPECT_EQ(
             trace.NewLines(),
             Traced("Read", pmrcFailure, {kEntry, TempNamed(), countLine, error.TraceLines(), kNotCommitted}));
@@ -300,7 +300,7 @@ TEST_F(ReplayCheckpoint, ALengthAboveTheBlocksizeIsNotCopied) {
     TakePosition();
     PassOver();
     ExpectRewriteFails(
-        ExpectedError(kFunction, "checkpoint record length").Processing("Checkpoint", "Undefined"),
+        ExpectedError(kResetCkptFile, "checkpoint record length").Processing("Checkpoint", "Undefined"),
         "MQA0152: <!ERROR! Invalid record length (65537), read 65536>");
     EXPECT_EQ(ReadFile(kCkFile), CkBytes(3, {"a"}) + badLength + std::string(70000, 'x'));
 }
@@ -315,7 +315,7 @@ TEST_F(ReplayCheckpoint, AtLevel1TheTemporaryFileAndATornRecordAreJobEvents) {
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     EXPECT_EQ(trace.NewLines(),
               Chain({TempNamed(),
-                     {Error(kFunction, ShortRead(2, 1))},
+                     {Error(kResetCkptFile, ShortRead(2, 1))},
                      About("checkpoint record body", "fread", "Checkpoint", "Undefined").TraceLines(),
                      kNotCommitted}));
 }
@@ -370,7 +370,7 @@ TEST_F(ReplayCheckpoint, WithoutItsFileTheReplayFailsOnAndTouchesNone) {
     mq.PutMessage("from the queue");
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     TakePosition();
-    EXPECT_TRUE(FailsWith(Read(), ExpectedError(kFunction, "empty checkpoint file")));
+    EXPECT_TRUE(FailsWith(Read(), ExpectedError(kResetCkptFile, "empty checkpoint file")));
     EXPECT_EQ(SetPos({5, 0, 0}).returnCode, pmrcFailure);
     EXPECT_EQ(mq.Sequence(), "");
     EXPECT_THAT(CallsOn("MQAMtmp"), ElementsAre());
@@ -381,7 +381,7 @@ TEST_F(ReplayCheckpoint, WithoutMemoryForARecordTheCheckpointFileStaysAsItIs) {
     BeginInTheMiddle();
     const std::string before = ReadFile(kCkFile);
     faults->Add({.call = FileCall::Allocate, .bytes = 65536 + 8});
-    EXPECT_TRUE(FailsWith(Read(), ExpectedError(kFunction, "memory allocation failed")));
+    EXPECT_TRUE(FailsWith(Read(), ExpectedError(kResetCkptFile, "memory allocation failed")));
     EXPECT_EQ(faults->Struck(), 1);
     EXPECT_EQ(ReadFile(kCkFile), before);
     EXPECT_EQ(mq.Sequence(), "");

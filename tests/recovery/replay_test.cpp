@@ -9,12 +9,12 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 
-constexpr char kFunction[] = "ReadFromChkPt";
+constexpr char kReadFromChkPt[] = "ReadFromChkPt";
 
 class Replay : public RecoveryFixture {
   protected:
     static ExpectedError ReadFailed(const std::string& what, const std::string& reason) {
-        return ExpectedError(kFunction, what).Calling("fread").Processing("Checkpoint", reason);
+        return ExpectedError(kReadFromChkPt, what).Calling("fread").Processing("Checkpoint", reason);
     }
     static std::string LengthField(std::uint64_t length) {
         return {reinterpret_cast<const char*>(&length), sizeof length};
@@ -33,7 +33,7 @@ TEST_F(Replay, ARecordOfNoBytesIsReturnedAsOne) {
     BeginReplay(1, {"", "b"});
     const ReadOutcome read = Read();
     EXPECT_TRUE(Gives(read, ""));
-    EXPECT_THAT(trace.NewLines(), Contains(Info(kFunction, "Checkpoint record length: 0")));
+    EXPECT_THAT(trace.NewLines(), Contains(Info(kReadFromChkPt, "Checkpoint record length: 0")));
     EXPECT_TRUE(Gives(Read(), "b"));
     EXPECT_EQ(mq.Sequence(), "");
     EXPECT_EQ(TakePosition().CkPtMsgCount, 2);
@@ -66,17 +66,16 @@ TEST_P(LengthAboveBlocksize, IsRefusedAndNotSkipped) {
     PassOver();
     const ReadOutcome read = Read();
     const ExpectedError error =
-        ExpectedError(kFunction, "checkpoint record length").Processing("Checkpoint", "Undefined");
+        ExpectedError(kReadFromChkPt, "checkpoint record length").Processing("Checkpoint", "Undefined");
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);
     EXPECT_EQ(read.buffer, std::string(65536, static_cast<char>(kHostByte)));
     const std::string printed = GetParam().printed;
-    EXPECT_EQ(
-        trace.NewLines(),
-        Traced("Read", pmrcFailure,
-               {{Info(kFunction, "Checkpoint record length: " + printed),
-                 Error(kFunction, "MQA0152: <!ERROR! Invalid record length (" + printed + "), read 65536>")},
-                error.TraceLines()}));
+    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcFailure,
+                                       {{Info(kReadFromChkPt, "Checkpoint record length: " + printed),
+                                         Error(kReadFromChkPt, "MQA0152: <!ERROR! Invalid record length (" +
+                                                                   printed + "), read 65536>")},
+                                        error.TraceLines()}));
     EXPECT_EQ(mq.Sequence(), "");
     EXPECT_TRUE(Is(TakePosition(), 2, 0, 4));
 }
@@ -93,9 +92,9 @@ TEST_F(Replay, AtLevel1ABadLengthIsAJobEvent) {
     PassOver();
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     const ExpectedError error =
-        ExpectedError(kFunction, "checkpoint record length").Processing("Checkpoint", "Undefined");
+        ExpectedError(kReadFromChkPt, "checkpoint record length").Processing("Checkpoint", "Undefined");
     EXPECT_EQ(trace.NewLines(),
-              Chain({{Error(kFunction, "MQA0152: <!ERROR! Invalid record length (65537), read 65536>")},
+              Chain({{Error(kReadFromChkPt, "MQA0152: <!ERROR! Invalid record length (65537), read 65536>")},
                      error.TraceLines()}));
 }
 
@@ -105,7 +104,7 @@ TEST_F(Replay, AtLevel1ATornRecordIsAJobEvent) {
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
     PassOver();
     EXPECT_EQ(Read().returnCode, pmrcFailure);
-    EXPECT_EQ(trace.NewLines(), Chain({{Error(kFunction, ShortRead(4, 3))},
+    EXPECT_EQ(trace.NewLines(), Chain({{Error(kReadFromChkPt, ShortRead(4, 3))},
                                        ReadFailed("checkpoint record body", "Undefined").TraceLines()}));
 }
 
@@ -115,7 +114,8 @@ TEST_F(Replay, AtLevel2TheLengthOfEachRecordIsTraced) {
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcOK);
     PassOver();
     EXPECT_TRUE(Gives(Read(), "record"));
-    EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcOK, {{Info(kFunction, "Checkpoint record length: 6")}}));
+    EXPECT_EQ(trace.NewLines(),
+              Traced("Read", pmrcOK, {{Info(kReadFromChkPt, "Checkpoint record length: 6")}}));
 }
 
 TEST_F(Replay, AnEndOfTheInputThatTheHostAsksForComesAfterTheReplay) {
@@ -131,7 +131,7 @@ TEST_F(Replay, AFailureToGetThePositionFailsTheRead) {
     BeginReplay(1, {"a", "b"});
     faults->Add({.call = FileCall::Tell, .file = kCkFile, .error = EIO});
     const ReadOutcome read = Read();
-    const ExpectedError error = ExpectedError(kFunction, "checkpoint")
+    const ExpectedError error = ExpectedError(kReadFromChkPt, "checkpoint")
                                     .Calling("fgetpos")
                                     .Processing("Checkpoint", std::strerror(EIO));
     EXPECT_TRUE(FailsWith(read, error));
@@ -150,7 +150,7 @@ TEST_P(LengthReadInPart, FailsTheReadWhenTheFileIsNotAtItsEnd) {
     const ExpectedError error = ReadFailed("checkpoint record length", std::strerror(EIO));
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);
-    const Lines counts = {Error(kFunction, ShortRead(8, static_cast<std::int64_t>(GetParam())))};
+    const Lines counts = {Error(kReadFromChkPt, ShortRead(8, static_cast<std::int64_t>(GetParam())))};
     EXPECT_EQ(trace.NewLines(), Traced("Read", pmrcFailure, {counts, error.TraceLines()}));
     EXPECT_EQ(mq.Sequence(), "");
 }
@@ -164,10 +164,11 @@ TEST_F(Replay, ARecordReadInPartFailsTheRead) {
     const ExpectedError error = ReadFailed("checkpoint record body", std::strerror(EIO));
     EXPECT_TRUE(FailsWith(read, error));
     EXPECT_EQ(read.recordLength, 0U);
-    EXPECT_EQ(trace.NewLines(),
-              Traced("Read", pmrcFailure,
-                     {{Info(kFunction, "Checkpoint record length: 6"), Error(kFunction, ShortRead(6, 4))},
-                      error.TraceLines()}));
+    EXPECT_EQ(
+        trace.NewLines(),
+        Traced("Read", pmrcFailure,
+               {{Info(kReadFromChkPt, "Checkpoint record length: 6"), Error(kReadFromChkPt, ShortRead(6, 4))},
+                error.TraceLines()}));
     EXPECT_EQ(mq.Sequence(), "") << "a failed replay neither reads the queue nor backs out";
     EXPECT_TRUE(Is(TakePosition(), 2, 0, 4));
 }
@@ -236,14 +237,14 @@ TEST_F(Replay, AFileCutAtAnyByteReturnsItsCompleteRecordsAndReportsATornOne) {
         mq.onGet.clear();
         if (remains.bodyBytes < 0) {
             Deliver({"new"});
-            EXPECT_THAT(trace.NewLines(), Contains(Info(kFunction, "EOF on Checkpoint file")));
+            EXPECT_THAT(trace.NewLines(), Contains(Info(kReadFromChkPt, "EOF on Checkpoint file")));
             continue;
         }
         const ReadOutcome read = Read();
         EXPECT_TRUE(FailsWith(read, ReadFailed("checkpoint record body", "Undefined")));
         EXPECT_EQ(read.recordLength, 0U);
         EXPECT_THAT(trace.NewLines(),
-                    Contains(Error(kFunction, ShortRead(remains.bodyLength, remains.bodyBytes))));
+                    Contains(Error(kReadFromChkPt, ShortRead(remains.bodyLength, remains.bodyBytes))));
         EXPECT_EQ(mq.Sequence(), "");
     }
 }

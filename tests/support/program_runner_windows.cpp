@@ -3,6 +3,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
+#include <optional>
+#include <string>
 
 #include "tests/support/program_runner.h"
 
@@ -27,6 +30,28 @@ void AddArgument(std::string& line, const std::string& argument) {
     if (!plain) line += '"';
 }
 
+/// Sets the variables that a program to be started inherits, and restores those of this process, which runs more
+/// than one test.
+class ChildVariables {
+  public:
+    explicit ChildVariables(const std::map<std::string, std::string>& variables) {
+        for (const auto& [name, value] : variables) {
+            const char* before = std::getenv(name.c_str());
+            before_[name] = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
+            SetEnvironmentVariableA(name.c_str(), value.c_str());
+        }
+    }
+    ~ChildVariables() {
+        for (const auto& [name, value] : before_)
+            SetEnvironmentVariableA(name.c_str(), value ? value->c_str() : nullptr);
+    }
+    ChildVariables(const ChildVariables&) = delete;
+    ChildVariables& operator=(const ChildVariables&) = delete;
+
+  private:
+    std::map<std::string, std::optional<std::string>> before_;
+};
+
 }  // namespace
 
 RunningProgram::RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
@@ -37,8 +62,7 @@ RunningProgram::RunningProgram(const std::string& program, const std::vector<std
     AddArgument(line, program);
     for (const std::string& argument : arguments)
         AddArgument(line, argument);
-    for (const auto& [name, value] : environment)
-        SetEnvironmentVariableA(name.c_str(), value.c_str());
+    const ChildVariables variables(environment);
 
     STARTUPINFOA start = {};
     start.cb = sizeof start;
