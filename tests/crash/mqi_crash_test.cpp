@@ -197,7 +197,7 @@ class PointLoad {
         return wrong;
     }
 
-    TestFolder folder_;
+    TestDirectory folder_;
     std::string told_;  // what each run printed, and how it ended
 };
 
