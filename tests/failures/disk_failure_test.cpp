@@ -25,25 +25,25 @@ void PutOn(DiskDouble& disk, ModuleLife& life) {
     life.Files().opener = [&disk](const char* path, const char* mode) { return disk.Open(path, mode); };
 }
 
-struct Way {
+struct DiskWay {
     const char* name;
     int error;
     bool takesHalf;
     bool stays;
     bool anyFile;
 };
-constexpr Way kWriteWays[] = {
+constexpr DiskWay kWriteWays[] = {
     {"EIO_once", EIO, false, false, false},
     {"EIO_for_ever", EIO, false, true, false},
     {"half_written_once", ENOSPC, true, false, false},
     {"disk_full", ENOSPC, false, true, true},
     {"disk_full_half_written", ENOSPC, true, true, true},
 };
-constexpr Way kReadWays[] = {{"EIO_once", EIO, false, false, false},
-                             {"EIO_for_ever", EIO, false, true, false}};
+constexpr DiskWay kReadWays[] = {{"EIO_once", EIO, false, false, false},
+                                 {"EIO_for_ever", EIO, false, true, false}};
 
 void AddPoint(int life, const DiskDouble::Point& point, std::vector<DiskFailureCase>& cases) {
-    const auto add = [&](const Way& way, bool tlf) {
+    const auto add = [&](const DiskWay& way, bool tlf) {
         DiskFailureCase entry;
         entry.name = std::string(point.call == DiskCall::Write ? "write_" : "read_") +
                      std::to_string(point.nth) + "_of_life_" + std::to_string(life) + "_" + way.name +
@@ -57,10 +57,10 @@ void AddPoint(int life, const DiskDouble::Point& point, std::vector<DiskFailureC
     };
     for (const bool tlf : {true, false}) {
         if (point.call == DiskCall::Write) {
-            for (const Way& way : kWriteWays)
+            for (const DiskWay& way : kWriteWays)
                 add(way, tlf);
         } else {
-            for (const Way& way : kReadWays)
+            for (const DiskWay& way : kReadWays)
                 add(way, tlf);
         }
     }

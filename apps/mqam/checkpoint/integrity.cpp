@@ -18,7 +18,7 @@ std::string At(std::uint64_t offset) {
     return "offset " + std::to_string(offset);
 }
 
-std::string CountRecords(std::uint64_t count) {
+std::string CountCompleteRecords(std::uint64_t count) {
     return FormatCount(count) + (count == 1 ? " complete record" : " complete records");
 }
 
@@ -54,10 +54,10 @@ std::string ListRanges(const CheckpointScan& scan, std::uint64_t maxRecordBytes)
     std::uint64_t intact = 0;
     while (intact < scan.records.size() && scan.records[intact].offset < doubtfulFrom)
         ++intact;
-    if (intact > 0) text += Range(4, doubtfulFrom, CountRecords(intact));
+    if (intact > 0) text += Range(4, doubtfulFrom, CountCompleteRecords(intact));
     if (doubtfulFrom < scan.intactBytes) {
         text += Range(doubtfulFrom, scan.intactBytes,
-                      "read as " + CountRecords(scan.records.size() - intact) + ", probably wrongly");
+                      "read as " + CountCompleteRecords(scan.records.size() - intact) + ", probably wrongly");
     }
     if (scan.intactBytes < scan.fileBytes)
         text += Range(scan.intactBytes, scan.fileBytes, DescribeTail(scan, maxRecordBytes));
@@ -81,12 +81,12 @@ std::string ExplainDamaged(const CheckpointScan& scan) {
         const std::uint64_t flipped = scan.resyncOffset - scan.damagedLengthAt - mqamod::kRecordLengthBytes;
         text = Paragraph("Known: one bit of the record length at " + At(scan.damagedLengthAt) +
                          " is probably wrong. With the length " + std::to_string(flipped) + ", " +
-                         CountRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
+                         CountCompleteRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
                          " would lead exactly to the end of the file.");
     } else if (scan.resyncOffset != 0) {
         text = Paragraph(
             "Known: no crash of the module leaves this, because an append is the end of the file. " +
-            CountRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
+            CountCompleteRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
             " lead exactly to its end; the lengths of one or more records between " + At(scan.intactBytes) +
             " and those are lost.");
     } else {

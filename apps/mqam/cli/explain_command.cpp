@@ -62,7 +62,7 @@ std::string FormatLists(const std::string& wanted) {
     return text;
 }
 
-int Refuse(const std::string& code) {
+int ReportUnknownCode(const std::string& code) {
     std::string message = "mqam explain: there is no code " + code + "\n";
     const std::vector<std::string> matches = FindNearMatches(code);
     if (!matches.empty()) {
@@ -87,7 +87,7 @@ int RunExplain(const ExplainOptions& options) {
     if (code.empty())
         return Print(std::string("What does a code mean, and what is to be done?\n\n") + kExamples);
     const std::vector<Explanation> readings = Explain(code);
-    if (readings.empty()) return Refuse(code);
+    if (readings.empty()) return ReportUnknownCode(code);
     std::string text;
     for (const Explanation& reading : readings)
         text += (text.empty() ? "" : "\n") + FormatExplanation(reading);

@@ -11,7 +11,7 @@ namespace mqam {
 
 namespace {
 
-constexpr int kLockTimeoutSeconds = 10;
+constexpr int kAttemptLockTimeoutSeconds = 10;
 
 // Ends the attempt because a call of the target failed before anything was written to it.
 bool FailToBegin(AttemptContext& attempt, const Status& failed) {
@@ -112,7 +112,8 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
     const std::string& path = requested.checkpointFile;
     StartDecision& decision = attempt.decision;
     attempt.checkpointLock = CheckpointLockPath(path);
-    if (!CheckLocked(attempt, AcquireLockFile(attempt.checkpointLock, kLockTimeoutSeconds))) return false;
+    if (!CheckLocked(attempt, AcquireLockFile(attempt.checkpointLock, kAttemptLockTimeoutSeconds)))
+        return false;
 
     const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
     const std::vector<std::string> temporaries = FindTemporaryFiles(path);
@@ -202,7 +203,7 @@ bool CheckStoredLoad(AttemptContext& attempt, std::optional<RestartState>& store
 
 bool PrepareAttempt(AttemptContext& attempt) {
     std::optional<RestartState> stored;
-    const Status locked = attempt.target.AcquireLock(TargetLock::kAttempt, kLockTimeoutSeconds);
+    const Status locked = attempt.target.AcquireLock(TargetLock::kAttempt, kAttemptLockTimeoutSeconds);
     if (!CheckLocked(attempt, locked)) return false;
     const Status loaded = attempt.target.LoadState(stored);
     if (!loaded.IsOk()) return FailToBegin(attempt, loaded);

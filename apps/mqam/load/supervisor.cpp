@@ -18,7 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // Long enough for another command that is just ending.
-constexpr int kLockTimeoutSeconds = 2;
+constexpr int kCommandLockTimeoutSeconds = 2;
 // Each empty message costs an attempt; without this limit, a queue whose MQGETs fail at once would cost attempts forever.
 constexpr int kAttemptsWithoutProgressMax = 20;
 
@@ -92,7 +92,7 @@ int WaitAfterError(const std::string& error, const SupervisorSettings& settings,
 // acquired, otherwise the exit code to end with.
 int AcquireCommandLock(const SupervisorSettings& settings, Target& target, Retries& retries) {
     for (;;) {
-        const Status locked = target.AcquireLock(TargetLock::kCommand, kLockTimeoutSeconds);
+        const Status locked = target.AcquireLock(TargetLock::kCommand, kCommandLockTimeoutSeconds);
         if (locked.IsOk()) return kExitDone;
         if (locked.Code() == StatusCode::kRefused) return Refuse(locked.Error());
         // The state is read only for the "safe" line, which has its own wording if the state cannot be read.

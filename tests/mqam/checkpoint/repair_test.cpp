@@ -65,7 +65,7 @@ class CheckpointRepairTest : public testing::Test {
     TestDirectory folder_;
 };
 
-struct Row {
+struct RepairRow {
     const char* name;
     std::optional<std::string> file;
     std::vector<std::string> temporaries;
@@ -81,7 +81,7 @@ TEST_F(CheckpointRepairTest, EveryCombinationOfFileAndTemporaryFiles) {
     const std::string later = CheckpointBytes(6, {"xx", "zz"});
     const std::string header = HeaderBytes(5);
     const std::string damaged = kWhole + LengthBytes(1001) + "x";
-    const Row rows[] = {
+    const RepairRow rows[] = {
         {"nothing at all", missing, {}, false, {}},
         {"empty file", "", {}, true, {{"load.ckpt", ""}}},
         {"torn header", "\5", {}, true, {{"load.ckpt", "\5"}}},
@@ -138,7 +138,7 @@ TEST_F(CheckpointRepairTest, EveryCombinationOfFileAndTemporaryFiles) {
          {{"load.ckpt", kWhole}, {"MQAMtmp.1", own}}},
         {"damaged temporary", kWhole, {damaged}, false, {{"load.ckpt", kWhole}, {"MQAMtmp.1", damaged}}},
     };
-    for (const Row& row : rows) {
+    for (const RepairRow& row : rows) {
         SCOPED_TRACE(row.name);
         Fill(row.file, row.temporaries);
         const RepairPlan plan = Repair(std::nullopt);

@@ -11,33 +11,33 @@ using namespace mqam;
 
 namespace {
 
-constexpr std::uint64_t kMaxRecord = 1000;
+constexpr std::uint64_t kLargestRecord = 1000;
 
 class CheckpointFactsTest : public testing::Test {
   protected:
     [[nodiscard]] std::string Path(const std::string& name = "load.ckpt") const { return folder_.Path(name); }
     CheckpointScan Inspect(const std::string& bytes) const {
         WriteBytesTo(Path(), bytes);
-        return ScanCheckpointFile(Path(), kMaxRecord);
+        return ScanCheckpointFile(Path(), kLargestRecord);
     }
 
     TestDirectory folder_;
 };
 
 TEST_F(CheckpointFactsTest, MissingFileIsMissing) {
-    const CheckpointScan facts = ScanCheckpointFile(Path(), kMaxRecord);
+    const CheckpointScan facts = ScanCheckpointFile(Path(), kLargestRecord);
     EXPECT_EQ(facts.shape, CheckpointShape::kMissing);
     EXPECT_EQ(facts.path, Path());
 }
 
 TEST_F(CheckpointFactsTest, FolderIsUnreadableWithAReason) {
-    const CheckpointScan facts = ScanCheckpointFile(folder_.Root(), kMaxRecord);
+    const CheckpointScan facts = ScanCheckpointFile(folder_.Root(), kLargestRecord);
     EXPECT_EQ(facts.shape, CheckpointShape::kUnreadable);
     EXPECT_EQ(facts.error, "not a file");
 }
 
 TEST_F(CheckpointFactsTest, RecordsAreToldWithOffsetLengthAndHead) {
-    const std::string large(kMaxRecord, 'x');
+    const std::string large(kLargestRecord, 'x');
     const std::string bytes = CheckpointBytes(-7, {"one", std::string("\0two", 4), "", large});
     const CheckpointScan facts = Inspect(bytes);
     ASSERT_EQ(facts.shape, CheckpointShape::kRecords);
@@ -52,7 +52,7 @@ TEST_F(CheckpointFactsTest, RecordsAreToldWithOffsetLengthAndHead) {
     EXPECT_EQ(facts.records[1].head, std::string("\0two", 4));
     EXPECT_EQ(facts.records[2].length, 0U);
     EXPECT_EQ(facts.records[3].offset, 35U);
-    EXPECT_EQ(facts.records[3].length, kMaxRecord);
+    EXPECT_EQ(facts.records[3].length, kLargestRecord);
     EXPECT_EQ(facts.records[3].head, std::string(32, 'x'));
 }
 
@@ -100,7 +100,7 @@ Walk WalkBytes(const std::string& bytes) {
         for (int i = 7; i >= 0; --i) {
             length = length << 8 | static_cast<unsigned char>(bytes[walk.intact + static_cast<unsigned>(i)]);
         }
-        walk.impossible = length > kMaxRecord;
+        walk.impossible = length > kLargestRecord;
         if (walk.impossible || length > bytes.size() - walk.intact - 8) break;
         walk.offsets.push_back(walk.intact);
         walk.intact += 8 + length;
@@ -163,10 +163,10 @@ TEST_F(CheckpointFactsTest, DamagedLengthOfTheLastRecordCannotBeToldFromATornOne
 
 TEST_F(CheckpointFactsTest, LengthOfTheLargestRecordIsPossibleAndOneMoreIsNot) {
     const std::string head = CheckpointBytes(1, {"a"});
-    const CheckpointScan largest = Inspect(head + LengthBytes(kMaxRecord) + "torn");
+    const CheckpointScan largest = Inspect(head + LengthBytes(kLargestRecord) + "torn");
     EXPECT_EQ(largest.impossibleLengthAt, 0U);
-    EXPECT_EQ(largest.lengthAfterIntact, kMaxRecord);
-    const CheckpointScan larger = Inspect(head + LengthBytes(kMaxRecord + 1) + "torn");
+    EXPECT_EQ(largest.lengthAfterIntact, kLargestRecord);
+    const CheckpointScan larger = Inspect(head + LengthBytes(kLargestRecord + 1) + "torn");
     EXPECT_EQ(larger.impossibleLengthAt, head.size());
     EXPECT_EQ(larger.fileBytes, head.size() + 12);
     const CheckpointScan negative = Inspect(head + LengthBytes(~std::uint64_t{0}));
@@ -204,7 +204,8 @@ TEST_F(CheckpointFactsTest, CopyIsARunOfTheFilesRecords) {
     const auto copies = [&](const std::string& bytes) {
         WriteBytesTo(Path("temporary"), bytes);
         std::string reason;
-        const bool copy = IsCopyOfRecords(ScanCheckpointFile(Path("temporary"), kMaxRecord), file, reason);
+        const bool copy =
+            IsCopyOfRecords(ScanCheckpointFile(Path("temporary"), kLargestRecord), file, reason);
         EXPECT_EQ(reason, "");
         return copy;
     };
@@ -225,7 +226,7 @@ TEST_F(CheckpointFactsTest, CopyIsToldApartBehindTheHeadsToo) {
     const CheckpointScan file = Inspect(CheckpointBytes(1, {left}));
     WriteBytesTo(Path("temporary"), CheckpointBytes(2, {right}));
     std::string reason;
-    EXPECT_FALSE(IsCopyOfRecords(ScanCheckpointFile(Path("temporary"), kMaxRecord), file, reason));
+    EXPECT_FALSE(IsCopyOfRecords(ScanCheckpointFile(Path("temporary"), kLargestRecord), file, reason));
 }
 
 }  // namespace

@@ -66,12 +66,12 @@ class RestartDecisionTest : public testing::Test {
     TestDirectory folder_;
 };
 
-const std::string kTorn = LengthBytes(50) + "torn";
+const std::string kTornTail = LengthBytes(50) + "torn";
 const std::string kTwo = CheckpointBytes(5, {"aaa", "bb"});  // records at 4 and 15, ends at 25
 const std::string kImpossible = kTwo + LengthBytes(1001) + "x";
 const std::string kHidden = kTwo + LengthBytes(60) + "ccc" + LengthBytes(4) + "dddd";
 
-struct Row {
+struct DecisionRow {
     const char* name;
     std::optional<PositionData> stored;
     std::optional<std::string> file;
@@ -87,12 +87,12 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
     const PositionData five = MakePosition(5, 8, 77);
     const std::string copy = CheckpointBytes(6, {"bb"});
     const std::string whole = CheckpointBytes(5, {"xxx", "yyy"});
-    const Row rows[] = {
+    const DecisionRow rows[] = {
         {"nothing stored, no file", none, missing, {}, "begin", ""},
         {"nothing stored, empty file", none, "", {}, "begin", ""},
         {"nothing stored, torn header", none, "\1\2", {}, "begin", ""},
         {"nothing stored, header alone", none, HeaderBytes(9), {}, "begin", ""},
-        {"nothing stored, torn record", none, HeaderBytes(9) + kTorn, {}, "begin", "cut 4"},
+        {"nothing stored, torn record", none, HeaderBytes(9) + kTornTail, {}, "begin", "cut 4"},
         {"nothing stored, records", none, kTwo, {}, "refuse", ""},
         {"nothing stored, impossible length", none, HeaderBytes(9) + LengthBytes(1001), {}, "refuse", ""},
         {"nothing stored, no file, temporary", none, missing, {whole}, "refuse", ""},
@@ -131,7 +131,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
         {"stored, empty file", five, "", {}, "go on", ""},
         {"stored, torn header", five, HeaderBytes(5).substr(0, 3), {}, "go on", ""},
         {"stored, header of it", five, HeaderBytes(5), {}, "go on", ""},
-        {"stored, header of it, torn record", five, HeaderBytes(5) + kTorn, {}, "go on", "cut 4"},
+        {"stored, header of it, torn record", five, HeaderBytes(5) + kTornTail, {}, "go on", "cut 4"},
         {"stored, header of the checkpoint before", five, HeaderBytes(4), {}, "refuse", ""},
         {"stored, header of a later checkpoint", five, HeaderBytes(6), {}, "refuse", ""},
         {"nothing read since open, any header", opened, HeaderBytes(57), {}, "go on", ""},
@@ -144,7 +144,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
 
         {"records of it", five, kTwo, {}, "replay 77 repeat", ""},
         {"records of it, nothing read before it", MakePosition(5, 0, 0), kTwo, {}, "replay 0", ""},
-        {"records of it, torn tail", five, kTwo + kTorn, {}, "replay 77 repeat", "cut 25"},
+        {"records of it, torn tail", five, kTwo + kTornTail, {}, "replay 77 repeat", "cut 25"},
         {"records of it, torn length",
          five,
          kTwo + LengthBytes(3).substr(0, 7),
@@ -156,7 +156,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
         {"records of it, temporary", five, kTwo, {copy}, "replay 77 repeat", "delete MQAMtmp.1"},
         {"records of it, two temporaries and a torn tail",
          five,
-         kTwo + kTorn,
+         kTwo + kTornTail,
          {copy, ""},
          "replay 77 repeat",
          "delete MQAMtmp.1, delete MQAMtmp.2, cut 25"},
@@ -165,7 +165,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
         {"checkpoint before, last record", MakePosition(6, 9, 15), kTwo, {}, "replay 15 repeat", ""},
         {"checkpoint before, last record, torn tail",
          MakePosition(6, 9, 15),
-         kTwo + kTorn,
+         kTwo + kTornTail,
          {},
          "replay 15 repeat",
          "cut 25"},
@@ -197,7 +197,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
          "refuse",
          ""},
     };
-    for (const Row& row : rows) {
+    for (const DecisionRow& row : rows) {
         SCOPED_TRACE(row.name);
         const StartDecision decision = Decide(row.stored, row.file, row.temporaries);
         EXPECT_EQ(Words(decision), row.decision) << decision.message;
@@ -280,11 +280,11 @@ TEST_F(RestartDecisionTest, DeleteRepairKeepsATemporaryFileWithRecordsOfItsOwn) 
 }
 
 TEST_F(RestartDecisionTest, CutRepairCutsOnlyAfterTheLastCompleteRecord) {
-    WriteBytesTo(Path(), kTwo + kTorn);
+    WriteBytesTo(Path(), kTwo + kTornTail);
     const Status refused = MakeRepair(Path(), {Kind::kCutTornTail, Path(), 15});
     EXPECT_EQ(refused.Code(), StatusCode::kRefused);
     EXPECT_EQ(refused.Error(), Path() + " has changed in the meantime and is not truncated");
-    EXPECT_EQ(ReadFileIfAny(Path()), kTwo + kTorn);
+    EXPECT_EQ(ReadFileIfAny(Path()), kTwo + kTornTail);
     EXPECT_EQ(MakeRepair(Path(), {Kind::kCutTornTail, Path(), 25}).Error(), "");
     EXPECT_EQ(ReadFileIfAny(Path()), kTwo);
     WriteBytesTo(Path(), kHidden);

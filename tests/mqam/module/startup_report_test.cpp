@@ -7,7 +7,7 @@ using namespace mqam;
 
 namespace {
 
-constexpr const char* kReport =
+constexpr const char* kPrintedReport =
     "MQ_ACCESSMODULE: ZBQ19080 Norvane Websphere MQ AMOD, Version 16.20.00.04\n"
     "MQ_ACCESSMODULE: ZBQ19083 Code version 16.20.00.03\n"
     "MQ_ACCESSMODULE: ZBQ19087 MQAM Parameters in effect:\n"
@@ -19,7 +19,7 @@ constexpr const char* kReport =
     "     .           A line of another kind\n";
 
 TEST(StartupReport, ReportIsTakenApart) {
-    const StartupReport report = ParseReport(kReport);
+    const StartupReport report = ParseReport(kPrintedReport);
     ASSERT_EQ(report.identification.size(), 2U);
     EXPECT_EQ(report.identification[0], "Norvane Websphere MQ AMOD, Version 16.20.00.04");
     ASSERT_EQ(report.parameters.size(), 5U);

@@ -8,7 +8,7 @@ namespace mqam {
 
 namespace {
 
-Status CheckOptions(const TargetRequest& request) {
+Status CheckFileOptions(const TargetRequest& request) {
     if (request.name == "-") {
         return Status::Refused(
             "standard output cannot be truncated: a load that can be restarted needs a file (--to FILE)");
@@ -16,7 +16,7 @@ Status CheckOptions(const TargetRequest& request) {
     return {};
 }
 
-Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
+Status MakeFileTarget(const TargetRequest& request, std::unique_ptr<Target>& target) {
     target = std::make_unique<FileTarget>(
         FileTargetSettings{platform::AbsolutePath(request.name),
                            platform::FollowLinks(platform::AbsolutePath(request.restartFile)), request.format,
@@ -27,9 +27,14 @@ Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
 }  // namespace
 
 const TargetKind kFileTargetKind = {
-    "",    "FILE",          "a file; with --restart-file FILE the load is restartable",
-    false, "restart file",  CheckOptions,
-    Make,  ReadRestartFile,
+    "",
+    "FILE",
+    "a file; with --restart-file FILE the load is restartable",
+    false,
+    "restart file",
+    CheckFileOptions,
+    MakeFileTarget,
+    ReadRestartFile,
 };
 
 }  // namespace mqam

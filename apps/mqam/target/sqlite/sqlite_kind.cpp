@@ -8,7 +8,7 @@ namespace mqam {
 
 namespace {
 
-Status CheckOptions(const TargetRequest& request) {
+Status CheckSqliteOptions(const TargetRequest& request) {
     if (!request.restartFile.empty()) {
         return Status::Refused(
             "--restart-file does not go with a SQLite target: the database keeps the restart information");
@@ -19,7 +19,7 @@ Status CheckOptions(const TargetRequest& request) {
     return {};
 }
 
-Status Make(const TargetRequest& request, std::unique_ptr<Target>& target) {
+Status MakeSqliteTarget(const TargetRequest& request, std::unique_ptr<Target>& target) {
     SqliteName name;
     const Status parsed = ParseSqliteName(request.name, name);
     if (!parsed.IsOk()) return parsed;
@@ -31,7 +31,7 @@ Status ReadState(const std::string& place, std::optional<RestartState>& state) {
     std::unique_ptr<Target> target;
     TargetRequest request;
     request.name = place;
-    const Status made = Make(request, target);
+    const Status made = MakeSqliteTarget(request, target);
     return made.IsOk() ? target->LoadState(state) : made;
 }
 
@@ -43,8 +43,8 @@ const TargetKind kSqliteTargetKind = {
     "rows of a SQLite table (default table: records), which keeps the restart information itself",
     true,
     "restart information in",
-    CheckOptions,
-    Make,
+    CheckSqliteOptions,
+    MakeSqliteTarget,
     ReadState,
 };
 

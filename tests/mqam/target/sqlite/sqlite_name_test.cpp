@@ -9,14 +9,14 @@ namespace {
 
 using testing::HasSubstr;
 
-struct Row {
+struct NameRow {
     const char* target;
     const char* file;
     const char* table;
 };
 
 TEST(SqliteNameTest, FileAndTableAreTakenApart) {
-    constexpr Row kRows[] = {
+    constexpr NameRow kRows[] = {
         {"sqlite:orders.db", "orders.db", "records"},
         {"sqlite:orders.db?table=orders", "orders.db", "orders"},
         {"sqlite:/a path/with blanks.db?table=Orders_2", "/a path/with blanks.db", "Orders_2"},
@@ -24,7 +24,7 @@ TEST(SqliteNameTest, FileAndTableAreTakenApart) {
         {"sqlite:a:b.db", "a:b.db", "records"},
         {"sqlite:x?table=2", "x", "2"},
     };
-    for (const Row& row : kRows) {
+    for (const NameRow& row : kRows) {
         SqliteName name;
         EXPECT_EQ(ParseSqliteName(row.target, name).Error(), "") << row.target;
         EXPECT_EQ(name.file, row.file) << row.target;
