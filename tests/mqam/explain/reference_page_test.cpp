@@ -27,7 +27,9 @@ TEST(ReferencePage, EveryCodeHasAHeading) {
     for (const ModuleMessage& message : NumberedMessages())
         EXPECT_TRUE(has(MessageCodeOf(message)));
     for (const MqReason& reason : AllMqReasons()) {
-        if (reason.number != 0) EXPECT_TRUE(has(std::to_string(reason.number) + " " + reason.name));
+        if (reason.number != 0) {
+            EXPECT_TRUE(has(std::to_string(reason.number) + " " + reason.name));
+        }
     }
     for (const ExitCodeRow& row : AllExitCodes())
         EXPECT_TRUE(has("Exit code " + std::to_string(row.code)));
@@ -39,7 +41,9 @@ TEST(ReferencePage, LinesAreAtMost120CharactersLongButForTextsOfMessages) {
     const std::string page = FormatReferencePage();
     for (std::size_t from = 0; from < page.size();) {
         const std::size_t end = std::min(page.find('\n', from), page.size());
-        if (page[from] != '`') EXPECT_LE(end - from, 120U) << page.substr(from, end - from);
+        if (page[from] != '`') {
+            EXPECT_LE(end - from, 120U) << page.substr(from, end - from);
+        }
         from = end + 1;
     }
 }
