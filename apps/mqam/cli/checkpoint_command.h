@@ -1,5 +1,5 @@
-// `mqam checkpoint show | verify | repair`: what stands in a checkpoint file, whether it is intact, and the
-// completion of what a crash interrupted.
+// `mqam checkpoint show | verify | repair`: shows what a checkpoint file contains, checks whether it is intact, and
+// completes what a crash interrupted.
 #pragma once
 
 namespace CLI {

@@ -1,4 +1,4 @@
-// How --help looks: the value's name behind the option, descriptions wrapped in their column.
+// How --help looks: the name of a value follows its option, and descriptions are wrapped in their column.
 #pragma once
 
 #include <CLI/App.hpp>

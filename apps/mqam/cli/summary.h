@@ -1,4 +1,4 @@
-// What the user reads when a load has ended.
+// What the user reads at the end of a load.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace mqam {
 [[nodiscard]] std::string DescribeSummary(const PlainLoadResult& outcome, const std::string& target,
                                           double seconds);
 
-/// Returns a line that says where the messages are after a life that failed with the input open.
+/// Returns a line that says where the messages are after a load that failed with the input open.
 [[nodiscard]] std::string DescribeWhatIsSafe(bool withCheckpoints);
 
 }  // namespace mqam

@@ -188,7 +188,7 @@ bool ReadInput(Attempt& attempt, LastEnd& inputEnd) {
     }
 }
 
-// Stores that the input has ended, so that the next attempt can tell whether anything came since.
+// Stores that the input has ended, so that the next attempt can see whether anything has arrived since.
 void StoreInputEnd(Attempt& attempt, LastEnd inputEnd, bool nothingCame) {
     RestartState ended = ResultOf(attempt).state;
     ended.lastEnd = inputEnd;
