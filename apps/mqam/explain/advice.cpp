@@ -11,7 +11,7 @@ namespace mqam {
 
 namespace {
 
-// These messages are made for one reason only (2042, 2085), so their own advice is also that of the reason.
+// Each of these messages is issued for a single MQ reason (2042 and 2085), so its advice also applies to that reason.
 constexpr int kMessagesOfOneReason[] = {157, 158};
 
 bool DecidesIt(Recovery recovery) {

@@ -15,7 +15,7 @@ constexpr AttemptEndRow kAttemptEnds[] = {
     {kLoadDone, kExitDone, kExitDone, kEndCommand, kNone},
     {kNothingToDo, kExitDone, kExitDone, kEndCommand, kNone},
     {kInputEnded, kWorkerInputEnded, kExitEndedEarly, kContinue, kNone},
-    // The command continues until this has happened too often in a row.
+    // The command continues until this has happened too many times in a row.
     {kNoProgress, kWorkerNoProgress, kExitEndedEarly, kContinue, kNone},
     {kInterrupted, kExitInterrupted, kExitInterrupted, kEndCommand, kRunAgain},
     {kTimeout, kExitTimeout, kExitTimeout, kEndCommand, kRunAgain},

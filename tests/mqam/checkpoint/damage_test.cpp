@@ -33,7 +33,7 @@ class RestartDamageTest : public testing::Test {
         return decision;
     }
 
-    // Whether the file is refused because of its shape, or when its first record is compared.
+    // Returns whether the file is refused, either because of its shape or when its first record is compared.
     bool IsRefused(const std::string& bytes) {
         return DecideOn(bytes).action == StartAction::kRefuse ||
                !CheckFirstRecord(state_.checkpointFile, state_, kMaxRecordBytes).IsOk();
