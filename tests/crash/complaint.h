@@ -5,6 +5,7 @@
 
 /// Returns an empty string if the exit code is that of a failed target or of a failed module, and the output
 /// names the file that failed, the reason, what is safe and what to do next. Otherwise returns what is wrong.
-///   told     in   everything that the command printed
-///   folder   in   the directory of the load's files
-[[nodiscard]] std::string JudgeComplaint(const std::string& told, const std::string& folder, int exitCode);
+///   printed     in   everything that the command printed
+///   directory   in   the directory of the load's files
+[[nodiscard]] std::string JudgeComplaint(const std::string& printed, const std::string& directory,
+                                         int exitCode);
