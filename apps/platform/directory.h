@@ -1,13 +1,32 @@
-// Directories.
+// Directories. A path is UTF-8 with '/' or the system's delimiter between its parts.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "platform/file_status.h"
+
 namespace platform {
 
-/// Returns the names in a directory in no particular order; an empty `directory` is the current one. Returns
-/// none when the directory cannot be listed.
-[[nodiscard]] std::vector<std::string> ListDirectory(const std::string& directory);
+/// A link counts as what it leads to; one that leads nowhere is neither a directory nor a file.
+struct DirectoryEntry {
+    std::string name;
+    bool isDirectory = false;
+    bool isFile = false;
+};
+
+/// Replaces `entries` with the contents of a directory without "." and "..", in no particular order. An empty `path` is
+/// the current directory. `entries` is empty on failure.
+[[nodiscard]] FileStatus ListDirectory(const std::string& path, std::vector<DirectoryEntry>& entries);
+
+/// Creates a directory, whose parent must exist. kOk too if it exists already; kExists if something else has its name.
+[[nodiscard]] FileStatus MakeDirectory(const std::string& path);
+
+/// Removes an empty directory. kOk too if there is none.
+[[nodiscard]] FileStatus RemoveEmptyDirectory(const std::string& path);
+
+/// Makes the names in a directory survive a loss of power. Does nothing on Windows, whose file systems log changes of
+/// directories themselves.
+[[nodiscard]] FileStatus SyncDirectory(const std::string& path);
 
 }  // namespace platform

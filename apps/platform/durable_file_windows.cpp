@@ -1,6 +1,6 @@
 #include "platform/durable_file.h"
 
-#include "platform/windows_error.h"
+#include "platform/windows_text.h"
 
 namespace platform {
 

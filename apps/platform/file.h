@@ -1,5 +1,5 @@
-// Files by path and by descriptor. Functions that return a descriptor, a count or 0 return -1 with errno set
-// when they fail.
+// Files by path, by descriptor and by handle. Functions that return a descriptor, a count or 0 return -1 with errno set
+// when they fail; those that return a FileStatus leave the system's error in LastFileError.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,21 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/file_status.h"
+
 namespace platform {
+
+struct FileInfo {
+    std::int64_t bytes = 0;
+    std::int64_t writeTimeNs = 0;   ///< last write, nanoseconds since 1970 UTC
+    std::int64_t changeTimeNs = 0;  ///< last write, rename or change of attributes
+    std::uint64_t identity = 0;     ///< differs between a file and another one that gets its name later
+    bool isDirectory = false;
+    bool isFile = false;  ///< what is neither is a pipe, a device and the like
+};
+
+/// Returns what is at a path; a link counts as what it leads to. `info` is unchanged on failure.
+[[nodiscard]] FileStatus StatPath(const std::string& path, FileInfo& info);
 
 enum class PathKind {
     kMissing,
@@ -16,11 +30,9 @@ enum class PathKind {
     kUnknown,  ///< the system cannot say: errno has the reason
 };
 
-/// Returns what is at a path; a link counts as what it leads to.
-[[nodiscard]] PathKind ProbePath(const std::string& path);
-
-/// The same. `bytes` is the size of a file, and 0 for everything else.
+/// StatPath for those who only need to know whether there is a file, and its size. `bytes` is 0 for everything else.
 [[nodiscard]] PathKind ProbePath(const std::string& path, std::uint64_t& bytes);
+[[nodiscard]] PathKind ProbePath(const std::string& path);
 
 enum class OpenMode {
     kCreate,    ///< fails if the path exists
@@ -47,5 +59,36 @@ enum class OpenMode {
 
 /// Moves a stream to an offset from its beginning. Returns false with errno set when it fails.
 [[nodiscard]] bool MoveStreamTo(std::FILE* stream, std::uint64_t offset);
+
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle kNoFile = -1;
+
+/// Opens a file for reading; others may rename and delete it in the meantime. Never waits: what is not a file (a
+/// directory, a pipe) is kNotFound. kBusy if someone is writing the file and the system can tell. On failure `file` is
+/// kNoFile and `info` is unchanged.
+[[nodiscard]] FileStatus OpenForReading(const std::string& path, FileHandle& file, FileInfo& info);
+
+/// Reads up to `bytes` from the beginning of the file. `bytesRead` is how many there were, also before a failure.
+[[nodiscard]] FileStatus ReadFromStart(FileHandle file, void* buffer, std::size_t bytes,
+                                       std::size_t& bytesRead);
+
+/// Closes a file. kNoFile is ignored.
+void CloseFile(FileHandle file);
+
+/// Replaces `content` with the contents of a file, which others may be writing. On failure `content` is empty or
+/// incomplete.
+[[nodiscard]] FileStatus ReadWholeFile(const std::string& path, std::string& content);
+
+/// Creates a file, which must not exist, with `bytes` bytes of content. With `sync` they are on the disk when this
+/// returns; the name needs SyncDirectory. On failure there is no file.
+[[nodiscard]] FileStatus WriteNewFile(const std::string& path, const void* content, std::size_t bytes,
+                                      bool sync);
+
+/// Deletes a file. kOk too if there is none. On Windows it waits a moment for others who have the file open.
+[[nodiscard]] FileStatus RemoveFile(const std::string& path);
+
+/// Renames a file in one step, whatever ends the process in the meantime. kExists if `to` exists; nothing has changed
+/// then.
+[[nodiscard]] FileStatus RenameNoReplace(const std::string& from, const std::string& to);
 
 }  // namespace platform

@@ -5,23 +5,50 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+
+#include "platform/posix_status.h"
 
 namespace platform {
 
-PathKind ProbePath(const std::string& path) {
-    std::uint64_t bytes = 0;
-    return ProbePath(path, bytes);
+namespace {
+
+std::int64_t Nanoseconds(const timespec& time) {
+    return static_cast<std::int64_t>(time.tv_sec) * 1000000000 + time.tv_nsec;
 }
 
-PathKind ProbePath(const std::string& path, std::uint64_t& bytes) {
-    struct stat status = {};
-    bytes = 0;
-    if (stat(path.c_str(), &status) != 0) {
-        return errno == ENOENT || errno == ENOTDIR ? PathKind::kMissing : PathKind::kUnknown;
+FileInfo InfoOf(const struct stat& status) {
+    FileInfo info;
+    info.bytes = status.st_size;
+    info.writeTimeNs = Nanoseconds(status.st_mtim);
+    info.changeTimeNs = Nanoseconds(status.st_ctim);
+    info.identity = status.st_ino;
+    info.isDirectory = S_ISDIR(status.st_mode);
+    info.isFile = S_ISREG(status.st_mode);
+    return info;
+}
+
+FileStatus WriteAll(int file, const char* bytes, std::size_t count) {
+    while (count > 0) {
+        const long written = WriteBytes(file, bytes, count);
+        if (written < 0) {
+            return StatusOfErrno();
+        }
+        bytes += written;
+        count -= static_cast<std::size_t>(written);
     }
-    if (!S_ISREG(status.st_mode)) return PathKind::kOther;
-    bytes = static_cast<std::uint64_t>(status.st_size);
-    return PathKind::kFile;
+    return FileStatus::kOk;
+}
+
+}  // namespace
+
+FileStatus StatPath(const std::string& path, FileInfo& info) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        return StatusOfErrno();
+    }
+    info = InfoOf(status);
+    return FileStatus::kOk;
 }
 
 int OpenForWriting(const std::string& path, OpenMode mode) {
@@ -78,6 +105,107 @@ int CloseDescriptor(int descriptor) {
 
 bool MoveStreamTo(std::FILE* stream, std::uint64_t offset) {
     return fseeko(stream, static_cast<off_t>(offset), SEEK_SET) == 0;
+}
+
+FileStatus OpenForReading(const std::string& path, FileHandle& file, FileInfo& info) {
+    file = kNoFile;
+    // Opening a pipe would otherwise wait for a writer.
+    const int opened = OpenRetrying(path.c_str(), O_RDONLY | O_NONBLOCK);
+    if (opened < 0) {
+        return StatusOfErrno();
+    }
+    struct stat found {};
+    FileStatus status = StatusOf(fstat(opened, &found));
+    if (status == FileStatus::kOk && !S_ISREG(found.st_mode)) {
+        SetLastFileError("Not a file");
+        status = FileStatus::kNotFound;
+    }
+    if (status != FileStatus::kOk) {
+        close(opened);
+        return status;
+    }
+    info = InfoOf(found);
+    file = opened;
+    return FileStatus::kOk;
+}
+
+FileStatus ReadFromStart(FileHandle file, void* buffer, std::size_t bytes, std::size_t& bytesRead) {
+    bytesRead = 0;
+    while (bytesRead < bytes) {
+        const ssize_t count = pread(static_cast<int>(file), static_cast<char*>(buffer) + bytesRead,
+                                    bytes - bytesRead, static_cast<off_t>(bytesRead));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return StatusOfErrno();
+        }
+        if (count == 0) {
+            break;
+        }
+        bytesRead += static_cast<std::size_t>(count);
+    }
+    return FileStatus::kOk;
+}
+
+void CloseFile(FileHandle file) {
+    if (file != kNoFile) {
+        close(static_cast<int>(file));
+    }
+}
+
+FileStatus ReadWholeFile(const std::string& path, std::string& content) {
+    content.clear();
+    FileHandle file = kNoFile;
+    FileInfo info;
+    FileStatus status = OpenForReading(path, file, info);
+    if (status != FileStatus::kOk) {
+        return status;
+    }
+    content.resize(static_cast<std::size_t>(info.bytes));
+    std::size_t bytesRead = 0;
+    status = ReadFromStart(file, content.data(), content.size(), bytesRead);
+    content.resize(bytesRead);
+    CloseFile(file);
+    return status;
+}
+
+FileStatus WriteNewFile(const std::string& path, const void* content, std::size_t bytes, bool sync) {
+    const int file = OpenRetrying(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
+    if (file < 0) {
+        return StatusOfErrno();
+    }
+    FileStatus status = WriteAll(file, static_cast<const char*>(content), bytes);
+    if (status == FileStatus::kOk && sync && fdatasync(file) != 0) {
+        status = StatusOfErrno();
+    }
+    if (close(file) != 0 && status == FileStatus::kOk) {
+        status = StatusOfErrno();
+    }
+    if (status != FileStatus::kOk) {
+        unlink(path.c_str());
+    }
+    return status;
+}
+
+FileStatus RemoveFile(const std::string& path) {
+    const FileStatus status = StatusOf(unlink(path.c_str()));
+    return status == FileStatus::kNotFound ? FileStatus::kOk : status;
+}
+
+FileStatus RenameNoReplace(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return FileStatus::kOk;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return StatusOfErrno();
+    }
+    // The file system does not know the flag, so look first. Another process may create `to` in between.
+    if (access(to.c_str(), F_OK) == 0) {
+        errno = EEXIST;
+        return StatusOfErrno();
+    }
+    return StatusOf(rename(from.c_str(), to.c_str()));
 }
 
 }  // namespace platform

@@ -3,6 +3,8 @@
 // that goes away shows as a failed write.
 #pragma once
 
+#include "platform/process.h"
+
 namespace platform {
 
 struct InterruptResponse {
@@ -25,5 +27,13 @@ void ForwardInterrupts();
 
 /// Whether an interrupt arrived since ForwardInterrupts.
 [[nodiscard]] bool InterruptForwarded();
+
+/// Prepares this process for SendInterrupt; to be called before the receiver is started. On Windows, where an
+/// interrupt reaches every process of a console, it gives this process a console of its own, which the receiver shares,
+/// and ignores interrupts from now on. Returns false when that fails.
+[[nodiscard]] bool PrepareToSendInterrupts();
+
+/// Sends what Ctrl-C sends. Returns false when that fails.
+[[nodiscard]] bool SendInterrupt(ProcessHandle process);
 
 }  // namespace platform

@@ -90,6 +90,14 @@ bool InterruptForwarded() {
     return interruptForwarded;
 }
 
+bool PrepareToSendInterrupts() {
+    return true;
+}
+
+bool SendInterrupt(ProcessHandle process) {
+    return SignalProcess(process, SIGINT);
+}
+
 BlockedInterrupts::BlockedInterrupts() {
     sigset_t interrupts;
     sigemptyset(&interrupts);

@@ -6,8 +6,6 @@
 #include <atomic>
 #include <cstdio>
 
-#include "platform/process.h"
-
 namespace platform {
 
 namespace {
@@ -60,6 +58,15 @@ void ForwardInterrupts() {
 
 bool InterruptForwarded() {
     return interruptForwarded;
+}
+
+bool PrepareToSendInterrupts() {
+    FreeConsole();
+    return AllocConsole() != 0 && SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE) != 0;
+}
+
+bool SendInterrupt(ProcessHandle /*process*/) {
+    return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
 }
 
 }  // namespace platform

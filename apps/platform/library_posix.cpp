@@ -8,7 +8,7 @@ std::string LibraryFileName(const std::string& name) {
     return "lib" + name + ".so";
 }
 
-void* OpenLibrary(const std::string& path, std::string& error) {
+LibraryHandle OpenLibrary(const std::string& path, std::string& error) {
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         const char* text = dlerror();
@@ -17,8 +17,17 @@ void* OpenLibrary(const std::string& path, std::string& error) {
     return library;
 }
 
-void* FindFunction(void* library, const char* name) {
+void* FindFunction(LibraryHandle library, const char* name) {
     return dlsym(library, name);
+}
+
+bool CloseLibrary(LibraryHandle library, const std::string& path) {
+    dlclose(library);
+    void* remaining = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (remaining != nullptr) {
+        dlclose(remaining);
+    }
+    return remaining == nullptr;
 }
 
 }  // namespace platform

@@ -1,5 +1,5 @@
 #include "platform/library.h"
-#include "platform/windows_error.h"
+#include "platform/windows_text.h"
 
 namespace platform {
 
@@ -7,14 +7,19 @@ std::string LibraryFileName(const std::string& name) {
     return name + ".dll";
 }
 
-void* OpenLibrary(const std::string& path, std::string& error) {
+LibraryHandle OpenLibrary(const std::string& path, std::string& error) {
     HMODULE library = LoadLibraryA(path.c_str());
     if (library == nullptr) error = DescribeSystemError(GetLastError());
-    return reinterpret_cast<void*>(library);
+    return reinterpret_cast<LibraryHandle>(library);
 }
 
-void* FindFunction(void* library, const char* name) {
+void* FindFunction(LibraryHandle library, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(reinterpret_cast<HMODULE>(library), name));
+}
+
+bool CloseLibrary(LibraryHandle library, const std::string& path) {
+    FreeLibrary(reinterpret_cast<HMODULE>(library));
+    return GetModuleHandleA(path.c_str()) == nullptr;
 }
 
 }  // namespace platform

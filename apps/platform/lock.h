@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/file_status.h"
+
 namespace platform {
 
 enum class LockResult {
@@ -12,6 +14,7 @@ enum class LockResult {
     kHeld,      ///< by another process, or by this one
     kNotEmpty,  ///< the file has contents: it is not a lock file, and is left alone
     kDenied,    ///< Windows denies access, as it does for a moment while a lock file is being deleted
+    kNotFound,  ///< the directory of the file does not exist
     kFailed,    ///< the file cannot be created or locked
 };
 
@@ -24,13 +27,20 @@ struct LockOptions {
 using LockHandle = std::intptr_t;
 inline constexpr LockHandle kNoLock = -1;
 
-/// Acquires the lock of the file `path`, which is created if it is missing. A file without a holder is no
-/// obstacle. `lock` is kNoLock unless the result is kAcquired. For kDenied and kFailed, `error` is the system's error;
-/// it is unchanged otherwise.
-[[nodiscard]] LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock,
-                                     std::string& error);
+/// Acquires the lock of the file `path`, which is created if it is missing. A file without a holder is no obstacle.
+/// `lock` is kNoLock unless the result is kAcquired; LastFileError has the system's error for kDenied, kNotFound and
+/// kFailed.
+[[nodiscard]] LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock);
 
 /// Deletes the lock file and releases the lock. kNoLock is ignored.
 void ReleaseLock(const std::string& path, LockHandle lock);
+
+/// Waits for as long as others hold the lock of `path`, for an operation that processes must not do at the same time.
+/// To be released with ReleaseLockKeepingFile. Returns kNoLock when the file cannot be created.
+[[nodiscard]] LockHandle WaitForLock(const std::string& path);
+
+/// Releases a lock. Its file stays, except that Windows deletes the file of a lock that AcquireLock acquired. kNoLock
+/// is ignored.
+void ReleaseLockKeepingFile(LockHandle lock);
 
 }  // namespace platform

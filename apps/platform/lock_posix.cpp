@@ -7,8 +7,9 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <thread>
+
+#include "platform/posix_status.h"
 
 namespace platform {
 
@@ -30,24 +31,22 @@ Place FindPlace(const std::string& path, int descriptor) {
 }
 
 int OpenLockFile(const std::string& path) {
-    int descriptor = -1;
-    do {
-        descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    } while (descriptor < 0 && errno == EINTR);
-    return descriptor;
+    return OpenRetrying(path.c_str(), O_RDWR | O_CREAT, 0666);
+}
+
+LockResult Fail() {
+    return StatusOfErrno() == FileStatus::kNotFound ? LockResult::kNotFound : LockResult::kFailed;
 }
 
 }  // namespace
 
-LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock,
-                       std::string& error) {
+LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock) {
     lock = kNoLock;
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(options.timeoutMs);
     for (;;) {
         const int descriptor = OpenLockFile(path);
         if (descriptor < 0) {
-            error = std::strerror(errno);
-            return LockResult::kFailed;
+            return Fail();
         }
         const bool locked = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
         const Place place = locked ? FindPlace(path, descriptor) : Place::kGone;
@@ -59,8 +58,8 @@ LockResult AcquireLock(const std::string& path, const LockOptions& options, Lock
         close(descriptor);
         if (place == Place::kNotEmpty) return LockResult::kNotEmpty;
         if ((!locked && code != EWOULDBLOCK && code != EINTR) || place == Place::kUnknown) {
-            error = std::strerror(code);
-            return LockResult::kFailed;
+            errno = code;
+            return Fail();
         }
         if (!locked && std::chrono::steady_clock::now() >= end) return LockResult::kHeld;
         if (!locked) std::this_thread::sleep_for(kPause);
@@ -72,6 +71,23 @@ void ReleaseLock(const std::string& path, LockHandle lock) {
     // Deleted while it is locked: a process that opened it in the meantime sees that it is gone.
     unlink(path.c_str());
     close(static_cast<int>(lock));
+}
+
+LockHandle WaitForLock(const std::string& path) {
+    const int descriptor = OpenLockFile(path);
+    if (descriptor < 0) {
+        static_cast<void>(StatusOfErrno());
+        return kNoLock;
+    }
+    while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
+    }
+    return descriptor;
+}
+
+void ReleaseLockKeepingFile(LockHandle lock) {
+    if (lock != kNoLock) {
+        close(static_cast<int>(lock));
+    }
 }
 
 }  // namespace platform

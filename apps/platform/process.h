@@ -15,6 +15,27 @@ namespace platform {
 /// may disconnect, and that commits. What the C library buffers is lost; standard error is not buffered.
 [[noreturn]] void ExitImmediately(int exitCode);
 
+/// Kills the process, as an operator does: no exit routine runs, and the parent sees a killed child.
+[[noreturn]] void KillCurrentProcess();
+
+[[nodiscard]] std::uint64_t CurrentThreadId();
+
+/// Returns the name of the user that the process runs as.
+[[nodiscard]] std::string UserName();
+
+/// Returns the file name of the running program without its directory.
+[[nodiscard]] std::string ProgramName();
+
+/// Returns a number that differs from process to process and from call to call. It is unique enough for a name, but on
+/// Windows it can be guessed.
+[[nodiscard]] std::uint64_t RandomNumber();
+
+/// From now on a crash ends the process at once. Without this Windows may show a dialog and wait.
+void SuppressCrashDialogs();
+
+/// Lets the process open as many files as the system allows it.
+void RaiseOpenFileLimit();
+
 /// Returns a path that starts the running program again, on POSIX even after its file was renamed or deleted; an
 /// empty string when the system does not know it.
 [[nodiscard]] std::string RunningProgramPath();

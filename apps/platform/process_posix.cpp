@@ -1,17 +1,22 @@
 #include "platform/process.h"
 
 #include <fcntl.h>
+#include <pwd.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #ifdef __linux__
 #include <sys/prctl.h>
 #endif
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <thread>
 
+#include "platform/clock.h"
 #include "platform/process_interrupts.h"
 
 namespace platform {
@@ -99,6 +104,56 @@ std::int64_t CurrentProcessId() {
 
 void ExitImmediately(int exitCode) {
     _exit(exitCode);
+}
+
+void KillCurrentProcess() {
+    kill(getpid(), SIGKILL);
+    for (;;) {
+        pause();
+    }
+}
+
+std::uint64_t CurrentThreadId() {
+    return static_cast<std::uint64_t>(syscall(SYS_gettid));
+}
+
+std::string UserName() {
+    std::array<char, 1024> buffer{};
+    passwd entry{};
+    passwd* found = nullptr;
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr) {
+        return entry.pw_name;
+    }
+    return std::to_string(geteuid());
+}
+
+std::string ProgramName() {
+    std::array<char, 4096> path{};
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    if (length <= 0) {
+        return {};
+    }
+    const std::string text(path.data(), static_cast<std::size_t>(length));
+    return text.substr(text.rfind('/') + 1);
+}
+
+std::uint64_t RandomNumber() {
+    std::uint64_t number = 0;
+    if (getentropy(&number, sizeof number) != 0) {
+        number = static_cast<std::uint64_t>(FileClockNs()) * 2654435761U;
+    }
+    return number;
+}
+
+void SuppressCrashDialogs() {}
+
+void RaiseOpenFileLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        return;
+    }
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 std::string RunningProgramPath() {

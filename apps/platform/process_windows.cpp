@@ -1,9 +1,12 @@
 #include "platform/process.h"
 
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/windows_error.h"
+#include "platform/environment.h"
+#include "platform/windows_text.h"
 
 namespace platform {
 
@@ -149,6 +152,49 @@ std::int64_t CurrentProcessId() {
 void ExitImmediately(int exitCode) {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
     std::abort();  // not reached
+}
+
+void KillCurrentProcess() {
+    TerminateProcess(GetCurrentProcess(), kKilledExitCode);
+    for (;;) {
+        Sleep(INFINITE);
+    }
+}
+
+std::uint64_t CurrentThreadId() {
+    return GetCurrentThreadId();
+}
+
+std::string UserName() {
+    return ReadEnvironment("USERNAME");
+}
+
+std::string ProgramName() {
+    std::array<wchar_t, 4096> path{};
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    const std::string text = Narrow(path.data(), length);
+    return text.substr(text.find_last_of("/\\") + 1);
+}
+
+// Mixes the counter of the processor, the process and the thread.
+std::uint64_t RandomNumber() {
+    LARGE_INTEGER counter{};
+    QueryPerformanceCounter(&counter);
+    std::uint64_t number = static_cast<std::uint64_t>(counter.QuadPart) ^
+                           static_cast<std::uint64_t>(GetCurrentProcessId()) << 40 ^
+                           static_cast<std::uint64_t>(GetCurrentThreadId()) << 24;
+    number ^= number >> 31;
+    number *= 0x9E3779B97F4A7C15U;
+    return number ^ number >> 29;
+}
+
+void SuppressCrashDialogs() {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+}
+
+void RaiseOpenFileLimit() {
+    constexpr int kMost = 2048;
+    _setmaxstdio(kMost);
 }
 
 std::string RunningProgramPath() {

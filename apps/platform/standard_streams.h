@@ -1,11 +1,16 @@
 // Standard input, output and error.
 #pragma once
 
+#include <string>
+
 namespace platform {
 
 /// Opens each standard stream that is closed as an empty one that cannot be written. Without this the next file
 /// that is opened would take its number and receive what is printed. Must be called before anything is opened.
 void ReopenClosedStdStreams();
+
+/// From now on standard input and output carry bytes: line ends are not converted.
+void SetBinaryStreams();
 
 enum class ModuleOutput { kDropped, kToStandardError };
 
@@ -13,5 +18,12 @@ enum class ModuleOutput { kDropped, kToStandardError };
 /// still leads to the original standard output and carries bytes as they are, or -1 with errno set. Must be
 /// called once, before the module is loaded.
 [[nodiscard]] int RedirectStdout(ModuleOutput output);
+
+/// Redirects standard output to a file, which is emptied if it exists. Returns a descriptor for RestoreStdout, or -1
+/// with errno set.
+[[nodiscard]] int RedirectStdoutToFile(const std::string& path);
+
+/// Ends a redirection; `original` is what RedirectStdoutToFile returned.
+void RestoreStdout(int original);
 
 }  // namespace platform

@@ -15,6 +15,8 @@ void ReopenClosedStdStreams() {
     if (descriptor >= 0) close(descriptor);
 }
 
+void SetBinaryStreams() {}
+
 int RedirectStdout(ModuleOutput output) {
     std::fflush(stdout);
     const int original = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
@@ -26,6 +28,24 @@ int RedirectStdout(ModuleOutput output) {
     if (nowhere < 0 || dup2(nowhere, STDOUT_FILENO) < 0) return -1;
     close(nowhere);
     return original;
+}
+
+int RedirectStdoutToFile(const std::string& path) {
+    std::fflush(stdout);
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
+    if (file < 0) {
+        return -1;
+    }
+    const int original = dup(STDOUT_FILENO);
+    dup2(file, STDOUT_FILENO);
+    close(file);
+    return original;
+}
+
+void RestoreStdout(int original) {
+    std::fflush(stdout);
+    dup2(original, STDOUT_FILENO);
+    close(original);
 }
 
 }  // namespace platform

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/system.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
 
@@ -19,11 +20,7 @@ bool Contains(const std::string& text, const std::string& part) {
 }
 
 // Only on Windows can a worker mark the exit codes that are its own.
-#if defined(_WIN32)
-constexpr bool kExitsAreMarked = true;
-#else
-constexpr bool kExitsAreMarked = false;
-#endif
+constexpr bool kExitsAreMarked = platform::kIsWindows;
 
 class FakeLoad : public testing::Test {
   protected:

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/system.h"
 #include "tests/e2e/load_site.h"
 
 namespace {
@@ -14,11 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // More messages than are read before a test can react.
-#if defined(_WIN32)
-constexpr int kManyMessages = 300;
-#else
-constexpr int kManyMessages = 3000;
-#endif
+constexpr int kManyMessages = platform::kIsWindows ? 300 : 3000;
 
 class RestartableLoad : public LoadSites {};
 
@@ -349,9 +346,9 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
 // ---- checkpoints
 
 TEST_F(RestartableLoad, WithoutACheckpointOptionOneIsTakenAfterEveryThousandRecords) {
-#if defined(_WIN32)
-    GTEST_SKIP() << "thousands of messages take minutes under Wine";
-#endif
+    if (platform::kIsWindows) {
+        GTEST_SKIP() << "thousands of messages take minutes under Wine";
+    }
     LoadSite& site = Add("default", 2500);
     site.LeaveOut("--checkpoint-every");
     site.Run({"--verbose"});

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/system.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
 
@@ -437,11 +438,8 @@ TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
     EXPECT_TRUE(Contains(check(good).standardOutput, "\nMQ read wait interval           7\n"));
     for (std::size_t bytes = 0; bytes < good.size(); ++bytes)
         static_cast<void>(check(good.substr(0, bytes)));
-#if defined(_WIN32)
-    constexpr std::size_t kStep = 19;  // a sample, because a process takes time to start
-#else
-    constexpr std::size_t kStep = 1;
-#endif
+    // Under Wine a sample, because a process takes time to start.
+    constexpr std::size_t kStep = platform::kIsWindows ? 19 : 1;
     for (std::size_t bit = 0; bit < good.size() * 8; bit += kStep) {
         std::string turned = good;
         turned[bit / 8] = static_cast<char>(turned[bit / 8] ^ (1 << bit % 8));

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/process.h"
 #include "tests/support/files.h"
-#include "tests/support/os.h"
 #include "tests/support/program_runner.h"
 
 namespace {
@@ -25,7 +25,8 @@ constexpr int kRunAgain = 9;
 class ExampleHostTest : public testing::Test {
   protected:
     void SetUp() override {
-        directory_ = fs::path(testing::TempDir()) / ("example_host." + std::to_string(ProcessId()));
+        directory_ =
+            fs::path(testing::TempDir()) / ("example_host." + std::to_string(platform::CurrentProcessId()));
         fs::create_directories(directory_ / "spool" / "QM1" / "ORDERS");
     }
 
@@ -48,12 +49,12 @@ class ExampleHostTest : public testing::Test {
     int RunAttempt(const std::string& faults = "") {
         const std::map<std::string, std::string> environment = {
             {"SPOOLMQ_DIR", (directory_ / "spool").string()},
-            {"MQAMOD_MQ_LIBRARY", NativePath(SPOOLMQ_LIBRARY)},
+            {"MQAMOD_MQ_LIBRARY", PathOnSystem(SPOOLMQ_LIBRARY)},
             {"SPOOLMQ_FAULTS", faults},
             {"ASAN_OPTIONS", "detect_leaks=0"}};  // the example leaves its buffers to the end of the process
         const ProgramResult result =
-            RunProgram(NativePath(EXAMPLE_HOST),
-                       {NativePath(MODULE_LIBRARY), "-QMGR QM1 -QNM ORDERS", Path("orders.ckpt"),
+            RunProgram(PathOnSystem(EXAMPLE_HOST),
+                       {PathOnSystem(MODULE_LIBRARY), "-QMGR QM1 -QNM ORDERS", Path("orders.ckpt"),
                         Path("orders.state"), Path("orders.txt"), "3"},
                        directory_.string(), environment);
         errors_ += result.standardError;
@@ -84,7 +85,7 @@ class ExampleHostTest : public testing::Test {
 };
 
 TEST_F(ExampleHostTest, SourceHasFewerThan150Lines) {
-    const std::string source = ReadFile(NativePath(EXAMPLE_SOURCE));
+    const std::string source = ReadFile(PathOnSystem(EXAMPLE_SOURCE));
     const auto lines = std::count(source.begin(), source.end(), '\n');
     EXPECT_GT(lines, 100) << "the source was read";
     EXPECT_LT(lines, 150);

@@ -3,15 +3,15 @@
 #include <cstring>
 #include <optional>
 
+#include "platform/process.h"
 #include "tests/failures/checkpoint_look.h"
 #include "tests/failures/file_failure_cases.h"
 #include "tests/support/expected_error.h"
-#include "tests/support/os.h"
 
 namespace {
 
 std::string TemporaryName() {
-    return kTemporaryFile + std::to_string(ProcessId());
+    return kTemporaryFile + std::to_string(platform::CurrentProcessId());
 }
 
 bool Starts(const std::string& text, const std::string& begin) {

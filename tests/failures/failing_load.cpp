@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/environment.h"
 #include "tests/support/module_fixture.h"
 
 namespace {
@@ -25,7 +26,7 @@ bool Contains(const std::vector<std::string>& records, const std::string& record
 }  // namespace
 
 FailingLoad::FailingLoad(const LoadPlan& plan) : host(queueManager, plan) {
-    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
     for (int number = 0; number < kMessages; ++number) {
         messages_.push_back(MessageText(number));
         queueManager.Put(messages_.back());

@@ -2,13 +2,15 @@
 
 #include <cstdlib>
 
+#include "platform/library.h"
 #include "tests/support/module_fixture.h"
 
 ModuleLife::ModuleLife() {
     std::string reason;
-    module_ = LoadLibraryFile(ModulePath(), reason);
+    module_ = platform::OpenLibrary(ModulePath(), reason);
     const auto entryPoint =
-        module_ == nullptr ? nullptr : reinterpret_cast<PIDMMainFunction>(FindSymbol(module_, "PIDMMain"));
+        module_ == nullptr ? nullptr
+                           : reinterpret_cast<PIDMMainFunction>(platform::FindFunction(module_, "PIDMMain"));
     if (entryPoint == nullptr) {
         std::fprintf(stderr, "the module cannot be loaded: %s\n", reason.c_str());
         std::abort();
@@ -24,5 +26,5 @@ ModuleLife::~ModuleLife() {
     files_->AbandonStreams();
     clock_.reset();
     files_.reset();
-    EXPECT_TRUE(UnloadLibraryFile(module_, ModulePath())) << "the next life would find this one's state";
+    EXPECT_TRUE(platform::CloseLibrary(module_, ModulePath())) << "the next life would find this one's state";
 }

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "platform/library.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/fault_plan.h"
 #include "tests/support/host_requests.h"
@@ -20,7 +21,7 @@ class ModuleLife : public HostRequests {
     FakeClock& Clock() { return *clock_; }
 
   private:
-    LoadedLibrary module_ = nullptr;
+    platform::LibraryHandle module_ = nullptr;
     std::unique_ptr<FaultPlan> files_;
     std::unique_ptr<FakeClock> clock_;
 };

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/library.h"
 #include "tests/support/module_fixture.h"
 #include "tests/support/mq_double_library.h"
-#include "tests/support/os.h"
 
 namespace {
 
@@ -54,8 +54,8 @@ constexpr MqDoubleFunctions kFunctions{Connx, Open, Get, Cmit, Back, Close, Disc
 QueueManagerDouble::QueueManagerDouble() {
     current = this;
     std::string reason;
-    LoadedLibrary library = LoadLibraryFile(MqDoublePath(), reason);
-    auto setDouble = reinterpret_cast<SetMqDoubleFunction>(FindSymbol(library, "SetMqDouble"));
+    platform::LibraryHandle library = platform::OpenLibrary(MqDoublePath(), reason);
+    auto setDouble = reinterpret_cast<SetMqDoubleFunction>(platform::FindFunction(library, "SetMqDouble"));
     setDouble(&kFunctions);
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "mqamod.h"
+#include "platform/library.h"
 #include "tests/support/module_fixture.h"
 
 extern "C" std::size_t CHostLayout(std::size_t index);
@@ -32,7 +33,7 @@ class PublicHeaderModuleTest : public ModuleFixture {};
 // The header allows hosts to pass no data block for Close and Write.
 TEST_F(PublicHeaderModuleTest, RequestsWithoutFieldsTakeANullDataBlock) {
     InitAndOpen();
-    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(FindSymbol(module, "PIDMMain"));
+    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(platform::FindFunction(module, "PIDMMain"));
     RequestBlock request;
     std::memset(&request, 0, sizeof request);
     request.OptCode = pmiPIDMOptWrite;

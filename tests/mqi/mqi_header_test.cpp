@@ -7,7 +7,6 @@
 
 #include "tests/mqi/mqi_facts.h"
 #include "tests/support/files.h"
-#include "tests/support/os.h"
 
 namespace {
 
@@ -63,7 +62,7 @@ std::set<std::string> Names(const std::string& source, const std::string& expres
 
 // A constant or field added to the header must be added to the list of facts, or it is not compared.
 TEST(MqiHeader, EveryConstantFieldAndVerbOfTheHeaderIsCompared) {
-    const std::string header = ReadFile(NativePath(MQI_HEADER_FILE));
+    const std::string header = ReadFile(PathOnSystem(MQI_HEADER_FILE));
     std::set<std::string> expected = Names(header, "inline constexpr MQ[A-Z]+ (MQ[A-Z_0-9]+) =");
     expected.merge(Names(header, "\nvoid (MQ[A-Z]+)\\("));
     const std::regex structure("\nstruct (MQ[A-Z]+) \\{([^}]*)\\};");

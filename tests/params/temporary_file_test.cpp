@@ -1,4 +1,5 @@
 // The name of the temporary checkpoint file and the buffer of the last record. Both exist only with CKFILE.
+#include "platform/process.h"
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"
 
@@ -11,7 +12,7 @@ namespace {
 
 class TemporaryFileTest : public ParamsFixture {
   protected:
-    std::string number_ = std::to_string(ProcessId());
+    std::string number_ = std::to_string(platform::CurrentProcessId());
 
     /// Runs Init with this checkpoint file and returns the trace that follows the report and the channel.
     std::vector<std::string> TraceOfPath(const std::string& path) {

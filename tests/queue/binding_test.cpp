@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include "platform/environment.h"
+#include "platform/library.h"
 #include "tests/support/expected_report.h"
 #include "tests/support/import_patch.h"
 #include "tests/support/module_fixture.h"
@@ -30,7 +32,7 @@ class BindingTest : public ModuleFixture {
 
 TEST_F(BindingTest, MissingLibraryIsReason2495AndOneWarningNamesIt) {
     InitTraced(1);
-    SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
     EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
@@ -41,7 +43,7 @@ TEST_F(BindingTest, FileThatIsNoLibraryIsReason2495AndOneWarningNamesIt) {
     InitTraced(1);
     WriteFile("not_a_library.so", "text");
     const std::string path = (std::filesystem::current_path() / "not_a_library.so").string();
-    SetEnvironment("MQAMOD_MQ_LIBRARY", path);
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", path);
     EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
@@ -50,7 +52,7 @@ TEST_F(BindingTest, FileThatIsNoLibraryIsReason2495AndOneWarningNamesIt) {
 
 TEST_F(BindingTest, LibraryWithoutAVerbIsReason2497AndOneWarningNamesBoth) {
     InitTraced(1);
-    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoubleWithoutMqbackPath());
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoubleWithoutMqbackPath());
     EXPECT_TRUE(FailsWith(Open(), BindingError(2497)));
     const std::vector<std::string> warnings = NewWarnings();
     ASSERT_EQ(warnings.size(), 1U);
@@ -69,7 +71,7 @@ void* FindAllButOne(void* library, const char* name) {
 
 void* LoadThatOne(const char* path) {
     std::string reason;
-    return path == libraryThere ? LoadLibraryFile(MqDoublePath(), reason) : nullptr;
+    return path == libraryThere ? platform::OpenLibrary(MqDoublePath(), reason) : nullptr;
 }
 void* LoadPosix(const char* path, int) {
     return LoadThatOne(path);
@@ -102,7 +104,7 @@ TEST_F(BindingTest, EachVerbIsNeeded) {
 
 TEST_F(BindingTest, FailsInTheSameWayWithoutATrace) {
     ASSERT_TRUE(Succeeds(Init(kRequired)));
-    SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
     EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     EXPECT_TRUE(FailsWith(Read(), ExpectedError("PIDMMain",
                                                 "MQA0160: <Read failed.  Queue not open.  QMName = QM1. "
@@ -112,12 +114,12 @@ TEST_F(BindingTest, FailsInTheSameWayWithoutATrace) {
 
 TEST_F(BindingTest, EachFailingConnectLooksAgainAndWarnsOnce) {
     InitTraced(1);
-    SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(Open().returnCode, pmrcFailure);
         EXPECT_EQ(NewWarnings().size(), 1U);
     }
-    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
     EXPECT_EQ(Open().returnCode, pmrcOK);
     EXPECT_THAT(NewWarnings(), testing::IsEmpty());
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN");
@@ -126,7 +128,7 @@ TEST_F(BindingTest, EachFailingConnectLooksAgainAndWarnsOnce) {
 TEST_F(BindingTest, OnceBoundTheLibraryIsKept) {
     InitAndOpen();
     ASSERT_EQ(Shut().returnCode, pmrcOK);
-    SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "no_such_library");
     InitAndOpen();
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN CLOSE DISC CONNX OPEN");
 }
@@ -142,7 +144,7 @@ class LoaderTest : public BindingTest {
     void StartWithLibrary(const std::string& path) {
         patches_.clear();
         LoadAnotherModule();
-        SetEnvironment("MQAMOD_MQ_LIBRARY", "");
+        platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "");
         libraryThere = path;
         if (kPathDelimiter == '/') {
             Replace("dlopen", &LoadPosix);
@@ -200,7 +202,7 @@ TEST_F(LoaderTest, TheWarningListsEachLibraryInTheOrderOfTheAttemptsWithItsReaso
 
 TEST_F(LoaderTest, TheWarningForANamedLibraryListsOnlyThatOne) {
     StartWithLibrary("a library that is never asked for");
-    SetEnvironment("MQAMOD_MQ_LIBRARY", "named");
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "named");
     InitTraced(1);
     EXPECT_TRUE(FailsWith(Open(), BindingError(2495)));
     const std::vector<std::string> warnings = NewWarnings();
@@ -211,7 +213,7 @@ TEST_F(LoaderTest, TheWarningForANamedLibraryListsOnlyThatOne) {
 
 TEST_F(LoaderTest, AnEmptyVariableNamesNoLibrary) {
     StartWithLibrary(names_[0]);
-    if (!SetEmptyEnvironment("MQAMOD_MQ_LIBRARY")) GTEST_SKIP() << "here no variable can be empty";
+    if (!platform::SetEmptyEnvironment("MQAMOD_MQ_LIBRARY")) GTEST_SKIP() << "here no variable can be empty";
     InitAndOpen();
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN");
 }
@@ -224,7 +226,7 @@ class IbmNamesTest : public BindingTest {
         for (const char* folder : {"/opt/mqm/lib64", "C:\\Program Files\\IBM\\MQ\\bin64"}) {
             if (FileExists(folder)) GTEST_SKIP() << "IBM MQ is installed in " << folder;
         }
-        SetEnvironment("MQAMOD_MQ_LIBRARY", "");
+        platform::SetEnvironment("MQAMOD_MQ_LIBRARY", "");
     }
 
     /// Returns whether the warning of a failing Open names the client library before the server library.
@@ -255,9 +257,9 @@ TEST_F(IbmNamesTest, ChannelAndServerMakeTheClientLibraryFirst) {
 TEST_F(IbmNamesTest, EachClientVariableMakesTheClientLibraryFirst) {
     InitTraced(1);
     for (const char* variable : {"MQSERVER", "MQCHLLIB", "MQCHLTAB", "MQCCDTURL"}) {
-        SetEnvironment(variable, "x");
+        platform::SetEnvironment(variable, "x");
         EXPECT_TRUE(ClientLibraryIsTriedFirst()) << variable;
-        SetEnvironment(variable, "");
+        platform::SetEnvironment(variable, "");
     }
     EXPECT_FALSE(ClientLibraryIsTriedFirst());
 }

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "platform/library.h"
 #include "tests/support/fault_plan.h"
 #include "tests/support/module_fixture.h"
 
@@ -203,7 +204,7 @@ TEST_F(ReadTest, BeginningOfTheRecordIsNotShownAtLevelTwo) {
 
 TEST_F(ReadTest, TheRecordLengthIsZeroWhileTheQueueIsRead) {
     InitAndOpen();
-    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(FindSymbol(module, "PIDMMain"));
+    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(platform::FindFunction(module, "PIDMMain"));
     std::vector<char> buffer(recordBufferBytes);
     RequestBlock request{};
     request.OptCode = pmiPIDMOptRead;

@@ -8,6 +8,7 @@
 #include "params/parameter_report.h"
 #include "params/record_buffer.h"
 #include "params/settings.h"
+#include "platform/environment.h"
 #include "queue/close.h"
 #include "queue/open.h"
 #include "queue/read.h"
@@ -52,7 +53,7 @@ class DirectCall : public testing::Test {
         ChooseSyncpoint(MQGMO_NO_SYNCPOINT, MQGMO_NO_SYNCPOINT);
     }
     void Connect() {
-        SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+        platform::SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
         ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
         char name[49] = "QM1";
         MQCNO options{};
@@ -66,7 +67,7 @@ class DirectCall : public testing::Test {
     }
     /// Connects and opens the queue.
     void Open() {
-        SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+        platform::SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
         ASSERT_EQ(MqiDouble::Bind(MqDoublePath()), "");
         writableSettings.OTENACITY = 1;
         writableSettings.RWAIT = 1;

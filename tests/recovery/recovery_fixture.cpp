@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/process.h"
+
 namespace {
 
 std::string Line(const std::string& function, const std::string& severity, const std::string& text) {
@@ -180,5 +182,5 @@ Lines RecoveryFixture::CallsOn(const std::string& path) const {
 }
 
 std::string RecoveryFixture::TempFile() {
-    return "MQAMtmp." + std::to_string(ProcessId());
+    return "MQAMtmp." + std::to_string(platform::CurrentProcessId());
 }

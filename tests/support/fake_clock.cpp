@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <time.h>
 
+#include "platform/library.h"
+
 namespace {
 
 FakeClock* current = nullptr;
@@ -45,7 +47,7 @@ void* Address(Function* function) {
 
 }  // namespace
 
-FakeClock::FakeClock(LoadedLibrary module) {
+FakeClock::FakeClock(platform::LibraryHandle module) {
     current = this;
     const auto add = [&](std::initializer_list<const char*> names, void* replacement) {
         patches_.push_back(std::make_unique<ImportPatch>(module, names, replacement));

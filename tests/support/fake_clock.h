@@ -6,11 +6,12 @@
 #include <memory>
 #include <vector>
 
+#include "platform/library.h"
 #include "tests/support/import_patch.h"
 
 class FakeClock {
   public:
-    explicit FakeClock(LoadedLibrary module);
+    explicit FakeClock(platform::LibraryHandle module);
     ~FakeClock();
     FakeClock(const FakeClock&) = delete;
     FakeClock& operator=(const FakeClock&) = delete;

@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <functional>
 
+#include "platform/library.h"
+#include "tests/support/c_library.h"
+
 namespace {
 
 FaultPlan* plan = nullptr;
@@ -241,7 +244,7 @@ void* Address(Function* function) {
 
 }  // namespace
 
-FaultPlan::FaultPlan(LoadedLibrary module) {
+FaultPlan::FaultPlan(platform::LibraryHandle module) {
     plan = this;
     const auto add = [&](std::initializer_list<const char*> names, void* replacement) {
         patches_.push_back(std::make_unique<ImportPatch>(module, names, replacement));

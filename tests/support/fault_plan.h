@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/library.h"
 #include "tests/support/import_patch.h"
 
 enum class FileCall {
@@ -48,7 +49,7 @@ struct Fault {
 
 class FaultPlan {
   public:
-    explicit FaultPlan(LoadedLibrary module);
+    explicit FaultPlan(platform::LibraryHandle module);
     ~FaultPlan();
     FaultPlan(const FaultPlan&) = delete;
     FaultPlan& operator=(const FaultPlan&) = delete;

@@ -6,7 +6,8 @@
 #include <sstream>
 #include <system_error>
 
-#include "tests/support/os.h"
+#include "platform/paths.h"
+#include "platform/process.h"
 
 std::string ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -28,9 +29,15 @@ bool FileExists(const std::string& path) {
     return std::filesystem::exists(path, ignored);
 }
 
+std::string PathOnSystem(const std::string& path) {
+    const std::string native = platform::NativePath(path);
+    return native.starts_with('\\') ? "Z:" + native : native;
+}
+
 TemporaryDirectory::TemporaryDirectory() : before_(std::filesystem::current_path()) {
     static int made = 0;
-    const std::string name = "mqamod_test_" + std::to_string(ProcessId()) + "_" + std::to_string(++made);
+    const std::string name =
+        "mqamod_test_" + std::to_string(platform::CurrentProcessId()) + "_" + std::to_string(++made);
     path_ = std::filesystem::temp_directory_path() / name;
     std::filesystem::remove_all(path_);  // of an earlier process with this number
     std::filesystem::create_directory(path_);

@@ -9,6 +9,10 @@ std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& bytes);
 bool FileExists(const std::string& path);
 
+/// Returns a path that CMake wrote into the test as a program on the system under test must spell it: Wine shows '/' as
+/// drive Z.
+std::string PathOnSystem(const std::string& path);
+
 /// A fresh empty directory, current while the object lives; removed with all that is in it at the end.
 class TemporaryDirectory {
   public:

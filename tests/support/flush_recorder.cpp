@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "platform/library.h"
+
 namespace {
 
 FlushRecorder* current = nullptr;
@@ -15,7 +17,7 @@ int RecordedFlush(std::FILE* stream) {
 
 }  // namespace
 
-FlushRecorder::FlushRecorder(LoadedLibrary module) {
+FlushRecorder::FlushRecorder(platform::LibraryHandle module) {
     current = this;
     patch_ = std::make_unique<ImportPatch>(module, std::initializer_list<const char*>{"fflush"},
                                            reinterpret_cast<void*>(&RecordedFlush));

@@ -4,11 +4,12 @@
 #include <memory>
 #include <string>
 
+#include "platform/library.h"
 #include "tests/support/import_patch.h"
 
 class FlushRecorder {
   public:
-    explicit FlushRecorder(LoadedLibrary module);
+    explicit FlushRecorder(platform::LibraryHandle module);
     ~FlushRecorder();
     FlushRecorder(const FlushRecorder&) = delete;
     FlushRecorder& operator=(const FlushRecorder&) = delete;

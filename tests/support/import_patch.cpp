@@ -1,6 +1,10 @@
 #include "tests/support/import_patch.h"
 
-ImportPatch::ImportPatch(LoadedLibrary library, std::initializer_list<const char*> names, void* replacement) {
+#include "platform/library.h"
+#include "tests/support/import_slots.h"
+
+ImportPatch::ImportPatch(platform::LibraryHandle library, std::initializer_list<const char*> names,
+                         void* replacement) {
     for (const char* name : names) {
         for (void** slot : ImportSlots(library, name)) {
             original_ = *slot;

@@ -5,13 +5,13 @@
 #include <initializer_list>
 #include <vector>
 
-#include "tests/support/os.h"
+#include "platform/library.h"
 
 class ImportPatch {
   public:
     /// Replaces every import of the library that bears one of the names; a function's name differs between
     /// the systems ("time", "_time64"). A name that the library does not import is passed over.
-    ImportPatch(LoadedLibrary library, std::initializer_list<const char*> names, void* replacement);
+    ImportPatch(platform::LibraryHandle library, std::initializer_list<const char*> names, void* replacement);
     ~ImportPatch();
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;

@@ -2,6 +2,11 @@
 
 #include <filesystem>
 
+#include "platform/environment.h"
+#include "platform/library.h"
+#include "tests/support/c_library.h"
+#include "tests/support/files.h"
+
 namespace {
 
 #ifdef MQAMOD_KEEP_MODULES_LOADED
@@ -27,21 +32,21 @@ std::string ModuleFile() {
 }  // namespace
 
 std::string ModulePath() {
-    return NativePath(MQAMOD_MODULE_FILE);
+    return PathOnSystem(MQAMOD_MODULE_FILE);
 }
 
 std::string MqDoublePath() {
-    return NativePath(MQAMOD_MQ_DOUBLE_FILE);
+    return PathOnSystem(MQAMOD_MQ_DOUBLE_FILE);
 }
 
 std::string MqDoubleWithoutMqbackPath() {
-    return NativePath(MQAMOD_MQ_DOUBLE_WITHOUT_MQBACK_FILE);
+    return PathOnSystem(MQAMOD_MQ_DOUBLE_WITHOUT_MQBACK_FILE);
 }
 
 void ModuleFixture::SetUp() {
     for (const char* variable : {"MQSERVER", "MQCHLLIB", "MQCHLTAB", "MQCCDTURL"})
-        SetEnvironment(variable, "");
-    SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
+        platform::SetEnvironment(variable, "");
+    platform::SetEnvironment("MQAMOD_MQ_LIBRARY", MqDoublePath());
     ASSERT_EQ(mq.Bind(MqDoublePath()), "");
     LoadAnotherModule();
 }
@@ -49,9 +54,9 @@ void ModuleFixture::SetUp() {
 void ModuleFixture::LoadAnotherModule() {
     UnloadModule();
     std::string reason;
-    module = LoadLibraryFile(ModuleFile(), reason);
+    module = platform::OpenLibrary(ModuleFile(), reason);
     ASSERT_NE(module, nullptr) << reason;
-    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(FindSymbol(module, "PIDMMain"));
+    const auto entryPoint = reinterpret_cast<PIDMMainFunction>(platform::FindFunction(module, "PIDMMain"));
     ASSERT_NE(entryPoint, nullptr) << "the module does not export PIDMMain";
     UseEntryPoint(entryPoint);
 }
@@ -60,7 +65,8 @@ void ModuleFixture::UnloadModule() {
     if (module == nullptr) return;
     CloseForgottenStreams();
     if (!kKeepModulesLoaded) {
-        EXPECT_TRUE(UnloadLibraryFile(module, ModulePath())) << "the next test would find this one's state";
+        EXPECT_TRUE(platform::CloseLibrary(module, ModulePath()))
+            << "the next test would find this one's state";
     }
     module = nullptr;
 }

@@ -6,11 +6,11 @@
 
 #include <string>
 
+#include "platform/library.h"
 #include "tests/support/expected_error.h"
 #include "tests/support/files.h"
 #include "tests/support/host_requests.h"
 #include "tests/support/mqi_double.h"
-#include "tests/support/os.h"
 #include "tests/support/trace_reader.h"
 
 /// Where the module was built, the stand-in MQ library, and the one that lacks MQBACK.
@@ -41,7 +41,7 @@ class ModuleFixture : public testing::Test, public HostRequests {
     TemporaryDirectory directory;
     MqiDouble mq;
     TraceReader trace;  ///< of trace.txt: see InitTraced
-    LoadedLibrary module = nullptr;
+    platform::LibraryHandle module = nullptr;
 
   private:
     void UnloadModule();

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/library.h"
 #include "tests/support/mq_double_library.h"
-#include "tests/support/os.h"
 
 namespace {
 
@@ -160,9 +160,9 @@ MqiDouble::~MqiDouble() {
 
 std::string MqiDouble::Bind(const std::string& path) {
     std::string reason;
-    LoadedLibrary library = LoadLibraryFile(path, reason);
+    platform::LibraryHandle library = platform::OpenLibrary(path, reason);
     if (library == nullptr) return reason;
-    auto setDouble = reinterpret_cast<SetMqDoubleFunction>(FindSymbol(library, "SetMqDouble"));
+    auto setDouble = reinterpret_cast<SetMqDoubleFunction>(platform::FindFunction(library, "SetMqDouble"));
     if (setDouble == nullptr) return path + " does not export SetMqDouble";
     setDouble(&kFunctions);
     return "";

@@ -1,16 +1,17 @@
 #include "tests/support/output_capture.h"
 
+#include "platform/standard_streams.h"
 #include "tests/support/files.h"
-#include "tests/support/os.h"
 
-OutputCapture::OutputCapture(const std::string& path) : path_(path), token_(RedirectStandardOutput(path)) {}
+OutputCapture::OutputCapture(const std::string& path)
+    : path_(path), token_(platform::RedirectStdoutToFile(path)) {}
 
 OutputCapture::~OutputCapture() {
-    if (token_ >= 0) RestoreStandardOutput(token_);
+    if (token_ >= 0) platform::RestoreStdout(token_);
 }
 
 std::string OutputCapture::Finish() {
-    if (token_ >= 0) RestoreStandardOutput(token_);
+    if (token_ >= 0) platform::RestoreStdout(token_);
     token_ = -1;
     return WithPlainLineEnds(ReadFile(path_));
 }

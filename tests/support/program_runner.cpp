@@ -1,9 +1,67 @@
 #include "tests/support/program_runner.h"
 
 #include <chrono>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <thread>
+
+#include "platform/interrupts.h"
+
+RunningProgram::RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
+                               const std::map<std::string, std::string>& environment,
+                               const std::string& folder)
+    : outPath_(folder + "/stdout"), errPath_(folder + "/stderr") {
+    platform::ProcessOptions options;
+    options.environment = environment;
+    options.outputPath = outPath_;
+    options.errorPath = errPath_;
+    options.hasEmptyInput = true;
+    std::vector<std::string> programAndArguments = {program};
+    programAndArguments.insert(programAndArguments.end(), arguments.begin(), arguments.end());
+    std::string error;
+    process_ = platform::StartProcess(program, programAndArguments, options, error);
+    if (process_ == platform::kNoProcess) {
+        std::fprintf(stderr, "cannot start %s: %s\n", program.c_str(), error.c_str());
+    }
+}
+
+RunningProgram::~RunningProgram() {
+    if (process_ != platform::kNoProcess) {
+        Wait(0);
+    }
+}
+
+bool RunningProgram::PrepareInterrupts() {
+    return platform::PrepareToSendInterrupts();
+}
+
+bool RunningProgram::Interrupt() const {
+    return platform::SendInterrupt(process_);
+}
+
+bool RunningProgram::Signal(int number) const {
+    return platform::SignalProcess(process_, number);
+}
+
+ProgramResult RunningProgram::Wait(int seconds) {
+    ProgramResult result;
+    if (process_ == platform::kNoProcess) {
+        return result;
+    }
+    const std::optional<platform::ProcessEnd> end = platform::WaitForProcess(process_, seconds * 1000);
+    if (end && !end->killed) {
+        result.exitCode = end->code;
+    }
+    if (!end) {
+        platform::KillProcess(process_);
+        platform::WaitForProcess(process_);
+    }
+    process_ = platform::kNoProcess;
+    result.standardOutput = ReadFileIfAny(outPath_);
+    result.standardError = WithUnixLineEnds(ReadFileIfAny(errPath_));
+    return result;
+}
 
 bool WaitForText(const std::string& path, const std::string& text, int seconds) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);

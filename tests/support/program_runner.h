@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/process.h"
+
 struct ProgramResult {
     int exitCode = -1;           ///< -1 when the program could not be started or did not end by itself
     std::string standardOutput;  ///< byte for byte
@@ -41,8 +43,7 @@ class RunningProgram {
   private:
     std::string outPath_;
     std::string errPath_;
-    void* process_ = nullptr;
-    long processId_ = 0;
+    platform::ProcessHandle process_ = platform::kNoProcess;
 };
 
 ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& arguments,

@@ -4,9 +4,7 @@
 
 #include <cstdlib>
 
-#include "mqam/load/worker_process.h"
-
-using namespace mqam;
+#include "platform/environment.h"
 
 namespace {
 
@@ -20,11 +18,7 @@ std::string PartToPlay() {
 }
 
 void GiveOutPart(const std::string& part) {
-#ifdef _WIN32
-    static_cast<void>(_putenv_s(kVariable, part.c_str()));
-#else
-    static_cast<void>(setenv(kVariable, part.c_str(), 1));
-#endif
+    platform::SetEnvironment(kVariable, part);
 }
 
 std::string ThisProgram() {
@@ -34,14 +28,4 @@ std::string ThisProgram() {
 std::vector<std::string> ArgumentsForThisTest() {
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     return {std::string("--gtest_filter=") + test->test_suite_name() + "." + test->name()};
-}
-
-void MakeThisTestTheWorker(const std::string& part) {
-    std::vector<std::string> words = ArgumentsForThisTest();
-    words.insert(words.begin(), ThisProgram());
-    std::vector<char*> arguments;
-    for (std::string& word : words)
-        arguments.push_back(word.data());
-    KeepArguments(static_cast<int>(arguments.size()), arguments.data());
-    GiveOutPart(part);
 }

@@ -14,6 +14,3 @@ void GiveOutPart(const std::string& part);
 /// Returns the path and the arguments with which the running test is started again.
 [[nodiscard]] std::string ThisProgram();
 [[nodiscard]] std::vector<std::string> ArgumentsForThisTest();
-
-/// Makes every worker that RunWorker starts from now on the running test, which plays `part`.
-void MakeThisTestTheWorker(const std::string& part);

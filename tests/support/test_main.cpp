@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "tests/support/os.h"
+#include "platform/environment.h"
+#include "platform/process.h"
+#include "tests/support/c_library.h"
 
 namespace {
 
@@ -25,7 +27,7 @@ std::string TakeStartedFile() {
     const char* path = std::getenv(kStartedFile);
     if (path == nullptr) return {};
     std::string taken = path;
-    SetEnvironment(kStartedFile, "");
+    platform::SetEnvironment(kStartedFile, "");
     return taken;
 }
 
@@ -35,7 +37,7 @@ class RunnersVariables : public testing::Environment {
   public:
     void SetUp() override {
         for (const char* variable : {"GTEST_TOTAL_SHARDS", "GTEST_SHARD_INDEX", "GTEST_OUTPUT"})
-            SetEnvironment(variable, "");
+            platform::SetEnvironment(variable, "");
     }
 };
 
@@ -44,8 +46,8 @@ class RunnersVariables : public testing::Environment {
 int main(int argc, char** argv) {
     const std::string startedFile = TakeStartedFile();
     Report(startedFile, "");  // before anything that can fail
-    MakeCrashesQuiet();
-    RaiseOpenFileLimit();
+    platform::SuppressCrashDialogs();
+    platform::RaiseOpenFileLimit();
     testing::InitGoogleMock(&argc, argv);
     testing::AddGlobalTestEnvironment(new RunnersVariables);  // owned by GoogleTest
     const int code = RUN_ALL_TESTS();

@@ -196,8 +196,12 @@ std::vector<std::string> FindTemporaryFiles(const std::string& checkpointPath) {
     constexpr char kPrefix[] = "MQAMtmp.";
     constexpr std::size_t kPrefixBytes = sizeof kPrefix - 1;
     std::vector<std::string> paths;
+    std::vector<platform::DirectoryEntry> entries;
     for (const std::string& directory : platform::TemporaryDirectories(checkpointPath)) {
-        for (const std::string& name : platform::ListDirectory(directory)) {
+        // A directory that cannot be listed has no entries.
+        static_cast<void>(platform::ListDirectory(directory, entries));
+        for (const platform::DirectoryEntry& entry : entries) {
+            const std::string& name = entry.name;
             if (name.compare(0, kPrefixBytes, kPrefix) != 0 || name.size() == kPrefixBytes) continue;
             if (name.find_first_not_of("0123456789", kPrefixBytes) != std::string::npos) continue;
             paths.push_back(directory + name);

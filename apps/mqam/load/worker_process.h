@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/process.h"
+
 namespace mqam {
 
 /// Keeps the program's arguments for RunWorker.

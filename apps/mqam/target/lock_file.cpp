@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "platform/file_status.h"
 #include "platform/lock.h"
 
 namespace mqam {
@@ -20,8 +21,7 @@ Status AcquireLockFile(const std::string& path, int timeoutSeconds) {
     platform::LockOptions options;
     options.timeoutMs = timeoutSeconds * 1000;
     platform::LockHandle lock = platform::kNoLock;
-    std::string error;
-    switch (platform::AcquireLock(path, options, lock, error)) {
+    switch (platform::AcquireLock(path, options, lock)) {
         case platform::LockResult::kAcquired: HeldLocks()[path] = lock; return {};
         case platform::LockResult::kHeld:
             return Status::Refused("another load is running (it holds " + path +
@@ -32,9 +32,10 @@ Status AcquireLockFile(const std::string& path, int timeoutSeconds) {
                 " is not empty: it is not the lock of a load, and is left alone; move it away, "
                 "then run the same command again");
         case platform::LockResult::kDenied:
+        case platform::LockResult::kNotFound:
         case platform::LockResult::kFailed: break;
     }
-    return Status::Transient(path + " cannot be created or locked: " + error +
+    return Status::Transient(path + " cannot be created or locked: " + platform::LastFileError() +
                              "; check that its directory exists and that you may write to it");
 }
 

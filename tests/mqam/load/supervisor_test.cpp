@@ -6,6 +6,7 @@
 #include "mqam/load/worker_process.h"
 #include "platform/process.h"
 #include "tests/mqam/load/empty_target.h"
+#include "tests/mqam/load/this_test_as_worker.h"
 #include "tests/support/same_test_process.h"
 
 using namespace mqam;

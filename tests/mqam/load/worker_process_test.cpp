@@ -10,13 +10,10 @@
 
 #include "platform/interrupts.h"
 #include "platform/process.h"
+#include "tests/mqam/load/this_test_as_worker.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/same_test_process.h"
 #include "tests/support/test_directory.h"
-
-#if !defined(_WIN32)
-#include <unistd.h>
-#endif
 
 using namespace mqam;
 
@@ -136,7 +133,7 @@ TEST(WorkerProcessTest, ASignalToTheCommandIsHandedOn) {
     const std::string dots = folder.Path("dots");
     std::thread sender([&dots] {
         EXPECT_TRUE(WaitForText(dots, "..."));
-        kill(getpid(), SIGTERM);
+        EXPECT_TRUE(platform::SignalProcess(platform::CurrentProcessId(), SIGTERM));
     });
     const WorkerEnd end = RunThisTestAsWorker("worker:" + dots);
     sender.join();

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/process.h"
+#include "tests/support/c_library.h"
+
 namespace {
 
 std::string NameOf(Verb verb) {
@@ -48,7 +51,7 @@ void RestartedLoad::StartProcess() {
     // All attempts are one process here, but each has temporary files with a number of its own.
     RestartFiles numbered;
     for (auto& [name, bytes] : files) {
-        const bool ours = name == kTemporaryPrefix + std::to_string(ProcessId());
+        const bool ours = name == kTemporaryPrefix + std::to_string(platform::CurrentProcessId());
         numbered[ours ? name + std::to_string(life) : name] = bytes;
     }
     PutRestartFiles(numbered);

@@ -6,12 +6,11 @@
 #include <sstream>
 
 #include "tests/support/files.h"
-#include "tests/support/os.h"
 
 namespace {
 
 std::filesystem::path Folder() {
-    return NativePath(MQAMOD_TRAIL_FOLDER);
+    return PathOnSystem(MQAMOD_TRAIL_FOLDER);
 }
 
 /// Finds definitions such as "-DRULE_H1=0 -DN=4" in the line.

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/file.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
 

@@ -1,98 +1,14 @@
-#include <dlfcn.h>
+#include "tests/support/import_slots.h"
+
 #include <elf.h>
-#include <fcntl.h>
 #include <link.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
-#include "tests/support/os.h"
-
-LoadedLibrary LoadLibraryFile(const std::string& path, std::string& reason) {
-    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) reason = dlerror();
-    return library;
-}
-
-bool UnloadLibraryFile(LoadedLibrary library, const std::string& path) {
-    dlclose(library);
-    void* still = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (still != nullptr) dlclose(still);
-    return still == nullptr;
-}
-
-void* FindSymbol(LoadedLibrary library, const char* name) {
-    return dlsym(library, name);
-}
-
-std::string NativePath(const std::string& path) {
-    return path;
-}
-
-void SetEnvironment(const char* name, const std::string& value) {
-    if (value.empty()) {
-        unsetenv(name);
-    } else {
-        setenv(name, value.c_str(), 1);
-    }
-}
-
-bool SetEmptyEnvironment(const char* name) {
-    return setenv(name, "", 1) == 0;
-}
-
-int ProcessId() {
-    return getpid();
-}
-
-void SetStreamError(std::FILE* stream) {
-    stream->_flags |= 0x20;
-}  // glibc's _IO_ERR_SEEN
-
-void AbandonStream(std::FILE* stream) {
-    // A stream without a descriptor is the test's own, which sees to it that nothing is written.
-    if (fileno(stream) >= 0) {
-        const int nowhere = open("/dev/null", O_RDWR);
-        dup2(nowhere, fileno(stream));
-        close(nowhere);
-    }
-    std::fclose(stream);
-}
-
-int RedirectStandardOutput(const std::string& path) {
-    std::fflush(stdout);
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
-    if (file < 0) return -1;
-    const int token = dup(STDOUT_FILENO);
-    dup2(file, STDOUT_FILENO);
-    close(file);
-    return token;
-}
-
-void RestoreStandardOutput(int token) {
-    std::fflush(stdout);
-    dup2(token, STDOUT_FILENO);
-    close(token);
-}
-
-void MakeCrashesQuiet() {}
-
-void RaiseOpenFileLimit() {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
-}
-
-void EndTestProgram(int exitCode) {
-    std::exit(exitCode);
-}
-
-void CloseForgottenStreams() {}
+#include "platform/library.h"
 
 namespace {
 
@@ -146,7 +62,7 @@ void AddSlots(const link_map& map, const DynamicTables& tables, const Elf64_Rela
 
 }  // namespace
 
-std::vector<void**> ImportSlots(LoadedLibrary library, const char* name) {
+std::vector<void**> ImportSlots(platform::LibraryHandle library, const char* name) {
     const auto& map = *static_cast<const link_map*>(library);
     const DynamicTables tables = TablesOf(map);
     std::vector<void**> slots;

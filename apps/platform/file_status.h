@@ -1,0 +1,20 @@
+// The results of operations on files and directories.
+#pragma once
+
+#include <string>
+
+namespace platform {
+
+enum class FileStatus {
+    kOk,
+    kNotFound,  ///< the file, or a directory on the way to it, does not exist
+    kExists,    ///< something has that name already
+    kBusy,      ///< another process, or another handle of this one, holds it
+    kFailed,    ///< anything else
+};
+
+/// Returns the system's error for the calling thread's last FileStatus that was not kOk, or LockResult that was not
+/// kAcquired. A success does not change it.
+[[nodiscard]] const std::string& LastFileError();
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+// Text and errors of Windows; for the Windows sources of this directory only.
+#pragma once
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/file_status.h"
+
+namespace platform {
+
+/// Returns UTF-8 text as UTF-16. Text that is not valid UTF-8 is taken to be in the system's code page, as the arguments
+/// of a program are.
+[[nodiscard]] std::wstring Wide(std::string_view text);
+
+/// Returns UTF-16 text as UTF-8.
+[[nodiscard]] std::string Narrow(const wchar_t* text, std::size_t count);
+
+/// Returns the system's text for an error code, without a line end or a full stop, or "system error CODE" if it has none.
+[[nodiscard]] std::string DescribeSystemError(DWORD code);
+
+/// Records the error for LastFileError and returns what it means.
+FileStatus StatusOfError(DWORD code);
+
+/// The same for the calling thread's last error.
+FileStatus StatusOfLastError();
+
+/// kOk for a call that succeeded, else StatusOfLastError.
+inline FileStatus StatusOf(BOOL succeeded) {
+    return succeeded != 0 ? FileStatus::kOk : StatusOfLastError();
+}
+
+}  // namespace platform
