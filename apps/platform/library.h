@@ -10,9 +10,15 @@ namespace platform {
 
 using LibraryHandle = void*;
 
+enum class LibraryScope {
+    kLocal,   ///< its functions are found only through its handle
+    kGlobal,  ///< they also serve libraries that are loaded later; on Windows the same as kLocal
+};
+
 /// Loads a library with all its imports bound, or returns the handle of one that is loaded already. Returns null
 /// with the system's error in `error` when it fails.
-[[nodiscard]] LibraryHandle OpenLibrary(const std::string& path, std::string& error);
+[[nodiscard]] LibraryHandle OpenLibrary(const std::string& path, std::string& error,
+                                        LibraryScope scope = LibraryScope::kLocal);
 
 /// Returns the address of an exported function, or null if the library has none of that name.
 [[nodiscard]] void* FindFunction(LibraryHandle library, const char* name);

@@ -8,8 +8,9 @@ std::string LibraryFileName(const std::string& name) {
     return "lib" + name + ".so";
 }
 
-LibraryHandle OpenLibrary(const std::string& path, std::string& error) {
-    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+LibraryHandle OpenLibrary(const std::string& path, std::string& error, LibraryScope scope) {
+    void* library =
+        dlopen(path.c_str(), RTLD_NOW | (scope == LibraryScope::kGlobal ? RTLD_GLOBAL : RTLD_LOCAL));
     if (library == nullptr) {
         const char* text = dlerror();
         error = text != nullptr ? text : "unknown reason";

@@ -7,7 +7,7 @@ std::string LibraryFileName(const std::string& name) {
     return name + ".dll";
 }
 
-LibraryHandle OpenLibrary(const std::string& path, std::string& error) {
+LibraryHandle OpenLibrary(const std::string& path, std::string& error, LibraryScope /*scope*/) {
     HMODULE library = LoadLibraryA(path.c_str());
     if (library == nullptr) error = DescribeSystemError(GetLastError());
     return reinterpret_cast<LibraryHandle>(library);

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/process.h"
-
 namespace mqam {
 
 /// Keeps the program's arguments for RunWorker.

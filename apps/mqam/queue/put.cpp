@@ -10,7 +10,11 @@
 #include "mqam/base/progress.h"
 #include "mqam/queue/message_source.h"
 #include "mqam/queue/order_generator.h"
+#include "platform/clock.h"
+#include "platform/process.h"
+#include "platform/standard_streams.h"
 #include "platform/terminal.h"
+#include "spoolmq/base/appl_type.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
 
@@ -57,7 +61,7 @@ void ComposeDescriptor(const QueuePutOptions& options, Putting& putting) {
     md.CodedCharSetId = options.ccsid != 0 ? options.ccsid : putting.connection->attributes.values.ccsid;
     md.Persistence = attributes.defaultPersistence;
     md.Priority = attributes.defaultPriority;
-    spoolmq::FillField(md.UserIdentifier, sizeof md.UserIdentifier, spoolmq::UserName());
+    spoolmq::FillField(md.UserIdentifier, sizeof md.UserIdentifier, platform::UserName());
     spoolmq::FillField(md.PutApplName, sizeof md.PutApplName, "mqam");
     md.PutApplType = spoolmq::kPlatformApplType;
 }
@@ -65,7 +69,7 @@ void ComposeDescriptor(const QueuePutOptions& options, Putting& putting) {
 bool PutOne(const QueuePutOptions& options, const std::string& message, Putting& putting) {
     spoolmq::NewMessage newMessage = {nullptr, message.data(), message.size()};
     if (putting.hasDescriptor) {
-        spoolmq::FormatPutDateTime(spoolmq::FileClockNs(), putting.descriptor.PutDate,
+        spoolmq::FormatPutDateTime(platform::FileClockNs(), putting.descriptor.PutDate,
                                    putting.descriptor.PutTime);
         spoolmq::MakeIdentifier(*putting.connection, putting.descriptor.MsgId);
         newMessage.descriptor = &putting.descriptor;
@@ -178,7 +182,7 @@ int RunQueuePut(const QueuePutOptions& options) {
             result = kExitNotStarted;
         }
     }
-    spoolmq::UseBinaryStreams();
+    platform::SetBinaryStreams();
     if (result == kExitDone) result = PutAndTell(options, putting);
     if (putting.record != nullptr && std::fclose(putting.record) != 0 && result == kExitDone) {
         PrintError("--record " + options.recordPath + ": " + std::strerror(errno));

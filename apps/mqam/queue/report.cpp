@@ -5,6 +5,7 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "platform/standard_streams.h"
 #include "spoolmq/store/admin.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
@@ -94,7 +95,7 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
                                   "` lists the messages");
     const std::string body = BodyOf(found, static_cast<std::size_t>(found.bytes));
     if (options.body) {
-        spoolmq::UseBinaryStreams();
+        platform::SetBinaryStreams();
         std::fwrite(body.data(), 1, body.size(), stdout);
     } else {
         std::printf("%s, %lld bytes, backed out %d times\n%s\n%s\n", found.fileName.c_str(),

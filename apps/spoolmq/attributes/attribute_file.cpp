@@ -1,5 +1,8 @@
 #include "spoolmq/attributes/attribute_file.h"
 
+#include "platform/clock.h"
+#include "platform/file.h"
+
 namespace spoolmq {
 
 namespace {
@@ -8,7 +11,7 @@ namespace {
 // read again.
 constexpr std::int64_t kClockTickNs = 20000000;
 
-bool IsSameFile(const FileInfo& a, const FileInfo& b) {
+bool IsSameFile(const platform::FileInfo& a, const platform::FileInfo& b) {
     return a.identity == b.identity && a.bytes == b.bytes && a.writeTimeNs == b.writeTimeNs &&
            a.changeTimeNs == b.changeTimeNs;
 }
@@ -18,19 +21,19 @@ void UseDefaults(AttributeFile<Attributes>& file) {
     if (!file.isRead || file.readFile.identity != 0) {
         file.values = Attributes();
     }
-    file.readFile = FileInfo();
+    file.readFile = platform::FileInfo();
     file.isRead = true;
 }
 
 template <typename Attributes>
 Status Refresh(AttributeFile<Attributes>& file) {
-    FileInfo now;
-    const OsStatus found = StatPath(file.path, &now);
-    if (found == OsStatus::NotFound) {
+    platform::FileInfo now;
+    const FileStatus found = platform::StatPath(file.path, now);
+    if (found == FileStatus::kNotFound) {
         UseDefaults(file);
         return {};
     }
-    if (found != OsStatus::Ok) {
+    if (found != FileStatus::kOk) {
         return FileError(file.path);
     }
     const bool isSettled = file.readAtNs - now.changeTimeNs > kClockTickNs;
@@ -38,8 +41,8 @@ Status Refresh(AttributeFile<Attributes>& file) {
         return {};
     }
     std::string text;
-    const std::int64_t readAtNs = FileClockNs();
-    if (ReadWholeFile(file.path, &text) != OsStatus::Ok) {
+    const std::int64_t readAtNs = platform::FileClockNs();
+    if (platform::ReadWholeFile(file.path, text) != FileStatus::kOk) {
         return FileError(file.path);
     }
     Status status = ParseAttributes(text, file.values);

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/file.h"
 #include "spoolmq/attributes/attributes.h"
-#include "spoolmq/os/os.h"
 
 namespace spoolmq {
 
@@ -14,7 +14,8 @@ template <typename Attributes>
 struct AttributeFile {
     std::string path;
     Attributes values;
-    FileInfo readFile;  ///< the file that the values come from; its identity is 0 when there was no file
+    platform::FileInfo
+        readFile;  ///< the file that the values come from; its identity is 0 when there was no file
     std::int64_t readAtNs = 0;  ///< FileClockNs when it was read
     bool isRead = false;
 };

@@ -3,7 +3,12 @@
 
 #include <string>
 
+#include "platform/file_status.h"
+
 namespace spoolmq {
+
+/// The result of an operation on one file or directory. A Status is what a user gets to see.
+using platform::FileStatus;
 
 enum class StatusCode {
     kOk,

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/environment.h"
+#include "platform/process.h"
 #include "spoolmq/mqi/library_kind.h"
 #include "spoolmq/mqi/structures.h"
 #include "spoolmq/mqi/verb_frame.h"
@@ -32,7 +34,7 @@ bool IsClientConnection(MQLONG options) {
     if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) {
         return true;
     }
-    return (options & kBindingOptions) == 0 && EnvironmentVariable("MQ_CONNECT_TYPE") == "CLIENT";
+    return (options & kBindingOptions) == 0 && platform::ReadEnvironment("MQ_CONNECT_TYPE") == "CLIENT";
 }
 
 // Compares a client's channel definition with the attributes of the queue manager, and sets the client's limits.
@@ -102,7 +104,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
     std::string name(FieldText(qmgrName, 48));
     auto connection = std::make_shared<Connection>();
     connection->sharing = SharingOf(cno.Options);
-    connection->threadId = ThreadId();
+    connection->threadId = platform::CurrentThreadId();
     // A client may ask for "*", any queue manager, or for "*NAME", any queue manager of that name.
     if (!name.empty() && name[0] == '*' && IsClientConnection(cno.Options)) {
         name.erase(0, 1);
@@ -113,7 +115,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
             return ConnectAgain(*own, name, *handle);
         }
     }
-    const std::string root = EnvironmentVariable("SPOOLMQ_DIR");
+    const std::string root = platform::ReadEnvironment("SPOOLMQ_DIR");
     if (root.empty()) {
         ReportProblem("SPOOLMQ_DIR is not set: it names the directory that holds the queue managers");
         return Failed(MQRC_Q_MGR_NOT_AVAILABLE);
@@ -137,7 +139,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
     }
     connection->applName = FieldText(cno.ApplName, sizeof cno.ApplName);
     if (connection->applName.empty()) {
-        connection->applName = ProgramName();
+        connection->applName = platform::ProgramName();
     }
     AddConnection(connection);
     *handle = connection->handle;
@@ -148,7 +150,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
 void FillConnectionId(MQHCONN handle, MQBYTE* connectionId) {
     std::memset(connectionId, 0, 24);
     std::memcpy(connectionId, "AMQC", 4);
-    const std::int64_t process = ProcessId();
+    const std::int64_t process = platform::CurrentProcessId();
     std::memcpy(connectionId + 8, &process, sizeof process);
     std::memcpy(connectionId + 16, &handle, sizeof handle);
 }

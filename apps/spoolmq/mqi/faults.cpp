@@ -8,7 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "spoolmq/os/os.h"
+#include "platform/environment.h"
+#include "platform/file.h"
+#include "platform/file_status.h"
+#include "platform/process.h"
 #include "spoolmq/store/crash_points.h"
 
 namespace spoolmq {
@@ -187,22 +190,22 @@ void ReachPlannedPoint(std::string_view point) {
         }
         ++rule.reached;
         if (rule.reached >= rule.range.first && rule.reached <= rule.range.last) {
-            EndProcessAtOnce();
+            platform::KillCurrentProcess();
         }
     }
 }
 
 void ReadPlan(FaultPlan& plan) {
-    ParsePlan(EnvironmentVariable("SPOOLMQ_FAULTS"), "SPOOLMQ_FAULTS", plan);
-    const std::string path = EnvironmentVariable("SPOOLMQ_FAULT_FILE");
+    ParsePlan(platform::ReadEnvironment("SPOOLMQ_FAULTS"), "SPOOLMQ_FAULTS", plan);
+    const std::string path = platform::ReadEnvironment("SPOOLMQ_FAULT_FILE");
     if (path.empty() || !plan.error.empty()) {
         return;
     }
     std::string content;
-    if (ReadWholeFile(path, &content) == OsStatus::Ok) {
+    if (platform::ReadWholeFile(path, content) == FileStatus::kOk) {
         ParsePlan(content, path, plan);
     } else {
-        plan.error = "SPOOLMQ_FAULT_FILE \"" + path + "\": " + LastOsErrorText();
+        plan.error = "SPOOLMQ_FAULT_FILE \"" + path + "\": " + platform::LastFileError();
     }
 }
 

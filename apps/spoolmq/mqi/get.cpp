@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "platform/clock.h"
 #include "spoolmq/conversion/convert.h"
 #include "spoolmq/mqi/get_call.h"
 #include "spoolmq/mqi/structures.h"
@@ -39,7 +40,7 @@ Status FindOnce(const GetState& get, FoundMessage& found) {
 
 // Finds a message, and waits for one if the caller asks for that. After kOk, `found` must be released.
 Outcome FindWaiting(const GetState& get, FoundMessage& found) {
-    const std::int64_t startedMs = MonotonicMs();
+    const std::int64_t startedMs = platform::MonotonicMs();
     const std::int64_t intervalMs = Has(get, MQGMO_WAIT) ? get.gmo.WaitInterval : 0;
     for (;;) {
         const Outcome outcome = CheckStates(get);
@@ -56,7 +57,7 @@ Outcome FindWaiting(const GetState& get, FoundMessage& found) {
         if (Has(get, kCursorOptions)) {
             return Failed(mqi::MQRC_NO_MSG_UNDER_CURSOR);
         }
-        const std::int64_t leftMs = startedMs + intervalMs - MonotonicMs();
+        const std::int64_t leftMs = startedMs + intervalMs - platform::MonotonicMs();
         if (intervalMs != mqi::MQWI_UNLIMITED && leftMs <= 0) {
             return Failed(MQRC_NO_MSG_AVAILABLE);
         }

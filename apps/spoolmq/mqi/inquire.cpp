@@ -3,6 +3,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "spoolmq/base/appl_type.h"
 #include "spoolmq/mqi/verb_frame.h"
 #include "spoolmq/store/descriptor.h"
 

@@ -1,6 +1,9 @@
 // MQPUT and MQPUT1.
 #include <cstring>
 
+#include "platform/clock.h"
+#include "platform/process.h"
+#include "spoolmq/base/appl_type.h"
 #include "spoolmq/mqi/open.h"
 #include "spoolmq/mqi/structures.h"
 #include "spoolmq/mqi/verb_frame.h"
@@ -18,7 +21,7 @@ void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD& md) {
     const bool isOriginGiven = (options & mqi::MQPMO_SET_ALL_CONTEXT) != 0;
     const bool isNone = (options & mqi::MQPMO_NO_CONTEXT) != 0;
     if (!isIdentityGiven) {
-        FillField(md.UserIdentifier, sizeof md.UserIdentifier, isNone ? "" : UserName());
+        FillField(md.UserIdentifier, sizeof md.UserIdentifier, isNone ? "" : platform::UserName());
         std::memset(md.AccountingToken, 0, sizeof md.AccountingToken);
         FillField(md.ApplIdentityData, sizeof md.ApplIdentityData, "");
     }
@@ -26,7 +29,7 @@ void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD& md) {
         md.PutApplType = isNone ? 0 : kPlatformApplType;
         FillField(md.PutApplName, sizeof md.PutApplName, isNone ? "" : connection.applName);
         FillField(md.ApplOriginData, sizeof md.ApplOriginData, "");
-        FormatPutDateTime(FileClockNs(), md.PutDate, md.PutTime);
+        FormatPutDateTime(platform::FileClockNs(), md.PutDate, md.PutTime);
     }
 }
 

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <new>
 
+#include "platform/process.h"
+
 namespace spoolmq {
 
 namespace {
@@ -84,12 +86,12 @@ Outcome RunPlanned(Verb verb, MQHCONN handle, const std::function<Outcome()>& ca
     }
     const Fault fault = NextFault(verb);
     if (fault.kind == FaultKind::kKillBefore) {
-        EndProcessAtOnce();
+        platform::KillCurrentProcess();
     }
     if (fault.kind != FaultKind::kFail) {
         const Outcome outcome = RunGuarded(call);
         if (fault.kind == FaultKind::kKillAfter) {
-            EndProcessAtOnce();
+            platform::KillCurrentProcess();
         }
         if (fault.kind == FaultKind::kNone) {
             return outcome;
@@ -117,7 +119,7 @@ Outcome EnterConnection(MQHCONN handle, EnteredConnection& entered) {
         }
         connection = found->second;
     }
-    if (connection->sharing == HandleSharing::kNone && connection->threadId != ThreadId()) {
+    if (connection->sharing == HandleSharing::kNone && connection->threadId != platform::CurrentThreadId()) {
         return Failed(mqi::MQRC_HCONN_ERROR);
     }
     std::unique_lock<std::mutex> guard(connection->busy, std::defer_lock);
@@ -157,7 +159,8 @@ std::shared_ptr<Connection> OwnConnectionOfThread() {
     ConnectionTable& table = Table();
     const std::lock_guard<std::mutex> lock(table.guard);
     for (const auto& [handle, connection] : table.connections) {
-        if (connection->sharing == HandleSharing::kNone && connection->threadId == ThreadId()) {
+        if (connection->sharing == HandleSharing::kNone &&
+            connection->threadId == platform::CurrentThreadId()) {
             return connection;
         }
     }

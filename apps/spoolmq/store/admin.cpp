@@ -2,18 +2,21 @@
 
 #include <algorithm>
 
+#include "platform/directory.h"
+#include "platform/file.h"
+
 namespace spoolmq {
 
 namespace {
 
 std::vector<std::string> ObjectsIn(const std::string& path) {
-    std::vector<FolderEntry> entries;
+    std::vector<platform::DirectoryEntry> entries;
     std::vector<std::string> names;
-    if (ListFolder(path, &entries) != OsStatus::Ok) {
+    if (platform::ListDirectory(path, entries) != FileStatus::kOk) {
         return names;
     }
-    for (const FolderEntry& entry : entries) {
-        if (!entry.isFolder || entry.name[0] == '.') {
+    for (const platform::DirectoryEntry& entry : entries) {
+        if (!entry.isDirectory || entry.name[0] == '.') {
             continue;
         }
         std::string name = ObjectOfDirectory(entry.name);
@@ -26,17 +29,17 @@ std::vector<std::string> ObjectsIn(const std::string& path) {
 }
 
 bool IsDirectory(const std::string& path) {
-    FileInfo info;
-    return StatPath(path, &info) == OsStatus::Ok && info.isFolder;
+    platform::FileInfo info;
+    return platform::StatPath(path, info) == FileStatus::kOk && info.isDirectory;
 }
 
 // Creates a directory and the directories on the way to it.
-OsStatus CreateDirectories(const std::string& path) {
+FileStatus CreateDirectories(const std::string& path) {
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
         // Creating one that already exists may be forbidden, so only a failure with the last one counts.
-        static_cast<void>(MakeFolder(path.substr(0, end)));
+        static_cast<void>(platform::MakeDirectory(path.substr(0, end)));
     }
-    return MakeFolder(path);
+    return platform::MakeDirectory(path);
 }
 
 Status CreateObject(const std::string& path, const std::string& name, const std::string& iniName,
@@ -48,51 +51,51 @@ Status CreateObject(const std::string& path, const std::string& name, const std:
     if (IsDirectory(path)) {
         return {StatusCode::kAlreadyExists, name + " already exists in \"" + path + "\""};
     }
-    if (CreateDirectories(path) != OsStatus::Ok) {
+    if (CreateDirectories(path) != FileStatus::kOk) {
         return FileError(path);
     }
     const std::string iniPath = path + '/' + iniName;
-    if (WriteNewFile(iniPath, ini.data(), ini.size(), false) != OsStatus::Ok) {
+    if (platform::WriteNewFile(iniPath, ini.data(), ini.size(), false) != FileStatus::kOk) {
         return FileError(iniPath);
     }
     return {};
 }
 
-OsStatus RemoveTree(const std::string& path) {
-    std::vector<FolderEntry> entries;
-    OsStatus status = ListFolder(path, &entries);
-    if (status == OsStatus::NotFound) {
-        return OsStatus::Ok;
+FileStatus RemoveTree(const std::string& path) {
+    std::vector<platform::DirectoryEntry> entries;
+    FileStatus status = platform::ListDirectory(path, entries);
+    if (status == FileStatus::kNotFound) {
+        return FileStatus::kOk;
     }
-    for (const FolderEntry& entry : entries) {
-        if (status != OsStatus::Ok) {
+    for (const platform::DirectoryEntry& entry : entries) {
+        if (status != FileStatus::kOk) {
             return status;
         }
         const std::string entryPath = path + '/' + entry.name;
         // A link to a directory is removed like a file: what it leads to does not belong to the queue.
-        status = RemoveFile(entryPath);
-        if (status != OsStatus::Ok && entry.isFolder) {
+        status = platform::RemoveFile(entryPath);
+        if (status != FileStatus::kOk && entry.isDirectory) {
             status = RemoveTree(entryPath);
         }
     }
-    return status == OsStatus::Ok ? RemoveEmptyFolder(path) : status;
+    return status == FileStatus::kOk ? platform::RemoveEmptyDirectory(path) : status;
 }
 
 std::int64_t MessagesInUnits(const std::string& qmgrPath, const std::string& queueDirectory) {
-    std::vector<FolderEntry> units;
-    std::vector<FolderEntry> messages;
+    std::vector<platform::DirectoryEntry> units;
+    std::vector<platform::DirectoryEntry> messages;
     std::int64_t count = 0;
-    if (ListFolder(UnitsPath(qmgrPath), &units) != OsStatus::Ok) {
+    if (platform::ListDirectory(UnitsPath(qmgrPath), units) != FileStatus::kOk) {
         return 0;
     }
-    for (const FolderEntry& unit : units) {
-        if (!unit.isFolder) {
+    for (const platform::DirectoryEntry& unit : units) {
+        if (!unit.isDirectory) {
             continue;
         }
         const std::string unitPath = UnitsPath(qmgrPath) + '/' + unit.name;
         for (const UnitStage stage : {UnitStage::kGot, UnitStage::kTaking, UnitStage::kPut}) {
-            if (ListFolder(unitPath + '/' + StageName(stage) + '/' + queueDirectory, &messages) ==
-                OsStatus::Ok) {
+            if (platform::ListDirectory(unitPath + '/' + StageName(stage) + '/' + queueDirectory, messages) ==
+                FileStatus::kOk) {
                 count += static_cast<std::int64_t>(messages.size());
             }
         }
@@ -149,7 +152,7 @@ Status DeleteQueue(const std::string& root, const std::string& qmgr, const std::
         return {StatusCode::kUnknownQueue, "there is no queue " + name + " in \"" + qmgrPath + "\""};
     }
     Status status = CheckUnused(qmgrPath, name);
-    if (status.IsOk() && RemoveTree(path) != OsStatus::Ok) {
+    if (status.IsOk() && RemoveTree(path) != FileStatus::kOk) {
         status = FileError(path);
     }
     return status;
@@ -166,13 +169,13 @@ Status DeleteQueueManager(const std::string& root, const std::string& name) {
             return status;
         }
     }
-    std::vector<FolderEntry> units;
+    std::vector<platform::DirectoryEntry> units;
     static_cast<void>(RecoverDeadUnits(path, ""));
-    if (ListFolder(UnitsPath(path), &units) == OsStatus::Ok && !units.empty()) {
+    if (platform::ListDirectory(UnitsPath(path), units) == FileStatus::kOk && !units.empty()) {
         return {StatusCode::kInUse, "programs are connected to queue manager " + name +
                                         "; end them first, see \"" + UnitsPath(path) + "\""};
     }
-    return RemoveTree(path) == OsStatus::Ok ? Status() : FileError(path);
+    return RemoveTree(path) == FileStatus::kOk ? Status() : FileError(path);
 }
 
 }  // namespace spoolmq

@@ -1,4 +1,5 @@
 // Taking a message that was found away from all other readers.
+#include "platform/file.h"
 #include "spoolmq/store/crash_points.h"
 #include "spoolmq/store/store.h"
 
@@ -18,15 +19,15 @@ UnitMember MemberOf(const StoreQueue& queue, const FoundMessage& found, UnitStag
 }
 
 // Decides what a failed rename into the unit means.
-Status MoveError(Unit& unit, const std::string& from, const std::string& to, OsStatus reason) {
-    FileInfo info;
-    if (reason == OsStatus::NotFound && StatPath(from, &info) == OsStatus::Ok) {
+Status MoveError(Unit& unit, const std::string& from, const std::string& to, FileStatus reason) {
+    platform::FileInfo info;
+    if (reason == FileStatus::kNotFound && platform::StatPath(from, info) == FileStatus::kOk) {
         // The message still exists, so the directory does not: someone has removed it. The next attempt
         // creates it.
         unit.createdDirectories.erase(to.substr(0, to.rfind('/')));
         return {StatusCode::kMessageGone, {}};
     }
-    if (reason == OsStatus::NotFound || reason == OsStatus::Busy) {
+    if (reason == FileStatus::kNotFound || reason == FileStatus::kBusy) {
         return {StatusCode::kMessageGone, {}};
     }
     return FileError(from);
@@ -38,17 +39,17 @@ Status MoveError(Unit& unit, const std::string& from, const std::string& to, OsS
 Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std::string& path) {
     Unit& unit = queue.connection->unit;
     const std::string from = queue.state->path + '/' + found.fileName;
-    OsStatus status = OsStatus::Exists;
-    for (int attempt = 0; status == OsStatus::Exists && attempt < kMaxNameAttempts; ++attempt) {
+    FileStatus status = FileStatus::kExists;
+    for (int attempt = 0; status == FileStatus::kExists && attempt < kMaxNameAttempts; ++attempt) {
         if (attempt > 0) {
             ++found.name.stampNs;
         }
-        if (MakeMemberPath(unit, MemberOf(queue, found, stage), path) != OsStatus::Ok) {
+        if (MakeMemberPath(unit, MemberOf(queue, found, stage), path) != FileStatus::kOk) {
             return FileError(UnitsPath(unit.qmgrPath) + '/' + unit.id);
         }
-        status = RenameNew(from, path);
+        status = platform::RenameNoReplace(from, path);
     }
-    return status == OsStatus::Ok ? Status() : MoveError(unit, from, path, status);
+    return status == FileStatus::kOk ? Status() : MoveError(unit, from, path, status);
 }
 
 // A message that is claimed is usually the first of the listing. Any other entry is marked when opening its
@@ -62,8 +63,8 @@ void MarkFirstGone(Listing& listing, const std::string& fileName) {
 // Whether the file that was claimed is the one that was found: a copied-in file may have been replaced by
 // another of its name in between.
 bool IsFileAsFound(const std::string& path, const FoundMessage& found) {
-    FileInfo info;
-    return StatPath(path, &info) == OsStatus::Ok && info.identity == found.identity &&
+    platform::FileInfo info;
+    return platform::StatPath(path, info) == FileStatus::kOk && info.identity == found.identity &&
            info.bytes == found.bytes;
 }
 
@@ -95,17 +96,17 @@ Status FinishGet(StoreQueue& queue, FoundMessage& found) {
     std::string from;
     std::string to;
     ReachCrashPoint("taken");
-    OsStatus status = MakeMemberPath(unit, MemberOf(queue, found, UnitStage::kTaking), from);
-    if (status == OsStatus::Ok) {
+    FileStatus status = MakeMemberPath(unit, MemberOf(queue, found, UnitStage::kTaking), from);
+    if (status == FileStatus::kOk) {
         status = MakeMemberPath(unit, done, to);
     }
-    if (status == OsStatus::Ok) {
-        status = RenameNew(from, to);
+    if (status == FileStatus::kOk) {
+        status = platform::RenameNoReplace(from, to);
     }
-    if (status == OsStatus::Ok) {
+    if (status == FileStatus::kOk) {
         status = DeleteMessage(unit.qmgrPath, done, to);
     }
-    return status == OsStatus::Ok ? Status() : FileError(to);
+    return status == FileStatus::kOk ? Status() : FileError(to);
 }
 
 void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint) {
@@ -113,11 +114,11 @@ void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint) {
     Unit& unit = queue.connection->unit;
     const UnitMember member = MemberOf(queue, found, StageOf(syncpoint));
     std::string path;
-    OsStatus status = MakeMemberPath(unit, member, path);
-    if (status == OsStatus::Ok) {
+    FileStatus status = MakeMemberPath(unit, member, path);
+    if (status == FileStatus::kOk) {
         status = ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kKeep);
     }
-    if (status != OsStatus::Ok) {
+    if (status != FileStatus::kOk) {
         // A commit would delete a message that its reader has not received.
         if (syncpoint == Syncpoint::kYes) {
             unit.isRollbackOnly = true;

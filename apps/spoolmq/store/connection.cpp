@@ -1,4 +1,7 @@
 // Connecting to a queue manager, and committing and backing out its unit of work.
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "platform/shared_file.h"
 #include "spoolmq/store/admin.h"
 #include "spoolmq/store/store.h"
 
@@ -15,7 +18,8 @@ std::string DefaultQueueManager(const std::string& root) {
     for (const std::string& name : names) {
         std::string text;
         QmgrAttributes attributes;
-        if (ReadWholeFile(root + '/' + DirectoryOfObject(name) + "/qmgr.ini", &text) == OsStatus::Ok &&
+        if (platform::ReadWholeFile(root + '/' + DirectoryOfObject(name) + "/qmgr.ini", text) ==
+                FileStatus::kOk &&
             ParseAttributes(text, attributes).IsOk() && attributes.isDefault != 0) {
             return name;
         }
@@ -35,8 +39,8 @@ std::string FormatNames(const std::vector<std::string>& names) {
 }
 
 Status CheckQueueManager(const std::string& root, const std::string& name, const std::string& path) {
-    FileInfo info;
-    if (IsObjectName(name) && StatPath(path, &info) == OsStatus::Ok && info.isFolder) {
+    platform::FileInfo info;
+    if (IsObjectName(name) && platform::StatPath(path, info) == FileStatus::kOk && info.isDirectory) {
         return {};
     }
     return {StatusCode::kUnknownQueueManager, "there is no queue manager " + name + " in \"" + root + "\"; " +
@@ -75,16 +79,16 @@ Status ConnectStore(const std::string& root, const std::string& name,
     if (!status.IsOk()) {
         return status;
     }
-    if (MapQmgrCounters(fresh->path + "/.state", fresh->counters) != OsStatus::Ok) {
+    if (MapQmgrCounters(fresh->path + "/.state", fresh->counters) != FileStatus::kOk) {
         return FileError(fresh->path + "/.state");
     }
-    if (OpenUnit(fresh->path, fresh->unit) != OsStatus::Ok) {
+    if (OpenUnit(fresh->path, fresh->unit) != FileStatus::kOk) {
         status = FileError(UnitsPath(fresh->path));
-        UnmapSharedFile(&fresh->counters.file);
+        platform::UnmapSharedFile(fresh->counters.file);
         return status;
     }
     static_cast<void>(RecoverDeadUnits(fresh->path, fresh->unit.id));
-    fresh->lastRecoveryMs = MonotonicMs();
+    fresh->lastRecoveryMs = platform::MonotonicMs();
     connection = std::move(fresh);
     return {};
 }
@@ -94,9 +98,9 @@ void DisconnectStore(std::unique_ptr<StoreConnection> connection) {
     static_cast<void>(BackOutStore(*connection));
     CloseUnit(connection->unit);
     for (const auto& [directory, state] : connection->queues) {
-        UnmapSharedFile(&state->counters.file);
+        platform::UnmapSharedFile(state->counters.file);
     }
-    UnmapSharedFile(&connection->counters.file);
+    platform::UnmapSharedFile(connection->counters.file);
 }
 
 std::size_t UncommittedCount(const StoreConnection& connection) {
@@ -109,7 +113,7 @@ Status CommitStore(StoreConnection& connection) {
     }
     std::vector<UnitMember> published;
     connection.unit.sync = connection.attributes.values.sync != 0;
-    if (CommitUnit(connection.unit, published) != OsStatus::Ok) {
+    if (CommitUnit(connection.unit, published) != FileStatus::kOk) {
         return FileError("commit in " + UnitsPath(connection.path) + '/' + connection.unit.id);
     }
     AnnouncePublished(connection, published);
@@ -119,7 +123,7 @@ Status CommitStore(StoreConnection& connection) {
 Status BackOutStore(StoreConnection& connection) {
     std::vector<UnitMember> returned;
     Status status;
-    if (BackOutUnit(connection.unit, returned) != OsStatus::Ok) {
+    if (BackOutUnit(connection.unit, returned) != FileStatus::kOk) {
         status = FileError("back-out in " + UnitsPath(connection.path));
     }
     ++connection.ownReturns;

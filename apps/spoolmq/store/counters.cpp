@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 
+#include "platform/clock.h"
+#include "platform/shared_file.h"
 #include "spoolmq/store/names.h"
 
 namespace spoolmq {
@@ -27,19 +29,21 @@ static_assert(std::atomic<std::int64_t>::is_always_lock_free &&
 
 // Return null while the file cannot be accessed.
 QmgrNumbers* NumbersOf(const QmgrCounters& counters) {
-    return MakeWhole(counters.file) ? static_cast<QmgrNumbers*>(counters.file.memory) : nullptr;
+    return platform::EnsureFileSize(counters.file) ? static_cast<QmgrNumbers*>(counters.file.memory)
+                                                   : nullptr;
 }
 QueueNumbers* NumbersOf(const QueueCounters& counters) {
-    return MakeWhole(counters.file) ? static_cast<QueueNumbers*>(counters.file.memory) : nullptr;
+    return platform::EnsureFileSize(counters.file) ? static_cast<QueueNumbers*>(counters.file.memory)
+                                                   : nullptr;
 }
 
 }  // namespace
 
-OsStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters) {
-    return MapSharedFile(path, kCounterFileBytes, &counters.file);
+FileStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters) {
+    return platform::MapSharedFile(path, kCounterFileBytes, counters.file);
 }
-OsStatus MapQueueCounters(const std::string& path, QueueCounters& counters) {
-    return MapSharedFile(path, kCounterFileBytes, &counters.file);
+FileStatus MapQueueCounters(const std::string& path, QueueCounters& counters) {
+    return platform::MapSharedFile(path, kCounterFileBytes, counters.file);
 }
 
 std::int64_t LastStamp(const QmgrCounters& counters) {
@@ -48,7 +52,7 @@ std::int64_t LastStamp(const QmgrCounters& counters) {
 }
 
 std::int64_t NextStamp(const QmgrCounters& counters) {
-    const std::int64_t now = FileClockNs();
+    const std::int64_t now = platform::FileClockNs();
     QmgrNumbers* numbers = NumbersOf(counters);
     if (numbers == nullptr) {
         return now;

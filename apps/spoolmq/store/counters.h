@@ -7,23 +7,24 @@
 #include <cstdint>
 #include <string>
 
-#include "spoolmq/os/os.h"
+#include "platform/shared_file.h"
+#include "spoolmq/base/status.h"
 
 namespace spoolmq {
 
 /// ROOT/QM/.state: the latest arrival stamp that was assigned.
 struct QmgrCounters {
-    SharedFile file;
+    platform::SharedFile file;
 };
 
 /// ROOT/QM/QUEUE/.state: how often messages became available, and the latest stamp among them.
 struct QueueCounters {
-    SharedFile file;
+    platform::SharedFile file;
 };
 
 /// Maps the file, to be released with UnmapSharedFile. Any status of MapSharedFile when it cannot be mapped.
-[[nodiscard]] OsStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters);
-[[nodiscard]] OsStatus MapQueueCounters(const std::string& path, QueueCounters& counters);
+[[nodiscard]] FileStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters);
+[[nodiscard]] FileStatus MapQueueCounters(const std::string& path, QueueCounters& counters);
 
 [[nodiscard]] std::int64_t LastStamp(const QmgrCounters& counters);
 /// Returns an arrival stamp later than all that were assigned before, even when the clock has been set back.

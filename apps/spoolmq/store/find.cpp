@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/clock.h"
+#include "platform/file.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
 
@@ -50,14 +52,15 @@ mqi::MQMD CopiedInDescriptor(const StoreQueue& queue, const MessageName& name) {
 bool ReadDescriptor(const StoreQueue& queue, FoundMessage& found) {
     std::string text;
     const std::string& queuePath = queue.state->path;
-    if (!found.isCopiedIn &&
-        ReadWholeFile(queuePath + "/.desc/" + DescriptorName(found.name), &text) == OsStatus::Ok) {
+    if (!found.isCopiedIn && platform::ReadWholeFile(queuePath + "/.desc/" + DescriptorName(found.name),
+                                                     text) == FileStatus::kOk) {
         found.descriptor = ParseDescriptor(text);
     } else {
         // A descriptor is deleted just before its message, which is then no longer in the queue. A message in
         // the queue that has none is a copied-in file that the store has handled.
-        FileInfo info;
-        if (!found.isCopiedIn && StatPath(queuePath + '/' + found.fileName, &info) != OsStatus::Ok) {
+        platform::FileInfo info;
+        if (!found.isCopiedIn &&
+            platform::StatPath(queuePath + '/' + found.fileName, info) != FileStatus::kOk) {
             return false;
         }
         found.descriptor = CopiedInDescriptor(queue, found.name);
@@ -85,10 +88,11 @@ bool IsAfter(const MessageEntry& entry, const BrowseCursor& cursor) {
 
 // Opens the entry's file and reads its descriptor. NotFound when it is gone, Busy when it is still being
 // written.
-OsStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMessage& found) {
-    FileInfo info;
-    const OsStatus status = OpenForReading(queue.state->path + '/' + entry.fileName, &found.file, &info);
-    if (status != OsStatus::Ok) {
+FileStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMessage& found) {
+    platform::FileInfo info;
+    const FileStatus status =
+        platform::OpenForReading(queue.state->path + '/' + entry.fileName, found.file, info);
+    if (status != FileStatus::kOk) {
         return status;
     }
     found.fileName = entry.fileName;
@@ -99,10 +103,10 @@ OsStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMess
     found.bytes = info.bytes;
     found.identity = info.identity;
     if (ReadDescriptor(queue, found)) {
-        return OsStatus::Ok;
+        return FileStatus::kOk;
     }
     ReleaseFound(found);
-    return OsStatus::NotFound;
+    return FileStatus::kNotFound;
 }
 
 // Opens the entry's message if it is selected. kNoMessage when it is not, or when its file is gone or still
@@ -113,9 +117,9 @@ Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& ent
         return noMessage;
     }
     switch (OpenEntry(queue, entry, found)) {
-        case OsStatus::Ok: break;
-        case OsStatus::NotFound: entry.isGone = true; return noMessage;
-        case OsStatus::Busy: queue.listing.isPartial = true; return noMessage;
+        case FileStatus::kOk: break;
+        case FileStatus::kNotFound: entry.isGone = true; return noMessage;
+        case FileStatus::kBusy: queue.listing.isPartial = true; return noMessage;
         default: return FileError(queue.state->path + '/' + entry.fileName);
     }
     std::memcpy(entry.msgId.data(), found.descriptor.MsgId, entry.msgId.size());
@@ -147,9 +151,9 @@ Status FindInListing(StoreQueue& queue, const Selection& selection, const Browse
     return {StatusCode::kNoMessage, {}};
 }
 
-Status QueueError(const StoreQueue& queue, OsStatus reason) {
+Status QueueError(const StoreQueue& queue, FileStatus reason) {
     Status status = FileError(queue.state->path);
-    if (reason == OsStatus::NotFound) {
+    if (reason == FileStatus::kNotFound) {
         status.code = StatusCode::kQueueDeleted;
     }
     return status;
@@ -158,17 +162,17 @@ Status QueueError(const StoreQueue& queue, OsStatus reason) {
 Status Reload(StoreQueue& queue) {
     const QueueState& state = *queue.state;
     const std::uint64_t ownReturns = queue.connection->ownReturns;
-    const OsStatus status = LoadListing(state.path, state.counters, queue.connection->counters,
-                                        state.attributes.values.settleMs, queue.listing);
+    const FileStatus status = LoadListing(state.path, state.counters, queue.connection->counters,
+                                          state.attributes.values.settleMs, queue.listing);
     queue.listing.ownReturns = ownReturns;
-    return status == OsStatus::Ok ? Status() : QueueError(queue, status);
+    return status == FileStatus::kOk ? Status() : QueueError(queue, status);
 }
 
 void Recover(StoreConnection& connection) {
     if (RecoverDeadUnits(connection.path, connection.unit.id)) {
         ++connection.ownReturns;
     }
-    connection.lastRecoveryMs = MonotonicMs();
+    connection.lastRecoveryMs = platform::MonotonicMs();
 }
 
 }  // namespace
@@ -176,7 +180,7 @@ void Recover(StoreConnection& connection) {
 Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCursor& after,
                    FoundMessage& found) {
     const QueueState& state = *queue.state;
-    if (MonotonicMs() - queue.connection->lastRecoveryMs > kRecoveryIntervalMs) {
+    if (platform::MonotonicMs() - queue.connection->lastRecoveryMs > kRecoveryIntervalMs) {
         Recover(*queue.connection);
     }
     if (queue.listing.ownReturns != queue.connection->ownReturns ||
@@ -194,8 +198,8 @@ Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCu
     // It looks twice, because the first listing may have left out what arrived while it was being read.
     for (int look = 0; look < 2 && status.code == StatusCode::kNoMessage; ++look) {
         bool hasArrivals = false;
-        const OsStatus result = HasArrivals(state.path, state.counters, queue.listing, hasArrivals);
-        if (result != OsStatus::Ok) {
+        const FileStatus result = HasArrivals(state.path, state.counters, queue.listing, hasArrivals);
+        if (result != FileStatus::kOk) {
             return QueueError(queue, result);
         }
         if (!hasArrivals) {
@@ -213,11 +217,11 @@ Status FindUnderCursor(StoreQueue& queue, const BrowseCursor& cursor, FoundMessa
     MessageEntry entry;
     entry.stampNs = cursor.stampNs;
     entry.fileName = cursor.fileName;
-    const OsStatus status = OpenEntry(queue, entry, found);
-    if (status == OsStatus::Ok) {
+    const FileStatus status = OpenEntry(queue, entry, found);
+    if (status == FileStatus::kOk) {
         return {};
     }
-    if (status == OsStatus::NotFound) {
+    if (status == FileStatus::kNotFound) {
         return {StatusCode::kNoMessage, {}};
     }
     return FileError(queue.state->path + '/' + entry.fileName);
@@ -225,7 +229,7 @@ Status FindUnderCursor(StoreQueue& queue, const BrowseCursor& cursor, FoundMessa
 
 Status ReadFound(const FoundMessage& found, void* buffer, std::size_t bytes) {
     std::size_t bytesRead = 0;
-    if (ReadFromStart(found.file, buffer, bytes, &bytesRead) != OsStatus::Ok) {
+    if (platform::ReadFromStart(found.file, buffer, bytes, bytesRead) != FileStatus::kOk) {
         return FileError(found.fileName);
     }
     if (bytesRead == std::min(bytes, static_cast<std::size_t>(found.bytes))) {
@@ -235,15 +239,15 @@ Status ReadFound(const FoundMessage& found, void* buffer, std::size_t bytes) {
 }
 
 void ReleaseFound(FoundMessage& found) {
-    CloseFile(found.file);
-    found.file = kNoFile;
+    platform::CloseFile(found.file);
+    found.file = platform::kNoFile;
 }
 
 void WaitForArrival(const StoreQueue& queue, std::int64_t milliseconds) {
     const QueueCounters& counters = queue.state->counters;
     const std::uint64_t arrivals = Arrivals(counters);
     for (std::int64_t slept = 0; slept < std::min<std::int64_t>(milliseconds, 10); ++slept) {
-        SleepMs(1);
+        platform::SleepMs(1);
         if (Arrivals(counters) != arrivals) {
             return;
         }

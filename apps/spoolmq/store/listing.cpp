@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <optional>
 
+#include "platform/clock.h"
+#include "platform/directory.h"
+#include "platform/file.h"
 #include "spoolmq/store/names.h"
 
 namespace spoolmq {
@@ -43,8 +46,8 @@ bool FillNamedEntry(const MessageName& name, std::int64_t horizonNs, const QmgrC
 // Completes an entry of a copied-in file. Returns false when it is not settled, nothing when it is gone.
 std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowNs, std::int32_t settleMs,
                                       MessageEntry& entry) {
-    FileInfo info;
-    if (StatPath(path, &info) != OsStatus::Ok) {
+    platform::FileInfo info;
+    if (platform::StatPath(path, info) != FileStatus::kOk) {
         return std::nullopt;
     }
     entry.stampNs = info.changeTimeNs;
@@ -54,7 +57,7 @@ std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowN
 
 }  // namespace
 
-bool IsSettled(const FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) {
+bool IsSettled(const platform::FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) {
     // Writing sets both times. A later change is a rename into place, or the last step of a copy, which gives
     // the file the times of the original: either way the file is complete.
     if (file.changeTimeNs > file.writeTimeNs) {
@@ -63,28 +66,28 @@ bool IsSettled(const FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) 
     return nowNs - file.writeTimeNs >= std::int64_t{settleMs} * 1000000;
 }
 
-OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters, const QmgrCounters& stamps,
-                     std::int32_t settleMs, Listing& listing) {
+FileStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
+                       const QmgrCounters& stamps, std::int32_t settleMs, Listing& listing) {
     Listing fresh;
     const std::int64_t lastStampNs = LastStamp(stamps);
     fresh.arrivals = Arrivals(counters);
     fresh.returns = Returns(counters);
-    fresh.loadedAtNs = FileClockNs();
-    fresh.loadedAtMs = MonotonicMs();
-    FileInfo directory;
-    std::vector<FolderEntry> files;
-    OsStatus status = StatPath(queuePath, &directory);
-    if (status == OsStatus::Ok) {
-        status = ListFolder(queuePath, &files);
+    fresh.loadedAtNs = platform::FileClockNs();
+    fresh.loadedAtMs = platform::MonotonicMs();
+    platform::FileInfo directory;
+    std::vector<platform::DirectoryEntry> files;
+    FileStatus status = platform::StatPath(queuePath, directory);
+    if (status == FileStatus::kOk) {
+        status = platform::ListDirectory(queuePath, files);
     }
-    if (status != OsStatus::Ok) {
+    if (status != FileStatus::kOk) {
         return status;
     }
     fresh.directoryChangeNs = directory.changeTimeNs;
     fresh.entries.reserve(files.size());
     const std::int64_t horizonNs = std::max(lastStampNs, fresh.loadedAtNs);
     MessageName name;
-    for (FolderEntry& file : files) {
+    for (platform::DirectoryEntry& file : files) {
         if (!file.isFile || IsIgnoredFile(file.name)) {
             continue;
         }
@@ -105,9 +108,9 @@ OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters
     }
     std::sort(fresh.entries.begin(), fresh.entries.end(), ArrivedBefore);
     fresh.isLoaded = true;
-    fresh.loadTookMs = MonotonicMs() - fresh.loadedAtMs;
+    fresh.loadTookMs = platform::MonotonicMs() - fresh.loadedAtMs;
     listing = std::move(fresh);
-    return OsStatus::Ok;
+    return FileStatus::kOk;
 }
 
 bool HasReturns(const Listing& listing, const QueueCounters& counters) {
@@ -120,21 +123,21 @@ bool HasReturns(const Listing& listing, const QueueCounters& counters) {
     if (listing.entries.size() - listing.first < kShortListing) {
         return true;
     }
-    return MonotonicMs() - listing.loadedAtMs >= listing.loadTookMs * 10;
+    return platform::MonotonicMs() - listing.loadedAtMs >= listing.loadTookMs * 10;
 }
 
-OsStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters, const Listing& listing,
-                     bool& hasArrivals) {
-    FileInfo directory;
-    const OsStatus status = StatPath(queuePath, &directory);
-    if (status != OsStatus::Ok) {
+FileStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters, const Listing& listing,
+                       bool& hasArrivals) {
+    platform::FileInfo directory;
+    const FileStatus status = platform::StatPath(queuePath, directory);
+    if (status != FileStatus::kOk) {
         return status;
     }
     hasArrivals = !listing.isLoaded || listing.isPartial || Arrivals(counters) != listing.arrivals ||
                   Returns(counters) != listing.returns ||
                   directory.changeTimeNs != listing.directoryChangeNs ||
                   listing.loadedAtNs - directory.changeTimeNs < kClockTickNs;
-    return OsStatus::Ok;
+    return FileStatus::kOk;
 }
 
 }  // namespace spoolmq

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "spoolmq/os/os.h"
+#include "platform/file.h"
+#include "spoolmq/base/status.h"
 #include "spoolmq/store/counters.h"
 
 namespace spoolmq {
@@ -42,8 +43,8 @@ struct Listing {
 
 /// Reads the queue's directory. This takes time, and of two messages put meanwhile the second might be seen and
 /// the first not; therefore messages with a stamp assigned after the call began are left for the next listing.
-[[nodiscard]] OsStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
-                                   const QmgrCounters& stamps, std::int32_t settleMs, Listing& listing);
+[[nodiscard]] FileStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
+                                     const QmgrCounters& stamps, std::int32_t settleMs, Listing& listing);
 
 /// Whether messages may have been returned in front of those in the listing. While a long listing is recent,
 /// compared with the time it took to load, the answer is no, so that a busy queue does not spend all its time
@@ -52,10 +53,10 @@ struct Listing {
 
 /// Sets `hasArrivals` to whether the directory may hold a message that the listing does not. NotFound when the
 /// directory is gone.
-[[nodiscard]] OsStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters,
-                                   const Listing& listing, bool& hasArrivals);
+[[nodiscard]] FileStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters,
+                                     const Listing& listing, bool& hasArrivals);
 
 /// Whether a copied-in file is complete: it was renamed into place, or its last write was long enough ago.
-[[nodiscard]] bool IsSettled(const FileInfo& file, std::int64_t nowNs, std::int32_t settleMs);
+[[nodiscard]] bool IsSettled(const platform::FileInfo& file, std::int64_t nowNs, std::int32_t settleMs);
 
 }  // namespace spoolmq

@@ -1,6 +1,8 @@
 // Putting messages.
 #include <cstring>
 
+#include "platform/directory.h"
+#include "platform/file.h"
 #include "spoolmq/store/crash_points.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
@@ -17,33 +19,34 @@ std::string DescriptorDirectory(const QueueState& state) {
     return state.path + "/.desc";
 }
 
-OsStatus WriteDescriptor(const StoreQueue& queue, const std::string& fileName, const mqi::MQMD& descriptor) {
+FileStatus WriteDescriptor(const StoreQueue& queue, const std::string& fileName,
+                           const mqi::MQMD& descriptor) {
     const bool sync = queue.connection->attributes.values.sync != 0;
     const std::string text = FormatDescriptor(descriptor);
     const std::string directory = DescriptorDirectory(*queue.state);
     const std::string path = directory + '/' + fileName;
-    OsStatus status = WriteNewFile(path, text.data(), text.size(), sync);
-    if (status == OsStatus::NotFound && MakeFolder(directory) == OsStatus::Ok) {
-        status = WriteNewFile(path, text.data(), text.size(), sync);
+    FileStatus status = platform::WriteNewFile(path, text.data(), text.size(), sync);
+    if (status == FileStatus::kNotFound && platform::MakeDirectory(directory) == FileStatus::kOk) {
+        status = platform::WriteNewFile(path, text.data(), text.size(), sync);
     }
-    if (status == OsStatus::Ok && sync) {
-        status = SyncFolder(directory);
+    if (status == FileStatus::kOk && sync) {
+        status = platform::SyncDirectory(directory);
     }
     return status;
 }
 
 // Writes body and descriptor of the member where no reader sees them, the body to `path`. On failure both are
 // deleted again. Exists when another message has the name; that one is left unchanged.
-OsStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const NewMessage& message,
-                     std::string& path) {
+FileStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const NewMessage& message,
+                       std::string& path) {
     StoreConnection& connection = *queue.connection;
     const bool sync = connection.attributes.values.sync != 0;
     // The body comes first: recovery deletes a body together with its descriptor.
-    OsStatus status = MakeMemberPath(connection.unit, member, path);
-    if (status == OsStatus::Ok) {
-        status = WriteNewFile(path, message.body, message.bytes, sync);
+    FileStatus status = MakeMemberPath(connection.unit, member, path);
+    if (status == FileStatus::kOk) {
+        status = platform::WriteNewFile(path, message.body, message.bytes, sync);
     }
-    if (status != OsStatus::Ok) {
+    if (status != FileStatus::kOk) {
         return status;
     }
     ReachCrashPoint("put-body");
@@ -51,10 +54,10 @@ OsStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const Ne
         return status;
     }
     status = WriteDescriptor(queue, member.fileName, *message.descriptor);
-    if (status == OsStatus::Ok) {
+    if (status == FileStatus::kOk) {
         ReachCrashPoint("put-ready");
-    } else if (status == OsStatus::Exists) {
-        static_cast<void>(RemoveFile(path));
+    } else if (status == FileStatus::kExists) {
+        static_cast<void>(platform::RemoveFile(path));
     } else {
         static_cast<void>(DeleteMessage(connection.path, member, path));
     }
@@ -62,9 +65,9 @@ OsStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const Ne
 }
 
 // Makes a written message available.
-OsStatus Publish(const StoreQueue& queue, const UnitMember& member, const std::string& path) {
-    const OsStatus status = RenameNew(path, queue.state->path + '/' + member.fileName);
-    if (status != OsStatus::Ok) {
+FileStatus Publish(const StoreQueue& queue, const UnitMember& member, const std::string& path) {
+    const FileStatus status = platform::RenameNoReplace(path, queue.state->path + '/' + member.fileName);
+    if (status != FileStatus::kOk) {
         static_cast<void>(DeleteMessage(queue.connection->path, member, path));
     }
     return status;
@@ -72,8 +75,8 @@ OsStatus Publish(const StoreQueue& queue, const UnitMember& member, const std::s
 
 Status PutError(const StoreQueue& queue, const std::string& path) {
     Status status = FileError(path);
-    FileInfo info;
-    if (StatPath(queue.state->path, &info) == OsStatus::NotFound) {
+    platform::FileInfo info;
+    if (platform::StatPath(queue.state->path, info) == FileStatus::kNotFound) {
         status.code = StatusCode::kQueueDeleted;
     }
     return status;
@@ -87,16 +90,16 @@ Status PutMessage(StoreQueue& queue, const NewMessage& message, Syncpoint syncpo
     name.rest = "msg";
     UnitMember member = {UnitStage::kPut, queue.state->directory, {}};
     std::string path;
-    OsStatus status = OsStatus::Exists;
-    for (int attempt = 0; status == OsStatus::Exists && attempt < kMaxNameAttempts; ++attempt) {
+    FileStatus status = FileStatus::kExists;
+    for (int attempt = 0; status == FileStatus::kExists && attempt < kMaxNameAttempts; ++attempt) {
         name.stampNs = NextStamp(connection.counters);
         member.fileName = FormatMessageName(name);
         status = WriteUnseen(queue, member, message, path);
-        if (status == OsStatus::Ok && syncpoint == Syncpoint::kNo) {
+        if (status == FileStatus::kOk && syncpoint == Syncpoint::kNo) {
             status = Publish(queue, member, path);
         }
     }
-    if (status != OsStatus::Ok) {
+    if (status != FileStatus::kOk) {
         return PutError(queue, path);
     }
     if (syncpoint == Syncpoint::kYes) {
@@ -104,7 +107,7 @@ Status PutMessage(StoreQueue& queue, const NewMessage& message, Syncpoint syncpo
         return {};
     }
     if (connection.attributes.values.sync != 0) {
-        static_cast<void>(SyncFolder(queue.state->path));
+        static_cast<void>(platform::SyncDirectory(queue.state->path));
     }
     CountArrival(queue.state->counters, name.stampNs);
     return {};

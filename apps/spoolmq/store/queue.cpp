@@ -2,6 +2,13 @@
 #include <array>
 #include <cstdio>
 
+#include "platform/clock.h"
+#include "platform/directory.h"
+#include "platform/file.h"
+#include "platform/lock.h"
+#include "platform/process.h"
+#include "platform/shared_file.h"
+#include "spoolmq/store/process_lock.h"
 #include "spoolmq/store/store.h"
 
 namespace spoolmq {
@@ -33,19 +40,19 @@ struct InputOpens {
 // Counts the opens of living programs and removes those of dead ones.
 InputOpens CountInputOpens(const std::string& queuePath) {
     InputOpens opens;
-    std::vector<FolderEntry> entries;
-    if (ListFolder(OpensPath(queuePath), &entries) != OsStatus::Ok) {
+    std::vector<platform::DirectoryEntry> entries;
+    if (platform::ListDirectory(OpensPath(queuePath), entries) != FileStatus::kOk) {
         return opens;
     }
-    for (const FolderEntry& entry : entries) {
+    for (const platform::DirectoryEntry& entry : entries) {
         const bool isShared = EndsWith(entry.name, kSharedEnding);
         if (!isShared && !EndsWith(entry.name, kExclusiveEnding)) {
             continue;
         }
         const std::string path = OpensPath(queuePath) + '/' + entry.name;
-        OsFile processLock = kNoFile;
-        if (AcquirePresence(path, &processLock) == OsStatus::Ok) {
-            ReleasePresence(path, processLock);
+        platform::LockHandle processLock = platform::kNoLock;
+        if (AcquireProcessLock(path, processLock) == FileStatus::kOk) {
+            platform::ReleaseLock(path, processLock);
         } else if (isShared) {
             ++opens.shared;
         } else {
@@ -68,11 +75,12 @@ Status CheckInput(const StoreQueue& queue, InputUse use) {
 
 Status LockInput(StoreQueue& queue, InputUse use) {
     std::array<char, 64> name{};
-    std::snprintf(name.data(), name.size(), "/%lld-%08llx", static_cast<long long>(ProcessId()),
-                  static_cast<unsigned long long>(RandomNumber() & 0xFFFFFFFF));
+    std::snprintf(name.data(), name.size(), "/%lld-%08llx",
+                  static_cast<long long>(platform::CurrentProcessId()),
+                  static_cast<unsigned long long>(platform::RandomNumber() & 0xFFFFFFFF));
     queue.inputPath = OpensPath(queue.state->path) + name.data();
     queue.inputPath += use == InputUse::kExclusive ? kExclusiveEnding : kSharedEnding;
-    if (AcquirePresence(queue.inputPath, &queue.inputLock) != OsStatus::Ok) {
+    if (AcquireProcessLock(queue.inputPath, queue.inputLock) != FileStatus::kOk) {
         return FileError(queue.inputPath);
     }
     return {};
@@ -80,15 +88,15 @@ Status LockInput(StoreQueue& queue, InputUse use) {
 
 // Registers an open for input if the other opens allow it.
 Status RegisterInput(StoreQueue& queue, InputUse use) {
-    if (MakeFolder(OpensPath(queue.state->path)) != OsStatus::Ok) {
+    if (platform::MakeDirectory(OpensPath(queue.state->path)) != FileStatus::kOk) {
         return FileError(OpensPath(queue.state->path));
     }
-    const OsFile lock = EnterGuard(OpensLockPath(queue.state->path));
+    const platform::LockHandle lock = platform::WaitForLock(OpensLockPath(queue.state->path));
     Status status = CheckInput(queue, use);
     if (status.IsOk()) {
         status = LockInput(queue, use);
     }
-    LeaveGuard(lock);
+    platform::ReleaseLockKeepingFile(lock);
     return status;
 }
 
@@ -98,11 +106,11 @@ Status RefreshCounters(QueueState& state, std::uint64_t identity) {
         return {};
     }
     QueueCounters counters;
-    if (MapQueueCounters(state.path + "/.state", counters) != OsStatus::Ok) {
+    if (MapQueueCounters(state.path + "/.state", counters) != FileStatus::kOk) {
         return FileError(state.path + "/.state");
     }
     // The queue is new to this connection, or was deleted and created again: nothing needs the old counters.
-    UnmapSharedFile(&state.counters.file);
+    platform::UnmapSharedFile(state.counters.file);
     state.counters = counters;
     state.identity = identity;
     return {};
@@ -112,8 +120,8 @@ Status RefreshCounters(QueueState& state, std::uint64_t identity) {
 Status FindQueueState(StoreConnection& connection, const std::string& name, QueueState*& state) {
     const std::string directory = DirectoryOfObject(name);
     const std::string path = connection.path + '/' + directory;
-    FileInfo info;
-    if (!IsObjectName(name) || StatPath(path, &info) != OsStatus::Ok || !info.isFolder) {
+    platform::FileInfo info;
+    if (!IsObjectName(name) || platform::StatPath(path, info) != FileStatus::kOk || !info.isDirectory) {
         return {StatusCode::kUnknownQueue, "there is no queue " + name + " in \"" + connection.path + "\""};
     }
     std::unique_ptr<QueueState>& known = connection.queues[directory];
@@ -156,14 +164,14 @@ Status OpenStoreQueue(StoreConnection& connection, const std::string& name, Inpu
         if (RecoverDeadUnits(connection.path, connection.unit.id)) {
             ++connection.ownReturns;
         }
-        connection.lastRecoveryMs = MonotonicMs();
+        connection.lastRecoveryMs = platform::MonotonicMs();
     }
     queue = std::move(fresh);
     return {};
 }
 
 void CloseStoreQueue(std::unique_ptr<StoreQueue> queue) {
-    ReleasePresence(queue->inputPath, queue->inputLock);
+    platform::ReleaseLock(queue->inputPath, queue->inputLock);
 }
 
 Status RefreshQueue(StoreQueue& queue) {
@@ -171,27 +179,27 @@ Status RefreshQueue(StoreQueue& queue) {
 }
 
 std::int32_t InputOpenCount(const std::string& queuePath) {
-    const OsFile lock = EnterGuard(OpensLockPath(queuePath));
+    const platform::LockHandle lock = platform::WaitForLock(OpensLockPath(queuePath));
     const InputOpens opens = CountInputOpens(queuePath);
-    LeaveGuard(lock);
+    platform::ReleaseLockKeepingFile(lock);
     return opens.shared + opens.exclusive;
 }
 
 std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueDirectory) {
-    std::vector<FolderEntry> entries;
+    std::vector<platform::DirectoryEntry> entries;
     std::int64_t depth = 0;
     const auto countFiles = [&](const std::string& path) {
-        if (ListFolder(path, &entries) != OsStatus::Ok) {
+        if (platform::ListDirectory(path, entries) != FileStatus::kOk) {
             return;
         }
-        for (const FolderEntry& entry : entries) {
+        for (const platform::DirectoryEntry& entry : entries) {
             depth += entry.isFile && !IsIgnoredFile(entry.name) ? 1 : 0;
         }
     };
-    std::vector<FolderEntry> units;
-    if (ListFolder(UnitsPath(qmgrPath), &units) == OsStatus::Ok) {
-        for (const FolderEntry& unit : units) {
-            if (!unit.isFolder) {
+    std::vector<platform::DirectoryEntry> units;
+    if (platform::ListDirectory(UnitsPath(qmgrPath), units) == FileStatus::kOk) {
+        for (const platform::DirectoryEntry& unit : units) {
+            if (!unit.isDirectory) {
                 continue;
             }
             const std::string unitPath = UnitsPath(qmgrPath) + '/' + unit.name;

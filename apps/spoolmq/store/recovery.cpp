@@ -1,9 +1,14 @@
 // Recovery of the units of work of dead processes (invariant 3 in unit.h).
 #include <algorithm>
 
+#include "platform/directory.h"
+#include "platform/file.h"
+#include "platform/lock.h"
+#include "platform/shared_file.h"
 #include "spoolmq/store/counters.h"
 #include "spoolmq/store/crash_points.h"
 #include "spoolmq/store/names.h"
+#include "spoolmq/store/process_lock.h"
 #include "spoolmq/store/unit.h"
 
 namespace spoolmq {
@@ -22,14 +27,14 @@ struct DeadUnit {
 // Makes the readers of a queue look at its directory again.
 void AnnounceReturn(const std::string& queuePath) {
     QueueCounters counters;
-    if (MapQueueCounters(queuePath + "/.state", counters) != OsStatus::Ok) {
+    if (MapQueueCounters(queuePath + "/.state", counters) != FileStatus::kOk) {
         return;
     }
     CountReturn(counters);
-    UnmapSharedFile(&counters.file);
+    platform::UnmapSharedFile(counters.file);
 }
 
-OsStatus SettleMessage(const DeadUnit& unit, const UnitMember& message, const std::string& path) {
+FileStatus SettleMessage(const DeadUnit& unit, const UnitMember& message, const std::string& path) {
     switch (message.stage) {
         case UnitStage::kGot:
             if (unit.isCommitted) {
@@ -50,14 +55,14 @@ OsStatus SettleMessage(const DeadUnit& unit, const UnitMember& message, const st
 // Settles the messages of one stage and queue. Returns whether none is left.
 bool SettleQueue(const DeadUnit& unit, UnitStage stage, const std::string& queueDirectory,
                  const std::string& path) {
-    std::vector<FolderEntry> messages;
-    if (ListFolder(path, &messages) != OsStatus::Ok) {
+    std::vector<platform::DirectoryEntry> messages;
+    if (platform::ListDirectory(path, messages) != FileStatus::kOk) {
         return false;
     }
     bool isSettled = true;
-    for (const FolderEntry& message : messages) {
+    for (const platform::DirectoryEntry& message : messages) {
         const UnitMember member = {stage, queueDirectory, message.name};
-        isSettled &= SettleMessage(unit, member, path + '/' + message.name) == OsStatus::Ok;
+        isSettled &= SettleMessage(unit, member, path + '/' + message.name) == FileStatus::kOk;
         ReachCrashPoint("return-step");
     }
     // This is needed even if there was no message: an earlier recovery may have been killed before it got here.
@@ -65,28 +70,28 @@ bool SettleQueue(const DeadUnit& unit, UnitStage stage, const std::string& queue
         AnnounceReturn(unit.qmgrPath + '/' + queueDirectory);
     }
     ReachCrashPoint("recovered");
-    return isSettled && RemoveEmptyFolder(path) == OsStatus::Ok;
+    return isSettled && platform::RemoveEmptyDirectory(path) == FileStatus::kOk;
 }
 
 // Settles all messages of one stage. Returns whether none is left.
 bool SettleStage(const DeadUnit& unit, UnitStage stage) {
     const std::string stagePath = unit.path + '/' + StageName(stage);
-    std::vector<FolderEntry> queues;
+    std::vector<platform::DirectoryEntry> queues;
     // The directory of a stage that the unit never used does not exist.
-    if (ListFolder(stagePath, &queues) != OsStatus::Ok) {
+    if (platform::ListDirectory(stagePath, queues) != FileStatus::kOk) {
         return true;
     }
     bool isSettled = true;
-    for (const FolderEntry& queue : queues) {
+    for (const platform::DirectoryEntry& queue : queues) {
         isSettled &= SettleQueue(unit, stage, queue.name, stagePath + '/' + queue.name);
     }
-    return isSettled && RemoveEmptyFolder(stagePath) == OsStatus::Ok;
+    return isSettled && platform::RemoveEmptyDirectory(stagePath) == FileStatus::kOk;
 }
 
 // Settles a whole unit. Returns false when something of it has to stay.
 bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
-    FileInfo marker;
-    const bool isCommitted = StatPath(unitPath + "/commit", &marker) == OsStatus::Ok;
+    platform::FileInfo marker;
+    const bool isCommitted = platform::StatPath(unitPath + "/commit", marker) == FileStatus::kOk;
     const DeadUnit unit = {qmgrPath, unitPath, isCommitted};
     bool isSettled = true;
     for (const UnitStage stage : {UnitStage::kDone, UnitStage::kTaking, UnitStage::kPut, UnitStage::kGot}) {
@@ -96,24 +101,26 @@ bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
         return false;
     }
     // The marker is removed last: until then it says what has to happen to the remaining messages.
-    return RemoveFile(unitPath + "/commit") == OsStatus::Ok &&
-           RemoveFile(unitPath + "/open") == OsStatus::Ok && RemoveEmptyFolder(unitPath) == OsStatus::Ok;
+    return platform::RemoveFile(unitPath + "/commit") == FileStatus::kOk &&
+           platform::RemoveFile(unitPath + "/open") == FileStatus::kOk &&
+           platform::RemoveEmptyDirectory(unitPath) == FileStatus::kOk;
 }
 
 // Returns the id of the unit whose directory this entry is, or whose lock file it is when the directory no
 // longer exists; empty for anything else.
-std::string UnitOfEntry(const FolderEntry& entry, const std::vector<FolderEntry>& entries) {
+std::string UnitOfEntry(const platform::DirectoryEntry& entry,
+                        const std::vector<platform::DirectoryEntry>& entries) {
     const std::string_view name = entry.name;
-    if (entry.isFolder) {
+    if (entry.isDirectory) {
         return entry.name;
     }
     if (name.size() <= kLockEnding.size() || name.substr(name.size() - kLockEnding.size()) != kLockEnding) {
         return {};
     }
     const std::string_view id = name.substr(0, name.size() - kLockEnding.size());
-    const bool hasDirectory = std::any_of(entries.begin(), entries.end(), [&](const FolderEntry& other) {
-        return other.isFolder && other.name == id;
-    });
+    const bool hasDirectory = std::any_of(
+        entries.begin(), entries.end(),
+        [&](const platform::DirectoryEntry& other) { return other.isDirectory && other.name == id; });
     return hasDirectory ? std::string() : std::string(id);
 }
 
@@ -121,28 +128,28 @@ std::string UnitOfEntry(const FolderEntry& entry, const std::vector<FolderEntry>
 
 bool RecoverDeadUnits(const std::string& qmgrPath, const std::string& ownId) {
     const std::string units = UnitsPath(qmgrPath);
-    std::vector<FolderEntry> entries;
-    if (ListFolder(units, &entries) != OsStatus::Ok) {
+    std::vector<platform::DirectoryEntry> entries;
+    if (platform::ListDirectory(units, entries) != FileStatus::kOk) {
         return false;
     }
     bool hasFound = false;
-    for (const FolderEntry& entry : entries) {
+    for (const platform::DirectoryEntry& entry : entries) {
         const std::string id = UnitOfEntry(entry, entries);
         if (id.empty() || id == ownId) {
             continue;
         }
         const std::string unitPath = units + '/' + id;
         const std::string lockPath = unitPath + std::string(kLockEnding);
-        OsFile processLock = kNoFile;
-        if (AcquirePresence(lockPath, &processLock) != OsStatus::Ok) {
+        platform::LockHandle processLock = platform::kNoLock;
+        if (AcquireProcessLock(lockPath, processLock) != FileStatus::kOk) {
             continue;
         }
         hasFound = true;
-        FileInfo info;
-        if (StatPath(unitPath, &info) != OsStatus::Ok || SettleUnit(qmgrPath, unitPath)) {
-            ReleasePresence(lockPath, processLock);
+        platform::FileInfo info;
+        if (platform::StatPath(unitPath, info) != FileStatus::kOk || SettleUnit(qmgrPath, unitPath)) {
+            platform::ReleaseLock(lockPath, processLock);
         } else {
-            CloseFile(processLock);
+            platform::ReleaseLockKeepingFile(processLock);
         }
     }
     return hasFound;

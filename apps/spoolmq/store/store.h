@@ -20,6 +20,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/file.h"
+#include "platform/lock.h"
 #include "spoolmq/attributes/attribute_file.h"
 #include "spoolmq/base/mqi_server.h"
 #include "spoolmq/base/status.h"
@@ -57,8 +59,8 @@ struct StoreQueue {
     StoreConnection* connection = nullptr;
     QueueState* state = nullptr;
     Listing listing;
-    std::string inputPath;       ///< lock file of an open for input
-    OsFile inputLock = kNoFile;  ///< kNoFile when the queue is not open for input
+    std::string inputPath;                               ///< lock file of an open for input
+    platform::LockHandle inputLock = platform::kNoLock;  ///< kNoLock when the queue is not open for input
 };
 
 /// Connects to a queue manager and recovers the units of work of dead processes. A blank name means the default
@@ -114,7 +116,7 @@ struct FoundMessage {
     std::string fileName;
     MessageName name;  ///< its name once the store has handled it
     bool isCopiedIn = false;
-    OsFile file = kNoFile;
+    platform::FileHandle file = platform::kNoFile;
     std::int64_t bytes = 0;
     std::uint64_t identity = 0;
     mqi::MQMD descriptor{};  ///< complete, BackoutCount included

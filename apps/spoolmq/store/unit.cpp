@@ -1,9 +1,14 @@
 #include "spoolmq/store/unit.h"
+#include "spoolmq/store/process_lock.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 
+#include "platform/directory.h"
+#include "platform/file.h"
+#include "platform/lock.h"
+#include "platform/process.h"
 #include "spoolmq/store/crash_points.h"
 #include "spoolmq/store/names.h"
 
@@ -36,7 +41,7 @@ std::string MemberPath(const Unit& unit, const UnitMember& member) {
 // Leaves the directory, with whatever is in it, to recovery, and starts a new one.
 void AbandonUnit(Unit& unit) {
     // The lock file stays, because it belongs to the directory that stays.
-    CloseFile(unit.processLock);
+    platform::ReleaseLockKeepingFile(unit.processLock);
     Unit fresh;
     fresh.sync = unit.sync;
     // If this fails, the id stays empty, and the next call that needs a directory fails.
@@ -44,35 +49,37 @@ void AbandonUnit(Unit& unit) {
     unit = std::move(fresh);
 }
 
-OsStatus PublishMember(const Unit& unit, const UnitMember& member) {
+FileStatus PublishMember(const Unit& unit, const UnitMember& member) {
     const std::string queuePath = unit.qmgrPath + '/' + member.queueDirectory;
-    OsStatus status = RenameNew(MemberPath(unit, member), queuePath + '/' + member.fileName);
-    if (status == OsStatus::Ok && unit.sync) {
-        status = SyncFolder(queuePath);
+    FileStatus status =
+        platform::RenameNoReplace(MemberPath(unit, member), queuePath + '/' + member.fileName);
+    if (status == FileStatus::kOk && unit.sync) {
+        status = platform::SyncDirectory(queuePath);
     }
     return status;
 }
 
 // Commits a unit of a single get, which the rename to done decides.
-OsStatus CommitSingleGet(Unit& unit, const UnitMember& member) {
+FileStatus CommitSingleGet(Unit& unit, const UnitMember& member) {
     UnitMember done = member;
     done.stage = UnitStage::kDone;
     std::string donePath;
-    OsStatus status = MakeMemberPath(unit, done, donePath);
-    if (status == OsStatus::Ok) {
-        status = RenameNew(MemberPath(unit, member), donePath);
+    FileStatus status = MakeMemberPath(unit, done, donePath);
+    if (status == FileStatus::kOk) {
+        status = platform::RenameNoReplace(MemberPath(unit, member), donePath);
     }
     // NotFound is fine: someone deleted the file, which is what this commit was about to do.
-    if (status != OsStatus::Ok && status != OsStatus::NotFound) {
+    if (status != FileStatus::kOk && status != FileStatus::kNotFound) {
         return status;
     }
     ReachCrashPoint("done-moved");
-    const bool isSynced = !unit.sync || SyncFolder(MemberDirectory(unit, done)) == OsStatus::Ok;
-    if (!isSynced || DeleteMessage(unit.qmgrPath, done, donePath) != OsStatus::Ok) {
+    const bool isSynced =
+        !unit.sync || platform::SyncDirectory(MemberDirectory(unit, done)) == FileStatus::kOk;
+    if (!isSynced || DeleteMessage(unit.qmgrPath, done, donePath) != FileStatus::kOk) {
         AbandonUnit(unit);
     }
     unit.members.clear();
-    return OsStatus::Ok;
+    return FileStatus::kOk;
 }
 
 // Carries out a decided commit as far as possible. Returns whether everything is done.
@@ -80,8 +87,8 @@ bool FinishCommit(const Unit& unit, std::vector<UnitMember>& published) {
     bool isFinished = true;
     for (const UnitMember& member : unit.members) {
         if (member.stage == UnitStage::kGot) {
-            isFinished &= DeleteMessage(unit.qmgrPath, member, MemberPath(unit, member)) == OsStatus::Ok;
-        } else if (PublishMember(unit, member) == OsStatus::Ok) {
+            isFinished &= DeleteMessage(unit.qmgrPath, member, MemberPath(unit, member)) == FileStatus::kOk;
+        } else if (PublishMember(unit, member) == FileStatus::kOk) {
             published.push_back(member);
         } else {
             isFinished = false;
@@ -91,24 +98,25 @@ bool FinishCommit(const Unit& unit, std::vector<UnitMember>& published) {
     return isFinished;
 }
 
-OsStatus CommitSeveral(Unit& unit, std::vector<UnitMember>& published) {
+FileStatus CommitSeveral(Unit& unit, std::vector<UnitMember>& published) {
     // The marker is renamed, not created for each commit, because creating a file is slow in a directory from
     // which many were just deleted.
-    OsStatus status = RenameNew(OpenMarkerPath(unit), CommitMarkerPath(unit));
-    if (status == OsStatus::Ok && unit.sync) {
-        status = SyncFolder(UnitPath(unit));
+    FileStatus status = platform::RenameNoReplace(OpenMarkerPath(unit), CommitMarkerPath(unit));
+    if (status == FileStatus::kOk && unit.sync) {
+        status = platform::SyncDirectory(UnitPath(unit));
     }
-    if (status != OsStatus::Ok) {
+    if (status != FileStatus::kOk) {
         return status;
     }
     ReachCrashPoint("marked");
     const bool isFinished = FinishCommit(unit, published);
     // The marker is renamed last: until then, whatever is in the directory counts as committed.
-    if (!isFinished || RenameNew(CommitMarkerPath(unit), OpenMarkerPath(unit)) != OsStatus::Ok) {
+    if (!isFinished ||
+        platform::RenameNoReplace(CommitMarkerPath(unit), OpenMarkerPath(unit)) != FileStatus::kOk) {
         AbandonUnit(unit);
     }
     unit.members.clear();
-    return OsStatus::Ok;
+    return FileStatus::kOk;
 }
 
 }  // namespace
@@ -127,34 +135,35 @@ const char* StageName(UnitStage stage) {
     return "done";
 }
 
-OsStatus OpenUnit(const std::string& qmgrPath, Unit& unit) {
+FileStatus OpenUnit(const std::string& qmgrPath, Unit& unit) {
     unit.qmgrPath = qmgrPath;
-    OsStatus status = MakeFolder(UnitsPath(qmgrPath));
-    while (status == OsStatus::Ok) {
+    FileStatus status = platform::MakeDirectory(UnitsPath(qmgrPath));
+    while (status == FileStatus::kOk) {
         std::array<char, 64> id{};
-        std::snprintf(id.data(), id.size(), "%lld-%08llx", static_cast<long long>(ProcessId()),
-                      static_cast<unsigned long long>(RandomNumber() & 0xFFFFFFFF));
+        std::snprintf(id.data(), id.size(), "%lld-%08llx",
+                      static_cast<long long>(platform::CurrentProcessId()),
+                      static_cast<unsigned long long>(platform::RandomNumber() & 0xFFFFFFFF));
         unit.id = id.data();
         // The lock comes before the directory, because a directory whose lock is free may be removed by any
         // process at any time.
-        status = AcquirePresence(LockPath(unit), &unit.processLock);
-        if (status == OsStatus::Busy) {
-            status = OsStatus::Ok;
+        status = AcquireProcessLock(LockPath(unit), unit.processLock);
+        if (status == FileStatus::kBusy) {
+            status = FileStatus::kOk;
             continue;
         }
-        if (status != OsStatus::Ok) {
+        if (status != FileStatus::kOk) {
             break;
         }
-        status = MakeFolder(UnitPath(unit));
-        if (status == OsStatus::Ok) {
-            status = WriteNewFile(OpenMarkerPath(unit), "", 0, false);
+        status = platform::MakeDirectory(UnitPath(unit));
+        if (status == FileStatus::kOk) {
+            status = platform::WriteNewFile(OpenMarkerPath(unit), "", 0, false);
         }
-        if (status == OsStatus::Ok) {
+        if (status == FileStatus::kOk) {
             return status;
         }
-        static_cast<void>(RemoveEmptyFolder(UnitPath(unit)));
-        ReleasePresence(LockPath(unit), unit.processLock);
-        unit.processLock = kNoFile;
+        static_cast<void>(platform::RemoveEmptyDirectory(UnitPath(unit)));
+        platform::ReleaseLock(LockPath(unit), unit.processLock);
+        unit.processLock = platform::kNoLock;
     }
     unit.id.clear();
     return status;
@@ -167,46 +176,46 @@ void CloseUnit(Unit& unit) {
     const std::string path = UnitPath(unit);
     bool isEmpty = true;
     for (const std::string& directory : unit.createdDirectories) {
-        isEmpty &= RemoveEmptyFolder(directory) == OsStatus::Ok;
+        isEmpty &= platform::RemoveEmptyDirectory(directory) == FileStatus::kOk;
     }
     for (const UnitStage stage : kStages) {
-        isEmpty &= RemoveEmptyFolder(path + '/' + StageName(stage)) == OsStatus::Ok;
+        isEmpty &= platform::RemoveEmptyDirectory(path + '/' + StageName(stage)) == FileStatus::kOk;
     }
-    isEmpty = isEmpty && RemoveFile(OpenMarkerPath(unit)) == OsStatus::Ok;
-    isEmpty = isEmpty && RemoveEmptyFolder(path) == OsStatus::Ok;
+    isEmpty = isEmpty && platform::RemoveFile(OpenMarkerPath(unit)) == FileStatus::kOk;
+    isEmpty = isEmpty && platform::RemoveEmptyDirectory(path) == FileStatus::kOk;
     if (isEmpty) {
-        ReleasePresence(LockPath(unit), unit.processLock);
+        platform::ReleaseLock(LockPath(unit), unit.processLock);
     } else {
-        CloseFile(unit.processLock);
+        platform::ReleaseLockKeepingFile(unit.processLock);
     }
     unit = Unit();
 }
 
-OsStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path) {
+FileStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path) {
     if (unit.id.empty()) {
-        const OsStatus status = OpenUnit(std::string(unit.qmgrPath), unit);
-        if (status != OsStatus::Ok) {
+        const FileStatus status = OpenUnit(std::string(unit.qmgrPath), unit);
+        if (status != FileStatus::kOk) {
             return status;
         }
     }
     const std::string directory = MemberDirectory(unit, member);
     path = directory + '/' + member.fileName;
     if (unit.createdDirectories.contains(directory)) {
-        return OsStatus::Ok;
+        return FileStatus::kOk;
     }
-    OsStatus status = MakeFolder(UnitPath(unit) + '/' + StageName(member.stage));
-    if (status == OsStatus::Ok) {
-        status = MakeFolder(directory);
+    FileStatus status = platform::MakeDirectory(UnitPath(unit) + '/' + StageName(member.stage));
+    if (status == FileStatus::kOk) {
+        status = platform::MakeDirectory(directory);
     }
-    if (status == OsStatus::Ok) {
+    if (status == FileStatus::kOk) {
         unit.createdDirectories.insert(directory);
     }
     return status;
 }
 
-OsStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published) {
+FileStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published) {
     if (unit.members.empty()) {
-        return OsStatus::Ok;
+        return FileStatus::kOk;
     }
     if (unit.members.size() > 1) {
         return CommitSeveral(unit, published);
@@ -215,22 +224,22 @@ OsStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published) {
     if (member.stage == UnitStage::kGot) {
         return CommitSingleGet(unit, member);
     }
-    const OsStatus status = PublishMember(unit, member);
-    if (status != OsStatus::Ok) {
+    const FileStatus status = PublishMember(unit, member);
+    if (status != FileStatus::kOk) {
         return status;
     }
     published.push_back(member);
     unit.members.clear();
-    return OsStatus::Ok;
+    return FileStatus::kOk;
 }
 
-OsStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned) {
+FileStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned) {
     bool isFinished = true;
     for (const UnitMember& member : unit.members) {
         const std::string path = MemberPath(unit, member);
         if (member.stage == UnitStage::kPut) {
-            isFinished &= DeleteMessage(unit.qmgrPath, member, path) == OsStatus::Ok;
-        } else if (ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kRaise) == OsStatus::Ok) {
+            isFinished &= DeleteMessage(unit.qmgrPath, member, path) == FileStatus::kOk;
+        } else if (ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kRaise) == FileStatus::kOk) {
             returned.push_back(member);
             ReachCrashPoint("return-step");
         } else {
@@ -243,36 +252,37 @@ OsStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned) {
     } else {
         AbandonUnit(unit);
     }
-    return isFinished ? OsStatus::Ok : OsStatus::Failed;
+    return isFinished ? FileStatus::kOk : FileStatus::kFailed;
 }
 
-OsStatus DeleteMessage(const std::string& qmgrPath, const UnitMember& message, const std::string& path) {
+FileStatus DeleteMessage(const std::string& qmgrPath, const UnitMember& message, const std::string& path) {
     MessageName name;
-    OsStatus status = OsStatus::Ok;
+    FileStatus status = FileStatus::kOk;
     if (ParseMessageName(message.fileName, name)) {
-        status = RemoveFile(qmgrPath + '/' + message.queueDirectory + "/.desc/" + DescriptorName(name));
+        status =
+            platform::RemoveFile(qmgrPath + '/' + message.queueDirectory + "/.desc/" + DescriptorName(name));
     }
-    if (status != OsStatus::Ok) {
+    if (status != FileStatus::kOk) {
         return status;
     }
-    return RemoveFile(path);
+    return platform::RemoveFile(path);
 }
 
-OsStatus ReturnMessage(const std::string& qmgrPath, const UnitMember& message, const std::string& path,
-                       BackoutCount count) {
+FileStatus ReturnMessage(const std::string& qmgrPath, const UnitMember& message, const std::string& path,
+                         BackoutCount count) {
     MessageName name;
     if (!ParseMessageName(message.fileName, name)) {
-        return OsStatus::Failed;
+        return FileStatus::kFailed;
     }
     if (count == BackoutCount::kRaise) {
         name.backoutCount = std::min(name.backoutCount + 1, kMaxBackoutCount);
     }
     const std::string queuePath = qmgrPath + '/' + message.queueDirectory;
-    OsStatus status = OsStatus::Exists;
+    FileStatus status = FileStatus::kExists;
     // In the meantime someone may have copied in a file of exactly this name. Neither may be lost, so this
     // message gets the next free nanosecond as its stamp.
-    for (int attempt = 0; status == OsStatus::Exists && attempt < 1000; ++attempt, ++name.stampNs) {
-        status = RenameNew(path, queuePath + '/' + FormatMessageName(name));
+    for (int attempt = 0; status == FileStatus::kExists && attempt < 1000; ++attempt, ++name.stampNs) {
+        status = platform::RenameNoReplace(path, queuePath + '/' + FormatMessageName(name));
     }
     return status;
 }

@@ -31,7 +31,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "spoolmq/os/os.h"
+#include "platform/lock.h"
+#include "spoolmq/base/status.h"
 
 namespace spoolmq {
 
@@ -46,7 +47,7 @@ struct UnitMember {
 struct Unit {
     std::string qmgrPath;
     std::string id;  ///< process id and a random number; empty when there is no directory
-    OsFile processLock = kNoFile;
+    platform::LockHandle processLock = platform::kNoLock;
     bool sync = false;                ///< force commits to the disk
     bool isRollbackOnly = false;      ///< can only be backed out, which resets it
     std::vector<UnitMember> members;  ///< in the stages got and put
@@ -54,30 +55,30 @@ struct Unit {
 };
 
 /// Creates the unit's directory and its lock.
-[[nodiscard]] OsStatus OpenUnit(const std::string& qmgrPath, Unit& unit);
+[[nodiscard]] FileStatus OpenUnit(const std::string& qmgrPath, Unit& unit);
 /// Removes directory and lock. Whatever is still in the unit is left to RecoverDeadUnits.
 void CloseUnit(Unit& unit);
 
 /// Sets `path` to where the member's file is, or is to be, in the unit. Creates the directories on first use.
-[[nodiscard]] OsStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path);
+[[nodiscard]] FileStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path);
 
 /// Commits the members. Any failure: nothing is decided and the unit is as before. Once the commit is decided
 /// the status is Ok; what could not be finished then stays, as a unit of its own, for recovery, and `unit`
 /// continues with a new directory. `published` receives the messages that became available.
-[[nodiscard]] OsStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published);
+[[nodiscard]] FileStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published);
 /// Backs out the members. Failed: the rest stays, as a unit of its own, for recovery, and `unit` continues with
 /// a new directory. `returned` receives the messages that are back in their queues.
-[[nodiscard]] OsStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned);
+[[nodiscard]] FileStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned);
 
 /// Deletes a message whose file is at `path`: first its descriptor, then the file.
-[[nodiscard]] OsStatus DeleteMessage(const std::string& qmgrPath, const UnitMember& message,
-                                     const std::string& path);
+[[nodiscard]] FileStatus DeleteMessage(const std::string& qmgrPath, const UnitMember& message,
+                                       const std::string& path);
 
 enum class BackoutCount { kKeep, kRaise };
 
 /// Moves a message whose file is at `path` back into its queue.
-[[nodiscard]] OsStatus ReturnMessage(const std::string& qmgrPath, const UnitMember& message,
-                                     const std::string& path, BackoutCount count);
+[[nodiscard]] FileStatus ReturnMessage(const std::string& qmgrPath, const UnitMember& message,
+                                       const std::string& path, BackoutCount count);
 
 /// Finishes or backs out every unit of a dead process (invariant 3). Costs little when there is none. A unit
 /// for which this fails stays until the next time. Returns whether a unit of a dead process was found.

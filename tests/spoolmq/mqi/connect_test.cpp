@@ -2,6 +2,7 @@
 #include <cstring>
 #include <thread>
 
+#include "platform/environment.h"
 #include "tests/spoolmq/support/spool_test.h"
 
 namespace {
@@ -44,7 +45,7 @@ TEST_F(ConnectTest, AnUnknownQueueManagerIs2058) {
 }
 
 TEST_F(ConnectTest, WithoutASpoolDirectoryAConnectIs2059) {
-    SetEnvironment("SPOOLMQ_DIR", "");
+    platform::SetEnvironment("SPOOLMQ_DIR", "");
     EXPECT_EQ(FailedWith(MQRC_Q_MGR_NOT_AVAILABLE), Connect("QM1", &connection_));
 }
 
@@ -281,7 +282,7 @@ TEST_F(ConnectTest, ALocalBindingThroughTheClientLibraryIs2012) {
 }
 
 TEST_F(ConnectTest, MqConnectTypeClientMakesAStandardConnectionAClientConnection) {
-    SetEnvironment("MQ_CONNECT_TYPE", "CLIENT");
+    platform::SetEnvironment("MQ_CONNECT_TYPE", "CLIENT");
     SetQmgr("channel_max_message_length = 500\n");
     ConnectAndOpen();
     EXPECT_EQ(FailedWith(mqi::MQRC_DATA_LENGTH_ERROR), Get(connection_, object_, kNoSync, 501).codes);

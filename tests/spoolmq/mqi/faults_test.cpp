@@ -1,6 +1,8 @@
 // The fault plan.
 #include "tests/spoolmq/support/spool_test.h"
 
+#include "platform/environment.h"
+
 namespace {
 
 class FaultsTest : public SpoolTest {
@@ -8,9 +10,9 @@ class FaultsTest : public SpoolTest {
     /// Returns what an actor logs under a plan.
     std::vector<std::string> LogUnder(const std::string& plan, const std::vector<std::string>& steps) {
         RemoveLogs();
-        SetEnvironment("SPOOLMQ_FAULTS", plan);
+        platform::SetEnvironment("SPOOLMQ_FAULTS", plan);
         EXPECT_EQ(0, RunActor(steps));
-        SetEnvironment("SPOOLMQ_FAULTS", "");
+        platform::SetEnvironment("SPOOLMQ_FAULTS", "");
         return Log();
     }
     void PutAll(int count) {
@@ -86,7 +88,7 @@ TEST_F(FaultsTest, ACommitReportedAsBackedOutIsBackedOut) {
 TEST_F(FaultsTest, APlanCanBeInAFileWithComments) {
     WriteAll(std::filesystem::path(Root()) / "plan",
              "# the second open\nMQOPEN 2 fail 2 2035  # not authorised\n\n");
-    SetEnvironment("SPOOLMQ_FAULT_FILE", Root() + "/plan");
+    platform::SetEnvironment("SPOOLMQ_FAULT_FILE", Root() + "/plan");
     EXPECT_EQ(Lines({"MQOPEN 2/2035"}),
               LogUnder("", {"connect", "QM1", "open", "Q", "16", "open", "Q", "16", "open", "Q", "16"}));
 }
@@ -100,7 +102,7 @@ class InvalidFaultPlan : public SpoolTest,
                          public testing::WithParamInterface<std::pair<const char*, const char*>> {};
 
 TEST_P(InvalidFaultPlan, IsReportedOnStandardErrorWithLineAndReason) {
-    SetEnvironment("SPOOLMQ_FAULTS", GetParam().first);
+    platform::SetEnvironment("SPOOLMQ_FAULTS", GetParam().first);
     testing::internal::CaptureStderr();
     EXPECT_EQ(FailedWith(mqi::MQRC_UNEXPECTED_ERROR), Connect("QM1", &connection_));
     const std::string printed = testing::internal::GetCapturedStderr();
@@ -122,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(
         std::make_pair("point got 1 fail", "a point line reads: point NAME CALLS kill")));
 
 TEST_F(FaultsTest, AMissingPlanFileIsReported) {
-    SetEnvironment("SPOOLMQ_FAULT_FILE", Root() + "/nowhere");
+    platform::SetEnvironment("SPOOLMQ_FAULT_FILE", Root() + "/nowhere");
     testing::internal::CaptureStderr();
     EXPECT_EQ(FailedWith(mqi::MQRC_UNEXPECTED_ERROR), Connect("QM1", &connection_));
     EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("SPOOLMQ_FAULT_FILE \""));

@@ -1,13 +1,14 @@
 // Which copied-in files are complete.
 #include <gtest/gtest.h>
 
+#include "platform/file.h"
 #include "spoolmq/store/listing.h"
 
 namespace spoolmq {
 namespace {
 
 TEST(ListingTest, AFileIsSettledOnceItIsRenamedOrItsLastWriteIsOldEnough) {
-    FileInfo file;
+    platform::FileInfo file;
     file.writeTimeNs = file.changeTimeNs = 1000000000;
     EXPECT_FALSE(IsSettled(file, 1000000000 + 249000000, 250));
     EXPECT_TRUE(IsSettled(file, 1000000000 + 250000000, 250));

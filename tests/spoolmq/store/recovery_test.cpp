@@ -5,6 +5,7 @@
 #include <random>
 #include <thread>
 
+#include "platform/environment.h"
 #include "tests/spoolmq/support/spool_test.h"
 
 namespace {
@@ -20,9 +21,9 @@ class RecoveryTest : public SpoolTest {
     }
     /// Runs an actor that the fault plan kills.
     void RunUntilKilled(const std::string& plan, const std::vector<std::string>& steps) {
-        SetEnvironment("SPOOLMQ_FAULTS", plan);
+        platform::SetEnvironment("SPOOLMQ_FAULTS", plan);
         EXPECT_EQ(kKilled, RunActor(steps)) << plan;
-        SetEnvironment("SPOOLMQ_FAULTS", "");
+        platform::SetEnvironment("SPOOLMQ_FAULTS", "");
     }
     /// The store is empty: there are no messages, descriptors or units of work.
     void ExpectNoLeftovers() {

@@ -1,16 +1,17 @@
-// Starting, waiting for and killing programs, and their environment.
+// Starting, waiting for and killing programs.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "platform/process.h"
+
 struct ChildProcess {
-    std::intptr_t process = -1;
+    platform::ProcessHandle process = platform::kNoProcess;
 };
 
 /// The result of WaitForChild for a program that was killed, by the test or by itself.
-inline constexpr int kKilled = 137;
+inline constexpr int kKilled = platform::kKilledExitCode;
 
 /// Starts a program with the environment of the test. Aborts the test program if that is not possible.
 [[nodiscard]] ChildProcess StartChild(const std::vector<std::string>& programAndArguments);
@@ -21,6 +22,3 @@ void KillChild(const ChildProcess& child);
 
 /// Whether the system starts every program that it is asked to start; Wine under load does not.
 [[nodiscard]] bool ProcessesStartReliably();
-
-/// Sets a variable; an empty value removes it.
-void SetEnvironment(const std::string& name, const std::string& value);

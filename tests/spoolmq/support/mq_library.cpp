@@ -1,29 +1,21 @@
 #include "tests/spoolmq/support/mq_library.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
+#include "platform/library.h"
+#include "platform/paths.h"
+#include "platform/system.h"
 
 namespace {
 
-void* LoadOrDie(const std::string& path) {
-#ifdef _WIN32
-    void* const library = reinterpret_cast<void*>(LoadLibraryA(path.c_str()));
-    const char* const reason = "LoadLibrary failed";
-#else
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
-    const char* const reason = library == nullptr ? dlerror() : "";
-#endif
+platform::LibraryHandle LoadOrDie(const std::string& path) {
+    std::string error;
+    platform::LibraryHandle library = platform::OpenLibrary(path, error, platform::LibraryScope::kGlobal);
     if (library != nullptr) {
         return library;
     }
-    std::fprintf(stderr, "cannot load %s: %s\n", path.c_str(), reason);
+    std::fprintf(stderr, "cannot load %s: %s\n", path.c_str(), error.c_str());
     std::abort();
 }
 
@@ -51,25 +43,15 @@ MqLibrary Load(bool isClient) {
 
 }  // namespace
 
-#ifdef _WIN32
 std::string MqLibraryPath(bool isClient) {
-    std::string path = std::string(SPOOLMQ_LIBRARY_DIRECTORY) + (isClient ? "/mqic.dll" : "/mqm.dll");
-    std::replace(path.begin(), path.end(), '/', '\\');
-    return path;
+    const std::string name = isClient ? "mqic" : "mqm";
+    const std::string file = platform::LibraryFileName(platform::kIsWindows ? name : name + "_r");
+    return platform::NativePath(std::string(SPOOLMQ_LIBRARY_DIRECTORY) + '/' + file);
 }
 
 void* FindVerb(const std::string& libraryPath, const char* name) {
-    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(LoadOrDie(libraryPath)), name));
+    return platform::FindFunction(LoadOrDie(libraryPath), name);
 }
-#else
-std::string MqLibraryPath(bool isClient) {
-    return std::string(SPOOLMQ_LIBRARY_DIRECTORY) + (isClient ? "/libmqic_r.so" : "/libmqm_r.so");
-}
-
-void* FindVerb(const std::string& libraryPath, const char* name) {
-    return dlsym(LoadOrDie(libraryPath), name);
-}
-#endif
 
 const MqLibrary& Mq() {
     static const MqLibrary library = Load(false);

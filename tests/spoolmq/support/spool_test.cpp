@@ -7,6 +7,8 @@
 #include <sstream>
 #include <thread>
 
+#include "platform/environment.h"
+
 namespace fs = std::filesystem;
 
 std::string ReadAll(const fs::path& path) {
@@ -47,10 +49,10 @@ SpoolTest::SpoolTest() {
         root_ = temp / ("spoolmq-" + std::to_string(random()));
     } while (!fs::create_directory(root_));
     fs::create_directories(QueuePath());
-    SetEnvironment("SPOOLMQ_DIR", root_.generic_string());
-    SetEnvironment("SPOOLMQ_FAULTS", "");
-    SetEnvironment("SPOOLMQ_FAULT_FILE", "");
-    SetEnvironment("MQ_CONNECT_TYPE", "");
+    platform::SetEnvironment("SPOOLMQ_DIR", root_.generic_string());
+    platform::SetEnvironment("SPOOLMQ_FAULTS", "");
+    platform::SetEnvironment("SPOOLMQ_FAULT_FILE", "");
+    platform::SetEnvironment("MQ_CONNECT_TYPE", "");
 }
 
 SpoolTest::~SpoolTest() {

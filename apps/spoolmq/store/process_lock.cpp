@@ -1,0 +1,20 @@
+#include "spoolmq/store/process_lock.h"
+
+namespace spoolmq {
+
+FileStatus AcquireProcessLock(const std::string& path, platform::LockHandle& lock) {
+    // The directories of the stand-in are its own, so a file of that name is a lock file whatever it contains.
+    platform::LockOptions options;
+    options.refusesContents = false;
+    switch (platform::AcquireLock(path, options, lock)) {
+        case platform::LockResult::kAcquired: return FileStatus::kOk;
+        case platform::LockResult::kHeld:
+        case platform::LockResult::kDenied: return FileStatus::kBusy;
+        case platform::LockResult::kNotFound: return FileStatus::kNotFound;
+        case platform::LockResult::kNotEmpty:
+        case platform::LockResult::kFailed: break;
+    }
+    return FileStatus::kFailed;
+}
+
+}  // namespace spoolmq
