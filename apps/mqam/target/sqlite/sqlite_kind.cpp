@@ -32,7 +32,8 @@ Status ReadState(const std::string& place, std::optional<RestartState>& state) {
     TargetRequest request;
     request.name = place;
     const Status made = MakeSqliteTarget(request, target);
-    return made.IsOk() ? target->LoadState(state) : made;
+    // Without SQLite there is no target.
+    return target != nullptr ? target->LoadState(state) : made;
 }
 
 }  // namespace
