@@ -64,7 +64,7 @@ using FileHandle = std::intptr_t;
 inline constexpr FileHandle kNoFile = -1;
 
 /// Opens a file for reading; others may rename and delete it in the meantime. Never waits: what is not a file (a
-/// directory, a pipe) is kNotFound. kBusy if someone is writing the file and the system can tell. On failure `file` is
+/// directory, a pipe) is kNotFound. kBusy if someone is writing the file and the system notices. On failure `file` is
 /// kNoFile and `info` is unchanged.
 [[nodiscard]] FileStatus OpenForReading(const std::string& path, FileHandle& file, FileInfo& info);
 
