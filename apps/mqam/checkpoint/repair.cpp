@@ -143,7 +143,7 @@ Status CopyTail(const std::string& path, std::uint64_t offset, const std::string
     std::FILE* from = std::fopen(path.c_str(), "rb");
     if (from == nullptr) return FailBySystem();
     const int to = platform::OpenForWriting(copyPath, platform::OpenMode::kCreate);
-    const Status copied = to < 0 ? FailBySystem() : CopyTailTo(from, offset, to);
+    Status copied = to < 0 ? FailBySystem() : CopyTailTo(from, offset, to);
     (void)std::fclose(from);
     if (to >= 0 && !copied.IsOk()) (void)std::remove(copyPath.c_str());
     std::string error;

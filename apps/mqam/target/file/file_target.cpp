@@ -86,7 +86,7 @@ Status FileTarget::Begin(RestartState& state) {
 }
 
 // Refuses a file that was replaced or rewritten: it has other bytes where the last record should be.
-Status FileTarget::CheckLastRecord(const RestartState& state) {
+Status FileTarget::CheckLastRecord(const RestartState& state) const {
     if (state.lastRecordLength == 0) return {};
     const Frame frame = FrameOf(settings_.format);
     const std::uint64_t framed = frame.before + state.lastRecordLength + frame.after;
@@ -120,7 +120,7 @@ Status FileTarget::RollBackTo(const RestartState& state) {
             " bytes to disk: something else has changed the file; restore it and run the same "
             "command again");
     }
-    const Status checked = CheckLastRecord(state);
+    Status checked = CheckLastRecord(state);
     if (!checked.IsOk()) return checked;
     std::string error;
     if (bytes > length_ && !platform::TruncateDurably(path, length_, error)) {
@@ -129,7 +129,7 @@ Status FileTarget::RollBackTo(const RestartState& state) {
     }
     sink_ =
         std::make_unique<FileSink>(FileSinkSettings{path, -1, platform::OpenMode::kAppend, settings_.format});
-    const Status opened = sink_->Open();
+    Status opened = sink_->Open();
     if (!opened.IsOk()) return opened;
     // An attempt that created the file may have died, or failed, before its name was on disk.
     if (platform::SyncParentDirectory(path, error)) return {};
@@ -145,7 +145,7 @@ Status FileTarget::Put(const char* record, std::size_t length) {
 }
 
 Status FileTarget::Store(const RestartState& state) {
-    const Status saved = sink_->Save();
+    Status saved = sink_->Save();
     if (!saved.IsOk()) return saved;
     // If a foreign byte in the middle were counted, a restart would cut off the end of a record.
     if (!sink_->HasLength(length_)) {

@@ -44,7 +44,7 @@ class FileTarget : public Target {
     [[nodiscard]] std::string LockPath(TargetLock lock) const {
         return settings_.restartFile + (lock == TargetLock::kCommand ? ".lock" : ".life.lock");
     }
-    Status CheckLastRecord(const RestartState& state);
+    Status CheckLastRecord(const RestartState& state) const;
 
     FileTargetSettings settings_;
     std::unique_ptr<FileSink> sink_;

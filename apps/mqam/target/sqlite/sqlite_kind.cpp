@@ -21,7 +21,7 @@ Status CheckSqliteOptions(const TargetRequest& request) {
 
 Status MakeSqliteTarget(const TargetRequest& request, std::unique_ptr<Target>& target) {
     SqliteName name;
-    const Status parsed = ParseSqliteName(request.name, name);
+    Status parsed = ParseSqliteName(request.name, name);
     if (!parsed.IsOk()) return parsed;
     name.file = platform::AbsolutePath(name.file);
     return MakeSqliteTarget({name, request.force, request.append}, target);

@@ -218,7 +218,7 @@ Status SqliteTarget::LoadState(std::optional<RestartState>& state) {
 
 Status SqliteTarget::FetchState(std::optional<RestartState>& state) {
     Statement statement;
-    const Status prepared =
+    Status prepared =
         Prepare("SELECT state FROM mqam_restart WHERE target = '" + key_ + "'", statement, kUnreadableState);
     if (!prepared.IsOk()) return prepared;
     const int code = sqlite3_step(statement.get());
@@ -288,8 +288,8 @@ Status SqliteTarget::Begin(RestartState& state) {
 Status SqliteTarget::CheckLastRecord(const RestartState& state) {
     if (state.lastRecordLength == 0) return {};
     Statement statement;
-    const Status prepared = Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(rows_),
-                                    statement, UnreadableTable());
+    Status prepared = Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(rows_),
+                              statement, UnreadableTable());
     if (!prepared.IsOk()) return prepared;
     const int code = sqlite3_step(statement.get());
     if (code != SQLITE_ROW && code != SQLITE_DONE) return Fail(UnreadableTable());
