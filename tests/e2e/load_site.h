@@ -40,7 +40,7 @@ class LoadSite {
     /// Starts the command with a limit on the size of files, in KiB: a write beyond that fails.
     RunningProgram& StartWithFileLimit(int kibibytes);
 #endif
-    const ProgramResult& Wait(int seconds = 50);
+    const ProgramResult& Wait(int seconds = 150);
     const ProgramResult& Run(const Arguments& more = {});
     RunningProgram& Program() {
         return *program_;

@@ -38,7 +38,7 @@ class RunningProgram {
     [[nodiscard]] bool WaitForError(const std::string& text, int seconds = 30) const;
 
     /// Waits for the end. A program that has not ended after `seconds` is killed.
-    ProgramResult Wait(int seconds = 50);
+    ProgramResult Wait(int seconds = 150);
 
   private:
     std::string outPath_;
