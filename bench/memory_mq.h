@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The MQ library of the benchmarks: a queue manager in memory with one queue that is never empty. All messages
 // are the same, and the benchmark chooses their size. Nothing is stored, so a get costs one copy into the
 // caller's buffer, and a commit costs nothing.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The benchmarks' host. It calls PIDMMain and does no more work of its own for each record than any host must.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Measures what the module costs for each record, compared with the least that it could cost.
 //
 //   FloorGet          only MQGET, which every reader needs

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # How everything is compiled and linked. A target gets its flags by linking one of these interface targets:
 #   project_options  the programs and libraries that we ship: warnings, hardening, sanitizers, coverage
 #   module_options   what the access module adds to them: no exceptions, no run-time type information

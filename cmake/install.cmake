@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # What `cmake --install` and the packages contain. Components: runtime (programs, module, documents), spoolmq (the
 # stand-in queue manager), dev (header and examples for authors of hosts), symbols (debug symbols; packages only).
 

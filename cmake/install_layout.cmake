@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Where the finished files are in an installed tree. The programs look for the module in their own directory and then in
 # the one that install_layout.h names.
 include(GNUInstallDirs)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # A layer is a directory of sources that is built as one static library and sees the headers of the layers in USES and
 # no others. Each layer has an include directory of its own in the build tree that contains only a link to its source
 # directory, so an include that points the wrong way does not compile.

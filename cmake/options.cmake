@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # What a person who configures the build may choose. The presets in CMakePresets.json set most of these.
 
 set(MQAMOD_SANITIZE OFF CACHE STRING

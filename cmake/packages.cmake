@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Finds the packages that are not needed for everything and reports what a missing one leaves out.
 #   MQAMOD_HAVE_SQLITE   whether mqam gets SQLite targets
 #   MQAMOD_BUILD_TESTS   whether tests and benchmarks are built (from MQAMOD_TESTS)

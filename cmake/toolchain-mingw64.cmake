@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Cross-compiles for 64-bit Windows with Debian's mingw-w64. Everything uses the -posix variant of the compiler: the
 # programs and tests need std::thread, and linked statically it adds no import to the DLL.
 set(CMAKE_SYSTEM_NAME Windows)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Puts versions into the finished files: a header for the programs and a version resource for Windows.
 #
 # There are three version strings. The product's is PROJECT_VERSION. The other two are the module's own, in

@@ -1,11 +1,11 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * A complete host in C99: loads a queue into a file, one line per record, and resumes after a crash.
  *
  *   host ./libmqamod.so "-QMGR QM1 -QNM ORDERS" orders.ckpt orders.state orders.txt 1000
  *
- * Each run is one attempt: run it until it exits with 0. 9 says that there may be more, 2 that it failed. The
- * rules are in mqamod.h, RESTARTABLE LOADS. A real host also locks its files against a second run at the same
- * time, and syncs the directories of new files.
+ * Run it until it exits with 0: 9 says that there may be more, 2 that it failed. The rules are in mqamod.h,
+ * RESTARTABLE LOADS. A real host also locks its files, and syncs the directories of new ones.
  */
 #define _POSIX_C_SOURCE 200809L
 #include "mqamod.h"

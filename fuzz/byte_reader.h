@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The fuzzer's bytes, read from the front. After their end every number is 0 and every text is empty.
 #pragma once
 

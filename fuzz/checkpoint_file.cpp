@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The input is the 16 bytes of a position, two bytes that say how the host continues, and a checkpoint file.
 // A load is restarted with them. What it returns is compared with a simple walk through the file: the records
 // in order and no others, and a failure exactly where the file is damaged.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What each harness defines. It is called once for every input, with the module as freshly loaded.
 #pragma once
 

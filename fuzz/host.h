@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The fuzzer's host: makes requests of the module through PIDMMain. Its blocks are at odd addresses and end
 // exactly after the last field of the request, so that the sanitizer sees every access beyond it. After each
 // request it checks the module's contract: the code exists, the error text ends within its length, and only

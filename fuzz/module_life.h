@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A fresh module for every input. The module's state is process-wide and some of it survives even Shut, so
 // an input would see what earlier inputs left. Here every input begins with the module as it is when it is
 // loaded: its variables are restored to what they were before the first request.

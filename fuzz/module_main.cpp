@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // libFuzzer's entry points for the harnesses of the module.
 #include <cstdint>
 

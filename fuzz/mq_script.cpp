@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "fuzz/mq_script.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The queue manager of the fuzzer. It answers each call as the input says. The module reaches it through the
 // MQ double, which it loads like any MQ library.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A structure or buffer of an MQI caller. It is on the heap, filled with zeros, and exactly as long as its
 // version says, so that the sanitizer sees every access beyond it.
 #pragma once

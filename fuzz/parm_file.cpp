@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The input is the parameter file. It contains no slash, because the file is read in pieces of 511 characters
 // and a slash anywhere could become the first character of a path.
 #include "fuzz/harness.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // libFuzzer's entry points for the harnesses that do not use the module.
 #include <cstdint>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The input is a list of requests with their data and, between them, the outcomes of the MQ calls that they
 // cause. Files change while the module uses them, the clock jumps, and several processes in turn use the same
 // files.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The input is the content of the stand-in's directory and what a program does with it: files of any name and
 // content where queue managers, queues, descriptors and units of work are expected, and MQI calls in any
 // order, between which the directory changes as if other programs used it.

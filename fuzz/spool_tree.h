@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The stand-in's directory as an input describes it: its first content, and the changes that others make.
 #pragma once
 

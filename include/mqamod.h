@@ -1,3 +1,5 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+
 /*
  * mqamod.h - the host interface of the access module mqamod
  *

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * A load that is restarted until it is done: the host (a command that makes one attempt after another), the access
  * module, its checkpoint file, the host's target with the position that is stored with it, and the queue manager.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # The packages: a .deb for Debian 12 and a .zip for 64-bit Windows, each with a second one for the debug symbols.
 # scripts/package builds them.
 set(CPACK_PACKAGE_NAME mqamod)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Prints what gcovr has counted and compares it with the list of branches that are known not to be taken.
 
     coverage_report.py BRANCHES.json NOT-TAKEN.md

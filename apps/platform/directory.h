@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Directories. A path is UTF-8 with '/' or the system's delimiter between its parts.
 #pragma once
 

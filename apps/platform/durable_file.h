@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Changes to files that are on the disk when the function returns, so that they survive a loss of power. Every
 // function returns false with the system's error in `error` when it fails; `error` is unchanged otherwise.
 #pragma once

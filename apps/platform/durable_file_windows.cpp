@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/durable_file.h"
 
 #include "platform/windows_text.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Environment variables of this process and of those that it starts.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Files by path, by descriptor and by handle. Functions that return a descriptor, a count or 0 return -1 with errno set
 // when they fail; those that return a FileStatus leave the system's error in LastFileError.
 #pragma once

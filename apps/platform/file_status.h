@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The results of operations on files and directories.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Interrupts: Ctrl-C, and SIGTERM where there are signals. A process either watches for interrupts itself
 // (WatchInterrupts) or leaves them to a child process (ForwardInterrupts). Both also ignore SIGPIPE: a reader
 // that goes away shows as a failed write.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Libraries that are loaded at run time.
 #pragma once
 

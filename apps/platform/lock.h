@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Locks between processes. A lock is a file that one process holds; the system releases it when that process ends,
 // however it ends, at the latest when the process has been waited for. Child processes do not inherit it.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Paths: absolute ones, links, the spelling that this system's programs need.
 #pragma once
 

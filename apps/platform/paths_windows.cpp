@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 

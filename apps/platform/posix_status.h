@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Results from errno; for the POSIX sources of this directory only.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // This process, and child processes.
 #pragma once
 

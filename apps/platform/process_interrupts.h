@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What process.h and interrupts.h share; of the POSIX sources of this directory only.
 #pragma once
 

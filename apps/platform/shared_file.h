@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Files as memory that processes share.
 #pragma once
 

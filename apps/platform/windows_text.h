@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Text and errors of Windows; for the Windows sources of this directory only.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "diag/keyword_help.h"
 
 #include "diag/module_id.h"

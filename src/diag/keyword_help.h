@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The help that the keyword HELP asks for.
 #pragma once
 

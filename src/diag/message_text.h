@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The texts of the module: the names and formats of its numbered messages, and the message text, one buffer
 // of 1024 bytes into which every statement is formatted before it is traced or reported.
 //

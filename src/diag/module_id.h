@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The name and the versions of the module.
 #pragma once
 

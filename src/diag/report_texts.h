@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The start-up report: the identification, the parameters in effect and the help, collected in two forms.
 // Open prints the console form to standard output, or the host-log form if the host has supplied its log
 // handle. When that handle arrives, the host-log form is passed to the host.

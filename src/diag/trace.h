@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The trace: a file that records what the module does, at one of four levels. Every line is flushed at once,
 // so the trace survives a crash of the host.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The host's log: a host object whose function takes the start-up report.
 #pragma once
 

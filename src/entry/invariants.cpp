@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "entry/invariants.h"
 
 #ifdef MQAMOD_CHECK_INVARIANTS

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The invariants of the module, checked at the beginning and the end of each request in sanitizer builds.
 //
 //   1  There is an error text exactly when its length is not 0.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "entry/module_state.h"
 
 namespace mqamod {

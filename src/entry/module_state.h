@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The phase of the module as the dispatcher sees it.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The exported entry point and the dispatcher.
 //
 // The table of requests below says which request is legal in which phase of the module. Whether a queue is

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The requests. Each reads its inputs from the data block, calls the layer that carries the request out, and
 // stores the outputs in the block. The dispatcher calls them only in a phase in which they are legal.
 #pragma once

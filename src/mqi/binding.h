@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The MQ library that carries out the verbs. The module calls MQCONNX, MQGET ... by name. Those entry points
 // (binding.cpp) pass each call to a library that is bound at run time, so that the module can be loaded on a
 // machine without IBM MQ.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The part of IBM's Message Queue Interface that the module uses: types, structures, constants and verbs.
 //
 // Names, offsets, sizes and values are IBM's (IBM MQ documentation: "Data types used in the MQI", the topics

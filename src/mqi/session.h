@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The connection to the queue manager: the two handles and the syncpoint choice of the next gets.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The keywords: the value of each, its limits, the setting it writes, and its messages.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "params/host_attributes.h"
 
 namespace mqamod {

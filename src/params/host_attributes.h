@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the host has set with PutAttribute, for the layers that act on it.
 #pragma once
 

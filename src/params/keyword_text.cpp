@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "params/keyword_text.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads the text of keywords and attributes: tokens, numbers and upper case.
 #pragma once
 

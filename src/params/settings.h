@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The settings: one value for each keyword, named like the keyword.
 //
 // Init resets some of them to their defaults; then the keywords overwrite what they name. Only this directory

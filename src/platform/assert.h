@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Preconditions that the code states. They are checked in debug builds, in sanitizer builds and by the
 // fuzzers; a release build has none of them.
 #pragma once

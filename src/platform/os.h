@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The operating system as the module needs it: one header, one file for each system (os_posix.cpp,
 // os_windows.cpp), chosen by CMake. No other file of the module knows which system it runs on.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // clang-format off
 #include <windows.h>
 // clang-format on

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The run-time support of the compiler's stack protector (-fstack-protector-strong) on Windows. GCC's own library for
 // it would make the module import ADVAPI32.dll, and the C library of mingw-w64 has none.
 #define WIN32_LEAN_AND_MEAN

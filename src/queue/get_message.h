@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Getting the next message within the limits of waiting.
 #pragma once
 

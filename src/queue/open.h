@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Connecting to the queue manager and opening the queue.
 #pragma once
 

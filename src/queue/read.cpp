@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "queue/read.h"
 
 #include <algorithm>

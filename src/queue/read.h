@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading one record: from the checkpoint file while a restart is replayed, otherwise from the queue.
 #pragma once
 

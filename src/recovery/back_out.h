@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Returning uncommitted messages to the queue.
 #pragma once
 

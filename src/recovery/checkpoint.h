@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Taking a checkpoint. GetPos hands out a position at once and marks a checkpoint as pending. It is carried
 // out one step later: by the next Read, by a SetPos to the same position, or by a repeated GetPos. From the
 // first checkpoint on, every message is saved in the checkpoint file before it is committed.

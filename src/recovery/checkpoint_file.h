@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The checkpoint file: the records that the host has received since its last checkpoint.
 //
 // Layout, little-endian, without padding or trailer: the 4-byte sequence number of the checkpoint that the

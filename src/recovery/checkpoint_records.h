@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading a checkpoint file piece by piece: header, length, record. The replay, the rewrite during a replay
 // and the programs that inspect a file all use these routines, so that they agree on what a file contains.
 #pragma once

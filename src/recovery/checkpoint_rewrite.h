@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Rewriting the checkpoint file for a new checkpoint.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The replay: the records of the checkpoint file, read back after a restart before the queue is read again.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Restart: returning to a checkpoint that the host has stored.
 #pragma once
 

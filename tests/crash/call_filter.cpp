@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/crash/call_filter.h"
 
 #include <fcntl.h>

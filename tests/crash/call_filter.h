@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The system calls that change what is on disk: the filter that stops a traced process at them, and the file
 // that each concerns. Every other call must be known to change nothing, so the filter also stops at calls
 // that it does not know. On request it stops at calls that change nothing but look at a file.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a command must report to its operator when a call on one of its load's files failed and it gave up.
 #pragma once
 

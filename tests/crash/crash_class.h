@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The classes of crash points as data: which load, killed how, at which of its calls.
 #pragma once
 

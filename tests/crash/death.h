@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One planned kill of a load. A point of a class is one kill or two, the second in the restart after the
 // first. A failing call is planned in the same way, although nothing is killed there.
 #pragma once

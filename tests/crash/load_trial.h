@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One load that is tried in a directory of its own: its queue and messages, its command line, and what must
 // be there when it is done.
 #pragma once

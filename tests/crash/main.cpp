@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // crash_points: kills loads at every point where a crash could matter, runs the same command again, and
 // checks that every message is in the target exactly once. scripts/crash runs it.
 #include <unistd.h>

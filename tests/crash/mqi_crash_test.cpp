@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A load whose worker process is killed before and after each MQI call that it makes, by the stand-in's fault
 // plan, and that the same command then finishes. It is for systems on which no tracer can kill it elsewhere.
 // Many loads run at the same time, each in a directory of its own. CRASH_MESSAGES sets the number of messages

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs many points at once, each in a process of its own, because they spend nearly all of their time waiting
 // for the end of the queue.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One crash point, from its start to its result.
 #pragma once
 

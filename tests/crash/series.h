@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which points there are. A series consists of the points that differ only in the number of their last kill.
 // A run that counts finds out how many there are. Because the calls of a load vary slightly from run to run,
 // the series continues until a load is done before its point is reached.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a program under a tracer. It counts the system calls that change files, in all processes and threads
 // of the program, and kills at one of them.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The identification banner: when, where and in which form it is shown.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The error text: its forms, its size, and what happens to it when memory runs out.
 #include <gmock/gmock.h>
 

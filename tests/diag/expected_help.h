@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The keyword help, byte for byte, piece by piece: each piece is one line of the console report, though some
 // hold line ends of their own.
 #pragma once

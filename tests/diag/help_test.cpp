@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The keyword help, byte for byte, and when it is shown.
 #include <gmock/gmock.h>
 

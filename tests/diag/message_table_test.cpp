@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Compares the message table with itself and with the sources of the module.
 #include <gtest/gtest.h>
 

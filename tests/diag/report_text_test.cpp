@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The two report texts: they only grow, they are never cleared, and they never have more than 8191
 // characters.
 #include <gmock/gmock.h>

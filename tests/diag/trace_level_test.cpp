@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The level of each statement, the form of a line, and when the streams are flushed.
 #include <gmock/gmock.h>
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the commands that a page prints, in order, in an empty directory, and checks what the page says about them.
 
   printed_commands.py quickstart ROOT BIN   the commands of the section "Quickstart" of README.md

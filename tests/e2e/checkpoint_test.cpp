@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs mqam checkpoint as a process.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam explain`, run as an operator runs it.
 #include <gtest/gtest.h>
 

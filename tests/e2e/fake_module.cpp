@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A module for the tests of the host. It exports PIDMMain and does what its own keywords in the
 // initialization string say, so that a test can take every error path of the host.
 //

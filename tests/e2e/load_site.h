@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A restartable load in a directory of its own: queue, checkpoint file, restart file, target, and the command
 // that loads, which is the same every time. A test runs several at the same time, because a load mostly
 // waits.

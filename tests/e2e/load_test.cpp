@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs mqam load and mqam check as processes, with a module that does what the test says.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The requests that the attempts of a load make of the module, in order, as the module's trace shows them.
 // This checks that the command keeps the rules of docs/hosts.md that are about calls.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Failures in the middle of a load that is restarted: of the queue manager, the target, the disk.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What others do to the files of an unfinished load, and other commands in between.
 #include <gtest/gtest.h>
 

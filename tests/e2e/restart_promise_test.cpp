@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The numbered guarantees and limits of docs/hosts.md. A load shows each of them.
 #include <gtest/gtest.h>
 

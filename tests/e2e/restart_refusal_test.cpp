@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a restartable load refuses, and what it does when the same or another command is run again.
 #include <gtest/gtest.h>
 #include <algorithm>

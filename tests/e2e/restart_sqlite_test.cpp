@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Restartable loads into a SQLite table.
 #include <gtest/gtest.h>
 #include <sqlite3.h>

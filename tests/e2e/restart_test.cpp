@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Loads that can be restarted, with the real module and the stand-in queue manager: some complete, others
 // ended in the middle by someone or something.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // mqam with the real module and the stand-in queue manager: complete loads from a queue's directory into a
 // file.
 #include <gtest/gtest.h>

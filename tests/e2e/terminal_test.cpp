@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs mqam load on a terminal: standard error is a pseudo-terminal, which only POSIX systems have.
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests PutAttribute: its names, their values and what they change.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests which request is served in which phase of the module, and what each request writes to the trace.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests what every request ends with: the record length of an end of input, and flushed streams.
 #include <gmock/gmock.h>
 

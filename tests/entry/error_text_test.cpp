@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests the error text that every return carries: how long it exists, what replaces it, and what happens when
 // memory runs out.
 #include <gmock/gmock.h>

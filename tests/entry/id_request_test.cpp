@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests ID, and the identification that the first call of a process adds to the start-up report.
 #include <gmock/gmock.h>
 

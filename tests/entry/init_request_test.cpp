@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests Init: the interface versions, the state after each outcome, and its own trace lines.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests the host's log handle: how the log routine of the host is called, and what remains after a refusal.
 #include <gmock/gmock.h>
 

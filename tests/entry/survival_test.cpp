@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which state of the module survives Init, Open, Close and Shut. docs/architecture.md lists all of it.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The example host on the real module, over the stand-in queue manager: whole loads, and loads whose first
 // attempts are killed at a planned MQ call.
 #include <gtest/gtest.h>

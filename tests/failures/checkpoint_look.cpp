@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/failures/checkpoint_look.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The checkpoint file as a host sees it between two attempts: read without the module, and repaired before
 // Open.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A disk below the C library. The module's streams are real ones with real buffers, and what they finally
 // read and write goes through this double, where it can fail. So the C library itself decides what a failed
 // flush drops, keeps or reports.

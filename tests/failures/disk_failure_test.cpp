@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every read and write of a restarted load that reaches the disk fails there, once or until the next attempt
 // is over. The C library's buffers are between the disk and the module. The request that notices the failure
 // returns what it promises, and the load ends with every message in the target exactly once.

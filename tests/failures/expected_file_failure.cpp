@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/failures/expected_file_failure.h"
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a request promises when one of its file calls fails: the return code and the error text. They are
 // written out from what is documented for each file, not taken from the module.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A load of a few messages, attempt after attempt, in a directory of its own. After each attempt every
 // message must be safe somewhere, and at the end each must be in the target exactly once.
 #pragma once

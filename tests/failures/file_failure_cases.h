@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every file call of a restarted load, taken from a load without failures, and every way in which each can
 // fail.
 #pragma once

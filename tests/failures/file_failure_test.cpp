@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every call on a file of a restarted load fails, once or until the next attempt is over. The request returns
 // what it promises, and the load ends with every message in the target exactly once.
 #include "tests/failures/file_failure_cases.h"

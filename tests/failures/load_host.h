@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A host that loads the queue restartably by the rules of model/README.md: one attempt after another, until
 // one finds nothing more. Its target and its restart file are in memory and never fail. Only the module, and
 // what is below it, can fail.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One process of a load: the module freshly loaded, with its state at zero. Its file calls can fail, and its
 // clock is the test's. When the object ends, the process is dead: what its streams buffered is lost, and the
 // module is unloaded.

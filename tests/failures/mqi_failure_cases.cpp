@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/failures/mqi_failure_cases.h"
 
 #include <algorithm>

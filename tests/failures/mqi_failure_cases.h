@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every completion and reason code that IBM documents for each verb that the module calls, and what the call
 // may have done when it is reported.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every MQ call of a restarted load fails once with every code that is documented for it, at its first, a
 // middle and its last call. The request returns what it promises, and the load ends with every message in the
 // target exactly once.

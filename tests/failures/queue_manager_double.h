@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A queue manager in the test's own memory: one queue, one connection, units of work with back-out counts,
 // and calls that fail as a test says. Unlike MqiDouble, which plays a script, it keeps the messages, and can
 // list those that are left at any time.

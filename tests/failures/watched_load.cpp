@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/failures/watched_load.h"
 
 #include "tests/failures/file_failure_cases.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A load whose file calls fail. Each request is compared with what it promises.
 #pragma once
 

@@ -1,3 +1,5 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+
 /* The public header as the only header of a C program. It is included twice, as careless programs do. */
 #include "mqamod.h"
 

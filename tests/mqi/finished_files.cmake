@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Reads the tables of the finished module and says whether it shows the host one name and needs nothing that a
 # machine without our tools does not have.
 #   cmake -DOBJDUMP=... -DMODULE=... -P finished_files.cmake

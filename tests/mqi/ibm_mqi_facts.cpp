@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // cmqc.h comes first: it declares what cmqxc.h uses.
 #include <cmqc.h>
 

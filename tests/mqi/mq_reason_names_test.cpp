@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The reasons that `mqam explain` knows, compared with IBM's own header.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The facts that are compared between our MQI subset and IBM's headers. The list (mqi_facts.inc) is compiled
 // once with each, in separate files, because both declare the same names.
 #pragma once

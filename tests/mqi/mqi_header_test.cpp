@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Compares src/mqi/mqi.h with IBM's own headers, for the system for which the test was compiled.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqi/mqi.h"
 #include "tests/mqi/mqi_facts.h"
 

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Reads the headers of a finished program or library and checks what makes a memory error hard to exploit, and on
 # Windows its version resource.
 #   cmake -DOBJDUMP=... -DFILE=... -DPRODUCT_VERSION=... -P finished_file.cmake

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Writes past the end of a local array, which the stack protector has to notice before the function returns.
 #include <cstdio>
 #include <cstdlib>

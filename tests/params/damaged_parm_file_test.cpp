@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A parameter file that is cut at any byte or damaged at any bit: Init either reads what is left or names
 // what it refuses, and damage to one line never changes the setting of another.
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How the initialization string is split into tokens, and -PARMFILE, the only keyword that CheckParm does
 // not know.
 #include "tests/params/params_fixture.h"

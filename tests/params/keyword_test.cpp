@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How a keyword is recognized: its dash, its case, its length, and whether its value is there.
 #include "tests/params/params_fixture.h"
 #include "tests/support/output_capture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Keywords with a number: the limits, what counts as a number, and the effect of the number.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/params/params_fixture.h"
 
 #include <algorithm>

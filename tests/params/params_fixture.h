@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tests of the parameters share: Init in every form, and ways to see the effect of the keywords.
 #pragma once
 

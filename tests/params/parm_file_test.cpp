@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The parameter file: one keyword on each line, read in pieces of at most 511 characters.
 #include <cerrno>
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What Init does once all keywords are read: it checks required keywords and those that need each other,
 // opens the trace file, and computes the number of attempts to open the queue.
 #include <filesystem>

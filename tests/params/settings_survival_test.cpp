@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which settings the next Init of the same loaded module keeps, and which it resets.
 #include "tests/params/params_fixture.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Keywords with a name or a path: the longest that is accepted, and its effect.
 #include "tests/params/params_fixture.h"
 

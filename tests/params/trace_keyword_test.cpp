@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // TRCL has two values. The second is a path whatever it looks like, and an error in the first does not end
 // the check at once.
 #include "tests/params/params_fixture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Keywords with a word: Yes and No; CONVERT and FLUSH accept more than these two.
 #include <algorithm>
 

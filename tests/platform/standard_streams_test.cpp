@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/standard_streams.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests which MQ library is bound at the first connect, where it is looked for, and what a host sees without
 // one.
 #include <gmock/gmock.h>

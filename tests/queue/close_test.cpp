@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests Close and Close/Rewind: what they release and in which order, what they report, and what is left for
 // Shut.
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests how Open connects: the arguments of MQCONNX, and the effects of its failures.
 #include <gmock/gmock.h>
 

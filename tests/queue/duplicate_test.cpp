@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests messages that MQ has delivered before: they are reported and compared with the previous record, and
 // an identical one ends the input or is returned.
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests the arguments of MQGET: handles, buffer, options, wait interval, conversion and the cleared
 // identifiers.
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests an MQOPEN that fails: the attempts, the pauses between them, and the report at the end.
 #include <gmock/gmock.h>
 #include <time.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests the Open request: its checks, the arguments of MQOPEN, and the outputs for the host.
 #include <gmock/gmock.h>
 

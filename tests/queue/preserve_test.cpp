@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests whether Close keeps or deletes the log and the checkpoint file, also when the host changes its choice
 // later.
 #include <gmock/gmock.h>

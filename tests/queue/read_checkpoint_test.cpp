@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests that a record is saved in the checkpoint file before its message is committed, and the failure of
 // each step.
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests how waiting ends: by the read wait interval, the host's time-out or its request to end the input.
 #include <gmock/gmock.h>
 

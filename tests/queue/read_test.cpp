@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests Read: messages, the kinds of end of input, and failures of MQGET.
 #include <gmock/gmock.h>
 

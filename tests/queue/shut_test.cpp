@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests Shut: it releases what Close releases, depending on its own mode, and always returns the module to
 // the loaded state.
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests that after the first checkpoint every message is saved in the checkpoint file before it is committed,
 // and that a message that could not be saved returns to the queue.
 #include <cerrno>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests what Open does with the checkpoint file: create it, keep it for recovery or empty it, and which
 // failures end the request.
 #include <cerrno>

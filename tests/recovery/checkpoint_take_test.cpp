@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests GetPos, which hands out a position, and the checkpoint itself, which the next Read or a redundant
 // GetPos takes.
 #include <cerrno>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests SetPos, Read and a checkpoint during the replay on a checkpoint file with each bit damaged and cut at
 // each byte. Records are returned as the bytes say, an impossible length is refused, and a rewrite that fails
 // does not change the file. The format has no checksum, so a damaged bit inside a record is not noticed.

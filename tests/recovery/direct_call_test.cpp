@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests what no host can reach through the entry point: a log record without bytes, and checkpoints by MQ,
 // which no keyword switches on. The routines are called as the requests would call them.
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests a disk that is really full: /dev/full accepts no byte and fails with ENOSPC, as a file system does.
 #include <cerrno>
 #include <cstring>

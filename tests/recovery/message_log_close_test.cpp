@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests whether Close keeps or deletes the message log, and which part of that survives Close, Shut and Init.
 #include <cerrno>
 #include <cstring>

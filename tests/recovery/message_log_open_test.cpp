@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests how Open opens the message log: the file calls, the trace, and a file that cannot be looked for or
 // opened.
 #include <cerrno>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests what a record adds to the message log and the trace, and what a failing log does to the load.
 #include <cerrno>
 #include <cstring>

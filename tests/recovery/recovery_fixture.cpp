@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/recovery/recovery_fixture.h"
 
 #include <algorithm>

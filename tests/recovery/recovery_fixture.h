@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The base of the recovery tests: a module whose file calls are recorded and can fail, the expected bytes of
 // a checkpoint file, and the expected lines of a request in the trace.
 #pragma once

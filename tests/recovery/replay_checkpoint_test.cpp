@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests a checkpoint during a replay. The records that were not delivered yet must survive it: they are
 // copied into a temporary file, which then replaces the checkpoint file.
 #include <cerrno>

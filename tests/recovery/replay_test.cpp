@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests Reads that return records of the checkpoint file, also of one that is damaged or cannot be read.
 #include <cerrno>
 #include <cstring>

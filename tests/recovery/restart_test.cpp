@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests SetPos after a restart: which record comes first, what is counted, and which positions are refused.
 #include <cerrno>
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tests do to the C library: errors of streams, streams of a process that died, the end of a test program.
 #pragma once
 

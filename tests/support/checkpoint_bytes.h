@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Checkpoint files and positions of the tests' own making, byte by byte.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The forms in which the module reports one error, written out independently of the module: the text that the
 // host receives, the size that is reported for it, and the block in the trace file.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The start-up report in both its forms, written out independently of the module: the identification banner,
 // the parameters in effect and the lines that requests leave, each text bounded as the module bounds it.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A clock that only the module sees. Its calendar time does not advance until the test moves it, and its
 // pauses take no time.
 #pragma once

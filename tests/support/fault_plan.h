@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Failures below the module: the C library's file and memory functions, as the module calls them, fail when
 // the test says so and are recorded. The test's own calls are not touched. Make the plan before the request
 // that opens the files concerned, so that it knows which stream is which file.

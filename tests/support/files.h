@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Whole files in binary, and a directory of its own for a test.
 #pragma once
 

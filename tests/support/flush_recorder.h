@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Records how the module flushes: all streams at once, or one of them.
 #pragma once
 

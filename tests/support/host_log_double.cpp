@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/host_log_double.h"
 
 #include <cstdarg>

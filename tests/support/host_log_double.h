@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A host log handle: an object as the host lays it out, whose log routine records how it was called.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Plays the host: builds the two blocks of a request byte for byte, calls PIDMMain and checks what holds for
 // every call. Each block is at an odd address and exactly as long as the fields of its option, so that a
 // sanitizer sees every access beyond them. Bytes that the module must not write are filled with 0xA5 and

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Replaces a C function only for the module: the pointers of the module's own import table are changed, while
 // the test program and every other library continue to call the real function.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The pointers through which a loaded library calls the functions that it imports.
 #pragma once
 

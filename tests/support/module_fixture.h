@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The base of every module test: the module loaded as a host loads it, the stand-in MQ library, an empty
 // current directory, and the host's requests as methods.
 #pragma once

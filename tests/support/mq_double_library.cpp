@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/mq_double_library.h"
 
 #ifdef _WIN32

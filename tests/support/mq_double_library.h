@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The stand-in MQ library that the module loads in a test: IBM's entry points, each passed on to the test
 // program (mqi_double.h), which hands its functions over through SetMqDouble.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The test program's side of the stand-in MQ library: records every call with its arguments as they were
 // passed and plays the outcomes that the test scripted, verb by verb. Without a script everything succeeds
 // and the queue is empty.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/output_capture.h"
 
 #include "platform/standard_streams.h"

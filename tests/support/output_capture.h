@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Standard output of the process, the module's as well as the test's, kept aside in a file.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a program with arguments and returns its exit code and what it printed: the end-to-end tests' view of
 // mqam.
 #pragma once

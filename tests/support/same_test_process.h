@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The running test program, started a second time, so that a test has two processes. The program must be run
 // for one test at a time. That test then finds out which of the two processes it is in.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The main of every test program.
 #include <gmock/gmock.h>
 

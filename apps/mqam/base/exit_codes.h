@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The program's exit codes. mqam/explain/code_tables.h says what they mean: help and documentation are made
 // from it.
 #pragma once

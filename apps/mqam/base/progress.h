@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the user sees on standard error while a load runs: one live line on a terminal, a plain line every few seconds
 // elsewhere. A thread of its own prints, so that the clock keeps running while a read waits for messages.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How a call of mqam ended: one type for every routine that can fail.
 #pragma once
 

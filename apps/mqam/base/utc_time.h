@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The time of day as restart information and summaries show it.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Whether a checkpoint file is intact, to the byte, and what can be known about that at all.
 #pragma once
 

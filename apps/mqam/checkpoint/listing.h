@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A checkpoint file as `mqam checkpoint show` prints it.
 #pragma once
 

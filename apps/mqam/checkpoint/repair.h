@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Completing by hand what a crash interrupted in a checkpoint file and its temporary files. Nothing that may be the
 // only copy of a record is destroyed: whatever is replaced or cut off is kept under another name.
 #pragma once

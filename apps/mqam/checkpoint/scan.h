@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a checkpoint file and its neighbours contain, read with the module's own reader. Nothing here changes a
 // file.
 #pragma once

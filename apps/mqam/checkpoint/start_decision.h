@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How an attempt of a restartable load starts: decided in one pure function from the stored position and the files on
 // disk, before anything is changed. The caller reports the decision, makes the repairs, then acts on it.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam check`: the parameters in effect, without touching a queue.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Manual pages and shell completion, made from the tables of commands and
 // options that parse the command line.
 #pragma once

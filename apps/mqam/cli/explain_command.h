@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam explain`: what a code means and what to do about it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/cli/help_format.h"
 
 #include "mqam/base/text_wrap.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How --help looks: the name of a value follows its option, and descriptions are wrapped in their column.
 #pragma once
 

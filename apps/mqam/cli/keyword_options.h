@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every keyword of the module as an option of the program. One table drives the options, their help and the
 // initialization string; a test compares it with the module's keywords.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam load`: a whole load, from a queue into a file.
 #pragma once
 

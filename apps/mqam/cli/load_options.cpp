@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/cli/load_options.h"
 
 #include <CLI/App.hpp>

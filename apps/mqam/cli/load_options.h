@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The options of `mqam load`, and what both kinds of load make of them: the plain load, and the one that is resumed where
 // it stopped.
 #pragma once

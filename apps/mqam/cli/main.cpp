@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // mqam: plays the host of the access module on the command line, a subcommand for each task.
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/cli/restartable_load.h"
 
 #include <memory>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam load` with restart information: the command itself, and the workers that it starts.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the user reads at the end of a load.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a failed request of the module means for the load and what an operator does next, looked up in the
 // tables of messages and MQ reasons.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The module's return codes and the exit codes of `mqam`, with causes and action.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Explains a code that a load reported: what it means, how it usually comes about and what to do.
 #pragma once
 

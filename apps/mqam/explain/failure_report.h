@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A failed request of the module as an operator sees it: each piece on a line of its own, and what to do.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The messages of the module as data, with cause and action: the rows of diag/messages.inc.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The tables that AllMqReasons puts together. No other file needs them.
 #pragma once
 

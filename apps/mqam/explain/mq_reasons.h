@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every MQ reason that the calls of the module can return: its name, what it means, how it usually comes
 // about and what to do.
 //

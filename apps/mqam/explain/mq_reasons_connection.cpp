@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQ reasons that concern the connection to the queue manager: names, addresses, channels, libraries, authority
 // and the end of a queue manager.
 #include "mqam/explain/mq_reason_tables.h"

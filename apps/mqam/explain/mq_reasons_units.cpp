@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQ reasons that concern units of work, transaction managers and API exits.
 #include "mqam/explain/mq_reason_tables.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQ reasons that only a queue manager on z/OS returns.
 #include "mqam/explain/mq_reason_tables.h"
 

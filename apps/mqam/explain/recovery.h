@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What another attempt would bring after a failure, with nothing changed.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The page docs/messages.md, made from the tables.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The numbered rules, guarantees and limits of a load that can be restarted. docs/hosts.md has the same items;
 // a test compares them.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Sentences and clauses of the tables, in the form that a place needs.
 #pragma once
 

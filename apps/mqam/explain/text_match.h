@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Comparing what a user typed with what there is.
 #pragma once
 

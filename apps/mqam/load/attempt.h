@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One attempt of a restartable load: from the restart state, and whatever the previous attempts left on disk, to an end
 // of input, a failure or a request to stop. docs/hosts.md has the numbered rules that the order of calls follows, and
 // the reason for each.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How one attempt of a restartable load ended.
 #pragma once
 

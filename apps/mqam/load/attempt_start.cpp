@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/load/attempt_start.h"
 
 #include "mqam/base/utc_time.h"

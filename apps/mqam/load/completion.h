@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a restartable load still has to do on disk once every message is in its target.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One table decides how a load ends: the exit code of a worker, the exit code of the command, and whether
 // another attempt is made. Nothing else does.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a load prints when it is interrupted.
 #pragma once
 

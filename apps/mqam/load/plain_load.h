@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A load without restart information: Init, Open, Reads to the end of the input, Close, Shut. The module's state belongs
 // to the process, so a process runs at most one load.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How often and for how long a command retries after a failure that may be transient (--retry-for).
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What is stored about the load that a checkpoint file belongs to, for the commands that show and repair such files.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The command of a restartable load: it reads what is stored, starts a worker for each attempt, and retries after a
 // failure if the user asked for that.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A worker of a restartable load: a process that makes one attempt and ends.
 #pragma once
 

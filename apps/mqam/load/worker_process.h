@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A worker: this very program, started again with the same arguments and some more, for one attempt at the load. It
 // ends when the program that started it ends, however that happens.
 #pragma once

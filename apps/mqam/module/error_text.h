@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Splits the module's error text into its parts, so that an operator can read each on a line of its own.
 //
 // The text has no separators: "<module>/<function>(<severity>).  --ERROR: <message>--Failing function: <call>

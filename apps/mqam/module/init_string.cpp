@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/module/init_string.h"
 
 namespace mqam {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The module's initialization string: keywords with a leading dash and their values, separated by blanks.
 #pragma once
 

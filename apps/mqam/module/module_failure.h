@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A failed request of the module: which one, its code and its error text.
 #pragma once
 

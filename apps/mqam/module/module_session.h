@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The module as its host drives it: it is found, loaded, and called with one request at a time.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The position of a checkpoint as 32 hexadecimal digits: its 16 bytes as the module hands them out.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The start-up report that the module passes to the log of its host after Init: who the module is, and the
 // parameters in effect. The module reports them as text only; this is the one place that reads that text.
 #pragma once

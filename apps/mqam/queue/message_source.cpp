@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/queue/message_source.h"
 
 #include <cerrno>

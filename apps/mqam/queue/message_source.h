@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Splits the contents of files or of standard input into messages.
 #pragma once
 

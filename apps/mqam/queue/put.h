@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam queue put`: messages from files, standard input or a generator.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // `mqam queue list` and `mqam queue show`: the contents of the spool directory.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Locks of a load: a file that one process holds. The lock ends with the process, however that ends.
 #pragma once
 

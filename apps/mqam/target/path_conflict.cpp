@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/path_conflict.h"
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The files that a load uses. Each must be a file of its own.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How records lie in a file, one after the other.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the records of a plain load go. A load does not know which kind of sink it writes to.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a restartable load keeps from one attempt to the next, and its form on disk: lines of key=value that an operator
 // can read, followed by a checksum. A text that is not exactly what FormatRestartState wrote is refused; nothing is
 // guessed.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A target that a load can be restarted into: it keeps the restart state together with the records, so that the two
 // agree after a crash.
 //

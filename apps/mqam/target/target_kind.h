@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The kinds of targets that a load can be restarted into. A kind is a directory of its own and a row in
 // target_kinds.cpp; everything else asks the row.
 #pragma once

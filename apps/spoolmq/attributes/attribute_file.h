@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // An attribute file that may be edited at any time, and the values that were last read from it.
 #pragma once
 

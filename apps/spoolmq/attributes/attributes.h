@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The attributes of queue managers and queues. They are kept in small text files, one "name = value" a line,
 // in which '#' starts a comment:
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The kind of program that puts messages on this system.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The queue manager's side of IBM's Message Queue Interface: the structures in every published version, and the
 // constants that a queue manager needs in addition to those of mqi/mqi.h.
 //

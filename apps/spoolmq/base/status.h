@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The outcome of an operation of the stand-in, with the error message for a user.
 #pragma once
 

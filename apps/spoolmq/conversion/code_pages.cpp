@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The tables follow the Unicode Consortium's mappings. A byte that code page 1252 leaves undefined maps to the
 // control character of the same value, so that every byte of every set can be converted.
 #include "spoolmq/conversion/code_pages.h"

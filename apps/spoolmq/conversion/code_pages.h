@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The single-byte character sets, each a table of the Unicode characters that its 256 bytes mean.
 #pragma once
 

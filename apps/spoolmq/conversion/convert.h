@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Conversion of message data between character sets, for gets with MQGMO_CONVERT.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQCMIT and MQBACK.
 #include "spoolmq/mqi/verb_frame.h"
 

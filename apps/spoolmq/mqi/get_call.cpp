@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "spoolmq/mqi/get_call.h"
 
 #include "spoolmq/mqi/structures.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One MQGET: its parameters, and the checks before it looks for a message.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQINQ. One table for queues and one for queue managers lists the attributes.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The only difference between the two libraries.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "spoolmq/mqi/library_kind.h"
 
 const bool spoolmq::kIsClientLibrary = false;

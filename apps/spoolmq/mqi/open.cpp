@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQOPEN and MQCLOSE.
 #include "spoolmq/mqi/open.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Opening objects, for MQOPEN and MQPUT1.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The structures that callers pass: of any published version, at any address. A structure is copied up to the
 // length of its version, the fields of later versions have their defaults, and only that length is ever written
 // back.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What every verb does around its own work: it follows the fault plan, looks up its connection and keeps C++
 // exceptions inside the library.
 #pragma once

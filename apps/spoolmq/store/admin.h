@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Creating, listing and deleting queue managers and queues. A directory made by hand does as well.
 #pragma once
 

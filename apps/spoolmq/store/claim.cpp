@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Taking a message that was found away from all other readers.
 #include "platform/file.h"
 #include "spoolmq/store/crash_points.h"

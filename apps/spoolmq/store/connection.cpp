@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Connecting to a queue manager, and committing and backing out its unit of work.
 #include "platform/clock.h"
 #include "platform/file.h"

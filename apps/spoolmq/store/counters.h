@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Small counters that all processes share through memory-mapped files. They save work (reading a directory, a
 // wait that sleeps too long) and keep the order of arrival the same for all processes; no message depends on
 // them. A file that is lost or cut short is created again and filled with zeros. While that is not possible, a

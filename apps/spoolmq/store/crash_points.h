@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Named points in the store's work at which a test can kill the process: the moments at which a kill would do
 // the most harm.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The descriptor of a message as text that a person can read, one "Field=value" a line with MQMD's own field
 // names. Character fields are written as they are, without trailing blanks; byte fields as hexadecimal digits.
 // A field that has its default value is left out.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a reader knows about the messages of a queue, in order of arrival, so that a get need not read a
 // directory of thousands of files. Readers take messages away from each other, so an entry is only a hint:
 // claiming the file decides.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Names on disk: of the directory of a queue or queue manager, and of a message file.
 //
 // Once the store has handled a message, its file is called

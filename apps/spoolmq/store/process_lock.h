@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Locks that show that a process lives: of a unit of work, and of a queue that is open for input.
 #pragma once
 

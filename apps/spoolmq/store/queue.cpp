@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Opening and closing queues, and who has them open for input.
 #include <array>
 #include <cstdio>

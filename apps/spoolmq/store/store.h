@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The store: queue managers, queues and messages as directories and files, shared by any number of processes.
 // The verbs of the MQI and `mqam queue` are built on it.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Units of work on disk.
 //
 // Every connection has a directory QM/.units/ID and, as long as its process lives, the lock QM/.units/ID.lock.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Damage to the checkpoint file of an unfinished load, at every byte and every bit: what a restart would do
 // with it. The format has no checksum; what can be known must be refused, and what cannot is listed here.
 #include <gtest/gtest.h>

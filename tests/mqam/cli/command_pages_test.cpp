@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/cli/command_pages.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The items of docs/hosts.md, compared with the table.
 #include "mqam/explain/rules.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The end of a load that is finished, with a target that notes what is asked of it.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A target that keeps nothing and never fails. A test overrides what it needs.
 #pragma once
 

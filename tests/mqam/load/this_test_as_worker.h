@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A test that is its own worker.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/lock_file.h"
 
 #include <gmock/gmock.h>

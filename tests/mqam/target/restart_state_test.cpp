@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/restart_state.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The host that keeps every rule of model/README.md, with which RestartedLoad continues after a trail was
 // played.
 #include <filesystem>

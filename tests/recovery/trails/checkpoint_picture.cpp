@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/recovery/trails/checkpoint_picture.h"
 
 #include <cstring>

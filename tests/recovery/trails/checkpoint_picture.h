@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the files of a load contain, worked out from their bytes and independently of the module.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Checks that each number of docs/hosts.md (H1 ..., T1 ..., G1 ..., L1 ...) appears at the beginning of a test's name,
 # and that each number in such a name is on that page. It asks the built programs for the names, so a test that is not
 # compiled does not count. CTest calls it with the root of the project and the programs.

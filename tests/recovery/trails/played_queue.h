@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The queue of one load, which the stand-in MQ library serves: numbered messages, the unit of work of the
 // process that reads them, and what happens to it when that process is over. It answers one Read at a time. A
 // test says before it what the next MQGET meets.

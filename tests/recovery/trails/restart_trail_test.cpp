@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Each counter-example of the model, played against the module. The host does what the trail says, without
 // the rule, and the damage happens. Then a host that keeps all rules finishes the load, which shows what is
 // left of it, or where it is stuck. A test's name begins with that of its trail. A target "1 1 2 3" contains

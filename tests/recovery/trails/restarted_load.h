@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A load that is restarted until it is done, in one test process: the host with its target and its stored
 // position, a freshly loaded module for every attempt, and the queue manager. The host does what a test says,
 // even what its rules forbid. Finish continues with a host that keeps all of them.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The counter-examples of the model of a restarted load: model/trails/*.txt, lists of what a host does in one
 // process after another and of what happens inside each call. model/README.md explains how to read them.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Plays a trail of the model against the module. Every line is carried out, or compared with what the module
 // did. A line that the player does not know fails the test.
 #pragma once

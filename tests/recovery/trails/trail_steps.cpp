@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The meaning of the lines of a trail: the steps of the table in trail_player.cpp.
 #include <algorithm>
 

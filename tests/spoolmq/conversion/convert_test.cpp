@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Gets with MQGMO_CONVERT.
 #include <cstring>
 #include <map>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQCONN, MQCONNX, MQDISC: which queue manager, which handle, which thread.
 #include <cstring>
 #include <thread>

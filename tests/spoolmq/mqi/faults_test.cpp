@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The fault plan.
 #include "tests/spoolmq/support/spool_test.h"
 

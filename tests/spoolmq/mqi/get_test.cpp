@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQGET: order, sizes, waiting, selection, browsing, states.
 #include <chrono>
 #include <cstring>

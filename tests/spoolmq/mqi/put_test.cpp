@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // MQPUT and MQPUT1.
 #include <cstring>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A client from outside this project, IBM's Node.js binding, uses the stand-in queue manager: it connects, puts, gets with a
 // wait, backs out, commits, inquires and disconnects. It loads libmqm_r.so from LD_LIBRARY_PATH. SPOOLMQ_DIR contains the
 // queue manager QM1 with the empty queue Q1.

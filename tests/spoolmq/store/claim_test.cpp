@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Claims that cannot be undone.
 #include <gtest/gtest.h>
 

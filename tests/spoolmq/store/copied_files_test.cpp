@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Files that someone copies or renames into the directory of a queue.
 #ifndef _WIN32
 #include <sys/stat.h>

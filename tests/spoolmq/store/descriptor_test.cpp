@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Formatting and parsing of descriptors.
 #include <gtest/gtest.h>
 

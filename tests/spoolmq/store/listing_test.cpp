@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which copied-in files are complete.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The names of messages, queues and queue managers on disk.
 #include <gtest/gtest.h>
 

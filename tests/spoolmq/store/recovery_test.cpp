@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Programs that are killed: at every crash point of the store, before and after every call, and at random. What they
 // had committed stays committed. Everything else is as if they had never started, except for the back-out count.
 #include <algorithm>

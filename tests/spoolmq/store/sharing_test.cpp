@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Several programs that use one queue at the same time.
 #include <algorithm>
 #include <map>

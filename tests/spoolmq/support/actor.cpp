@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A program that the tests start as another client. It carries out the steps on its command line, one after the
 // other, and ends without disconnecting.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Starting, waiting for and killing programs.
 #pragma once
 

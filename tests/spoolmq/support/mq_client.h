@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The verbs with the parameters that tests vary. The others are those of a well-behaved client.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/spoolmq/support/mq_library.h"
 
 #include <cstdio>

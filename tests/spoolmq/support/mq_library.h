@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The stand-in as a client uses it: the library is loaded at run time and the verbs are looked up by name.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A fixture that gives each test a spool directory of its own, with queue manager QM1 and queue Q.
 #pragma once
 

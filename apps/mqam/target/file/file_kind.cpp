@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/file/file_kind.h"
 
 #include "mqam/target/file/file_target.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A file as a kind of target, with the restart state in a restart file.
 #pragma once
 

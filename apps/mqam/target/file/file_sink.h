@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Records into a file or to standard output.
 //
 // Records are buffered so that many are written at a time, but never for long: as soon as none has come for a moment, a

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Records in a file, the restart state in another one. The file is synced to disk before the state that counts its
 // length, and a restart truncates the file to that length.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Restart information in a file of its own. The file is always replaced as a whole: at every instant it is either the
 // previous one or the new one.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A SQLite table as a kind of target, with the restart state in the same database.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The name of a SQLite target: sqlite:FILE?table=NAME.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A database that the disk cannot read, at each of the reads in turn.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
