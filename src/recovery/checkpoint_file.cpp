@@ -26,6 +26,9 @@ struct CkPtFileState {
     bool lostBytes;
     // The errno of that write. Meaningless unless lostBytes is set.
     int lostError;
+    // The stream has been read since it was opened or positioned. Set by NoteCkPtFileRead; cleared when
+    // SaveRecord has positioned the stream, and when the stream is closed.
+    bool wasRead;
     // The file has been released once, so no later Open looks for an existing one: each creates an empty
     // file. Set by every Close or Shut that reaches the checkpoint file, also if none was open. Never
     // cleared.
@@ -57,6 +60,15 @@ ReturnCode FailSave(const char* failingCall, int error) {
     // The failure that has been reported matters more than one of the back-out.
     (void)BackOutMQ();
     return pmrcFailure;
+}
+
+// A C stream that was read must be positioned before it is written, or the record may end up in the buffer that
+// was read ahead and never reach the file, although every call succeeds.
+bool PrepareToWrite(std::int64_t offset) {
+    if (!state.wasRead) return true;
+    if (!SetStreamPosition(state.CkPtFileStream, offset)) return false;
+    state.wasRead = false;
+    return true;
 }
 
 // With MQ-based checkpoints, writes one record now so that a full disk is noticed at Open.
@@ -114,6 +126,7 @@ ReturnCode SaveRecord(const void* record, std::uint32_t length) {
     SetCkPtOffset(offset);
 
     if (state.lostBytes) return FailSave("fflush", state.lostError);
+    if (!PrepareToWrite(offset)) return FailSave("fsetpos", errno);
     const std::size_t bytes = length + kRecordLengthBytes;
     const bool written = std::fwrite(KeptRecordImage(), 1, bytes, state.CkPtFileStream) == bytes;
     if (written && std::fflush(state.CkPtFileStream) == 0) return pmrcOK;
@@ -169,6 +182,11 @@ void DropCkPtFileStream() {
     if (state.CkPtFileStream != nullptr) (void)std::fclose(state.CkPtFileStream);
     state.CkPtFileStream = nullptr;
     state.lostBytes = false;
+    state.wasRead = false;
+}
+
+void NoteCkPtFileRead() {
+    state.wasRead = true;
 }
 
 }  // namespace mqamod

@@ -28,7 +28,7 @@ namespace mqamod {
 /// position that CkPtOffset then has, and is flushed.
 ///   length  in  bytes, at most BKSZ
 /// Returns pmrcOK; or pmrcFailure, when no file is open, when the file has lost bytes before, and when
-/// getting the position, writing or flushing failed. The unit of work was then backed out. The error text is
+/// getting or setting the position, writing or flushing failed. The unit of work was then backed out. The error text is
 /// that of the failure or, if backing out failed as well, of the back-out. The record stays the last one, and
 /// CkPtOffset has changed unless getting the position failed.
 [[nodiscard]] ReturnCode SaveRecord(const void* record, std::uint32_t length);
@@ -52,6 +52,10 @@ void ReleaseCkPtFile();
 /// Closes the stream, if there is one, and opens the checkpoint file in the mode given.
 /// Returns pmrcOK; or pmrcFailure, with an error text naming the function, and no stream.
 [[nodiscard]] ReturnCode ReopenCkPtFile(const char* mode, const char* function);
+
+/// Records that the stream is being read, so that the next SaveRecord positions it before writing. Everything that
+/// reads the stream and leaves it open calls this.
+void NoteCkPtFileRead();
 
 /// Closes the stream, if there is one, without deleting the file.
 void DropCkPtFileStream();

@@ -145,6 +145,7 @@ ReturnCode ReplaceCkPtFile() {
 
 // Moves the stream past the header and the prepended record. The bytes are read to verify that they exist.
 ReturnCode SkipDelivered(std::size_t bytes) {
+    NoteCkPtFileRead();
     char skipped[4096];
     std::size_t done = 0;
     while (done < bytes) {

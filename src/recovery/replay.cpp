@@ -63,6 +63,7 @@ ReturnCode RepositionFile() {
         return pmrcFailure;
     }
     std::rewind(stream);
+    NoteCkPtFileRead();
     std::int32_t sequence = CkPtSeq();
     const PieceRead read = ReadSequence(stream, sequence);
     const char* reason = StreamReason(stream);
@@ -95,6 +96,7 @@ ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length) {
     if (!GetStreamPosition(stream, offset)) return Fail("checkpoint", "fgetpos", StreamReason(stream));
     SetCkPtOffset(offset);
 
+    NoteCkPtFileRead();
     std::uint64_t recordLength = 0;
     const PieceRead lengthRead = ReadRecordLength(stream, recordLength);
     if (!lengthRead.complete) {

@@ -317,4 +317,44 @@ TEST_F(CheckpointAppend, AnotherInitWithoutTheKeywordEndsTheSaving) {
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
 }
 
+// A C stream must be positioned between a read and a write. Without that some C libraries put the record into the buffer
+// that was read ahead, and no call reports that it never reaches the file.
+TEST_F(CheckpointAppend, AfterARefusedPositionTheRecordIsInTheFileWhenItIsCommitted) {
+    BeginWithCheckpoint();
+    Deliver({"second"});
+    ASSERT_EQ(SetPos({0, 1, 4}).returnCode, pmrcFailure);
+    PassOver();
+    Deliver({"third", "fourth"});
+    EXPECT_EQ(mq.Sequence(), "GET CMIT GET CMIT");
+    EXPECT_THAT(atCommit, ElementsAre(CkBytes(1, {"first", "second"}), CkBytes(1, {"third", "second"}),
+                                      CkBytes(1, {"third", "fourth"})));
+    EXPECT_THAT(CallsOn(kCkFile),
+                ElementsAre("tell ck.dat", "seek ck.dat 4", "write ck.dat 13", "flush ck.dat", "tell ck.dat",
+                            "write ck.dat 14", "flush ck.dat"));
+}
+
+TEST_F(CheckpointAppend, AfterAReplayTheRecordIsInTheFileWhenItIsCommitted) {
+    BeginWithCheckpoint();
+    Deliver({"second"});
+    ASSERT_EQ(SetPos({1, 1, 4}).returnCode, pmrcOK);
+    EXPECT_TRUE(Gives(Read(), "first"));
+    EXPECT_TRUE(Gives(Read(), "second"));
+    PassOver();
+    atCommit.clear();
+    Deliver({"third"});
+    EXPECT_THAT(atCommit, ElementsAre(CkBytes(1, {"first", "second", "third"})));
+    EXPECT_THAT(CallsOn(kCkFile), Contains("seek ck.dat 31"));
+}
+
+TEST_F(CheckpointAppend, AStreamThatCannotBePositionedBacksTheMessageOut) {
+    BeginWithCheckpoint();
+    ASSERT_EQ(SetPos({0, 1, 4}).returnCode, pmrcFailure);
+    PassOver();
+    faults->Add({.call = FileCall::Seek, .file = kCkFile, .error = EIO});
+    mq.PutMessage("second");
+    EXPECT_TRUE(FailsWith(Read(), SaveFailed("fsetpos", std::strerror(EIO))));
+    EXPECT_EQ(mq.Sequence(), "GET BACK");
+    EXPECT_EQ(ReadFile(kCkFile), CkBytes(1, {"first"}));
+}
+
 }  // namespace
