@@ -402,9 +402,46 @@ TEST_F(SpoolLoad, CheckAcceptsEveryOptionAndShowsWhatIsInEffect) {
     EXPECT_FALSE(fs::exists(Path("log")));
 }
 
+TEST_F(SpoolLoad, AValueOutOfRangeIsRefusedBeforeTheModuleIsCalled) {
+    for (const char* command : {"check", "load"}) {
+        Arguments arguments = {command, "--qmgr", "QM1", "--queue", "Q1", "--rwait", "0"};
+        if (std::string(command) == "load") arguments.insert(arguments.end(), {"--to", Path("out")});
+        const ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(Contains(result.standardError, "--rwait: '0' is out of range; use 1 to 600 seconds"))
+            << result.standardError;
+    }
+}
+
+TEST_F(SpoolLoad, SizesAndTimesMayHaveUnits) {
+    const ProgramResult result = RunProgram(MQAM_PROGRAM,
+                                            {"check", "--qmgr", "QM1", "--queue", "Q1", "--rwait", "5m",
+                                             "--max-record", "2M", "--otenacity", "1h"},
+                                            folder_.Root());
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardOutput, "\nMQ read wait interval           300\n"))
+        << result.standardOutput;
+    EXPECT_TRUE(Contains(result.standardOutput, "\nBlockSize                       2097152\n"))
+        << result.standardOutput;
+    EXPECT_TRUE(Contains(result.standardOutput, "\nMQ open retry tenacity          3600\n"))
+        << result.standardOutput;
+}
+
+TEST_F(SpoolLoad, ANegativeCountPutsNothing) {
+    for (const char* count : {"-1", "1.5", "ten", "1000000000000000000000"}) {
+        const ProgramResult result = RunProgram(MQAM_PROGRAM, {"queue", "put", "QM1", "Q1", "--count", count},
+                                                folder_.Root(), Environment());
+        EXPECT_EQ(result.exitCode, 1) << count;
+        EXPECT_TRUE(Contains(result.standardError, "--count: '" + std::string(count) + "' is "))
+            << result.standardError;
+        EXPECT_TRUE(Contains(result.standardError, "use 0 to 999999999")) << result.standardError;
+    }
+    EXPECT_EQ(Depth(), 0);
+}
+
 TEST_F(SpoolLoad, CheckTellsARefusedValueWithItsOption) {
     const ProgramResult result =
-        RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--rwait", "0"}, folder_.Root());
+        RunProgram(MQAM_PROGRAM, {"check", "--init", "-QMGR QM1 -QNM Q1 -RWAIT 0"}, folder_.Root());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError,
                          "  number    MQA0107\n  request   Init returned 34\n  function  CheckParm\n"

@@ -17,6 +17,7 @@
 #include "mqam/checkpoint/integrity.h"
 #include "mqam/checkpoint/listing.h"
 #include "mqam/checkpoint/repair.h"
+#include "mqam/cli/option_values.h"
 #include "mqam/load/stored_load.h"
 #include "mqam/module/position_text.h"
 #include "mqam/target/lock_file.h"
@@ -252,11 +253,10 @@ std::string CheckPosition(const std::string& digits) {
 void AddFileOptions(CLI::App& command, CheckpointOptions& options) {
     command.add_option("FILE", options.path, "the checkpoint file")->type_name("")->required();
     command
-        .add_option(
-            "--bksz,--max-record", options.maxRecordBytes,
-            "the largest record of the load, 1..16777216 bytes. Default: 16777216, the module's limit")
+        .add_option("--bksz,--max-record", options.maxRecordBytes,
+                    "the largest record of the load, at most 16M. Default: 16777216, the module's limit")
         ->type_name("BYTES")
-        ->check(CLI::Range(std::uint64_t{1}, kLargestRecordBytes).description(""));
+        ->transform(NumberIn({NumberUnit::kBytes, 1, kLargestRecordBytes}));
 }
 
 CLI::Option* AddPositionOption(CLI::App& command, CheckpointOptions& options, const char* description) {
@@ -300,9 +300,11 @@ void AddCheckpointCommand(CLI::App& app, int& exitCode) {
     auto* all = command->add_flag("--all", show->all, "list every record");
     command->add_option("--first", show->first, "list N records from the beginning. Default: 10")
         ->type_name("N")
+        ->transform(NumberIn({}))
         ->excludes(all);
     command->add_option("--last", show->last, "list N records from the end. Default: 10")
         ->type_name("N")
+        ->transform(NumberIn({}))
         ->excludes(all);
 
     auto verify = AddSubcommand(*parent, "verify", "Report whether the file is intact, to the byte",

@@ -3,6 +3,7 @@
 
 #include <CLI/App.hpp>
 #include <cstddef>
+#include <sstream>
 
 #include "platform/paths.h"
 
@@ -13,53 +14,80 @@ namespace {
 constexpr const char* kQueueGroup = "Queue";
 constexpr const char* kTraceGroup = "Diagnosis";
 
+constexpr std::size_t kNameCharactersMax = 48;
+constexpr std::size_t kChannelCharactersMax = 20;
+constexpr std::size_t kServerCharactersMax = 264;
+constexpr std::size_t kPathCharactersMax = 32766;
+
+constexpr KeywordRule kName = {KeywordValue::kText, kNameCharactersMax};
+constexpr KeywordRule kChannel = {KeywordValue::kText, kChannelCharactersMax};
+constexpr KeywordRule kServer = {KeywordValue::kText, kServerCharactersMax};
+constexpr KeywordRule kPath = {KeywordValue::kText, kPathCharactersMax};
+constexpr KeywordRule kTenacity = {KeywordValue::kNumber, 0, {NumberUnit::kSeconds, 1, 6000}};
+constexpr KeywordRule kOpenWait = {KeywordValue::kNumber, 0, {NumberUnit::kSeconds, 1, 600}};
+constexpr KeywordRule kReadWait = {KeywordValue::kNumber, 0, {NumberUnit::kSeconds, 1, 600, true}};
+constexpr KeywordRule kBlockSize = {KeywordValue::kNumber, 0, {NumberUnit::kBytes, 1, 16777216}};
+constexpr KeywordRule kYesNo = {KeywordValue::kWord, 0, {}, "yes|no"};
+constexpr KeywordRule kFlush = {KeywordValue::kWord, 0, {}, "yes|no|t"};
+constexpr KeywordRule kConvert = {KeywordValue::kWordOrNumber, 0, {NumberUnit::kNone, 1, 65535}, "yes|no"};
+constexpr KeywordRule kTrace = {KeywordValue::kNumberAndText, kPathCharactersMax, {NumberUnit::kNone, 0, 4}};
+
 constexpr KeywordOption kTable[] = {
-    {"QMGR", "--qmgr", 1, "NAME", kQueueGroup, "queue manager, 1..48 characters; required", "QM1"},
-    {"QNM", "--queue,--qnm", 1, "NAME", kQueueGroup, "queue to read, 1..48 characters; required", "ORDERS"},
+    {"QMGR", "--qmgr", 1, "NAME", kQueueGroup, "queue manager, 1..48 characters; required", "QM1", kName},
+    {"QNM", "--queue,--qnm", 1, "NAME", kQueueGroup, "queue to read, 1..48 characters; required", "ORDERS",
+     kName},
     {"CHNL", "--channel,--chnl", 1, "NAME", kQueueGroup,
      "client channel, 1..20 characters; needs --server. Default: MQ's own (MQSERVER), or a local connection",
-     "DEV.APP.SVRCONN"},
+     "DEV.APP.SVRCONN", kChannel},
     {"SRVR", "--server,--srvr", 1, "HOST(PORT)", kQueueGroup,
-     "server connection of the client channel, 1..264 characters; needs --channel", "mq.example.com(1414)"},
-    {"MQEX", "--exclusive,--mqex", 0, "", kQueueGroup, "open the queue exclusively. Default: shared", ""},
+     "server connection of the client channel, 1..264 characters; needs --channel", "mq.example.com(1414)",
+     kServer},
+    {"MQEX", "--exclusive,--mqex", 0, "", kQueueGroup, "open the queue exclusively. Default: shared", "", {}},
     {"OTENACITY", "--otenacity", 1, "SECONDS", kQueueGroup,
      "how long to keep trying to open the queue, 1..6000: --otenacity divided by --owait is the number of attempts, at least 1. Default: 5",
-     "60"},
+     "60", kTenacity},
     {"OWAIT", "--owait", 1, "SECONDS", kQueueGroup,
      "with --otenacity sets the number of attempts to open the queue, 1..600; the pause between attempts is OWAIT milliseconds, not seconds. Default: 5",
-     "5"},
+     "5", kOpenWait},
     {"RWAIT", "--rwait", 1, "SECONDS", kReadGroup,
      "the input ends when the queue has been empty for this long: 1..600 s, -1 = wait forever (Ctrl-C then takes effect at the next message). Default: 15",
-     "5"},
+     "5", kReadWait},
     {"BKSZ", "--max-record,--bksz", 1, "BYTES", kReadGroup,
      "largest message, 1..16777216 bytes; a longer one stays on the queue and ends the load. Default: "
      "1048576",
-     "4194304"},
+     "4194304", kBlockSize},
     {"CONVERT", "--convert", 1, "yes|no|CCSID", kReadGroup,
-     "have MQ convert the data to the queue manager's character set (yes) or to a CCSID. Default: no",
-     "1208"},
+     "have MQ convert the data to the queue manager's character set (yes) or to a CCSID. Default: no", "1208",
+     kConvert},
     {"TDM", "--tdm", 1, "yes|no", kReadGroup,
      "a redelivered message that is identical to the previous one ends the input (no: it is loaded). Default: yes",
-     "no"},
+     "no", kYesNo},
     {"CKFILE", "--ckfile", 1, "FILE", kSafetyGroup,
      "checkpoint file, in which the module keeps the records since the last checkpoint. Default: no checkpoints",
-     "orders.ckpt", 0},
+     "orders.ckpt", kPath, 0},
     {"FLUSH", "--flush", 1, "yes|no|t", kSafetyGroup,
      "force checkpoint data to disk. The module reports the setting, but flushes in the same way for yes and no. Default: no",
-     "yes"},
+     "yes", kFlush},
     {"LOG", "--log", 1, "FILE", kSafetyGroup,
      "copy every message to this file; deleted at the end unless --preserve. Default: no log", "orders.log",
-     0},
+     kPath, 0},
     {"TLF", "--tlf", 1, "yes|no", kSafetyGroup,
-     "a log that cannot be written ends the load (no: the load continues without a log). Default: yes", "no"},
+     "a log that cannot be written ends the load (no: the load continues without a log). Default: yes", "no",
+     kYesNo},
     {"TRCL", "--trace,--trcl", 2, "LEVEL FILE", kTraceGroup,
      "trace, appended to FILE: 0 none, 1 job events, 2 I/O events, 3 I/O buffers, 4 details. Default: 0",
-     "2 orders.trc", 1},
-    {"HELP", "--keyword-help", 0, "", kTraceGroup,
-     "have the module print its own keyword help, on standard error", ""},
+     "2 orders.trc", kTrace, 1},
+    {"HELP",
+     "--keyword-help",
+     0,
+     "",
+     kTraceGroup,
+     "have the module print its own keyword help, on standard error",
+     "",
+     {}},
     {"PARMFILE", "--parmfile", 1, "FILE", "Keywords from elsewhere",
      "read keywords from FILE, one per line; '#' in column 1 starts a comment. May be combined with the options above; for a keyword given in both, the file's value counts",
-     "orders.parm"},
+     "orders.parm", kPath},
 };
 
 std::string FirstName(const KeywordOption& row) {
@@ -80,6 +108,40 @@ std::vector<std::string> ModuleValues(const KeywordOption& row, std::vector<std:
     return values;
 }
 
+std::vector<std::string> SplitWords(const std::string& words) {
+    std::vector<std::string> split;
+    std::istringstream rest(words);
+    for (std::string word; std::getline(rest, word, '|');)
+        split.push_back(word);
+    return split;
+}
+
+Status CheckText(const std::string& value, std::size_t charactersMax) {
+    if (value.empty()) return Status::Refused("the value is empty");
+    if (value.size() <= charactersMax) return {};
+    return Status::Refused("'" + value + "' has " + std::to_string(value.size()) +
+                           " characters; use at most " + std::to_string(charactersMax));
+}
+
+Status CheckNumber(const NumberRule& rule, std::string& value) {
+    std::int64_t number = 0;
+    Status read = ReadNumber(value, rule, number);
+    if (read.IsOk()) value = std::to_string(number);
+    return read;
+}
+
+Status CheckWord(const KeywordRule& rule, std::string& value) {
+    const std::vector<std::string> words = SplitWords(rule.words);
+    if (FindWord(value, words).empty()) return Status::Refused(DescribeWrongWord(value, words));
+    return {};
+}
+
+Status CheckWordOrNumber(const KeywordRule& rule, std::string& value) {
+    if (CheckWord(rule, value).IsOk() || CheckNumber(rule.number, value).IsOk()) return {};
+    return Status::Refused("'" + value + "' is not a choice; use " + JoinWords(SplitWords(rule.words), "or") +
+                           ", or a CCSID of " + DescribeNumbers(rule.number));
+}
+
 bool IsGiven(const ModuleOptions& options, std::size_t row) {
     return options.flags[row] != 0 || !options.values[row].empty();
 }
@@ -88,6 +150,18 @@ bool IsGiven(const ModuleOptions& options, std::size_t row) {
 
 std::span<const KeywordOption> AllKeywordOptions() {
     return kTable;
+}
+
+Status CheckKeywordValue(const KeywordOption& row, std::size_t index, std::string& value) {
+    switch (row.rule.kind) {
+        case KeywordValue::kNone: return {};
+        case KeywordValue::kText: return CheckText(value, row.rule.charactersMax);
+        case KeywordValue::kNumber: return CheckNumber(row.rule.number, value);
+        case KeywordValue::kWord: return CheckWord(row.rule, value);
+        case KeywordValue::kWordOrNumber: return CheckWordOrNumber(row.rule, value);
+        case KeywordValue::kNumberAndText: break;
+    }
+    return index == 0 ? CheckNumber(row.rule.number, value) : CheckText(value, row.rule.charactersMax);
 }
 
 void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
@@ -112,6 +186,15 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
                          ->expected(row.values)
                          ->allow_extra_args(false)
                          ->type_name(row.valueName);
+            for (int index = 0; index < row.values; ++index) {
+                option->transform(
+                    CLI::Validator(
+                        [&row, index](std::string& value) {
+                            return CheckKeywordValue(row, static_cast<std::size_t>(index), value).Error();
+                        },
+                        "")
+                        .application_index(index));
+            }
         }
         option->group(row.group)->excludes(options.rawInitOption);
     }

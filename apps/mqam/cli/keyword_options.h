@@ -4,10 +4,12 @@
 // initialization string; a test compares it with the module's keywords.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "mqam/cli/option_values.h"
 #include "mqam/module/init_string.h"
 
 namespace CLI {
@@ -21,6 +23,23 @@ namespace mqam {
 inline constexpr const char* kReadGroup = "Reading";
 inline constexpr const char* kSafetyGroup = "Checkpoint and log";
 
+/// What the module accepts as the value of a keyword. mqam refuses everything else before it calls the module.
+enum class KeywordValue : std::uint8_t {
+    kNone,
+    kText,  ///< a name or a path
+    kNumber,
+    kWord,
+    kWordOrNumber,
+    kNumberAndText,  ///< two values
+};
+
+struct KeywordRule {
+    KeywordValue kind = KeywordValue::kNone;
+    std::size_t charactersMax = 0;  ///< of a text
+    NumberRule number = {};
+    const char* words = "";  ///< "yes|no"
+};
+
 struct KeywordOption {
     const char* keyword;  ///< the module's name for it
     const char* option;   ///< names, separated by commas; error messages use the first
@@ -29,11 +48,17 @@ struct KeywordOption {
     const char* group;    ///< heading in the help
     const char* help;     ///< meaning, unit, limits, default
     const char* example;  ///< as typed after the option; empty for a flag
+    KeywordRule rule;
     /// The index of the value that is the path of a file that the module writes.
     std::size_t path = std::string::npos;
 };
 
 [[nodiscard]] std::span<const KeywordOption> AllKeywordOptions();
+
+/// Checks a value as typed and puts it into the form that the module accepts: plain digits, for example.
+///   index  in      which of the keyword's values it is
+///   value  in/out  unchanged on failure; the error quotes it and says what is valid, without the option's name
+Status CheckKeywordValue(const KeywordOption& row, std::size_t index, std::string& value);
 
 /// The options as the user gave them. Parsing the command line fills this, so it must outlive the parsing.
 struct ModuleOptions {

@@ -4,8 +4,8 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Validators.hpp>
-#include <map>
 
+#include "mqam/cli/option_values.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/target/target_kind.h"
 #include "mqamod.h"
@@ -28,12 +28,9 @@ std::string DescribeTargets() {
 }
 
 void AddTargetOptions(CLI::App& command, LoadOptions& options) {
-    static const std::map<std::string, RecordFormat> formats = [] {
-        std::map<std::string, RecordFormat> byName;
-        for (const RecordFormatRow& row : kRecordFormats)
-            byName[row.name] = row.format;
-        return byName;
-    }();
+    std::vector<std::pair<std::string, RecordFormat>> formats;
+    for (const RecordFormatRow& row : kRecordFormats)
+        formats.emplace_back(row.name, row.format);
     command.add_option("--to", options.target, DescribeTargets())
         ->type_name("TARGET")
         ->required()
@@ -43,7 +40,7 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
             "--format", options.format,
             "lines: the record, then a line feed; length: 4 bytes little-endian length, then the record; raw: only the bytes. Default: lines. Records that contain line feeds need length")
         ->type_name("lines|length|raw")
-        ->transform(CLI::Transformer(formats).description(""))
+        ->transform(EnumeratorIn(formats))
         ->each([&options](const std::string&) { options.formatGiven = true; })
         ->group(kTargetGroup);
     auto* force =
@@ -59,14 +56,14 @@ void AddSafetyOptions(CLI::App& command, LoadOptions& options) {
             "--checkpoint-every", options.checkpointEvery,
             "take a checkpoint after every N records; needs a checkpoint file. Default: none; 1000 with restart information, unless --checkpoint-seconds is given")
         ->type_name("N")
-        ->check(CLI::PositiveNumber.description(""))
+        ->transform(NumberIn({NumberUnit::kNone, 1}))
         ->group(kSafetyGroup);
     command.add_flag("--preserve", options.preserve, "keep the checkpoint file and the log at the end")
         ->group(kSafetyGroup);
 }
 
 void AddRestartOptions(CLI::App& command, LoadOptions& options) {
-    static const std::map<std::string, RestartPolicy> policies = {
+    const std::vector<std::pair<std::string, RestartPolicy>> policies = {
         {"auto", RestartPolicy::kAuto}, {"never", RestartPolicy::kNever}, {"only", RestartPolicy::kOnly}};
     command
         .add_option(
@@ -75,25 +72,24 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         ->type_name("FILE")
         ->group(kRestartGroup);
     command
-        .add_option(
-            "--checkpoint-seconds", options.checkpointSeconds,
-            "take a checkpoint when a record arrives and the last checkpoint is at least S seconds old")
-        ->type_name("S")
-        ->check(CLI::Range(1, 2147483647).description(""))
+        .add_option("--checkpoint-seconds", options.checkpointSeconds,
+                    "take a checkpoint when a record arrives and the last checkpoint is at least SECONDS old")
+        ->type_name("SECONDS")
+        ->transform(NumberIn({NumberUnit::kSeconds, 1, kLargestSeconds}))
         ->group(kRestartGroup);
     command
         .add_option(
             "--restart", options.restart,
             "auto: resume an unfinished load, else begin a new one; never: refuse if a load is unfinished; only: refuse if none is. Default: auto")
-        ->type_name("never|auto|only")
-        ->transform(CLI::Transformer(policies).description(""))
+        ->type_name("auto|never|only")
+        ->transform(EnumeratorIn(policies))
         ->group(kRestartGroup);
     command
         .add_option(
             "--retry-for", options.retryForSeconds,
             "retry after a failure, with growing pauses, until SECONDS pass without a new checkpoint. Default: exit")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1, 2147483647).description(""))
+        ->transform(NumberIn({NumberUnit::kSeconds, 1, kLargestSeconds}))
         ->group(kRestartGroup);
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
     command.add_flag(kCompletedBeforeOption, options.workerCompletedBefore, "")->group("");
@@ -121,9 +117,9 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
     AddModuleOptions(command, options.module);
     command
         .add_option("--timeout", options.timeoutSeconds,
-                    "end the load when a read has waited for more than SECONDS, 1..2147483647. Default: none")
+                    "end the load when a read has waited for more than SECONDS. Default: none")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1, 2147483647).description(""))
+        ->transform(NumberIn({NumberUnit::kSeconds, 1, kLargestSeconds}))
         ->group(kReadGroup);
     AddSafetyOptions(command, options);
     AddRestartOptions(command, options);

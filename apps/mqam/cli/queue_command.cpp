@@ -4,12 +4,13 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
-#include <CLI/Validators.hpp>
 #include <cstdio>
 #include <memory>
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "mqam/cli/option_values.h"
+#include "mqam/queue/message_source.h"
 #include "mqam/queue/put.h"
 #include "mqam/queue/report.h"
 #include "spoolmq/store/admin.h"
@@ -140,6 +141,21 @@ int RunDelete(const DeleteOptions& options) {
     return kExitDone;
 }
 
+/// Checks a range such as 1-100k, and writes it in bytes.
+std::string TransformSizes(std::string& text) {
+    constexpr NumberRule kMessageBytes = {NumberUnit::kBytes, 1, kMessageBytesMax};
+    const std::size_t dash = text.find('-');
+    std::int64_t smallest = 0;
+    std::int64_t largest = 0;
+    Status read = dash == std::string::npos ? Status::Refused("'" + text + "' is not a range")
+                                            : ReadNumber(text.substr(0, dash), kMessageBytes, smallest);
+    if (read.IsOk()) read = ReadNumber(text.substr(dash + 1), kMessageBytes, largest);
+    if (read.IsOk() && smallest > largest) read = Status::Refused("'" + text + "' ends before it begins");
+    if (!read.IsOk()) return read.Error() + "; a range is MIN-MAX, for instance 1-100k";
+    text = std::to_string(smallest) + "-" + std::to_string(largest);
+    return "";
+}
+
 /// The option that all have.
 void AddSpool(CLI::App& command, std::string& spool) {
     command.add_option("--spool", spool, "the spool directory, by default $SPOOLMQ_DIR")
@@ -171,18 +187,21 @@ void AddPut(CLI::App& parent, int& exitCode) {
     CLI::Option* lines = command->add_flag("--lines", options->lines, "each line is a message");
     command->add_flag("--length", options->framed, "each message follows its length, 4 bytes little-endian")
         ->excludes(lines);
-    CLI::Option* count =
-        command->add_option("--count", options->count, "put N generated orders")->type_name("N");
+    CLI::Option* count = command->add_option("--count", options->count, "put N generated orders")
+                             ->type_name("N")
+                             ->transform(NumberIn({NumberUnit::kNone, 0, 999999999}));
     command->add_option("--seed", options->seed, "the same number makes the same orders (1)")
         ->type_name("N")
+        ->transform(NumberIn({}))
         ->needs(count);
     command->add_option("--sizes", options->sizes, "range of their sizes in bytes, both ends included")
         ->type_name("MIN-MAX")
+        ->transform(CLI::Validator(TransformSizes, ""))
         ->needs(count);
     command
         ->add_option("--binary", options->binaryPercent, "percentage of messages that are random bytes (0)")
         ->type_name("PERCENT")
-        ->check(CLI::Range(0, 100))
+        ->transform(NumberIn({NumberUnit::kNone, 0, 100}))
         ->needs(count);
     command
         ->add_option("--record", options->recordPath,
@@ -195,7 +214,7 @@ void AddPut(CLI::App& parent, int& exitCode) {
         });
     command->add_option("--ccsid", options->ccsid, "character set of the messages (the queue manager's)")
         ->type_name("N")
-        ->check(CLI::Range(1, 65535));
+        ->transform(NumberIn({NumberUnit::kNone, 1, 65535}));
     command->add_flag("--quiet", options->quiet, "no progress and no summary");
     command->footer(kPutExamples);
     command->callback([options, &exitCode] { exitCode = RunQueuePut(*options); });
@@ -218,7 +237,9 @@ void AddShow(CLI::App& parent, int& exitCode) {
     command->add_option("QUEUE", options->queue, "name of the queue");
     command->add_option("MESSAGE", options->message, "file name of a message");
     command->add_flag("--body", options->body, "write the message's bytes, nothing else");
-    command->add_option("--limit", options->limit, "messages to list (20)")->type_name("N");
+    command->add_option("--limit", options->limit, "messages to list (20)")
+        ->type_name("N")
+        ->transform(NumberIn({}));
     command->footer(kQueueShowExamples);
     command->callback([options, &exitCode] { exitCode = RunQueueShow(*options); });
 }

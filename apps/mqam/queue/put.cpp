@@ -2,8 +2,8 @@
 #include "mqam/queue/put.h"
 
 #include <cerrno>
-#include <charconv>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -116,28 +116,14 @@ int PutFile(const QueuePutOptions& options, const std::string& path, Putting& pu
     return result;
 }
 
-// Parses a range such as "1-102400". Returns false if the text is no range.
-bool ParseSizes(const std::string& text, GeneratorSettings& settings) {
-    if (text.empty()) return true;
-    const std::size_t dash = text.find('-');
-    if (dash == std::string::npos) return false;
-    const auto [endOfMin, minError] = std::from_chars(text.data(), text.data() + dash, settings.bytesMin);
-    const auto [endOfMax, maxError] =
-        std::from_chars(text.data() + dash + 1, text.data() + text.size(), settings.bytesMax);
-    settings.hasSizes = true;
-    return minError == std::errc() && maxError == std::errc() && endOfMin == text.data() + dash &&
-           endOfMax == text.data() + text.size() && settings.bytesMin >= 1 &&
-           settings.bytesMin <= settings.bytesMax && settings.bytesMax <= kMessageBytesMax;
-}
-
 int PutGenerated(const QueuePutOptions& options, Putting& putting) {
     GeneratorSettings settings;
     settings.seed = options.seed;
     settings.binaryPercent = options.binaryPercent;
-    if (!ParseSizes(options.sizes, settings)) {
-        PrintError("--sizes " + options.sizes +
-                   ": takes MIN-MAX in bytes, for instance 1-102400; at most 104857600");
-        return kExitNotStarted;
+    if (const std::size_t dash = options.sizes.find('-'); dash != std::string::npos) {
+        settings.hasSizes = true;
+        settings.bytesMin = std::strtoull(options.sizes.c_str(), nullptr, 10);
+        settings.bytesMax = std::strtoull(options.sizes.c_str() + dash + 1, nullptr, 10);
     }
     for (std::uint64_t index = 0; index < options.count; ++index) {
         if (!PutOne(options, MakeMessage(settings, index), putting)) return kExitTargetFailed;

@@ -19,7 +19,7 @@ struct QueuePutOptions {
     bool framed = false;      ///< each message follows its length, 4 bytes little-endian
     std::uint64_t count = 0;  ///< the number of generated messages
     std::uint64_t seed = 1;
-    std::string sizes;  ///< "MIN-MAX" bytes; if empty, the length of an order
+    std::string sizes;  ///< "MIN-MAX" bytes, both in digits, checked; if empty, the length of an order
     unsigned binaryPercent = 0;
     std::string recordPath;  ///< the file to which the messages put are appended, framed
     std::string format;      ///< MQMD format; if empty, the attributes of the queue describe the message

@@ -81,7 +81,7 @@ TEST(KeywordOptions, PathsOfFilesThatTheModuleWritesHaveTheSystemsDelimiter) {
     EXPECT_EQ(Compose({"--ckfile", "d/e/f"}), "-CKFILE " + native);
     EXPECT_EQ(Compose({"--log", "d/e/f"}), "-LOG " + native);
     EXPECT_EQ(Compose({"--trace", "1", "d/e/f"}), "-TRCL 1 " + native);
-    EXPECT_EQ(Compose({"--trace", "1/2", "f"}), "-TRCL 1/2 f");
+    EXPECT_EQ(Compose({"--trace", "1/2", "f"}), "refused: --trace: '1/2' is not a number; use 0 to 4");
     EXPECT_EQ(Compose({"--server", "a/b"}), "-SRVR a/b");
     EXPECT_EQ(Compose({"--parmfile", "d/e/f"}), "-PARMFILE d/e/f");
     EXPECT_EQ(Compose({"--init", "-CKFILE d/e/f"}), "-CKFILE d/e/f");
@@ -89,6 +89,46 @@ TEST(KeywordOptions, PathsOfFilesThatTheModuleWritesHaveTheSystemsDelimiter) {
 
 TEST(KeywordOptions, NegativeWaitIsAValue) {
     EXPECT_EQ(Compose({"--rwait", "-1"}), "-RWAIT -1");
+}
+
+TEST(KeywordOptions, NumbersMayHaveUnitsAndReachTheModuleInDigits) {
+    EXPECT_EQ(Compose({"--max-record", "1M"}), "-BKSZ 1048576");
+    EXPECT_EQ(Compose({"--max-record", "100k"}), "-BKSZ 102400");
+    EXPECT_EQ(Compose({"--rwait", "5m"}), "-RWAIT 300");
+    EXPECT_EQ(Compose({"--otenacity", "1h"}), "-OTENACITY 3600");
+    EXPECT_EQ(Compose({"--rwait", "007"}), "-RWAIT 7");
+}
+
+// The module would read the digits in front and ignore the rest.
+TEST(KeywordOptions, WhatTheModuleRefusesOrMisreadsIsRefusedBeforeIt) {
+    const std::multimap<std::string, std::string> wrong = {
+        {"--rwait", "1.5"},      {"--rwait", "0"},
+        {"--rwait", "601"},      {"--rwait", "abc"},
+        {"--rwait", "-2"},       {"--max-record", "17M"},
+        {"--max-record", "0"},   {"--max-record", "1MB"},
+        {"--otenacity", "6001"}, {"--owait", "601"},
+        {"--tdm", "maybe"},      {"--tlf", "t"},
+        {"--convert", "0"},      {"--convert", "perhaps"},
+        {"--flush", "x"},        {"--qmgr", std::string(49, 'Q')},
+        {"--queue", ""},         {"--channel", std::string(21, 'C')}};
+    for (const auto& [option, value] : wrong)
+        EXPECT_EQ(Compose({option, value}).substr(0, 9), "refused: ") << option << " " << value;
+    EXPECT_EQ(Compose({"--trace", "5", "f"}), "refused: --trace: '5' is out of range; use 0 to 4");
+    EXPECT_EQ(
+        Compose({"--rwait", "abc"}),
+        "refused: --rwait: 'abc' is not a number; use 1 to 600 seconds (or with a unit: s, m, h, d), or -1 "
+        "to wait forever");
+    EXPECT_EQ(Compose({"--tdm", "yse"}),
+              "refused: --tdm: 'yse' is not a choice; use yes or no (did you mean yes?)");
+    EXPECT_EQ(Compose({"--convert", "x"}),
+              "refused: --convert: 'x' is not a choice; use yes or no, or a CCSID of 1 to 65535");
+}
+
+TEST(KeywordOptions, WordsAreAcceptedInAnyCaseAsTheModuleDoes) {
+    EXPECT_EQ(Compose({"--tdm", "NO"}), "-TDM NO");
+    EXPECT_EQ(Compose({"--flush", "T"}), "-FLUSH T");
+    EXPECT_EQ(Compose({"--convert", "Yes"}), "-CONVERT Yes");
+    EXPECT_EQ(Compose({"--convert", "1208"}), "-CONVERT 1208");
 }
 
 TEST(KeywordOptions, ParameterFileCombinesWithOptions) {
