@@ -47,7 +47,7 @@ std::vector<std::string> MergeEnvironment(const std::map<std::string, std::strin
     std::vector<std::string> merged;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         const std::string text = *variable;
-        if (added.count(text.substr(0, text.find('='))) == 0) merged.push_back(text);
+        if (!added.contains(text.substr(0, text.find('=')))) merged.push_back(text);
     }
     for (const auto& [name, value] : added)
         merged.push_back(name + "=" + value);

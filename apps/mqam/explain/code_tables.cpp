@@ -78,7 +78,8 @@ constexpr ExitCodeRow kExitCodes[] = {
      "With restart information run the same command again: it resumes the load. Or give a longer "
      "`--timeout`.",
      true},
-    {kExitStoppedAtOnce, "stopped immediately (a second Ctrl-C); the target may lack the last records read",
+    {kExitStoppedImmediately,
+     "stopped immediately (a second Ctrl-C); the target may lack the last records read",
      "Someone pressed Ctrl-C twice, or sent SIGTERM twice.",
      "With restart information run the same command again: nothing is lost. Without it the records read "
      "since the target was last written are lost.",
@@ -114,8 +115,8 @@ std::span<const ExitCodeRow> AllExitCodes() {
 }
 
 const ReturnCodeRow* FindReturnCode(ReturnCode code) {
-    const auto row = std::ranges::find(kReturnCodes, code, &ReturnCodeRow::code);
-    return row == std::end(kReturnCodes) ? nullptr : &*row;
+    const auto* const row = std::ranges::find(kReturnCodes, code, &ReturnCodeRow::code);
+    return row == std::end(kReturnCodes) ? nullptr : row;
 }
 
 }  // namespace mqam

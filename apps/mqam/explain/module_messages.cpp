@@ -57,15 +57,15 @@ std::span<const ModuleMessage> UnnumberedMessages() {
 }
 
 const ModuleMessage* FindModuleMessage(int number) {
-    const auto row = std::ranges::find(kNumbered, number, &ModuleMessage::number);
-    return row == kNumbered.end() ? nullptr : &*row;
+    const auto* const row = std::ranges::find(kNumbered, number, &ModuleMessage::number);
+    return row == kNumbered.end() ? nullptr : row;
 }
 
 const ModuleMessage* FindModuleMessage(const ErrorText& error) {
     if (error.messageNumber != 0) return FindModuleMessage(error.messageNumber);
-    const auto row =
+    const auto* const row =
         std::ranges::find_if(kUnnumbered, [&error](const ModuleMessage& one) { return Fits(one, error); });
-    return row == kUnnumbered.end() ? nullptr : &*row;
+    return row == kUnnumbered.end() ? nullptr : row;
 }
 
 std::string MessageTextOf(const ModuleMessage& message) {

@@ -243,9 +243,9 @@ std::span<const LoadRule> AllLoadRules() {
 
 const LoadRule* FindLoadRule(std::string_view id) {
     const std::string wanted = ToUpper(id);
-    const auto row = std::ranges::find(kRules, std::string_view(wanted),
-                                       [](const LoadRule& rule) { return std::string_view(rule.id); });
-    return row == std::end(kRules) ? nullptr : &*row;
+    const auto* const row = std::ranges::find(kRules, std::string_view(wanted),
+                                              [](const LoadRule& rule) { return std::string_view(rule.id); });
+    return row == std::end(kRules) ? nullptr : row;
 }
 
 }  // namespace mqam

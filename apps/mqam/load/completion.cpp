@@ -22,7 +22,7 @@ void SweepCheckpointLock(const RestartState& state) {
 Status CleanUpFinishedLoad(Target& target, RestartState& state) {
     SweepCheckpointLock(state);
     if (state.phase == LoadPhase::kComplete) return {};
-    const Status stored = target.StoreEnd(state);
+    Status stored = target.StoreEnd(state);
     if (!stored.IsOk()) return stored;
     for (const std::string& path : {state.checkpointFile, state.logFile}) {
         std::string error;

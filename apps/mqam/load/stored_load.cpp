@@ -35,7 +35,7 @@ bool ReadBody(const std::string& path, const ScannedRecord& record, std::vector<
 Status ReadStateOfLoad(const std::string& place, const std::string& checkpointPath, RestartState& state) {
     std::optional<RestartState> stored;
     const TargetKind& kind = FindTargetKind(place);
-    const Status read = kind.readState(place, stored);
+    Status read = kind.readState(place, stored);
     if (!read.IsOk()) return read;
     const std::string what = std::string(kind.stateNoun) + " " + place;
     if (!stored) return Status::Refused(what + " is missing");

@@ -134,7 +134,7 @@ Status FindQueueState(StoreConnection& connection, const std::string& name, Queu
         known->path = path;
         known->attributes.path = path + "/.queue.ini";
     }
-    const Status status = RefreshCounters(*known, info.identity);
+    Status status = RefreshCounters(*known, info.identity);
     if (status.IsOk()) {
         state = known.get();
     } else if (known->counters.file.memory == nullptr) {
