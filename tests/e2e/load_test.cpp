@@ -335,7 +335,7 @@ TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
     ASSERT_TRUE(program.Interrupt());
     const ProgramResult result = program.Wait();
     EXPECT_EQ(result.exitCode, 5) << result.standardError;
-    EXPECT_TRUE(Contains(result.standardError, "press again to stop at once")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "press again to stop immediately")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "on request")) << result.standardError;
     EXPECT_TRUE(Contains(Calls(), "PutAttribute GEN_EOF= Read Close Shut")) << Calls();
     EXPECT_TRUE(ReadFileIfAny(Path("out")).starts_with("record 1\nrecord 2\n"));
@@ -356,7 +356,7 @@ TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
     ASSERT_TRUE(program.Interrupt());
     const ProgramResult result = program.Wait();
     EXPECT_EQ(result.exitCode, 7) << result.standardError;
-    EXPECT_TRUE(Contains(result.standardError, "stopped at once")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "stopped immediately")) << result.standardError;
     EXPECT_FALSE(Contains(Calls(), "Close")) << Calls();
 }
 

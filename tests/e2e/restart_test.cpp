@@ -274,9 +274,9 @@ TEST_F(RestartableLoad, ASecondInterruptStopsAtOnceAndTheSameCommandGoesOn) {
     // The last record is written to the target while the next Read waits.
     ASSERT_TRUE(WaitForText(site.Target(), site.Lines()));
     ASSERT_TRUE(site.Program().Interrupt());
-    ASSERT_TRUE(site.Program().WaitForError("press again to stop at once"));
+    ASSERT_TRUE(site.Program().WaitForError("press again to stop immediately"));
     // A second signal that arrives while the handler still runs for the first is not noticed.
-    for (int i = 0; i < 200 && !Contains(ReadFileIfAny(site.Path("stderr")), "stopped at once"); ++i) {
+    for (int i = 0; i < 200 && !Contains(ReadFileIfAny(site.Path("stderr")), "stopped immediately"); ++i) {
         ASSERT_TRUE(site.Program().Interrupt());
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }

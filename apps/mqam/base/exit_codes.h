@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The program's exit codes. mqam/explain/code_tables.h says what they mean: help and documentation are made
-// from it.
+// The program's exit codes. What they mean is in mqam/explain/code_tables.h, from which the help and the documentation are
+// generated.
 #pragma once
 
 namespace mqam {
@@ -14,7 +14,7 @@ enum ExitCode : int {
     kExitModuleMissing = 4,
     kExitInterrupted = 5,
     kExitTimeout = 6,
-    kExitStoppedAtOnce = 7,
+    kExitStoppedImmediately = 7,
     kExitEndedEarly = 8,
     kExitRestart = 9,
     /// Only `mqam checkpoint`: the file is incomplete, damaged or cannot be repaired.

@@ -94,11 +94,11 @@ Status ChooseTarget(const LoadOptions& options, FileSinkSettings& target) {
 int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const std::string& target,
                double seconds) {
     if (outcome.end == PlainLoadEnd::kNotStarted) {
-        return Refuse(outcome.refusal);
+        return Refuse(outcome.error.Error());
     }
     if (outcome.moduleFailure.code != pmrcOK)
         PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure));
-    if (!outcome.targetFailure.empty()) PrintMessage("mqam load: " + outcome.targetFailure + "\n");
+    if (!outcome.error.IsOk()) PrintMessage("mqam load: " + outcome.error.Error() + "\n");
     const bool failed =
         outcome.end == PlainLoadEnd::kModuleFailed || outcome.end == PlainLoadEnd::kTargetFailed;
     if (failed && outcome.mustEndProcess && outcome.records > 0)
@@ -130,7 +130,7 @@ int RunLoad(const LoadOptions& options) {
         PrintMessage("mqam load: " + status.Error() + "\n");
         return kExitModuleMissing;
     }
-    WatchInterrupts(kExitStoppedAtOnce);
+    WatchInterrupts(kExitStoppedImmediately);
     FileSink sink(target);
     ProgressCounters counters;
     const auto start = std::chrono::steady_clock::now();

@@ -52,9 +52,10 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
 
 void AddSafetyOptions(CLI::App& command, LoadOptions& options) {
     command
-        .add_option(
-            "--checkpoint-every", options.checkpointEvery,
-            "take a checkpoint after every N records; needs a checkpoint file. Default: none; 1000 with restart information, unless --checkpoint-seconds is given")
+        .add_option("--checkpoint-every", options.checkpointEvery,
+                    "take a checkpoint after every N records; needs a checkpoint file. Default: none; " +
+                        std::to_string(kCheckpointEveryByDefault) +
+                        " with restart information, unless --checkpoint-seconds is given")
         ->type_name("N")
         ->transform(NumberIn({NumberUnit::kNone, 1}))
         ->group(kSafetyGroup);

@@ -22,6 +22,9 @@ class App;
 
 namespace mqam {
 
+/// The checkpoint interval in records of a load with restart information that is given none.
+inline constexpr std::uint64_t kCheckpointEveryByDefault = 1000;
+
 struct LoadOptions {
     ModuleOptions module;
     std::string target;

@@ -13,7 +13,6 @@ namespace mqam {
 
 namespace {
 
-constexpr std::uint64_t kCheckpointEveryByDefault = 1000;
 
 // Refuses options that do not go together.
 Status CheckOptions(const LoadOptions& options) {

@@ -14,17 +14,19 @@ bool EndByModule(AttemptResult& result, const ModuleSession& session) {
 
 bool EndByFile(AttemptResult& result, const std::string& error) {
     result.end = AttemptEnd::kTargetFailed;
-    result.targetFailure = error;
+    result.error = Status::Transient(error);
     return false;
 }
 
 bool EndByTarget(AttemptResult& result, const Status& failed) {
-    return EndByFile(result, failed.Error());
+    result.end = AttemptEnd::kTargetFailed;
+    result.error = failed;
+    return false;
 }
 
 bool RefuseAttempt(AttemptResult& result, const std::string& error) {
     result.end = AttemptEnd::kRefused;
-    result.refusal = error;
+    result.error = Status::Refused(error);
     return false;
 }
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "mqam/base/status.h"
 #include "mqam/load/exit_table.h"
 #include "mqam/module/module_failure.h"
 #include "mqam/module/module_session.h"
@@ -16,8 +17,7 @@ struct AttemptResult {
     AttemptEnd end = AttemptEnd::kRefused;
     RestartState state;  ///< as last stored
     ModuleFailure moduleFailure;
-    std::string targetFailure;
-    std::string refusal;
+    Status error;  ///< with kRefused and kTargetFailed
 };
 
 // Each of these records how the attempt ended, and returns false.

@@ -20,7 +20,7 @@ constexpr AttemptEndRow kAttemptEnds[] = {
     {kNoProgress, kWorkerNoProgress, kExitEndedEarly, kContinue, kNone},
     {kInterrupted, kExitInterrupted, kExitInterrupted, kEndCommand, kRunAgain},
     {kTimeout, kExitTimeout, kExitTimeout, kEndCommand, kRunAgain},
-    {kStoppedImmediately, kExitStoppedAtOnce, kExitStoppedAtOnce, kEndCommand, kRunAgain},
+    {kStoppedImmediately, kExitStoppedImmediately, kExitStoppedImmediately, kEndCommand, kRunAgain},
     {kRefused, kWorkerRefused, kExitNotStarted, kEndCommand, kNone},
     {kModuleFailed, kExitRestart, kExitRestart, kRetry, kRunAgain},
     {kModuleRefuses, kExitModuleFailed, kExitModuleFailed, kEndCommand, kFixAndRunAgain},

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a load prints when it is interrupted.
+// Watching for interrupts, with the messages that a load prints when one arrives.
 #pragma once
 
 #include "platform/interrupts.h"
@@ -11,8 +11,8 @@ namespace mqam {
 /// `secondExitCode`.
 inline void WatchInterrupts(int secondExitCode) {
     platform::WatchInterrupts(
-        {"\nmqam: finishing (a read that waits for messages ends first); press again to stop at once\n",
-         "\nmqam: stopped at once\n", secondExitCode});
+        {"\nmqam: finishing (a read that waits for messages ends first); press again to stop immediately\n",
+         "\nmqam: stopped immediately\n", secondExitCode});
 }
 
 }  // namespace mqam

@@ -35,14 +35,14 @@ bool FailModule(PlainLoad& load, bool mustEndProcess) {
 
 bool FailTarget(PlainLoad& load, const Status& failed) {
     load.result.end = PlainLoadEnd::kTargetFailed;
-    load.result.targetFailure = failed.Error();
+    load.result.error = failed;
     load.result.mustEndProcess = true;
     return false;
 }
 
 bool Refuse(PlainLoad& load, const std::string& error) {
     load.result.end = PlainLoadEnd::kNotStarted;
-    load.result.refusal = error;
+    load.result.error = Status::Refused(error);
     return false;
 }
 

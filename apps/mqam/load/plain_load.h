@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "mqam/base/progress.h"
+#include "mqam/base/status.h"
 #include "mqam/load/exit_table.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/module/module_failure.h"
@@ -44,8 +45,7 @@ struct PlainLoadResult {
     bool mustEndProcess = false;
     /// The request that failed, if its code is not pmrcOK. Close or Shut may fail after any end.
     ModuleFailure moduleFailure;
-    std::string targetFailure;
-    std::string refusal;  ///< with kNotStarted: the error message
+    Status error;  ///< with kNotStarted and kTargetFailed
 };
 
 /// Runs the load.

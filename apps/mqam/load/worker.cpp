@@ -54,10 +54,10 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& res
         case AttemptEnd::kNothingToDo: return DescribeCompletedLoad(result.state, target);
         case AttemptEnd::kInterrupted: return "ended on request\n";
         case AttemptEnd::kTimeout: return "the time-out (--timeout) expired\n";
-        case AttemptEnd::kRefused: return result.refusal + "\n";
+        case AttemptEnd::kRefused:
+        case AttemptEnd::kTargetFailed: return result.error.Error() + "\n";
         case AttemptEnd::kModuleFailed:
         case AttemptEnd::kModuleRefuses: return DescribeFailure(result.moduleFailure);
-        case AttemptEnd::kTargetFailed: return result.targetFailure + "\n";
         default: return "";
     }
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "mqam/module/position_text.h"
+#include "platform/digest.h"
 
 namespace mqam {
 
@@ -182,11 +183,7 @@ Status ParseRestartState(const std::string& text, RestartState& state) {
 }
 
 std::uint64_t DigestOf(const char* bytes, std::size_t length) {
-    std::uint64_t digest = 0xcbf29ce484222325U;
-    for (std::size_t i = 0; i < length; ++i) {
-        digest = (digest ^ static_cast<unsigned char>(bytes[i])) * 0x100000001b3U;
-    }
-    return digest;
+    return platform::DigestOf({bytes, length});
 }
 
 }  // namespace mqam

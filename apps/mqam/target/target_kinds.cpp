@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <array>
+
 #include "mqam/target/file/file_kind.h"
 #include "mqam/target/sqlite/sqlite_kind.h"
 #include "mqam/target/target_kind.h"
@@ -7,10 +9,10 @@ namespace mqam {
 
 namespace {
 
-constexpr const TargetKind* kTargetKinds[] = {
+constexpr auto kTargetKinds = std::to_array<const TargetKind*>({
     &kSqliteTargetKind,
     &kFileTargetKind,
-};
+});
 
 }  // namespace
 
@@ -19,10 +21,11 @@ std::span<const TargetKind* const> AllTargetKinds() {
 }
 
 const TargetKind& FindTargetKind(const std::string& name) {
-    for (const TargetKind* kind : kTargetKinds) {
+    // The last kind has an empty prefix: it takes every name that no other kind takes.
+    for (const TargetKind* kind : std::span(kTargetKinds).first(kTargetKinds.size() - 1)) {
         if (name.starts_with(kind->prefix)) return *kind;
     }
-    return kFileTargetKind;
+    return *kTargetKinds.back();
 }
 
 }  // namespace mqam

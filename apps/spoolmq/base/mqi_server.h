@@ -9,6 +9,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 #include "mqi/mqi.h"
 
@@ -180,6 +181,37 @@ struct MQCDStart {
     MQCHAR ConnectionName[264];
 };
 static_assert(offsetof(MQCDStart, MaxMsgLength) == 844 && offsetof(MQCDStart, ConnectionName) == 1024);
+
+// A program that includes mqi/mqi.h passes its structures to the verbs of the stand-in, which see the ones above. So every
+// member that both declare must have the same offset and size.
+#define MQAMOD_ALIKE(type, member) \
+    (offsetof(type, member) == offsetof(::type, member) && sizeof(type::member) == sizeof(::type::member))
+static_assert(MQAMOD_ALIKE(MQCNO, StrucId) && MQAMOD_ALIKE(MQCNO, Version) && MQAMOD_ALIKE(MQCNO, Options) &&
+              MQAMOD_ALIKE(MQCNO, ClientConnOffset) && MQAMOD_ALIKE(MQCNO, ClientConnPtr));
+static_assert(MQAMOD_ALIKE(MQOD, StrucId) && MQAMOD_ALIKE(MQOD, Version) && MQAMOD_ALIKE(MQOD, ObjectType) &&
+              MQAMOD_ALIKE(MQOD, ObjectName) && MQAMOD_ALIKE(MQOD, ObjectQMgrName) &&
+              MQAMOD_ALIKE(MQOD, DynamicQName) && MQAMOD_ALIKE(MQOD, AlternateUserId));
+static_assert(MQAMOD_ALIKE(MQMD, StrucId) && MQAMOD_ALIKE(MQMD, Version) && MQAMOD_ALIKE(MQMD, Report) &&
+              MQAMOD_ALIKE(MQMD, MsgType) && MQAMOD_ALIKE(MQMD, Expiry) && MQAMOD_ALIKE(MQMD, Feedback) &&
+              MQAMOD_ALIKE(MQMD, Encoding) && MQAMOD_ALIKE(MQMD, CodedCharSetId) &&
+              MQAMOD_ALIKE(MQMD, Format) && MQAMOD_ALIKE(MQMD, Priority) && MQAMOD_ALIKE(MQMD, Persistence) &&
+              MQAMOD_ALIKE(MQMD, MsgId) && MQAMOD_ALIKE(MQMD, CorrelId) && MQAMOD_ALIKE(MQMD, BackoutCount) &&
+              MQAMOD_ALIKE(MQMD, ReplyToQ) && MQAMOD_ALIKE(MQMD, ReplyToQMgr) &&
+              MQAMOD_ALIKE(MQMD, UserIdentifier) && MQAMOD_ALIKE(MQMD, AccountingToken) &&
+              MQAMOD_ALIKE(MQMD, ApplIdentityData) && MQAMOD_ALIKE(MQMD, PutApplType) &&
+              MQAMOD_ALIKE(MQMD, PutApplName) && MQAMOD_ALIKE(MQMD, PutDate) && MQAMOD_ALIKE(MQMD, PutTime) &&
+              MQAMOD_ALIKE(MQMD, ApplOriginData));
+static_assert(MQAMOD_ALIKE(MQGMO, StrucId) && MQAMOD_ALIKE(MQGMO, Version) && MQAMOD_ALIKE(MQGMO, Options) &&
+              MQAMOD_ALIKE(MQGMO, WaitInterval) && MQAMOD_ALIKE(MQGMO, Signal1) &&
+              MQAMOD_ALIKE(MQGMO, Signal2) && MQAMOD_ALIKE(MQGMO, ResolvedQName));
+static_assert(offsetof(MQCDStart, ChannelName) == offsetof(::MQCD, ChannelName) &&
+              offsetof(MQCDStart, Version) == offsetof(::MQCD, Version) &&
+              offsetof(MQCDStart, ChannelType) == offsetof(::MQCD, ChannelType) &&
+              offsetof(MQCDStart, TransportType) == offsetof(::MQCD, TransportType) &&
+              offsetof(MQCDStart, MaxMsgLength) == offsetof(::MQCD, MaxMsgLength) &&
+              offsetof(MQCDStart, ConnectionName) == offsetof(::MQCD, ConnectionName) &&
+              sizeof(MQCDStart::ConnectionName) == sizeof(::MQCD::ConnectionName));
+#undef MQAMOD_ALIKE
 
 inline constexpr MQLONG MQRC_ALREADY_CONNECTED = 2002;
 inline constexpr MQLONG MQRC_BACKED_OUT = 2003;

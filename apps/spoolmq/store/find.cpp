@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/clock.h"
+#include "platform/digest.h"
 #include "platform/file.h"
 #include "spoolmq/store/descriptor.h"
 #include "spoolmq/store/store.h"
@@ -17,23 +18,15 @@ namespace {
 // that there is no message.
 constexpr std::int64_t kRecoveryIntervalMs = 100;
 
-std::uint64_t Fnv1a(std::string_view text) {
-    std::uint64_t hash = 14695981039346656037U;
-    for (const char c : text) {
-        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
-    }
-    return hash;
-}
-
 // Fills the message id of a copied-in file, which is unique and the same at every call.
 void FillCopiedInId(const StoreConnection& connection, const MessageName& name, MQBYTE* msgId) {
     char text[16];
     FillField(text, 4, "FILE");
     FillField(text + 4, 12, connection.object);
     std::memcpy(msgId, text, sizeof text);
-    const std::uint64_t hash = Fnv1a(DescriptorName(name));
+    const std::uint64_t digest = platform::DigestOf(DescriptorName(name));
     for (std::size_t i = 0; i < 8; ++i) {
-        msgId[16 + i] = static_cast<MQBYTE>(hash >> (56 - 8 * i));
+        msgId[16 + i] = static_cast<MQBYTE>(digest >> (56 - 8 * i));
     }
 }
 
@@ -114,7 +107,7 @@ FileStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMe
 // Opens the entry's message if it is selected. kNoMessage when it is not, or when its file is gone or still
 // being written.
 Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& entry, FoundMessage& found) {
-    const Status noMessage = {StatusCode::kNoMessage, {}};
+    Status noMessage = {StatusCode::kNoMessage, {}};
     if (entry.areIdsKnown && !IsSelected(selection, entry)) {
         return noMessage;
     }

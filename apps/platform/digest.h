@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// A digest of bytes that is the same on every system and in every release, so it may be stored in files.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace platform {
+
+/// Returns the 64-bit FNV-1a hash of the bytes: it detects an accidental change, not an intended one.
+constexpr std::uint64_t DigestOf(std::string_view bytes) {
+    std::uint64_t digest = 0xcbf29ce484222325U;
+    for (const char byte : bytes) {
+        digest = (digest ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
+    }
+    return digest;
+}
+
+}  // namespace platform
