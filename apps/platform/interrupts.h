@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Interrupts: Ctrl-C, and SIGTERM where there are signals. A process either watches for interrupts itself
-// (WatchInterrupts) or leaves them to a child process (ForwardInterrupts). Both also ignore SIGPIPE: a reader
+// Interrupts: Ctrl-C; where there are signals SIGTERM, and SIGHUP unless the process was started with SIGHUP ignored; on
+// Windows Ctrl-Break, the closing of the console, the log-off and the shutdown. A process either watches for interrupts
+// itself (WatchInterrupts) or leaves them to a child process (ForwardInterrupts). Both also ignore SIGPIPE: a reader
 // that goes away shows as a failed write.
+//
+// After a close, log-off or shutdown Windows ends the process as soon as the handler returns. The handler therefore
+// waits for the process to end by itself, but not longer than the system would.
 #pragma once
 
 #include "platform/process.h"
@@ -17,7 +21,8 @@ struct InterruptResponse {
 
 /// From now on the first interrupt prints a text and makes InterruptRequested true. The second one prints
 /// another text and ends the process without any exit routine. Signals within 0.1 s of the first one count as
-/// the same interrupt.
+/// the same interrupt. SIGHUP, and what ends a Windows session, never count as the second one, because the system may
+/// send them several times.
 void WatchInterrupts(const InterruptResponse& response);
 
 /// Whether an interrupt arrived since WatchInterrupts.

@@ -14,13 +14,12 @@ namespace platform {
 
 namespace {
 
-std::atomic<int> watchedInterrupts{0};
 InterruptResponse interruptResponse;
 
 // A service manager and `timeout` send a signal to every process they know, and a command forwards its own, so
 // that one interrupt arrives several times within a moment.
 constexpr long long kMomentNanoseconds = 100000000;
-std::atomic<long long> firstInterruptAt{0};
+std::atomic<long long> firstInterruptAt{0};  // 0 = none has arrived
 
 std::atomic<pid_t> interruptReceiver{0};
 std::atomic<bool> interruptForwarded{false};
@@ -31,19 +30,20 @@ long long MonotonicNanoseconds() {
     return now.tv_sec * 1000000000LL + now.tv_nsec;
 }
 
-extern "C" void CountInterrupt(int /*signalNumber*/) {
+extern "C" void CountInterrupt(int signalNumber) {
     const int savedErrno = errno;
     const long long now = MonotonicNanoseconds();
-    const bool first = watchedInterrupts.fetch_add(1) == 0;
-    if (first) firstInterruptAt = now;
-    if (!first && now - firstInterruptAt < kMomentNanoseconds) {
+    long long first = 0;
+    const bool isFirst = firstInterruptAt.compare_exchange_strong(first, now);
+    // A terminal that closes sends SIGHUP more than once, by way of the shell and of the system.
+    if (!isFirst && (signalNumber == SIGHUP || now - first < kMomentNanoseconds)) {
         errno = savedErrno;
         return;
     }
-    const char* text = first ? interruptResponse.firstText : interruptResponse.secondText;
+    const char* text = isFirst ? interruptResponse.firstText : interruptResponse.secondText;
     const ssize_t written = write(STDERR_FILENO, text, std::strlen(text));
     static_cast<void>(written);
-    if (!first) _exit(interruptResponse.secondExitCode);
+    if (!isFirst) _exit(interruptResponse.secondExitCode);
     errno = savedErrno;
 }
 
@@ -56,7 +56,21 @@ extern "C" void ForwardInterrupt(int signalNumber, siginfo_t* information, void*
     errno = savedErrno;
 }
 
+void Handle(const struct sigaction& action) {
+    for (const int interrupt : InterruptSignals())
+        sigaction(interrupt, &action, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
 }  // namespace
+
+std::vector<int> InterruptSignals() {
+    std::vector<int> signals = {SIGINT, SIGTERM};
+    struct sigaction hangup = {};
+    sigaction(SIGHUP, nullptr, &hangup);
+    if (hangup.sa_handler != SIG_IGN) signals.push_back(SIGHUP);
+    return signals;
+}
 
 void WatchInterrupts(const InterruptResponse& response) {
     interruptResponse = response;
@@ -65,14 +79,11 @@ void WatchInterrupts(const InterruptResponse& response) {
     // An interrupt must not make the module's file calls fail.
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    action.sa_handler = SIG_IGN;
-    sigaction(SIGPIPE, &action, nullptr);
+    Handle(action);
 }
 
 bool InterruptRequested() {
-    return watchedInterrupts.load(std::memory_order_relaxed) > 0;
+    return firstInterruptAt.load(std::memory_order_relaxed) != 0;
 }
 
 void ForwardInterrupts() {
@@ -80,11 +91,7 @@ void ForwardInterrupts() {
     action.sa_sigaction = ForwardInterrupt;
     action.sa_flags = SA_SIGINFO;
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    action.sa_flags = 0;
-    action.sa_handler = SIG_IGN;
-    sigaction(SIGPIPE, &action, nullptr);
+    Handle(action);
 }
 
 bool InterruptForwarded() {
@@ -102,8 +109,8 @@ bool SendInterrupt(ProcessHandle process) {
 BlockedInterrupts::BlockedInterrupts() {
     sigset_t interrupts;
     sigemptyset(&interrupts);
-    sigaddset(&interrupts, SIGINT);
-    sigaddset(&interrupts, SIGTERM);
+    for (const int interrupt : InterruptSignals())
+        sigaddset(&interrupts, interrupt);
     sigprocmask(SIG_BLOCK, &interrupts, &before_);
 }
 

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/interrupts.h"
 
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
-
 #include <atomic>
 #include <cstdio>
+
+#include "platform/console_events.h"
 
 namespace platform {
 
@@ -15,26 +14,56 @@ std::atomic<int> watchedInterrupts{0};
 InterruptResponse interruptResponse;
 std::atomic<bool> interruptForwarded{false};
 
-bool IsInterrupt(DWORD event) {
-    return event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT || event == CTRL_CLOSE_EVENT;
+// The system ends a process 5 s after its console was closed, and later after the other events.
+constexpr DWORD kEndOfProcessMs = 4800;
+
+enum class EventKind { kNone, kKeys, kEndOfSession };
+
+EventKind KindOf(DWORD event) {
+    switch (event) {
+        case CTRL_C_EVENT:
+        case CTRL_BREAK_EVENT: return EventKind::kKeys;
+        case CTRL_CLOSE_EVENT:
+        case CTRL_LOGOFF_EVENT:
+        case CTRL_SHUTDOWN_EVENT: return EventKind::kEndOfSession;
+        default: return EventKind::kNone;
+    }
 }
 
-// The system calls handlers on a thread of its own.
-BOOL WINAPI CountInterrupt(DWORD event) {
-    if (!IsInterrupt(event)) return FALSE;
-    const bool first = watchedInterrupts.fetch_add(1) == 0;
-    std::fputs(first ? interruptResponse.firstText : interruptResponse.secondText, stderr);
+void Print(const char* text) {
+    std::fputs(text, stderr);
     std::fflush(stderr);
-    if (!first) ExitImmediately(interruptResponse.secondExitCode);
+}
+
+// Gives the process the time to end by itself. The system ends it when this returns.
+BOOL AwaitEndOfProcess() {
+    Sleep(kEndOfProcessMs);
     return TRUE;
 }
 
-// The child has the same console and sees the interrupt by itself.
-BOOL WINAPI NoteInterrupt(DWORD event) {
-    if (!IsInterrupt(event)) return FALSE;
-    interruptForwarded = true;
-    return TRUE;
+}  // namespace
+
+BOOL WINAPI CountConsoleEvent(DWORD event) {
+    const EventKind kind = KindOf(event);
+    if (kind == EventKind::kNone) return FALSE;
+    int none = 0;
+    const bool first = watchedInterrupts.compare_exchange_strong(none, 1);
+    if (first) Print(interruptResponse.firstText);
+    if (kind == EventKind::kEndOfSession) return AwaitEndOfProcess();
+    if (first) return TRUE;
+    Print(interruptResponse.secondText);
+    ExitImmediately(interruptResponse.secondExitCode);
 }
+
+// The child has the same console and sees the event by itself.
+BOOL WINAPI NoteConsoleEvent(DWORD event) {
+    const EventKind kind = KindOf(event);
+    if (kind == EventKind::kNone) return FALSE;
+    interruptForwarded = true;
+    return kind == EventKind::kEndOfSession ? AwaitEndOfProcess() : TRUE;
+}
+
+namespace {
 
 void SetHandler(PHANDLER_ROUTINE handler) {
     // A parent that started this process in a group of its own has switched Ctrl-C off for it.
@@ -46,7 +75,7 @@ void SetHandler(PHANDLER_ROUTINE handler) {
 
 void WatchInterrupts(const InterruptResponse& response) {
     interruptResponse = response;
-    SetHandler(CountInterrupt);
+    SetHandler(CountConsoleEvent);
 }
 
 bool InterruptRequested() {
@@ -54,7 +83,7 @@ bool InterruptRequested() {
 }
 
 void ForwardInterrupts() {
-    SetHandler(NoteInterrupt);
+    SetHandler(NoteConsoleEvent);
 }
 
 bool InterruptForwarded() {

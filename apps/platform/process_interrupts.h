@@ -6,10 +6,15 @@
 #include <sys/types.h>
 
 #include <csignal>
+#include <vector>
 
 namespace platform {
 
-/// Blocks SIGINT and SIGTERM for the life of the object.
+/// Returns the signals that are interrupts: SIGINT, SIGTERM, and SIGHUP unless this process was started with SIGHUP
+/// ignored, as by nohup.
+[[nodiscard]] std::vector<int> InterruptSignals();
+
+/// Blocks the interrupts for the life of the object.
 class BlockedInterrupts {
   public:
     BlockedInterrupts();

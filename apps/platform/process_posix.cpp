@@ -78,12 +78,13 @@ void RedirectInChild(int standardStream, const char* path, int flags) {
 
 // Interrupts that arrive during the start are delivered to the child once it is the receiver.
 pid_t ForkReceiver(const Image& image) {
+    const std::vector<int> interrupts = InterruptSignals();
     const BlockedInterrupts blocked;
     const pid_t child = fork();
     if (child == 0) {
         // Until the child has handlers of its own, an interrupt ends it.
-        std::signal(SIGINT, SIG_DFL);
-        std::signal(SIGTERM, SIG_DFL);
+        for (const int interrupt : interrupts)
+            std::signal(interrupt, SIG_DFL);
         blocked.Restore();
         BecomeChild(image);
     }

@@ -21,6 +21,13 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
+int CountOf(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
 // Only on Windows can a worker mark the exit codes that are its own.
 constexpr bool kExitsAreMarked = platform::kIsWindows;
 
@@ -340,6 +347,28 @@ TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
     EXPECT_TRUE(Contains(Calls(), "PutAttribute GEN_EOF= Read Close Shut")) << Calls();
     EXPECT_TRUE(ReadFileIfAny(Path("out")).starts_with("record 1\nrecord 2\n"));
 }
+
+#if !defined(_WIN32)
+
+TEST_F(FakeLoad, AClosedTerminalCostsNoRecordThatWasRead) {
+    RunningProgram program(MQAM_PROGRAM,
+                           {"load", "--module", FAKE_MODULE, "--init",
+                            Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 1 -CKFILE " + Path("ck")), "--to",
+                            Path("out"), "--checkpoint-every", "100", "--verbose"},
+                           {}, folder_.Root());
+    ASSERT_TRUE(program.WaitForError("checkpoint 3 ")) << program.Wait().standardError;
+    ASSERT_TRUE(program.Signal(1));  // SIGHUP
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 5) << result.standardError;
+    const std::string calls = Calls();
+    ASSERT_TRUE(calls.ends_with("PutAttribute GEN_EOF= Read Close Shut")) << calls;
+    std::string expected;
+    for (int i = 1; i < CountOf(calls, "Read"); ++i)
+        expected += "record " + std::to_string(i) + "\n";
+    EXPECT_EQ(ReadFileIfAny(Path("out")), expected);
+}
+
+#endif
 
 TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());

@@ -267,6 +267,21 @@ TEST_F(RestartableLoad, SigtermToTheCommandReachesTheWorkerAndCountsOnceHoweverM
     EXPECT_TRUE(site.IsDone());
 }
 
+TEST_F(RestartableLoad, AHangupEndsItAsSigtermDoesHoweverManyAreSent) {
+    LoadSite& site = Add("hung-up", kManyMessages);
+    site.Set("--checkpoint-every", "100");
+    site.Start({"--verbose"});
+    ASSERT_TRUE(site.Program().WaitForError("checkpoint 3 "));
+    constexpr int kSighup = 1;
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(site.Program().Signal(kSighup));
+    site.Wait();
+    EXPECT_EQ(site.Result().exitCode, 5) << site.Error();
+    EXPECT_EQ(CountOf(site.Error(), "finishing"), 1) << site.Error();
+    RunAllAgain();
+    EXPECT_TRUE(site.IsDone());
+}
+
 TEST_F(RestartableLoad, ASecondInterruptStopsAtOnceAndTheSameCommandGoesOn) {
     LoadSite& site = Add("at-once", 10);
     site.Set("--rwait", "600");

@@ -68,9 +68,10 @@ constexpr ExitCodeRow kExitCodes[] = {
     {kExitModuleMissing, "the module could not be loaded",
      "libmqamod.so or mqamod.dll is not next to `mqam`, or one of the libraries that it needs is missing.",
      "Name it: `--module PATH`.", true},
-    {kExitInterrupted, "stopped on request (Ctrl-C, SIGTERM); every record read is in the target",
-     "Someone pressed Ctrl-C or ended the process in an orderly way. Records that a load with restart "
-     "information had read after its last checkpoint are kept for the restart.",
+    {kExitInterrupted,
+     "stopped on request (Ctrl-C, SIGTERM, SIGHUP); every record read is in the target, or kept for the restart",
+     "Someone pressed Ctrl-C, ended the process in an orderly way, closed its terminal or console, logged off, or shut "
+     "the system down.",
      "With restart information run the same command again: it resumes the load.", true},
     {kExitTimeout,
      "the time-out (--timeout) expired; every record read is in the target, or kept for the restart",
