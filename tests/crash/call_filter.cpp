@@ -23,16 +23,16 @@ namespace {
 
 constexpr int kNone = -1;
 
-// The arguments that make a call one of its row.
+// How the bits of an argument are compared to decide whether a call belongs to a row of the table.
 enum class Match { kAnyBit, kNoBit, kEqual };
 
 struct CallRow {
     int number;
     const char* name;
-    int descriptor;  // index of the argument: the file, or the directory at which the path begins
+    int descriptor;  // index of the argument that is the file, or the directory at which the path begins
     int path;        // index of the argument, or kNone if the descriptor is the file
     int length;      // index of the argument, or kNone
-    int flags;       // index of the argument that must match, or kNone if every call is of the row
+    int flags;       // index of the argument that must match, or kNone if every call belongs to the row
     std::uint32_t bits = 0;
     Match match = Match::kAnyBit;
 };
@@ -74,7 +74,7 @@ constexpr CallRow kCalls[] = {
     {SYS_mmap, "mmap", 4, kNone, kNone, 3, MAP_SHARED},
 };
 
-// Calls that change no file, but whose failure a load can notice.
+// These calls change no file, but a load can notice their failure.
 constexpr CallRow kLooks[] = {
     {SYS_read, "read", 0, kNone, kNone, kNone},
     {SYS_pread64, "pread64", 0, kNone, kNone, kNone},
@@ -102,7 +102,7 @@ constexpr CallRow kLooks[] = {
     {SYS_fcntl, "fcntl F_OFD_SETLK", 0, kNone, kNone, 1, F_OFD_SETLK, Match::kEqual},
 };
 
-// Other calls that change no file. Their effect ends with the process.
+// These calls change no file either, and what they change ends with the process.
 constexpr int kHarmlessCalls[] = {
     SYS_statfs,
     SYS_fstatfs,
@@ -211,7 +211,7 @@ void AppendHarmless(std::vector<sock_filter>& program, int call) {
     program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
 }
 
-// Asks the filter's question again, for a call at which it stopped.
+// Repeats the filter's decision for a call at which the filter stopped.
 bool IsOfRow(const CallRow& row, std::uint64_t number, const std::uint64_t* arguments) {
     if (static_cast<std::uint64_t>(row.number) != number) return false;
     if (row.flags == kNone) return true;
@@ -231,7 +231,7 @@ const CallRow* FindRow(const CallRow (&rows)[Count], std::uint64_t number, const
     return row == rows + Count ? nullptr : row;
 }
 
-// Reads a link in /proc; empty if that fails.
+// Returns the target of a link in /proc, or an empty string if it cannot be read.
 std::string ReadLink(pid_t thread, const std::string& name) {
     char target[PATH_MAX];
     const std::string link = "/proc/" + std::to_string(thread) + "/" + name;
@@ -273,7 +273,7 @@ bool StopAtStateCalls(bool alsoLooks) {
         for (const CallRow& row : kLooks)
             AppendRow(program, row);
     }
-    // With other arguments, a call of the row changes nothing.
+    // A call that a row lists with an argument changes nothing if the argument does not match.
     for (const CallRow& row : kCalls) {
         if (row.flags != kNone) AppendHarmless(program, row.number);
     }

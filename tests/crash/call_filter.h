@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The system calls that change what is on disk: the filter that stops a traced process at them, and the file
-// that each concerns. Every other call must be known to change nothing, so the filter also stops at calls
-// that it does not know. On request it stops at calls that change nothing but look at a file.
+// Finds the system calls that change what is on disk: the filter stops a traced process at these calls, and
+// the other routines say which file each of them concerns. The filter also stops at calls that it does not
+// know, so every other call is known to change nothing. On request it stops at calls that only look at a
+// file, too.
 #pragma once
 
 #include <sys/types.h>
@@ -17,10 +18,10 @@
 [[nodiscard]] bool StopAtStateCalls(bool alsoLooks);
 
 struct StateCall {
-    std::string name;            ///< the number of a call that is not known
-    bool isKnown = true;         ///< false if it lets a file change without a call, as a mapping does
-    bool looks = false;          ///< changes nothing
-    bool failsWhenDone = false;  ///< fails only after it has taken effect
+    std::string name;            ///< the number instead of the name if the call is not known
+    bool isKnown = true;         ///< false also if it lets a file change later, as a mapping does
+    bool looks = false;          ///< the call changes nothing
+    bool failsWhenDone = false;  ///< the call fails only after it has taken effect
     std::string path;            ///< absolute path of what is written, created, removed, moved or looked at
     std::uint64_t length = 0;    ///< bytes to be written; 0 when the call writes none
 };

@@ -15,10 +15,11 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// The system's reason, or what SQLite reports instead: that a file cannot be opened, or that it is read-only
-// because SQLite could open it only for reading, or that it is locked because one process of the load could
-// not release a lock. The module has no reason if it could not determine its position in a file, or if a read
-// returned nothing; then the advice names possible causes.
+// Returns whether the text names a reason: the system's, or one of those that SQLite reports instead. SQLite
+// may report that a file cannot be opened, that it is read-only because it could be opened only for reading,
+// or that it is locked because one process of the load could not release a lock. The module has no reason if
+// it could not determine its position in a file, or if a read returned nothing; then the advice names
+// possible causes.
 bool NamesReason(const std::string& printed) {
     const std::array<std::string, 9> reasons = {std::strerror(EIO),
                                                 std::strerror(ENOSPC),
@@ -39,7 +40,7 @@ std::string JudgeComplaint(const std::string& printed, const std::string& direct
     if (exitCode != kTargetFailed && exitCode != kRunAgain) {
         return "it ended with " + std::to_string(exitCode);
     }
-    // The module reports the kind of its file and not its name.
+    // The module reports what its file is for, not its name.
     const std::string failure = printed.substr(0, printed.find("\n  safe      "));
     if (!Contains(failure, directory + "/") && !Contains(failure, "\n  file      ") &&
         !Contains(failure, "\n  message   empty checkpoint file\n")) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a command must report to its operator when a call on one of its load's files failed and it gave up.
+// Checks what a command reports to its operator when a call on one of its load's files fails and the command
+// gives up.
 #pragma once
 
 #include <string>

@@ -15,11 +15,13 @@ const Series kStoreCalls = {"store-before", "store-after"};
 // The second kill of a pair meets the state that the first one left. There is one such state before each
 // call, and the cut writes add more.
 const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
-// Nothing is killed: a call fails once, or all later calls on the same file fail.
+// In these series nothing is killed: a call fails once, or all later calls on the same file fail, too.
 const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
-// The same for calls that only look, which cannot run out of space; and for a file that is lost completely.
+// These series do the same to calls that only look, which cannot run out of space. The last one loses the
+// file completely.
 const Series kFailedLooks = {"look-eio", "look-eio-on", "look-eio-all"};
-// In an undisturbed load, the second attempt finds the queue empty. The module does not call MQINQ.
+// In an undisturbed load, the second attempt finds the queue empty, so it has nothing to commit. The module
+// does not call MQINQ.
 const Series kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
     "life1-MQGET-before",   "life1-MQGET-after",   "life1-MQCMIT-before",  "life1-MQCMIT-after",

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The classes of crash points as data: which load, killed how, at which of its calls.
+// Defines the classes of crash points as data: which load is killed, how, and at which of its calls.
 #pragma once
 
 #include <string>
@@ -13,18 +13,18 @@ enum class TargetKind { kFile, kSqlite };
 
 struct CrashClass {
     const char* name;
-    const char* what;  ///< for people
+    const char* what;  ///< a description for people
     TargetKind target;
     bool hasLog;
     int messages;
     int checkpointEvery;
     Victim victim;
-    const char* prelude;  ///< a point at which the load is killed before those of the class; or ""
+    const char* prelude;  ///< a point at which the load is killed before the points of the class; or ""
     int preludeCheckpointEvery;
     std::vector<const char*> series;  ///< points without their last number, which is counted up to the end
     int smokePoints;                  ///< points of each series in the short run
-    int fileKibibytesMax = 0;         ///< limit of a file's size in the killed load; 0 = none
-    const char* touches = "";         ///< part of the name of a file; some points must be at its calls
+    int fileKibibytesMax = 0;         ///< limit on the size of a file in the killed load; 0 = none
+    const char* touches = "";         ///< part of a file's name; some points must be at calls on that file
 };
 
 [[nodiscard]] const std::vector<CrashClass>& CrashClasses();

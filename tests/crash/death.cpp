@@ -11,7 +11,7 @@ struct MomentName {
     DeathMoment moment;
     const char* name;
 };
-// A name must be tried before a shorter name with which it begins.
+// If one name begins with another, the longer one must be tried first.
 constexpr MomentName kMomentNames[] = {
     {DeathMoment::kBefore, "before"},       {DeathMoment::kAfter, "after"},
     {DeathMoment::kCutToThree, "cut-to-3"}, {DeathMoment::kCutToHalf, "cut-to-half"},

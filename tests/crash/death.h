@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// Whose calls are counted.
+/// Says which calls are counted.
 enum class DeathScope {
     kOwn,    ///< system calls that change the load's own files
     kStore,  ///< system calls on the queue manager's files: its agent is killed
@@ -32,7 +32,7 @@ enum class DeathMoment {
 struct Death {
     DeathScope scope = DeathScope::kOwn;
     DeathMoment moment = DeathMoment::kBefore;
-    int life = 0;      ///< kMqi: the number of the worker process, from 1
+    int life = 0;      ///< kMqi: the number of the worker process, counted from 1
     std::string verb;  ///< kMqi
     std::uint64_t number =
         0;  ///< number of the counted call, from 1; cuts count only writes that are long enough
@@ -44,9 +44,9 @@ struct Death {
 [[nodiscard]] bool GoesOnFailing(DeathMoment moment);
 [[nodiscard]] bool FailsEveryScope(DeathMoment moment);
 
-/// "own-before-17", "own-cut-to-half-3", "look-eio-on-5", "life2-MQGET-after-1"
+/// Returns a name such as "own-before-17", "own-cut-to-half-3", "look-eio-on-5" or "life2-MQGET-after-1".
 [[nodiscard]] std::string DescribeDeath(const Death& death);
-/// The kills joined by "+".
+/// Returns the names of the kills, joined by "+".
 [[nodiscard]] std::string DescribePoint(const std::vector<Death>& deaths);
 /// Parses what DescribePoint makes. Returns false if the text is not a point.
 [[nodiscard]] bool ParsePoint(const std::string& text, std::vector<Death>& deaths);

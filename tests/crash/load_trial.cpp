@@ -13,8 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Each message begins with its number, so that none begins with the bytes of the one before. Two such
-// messages could not be distinguished from a redelivery. One in ten is longer than a stream's buffer.
+// Each message begins with its number, so that no message begins with the bytes of the one before. Otherwise
+// the two could not be distinguished from a redelivery. One in ten is longer than a stream's buffer.
 std::string ComposeMessage(int index) {
     unsigned seed = static_cast<unsigned>(index) * 2654435761U + 1;
     const auto next = [&seed] {
@@ -92,7 +92,7 @@ std::string CompareRecords(const CrashClass& crashClass, const std::vector<std::
     return std::to_string(records.size()) + " records of " + std::to_string(crashClass.messages);
 }
 
-// The names in the load's directory without those of the queue manager.
+// Returns the names in the load's directory, without those of the queue manager.
 std::string CompareFiles(const CrashClass& crashClass, const std::string& folder) {
     const bool isFile = crashClass.target == TargetKind::kFile;
     std::set<std::string> expected = {"spool", isFile ? "out" : "db"};

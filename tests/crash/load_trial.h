@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// One load that is tried in a directory of its own: its queue and messages, its command line, and what must
-// be there when it is done.
+// Tries one load in a directory of its own: creates its queue and messages, composes its command line, and
+// checks what must be there when the load is done.
 #pragma once
 
 #include <string>
@@ -24,11 +24,11 @@ struct Programs {
                                        const Programs& programs, int checkpointEvery, bool goesOn);
 
 /// Checks the target and the queue of a load that reported to be done. Returns an empty string if every
-/// message is in the target exactly once, in order, byte for byte, and the queue is empty; otherwise what is
-/// wrong.
+/// message is in the target exactly once, in order and byte for byte, and the queue is empty. Otherwise
+/// returns what is wrong.
 [[nodiscard]] std::string CheckTarget(const CrashClass& crashClass, const std::string& folder);
 
-/// Checks everything that a load that reported to be done left. Returns an empty string if every message is
-/// in the target exactly once, in order, byte for byte, the queue is empty and no other file is left;
-/// otherwise what is wrong.
+/// Checks everything that a load that reported to be done has left. Returns an empty string if every message
+/// is in the target exactly once, in order and byte for byte, the queue is empty and no other file is left.
+/// Otherwise returns what is wrong.
 [[nodiscard]] std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder);

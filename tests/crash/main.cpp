@@ -85,7 +85,7 @@ Options ReadOptions(int count, char** arguments) {
 }
 
 std::string MakeWorkFolder() {
-    // In memory, syncing costs nothing. It does not matter here, because there is no power failure.
+    // In shared memory, syncing costs nothing. No test here simulates a power failure, so nothing is lost.
     std::string folder =
         access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path().string();
     folder += "/mqamod-crash.XXXXXX";

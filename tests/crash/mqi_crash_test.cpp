@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A load whose worker process is killed before and after each MQI call that it makes, by the stand-in's fault
-// plan, and that the same command then finishes. It is for systems on which no tracer can kill it elsewhere.
-// Many loads run at the same time, each in a directory of its own. CRASH_MESSAGES sets the number of messages
-// for longer loads.
+// Kills the worker process of a load before and after each MQI call that it makes, by the stand-in's fault
+// plan; the same command must then finish the load. The test is for systems without a tracer, on which no
+// other point can be reached. Many loads run at the same time, each in a directory of its own. CRASH_MESSAGES
+// sets the number of messages for longer loads.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -55,7 +55,7 @@ std::string ComposeExpected() {
     return bytes;
 }
 
-// The numbers with which the records begin, in order.
+// Returns the numbers with which the records begin, in order.
 std::string NameRecords(const std::string& bytes) {
     std::string names;
     for (std::size_t begin = 0; begin + 4 <= bytes.size();) {
@@ -69,8 +69,9 @@ std::string NameRecords(const std::string& bytes) {
     return names;
 }
 
-// Held while a program starts and while a file of a load is open here. A program inherits the environment of
-// this process and every open file, and the stand-in takes an open file neither as a message nor as a plan.
+// This mutex is held while a program starts and while a file of a load is open here. A program inherits the
+// environment of this process and every open file, and the stand-in does not accept an open file as a message
+// or as a plan.
 std::mutex& StartOrOpen() {
     static std::mutex mutex;
     return mutex;
@@ -138,7 +139,7 @@ class PointLoad {
         });
     }
 
-    // A directory that a load is just deleting cannot be read. Then there may be one.
+    // A directory that a load is just deleting cannot be read. It counts as containing such a file.
     [[nodiscard]] bool IsMessageLeft() const {
         std::error_code error;
         fs::recursive_directory_iterator name(folder_.Path("spool"), error);
@@ -159,8 +160,8 @@ class PointLoad {
             WritePlan(planOfSecondLife);
         }
         ProgramResult result = load.Wait(kRunSecondsMax);
-        // Under Wine, a program that was not started may seem to have ended well, or its worker may not have
-        // been started.
+        // Under Wine, a program that did not start may seem to have ended successfully, or its worker may not
+        // have been started.
         const auto tells = [&result](const char* text) {
             return result.standardError.find(text) != std::string::npos;
         };
@@ -225,11 +226,11 @@ void RunPoints(std::vector<Point>& points) {
 
 struct VerbCalls {
     const char* verb;
-    int calls;  // that the attempt makes at least
+    int calls;  // the least number of such calls that the attempt makes
 };
 
-// Each call is a point. The test tries a few more calls, because there may be another MQGET where a wait is
-// split.
+// Every call is a point. The test tries a few more calls than expected, because a wait that is split takes
+// another MQGET.
 void KillAroundEach(const std::vector<VerbCalls>& verbs, bool inSecondLife) {
     constexpr int kMoreCalls = 2;
     std::vector<Point> points;

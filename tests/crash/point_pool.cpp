@@ -24,7 +24,7 @@ struct RunningPoint {
     int outcomePipe = -1;
 };
 
-// What a point's process writes to its pipe, followed by the text of `where`.
+// A point's process writes this to its pipe, followed by the text of `where`.
 struct OutcomeHead {
     PointVerdict verdict;
     CallCounts counts;

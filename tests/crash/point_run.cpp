@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kExitFailed = 9;  // exit code of mqam: an attempt has failed, run the same command again
+constexpr int kExitFailed = 9;  // exit code of mqam: an attempt has failed and can be repeated
 
 PointOutcome Fail(PointOutcome outcome, const std::string& wrong) {
     outcome.verdict = PointVerdict::kFailed;
@@ -23,7 +23,7 @@ std::string ReadConsole(const ProgramOrder& order) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Returns an empty string, or what is wrong with the command's reaction to the failed call.
+// Returns what is wrong with the command's reaction to the failed call, or an empty string.
 std::string JudgeFailedCall(const CrashClass& crashClass, const std::string& folder, const std::string& told,
                             int exitCode) {
     if (exitCode != 0) return JudgeComplaint(told, folder + "/load", exitCode);
@@ -77,7 +77,7 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
         const std::string wrong = JudgeFailedCall(crashClass, folder, told, end.exitCode);
         if (!wrong.empty()) return Fail(outcome, wrong);
     }
-    // Checked after a failed call even if the load was done: it may have left a file.
+    // After a failed call this is checked even if the load was done, because the load may have left a file.
     if (end.exitCode != 0 || callFailed) {
         const int code = RunProgramToEnd(load);
         if (code != 0) return Fail(outcome, "the same command ended with " + std::to_string(code));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// One crash point, from its start to its result.
+// Runs one crash point from its start to its result.
 #pragma once
 
 #include <string>
@@ -22,8 +22,8 @@ struct PointOutcome {
     CallCounts counts;  ///< calls of the run with the last kill, up to it or up to the end
 };
 
-/// Runs a load of the class in `folder`, which is created and must not exist: the prelude, the kills one
-/// after another, then the same command until it is done. Then checks what it left.
+/// Creates `folder`, which must not exist, and runs a load of the class in it: the prelude, the kills one
+/// after another, then the same command until the load is done. Then checks what the load left.
 ///   deaths     in   at least one; a last one with number 0 is never reached and only counts
 [[nodiscard]] PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& deaths,
                                     const std::string& folder, const Programs& programs);

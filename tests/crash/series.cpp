@@ -9,20 +9,21 @@
 
 namespace {
 
-// Runs beyond the counted end, because the target's idle writer may or may not write.
+// A series continues this far beyond the counted end, because the target's idle writer may make a call or
+// not.
 constexpr std::uint64_t kBeyondCount = 2;
 
 enum class Stage { kToCount, kCounting, kRunning, kOver };
 
 struct Series {
     const CrashClass* crashClass = nullptr;
-    std::string name;           // as in the class
+    std::string name;           // the name that the class gives the series
     std::vector<Death> deaths;  // the number of the last one varies
-    bool firstVaries = false;   // of two kills: the first is counted, and each of its numbers makes a series
+    bool firstVaries = false;   // of a pair: the first number varies, too, and each value makes a series
     Stage stage = Stage::kToCount;
-    std::uint64_t limit = 0;  // numbers up to here are worth a try
+    std::uint64_t limit = 0;  // numbers up to this one are tried
     std::uint64_t next = 1;
-    std::vector<std::uint64_t> sample;  // or only these numbers, the last one first
+    std::vector<std::uint64_t> sample;  // if not empty, only these numbers, from the last to the first
 };
 
 struct SeriesPlan {
@@ -41,7 +42,8 @@ std::uint64_t CountFor(const Death& death, const CallCounts& counts) {
     return IsCut(death.moment) ? counts.writes[scope] : counts.calls[scope];
 }
 
-// MQI calls are not counted in advance. Each message is got and committed; all else happens once or twice.
+// MQI calls are not counted in advance. Every message is got and committed; every other call happens once or
+// twice.
 std::uint64_t GuessMqiCalls(const CrashClass& crashClass, const Death& death) {
     const bool isOfMessages = death.life == 1 && (death.verb == "MQGET" || death.verb == "MQCMIT");
     return isOfMessages ? static_cast<std::uint64_t>(crashClass.messages) : 1;
@@ -58,7 +60,7 @@ void StartSeries(Series& series, std::uint64_t count) {
     series.sample.assign(numbers.rbegin(), numbers.rend());
 }
 
-// The first kill of a pair is counted. Each of its numbers makes a series, or there is a sample of pairs.
+// Makes a series of each number that the first kill of a pair can have, or of a sample of them.
 void SpreadPairs(const Series& pairs, std::uint64_t firstCount) {
     SeriesPlan& plan = Plan();
     const Series from = pairs;  // a copy, because the list may move

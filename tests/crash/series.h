@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which points there are. A series consists of the points that differ only in the number of their last kill.
-// A run that counts finds out how many there are. Because the calls of a load vary slightly from run to run,
-// the series continues until a load is done before its point is reached.
+// Decides which points there are. A series consists of the points that differ only in the number of their
+// last kill. A run that counts finds out how many there are. Because the calls of a load vary slightly from
+// run to run, the series continues until a load is done before its point is reached.
 #pragma once
 
 #include <cstdint>
@@ -15,9 +15,9 @@
 struct ClassTally {
     std::uint64_t points = 0;
     std::uint64_t failures = 0;
-    std::uint64_t counting = 0;  ///< runs that counted, or that were done before their point
+    std::uint64_t counting = 0;  ///< runs that only counted, or in which the load was done before the point
     std::map<std::string, std::uint64_t> pointsOfSeries;
-    bool touched = false;  ///< a point was at a call on the file that the class names
+    bool touched = false;  ///< a point was at a call on the file that the class names in `touches`
 };
 
 /// Plans every point of the classes, or a sample.
@@ -28,6 +28,6 @@ void PlanSeries(const std::vector<const CrashClass*>& classes, bool sampleOnly);
 void NoteOutcome(const PointJob& job, const PointOutcome& outcome);
 
 [[nodiscard]] const std::map<std::string, ClassTally>& Tallies();
-/// Describes the series that had no point at all; empty if each had some. A kill that never happens proves
+/// Names each series in which no kill happened; empty if there is none. A kill that never happens proves
 /// nothing.
 [[nodiscard]] std::vector<std::string> DescribeGaps();

@@ -32,8 +32,8 @@ struct Trace {
     int programs = 0;        // started so far: the command, then the worker of each attempt
     pid_t awaitingExit = 0;  // the thread that is inside the call after which to kill
     TracedEnd end = {};
-    std::string failingPath = {};        // the file whose calls keep failing
-    std::set<pid_t> failingAtExit = {};  // threads inside a call that fails when it is done
+    std::string failingPath = {};        // calls on this file keep failing
+    std::set<pid_t> failingAtExit = {};  // threads inside a call that fails once it has taken effect
 };
 
 [[noreturn]] void Abort(const char* what) {
@@ -52,7 +52,7 @@ void BecomeProgram(const ProgramOrder& order, Tracing tracing) {
     if (order.fileKibibytesMax > 0) {
         const rlim_t bytes = static_cast<rlim_t>(order.fileKibibytesMax) * 1024;
         const rlimit limit = {bytes, bytes};
-        // The signal that accompanies the failed write would end the program.
+        // By default, the signal that accompanies the failed write would end the program.
         if (setrlimit(RLIMIT_FSIZE, &limit) != 0 || std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) _exit(127);
     }
     for (const auto& [name, value] : order.environment)
@@ -142,7 +142,7 @@ bool CountCall(Trace& trace, pid_t thread) {
     if (!ReadStateCall(thread, call)) return true;
     const bool isStore = IsInside(call.path, trace.order.storeFolder);
     const bool isOurs = call.path == trace.order.ownFolder || IsInside(call.path, trace.order.ownFolder);
-    // The queue manager maps its counters and changes them between two calls.
+    // The queue manager maps its counters into memory and changes them between two calls.
     if (!call.isKnown && (call.path.empty() || (isOurs && !isStore))) {
         trace.end.unplanned = "it made the system call " + call.name + ", which nobody has looked at";
     }
@@ -241,7 +241,7 @@ TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death
             trace.end.died = true;
         }
     }
-    // Leaves no plan for the next program.
+    // The next program must not find the plan of this one.
     if (!countsCalls) std::ofstream(order.faultPlanFile, std::ios::trunc).flush();
     return trace.end;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs a program under a tracer. It counts the system calls that change files, in all processes and threads
-// of the program, and kills at one of them.
+// Runs a program under a tracer, which counts the system calls that change files, in all processes and
+// threads of the program, and kills at one of them.
 #pragma once
 
 #include <sys/types.h>
@@ -13,9 +13,9 @@
 
 #include "tests/crash/death.h"
 
-/// Which processes the planned kill ends.
+/// Says which processes the planned kill ends.
 enum class Victim {
-    kCommand,  ///< all at once
+    kCommand,  ///< all processes of the program
     kWorker,   ///< the process that makes the call; the command continues
 };
 
@@ -23,13 +23,13 @@ struct ProgramOrder {
     std::vector<std::string> arguments;  ///< the program first, by its path
     std::map<std::string, std::string> environment;
     std::string console;        ///< file for both standard output and standard error, appended
-    std::string ownFolder;      ///< calls on files in here are the load's own, except those in:
-    std::string storeFolder;    ///< the queue manager's files
+    std::string ownFolder;      ///< calls on files in it are the load's own, except in storeFolder
+    std::string storeFolder;    ///< the directory of the queue manager's files
     std::string faultPlanFile;  ///< where the stand-in looks for its fault plan in each process
     int fileKibibytesMax = 0;   ///< a write that would make a file longer fails; 0 = no limit
 };
 
-/// The number of calls up to the end or the kill: the numbers that a Death of the scope can have.
+/// Counts the calls up to the end or the kill. These are the numbers that a Death of the scope can have.
 struct CallCounts {
     std::uint64_t calls[3] = {};   ///< by DeathScope: own, store, look
     std::uint64_t writes[3] = {};  ///< the writes among them that can be cut short
@@ -37,18 +37,18 @@ struct CallCounts {
 
 struct TracedEnd {
     bool came = false;         ///< the planned kill or failure happened
-    bool died = false;         ///< it was a kill
-    bool commandDied = false;  ///< it ended the command
-    std::string where;         ///< the call at which it happened
+    bool died = false;         ///< that event was a kill
+    bool commandDied = false;  ///< the kill ended the command
+    std::string where;         ///< the call at which that event happened
     int exitCode = -1;         ///< of the command; -1 if it was killed
     std::string unplanned;     ///< a process that crashed by itself, or a call that cannot be judged; or ""
     CallCounts counts;
 };
 
-/// Runs without a tracer. Returns the exit code, or -1 if the program did not end by itself.
+/// Runs the program without a tracer. Returns its exit code, or -1 if it did not end by itself.
 [[nodiscard]] int RunProgramToEnd(const ProgramOrder& order);
 
-/// Runs to the planned kill, or to the end in order to count. An error of the tracing itself ends this
-/// process with a message.
+/// Runs the program to the planned kill, or to its end in order to count. An error of the tracing itself ends
+/// this process with a message.
 [[nodiscard]] TracedEnd RunProgramToDeath(const ProgramOrder& order, const std::optional<Death>& death,
                                           Victim victim);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The identification banner: when, where and in which form it is shown.
+// Tests the identification banner: when, where and in which form it appears.
 #include <gmock/gmock.h>
 
 #include "tests/support/expected_report.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The error text: its forms, its size, and what happens to it when memory runs out.
+// Tests the error text: its forms, its size, and what happens to it when memory runs out.
 #include <gmock/gmock.h>
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The keyword help, byte for byte, piece by piece: each piece is one line of the console report, though some
-// hold line ends of their own.
+// Contains the keyword help, byte for byte. Each piece is one line of the console report, although some
+// pieces contain line ends of their own.
 #pragma once
 
 inline constexpr const char* kHelpPieces[] = {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The keyword help, byte for byte, and when it is shown.
+// Tests the text of the keyword help, byte for byte, and when it appears.
 #include <gmock/gmock.h>
 
 #include "tests/diag/expected_help.h"
@@ -15,7 +15,7 @@ using testing::Not;
 
 namespace {
 
-/// Returns the help as the console form of the report contains it.
+/// Returns the help in the form in which the console report contains it.
 std::string Help() {
     std::string text;
     for (const char* piece : kHelpPieces)

@@ -48,7 +48,7 @@ std::vector<Row> AllRows() {
     };
 }
 
-/// Returns the files that an emitter column names.
+/// Returns the files that the column of emitters names.
 std::vector<std::string> FilesOf(const Row& row) {
     std::vector<std::string> files;
     const std::regex file(R"([a-z_]+/[a-z_]+\.cpp)");
@@ -133,7 +133,7 @@ TEST(MessageTable, EmittersUseTheNameOfTheirMessage) {
 }
 
 TEST(MessageTable, EmittersContainTheTextOfTheirMessage) {
-    // One format makes these two texts.
+    // The two messages share one format.
     const std::map<std::string, std::string> made = {{"not initialized", "%s initialized"},
                                                      {"already initialized", "%s initialized"}};
     for (const Row& row : AllRows()) {

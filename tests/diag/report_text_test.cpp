@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The two report texts: they only grow, they are never cleared, and they never have more than 8191
+// Tests the two report texts: they only grow, they are never cleared, and they never have more than 8191
 // characters.
 #include <gmock/gmock.h>
 
@@ -29,8 +29,8 @@ class ReportTextTest : public ModuleFixture {
         ModuleFixture::TearDown();
     }
 
-    /// Runs an Init whose logging line has a path of `characters` characters, and adds its report to the
-    /// expected one.
+    /// Runs an Init with a log whose path has `characters` characters, and adds its report to the expected
+    /// one.
     void InitWithLog(std::size_t characters) {
         const std::string path(characters, 'p');
         ASSERT_EQ(Init(std::string(kRequired) + " -LOG " + path).returnCode, pmrcOK);
@@ -40,8 +40,8 @@ class ReportTextTest : public ModuleFixture {
         parameters.logging = {line.substr(0, 1023), "Terminate on Log failure: yes"};
         expected_.AddParameters(now_, parameters);
     }
-    /// Returns the length of the path with which the logging line of the next Init fills the console form
-    /// exactly.
+    /// Returns the length of the path with which the log's line in the report of the next Init fills the
+    /// console form exactly.
     [[nodiscard]] std::size_t PathLengthThatFillsTheConsole() const {
         const std::string shortest = "     .        Logging pathname: ''\n";
         ExpectedReport next = expected_;

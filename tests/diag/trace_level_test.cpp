@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The level of each statement, the form of a line, and when the streams are flushed.
+// Tests the level of each trace statement, the form of a line, and when the streams are flushed.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -32,8 +32,8 @@ class TraceLevelTest : public ModuleFixture {
         static_cast<void>(Open());
         return capture.Finish();
     }
-    /// Requests a position and reads one record, with a log. Returns the trace, which has statements of every
-    /// level.
+    /// Requests a position and reads one record, with a log in use. Returns the trace, which contains
+    /// statements of every level.
     std::vector<std::string> TraceOfARecord(int level) {
         Start(level, "-LOG log.dat -CKFILE ck.dat");
         EXPECT_TRUE(Succeeds(Open()));

@@ -129,7 +129,7 @@ def test_quickstart(root, built, work):
             os.chmod(path, 0o755)
         if not os.access(os.path.join(root, "scripts", "setup"), os.X_OK):
             sys.exit("scripts/setup is missing")
-        # Only the programs that the quickstart builds, so that it cannot use another one.
+        # Only the programs that the quickstart builds are copied, so that it cannot use another one.
         programs = os.path.join(work, "programs")
         os.mkdir(programs)
         for name in ("mqam", "libmqamod.so"):
@@ -179,7 +179,7 @@ def test_formats(root, built, work):
     for name in ("orders.ckpt", "orders.log", "orders.txt"):
         require("```\n" + "\n".join(dump(open(os.path.join(directory, name), "rb").read())) + "\n```", name)
 
-    # The time and the directory differ from run to run, and the checksum with them.
+    # The time and the directory differ from run to run, and so does the checksum.
     stored = open(os.path.join(directory, "orders.restart"), encoding="utf-8").read().replace(work + "/load", "/tmp/load")
     begun = re.search(r"^begun=\d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC\n", text, re.M)[0]
     stored = re.sub(r"^begun=.*\n", lambda _: begun, stored, flags=re.M)

@@ -66,7 +66,7 @@ def wrong_routines(text):
         directory, contents = "", ""
         rows += 1
         for name in re.findall(r"`([\w.*/-]+)`", row[0]):
-            # A name without a directory is in that of the name before it.
+            # A name without a directory belongs to the directory of the name before it.
             path = name if "/" in name else f"{directory}/{name}"
             directory = os.path.dirname(path)
             for file in {f for ending in ENDINGS for f in glob.glob(path + ending) + glob.glob(path + "/**", recursive=True)}:

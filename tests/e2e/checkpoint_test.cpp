@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs mqam checkpoint as a process.
+// Runs `mqam checkpoint` as a process.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -153,7 +153,7 @@ TEST_F(CheckpointCommand, VerifyTellsATornRecord) {
 }
 
 TEST_F(CheckpointCommand, VerifyNamesTheDamagedBitOfALengthAndWhatIsMisread) {
-    // The length of "two" then leads into "four", where no record begins.
+    // The damaged length of "two" leads into the middle of "four", where no record begins.
     std::string bytes = CheckpointBytes(5, {"one", "two", "three", "four and more"});
     bytes[15] = static_cast<char>(bytes[15] ^ 32);
     WriteBytesTo(Path(), bytes);
@@ -281,7 +281,7 @@ TEST_F(CheckpointCommand, RepairOfFilesThatChangedWhileItAskedChangesNothing) {
 }
 
 TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
-    // The name has room for the first such suffix, which is in use, but not for the second.
+    // The name leaves room for the first such suffix, which is in use, but not for the second.
     const std::string path = Path(std::string(250, 'x'));
     WriteBytesTo(path + ".torn", "of another repair");
     const std::string bytes = CheckpointBytes(5, {"one"}) + kTorn;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam explain`, run as an operator runs it.
+// Runs `mqam explain` as an operator runs it.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A module for the tests of the host. It exports PIDMMain and does what its own keywords in the
-// initialization string say, so that a test can take every error path of the host.
+// A module for the tests of the host. It exports PIDMMain, and keywords of its own in the initialization
+// string determine what it does, so that a test can reach every error path of the host.
 //
 //   FAKE_RECORDS n      Read returns n records ("record 1", "record 2" ...), then the end of the input
 //   FAKE_RECORD_BYTES n each record is n bytes long instead, byte i of record r being (r + i) modulo 256
@@ -15,7 +15,7 @@
 //   FAKE_EXIT n         Init ends the process with exit code n, as a library may
 //   FAKE_REPORT_WAIT w  the report says "MQ read wait interval: w"
 //
-// Every other keyword is remembered only for the report, which shows QMGR, CKFILE and LOG.
+// It remembers every other keyword only for the report, which shows QMGR, CKFILE and LOG.
 #include <chrono>
 #include <cstdint>
 #include <cstdio>

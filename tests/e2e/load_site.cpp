@@ -29,7 +29,7 @@ void LoadSite::Put(int count) {
 void LoadSite::Put(const std::string& message) {
     char file[64];
     std::snprintf(file, sizeof file, "20260101-000000-%09d.msg", ++puts_);
-    // The file is renamed into place, so that it is complete: a load may be waiting for it.
+    // The file is renamed into place, so that a load that is waiting for it finds it complete.
     std::ofstream(Path("next-message"), std::ios::binary) << message;
     fs::rename(Path("next-message"), fs::path(folder_) / "spool" / "QM1" / "Q1" / file);
     if (!message.empty()) messages_.push_back(message);
@@ -72,7 +72,7 @@ RunningProgram& LoadSite::Start(const Arguments& more) {
 
 #if !defined(_WIN32)
 RunningProgram& LoadSite::StartWithFileLimit(int kibibytes) {
-    // The signal that accompanies the failed write would end the program.
+    // By default, the signal that accompanies the failed write would end the program.
     Arguments arguments = {
         "-c", "trap '' XFSZ; ulimit -f " + std::to_string(kibibytes) + "; exec \"$0\" \"$@\"", MQAM_PROGRAM};
     for (const std::string& argument : Command())

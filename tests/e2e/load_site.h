@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A restartable load in a directory of its own: queue, checkpoint file, restart file, target, and the command
-// that loads, which is the same every time. A test runs several at the same time, because a load mostly
-// waits.
+// A restartable load in a directory of its own: its queue, checkpoint file, restart file and target, and the
+// command that loads, which is the same every time. A test runs several of them at the same time, because a
+// load spends most of its time waiting.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,15 +19,16 @@ class LoadSite {
   public:
     using Arguments = std::vector<std::string>;
 
-    /// Makes the directory, below `root`, with the empty queue Q1 of QM1.
+    /// Makes the directory below `root`, with the empty queue Q1 of QM1.
     LoadSite(const std::string& root, const std::string& name);
 
-    /// Puts `count` more messages, which differ from each other and from those before.
+    /// Puts `count` more messages, which differ from each other and from all earlier ones.
     void Put(int count);
     /// Puts one message. An empty one does not count as an expected record.
     void Put(const std::string& message);
 
-    /// Sets the fault plan of the stand-in for every process that starts from now on. Empty: no plan.
+    /// Sets the fault plan of the stand-in for every process that starts from now on. An empty plan removes
+    /// it.
     void PlanFaults(const std::string& plan) const;
 
     /// Replaces an option of the command, or adds it. Without a value, removes the option.
@@ -36,10 +37,10 @@ class LoadSite {
 
     /// Runs the command, with more arguments after its own.
     [[nodiscard]] Arguments Command(const Arguments& more = {}) const;
-    /// Starts the command. May be called again after Wait.
+    /// Starts the command. It may be called again after Wait.
     RunningProgram& Start(const Arguments& more = {});
 #if !defined(_WIN32)
-    /// Starts the command with a limit on the size of files, in KiB: a write beyond that fails.
+    /// Starts the command with a limit in KiB on the size of files: a write beyond it fails.
     RunningProgram& StartWithFileLimit(int kibibytes);
 #endif
     const ProgramResult& Wait(int seconds = 150);
@@ -47,7 +48,7 @@ class LoadSite {
     RunningProgram& Program() {
         return *program_;
     }
-    /// The result of the last command that was waited for.
+    /// Returns the result of the last command that was waited for.
     [[nodiscard]] const ProgramResult& Result() const {
         return result_;
     }
@@ -77,7 +78,7 @@ class LoadSite {
     }
     /// Returns the first `count` messages as lines, or all of them.
     [[nodiscard]] std::string Lines(std::size_t count = SIZE_MAX) const;
-    /// Returns how many messages are on the queue for any program to get.
+    /// Returns how many messages any program could get from the queue.
     [[nodiscard]] int Depth() const;
     /// Returns the value of a line of the restart file.
     [[nodiscard]] std::string Stored(const std::string& key) const;
@@ -101,10 +102,10 @@ class LoadSite {
     ProgramResult result_;
 };
 
-/// Starts all of them, then waits for all.
+/// Starts all loads, then waits for all of them.
 void RunAll(std::vector<std::unique_ptr<LoadSite>>& sites, const LoadSite::Arguments& more = {});
 
-/// A test with any number of sites.
+/// A test that uses any number of sites.
 class LoadSites : public testing::Test {
   protected:
     /// Makes a site with `count` messages.

@@ -28,14 +28,15 @@ int CountOf(const std::string& text, const std::string& part) {
     return count;
 }
 
-// Only on Windows can a worker mark the exit codes that are its own.
+// A worker can mark its own exit codes only on Windows.
 constexpr bool kExitsAreMarked = platform::kIsWindows;
 
 class FakeLoad : public testing::Test {
   protected:
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
 
-    // Runs mqam load with the fake module. `script` is the initialization string after -QMGR and -QNM.
+    // Runs `mqam load` with the fake module. `script` is what follows -QMGR and -QNM in the initialization
+    // string.
     ProgramResult Load(const std::string& script, const Arguments& more = {}) {
         Arguments arguments = {"load", "--module", FAKE_MODULE, "--init", Script(script)};
         arguments.insert(arguments.end(), more.begin(), more.end());
@@ -46,7 +47,7 @@ class FakeLoad : public testing::Test {
         return "-QMGR QM1 -QNM Q1 -FAKE_CALLS " + Path("calls") + " " + script;
     }
 
-    // Returns the requests that the module got, Init without its text.
+    // Returns the requests that the module received, without the initialization string.
     [[nodiscard]] std::string Calls() const {
         std::ifstream file(Path("calls"));
         std::string calls;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The requests that the attempts of a load make of the module, in order, as the module's trace shows them.
-// This checks that the command keeps the rules of docs/hosts.md that are about calls.
+// Checks the requests that the attempts of a load make of the module, in order, as the module's trace shows
+// them: the command must keep those rules of docs/hosts.md that are about calls.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -17,7 +17,7 @@ using Lives = std::vector<std::string>;
 
 constexpr char kBegin[] = "Init Preserve Attribute Open ";
 
-// Returns the text between two others in a line, or "" if they are not there.
+// Returns the text between two others in a line, or "" if the line does not contain them.
 std::string Between(const std::string& line, const std::string& before, const std::string& behind) {
     const std::size_t at = line.find(before);
     if (at == std::string::npos) return "";
@@ -26,7 +26,7 @@ std::string Between(const std::string& line, const std::string& before, const st
     return end == std::string::npos ? "" : line.substr(from, end - from);
 }
 
-// Returns a path next to the load's directory, in which only the load's files are expected.
+// Returns the path of a trace next to the load's directory, which may contain only the load's files.
 std::string TraceOf(const LoadSite& site) {
     return site.Folder() + ".trace";
 }
@@ -70,7 +70,7 @@ class RestartCalls : public testing::Test {
         return site;
     }
     static LoadSite::Arguments Traced(const LoadSite& site) { return {"--trace", "2", TraceOf(site)}; }
-    // Starts all of them and waits for all.
+    // Starts all loads, then waits for all of them.
     void RunTraced() {
         for (const auto& site : sites_)
             site->Start(Traced(*site));

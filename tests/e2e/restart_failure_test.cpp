@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Failures in the middle of a load that is restarted: of the queue manager, the target, the disk.
+// Tests failures of the queue manager, the target and the disk in the middle of a load that is restarted.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -22,10 +22,10 @@ class RestartableLoadFailure : public LoadSites {};
 struct Fault {
     const char* plan;
     int reason;
-    int loaded;  // records stored when the attempt has ended
+    int loaded;  // records stored by the end of the attempt
 };
 
-// The first MQGETs of a load happen before the first Read carries out its first checkpoint.
+// The first MQGETs of a load precede the Read that carries out its first checkpoint.
 constexpr Fault kPassingFaults[] = {
     {"MQCONNX 1 fail 2 2059", 2059, 0}, {"MQCONNX 1 fail 2 2009", 2009, 0},
     {"MQCONNX 1 fail 2 2161", 2161, 0}, {"MQCONNX 1 fail 2 2162", 2162, 0},
@@ -50,7 +50,7 @@ TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAn
         LoadSite& site = *sites_[i];
         EXPECT_EQ(site.Result().exitCode, 9) << fault.plan << "\n" << site.Error();
         EXPECT_EQ(CountOf(site.Error(), "\n  request   "), 1) << fault.plan << site.Error();
-        // The module does not report the reason of most failed opens.
+        // For most files that cannot be opened, the module does not report the reason.
         const bool isOpen = std::string(fault.plan).starts_with("MQOPEN");
         EXPECT_TRUE(Contains(site.Error(), isOpen
                                                ? "\n  message   Queue Manager open\n"
@@ -72,7 +72,7 @@ TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAn
         EXPECT_TRUE(sites_[i]->IsDone()) << kPassingFaults[i].plan;
 }
 
-// Each of these fails every attempt of one command.
+// Each of these faults makes every attempt of one command fail.
 TEST_F(RestartableLoadFailure, WithRetryForTheCommandGoesOnByItselfUntilItIsDone) {
     LoadSite& commits = Add("commits", 10, "MQCMIT 5 fail 2 2009");
     LoadSite& after = Add("after", 10, "MQCMIT 5 fail-after 2 2009");
@@ -108,8 +108,8 @@ TEST_F(RestartableLoadFailure, RetriesAreGivenUpAfterTheTimeAndTheSameCommandCom
     const auto begin = std::chrono::steady_clock::now();
     site.Run({"--retry-for", "2"});
     EXPECT_EQ(site.Result().exitCode, 9) << site.Error();
-    // The last attempt is made when the time is over. It is not dropped because the next pause would be
-    // longer.
+    // The last attempt is made when the time is over. It is not skipped because the next pause would take
+    // longer than the time left.
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "mqam load: attempt 1 in 1 s; ")) << site.Error();
     EXPECT_FALSE(Contains(site.Error(), " in 2 s; ")) << site.Error();
@@ -121,7 +121,8 @@ TEST_F(RestartableLoadFailure, RetriesAreGivenUpAfterTheTimeAndTheSameCommandCom
     EXPECT_TRUE(site.IsDone());
 }
 
-// What someone has to fix is not tried again, and the corrected or the same command completes the load.
+// A failure that someone has to fix is not retried. The corrected command, or the same one, completes the
+// load.
 TEST_F(RestartableLoadFailure, ReasonsThatStayAreNotTriedAgain) {
     constexpr std::pair<const char*, int> kFaults[] = {
         {"MQCONNX 1 fail 2 2035", 2035},
@@ -188,7 +189,8 @@ TEST_F(RestartableLoadFailure, T2_AFullTargetDiskEndsTheLifeAndTheSameCommandCom
     EXPECT_EQ(first.Result().exitCode, 1);
     EXPECT_TRUE(Contains(first.Error(), "is not a file")) << first.Error();
 
-    // The load reaches a file size limit in the middle. Only the error differs from that of a full disk.
+    // The load reaches a limit on the size of a file in the middle. Only the error differs from that of a
+    // full disk.
     LoadSite& site = Add("limited", 0);
     for (int i = 0; i < 300; ++i)
         site.Put(std::to_string(i) + std::string(100, 'x'));
@@ -241,8 +243,8 @@ TEST_F(RestartableLoadFailure, AFullDiskUnderTheRestartFileEndsTheLifeAndTheSame
         EXPECT_TRUE(site->IsDone());
 }
 
-// The target may exist nevertheless: with --append it would be cut to nothing, and a new one would replace
-// it.
+// The target may exist nevertheless: with --append it would be cut back to nothing, and without it a new file
+// would replace it.
 TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenForNone) {
     LoadSite& site = Add("loop", 3);
     for (const char* option : {"--append", "--force"}) {

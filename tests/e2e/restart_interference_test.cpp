@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What others do to the files of an unfinished load, and other commands in between.
+// Tests what happens to an unfinished load when other programs change its files, or other commands run in
+// between.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 
 class RestartableLoadMeddledWith : public LoadSites {
   protected:
-    // A load that has stored 3 records of 4 and waits.
+    // Makes a load that has stored 3 of its 4 records and waits.
     LoadSite& AddWaiting(const std::string& name) {
         LoadSite& site = Add(name, 4);
         site.Set("--rwait", "600");
@@ -104,7 +105,7 @@ TEST_F(RestartableLoadMeddledWith, T1_AnotherFileOfTheLengthOfTheTargetIsRefused
         const std::string stored = site.Stored("target-length");
         const std::string records = site.Stored("records");
         std::string other = own;
-        // The last byte of the last record counted.
+        // This is the last byte of the last record that the position counts.
         other[static_cast<std::size_t>(std::stoi(stored)) - (std::string(format) == "lines" ? 2 : 1)] ^= 1;
         std::ofstream(site.Target(), std::ios::binary) << other;
         EXPECT_EQ(site.Run().exitCode, 1) << site.Error();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The numbered guarantees and limits of docs/hosts.md. A load shows each of them.
+// Tests the numbered guarantees and limits of docs/hosts.md, each with a load that shows it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -90,8 +90,8 @@ TEST_F(RestartPromise, G2_AtADeathEachMessageIsOnTheQueueInTheFileOrLoaded) {
         ASSERT_EQ(ReadFileIfAny(site->Target()).substr(0, site->Lines(loaded).size()), site->Lines(loaded));
         for (const std::string& record : RecordsOf(site->CheckpointFile()))
             found.push_back(record);
-        // The queue delivers the oldest message first, so its end is left. The first message that is left may
-        // be saved, too.
+        // The queue delivers the oldest message first, so the newest ones are left. The first message that is
+        // left may be saved as well.
         for (std::size_t i = 0; i + static_cast<std::size_t>(site->Depth()) < site->Messages().size(); ++i) {
             EXPECT_NE(std::find(found.begin(), found.end(), site->Messages()[i]), found.end())
                 << site->Name() << ": message " << i + 1 << " is nowhere";
@@ -223,7 +223,7 @@ TEST_F(RestartPromise, L8_MessagesThatTheQueueManagerLosesAreNotMissed) {
     LoadSite& site = Interrupted("site", 6, "MQGET 5 kill after");
     const int depth = site.Depth();
     ASSERT_GT(depth, 0);
-    // Deletes them, as if they had expired.
+    // This deletes the messages, as if they had expired.
     for (const auto& entry : fs::directory_iterator(site.Path("spool/QM1/Q1"))) {
         if (entry.is_regular_file() && !entry.path().filename().string().starts_with("."))
             fs::remove(entry.path());

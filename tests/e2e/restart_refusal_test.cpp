@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a restartable load refuses, and what it does when the same or another command is run again.
+// Tests what a restartable load refuses, and what it does when the same or another command is run again.
 #include <gtest/gtest.h>
 #include <algorithm>
 
@@ -135,7 +135,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
         "mqam load: a load begun " + unfinished.Stored("begun") +
             " is unfinished (--restart never): 3 records are loaded; run the command without --restart never to resume it\n");
 
-    // Nothing was read with this state yet.
+    // No record was read with this state yet.
     LoadSite& notBegun = Add("not-begun", 4, "MQCONNX 1 fail 2 2059");
     EXPECT_EQ(notBegun.Run().exitCode, 9) << notBegun.Error();
     notBegun.PlanFaults("");
@@ -148,7 +148,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
         site->Wait();
         EXPECT_TRUE(site->IsDone());
     }
-    // Now all are complete: either command finds the completion marker.
+    // Now all loads are complete: either command finds the completion marker.
     for (const char* policy : {"only", "never", "auto"}) {
         none.Run({"--restart", policy});
         EXPECT_TRUE(none.IsDone());
@@ -163,7 +163,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
         << none.Error();
 }
 
-// The load replaces or deletes the files that it keeps next to those that it was given.
+// The load itself creates files next to those that it was given, and replaces or deletes them.
 TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad) {
     LoadSite& site = Add("beside", 3);
     const std::string words = " of the load: give each a name of its own\n";
@@ -190,7 +190,7 @@ TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad
     EXPECT_EQ(site.Files(), "");
     EXPECT_EQ(site.Depth(), 3);
 
-    // The file has another name, and the module reports nothing.
+    // The file has another name, which the module does not report.
     std::ofstream(site.Target()) << "";
     fs::create_hard_link(site.Target(), site.Path("another-name"));
     site.Set("--ckfile", site.Path("another-name"));
@@ -277,7 +277,7 @@ TEST_F(RestartableLoadRefusal, RecordsInACheckpointFileWithoutRestartInformation
     std::ofstream(log.Path("log")) << "messages";
     ExpectRefusal(log, {"--log", log.Path("log")}, "the log of another load would be overwritten");
     EXPECT_EQ(ReadFileIfAny(log.Path("log")), "messages");
-    // The same is true when a load is resumed that was begun without it.
+    // The same holds for a load that was begun without the log and is resumed with it.
     LoadSite& later = AddUnfinished("later");
     std::ofstream(later.Path("log")) << "messages";
     ExpectRefusal(later, {"--log", later.Path("log")}, "the log of another load would be overwritten");
@@ -391,7 +391,7 @@ TEST_F(RestartableLoadRefusal, TheSameCommandAgainTellsThatTheLoadIsCompleteAndD
                 site.RestartFile() + ")\n");
         EXPECT_EQ(ReadFileIfAny(site.RestartFile()), receipt);
     }
-    // Messages that arrived in the meantime stay where they are until someone decides.
+    // Messages that arrived in the meantime stay on the queue until someone decides.
     site.Put(2);
     site.Run();
     EXPECT_EQ(site.Result().exitCode, 0);
@@ -409,13 +409,13 @@ TEST_F(RestartableLoadRefusal, AReceiptDoesNotStandInTheWayOfAnotherLoad) {
     RunAll(sites_);
     for (const auto& site : sites_)
         ASSERT_TRUE(site->IsDone());
-    // The target was moved away, so a new load uses the old name.
+    // The target was moved away, so a new load can use its name.
     fs::rename(moved.Target(), moved.Path("archive"));
     // Nothing was loaded from the other queue into this target, so the load must not be called complete.
     fs::create_directory(fs::path(queue.Folder()) / "spool" / "QM1" / "Q2");
     queue.Set("--queue", "Q2");
     ExpectRefusal(queue, {}, queue.Target() + " is not empty; give --force to replace it");
-    // The completion marker was deleted, so the target is one that is not empty.
+    // The completion marker was deleted, so the target counts as any other that is not empty.
     fs::remove(restart.RestartFile());
     ExpectRefusal(restart, {}, restart.Target() + " is not empty");
     RunAll(sites_, {"--force"});
@@ -427,7 +427,8 @@ TEST_F(RestartableLoadRefusal, AReceiptDoesNotStandInTheWayOfAnotherLoad) {
     EXPECT_EQ(ReadFileIfAny(moved.Path("archive")), moved.Lines());
 }
 
-// Killed after the last record: what was done is stored, and only the output is missing.
+// The command was killed after the last record: the state that is stored is complete, and only the output is
+// missing.
 TEST_F(RestartableLoadRefusal, H24_ALoadThatIsFinishedIsCleanedUpByTheNextCommand) {
     LoadSite& site = Add("finished", 4);
     site.Set("--log", site.Path("log"));

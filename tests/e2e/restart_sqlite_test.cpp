@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Restartable loads into a SQLite table.
+// Tests restartable loads into a SQLite table.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 using Arguments = LoadSite::Arguments;
 using Rows = std::vector<std::string>;
 
-// A database that another program has open.
+// A database that another program keeps open.
 class Database {
   public:
     explicit Database(const std::string& path) {
@@ -93,7 +93,7 @@ class SqliteLoad : public testing::Test {
         return testing::AssertionSuccess();
     }
 
-    // Checks that the command refuses and says so, and that no row, state or message changes.
+    // Checks that the command refuses with an explanation, and that no row, state or message changes.
     static void ExpectRefusal(LoadSite& site, const Arguments& more, const std::string& words,
                               int exitCode = 1) {
         const std::string before = ReadFileIfAny(site.Path("db"));
@@ -130,7 +130,7 @@ TEST_F(SqliteLoad, InOneGoEveryMessageIsARowAndTheStateIsAReceipt) {
     EXPECT_TRUE(Contains(site.Error(), "\n  target    sqlite:" + site.Path("db") + "?table=orders\n"))
         << site.Error();
     EXPECT_EQ(RowsOf(unnamed, "records"), unnamed.Messages());
-    // The same command again.
+    // This is the same command again.
     site.Run({"--force"});
     EXPECT_TRUE(Contains(site.Error(), "this load is already complete")) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "(row 'orders' of table mqam_restart in " + site.Path("db") + ")\n"))
@@ -210,7 +210,7 @@ TEST_F(SqliteLoad, TwoTablesOfOneDatabaseAreTwoLoads) {
     LoadSite& items = Add("items", 4);
     items.Set("--to", "sqlite:" + orders.Path("db") + "?table=items");
     items.Start();
-    // While one load waits for messages, it does not hinder the other.
+    // A load that waits for messages does not hinder another one.
     orders.Run();
     items.Wait();
     EXPECT_EQ(items.Result().exitCode, 0) << items.Error();
@@ -233,7 +233,7 @@ TEST_F(SqliteLoad, T1_ATableThatSomebodyChangedIsRefusedUntilThatIsUndone) {
     Database(fewer.Path("db")).Run("DELETE FROM orders WHERE id = 3");
     ExpectRefusal(fewer, {}, " is 2, but the load had stored 3: ");
     Database(fewer.Path("db")).Run("INSERT INTO orders VALUES (3, CAST('" + last + "' AS BLOB))");
-    // The table has the right number of rows, but other ones.
+    // The table has the right number of rows, but they are not those of the load.
     LoadSite& other = AddUnfinished("other");
     const std::string own = RowsOf(other).back();
     Database(other.Path("db")).Run("UPDATE orders SET record = 'another' WHERE id = 3");

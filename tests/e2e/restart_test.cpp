@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Loads that can be restarted, with the real module and the stand-in queue manager: some complete, others
-// ended in the middle by someone or something.
+// Tests loads that can be restarted, with the real module and the stand-in queue manager. Some run to their
+// end, others are ended in the middle.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// More messages than are read before a test can react.
+// These are more messages than a load reads before a test can react.
 constexpr int kManyMessages = platform::kIsWindows ? 300 : 3000;
 
 class RestartableLoad : public LoadSites {};
@@ -41,7 +41,7 @@ TEST_F(RestartableLoad, InOneGoItLeavesTheTargetAndAReceiptAndNothingElse) {
     EXPECT_EQ(usual.Stored("lives"), "2");
     EXPECT_EQ(usual.Stored("bytes"), std::to_string(usual.Lines().size() - 10));
     EXPECT_EQ(usual.Stored("target-length"), std::to_string(usual.Lines().size()));
-    // How long the load took depends on the machine.
+    // The time that the load took depends on the machine.
     const std::string withoutTime =
         std::regex_replace(usual.Error(), std::regex("elapsed   [0-9]+:[0-9][0-9]\n"), "elapsed   TIME\n");
     EXPECT_EQ(withoutTime, "mqam load: end of the queue: the load is done\n  records   10\n  bytes     " +
@@ -216,7 +216,7 @@ TEST_F(RestartableLoad, AKilledCommandTakesItsWorkerWithItAndTheSameCommandGoesO
     site.Wait(0);
     EXPECT_EQ(site.Stored("records"), "9");
     site.Set("--rwait", "1");
-    // The lock does not refuse it: the worker is gone, or ends within the lock's time limit.
+    // The lock does not make the command fail: the worker is gone, or ends before the wait for the lock does.
     site.Run();
     EXPECT_TRUE(Contains(site.Error(), "mqam load: resuming the load begun " + site.Stored("begun") +
                                            ": 9 records are in " + site.Target() + "\n"))
@@ -337,7 +337,7 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
     ASSERT_TRUE(site.Program().WaitForError("checkpoint 4 after 9 records"));
     fs::create_directory(site.Path("second"));
     RunningProgram same(MQAM_PROGRAM, site.Command(), site.Environment(), site.Path("second"));
-    // The load has another name but the same checkpoint file.
+    // The load has another restart file but the same checkpoint file.
     LoadSite& other = Add("other", 0);
     other.Set("--ckfile", site.CheckpointFile());
     other.Start();
@@ -436,7 +436,7 @@ TEST_F(RestartableLoad, H6_AQueueThatInhibitsGetIsNotTakenForAnEmptyOne) {
     EXPECT_EQ(always.Result().exitCode, 8) << always.Error();
     EXPECT_TRUE(Contains(always.Error(), "inhibits get")) << always.Error();
     EXPECT_EQ(always.Depth(), 5);
-    // After a message, the module reports the reason.
+    // Once a message has come, the module reports the reason.
     EXPECT_EQ(middle.Result().exitCode, 9) << middle.Error();
     EXPECT_TRUE(Contains(middle.Error(), "  reason    2016 ")) << middle.Error();
     EXPECT_EQ(ReadFileIfAny(always.Target()), "");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// mqam with the real module and the stand-in queue manager: complete loads from a queue's directory into a
-// file.
+// Runs mqam with the real module and the stand-in queue manager: complete loads from a queue's directory into
+// a file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// Bytes of every value, so that line ends, NULs and Ctrl-Z are among them.
+// These are bytes of every value, so that line ends, NULs and Ctrl-Z are among them.
 std::string BinaryMessage(std::size_t length, unsigned seed) {
     std::string bytes(length, '\0');
     for (char& c : bytes) {
@@ -46,8 +46,7 @@ class SpoolLoad : public testing::Test {
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
     [[nodiscard]] std::string Queue() const { return Path("spool") + "/QM1/Q1"; }
 
-    // Puts a message as a file in the queue's directory. Its name makes the order of puts the order of
-    // arrival.
+    // Puts a message as a file in the queue's directory. The names of the files keep the order of the calls.
     void Put(const std::string& message) {
         char name[64];
         std::snprintf(name, sizeof name, "/20260101-000000-%09d.msg", ++puts_);
@@ -181,7 +180,8 @@ TEST_F(SpoolLoad, CheckpointsAndLogAreKeptWhenPreserved) {
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), all);
     EXPECT_EQ(ReadFileIfAny(Path("log")), all);
-    // The file has a header with sequence 3, the last record before that checkpoint, and the record after it.
+    // The file consists of a header with sequence 3, the last record before that checkpoint, and the record
+    // after it.
     EXPECT_EQ(ReadFileIfAny(Path("ck")),
               std::string("\3\0\0\0\x09\0\0\0\0\0\0\0message 4\x09\0\0\0\0\0\0\0message 5", 38));
     EXPECT_TRUE(Contains(result.standardError, "checkpoint 1 after 0 records")) << result.standardError;
@@ -340,7 +340,7 @@ TEST_F(SpoolLoad, ExclusiveOpenOfAQueueInUseIsTold) {
     EXPECT_TRUE(Contains(result.standardError, "reason    2042 ")) << result.standardError;
 }
 
-// The load was killed after it had stored that it is complete.
+// The load was killed after it had stored that it was complete.
 TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     Put("one");
     const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
@@ -477,7 +477,7 @@ TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
     EXPECT_TRUE(Contains(check(good).standardOutput, "\nMQ read wait interval           7\n"));
     for (std::size_t bytes = 0; bytes < good.size(); ++bytes)
         static_cast<void>(check(good.substr(0, bytes)));
-    // Under Wine a sample, because a process takes time to start.
+    // Under Wine this runs only a sample, because a process takes long to start.
     constexpr std::size_t kStep = platform::kIsWindows ? 19 : 1;
     for (std::size_t bit = 0; bit < good.size() * 8; bit += kStep) {
         std::string turned = good;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs mqam load on a terminal: standard error is a pseudo-terminal, which only POSIX systems have.
+// Runs `mqam load` on a terminal: standard error is a pseudo-terminal, which only POSIX systems have.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -44,7 +44,7 @@ TEST(LoadOnATerminal, OneLiveLineShowsTheProgress) {
     const std::string shown = LoadOnTerminal("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 1500", folder.Path("out"));
     EXPECT_NE(shown.find("\r2 records, 16 bytes, "), std::string::npos) << shown;
     EXPECT_EQ(shown.find("mqam: 2 records"), std::string::npos) << shown;
-    // The first line with a line end belongs to the summary. The live line before it was erased.
+    // The first line that ends with a line end belongs to the summary. The live line before it was erased.
     EXPECT_NE(shown.find(" \rmqam load: end of the queue\r\n"), std::string::npos) << shown;
     EXPECT_EQ(ReadFileIfAny(folder.Path("out")), "record 1\nrecord 2\n");
 }
