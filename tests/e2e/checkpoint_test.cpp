@@ -184,6 +184,51 @@ TEST_F(CheckpointCommand, VerifyTellsALengthThatNoRecordHas) {
         << result.standardOutput;
 }
 
+TEST_F(CheckpointCommand, VerifyReportsWhereZerosBeginAndWhatTheyCost) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two" + std::string(5, '\0')}) + std::string(3000, '\0'));
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_TRUE(result.standardOutput.starts_with(
+        Path() +
+        " is damaged\n"
+        "  bytes 0 to 3: the sequence number: checkpoint 5\n"
+        "  bytes 4 to 30: 2 complete records\n"
+        "  bytes 31 to 3030: zeros\n"
+        "Known: no crash of the module leaves the zeros from offset 31 to the end of the file. A file system\n"
+        "shows them where data never reached the disk, for example after a power failure.\n"
+        "Not known: the complete record before them ends in zeros too, from offset 26. They can be its own,\n"
+        "or it is incomplete.\n"
+        "Lost: between offset 31 and offset 3031, at most 334 records are lost (231 if they were as long as\n"
+        "the intact ones).\n"
+        "Not known: the format has no checksum."))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointCommand, VerifyListsTheRecordsOnBothSidesOfTheDamage) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + std::string(100, '\xE5') + LengthBytes(5) + "three" +
+                             LengthBytes(4) + "four");
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_NE(result.standardOutput.find("  bytes 4 to 14: 1 complete record\n"
+                                         "  bytes 15 to 114: bytes E5\n"
+                                         "  bytes 115 to 139: 2 complete records\n"),
+              std::string::npos)
+        << result.standardOutput;
+    EXPECT_NE(
+        result.standardOutput.find("Lost: between offset 15 and offset 115, at most 11 records are lost"),
+        std::string::npos)
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointCommand, VerifyReportsASequenceNumberThatNeverReachedTheDisk) {
+    WriteBytesTo(Path(), HeaderBytes(0));
+    const ProgramResult result = Run("verify");
+    EXPECT_EQ(result.exitCode, 10);
+    EXPECT_NE(result.standardOutput.find("Known: no checkpoint has the number 0."), std::string::npos)
+        << result.standardOutput;
+    EXPECT_EQ(result.standardOutput.find("Lost:"), std::string::npos) << result.standardOutput;
+}
+
 TEST_F(CheckpointCommand, VerifyOfAMissingFileFails) {
     const ProgramResult result = Run("verify");
     EXPECT_EQ(result.exitCode, 1);

@@ -150,8 +150,15 @@ TEST_F(RestartCalls, H15_ARecordOfNoBytesInTheCheckpointFileIsPassedOver) {
     const std::vector<std::string>& messages = site.Messages();
     ASSERT_EQ(ReadFileIfAny(site.CheckpointFile()),
               CheckpointBytes(2, {messages[2], messages[3], messages[4]}));
+    // Only a rewrite during a replay puts one, and only as the first record; anywhere else it is damage.
     WriteBytesTo(site.CheckpointFile(), CheckpointBytes(2, {messages[2], messages[3], "", messages[4]}));
     site.PlanFaults("");
+    EXPECT_EQ(site.Run().exitCode, 1) << site.Error();
+    WriteBytesTo(site.CheckpointFile(), CheckpointBytes(2, {"", messages[2], messages[3], messages[4]}));
+    const ProgramResult verified = RunProgram(
+        MQAM_PROGRAM, {"checkpoint", "verify", site.CheckpointFile(), "--restart-file", site.RestartFile()},
+        site.Folder());
+    EXPECT_EQ(verified.exitCode, 0) << verified.standardOutput << verified.standardError;
     site.Run();
     EXPECT_TRUE(site.IsDone());
 }

@@ -275,6 +275,43 @@ TEST_F(RestartPromise, L11_ABackupOfAllFilesTogetherCannotBeToldFromTheFilesThem
     EXPECT_GT(depth, 0);
 }
 
+// A power failure can leave a file with its length but without its last bytes. The records in them are lost, which
+// must not look like a load that is done.
+TEST_F(RestartPromise, G4_RecordsThatTurnedToZerosAreMissedByVerifyAndByTheLoad) {
+    LoadSite site(folder_.Root(), "zeros");
+    site.Put(10);
+    site.PlanFaults("MQCMIT 7 kill after");
+    site.Set("--checkpoint-every", "100");
+    EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
+    site.PlanFaults("");
+    const std::string whole = ReadFileIfAny(site.CheckpointFile());
+    std::size_t third = 4;
+    for (int record = 0; record < 3; ++record)
+        third += 8 + site.Messages()[static_cast<std::size_t>(record)].size();
+    ASSERT_GT(whole.size(), third);
+    WriteBytesTo(site.CheckpointFile(), whole.substr(0, third) + std::string(whole.size() - third, '\0'));
+
+    const ProgramResult verified =
+        RunProgram(MQAM_PROGRAM, {"checkpoint", "verify", site.CheckpointFile()}, site.Folder());
+    EXPECT_EQ(verified.exitCode, 10);
+    EXPECT_TRUE(Contains(verified.standardOutput, " is damaged")) << verified.standardOutput;
+    EXPECT_TRUE(Contains(verified.standardOutput, ": 3 complete records")) << verified.standardOutput;
+    EXPECT_TRUE(Contains(verified.standardOutput, ": zeros")) << verified.standardOutput;
+    EXPECT_TRUE(Contains(verified.standardOutput, "are lost (4 if they were as long as"))
+        << verified.standardOutput;
+
+    EXPECT_EQ(site.Run().exitCode, 1);
+    EXPECT_TRUE(Contains(site.Error(), "ck is damaged: zeros take the place of records from offset " +
+                                           std::to_string(third) +
+                                           " to the end; 3 records are intact, at most "))
+        << site.Error();
+    EXPECT_EQ(ReadFileIfAny(site.Target()), "");
+    EXPECT_EQ(site.Depth(), 3);
+    WriteBytesTo(site.CheckpointFile(), whole);
+    site.Run();
+    EXPECT_TRUE(site.IsDone());
+}
+
 TEST_F(RestartPromise, L12_AFlippedBitIsNoticedInTheFirstRecordAndInALengthAlone) {
     LoadSite& site = Interrupted("site", 9, "MQCMIT 6 kill before");
     const std::string checkpoint = ReadFileIfAny(site.CheckpointFile());

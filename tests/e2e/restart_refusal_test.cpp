@@ -252,7 +252,7 @@ TEST_F(RestartableLoadRefusal, H18_TheCheckpointFileOfAnotherLoad) {
     WriteBytesTo(foreign.CheckpointFile(), good);
 
     const std::string ofBackup = ReadFileIfAny(backup.CheckpointFile());
-    WriteBytesTo(backup.CheckpointFile(), CheckpointBytes(0, {"x"}));
+    WriteBytesTo(backup.CheckpointFile(), CheckpointBytes(-1, {"x"}));
     ExpectRefusal(backup, {}, "the file is older than the position, another load's or a backup");
     WriteBytesTo(backup.CheckpointFile(), ofBackup);
 

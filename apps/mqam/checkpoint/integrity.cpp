@@ -3,6 +3,7 @@
 
 #include "mqam/base/progress.h"
 #include "mqam/base/text_wrap.h"
+#include "mqam/checkpoint/damage.h"
 #include "recovery/checkpoint_records.h"
 
 namespace mqam {
@@ -35,8 +36,9 @@ std::string Paragraph(const std::string& text) {
     return WrapText(text, kTextWidth) + "\n";
 }
 
-std::string DescribeTail(const CheckpointScan& scan, std::uint64_t maxRecordBytes) {
-    const std::uint64_t tail = scan.fileBytes - scan.intactBytes;
+// Describes the bytes from the end of the intact ones to `tailTo`.
+std::string DescribeTail(const CheckpointScan& scan, std::uint64_t tailTo, std::uint64_t maxRecordBytes) {
+    const std::uint64_t tail = tailTo - scan.intactBytes;
     if (tail < mqamod::kRecordLengthBytes) return "the beginning of a record length (8 bytes)";
     const std::string length = "a record length of " + std::to_string(scan.lengthAfterIntact);
     if (scan.impossibleLengthAt != 0) {
@@ -60,8 +62,19 @@ std::string ListRanges(const CheckpointScan& scan, std::uint64_t maxRecordBytes)
         text += Range(doubtfulFrom, scan.intactBytes,
                       "read as " + CountCompleteRecords(scan.records.size() - intact) + ", probably wrongly");
     }
-    if (scan.intactBytes < scan.fileBytes)
-        text += Range(scan.intactBytes, scan.fileBytes, DescribeTail(scan, maxRecordBytes));
+    std::uint64_t tailFrom = scan.intactBytes;
+    if (scan.filler) {
+        text += Range(tailFrom, scan.filler->to, NameFiller(*scan.filler));
+        tailFrom = scan.filler->to;
+    }
+    const bool showsAfter = !scan.recordsAfter.empty() && scan.recordsAfter.front().offset >= tailFrom;
+    const std::uint64_t tailTo = showsAfter ? scan.recordsAfter.front().offset : scan.fileBytes;
+    if (tailFrom < tailTo) {
+        text += Range(tailFrom, tailTo,
+                      scan.filler ? "not a complete record" : DescribeTail(scan, tailTo, maxRecordBytes));
+    }
+    if (tailTo < scan.fileBytes)
+        text += Range(tailTo, scan.fileBytes, CountCompleteRecords(scan.recordsAfter.size()));
     return text;
 }
 
@@ -76,7 +89,38 @@ std::string ExplainIncomplete(const CheckpointScan& scan) {
            Paragraph(kNoChecksum);
 }
 
-std::string ExplainDamaged(const CheckpointScan& scan) {
+std::string ExplainRecordsAfter(const CheckpointScan& scan) {
+    if (scan.resyncOffset == 0) return "";
+    std::string text = " " + CountCompleteRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
+                       " lead exactly to the end of the file";
+    const std::size_t reliable = scan.recordsAfter.size();
+    if (reliable < scan.resyncRecords) {
+        text += ", but the same bytes can be read in another way: " +
+                (reliable == 0 ? std::string("none of them is")
+                               : "only those from " + At(scan.recordsAfter.front().offset) + " are") +
+                " certain";
+    }
+    return text + ".";
+}
+
+std::string ExplainFiller(const CheckpointScan& scan) {
+    const FillerRun& filler = *scan.filler;
+    const std::string where =
+        "from " + At(scan.intactBytes) +
+        (filler.to == scan.fileBytes ? " to the end of the file" : " to offset " + std::to_string(filler.to));
+    std::string text =
+        Paragraph("Known: no crash of the module leaves the " + NameFiller(filler) + " " + where +
+                  ". A file system shows them where data never reached the disk, for example "
+                  "after a power failure." +
+                  ExplainRecordsAfter(scan));
+    if (filler.from < scan.intactBytes) {
+        text += Paragraph("Not known: the complete record before them ends in " + NameFiller(filler) +
+                          " too, from " + At(filler.from) + ". They can be its own, or it is incomplete.");
+    }
+    return text;
+}
+
+std::string ExplainWrongLength(const CheckpointScan& scan) {
     std::string text;
     if (scan.damagedLengthAt != 0) {
         const std::uint64_t flipped = scan.resyncOffset - scan.damagedLengthAt - mqamod::kRecordLengthBytes;
@@ -85,11 +129,14 @@ std::string ExplainDamaged(const CheckpointScan& scan) {
                          CountCompleteRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
                          " would lead exactly to the end of the file.");
     } else if (scan.resyncOffset != 0) {
+        text =
+            Paragraph("Known: no crash of the module leaves this, because an append is the end of the file." +
+                      ExplainRecordsAfter(scan) + " The lengths of one or more records between " +
+                      At(scan.intactBytes) + " and those are lost.");
+    } else if (scan.emptyLengthAt != 0) {
         text = Paragraph(
-            "Known: no crash of the module leaves this, because an append is the end of the file. " +
-            CountCompleteRecords(scan.resyncRecords) + " from " + At(scan.resyncOffset) +
-            " lead exactly to its end; the lengths of one or more records between " + At(scan.intactBytes) +
-            " and those are lost.");
+            "Known: no crash of the module leaves this, because the module never saves an empty record after the "
+            "first one. No complete record that leads to the end of the file was found after it.");
     } else {
         text = Paragraph(
             "Known: no crash of the module leaves this. The start of the next record cannot be "
@@ -99,8 +146,23 @@ std::string ExplainDamaged(const CheckpointScan& scan) {
     return text +
            Paragraph(
                "Not known: the wrong length may be an earlier one than the one that shows, so the records "
-               "before it may not be what was saved.") +
-           Paragraph(kNoChecksum) +
+               "before it may not be what was saved.");
+}
+
+std::string ExplainDamaged(const CheckpointScan& scan) {
+    std::string text;
+    if (HasNoSequence(scan)) {
+        text += Paragraph(
+            "Known: no checkpoint has the number 0. The sequence number never reached the disk, for example "
+            "because of a power failure, so which checkpoint the file belongs to is lost.");
+    }
+    const Loss loss = EstimateLoss(scan);
+    if (loss.to != 0) {
+        text += scan.filler ? ExplainFiller(scan) : ExplainWrongLength(scan);
+        text += Paragraph("Lost: between " + At(loss.from) + " and " + At(loss.to) + ", " +
+                          DescribeLoss(loss) + ".");
+    }
+    return text + Paragraph(kNoChecksum) +
            Paragraph(
                "To do: keep a copy of the file, and restore an undamaged one. A restart refuses this "
                "file, and no repair is tried, because it would be a guess.");
@@ -109,7 +171,7 @@ std::string ExplainDamaged(const CheckpointScan& scan) {
 }  // namespace
 
 Integrity CheckIntegrity(const CheckpointScan& scan) {
-    if (scan.impossibleLengthAt != 0 || scan.resyncOffset != 0) return Integrity::kDamaged;
+    if (IsDamaged(scan)) return Integrity::kDamaged;
     return scan.intactBytes == scan.fileBytes ? Integrity::kIntact : Integrity::kIncomplete;
 }
 

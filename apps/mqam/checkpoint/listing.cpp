@@ -24,7 +24,7 @@ std::string SummarizeTail(const CheckpointScan& scan) {
     if (tail == 0) return "";
     std::string text = "; " + CountOf(tail, "byte") + " from offset " + std::to_string(scan.intactBytes) +
                        " to the end are not a complete record";
-    if (scan.impossibleLengthAt != 0 || scan.resyncOffset != 0) {
+    if (IsDamaged(scan)) {
         text += ": damaged, see `mqam checkpoint verify " + scan.path + "`";
     }
     return text;

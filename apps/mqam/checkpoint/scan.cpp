@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 
+#include "mqam/checkpoint/damage.h"
 #include "platform/directory.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -23,71 +24,10 @@ using mqamod::ReadRecordBody;
 using mqamod::ReadRecordLength;
 using mqamod::ReadSequence;
 
-constexpr std::size_t kHeadBytes = 32;
-constexpr std::size_t kSearchedBytes = std::size_t{64} << 20;
-
 struct CloseStream {
     void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
-
-std::uint64_t LengthAt(const std::vector<char>& bytes, std::uint64_t at) {
-    std::uint64_t length = 0;
-    std::memcpy(&length, bytes.data() + at, sizeof length);
-    return length;
-}
-
-// Finds the offsets from which complete records lead exactly to the end. Records of length 0 prove nothing: a run of
-// zeros would look like them.
-std::vector<bool> FindChains(const std::vector<char>& bytes, std::uint64_t maxRecordBytes) {
-    std::vector<bool> leadsToEnd(bytes.size() + 1);
-    leadsToEnd[bytes.size()] = true;
-    for (std::size_t at = bytes.size(); at-- > kSequenceBytes;) {
-        const std::size_t left = bytes.size() - at;
-        if (left <= kRecordLengthBytes) continue;
-        const std::uint64_t length = LengthAt(bytes, at);
-        if (length == 0 || length > maxRecordBytes || length > left - kRecordLengthBytes) continue;
-        leadsToEnd[at] = leadsToEnd[at + kRecordLengthBytes + static_cast<std::size_t>(length)];
-    }
-    return leadsToEnd;
-}
-
-// Flips each bit of the length field at `at` and returns the lowest offset from which complete records lead to the end
-// of the file, or 0 if there is none.
-std::uint64_t FindChainByBit(const std::vector<char>& bytes, std::uint64_t at,
-                             const std::vector<bool>& leadsToEnd) {
-    if (at + kRecordLengthBytes > bytes.size()) return 0;
-    std::uint64_t first = 0;
-    for (unsigned bit = 0; bit < 64; ++bit) {
-        const std::uint64_t flipped = LengthAt(bytes, at) ^ std::uint64_t{1} << bit;
-        if (flipped >= bytes.size()) continue;
-        const std::uint64_t next = at + kRecordLengthBytes + flipped;
-        if (next >= bytes.size() || !leadsToEnd[static_cast<std::size_t>(next)]) continue;
-        if (first == 0 || next < first) first = next;
-    }
-    return first;
-}
-
-void FindResyncOffset(const std::vector<char>& bytes, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
-    const std::vector<bool> leadsToEnd = FindChains(bytes, maxRecordBytes);
-    std::vector<std::uint64_t> lengthsRead;
-    lengthsRead.reserve(scan.records.size() + 1);
-    for (const ScannedRecord& record : scan.records)
-        lengthsRead.push_back(record.offset);
-    lengthsRead.push_back(scan.intactBytes);
-    for (const std::uint64_t at : lengthsRead) {
-        scan.resyncOffset = FindChainByBit(bytes, at, leadsToEnd);
-        if (scan.resyncOffset == 0) continue;
-        scan.damagedLengthAt = at;
-        break;
-    }
-    for (auto at = scan.intactBytes + 1; scan.resyncOffset == 0 && at < bytes.size(); ++at) {
-        if (leadsToEnd[static_cast<std::size_t>(at)]) scan.resyncOffset = at;
-    }
-    if (scan.resyncOffset == 0) return;
-    for (std::uint64_t at = scan.resyncOffset; at < bytes.size(); ++scan.resyncRecords)
-        at += kRecordLengthBytes + LengthAt(bytes, at);
-}
 
 // Scans what comes after the complete records; `tailBytes` of it have been read already.
 void ScanTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecordBytes,
@@ -96,20 +36,31 @@ void ScanTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecor
     std::vector<char> bytes(65536);
     while (const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), stream))
         scan.fileBytes += got;
-    if (std::ferror(stream) != 0 || scan.fileBytes == scan.intactBytes || scan.fileBytes > kSearchedBytes)
-        return;
+    if (std::ferror(stream) != 0 || scan.fileBytes == scan.intactBytes) return;
+    FindFiller(stream, scan);
+    if (scan.fileBytes > kSearchedBytes) return;
     bytes.resize(static_cast<std::size_t>(scan.fileBytes));
     std::rewind(stream);
     if (std::fread(bytes.data(), 1, bytes.size(), stream) == bytes.size())
-        FindResyncOffset(bytes, maxRecordBytes, scan);
+        FindRecordsAfterDamage(bytes, maxRecordBytes, scan);
 }
 
-// Reads records until one is incomplete or has an impossible length. Returns how many bytes of that one were read.
+// Whether a length of at least 1 can begin with `bytes` bytes of 0.
+bool CanBePossibleLength(std::size_t bytes, std::uint64_t maxRecordBytes) {
+    return bytes < kRecordLengthBytes && std::uint64_t{1} << (8 * bytes) <= maxRecordBytes;
+}
+
+// Reads records until one is incomplete or has a length that no record can have. Returns how many bytes of that one were read.
 std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, CheckpointScan& scan) {
     std::vector<char> body;
     for (;;) {
         std::uint64_t length = 0;
         const PieceRead lengthRead = ReadRecordLength(stream, length);
+        if (length == 0 && scan.intactBytes != kSequenceBytes &&
+            !CanBePossibleLength(lengthRead.bytes, maxRecordBytes)) {
+            scan.emptyLengthAt = scan.intactBytes;
+            return lengthRead.bytes;
+        }
         if (!lengthRead.complete) return lengthRead.bytes;
         scan.lengthAfterIntact = length;
         if (length > maxRecordBytes) {
@@ -119,8 +70,7 @@ std::uint64_t ScanRecords(std::FILE* stream, std::uint64_t maxRecordBytes, Check
         if (body.size() < length) body.resize(static_cast<std::size_t>(length));
         const PieceRead bodyRead = ReadRecordBody(stream, body.data(), length);
         if (!bodyRead.complete) return kRecordLengthBytes + bodyRead.bytes;
-        const auto headBytes = std::min<std::size_t>(kHeadBytes, static_cast<std::size_t>(length));
-        scan.records.push_back({scan.intactBytes, length, std::string(body.data(), headBytes)});
+        scan.records.push_back(MakeScannedRecord(scan.intactBytes, length, body.data()));
         scan.intactBytes += kRecordLengthBytes + length;
         scan.lengthAfterIntact = 0;
     }
@@ -166,6 +116,11 @@ bool SameBytes(std::FILE* left, std::uint64_t leftAt, std::FILE* right, std::uin
 }
 
 }  // namespace
+
+bool IsDamaged(const CheckpointScan& scan) {
+    return scan.impossibleLengthAt != 0 || scan.emptyLengthAt != 0 || scan.resyncOffset != 0 ||
+           HasNoSequence(scan);
+}
 
 CheckpointScan ScanCheckpointFile(const std::string& path, std::uint64_t maxRecordBytes) {
     CheckpointScan scan;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,9 @@ namespace mqam {
 
 /// The largest record that the module's BKSZ allows: the limit for reading a file whose load is unknown.
 inline constexpr std::uint64_t kLargestRecordBytes = 16777216;
+
+/// The largest file in which records are searched for after a place where the chain of lengths breaks.
+inline constexpr std::uint64_t kSearchedBytes = std::uint64_t{64} << 20;
 
 /// The shapes that a checkpoint file can have. A crash in the middle of a rewrite or of an append explains each of
 /// them.
@@ -30,6 +34,16 @@ struct ScannedRecord {
     std::string head;      ///< its first bytes, at most 32
 };
 
+/// One byte repeated where a record length should be. The module never writes that: a file system shows it where data
+/// never reached the disk, above all zeros after a power failure.
+struct FillerRun {
+    unsigned char byte = 0;
+    /// Where the run begins. If that is before intactBytes, the last complete record ends in the same byte: these
+    /// bytes can be its own, or the record is incomplete.
+    std::uint64_t from = 0;
+    std::uint64_t to = 0;  ///< where it ends
+};
+
 struct CheckpointScan {
     std::string path;  ///< the file that was read
     CheckpointShape shape = CheckpointShape::kMissing;
@@ -41,17 +55,29 @@ struct CheckpointScan {
     /// The offset of the first length field that no record of the load can have (above the largest record), or 0 if
     /// there is none. Nothing can be known about the bytes after such a length.
     std::uint64_t impossibleLengthAt = 0;
+    /// The offset of the first length field of 0 after the first record, or 0 if there is none. The module never appends
+    /// an empty record; a rewrite during a replay can put one, and only as the first record. Such a length counts as
+    /// damage, and so do zeros at the end of the file if no length can begin with as many of them.
+    std::uint64_t emptyLengthAt = 0;
     /// The value of the length field at intactBytes if all of its 8 bytes are there, else 0.
     std::uint64_t lengthAfterIntact = 0;
+    /// The filler at intactBytes, if there is one. A short run counts only if it leads to the end of the file.
+    std::optional<FillerRun> filler;
     /// The lowest offset after the torn or damaged piece from which complete records lead exactly to the end of the
     /// file, or 0 if there is none. An append that a crash cut short ends the file, so such records prove damage: a
-    /// record length at or before intactBytes is wrong. Not searched for in files above 64 MiB.
+    /// record length at or before intactBytes is wrong. Not searched for in files above kSearchedBytes.
     std::uint64_t resyncOffset = 0;
     std::uint64_t resyncRecords = 0;  ///< how many records those are
+    /// Those of them that can be separated reliably. If there is more than one way to read the bytes after the damage,
+    /// the first record here is one at which all ways meet and inside which none begins.
+    std::vector<ScannedRecord> recordsAfter;
     /// The offset of the length field in which flipping a single bit leads to resyncOffset, or 0 if there is none.
     std::uint64_t damagedLengthAt = 0;
     std::string error;  ///< with kUnreadable: the system's message
 };
+
+/// Whether the file is damaged in a way that no crash of the module explains.
+[[nodiscard]] bool IsDamaged(const CheckpointScan& scan);
 
 /// Scans a checkpoint file.
 ///   maxRecordBytes  the BKSZ of the load; kLargestRecordBytes if it is not known

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "mqam/checkpoint/damage.h"
+
 namespace mqam {
 
 namespace {
@@ -21,22 +23,41 @@ StartDecision Refuse(const std::string& message) {
     return decision;
 }
 
+std::string AtOffset(std::uint64_t offset) {
+    return "offset " + std::to_string(offset);
+}
+
+// Says where the chain of lengths breaks.
+std::string DescribeDamage(const CheckpointScan& file) {
+    if (HasNoSequence(file)) return "its sequence number is 0, which no checkpoint has";
+    if (file.filler) {
+        return NameFiller(*file.filler) + " take the place of records from " + AtOffset(file.intactBytes) +
+               " to " + (file.filler->to == file.fileBytes ? "the end" : AtOffset(file.filler->to));
+    }
+    if (file.damagedLengthAt != 0) {
+        return "one bit of the record length at " + AtOffset(file.damagedLengthAt) +
+               " seems to be wrong; with it corrected, complete records would lead to the end of the file";
+    }
+    return "the record length at " + AtOffset(file.intactBytes) + " " +
+           (file.impossibleLengthAt != 0 ? "is larger than any record (--max-record)"
+            : file.emptyLengthAt != 0    ? "is 0"
+                                         : "leads past the end of the file");
+}
+
 // An append that was cut short is the end of the file. Anything after it means damage, and a replay would stop there or
 // skip records.
 StartDecision RefuseDamage(const CheckpointScan& file) {
-    std::string message = file.path + " is damaged: ";
-    if (file.damagedLengthAt != 0) {
-        message +=
-            "one bit of the record length at offset " + std::to_string(file.damagedLengthAt) +
-            " seems to be wrong; with it corrected, complete records would lead to the end of the file";
-    } else {
-        message += "the record length at offset " + std::to_string(file.intactBytes) + " " +
-                   (file.impossibleLengthAt != 0 ? "is larger than any record (--max-record)"
-                                                 : "leads past the end of the file");
-        if (file.resyncOffset != 0) {
-            message += ", but complete records are found from offset " + std::to_string(file.resyncOffset) +
-                       " to its end";
-        }
+    std::string message = file.path + " is damaged: " + DescribeDamage(file);
+    if (file.resyncOffset != 0 && file.damagedLengthAt == 0) {
+        message += ", but complete records are found from " + AtOffset(file.resyncOffset) + " to its end";
+    }
+    const Loss loss = EstimateLoss(file);
+    if (loss.to != 0) {
+        const auto isIntact = [&loss](const ScannedRecord& record) { return record.offset < loss.from; };
+        const auto intact = std::count_if(file.records.begin(), file.records.end(), isIntact);
+        message += "; " + CountRecords(static_cast<std::size_t>(intact) + file.recordsAfter.size()) +
+                   (intact + file.recordsAfter.size() == 1 ? " is" : " are") + " intact, " +
+                   DescribeLoss(loss);
     }
     return Refuse(message + "; keep a copy of the file and see what is intact with `mqam checkpoint verify " +
                   file.path + "`; restore an undamaged copy and run the same command again");
@@ -188,10 +209,6 @@ StartDecision DecideWithRecords(const PositionData& stored, const CheckpointScan
 
 std::string HowToRepair(const std::string& path) {
     return "look at " + Show(path) + ", then run `mqam checkpoint repair " + path + "`";
-}
-
-bool IsDamaged(const CheckpointScan& file) {
-    return file.impossibleLengthAt != 0 || file.resyncOffset != 0;
 }
 
 StartDecision DecideStart(const std::string& checkpointPath, const std::optional<PositionData>& stored,

@@ -69,7 +69,4 @@ struct StartDecision {
 /// The advice to look at the checkpoint file and repair it by hand.
 [[nodiscard]] std::string HowToRepair(const std::string& checkpointPath);
 
-/// Whether the file is damaged in a way that no crash explains.
-[[nodiscard]] bool IsDamaged(const CheckpointScan& file);
-
 }  // namespace mqam

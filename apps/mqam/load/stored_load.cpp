@@ -64,8 +64,10 @@ Status CheckFirstRecord(const std::string& checkpointPath, const RestartState& s
     const bool fromBeginning = scan.sequence == decision.position.CkPtSeq;
     const auto offset = static_cast<std::uint64_t>(decision.position.CkPtOffset);
     const auto first =
-        std::find_if(scan.records.begin(), scan.records.end(),
-                     [&](const ScannedRecord& record) { return fromBeginning || record.offset == offset; });
+        // An empty record that a rewrite put first is passed over (H15).
+        std::find_if(scan.records.begin(), scan.records.end(), [&](const ScannedRecord& record) {
+            return record.length != 0 && (fromBeginning || record.offset >= offset);
+        });
     std::vector<char> body;
     if (first == scan.records.end() || !ReadBody(scan.path, *first, body)) return {};
     if (body.size() == state.lastRecordLength &&

@@ -123,6 +123,34 @@ TEST_F(RestartDamageTest, L12_ABitOfTheLastLengthTurnedCannotBeKnownUnlessItIsIm
     }
 }
 
+// After a power failure a file can have its length but not its last bytes. Each length that is 0 shows that. Zeros
+// inside the last record do not show.
+TEST_F(RestartDamageTest, ZerosToTheEndAreRefusedWhereverTheyBeginBeforeTheLastRecord) {
+    const std::size_t last = Bounds()[kRecords.size() - 1];
+    for (std::size_t from = 0; from < file_.size(); ++from) {
+        const std::string zeroed = file_.substr(0, from) + std::string(file_.size() - from, '\0');
+        EXPECT_EQ(IsRefused(zeroed), from <= last) << from;
+        EXPECT_TRUE(from > last || DecideOn(zeroed).repairs.empty()) << from;
+    }
+}
+
+// A file that was enlarged before its bytes were written.
+TEST_F(RestartDamageTest, ZerosAddedToTheFileAreRefusedOnceNoLengthCanBeginWithThem) {
+    for (std::size_t count = 1; count < 100; ++count) {
+        EXPECT_EQ(IsRefused(file_ + std::string(count, '\0')), count >= 2) << count;
+    }
+}
+
+TEST_F(RestartDamageTest, ASectorOfOneRepeatedByteIsRefusedWhereverItCoversALength) {
+    for (const char byte : {'\0', ' ', '\xFF', '\xE5'}) {
+        for (std::size_t record = 1; record < kRecords.size(); ++record) {
+            std::string filled = file_;
+            filled.replace(Bounds()[record] - 3, 16, 16, byte);
+            EXPECT_TRUE(IsRefused(filled)) << record << " " << static_cast<int>(byte);
+        }
+    }
+}
+
 TEST_F(RestartDamageTest, L12_ABitInsideARecordBehindTheFirstTurnedCannotBeKnown) {
     const std::vector<std::size_t> bounds = Bounds();
     for (std::size_t at = bounds[1] + 8; at < bounds[2]; ++at) {

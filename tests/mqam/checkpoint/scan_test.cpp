@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "mqam/checkpoint/damage.h"
 #include "tests/support/checkpoint_bytes.h"
 #include "tests/support/test_directory.h"
 
@@ -39,7 +40,7 @@ TEST_F(CheckpointFactsTest, FolderIsUnreadableWithAReason) {
 
 TEST_F(CheckpointFactsTest, RecordsAreToldWithOffsetLengthAndHead) {
     const std::string large(kLargestRecord, 'x');
-    const std::string bytes = CheckpointBytes(-7, {"one", std::string("\0two", 4), "", large});
+    const std::string bytes = CheckpointBytes(-7, {"", "one", std::string("\0two", 4), large});
     const CheckpointScan facts = Inspect(bytes);
     ASSERT_EQ(facts.shape, CheckpointShape::kRecords);
     EXPECT_EQ(facts.sequence, -7);
@@ -48,17 +49,18 @@ TEST_F(CheckpointFactsTest, RecordsAreToldWithOffsetLengthAndHead) {
     EXPECT_EQ(facts.impossibleLengthAt, 0U);
     EXPECT_EQ(facts.resyncOffset, 0U);
     ASSERT_EQ(facts.records.size(), 4U);
-    EXPECT_EQ(facts.records[1].offset, 15U);
-    EXPECT_EQ(facts.records[1].length, 4U);
-    EXPECT_EQ(facts.records[1].head, std::string("\0two", 4));
-    EXPECT_EQ(facts.records[2].length, 0U);
+    EXPECT_EQ(facts.records[0].length, 0U);
+    EXPECT_EQ(facts.emptyLengthAt, 0U);
+    EXPECT_EQ(facts.records[2].offset, 23U);
+    EXPECT_EQ(facts.records[2].length, 4U);
+    EXPECT_EQ(facts.records[2].head, std::string("\0two", 4));
     EXPECT_EQ(facts.records[3].offset, 35U);
     EXPECT_EQ(facts.records[3].length, kLargestRecord);
     EXPECT_EQ(facts.records[3].head, std::string(32, 'x'));
 }
 
 TEST_F(CheckpointFactsTest, FileCutAtEveryByteTellsItsIntactPart) {
-    const std::vector<std::string> records = {"the first", "", "and the third record"};
+    const std::vector<std::string> records = {"", "the second", "and the third record"};
     const std::string whole = CheckpointBytes(3, records);
     for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
         SCOPED_TRACE(cut);
@@ -178,6 +180,186 @@ TEST_F(CheckpointFactsTest, TornRecordOfZerosIsNotTakenForRecords) {
     const CheckpointScan facts = Inspect(HeaderBytes(1) + LengthBytes(900) + std::string(600, '\0'));
     EXPECT_EQ(facts.shape, CheckpointShape::kHeaderOnly);
     EXPECT_EQ(facts.resyncOffset, 0U);
+}
+
+// ---- filler, and what comes after damage
+
+const std::string kThree = CheckpointBytes(5, {"one", "two", "three"});  // 39 bytes
+
+std::string Filled(std::size_t count, char byte = '\0') {
+    return std::string(count, byte);
+}
+
+struct FillerCase {
+    const char* name;
+    std::string bytes;
+    std::size_t intact;
+    std::uint64_t emptyLengthAt;
+    std::uint64_t impossibleLengthAt;
+    std::optional<FillerRun> filler;
+    std::size_t recordsAfter;
+    Loss loss;
+};
+
+TEST_F(CheckpointFactsTest, FillerAndWhatItCostsAreFound) {
+    const std::string after = LengthBytes(4) + "four" + LengthBytes(4) + "five";
+    const FillerRun zeros{0, 39, 0};
+    const auto upTo = [](FillerRun run, std::uint64_t to) {
+        run.to = to;
+        return run;
+    };
+    const FillerCase cases[] = {
+        {"zeros to the end", kThree + Filled(84), 39, 39, 0, upTo(zeros, 123), 0, {39, 123, 9, 8, false}},
+        {"as many zeros as a length",
+         kThree + Filled(8),
+         39,
+         39,
+         0,
+         upTo(zeros, 47),
+         0,
+         {39, 47, 0, 0, false}},
+        {"zeros that no length can begin with",
+         kThree + Filled(2),
+         39,
+         39,
+         0,
+         upTo(zeros, 41),
+         0,
+         {39, 41, 0, 0, false}},
+        {"a zero that a length can begin with", kThree + Filled(1), 39, 0, 0, std::nullopt, 0, {}},
+        {"other bytes to the end",
+         kThree + Filled(84, '\xFF'),
+         39,
+         0,
+         39,
+         FillerRun{0xFF, 39, 123},
+         0,
+         {39, 123, 9, 8, false}},
+        {"bytes too few to be known as filler", kThree + Filled(7, '\xFF'), 39, 0, 0, std::nullopt, 0, {}},
+        {"blanks between records",
+         kThree + Filled(64, ' ') + after,
+         39,
+         0,
+         39,
+         FillerRun{' ', 39, 103},
+         2,
+         {39, 103, 7, 6, false}},
+        // The low byte of the next length is not 0, so the zeros end there.
+        {"zeros between records",
+         kThree + Filled(100) + after,
+         39,
+         39,
+         0,
+         upTo(zeros, 139),
+         2,
+         {39, 139, 11, 9, false}},
+        {"zeros from the middle of a record",
+         CheckpointBytes(5, {"one", "two" + Filled(5)}) + Filled(30),
+         31,
+         31,
+         0,
+         FillerRun{0, 26, 61},
+         0,
+         {31, 61, 4, 2, true}},
+        {"a record of zeros before zeros",
+         CheckpointBytes(5, {"one", Filled(5)}) + Filled(30),
+         28,
+         28,
+         0,
+         FillerRun{0, 23, 58},
+         0,
+         {28, 58, 4, 3, true}},
+        {"nothing but zeros", Filled(100), 12, 12, 0, FillerRun{0, 12, 100}, 0, {12, 100, 9, 9, false}},
+        {"an empty record alone",
+         kThree + LengthBytes(0) + "rest",
+         39,
+         39,
+         0,
+         std::nullopt,
+         0,
+         {39, 51, 1, 1, false}},
+        {"an empty first record", CheckpointBytes(5, {"", "two"}), 23, 0, 0, std::nullopt, 0, {}},
+        {"two empty records",
+         CheckpointBytes(5, {"", ""}),
+         12,
+         12,
+         0,
+         FillerRun{0, 12, 20},
+         0,
+         {12, 20, 0, 0, false}},
+    };
+    for (const FillerCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        const CheckpointScan facts = Inspect(c.bytes);
+        EXPECT_EQ(facts.intactBytes, c.intact);
+        EXPECT_EQ(facts.fileBytes, c.bytes.size());
+        EXPECT_EQ(facts.emptyLengthAt, c.emptyLengthAt);
+        EXPECT_EQ(facts.impossibleLengthAt, c.impossibleLengthAt);
+        ASSERT_EQ(facts.filler.has_value(), c.filler.has_value());
+        if (c.filler) {
+            EXPECT_EQ(facts.filler->byte, c.filler->byte);
+            EXPECT_EQ(facts.filler->from, c.filler->from);
+            EXPECT_EQ(facts.filler->to, c.filler->to);
+        }
+        EXPECT_EQ(facts.recordsAfter.size(), c.recordsAfter);
+        EXPECT_EQ(IsDamaged(facts), c.emptyLengthAt != 0 || c.impossibleLengthAt != 0);
+        const Loss loss = EstimateLoss(facts);
+        EXPECT_EQ(loss.from, c.loss.from);
+        EXPECT_EQ(loss.to, c.loss.to);
+        EXPECT_EQ(loss.recordsMax, c.loss.recordsMax);
+        EXPECT_EQ(loss.recordsLikely, c.loss.recordsLikely);
+        EXPECT_EQ(loss.lastRecordIsDoubtful, c.loss.lastRecordIsDoubtful);
+    }
+}
+
+TEST_F(CheckpointFactsTest, TheSequenceNumberZeroIsDamageOfAnyFileThatHasOne) {
+    EXPECT_TRUE(IsDamaged(Inspect(HeaderBytes(0))));
+    EXPECT_TRUE(IsDamaged(Inspect(CheckpointBytes(0, {"one"}))));
+    EXPECT_FALSE(IsDamaged(Inspect(HeaderBytes(0).substr(0, 3))));
+    EXPECT_FALSE(IsDamaged(Inspect("")));
+    EXPECT_EQ(EstimateLoss(Inspect(CheckpointBytes(0, {"one"}))).recordsMax, 0U);
+}
+
+// The text of a record looks like a record itself: the end of the second one, read from its middle, leads to the
+// third one.
+TEST_F(CheckpointFactsTest, OnlyRecordsAtWhichAllWaysOfReadingMeetAreSeparated) {
+    const std::string stray = "xx" + LengthBytes(2) + "yy";
+    const std::string bytes = kThree + Filled(100, '\xEE') + LengthBytes(3) + "six" +
+                              LengthBytes(stray.size()) + stray + LengthBytes(5) + "seven" + LengthBytes(5) +
+                              "eight";
+    const CheckpointScan facts = Inspect(bytes);
+    EXPECT_EQ(facts.resyncOffset, 139U);
+    EXPECT_EQ(facts.resyncRecords, 4U);
+    // The stray way begins after "six", which no way contradicts.
+    EXPECT_EQ(facts.recordsAfter.size(), 4U);
+    // Without "six", the record around the stray way comes first, and either may be right.
+    const std::string doubtful = kThree + Filled(100, '\xEE') + LengthBytes(stray.size()) + stray +
+                                 LengthBytes(5) + "seven" + LengthBytes(5) + "eight";
+    const CheckpointScan less = Inspect(doubtful);
+    EXPECT_EQ(less.resyncOffset, 139U);
+    EXPECT_EQ(less.resyncRecords, 3U);
+    ASSERT_EQ(less.recordsAfter.size(), 2U);
+    EXPECT_EQ(less.recordsAfter[0].head, "seven");
+    EXPECT_EQ(less.recordsAfter[0].offset, 159U);
+    EXPECT_EQ(less.recordsAfter[1].head, "eight");
+    EXPECT_EQ(EstimateLoss(less).to, 159U);
+}
+
+TEST_F(CheckpointFactsTest, NoRecordAfterTheDamageIsSeparatedIfAWayBeginsInTheLastOne) {
+    const std::string stray = "xx" + LengthBytes(2) + "yy";
+    const CheckpointScan facts = Inspect(kThree + Filled(100, '\xEE') + LengthBytes(stray.size()) + stray);
+    EXPECT_EQ(facts.resyncRecords, 1U);
+    EXPECT_TRUE(facts.recordsAfter.empty());
+    EXPECT_EQ(EstimateLoss(facts).to, facts.fileBytes);
+}
+
+// Two of the lengths before the damage would lead to a record if one bit of them were flipped.
+TEST_F(CheckpointFactsTest, AFlippedBitIsLookedForFromTheDamageBackwards) {
+    const std::string far(64 + 12, 'x');
+    const std::string bytes =
+        CheckpointBytes(1, {"1234", far}) + LengthBytes(5 ^ 16) + "wrong" + LengthBytes(5) + "right";
+    const CheckpointScan facts = Inspect(bytes);
+    EXPECT_EQ(facts.damagedLengthAt, 4U + 12 + 8 + far.size());
 }
 
 TEST_F(CheckpointFactsTest, TemporaryFilesAreFoundByNameAndSorted) {

@@ -137,6 +137,22 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
         {"stored, header of a later checkpoint", five, HeaderBytes(6), {}, "refuse", ""},
         {"nothing read since open, any header", opened, HeaderBytes(57), {}, "go on", ""},
         {"nothing read since open, empty file", opened, "", {}, "go on", ""},
+        {"stored, header of zeros", five, HeaderBytes(0), {}, "refuse", ""},
+        {"nothing read since open, header of zeros", opened, HeaderBytes(0), {}, "refuse", ""},
+        {"nothing stored, header of zeros", none, HeaderBytes(0), {}, "refuse", ""},
+        {"stored, records, then zeros", five, kTwo + LengthBytes(0), {}, "refuse", ""},
+        {"checkpoint before, records, then zeros",
+         MakePosition(6, 9, 15),
+         kTwo + LengthBytes(0),
+         {},
+         "refuse",
+         ""},
+        {"stored, no file, temporary that ends in zeros",
+         five,
+         missing,
+         {whole + LengthBytes(0)},
+         "refuse",
+         ""},
         {"stored, header, impossible length", five, HeaderBytes(5) + LengthBytes(1001), {}, "refuse", ""},
         {"stored, empty file, temporary", five, "", {whole}, "refuse", ""},
         {"stored, torn header, temporary", five, "\5", {whole}, "refuse", ""},
@@ -240,17 +256,33 @@ TEST_F(RestartDecisionTest, DamageIsReportedWithItsOffsets) {
     const auto expectDamage = [&](const std::string& bytes, const std::string& part) {
         const std::string message = Decide(MakePosition(5, 8, 0), bytes).message;
         EXPECT_NE(message.find(Path() + " is damaged: " + part + "; keep a copy"), std::string::npos)
-            << message;
+            << message << "\n"
+            << part;
     };
-    expectDamage(kImpossible, "the record length at offset 25 is larger than any record (--max-record)");
+    expectDamage(
+        kImpossible,
+        "the record length at offset 25 is larger than any record (--max-record); 2 records are intact, at "
+        "most 1 record is lost");
     expectDamage(
         kHidden,
         "the record length at offset 25 leads past the end of the file, but complete records are found from offset "
-        "36 to its end");
+        "36 to its end; 3 records are intact, at most 1 record is lost");
     expectDamage(
         kTwo + LengthBytes(3 ^ 64) + "ccc" + LengthBytes(4) + "dddd",
         "one bit of the record length at offset 25 seems to be wrong; with it corrected, complete records would "
-        "lead to the end of the file");
+        "lead to the end of the file; 3 records are intact, at most 1 record is lost");
+    expectDamage(kTwo + LengthBytes(0) + "x",
+                 "the record length at offset 25 is 0; 2 records are intact, at most 1 record is lost");
+    expectDamage(
+        kTwo + std::string(84, '\0'),
+        "zeros take the place of records from offset 25 to the end; 2 records are intact, at most 9 records "
+        "are lost (8 if they were as long as the intact ones)");
+    expectDamage(
+        kTwo + std::string(84, '\xFF') + LengthBytes(4) + "dddd",
+        "bytes FF take the place of records from offset 25 to offset 109, but complete records are found "
+        "from offset 109 to its end; 3 records are intact, at most 9 records are lost (8 if they were as "
+        "long as the intact ones)");
+    expectDamage(HeaderBytes(0), "its sequence number is 0, which no checkpoint has");
 }
 
 TEST_F(RestartDecisionTest, RenameRepairPutsTheTemporaryFileInPlaceOnlyWhereThereIsNone) {
