@@ -109,7 +109,7 @@ bool ReadOn(Replay& replay) {
         case Step::End:
             replay.at = replay.file.size();
             if (replay.queueMessages == kQueueMessages) {
-                Require(record.code == pmrcEOF, "the queue is empty behind the replay");
+                Require(record.code == pmrcEOF, "the queue is empty after the replay");
                 return false;
             }
             expected = CalmMessage(++replay.queueMessages);

@@ -91,11 +91,11 @@ ReturnCode Call(std::uint32_t option, ExactBlock& data, Outputs outputs) {
                 std::all_of(request.Address(), request.Address() + offsetof(RequestBlock, OptCode),
                             [](char c) { return c == kHostByte; }),
             "the host's part of the request block stays");
-    const std::size_t behind = outputs.offset + outputs.bytes;
-    Require(std::memcmp(data.Address(), before.data(), outputs.offset) == 0 &&
-                std::equal(before.begin() + static_cast<std::ptrdiff_t>(behind), before.end(),
-                           data.Address() + behind),
-            "only the outputs of the data block change");
+    const std::size_t end = outputs.offset + outputs.bytes;
+    Require(
+        std::memcmp(data.Address(), before.data(), outputs.offset) == 0 &&
+            std::equal(before.begin() + static_cast<std::ptrdiff_t>(end), before.end(), data.Address() + end),
+        "only the outputs of the data block change");
     return code;
 }
 

@@ -84,13 +84,13 @@ Options ReadOptions(int count, char** arguments) {
     return options;
 }
 
-std::string MakeWorkFolder() {
+std::string MakeWorkDirectory() {
     // In shared memory, syncing costs nothing. No test here simulates a power failure, so nothing is lost.
     std::string folder =
         access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path().string();
     folder += "/mqamod-crash.XXXXXX";
     if (mkdtemp(folder.data()) == nullptr) {
-        std::perror("crash: no folder to work in");
+        std::perror("crash: no directory to work in");
         std::exit(70);
     }
     return folder;
@@ -168,7 +168,7 @@ int main(int count, char** arguments) {
             std::printf("%-24s %s\n", one.name, one.what);
         return 0;
     }
-    options.pool.workFolder = MakeWorkFolder();
+    options.pool.workFolder = MakeWorkDirectory();
     const std::uint64_t failures = options.only.empty() ? RunAll(options) : RunOnly(options);
     std::error_code error;
     std::filesystem::remove_all(options.pool.workFolder, error);

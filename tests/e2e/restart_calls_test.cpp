@@ -13,16 +13,16 @@
 
 namespace {
 
-using Lives = std::vector<std::string>;
+using Attempts = std::vector<std::string>;
 
 constexpr char kBegin[] = "Init Preserve Attribute Open ";
 
 // Returns the text between two others in a line, or "" if the line does not contain them.
-std::string Between(const std::string& line, const std::string& before, const std::string& behind) {
+std::string Between(const std::string& line, const std::string& before, const std::string& after) {
     const std::size_t at = line.find(before);
     if (at == std::string::npos) return "";
     const std::size_t from = at + before.size();
-    const std::size_t end = line.find(behind, from);
+    const std::size_t end = line.find(after, from);
     return end == std::string::npos ? "" : line.substr(from, end - from);
 }
 
@@ -33,18 +33,18 @@ std::string TraceOf(const LoadSite& site) {
 
 // Describes an attempt by its requests: "Init Open Read Read:9 Close", each with its return code unless that
 // is 0, and with "!" if the process died in it.
-Lives LivesOf(const LoadSite& site) {
-    Lives lives;
+Attempts AttemptsOf(const LoadSite& site) {
+    Attempts attempts;
     std::string request;
     std::istringstream lines(ReadFileIfAny(TraceOf(site)));
     const auto end = [&](const std::string& how) {
-        if (!request.empty()) lives.back() += request + how + " ";
+        if (!request.empty()) attempts.back() += request + how + " ";
         request.clear();
     };
     for (std::string line; std::getline(lines, line);) {
         if (line.find("Paramters in effect:") != std::string::npos) {
             end("!");
-            lives.emplace_back();
+            attempts.emplace_back();
             request = "Init";
         }
         const std::string entered = Between(line, "entered for option '", "'");
@@ -55,9 +55,9 @@ Lives LivesOf(const LoadSite& site) {
             end(std::atoi(code.c_str()) == 0 ? "" : ":" + std::to_string(std::atoi(code.c_str())));
     }
     end("!");
-    for (std::string& life : lives)
-        if (life.ends_with(" ")) life.pop_back();
-    return lives;
+    for (std::string& attempt : attempts)
+        if (attempt.ends_with(" ")) attempt.pop_back();
+    return attempts;
 }
 
 class RestartCalls : public testing::Test {
@@ -77,30 +77,30 @@ class RestartCalls : public testing::Test {
         for (const auto& site : sites_)
             site->Wait();
     }
-    static Lives Expected(const Lives& behindBegin) {
-        Lives lives;
-        for (const std::string& life : behindBegin)
-            lives.push_back(kBegin + life);
-        return lives;
+    static Attempts Expected(const Attempts& afterBegin) {
+        Attempts attempts;
+        for (const std::string& attempt : afterBegin)
+            attempts.push_back(kBegin + attempt);
+        return attempts;
     }
 
     TestDirectory folder_;
     std::vector<std::unique_ptr<LoadSite>> sites_;
 };
 
-TEST_F(RestartCalls, H1_H13_EveryLifeOpensOnceKeepsTheFileAndTakesAPositionBeforeItReads) {
+TEST_F(RestartCalls, H1_H13_EveryAttemptOpensOnceKeepsTheFileAndTakesAPositionBeforeItReads) {
     LoadSite& some = Add("some", 8);
     LoadSite& even = Add("even", 6);
     LoadSite& none = Add("none", 0);
     RunTraced();
     for (const auto& site : sites_)
         EXPECT_EQ(site->Result().exitCode, 0) << site->Error();
-    EXPECT_EQ(LivesOf(some),
+    EXPECT_EQ(AttemptsOf(some),
               Expected({"GetPos Read Read Read GetPos Read Read Read GetPos Read Read Read:9 Close",
                         "SetPos Read GetPos Read Read Read:9 Close"}));
-    EXPECT_EQ(LivesOf(even), Expected({"GetPos Read Read Read GetPos Read Read Read GetPos Read:9 Close",
-                                       "SetPos Read GetPos Read:9 Close"}));
-    EXPECT_EQ(LivesOf(none), Expected({"GetPos Read:9 Close", "GetPos Read:9 Close"}));
+    EXPECT_EQ(AttemptsOf(even), Expected({"GetPos Read Read Read GetPos Read Read Read GetPos Read:9 Close",
+                                          "SetPos Read GetPos Read:9 Close"}));
+    EXPECT_EQ(AttemptsOf(none), Expected({"GetPos Read:9 Close", "GetPos Read:9 Close"}));
 }
 
 TEST_F(RestartCalls, H5_AfterADeathOneRecordIsReadAndThenAPositionTakenAtOnce) {
@@ -110,18 +110,18 @@ TEST_F(RestartCalls, H5_AfterADeathOneRecordIsReadAndThenAPositionTakenAtOnce) {
     site.Run(Traced(site));
     EXPECT_EQ(site.Result().exitCode, 0) << site.Error();
     // The redelivered message ends the second attempt. Close removes it from the queue.
-    EXPECT_EQ(LivesOf(site), Expected({"GetPos Read Read Read GetPos Read Read!",
-                                       "SetPos Read GetPos Read Read Read:9 Close",
-                                       "SetPos Read GetPos Read Read Read GetPos Read Read Read:9 Close",
-                                       "SetPos Read GetPos Read Read Read:9 Close"}));
+    EXPECT_EQ(AttemptsOf(site), Expected({"GetPos Read Read Read GetPos Read Read!",
+                                          "SetPos Read GetPos Read Read Read:9 Close",
+                                          "SetPos Read GetPos Read Read Read GetPos Read Read Read:9 Close",
+                                          "SetPos Read GetPos Read Read Read:9 Close"}));
 }
 
-TEST_F(RestartCalls, H9_H11_AFailedReadIsTheLastRequestOfItsLife) {
+TEST_F(RestartCalls, H9_H11_AFailedReadIsTheLastRequestOfItsAttempt) {
     LoadSite& commit = Add("commit", 8, "MQCMIT 5 fail 2 2009");
     LoadSite& warning = Add("warning", 8, "MQGET 2 warn 2119");
     RunTraced();
-    EXPECT_EQ(LivesOf(commit), Expected({"GetPos Read Read Read GetPos Read Read:34"})) << commit.Error();
-    EXPECT_EQ(LivesOf(warning), Expected({"GetPos Read Read:34"})) << warning.Error();
+    EXPECT_EQ(AttemptsOf(commit), Expected({"GetPos Read Read Read GetPos Read Read:34"})) << commit.Error();
+    EXPECT_EQ(AttemptsOf(warning), Expected({"GetPos Read Read:34"})) << warning.Error();
     for (LoadSite* site : {&commit, &warning}) {
         site->PlanFaults("");
         site->Start();
@@ -139,9 +139,9 @@ TEST_F(RestartCalls, H12_AfterTheTimeOutNothingIsRead) {
     more.insert(more.end(), {"--timeout", "2"});
     site.Run(more);
     EXPECT_EQ(site.Result().exitCode, 6) << site.Error();
-    const Lives lives = LivesOf(site);
-    ASSERT_EQ(lives.size(), 1U);
-    EXPECT_TRUE(lives[0].ends_with("Open GetPos Read Read Read:55 Close")) << lives[0];
+    const Attempts attempts = AttemptsOf(site);
+    ASSERT_EQ(attempts.size(), 1U);
+    EXPECT_TRUE(attempts[0].ends_with("Open GetPos Read Read Read:55 Close")) << attempts[0];
 }
 
 TEST_F(RestartCalls, H15_ARecordOfNoBytesInTheCheckpointFileIsPassedOver) {
@@ -163,7 +163,7 @@ TEST_F(RestartCalls, H15_ARecordOfNoBytesInTheCheckpointFileIsPassedOver) {
     EXPECT_TRUE(site.IsDone());
 }
 
-TEST_F(RestartCalls, H21_EveryLifeOpensExclusivelyAndEndsAtADuplicate) {
+TEST_F(RestartCalls, H21_EveryAttemptOpensExclusivelyAndEndsAtADuplicate) {
     LoadSite& site = Add("site", 2);
     site.Run(Traced(site));
     EXPECT_TRUE(site.IsDone());
@@ -179,7 +179,7 @@ TEST_F(RestartCalls, H23_ACloseThatFailsIsNotTheEndOfTheLoad) {
     for (const auto& site : sites_) {
         EXPECT_EQ(site->Result().exitCode, 9) << site->Error();
         EXPECT_EQ(site->Stored("phase"), "loading");
-        EXPECT_TRUE(LivesOf(*site).back().ends_with("Read:9 Close:34")) << LivesOf(*site).back();
+        EXPECT_TRUE(AttemptsOf(*site).back().ends_with("Read:9 Close:34")) << AttemptsOf(*site).back();
     }
     for (LoadSite* site : {&disconnect, &close}) {
         site->PlanFaults("");

@@ -232,7 +232,7 @@ TEST_F(RestartPromise, L8_MessagesThatTheQueueManagerLosesAreNotMissed) {
     EXPECT_EQ(ReadFileIfAny(site.Target()), site.Lines(static_cast<std::size_t>(6 - depth)));
 }
 
-TEST_F(RestartPromise, L9_AMessageThatFailsEveryLifeHoldsTheLoadUpAndIsNotLost) {
+TEST_F(RestartPromise, L9_AMessageThatFailsEveryAttemptHoldsTheLoadUpAndIsNotLost) {
     LoadSite& site = Fresh("site", 4);
     site.Put(std::string(300, 'x'));
     site.Put(2);

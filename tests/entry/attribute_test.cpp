@@ -14,7 +14,8 @@ const std::string kUnknown = " unknown.  Returning 'pmrcBadAttrName' to client."
 
 class AttributeTest : public ModuleFixture {
   protected:
-    /// Runs a load with a checkpoint file. Whether Close keeps the file shows the flag.
+    /// Runs a load with a checkpoint file and returns whether Close kept the file, which shows the value of
+    /// the flag.
     bool CheckpointFileIsKept() {
         EXPECT_EQ(Open().returnCode, pmrcOK);
         EXPECT_TRUE(FileExists("ck.dat"));

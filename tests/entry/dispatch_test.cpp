@@ -25,7 +25,7 @@ void PrintTo(const Request& request, std::ostream* out) {
     *out << request.word;
 }
 
-/// All requests that need an initialized module.
+/// Returns all requests that need an initialized module.
 std::vector<Request> StatefulRequests() {
     return {
         {"Open", [](HostRequests& host) { return host.Open(); }},

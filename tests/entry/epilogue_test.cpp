@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests what every request ends with: the record length of an end of input, and flushed streams.
+// Tests what every request ends with: the record length at an end of input, and the flush of the streams.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -13,7 +13,7 @@ namespace {
 
 class EpilogueTest : public ModuleFixture {
   protected:
-    /// Returns what a request flushes: the text that was still in the buffer of the stream.
+    /// Returns the text that was still in the buffer of the stream and that the request flushed.
     static std::string FlushedBy(const std::function<void()>& request) {
         OutputCapture capture("captured.txt");
         std::setvbuf(stdout, nullptr, _IOFBF, 4096);

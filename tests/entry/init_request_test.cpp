@@ -84,7 +84,7 @@ TEST_F(InitRequestTest, FailingParametersTraceTheStructureVersionAtTheRawLevel) 
     trace.Skip();
     const std::string version = InfoLine("PIDMMain", "MQGMO structure version: 3");
 
-    // The keyword stores its value, and only a parse that succeeds raises it by one.
+    // The keyword stores its own value; the trace level becomes one higher only after a parse that succeeds.
     ASSERT_EQ(Init("-TRCL 2 trace.txt -BOGUS").returnCode, pmrcFailure);
     EXPECT_THAT(trace.NewLines(), Contains(version));
     ASSERT_EQ(Shut().returnCode, pmrcOK);
@@ -109,7 +109,7 @@ TEST_F(InitRequestTest, TwiceWithWrongVersionsIsStillAlreadyInitialized) {
 TEST_F(InitRequestTest, TwiceSilencesTracingUntilTheNextSuccessfulParse) {
     InitTraced(2);
     Init(kTraced);
-    // Errors are written at any level.
+    // Errors are traced at every level.
     EXPECT_THAT(trace.NewLines(), ElementsAreArray(alreadyInitialized_.TraceLines()));
     Write();
     GetAttribute("ANY");

@@ -11,7 +11,7 @@ namespace {
 
 class SurvivalTest : public ModuleFixture {
   protected:
-    /// Sends Shut, then Init with the required keywords and these.
+    /// Sends Shut, then Init with the required keywords and `keywords`.
     void ShutAndInit(const std::string& keywords = "") {
         ASSERT_EQ(Shut().returnCode, pmrcOK);
         ASSERT_EQ(Init(std::string(kRequired) + " " + keywords).returnCode, pmrcOK);
@@ -83,8 +83,8 @@ TEST_F(SurvivalTest, PendingCheckpointSurvivesCloseAndOpen) {
     EXPECT_EQ(atCommit, header + std::string("\6\0\0\0\0\0\0\0", 8) + "record");
 }
 
-// After a checkpoint every later load of the same process saves and commits, even without a checkpoint of its
-// own. Its gets are not under syncpoint until it takes one.
+// After a checkpoint, every later load of the same process saves and commits its records, even if it takes no
+// checkpoint itself. Its gets are not under syncpoint until it takes one.
 TEST_F(SurvivalTest, TakenCheckpointSurvivesShutAndInit) {
     InitAndOpen("-CKFILE ck.dat");
     ASSERT_EQ(GetPos().returnCode, pmrcOK);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The example host on the real module, over the stand-in queue manager: whole loads, and loads whose first
-// attempts are killed at a planned MQ call.
+// Runs the example host with the real module and the stand-in queue manager: complete loads, and loads whose
+// first attempts are killed at a planned MQ call.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -47,7 +47,7 @@ class ExampleHostTest : public testing::Test {
         }
     }
 
-    // One attempt. A plan of faults, if there is one, says at which MQ call the process is killed.
+    // Makes one attempt. The plan of faults, if there is one, says at which MQ call the process is killed.
     int RunAttempt(const std::string& faults = "") {
         const std::map<std::string, std::string> environment = {
             {"SPOOLMQ_DIR", (directory_ / "spool").string()},
@@ -63,7 +63,7 @@ class ExampleHostTest : public testing::Test {
         return result.exitCode;
     }
 
-    // Attempts until one does not ask for another, at most five.
+    // Makes attempts until one does not ask for another, but at most five.
     int RunUntilDone() {
         int exitCode = kRunAgain;
         for (int attempt = 0; attempt < 5 && exitCode == kRunAgain; ++attempt)
@@ -123,7 +123,7 @@ TEST_F(ExampleHostTest, ATargetThatHasLostRecordsIsRefusedAndNotTouched) {
     EXPECT_EQ(Loaded(), "record 1\n");
 }
 
-// Where the first attempt is killed, and the second one too.
+// Each plan kills the first attempt, and some plans kill the second one as well.
 class KilledExampleHostTest : public ExampleHostTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(KilledExampleHostTest, LoadsEveryRecordOnceInOrder) {

@@ -41,8 +41,8 @@ std::string LeftTemporaryFile() {
 bool PrepareCheckpoint(bool positionStored) {
     const std::string temporary = LeftTemporaryFile();
     if (!temporary.empty()) {
-        // H8: it is complete, because the file is deleted only after it is written. If the file still exists,
-        // the temporary one may be incomplete.
+        // H8: the temporary file is complete if the checkpoint file is gone, because that is deleted only
+        // after the temporary file is written. If both exist, the temporary one may be incomplete.
         if (!FileExists(kCheckpointFile) && positionStored) {
             std::filesystem::rename(temporary, kCheckpointFile);
         } else {

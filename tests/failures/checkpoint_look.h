@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The checkpoint file as a host sees it between two attempts: read without the module, and repaired before
+// Reads the checkpoint file without the module, as a host does between two attempts, and repairs it before
 // Open.
 #pragma once
 
@@ -12,8 +12,8 @@ inline constexpr char kMessageLog[] = "log.dat";
 
 struct CheckpointLook {
     bool exists = false;
-    std::vector<std::string> records;  ///< complete ones
-    std::size_t wholeBytes = 0;        ///< up to the end of the last of them
+    std::vector<std::string> records;  ///< the complete records
+    std::size_t wholeBytes = 0;        ///< bytes up to the end of the last complete record
     std::size_t bytes = 0;
 };
 
@@ -23,6 +23,6 @@ CheckpointLook LookAtCheckpoint(const std::string& path);
 std::string LeftTemporaryFile();
 
 /// Does what a host does with the files before Open. Returns whether SetPos can be called, because the file
-/// holds a complete record.
+/// contains a complete record.
 ///   positionStored   in   if false, an orphaned temporary file is only deleted
 bool PrepareCheckpoint(bool positionStored);

@@ -22,7 +22,7 @@ ssize_t ReadFile(void* cookie, char* buffer, std::size_t bytes) {
     return read(file.descriptor, buffer, bytes);
 }
 
-// Returns the number of bytes written. Fewer than requested is an error, which errno names.
+// Returns the number of bytes written. A number less than requested is an error, which errno describes.
 ssize_t WriteFile(void* cookie, const char* buffer, std::size_t bytes) {
     const DiskDouble::File& file = FileOf(cookie);
     if (!*file.alive) return static_cast<ssize_t>(bytes);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A disk below the C library. The module's streams are real ones with real buffers, and what they finally
-// read and write goes through this double, where it can fail. So the C library itself decides what a failed
-// flush drops, keeps or reports.
+// A disk below the C library. The module's streams are real ones with real buffers, and everything that they
+// finally read and write goes through this double, where it can fail. So the C library itself decides what a
+// failed flush drops, keeps or reports.
 #pragma once
 
 #include <cstddef>
@@ -19,20 +19,20 @@ enum class DiskCall { Read, Write };
 struct DiskFault {
     DiskCall call = DiskCall::Write;
     std::string file{};  ///< part of the path; empty for any
-    int nth = 1;         ///< call on the file, counted since BeginProcess
+    int nth = 1;         ///< number of the call on the file, counted since BeginProcess
     int error = 0;
     bool takesHalf = false;  ///< Write: half of the bytes are written
-    bool stays = false;      ///< fails every later call as well
+    bool stays = false;      ///< every later call fails as well
 };
 
 class DiskDouble {
   public:
-    /// Like std::fopen.
+    /// Opens a stream as std::fopen does.
     std::FILE* Open(const char* path, const char* mode);
     void Add(const DiskFault& fault) { faults_.push_back(fault); }
     /// Restarts the counts and removes the fault.
     void BeginProcess();
-    /// Discards whatever the streams that were opened so far still write.
+    /// From now on, drops what the streams that are open write.
     void EndProcess() { *alive_ = false; }
 
     std::function<void(const DiskFault& fault, const std::string& path)> onStrike;
@@ -51,7 +51,7 @@ class DiskDouble {
         std::shared_ptr<bool> alive;
     };
 
-    // Called by the streams.
+    // These are called by the streams.
     const DiskFault* Strike(DiskCall call, const std::string& path);
 
   private:

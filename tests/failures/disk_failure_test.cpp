@@ -14,7 +14,7 @@ namespace {
 struct DiskFailureCase {
     std::string name;
     bool tlf = true;
-    int life = 1;
+    int attempt = 1;
     DiskFault fault{};
 };
 
@@ -22,9 +22,9 @@ void PrintTo(const DiskFailureCase& failure, std::ostream* stream) {
     *stream << failure.name;
 }
 
-void PutOn(DiskDouble& disk, ModuleLife& life) {
+void PutOn(DiskDouble& disk, ModuleProcess& process) {
     disk.BeginProcess();
-    life.Files().opener = [&disk](const char* path, const char* mode) { return disk.Open(path, mode); };
+    process.Files().opener = [&disk](const char* path, const char* mode) { return disk.Open(path, mode); };
 }
 
 struct DiskWay {
@@ -36,24 +36,24 @@ struct DiskWay {
 };
 constexpr DiskWay kWriteWays[] = {
     {"EIO_once", EIO, false, false, false},
-    {"EIO_for_ever", EIO, false, true, false},
+    {"EIO_forever", EIO, false, true, false},
     {"half_written_once", ENOSPC, true, false, false},
     {"disk_full", ENOSPC, false, true, true},
     {"disk_full_half_written", ENOSPC, true, true, true},
 };
 constexpr DiskWay kReadWays[] = {{"EIO_once", EIO, false, false, false},
-                                 {"EIO_for_ever", EIO, false, true, false}};
+                                 {"EIO_forever", EIO, false, true, false}};
 
-void AddPoint(int life, const DiskDouble::Point& point, std::vector<DiskFailureCase>& cases) {
+void AddPoint(int attempt, const DiskDouble::Point& point, std::vector<DiskFailureCase>& cases) {
     const auto add = [&](const DiskWay& way, bool tlf) {
         DiskFailureCase entry;
         entry.name = std::string(point.call == DiskCall::Write ? "write_" : "read_") +
-                     std::to_string(point.nth) + "_of_life_" + std::to_string(life) + "_" + way.name +
+                     std::to_string(point.nth) + "_of_attempt_" + std::to_string(attempt) + "_" + way.name +
                      (tlf ? "_TLF_yes" : "_TLF_no");
         entry.tlf = tlf;
-        entry.life = life;
+        entry.attempt = attempt;
         entry.fault = {point.call, point.file, point.nth, way.error, way.takesHalf, way.stays};
-        // A full disk is first noticed with this file, then with every other.
+        // A full disk is first noticed with this file, then with all others.
         if (way.anyFile) entry.fault.file += "*";
         cases.push_back(entry);
     };
@@ -73,13 +73,14 @@ std::vector<DiskFailureCase> DiskFailureCases(const std::string& file) {
     DiskDouble disk;
     FailingLoad load(FileFailurePlan(true));
     load.queueManager.Add(LostCommit());
-    load.host.atStart = [&](ModuleLife& life) { PutOn(disk, life); };
-    load.host.atEnd = [&](ModuleLife&) {
+    load.host.atStart = [&](ModuleProcess& process) { PutOn(disk, process); };
+    load.host.atEnd = [&](ModuleProcess&) {
         disk.EndProcess();
         for (const DiskDouble::Point& point : disk.points) {
-            // The trace is left out: it is written at every step, and nothing depends on it.
+            // Only a sample of the calls on the trace is taken: it is written at every step, and nothing
+            // depends on it.
             const bool sampled = point.file != kTraceFile || point.nth % 16 == 1;
-            if (point.file.find(file) == 0 && sampled) AddPoint(load.host.Lives(), point, cases);
+            if (point.file.find(file) == 0 && sampled) AddPoint(load.host.Attempts(), point, cases);
         }
     };
     load.RunToTheEnd();
@@ -88,21 +89,21 @@ std::vector<DiskFailureCase> DiskFailureCases(const std::string& file) {
 
 class DiskFailure : public testing::TestWithParam<DiskFailureCase> {
   protected:
-    void StartLife(ModuleLife& life) {
-        watched.Watch(life);
-        PutOn(disk, life);
-        const int lives = watched.load.host.Lives();
+    void StartAttempt(ModuleProcess& process) {
+        watched.Watch(process);
+        PutOn(disk, process);
+        const int attempt = watched.load.host.Attempts();
         DiskFault fault = GetParam().fault;
         const bool full = fault.file.back() == '*';
         if (full) fault.file.pop_back();
-        if (lives == GetParam().life) {
+        if (attempt == GetParam().attempt) {
             disk.Add(fault);
-        } else if (fault.stays && lives == GetParam().life + 1) {
+        } else if (fault.stays && attempt == GetParam().attempt + 1) {
             fault.nth = 1;
             if (full) fault.file.clear();
             disk.Add(fault);
         }
-        if (full && lives == GetParam().life) fillsUp = true;
+        if (full && attempt == GetParam().attempt) fillsUp = true;
     }
 
     void NoteStrike(const DiskFault& fault, const std::string& path) {
@@ -113,7 +114,7 @@ class DiskFailure : public testing::TestWithParam<DiskFailureCase> {
         disk.Add({DiskCall::Write, "", 1, fault.error, fault.takesHalf, true});
     }
 
-    /// The call of the module that reads or writes.
+    /// Says which call of the module reads or writes.
     FileCall CallUnderWay(const std::string& path) const {
         const FaultPlan& files = watched.Files();
         if (files.flushingAll || path == kTraceFile) return FileCall::FlushAll;
@@ -137,8 +138,8 @@ class DiskFailure : public testing::TestWithParam<DiskFailureCase> {
 
 TEST_P(DiskFailure, IsReportedAsPromisedAndTheRestartEndsExact) {
     disk.onStrike = [this](const DiskFault& fault, const std::string& path) { NoteStrike(fault, path); };
-    watched.load.host.atStart = [this](ModuleLife& life) { StartLife(life); };
-    watched.load.host.atEnd = [this](ModuleLife&) { disk.EndProcess(); };
+    watched.load.host.atStart = [this](ModuleProcess& process) { StartAttempt(process); };
+    watched.load.host.atEnd = [this](ModuleProcess&) { disk.EndProcess(); };
     watched.load.RunToTheEnd();
     EXPECT_GT(watched.Strikes(), 0) << "the call was never made";
 }

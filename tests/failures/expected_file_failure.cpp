@@ -19,13 +19,13 @@ bool Starts(const std::string& text, const std::string& begin) {
     return text.rfind(begin, 0) == 0;
 }
 
-/// The step of the request, as its file calls show it.
+/// Reconstructs the step of the request from its file calls.
 class Steps {
   public:
     explicit Steps(const FileStrike& strike) : calls_(strike.calls) {}
 
     [[nodiscard]] const std::string& Last() const { return calls_.back(); }
-    /// Returns the call that named the file before the last one that did.
+    /// Returns the last call on the file before the failed one, or "".
     [[nodiscard]] std::string Before(const std::string& file) const {
         for (auto call = calls_.rbegin() + 1; call != calls_.rend(); ++call) {
             if (call->find(file) != std::string::npos) return *call;
@@ -48,7 +48,7 @@ struct Promise {
     std::optional<ExpectedError> error{};
 };
 
-// The failure has no consequence.
+// This stands in for a return code if the failure has no consequence.
 constexpr ReturnCode kUnaffected = -1;
 
 std::string Numbered(int number, const std::string& text) {
@@ -74,7 +74,7 @@ Promise CheckpointOpen(const std::string& request, const FileStrike& strike) {
     return Plain(request == "Open" ? "OpenCkPtFile" : "ResetCkptFile", message);
 }
 
-// A rewrite writes the header and then the last record. A save first asks for its offset.
+// A rewrite writes the header and then the last record. A save determines its offset before it writes.
 Promise CheckpointWrite(const FileStrike& strike, const Steps& steps) {
     if (steps.Last() == "write ck.dat 4")
         return Stream(strike, "ResetCkptFile", "checkpoint file header record (seq)", "fwrite", "Checkpoint");

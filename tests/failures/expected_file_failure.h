@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a request promises when one of its file calls fails: the return code and the error text. They are
+// Says what a request promises when one of its file calls fails: the return code and the error text. They are
 // written out from what is documented for each file, not taken from the module.
 #pragma once
 
@@ -12,7 +12,7 @@
 #include "tests/support/fault_plan.h"
 #include "tests/support/host_requests.h"
 
-/// Where a failure happened.
+/// Describes where a failure happened.
 struct FileStrike {
     FileCall call;
     std::vector<std::string>
@@ -23,10 +23,10 @@ struct FileStrike {
     bool gotMessage;  ///< the request had already got a message from the queue
 };
 
-/// For a request during which the fault struck, for the first time in an attempt or again.
+/// Checks a request during which the fault struck, for the first time in an attempt or again.
 testing::AssertionResult ReturnsAsPromised(const std::string& request, const Outcome& outcome,
                                            const FileStrike& strike);
 
-/// For any other request. It fails only because of the lost commit, or because an unchecked flush of all
-/// streams has left an error that a later flush finds.
+/// Checks any other request. It may fail only because of the lost commit, or because an unchecked flush of
+/// all streams has left an error that a later flush finds.
 testing::AssertionResult IsUnaffected(const std::string& request, const Outcome& outcome, const Fault& fault);

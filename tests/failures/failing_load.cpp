@@ -9,11 +9,11 @@
 namespace {
 
 constexpr int kMessages = 9;
-constexpr int kMostLives = 16;
+constexpr int kMostAttempts = 16;
 
-/// None begins with the bytes of the one before it, because a duplicate is recognised by them. Those that are
-/// the last record at a checkpoint begin with NUL bytes: if a header is missing, such bytes can pass for a
-/// record.
+/// No message begins with the bytes of the one before, because a duplicate is recognised by them. Messages
+/// that are the last record at a checkpoint begin with NUL bytes: if a header is missing, such bytes can pass
+/// for a record.
 std::string MessageText(int number) {
     const std::string nuls(number % 3 == 2 ? 4 : 0, '\0');
     const auto letter = static_cast<char>('a' + number);
@@ -32,24 +32,24 @@ FailingLoad::FailingLoad(const LoadPlan& plan) : host(queueManager, plan) {
         messages_.push_back(MessageText(number));
         queueManager.Put(messages_.back());
     }
-    host.atStart = [this](ModuleLife& life) { life_ = &life; };
+    host.atStart = [this](ModuleProcess& process) { process_ = &process; };
 }
 
-void FailingLoad::RunLife() {
-    host.RunLife();
-    life_ = nullptr;
+void FailingLoad::RunAttempt() {
+    host.RunAttempt();
+    process_ = nullptr;
     CheckNothingIsLost();
 }
 
 void FailingLoad::RunToTheEnd() {
-    while (!host.Done() && host.Lives() < kMostLives && !testing::Test::HasFailure())
-        RunLife();
-    EXPECT_TRUE(host.Done()) << "not done after " << host.Lives() << " lives";
+    while (!host.Done() && host.Attempts() < kMostAttempts && !testing::Test::HasFailure())
+        RunAttempt();
+    EXPECT_TRUE(host.Done()) << "not done after " << host.Attempts() << " attempts";
     EXPECT_EQ(host.Stored(), messages_);
     EXPECT_TRUE(queueManager.Left().empty());
 }
 
-// The record that was saved last may be on the queue as well, because its commit is the next step.
+// The record that was saved last may be on the queue as well, because it is committed only in the next step.
 void FailingLoad::CheckNothingIsLost() {
     const std::vector<std::string> stored = host.Stored();
     const std::vector<std::string> queued = queueManager.Left();
@@ -60,8 +60,8 @@ void FailingLoad::CheckNothingIsLost() {
     for (const std::string& message : messages_) {
         const bool kept = Contains(stored, message) || Contains(saved, message);
         const bool left = Contains(queued, message);
-        EXPECT_TRUE(kept || left) << message << " is lost after life " << host.Lives();
+        EXPECT_TRUE(kept || left) << message << " is lost after attempt " << host.Attempts();
         twice += kept && left ? 1 : 0;
     }
-    EXPECT_LE(twice, 1) << "after life " << host.Lives();
+    EXPECT_LE(twice, 1) << "after attempt " << host.Attempts();
 }

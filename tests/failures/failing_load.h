@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // A load of a few messages, attempt after attempt, in a directory of its own. After each attempt every
-// message must be safe somewhere, and at the end each must be in the target exactly once.
+// message must be safe in some place, and at the end each must be in the target exactly once.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,10 +18,10 @@ class FailingLoad {
     /// Makes attempts until the load is done.
     void RunToTheEnd();
     /// Makes one more attempt and checks it.
-    void RunLife();
+    void RunAttempt();
 
-    /// The file calls of the running attempt.
-    FaultPlan& Files() { return life_->Files(); }
+    /// Returns the file calls of the running attempt.
+    FaultPlan& Files() { return process_->Files(); }
 
     TemporaryDirectory directory;
     QueueManagerDouble queueManager;
@@ -31,5 +31,5 @@ class FailingLoad {
     void CheckNothingIsLost();
 
     std::vector<std::string> messages_;
-    ModuleLife* life_ = nullptr;
+    ModuleProcess* process_ = nullptr;
 };

@@ -6,23 +6,23 @@
 
 namespace {
 
-struct LifePoint {
-    int life;
-    int nth;  // counts the calls on that file in that attempt
+struct CallPoint {
+    int attempt;
+    int nth;  // number of the call among those on that file in that attempt
     FileCall call;
     std::string file;
 };
 
-const std::vector<LifePoint>& PointsWithoutFailure() {
-    static const std::vector<LifePoint> points = [] {
-        std::vector<LifePoint> found;
+const std::vector<CallPoint>& PointsWithoutFailure() {
+    static const std::vector<CallPoint> points = [] {
+        std::vector<CallPoint> found;
         FailingLoad load(FileFailurePlan(true));
         load.queueManager.Add(LostCommit());
-        load.host.atEnd = [&](ModuleLife& life) {
+        load.host.atEnd = [&](ModuleProcess& process) {
             std::map<std::pair<FileCall, std::string>, int> counts;
-            for (const FaultPlan::Point& point : life.Files().points) {
+            for (const FaultPlan::Point& point : process.Files().points) {
                 const int nth = ++counts[{point.call, point.file}];
-                found.push_back({load.host.Lives(), nth, point.call, point.file});
+                found.push_back({load.host.Attempts(), nth, point.call, point.file});
             }
         };
         load.RunToTheEnd();
@@ -68,31 +68,31 @@ std::vector<Way> WaysOf(FileCall call) {
     return ways;
 }
 
-// All streams are flushed and the trace is written at every step. A sample of these many calls is enough.
-bool IsSampled(const LifePoint& point) {
+// All streams are flushed, and the trace is written, at every step. A sample of these calls is enough.
+bool IsSampled(const CallPoint& point) {
     const bool trace = point.file == kTraceFile;
     if (point.call == FileCall::FlushAll) return !trace && point.nth % 4 == 1;
     if (point.call == FileCall::Print || (trace && point.call == FileCall::Flush)) return point.nth % 16 == 1;
     return true;
 }
 
-void AddPoint(const LifePoint& point, std::vector<FileFailureCase>& cases) {
+void AddPoint(const CallPoint& point, std::vector<FileFailureCase>& cases) {
     for (const Way& way : WaysOf(point.call)) {
-        for (const bool forEver : {false, true}) {
+        for (const bool forever : {false, true}) {
             for (const bool tlf : {true, false}) {
                 FileFailureCase entry;
-                entry.name = std::string(Word(point.call)) + "_" + std::to_string(point.nth) + "_of_life_" +
-                             std::to_string(point.life) + "_" + way.name + (forEver ? "_for_ever" : "_once") +
-                             (tlf ? "_TLF_yes" : "_TLF_no");
+                entry.name = std::string(Word(point.call)) + "_" + std::to_string(point.nth) +
+                             "_of_attempt_" + std::to_string(point.attempt) + "_" + way.name +
+                             (forever ? "_forever" : "_once") + (tlf ? "_TLF_yes" : "_TLF_no");
                 entry.tlf = tlf;
-                entry.life = point.life;
+                entry.attempt = point.attempt;
                 entry.fault.call = point.call;
                 entry.fault.file = point.file;
                 entry.fault.nth = point.nth;
                 entry.fault.error = way.error;
                 entry.fault.transferred = way.transferred;
                 entry.fault.carriedOut = way.carriedOut;
-                entry.fault.stays = forEver;
+                entry.fault.stays = forever;
                 cases.push_back(entry);
             }
         }
@@ -112,7 +112,7 @@ MqiFault LostCommit() {
 
 std::vector<FileFailureCase> FileFailureCases(const std::string& file) {
     std::vector<FileFailureCase> cases;
-    for (const LifePoint& point : PointsWithoutFailure()) {
+    for (const CallPoint& point : PointsWithoutFailure()) {
         if (point.file.find(file) != std::string::npos && IsSampled(point)) AddPoint(point, cases);
     }
     return cases;

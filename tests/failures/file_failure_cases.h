@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every file call of a restarted load, taken from a load without failures, and every way in which each can
-// fail.
+// Lists every file call of a restarted load, as a load without failures makes them, with every way in which
+// each can fail.
 #pragma once
 
 #include <ostream>
@@ -14,19 +14,20 @@ inline constexpr char kTraceFile[] = "trace.txt";
 inline constexpr char kTemporaryFile[] = "MQAMtmp.";
 
 struct FileFailureCase {
-    std::string name;  ///< of the test, as "flush_ckpt_life2_3_ENOSPC_for_ever"
+    std::string name;  ///< part of the test's name: "fflush_3_of_attempt_2_ENOSPC_once_TLF_yes"
     bool tlf = true;
-    int life = 1;   ///< the attempt in which the fault strikes first
-    Fault fault{};  ///< its nth counts from the beginning of that attempt
+    int attempt = 1;  ///< the attempt in which the fault strikes first
+    Fault fault{};    ///< its `nth` counts from the beginning of that attempt
 };
 
 inline void PrintTo(const FileFailureCase& failure, std::ostream* stream) {
     *stream << failure.name;
 }
 
-/// The load of all cases, with the log and the trace.
+/// Returns the load of all cases, which keeps a log and a trace.
 LoadPlan FileFailurePlan(bool tlf);
-/// The fault that makes an attempt of that load end so that the next one begins with a replay.
+/// Returns the fault that makes one attempt of that load end in such a way that the next one begins with a
+/// replay.
 MqiFault LostCommit();
 
 /// Returns the cases for the files whose name contains the text.

@@ -9,23 +9,23 @@ namespace {
 
 class FileFailure : public testing::TestWithParam<FileFailureCase> {
   protected:
-    void StartLife(ModuleLife& life) {
-        watched.Watch(life);
-        life.Files().onStrike = [this](FileCall call, const std::string&) {
+    void StartAttempt(ModuleProcess& process) {
+        watched.Watch(process);
+        process.Files().onStrike = [this](FileCall call, const std::string&) {
             watched.NoteStrike(call, GetParam().fault);
         };
         Fault fault = GetParam().fault;
-        const int lives = watched.load.host.Lives();
-        if (lives == GetParam().life) life.Files().Add(fault);
+        const int attempt = watched.load.host.Attempts();
+        if (attempt == GetParam().attempt) process.Files().Add(fault);
         fault.nth = 1;
-        if (fault.stays && lives == GetParam().life + 1) life.Files().Add(fault);
+        if (fault.stays && attempt == GetParam().attempt + 1) process.Files().Add(fault);
     }
 
     WatchedLoad watched{GetParam().tlf};
 };
 
 TEST_P(FileFailure, ReturnsWhatItPromisesAndTheRestartEndsExact) {
-    watched.load.host.atStart = [this](ModuleLife& life) { StartLife(life); };
+    watched.load.host.atStart = [this](ModuleProcess& process) { StartAttempt(process); };
     watched.load.RunToTheEnd();
     EXPECT_GT(watched.Strikes(), 0) << "the call was never made";
 }

@@ -31,8 +31,8 @@ bool LoadHost::Send(const char* request, const Outcome& outcome) {
 }
 
 // T1: the target is cut back to the records that the position counts.
-void LoadHost::RunLife() {
-    ++lives_;
+void LoadHost::RunAttempt() {
+    ++attempts_;
     target_ = Stored();
     const bool restart = PrepareCheckpoint(restartFile_.has_value());
     returned_ = false;
@@ -40,21 +40,21 @@ void LoadHost::RunLife() {
     sincePosition_ = 0;
     const std::optional<std::size_t> cleanBefore = std::exchange(cleanCount_, std::nullopt);
     {
-        ModuleLife life;
-        life_ = &life;
-        life.Clock().now = kClockStart + waitedMs_ / 1000;
+        ModuleProcess process;
+        process_ = &process;
+        process.Clock().now = kClockStart + waitedMs_ / 1000;
         queueManager_.onWait = [&](int milliseconds) {
             waitedMs_ += milliseconds;
-            life.Clock().now = kClockStart + waitedMs_ / 1000;
+            process.Clock().now = kClockStart + waitedMs_ / 1000;
         };
-        if (atStart) atStart(life);
+        if (atStart) atStart(process);
         // H9, H10, H11, H17: whatever fails ends the process, without Close.
         if (Start(restart) && Load() && Close() && cleanCount_) {
             done_ = cleanBefore == cleanCount_ && lastReadMs_ >= kReadWaitMs;
             if (done_) DeleteFiles();
         }
-        if (atEnd) atEnd(life);
-        life_ = nullptr;
+        if (atEnd) atEnd(process);
+        process_ = nullptr;
     }
     queueManager_.EndProcess();
 }
@@ -63,11 +63,11 @@ bool LoadHost::Start(bool restart) {
     const std::string keywords =
         std::string("-QMGR QM1 -QNM Q1 -MQEX -TDM YES -BKSZ 1024 -RWAIT 1 -CKFILE ") + kCheckpointFile + " " +
         plan_.keywords;
-    if (!Send("Init", life_->Init(keywords))) return false;
-    if (!Send("Preserve", life_->PutAttribute("PRESERVE_RESTART_INFO", "YES"))) return false;
-    if (!Send("Open", life_->Open())) return false;
+    if (!Send("Init", process_->Init(keywords))) return false;
+    if (!Send("Preserve", process_->PutAttribute("PRESERVE_RESTART_INFO", "YES"))) return false;
+    if (!Send("Open", process_->Open())) return false;
     if (!restart) return TakePosition();  // H1
-    if (!Send("SetPos", life_->SetPos(restartFile_->position))) return false;
+    if (!Send("SetPos", process_->SetPos(restartFile_->position))) return false;
     repeatExpected_ = restartFile_->repeatComes;
     do {
         if (!ReadOne()) return false;
@@ -77,7 +77,7 @@ bool LoadHost::Start(bool restart) {
 
 // H2: the target is durable, then the position.
 bool LoadHost::TakePosition() {
-    const PositionOutcome outcome = life_->GetPos();
+    const PositionOutcome outcome = process_->GetPos();
     if (!Send("GetPos", outcome)) return false;
     if (outcome.given) restartFile_ = RestartFile{outcome.position, target_.size(), returned_};
     sincePosition_ = 0;
@@ -87,7 +87,7 @@ bool LoadHost::TakePosition() {
 // Returns whether the load may continue: a record came, or an empty one.
 bool LoadHost::ReadOne() {
     const std::int64_t before = waitedMs_;
-    const ReadOutcome outcome = life_->Read();
+    const ReadOutcome outcome = process_->Read();
     lastReadMs_ = waitedMs_ - before;
     if (!Send("Read", outcome)) return false;
     if (outcome.recordLength == 0) return true;  // H15
@@ -106,7 +106,7 @@ bool LoadHost::ReadOne() {
 // Returns whether the attempt must be closed: at the end of input, or because the operator stops it.
 bool LoadHost::Load() {
     while (true) {
-        if (lives_ == 1 && plan_.stopAfter != 0 &&
+        if (attempts_ == 1 && plan_.stopAfter != 0 &&
             target_.size() >= static_cast<std::size_t>(plan_.stopAfter)) {
             return !plan_.carryOut || sincePosition_ == 0 || (TakePosition() && TakePosition());
         }
@@ -119,13 +119,13 @@ bool LoadHost::Load() {
 }
 
 bool LoadHost::Close() {
-    const bool closed = Send("Close", life_->Close());
+    const bool closed = Send("Close", process_->Close());
     if (!closed) cleanCount_.reset();  // H23
     return closed;
 }
 
 // H24: the load is stored as done.
 void LoadHost::DeleteFiles() {
-    (void)Send("Preserve", life_->PutAttribute("PRESERVE_RESTART_INFO", "NO"));
-    (void)Send("Close", life_->Close());
+    (void)Send("Preserve", process_->PutAttribute("PRESERVE_RESTART_INFO", "NO"));
+    (void)Send("Close", process_->Close());
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every completion and reason code that IBM documents for each verb that the module calls, and what the call
-// may have done when it is reported.
+// Lists every completion and reason code that IBM documents for each verb that the module calls, and what the
+// call may have done when it reports them.
 #pragma once
 
 #include <ostream>
@@ -10,16 +10,17 @@
 
 #include "tests/failures/queue_manager_double.h"
 
-/// The call of a load that fails.
+/// Says which call of a load fails.
 enum class When { First, Middle, Last, EmptyQueue };
 
-/// How saving a record fails, so that its message is backed out. MQBACK is called for no other reason.
+/// Says how the saving of a record fails, so that its message is backed out. MQBACK is called for no other
+/// reason.
 enum class SaveFault { None, Tell, Write, Flush };
 
 struct MqiFailureCase {
-    std::string name;  ///< of the test, as "FAILED_2009_middle_committed"
+    std::string name;  ///< last part of the test's name, for example "FAILED_2009_middle_committed"
     When when = When::First;
-    MqiFault fault{};  ///< its nth is not set
+    MqiFault fault{};  ///< the fault, without its `nth`
     SaveFault saveFault = SaveFault::None;
     bool retried = false;  ///< MQOPEN: a second attempt follows, which succeeds
 };

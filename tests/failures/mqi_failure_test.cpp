@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every MQ call of a restarted load fails once with every code that is documented for it, at its first, a
-// middle and its last call. The request returns what it promises, and the load ends with every message in the
-// target exactly once.
+// Every MQ call of a restarted load fails once with every code that is documented for it: at its first call,
+// at one in the middle and at its last. The request must return what it promises, and the load must end with
+// every message in the target exactly once.
 #include <optional>
 
 #include "tests/failures/failing_load.h"
@@ -11,26 +11,26 @@
 
 namespace {
 
-// The load of all cases. The operator stops it. A commit of the second attempt is lost with the connection,
-// so the third one begins with a replay and ends with the duplicate. The fourth loads the rest, and the fifth
-// finds nothing more.
+// Defines the load of all cases. The operator stops it. A commit of the second attempt is lost with the
+// connection, so the third one begins with a replay and ends with the duplicate. The fourth loads the rest,
+// and the fifth finds nothing more.
 const LoadPlan kPlan{.keywords = "", .stopAfter = 4};
 const MqiFault kLostCommit{Verb::Cmit, 6, MQCC_FAILED, 2009, Effect::BackedOut, true};
-constexpr int kLivesWithoutFailure = 5;
+constexpr int kAttemptsWithoutFailure = 5;
 
 const std::vector<QueueManagerDouble::Call>& CallsWithoutFailure() {
     static const std::vector<QueueManagerDouble::Call> calls = [] {
         FailingLoad load(kPlan);
         load.queueManager.Add(kLostCommit);
         load.RunToTheEnd();
-        EXPECT_EQ(load.host.Lives(), kLivesWithoutFailure);
+        EXPECT_EQ(load.host.Attempts(), kAttemptsWithoutFailure);
         return load.queueManager.calls;
     }();
     return calls;
 }
 
-/// Which call of the verb is meant, counted over all attempts. For MQGET only calls that return a message
-/// count.
+/// Says which call of the verb is meant, counted over all attempts. For MQGET only calls that return a
+/// message count.
 int Nth(Verb verb, When when) {
     const bool message = verb == Verb::Get && when != When::EmptyQueue;
     std::vector<int> candidates;
@@ -47,7 +47,7 @@ int Nth(Verb verb, When when) {
     return 0;
 }
 
-/// The number of the message whose save fails.
+/// This is the number of the message that cannot be saved.
 int NthMessage(When when) {
     int messages = 0;
     for (const QueueManagerDouble::Call& call : CallsWithoutFailure())
@@ -129,7 +129,7 @@ Expected ExpectedOf(const MqiFailureCase& failure, MQLONG lengthFound) {
 
 class MqiFailure : public testing::TestWithParam<MqiFailureCase> {
   protected:
-    /// Exists only while there is no other load, because one queue manager answers at a time.
+    /// Runs the load without failures before there is any other, because one queue manager answers at a time.
     static void SetUpTestSuite() { (void)CallsWithoutFailure(); }
 
     void CheckReturn(const std::string& request, const Outcome& outcome) const {
@@ -166,7 +166,7 @@ TEST_P(MqiFailure, ReturnsWhatItPromisesAndLosesAndDoublesNothing) {
     load.queueManager.Add(fault);
     load.queueManager.Add(kLostCommit);
 
-    // In addition to the fault of the case, only the lost commit can strike.
+    // Apart from the fault of the case, only the lost commit can strike.
     bool checked = false;
     load.host.afterRequest = [&](const std::string& request, const Outcome& outcome) {
         if (checked || !load.queueManager.HasStruck(fault.verb, fault.nth)) return;

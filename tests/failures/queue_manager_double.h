@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // A queue manager in the test's own memory: one queue, one connection, units of work with back-out counts,
-// and calls that fail as a test says. Unlike MqiDouble, which plays a script, it keeps the messages, and can
+// and calls that fail as a test says. Unlike MqiDouble, which plays a script, it keeps the messages and can
 // list those that are left at any time.
 #pragma once
 
@@ -14,19 +14,19 @@
 #include "mqi/mqi.h"
 #include "tests/support/mqi_double.h"
 
-/// What a call has done although it reports a failure or a warning.
+/// Says what a call has done although it reports a failure or a warning.
 enum class Effect {
-    None,          ///< nothing
-    Done,          ///< what it usually does
+    None,          ///< the call has no effect
+    Done,          ///< the call has its usual effect
     BackedOut,     ///< the unit of work is backed out
     Doomed,        ///< MQGET: from now on the unit of work can only be backed out
-    MessageCut,    ///< MQGET: the message is got, its bytes are cut
+    MessageCut,    ///< MQGET: the message is got, but its bytes are cut
     MessageStays,  ///< MQGET: the bytes are cut and the message stays on the queue
 };
 
 struct MqiFault {
     Verb verb = Verb::Get;
-    int nth = 1;  ///< call of the verb, counted over all attempts
+    int nth = 1;  ///< number of the call of the verb, counted over all attempts
     MQLONG compCode = MQCC_FAILED;
     MQLONG reason = 0;
     Effect effect = Effect::None;
@@ -42,14 +42,14 @@ class QueueManagerDouble {
     QueueManagerDouble& operator=(const QueueManagerDouble&) = delete;
 
     void Put(const std::string& bytes) { messages_.push_back({bytes, 0, Place::Queue}); }
-    /// The first fault that fits a call is consumed by it.
+    /// Adds a fault. Each call consumes the first fault that fits it.
     void Add(const MqiFault& fault) { faults_.push_back(fault); }
     /// Ends the connected process.
     void EndProcess();
 
-    /// Whether a fault has struck the call.
+    /// Returns whether a fault has struck the call.
     [[nodiscard]] bool HasStruck(Verb verb, int nth) const { return struck_.contains({verb, nth}); }
-    [[nodiscard]] MQLONG LengthFound() const { return lengthFound_; }  ///< by the last MQGET that failed
+    [[nodiscard]] MQLONG LengthFound() const { return lengthFound_; }  ///< by the last failed MQGET
     [[nodiscard]] std::vector<std::string> Left() const;  ///< the messages that are not committed
 
     struct Call {
@@ -63,7 +63,7 @@ class QueueManagerDouble {
     std::function<void(int nth)>
         onMessage;  ///< called when MQGET delivers its nth message, counted over all attempts
 
-    // Called by the library's functions.
+    // These are called by the functions of the library.
     void Connx(MQHCONN* handle, MQLONG* compCode, MQLONG* reason);
     void Open(MQHOBJ* handle, MQLONG* compCode, MQLONG* reason);
     void Get(MQMD* descriptor, const MQGMO& options, MQLONG bufferLength, void* buffer, MQLONG* dataLength,

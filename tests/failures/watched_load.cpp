@@ -10,8 +10,8 @@ WatchedLoad::WatchedLoad(bool tlf) : load(FileFailurePlan(tlf)), tlf_(tlf) {
     };
 }
 
-void WatchedLoad::Watch(ModuleLife& life) {
-    files_ = &life.Files();
+void WatchedLoad::Watch(ModuleProcess& process) {
+    files_ = &process.Files();
     struck_.reset();
     requestBegins_ = 0;
 }
@@ -19,8 +19,8 @@ void WatchedLoad::Watch(ModuleLife& life) {
 void WatchedLoad::NoteStrike(FileCall call, const Fault& fault) {
     ++strikes_;
     if (fault.file != kTraceFile) lastFault_ = fault;
-    // The first failure that the module notices decides. A failure of the trace does not, and neither does
-    // one in a flush of all streams.
+    // The first failure that the module notices decides the outcome. The module notices neither a failure of
+    // the trace nor one in a flush of all streams.
     if (struck_ && struck_->call != FileCall::FlushAll && struck_->fault.file != kTraceFile) return;
     const auto& calls = load.queueManager.calls;
     const bool gotMessage = calls.size() > callsBefore_ && calls.back().gotMessage;

@@ -12,8 +12,9 @@ class WatchedLoad {
   public:
     explicit WatchedLoad(bool tlf);
 
-    /// To be called when an attempt starts, and when the fault has struck during the running request.
-    void Watch(ModuleLife& life);
+    /// Watch must be called when an attempt starts, and NoteStrike when the fault has struck during the
+    /// running request.
+    void Watch(ModuleProcess& process);
     void NoteStrike(FileCall call, const Fault& fault);
 
     [[nodiscard]] int Strikes() const { return strikes_; }
@@ -28,7 +29,7 @@ class WatchedLoad {
     FaultPlan* files_ = nullptr;
     std::optional<FileStrike> struck_;  // the first strike during the running request
     Fault lastFault_{};
-    std::size_t requestBegins_ = 0;  // in the log of file calls
-    std::size_t callsBefore_ = 0;    // MQ calls
+    std::size_t requestBegins_ = 0;  // index in the log of file calls
+    std::size_t callsBefore_ = 0;    // number of MQ calls before the request
     int strikes_ = 0;
 };

@@ -3,7 +3,7 @@
 // The public header as the only header of a C++11 program.
 #include "mqamod.h"
 
-// Not linked: a host looks the entry point up at run time, and a reference would show up here.
+// A host looks the entry point up at run time, so a program that includes the header need not link the module.
 PIDMMainFunction ModuleEntryPoint(void* address);
 
 PIDMMainFunction ModuleEntryPoint(void* address) {

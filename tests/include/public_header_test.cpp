@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The public header as hosts in C and in C++ see it, and the module as it keeps the header's promises.
+// Compares the public header as hosts in C and in C++ see it, and checks that the module keeps the header's
+// promises.
 #include <gtest/gtest.h>
 
 #include <cstddef>

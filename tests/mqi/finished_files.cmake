@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Reads the tables of the finished module and says whether it shows the host one name and needs nothing that a
-# machine without our tools does not have.
+# Reads the tables of the finished module. The module must show the host one name only, and must need nothing that a
+# machine without our tools lacks.
 #   cmake -DOBJDUMP=... -DMODULE=... -P finished_files.cmake
 cmake_minimum_required(VERSION 3.21)
 execute_process(COMMAND ${OBJDUMP} -p ${MODULE} OUTPUT_VARIABLE headers RESULT_VARIABLE failed)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The reasons that `mqam explain` knows, compared with IBM's own header.
+// Compares the reasons that `mqam explain` knows with IBM's own header.
 #include <gtest/gtest.h>
 
 #include <fstream>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The facts that are compared between our MQI subset and IBM's headers. The list (mqi_facts.inc) is compiled
-// once with each, in separate files, because both declare the same names.
+// Declares the facts that are compared between our MQI subset and IBM's headers. The list (mqi_facts.inc) is
+// compiled once with each of them, in separate files, because both declare the same names.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 #include <vector>
 
 struct MqiFact {
-    std::string name;   ///< "size of MQMD", "MQMD.MsgId", "MQCC_OK", "MQMD_DEFAULT", "MQGET"
+    std::string name;   ///< for example "size of MQMD", "MQMD.MsgId", "MQCC_OK", "MQMD_DEFAULT" or "MQGET"
     std::string value;  ///< numbers as text, default values as hexadecimal bytes
 };
 
@@ -43,7 +43,7 @@ inline std::string ParameterFact() {
     }
 }
 
-/// Returns the parameters of a verb as the calling convention sees them.
+/// Describes the parameters of a verb as the calling convention sees them.
 template <typename Result, typename... Parameters>
 std::string SignatureFact(Result (*)(Parameters...)) {
     static_assert(std::is_void_v<Result>);

@@ -29,7 +29,7 @@ const MqiFact& Find(const std::vector<MqiFact>& facts, const std::string& name) 
     return *std::find_if(facts.begin(), facts.end(), [&](const MqiFact& fact) { return fact.name == name; });
 }
 
-/// Returns where the digits of a field are in a DEFAULT fact; the field is given as "offset 1580, 4 bytes".
+/// Returns where the digits of a field begin in a DEFAULT fact; the field is given as "offset 1580, 4 bytes".
 std::size_t DigitsAt(const std::string& place) {
     const std::size_t offset = std::stoul(place.substr(place.find(' ')));
     return offset * 2 + offset / 8 + 1;
@@ -62,7 +62,8 @@ std::set<std::string> Names(const std::string& source, const std::string& expres
     return names;
 }
 
-// A constant or field added to the header must be added to the list of facts, or it is not compared.
+// A constant or field that is added to the header must also be added to the list of facts. Otherwise it is
+// not compared.
 TEST(MqiHeader, EveryConstantFieldAndVerbOfTheHeaderIsCompared) {
     const std::string header = ReadFile(PathOnSystem(MQI_HEADER_FILE));
     std::set<std::string> expected = Names(header, "inline constexpr MQ[A-Z]+ (MQ[A-Z_0-9]+) =");

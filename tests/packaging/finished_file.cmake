@@ -42,7 +42,7 @@ if(FILE MATCHES "\\.(dll|exe)$")
   string(HEX "ProductVersion" name)
   string(REGEX REPLACE "(..)" "\\100" name "${name}")
   file(READ ${FILE} contents HEX)
-  # The name ends with a NUL and is filled up to a multiple of four bytes.
+  # The name ends with a NUL and is padded to a multiple of four bytes.
   if(NOT contents MATCHES "${name}(0000)+${expected}0000")
     message(SEND_ERROR "${FILE}: no version resource with product version ${PRODUCT_VERSION}")
   endif()

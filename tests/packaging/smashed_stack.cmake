@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Runs smashed_stack twice: once it stays within its array and returns, once it writes past it and must not return.
+# Runs smashed_stack twice: the first time it stays within its array and returns, the second time it writes past the end
+# and must not return.
 #   cmake -DPROGRAM=... -P smashed_stack.cmake
 cmake_minimum_required(VERSION 3.21)
 

@@ -23,7 +23,7 @@ const std::vector<ParmLine>& ParmLines() {
         {"-TDM no", {"Terminate on duplicate message: no"}},
         {"-CKFILE ck.dat", {"Checkpoint: File-based to pathname ck.dat"}},
         {"-LOG log.dat", {"Logging pathname: 'log.dat'"}},
-        // The report shows it only with a log.
+        // The report shows this keyword only if there is a log.
         {"-TLF no", {}},
         {"-FLUSH yes", {"Media flush: Yes"}},
         {"-MQEX", {"Queue open: EXCLUSIVE."}},
@@ -34,9 +34,11 @@ const std::vector<ParmLine>& ParmLines() {
     return lines;
 }
 
-// The trace is read after each Init and only grows, so only the first lines are damaged.
+// The test reads the trace, which only grows, after each Init. To save time, only the first lines are
+// damaged.
 constexpr std::size_t kDamagedLines = 6;
-// Under Wine a sample must do. 7 is prime to 8, so every bit of a byte has its turn.
+// Under Wine there is time only for a sample of the bits. 7 and 8 have no common factor, so every bit of a
+// byte has its turn.
 constexpr std::size_t kBitStep = kPathDelimiter == '/' ? 1 : 7;
 
 std::string WholeFile() {
@@ -68,7 +70,7 @@ class DamagedParmFile : public ParamsFixture {
     }
 };
 
-// Returns the keywords of a parameter file as an initialization string, to compare the two.
+// Returns the keywords of a parameter file as an initialization string, so that the two can be compared.
 std::string AsInitString(const std::string& text) {
     std::string init;
     for (std::size_t begin = 0; begin < text.size();) {
@@ -128,7 +130,7 @@ TEST_F(DamagedParmFile, WithAnyBitFlippedIsRefusedOrAcceptedWithAllOtherLinesUnc
             }
             ++accepted;
             for (std::size_t other = 0; other < ParmLines().size(); ++other) {
-                // A line whose newline is damaged includes the next line.
+                // If the newline of a line is damaged, the next line becomes part of it.
                 if (other == damaged || (bit / 8 == end && other == damaged + 1)) continue;
                 for (const std::string& report : ParmLines()[other].report)
                     EXPECT_THAT(lines, Contains("ParseParms(info): " + report));

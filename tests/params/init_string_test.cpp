@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How the initialization string is split into tokens, and -PARMFILE, the only keyword that CheckParm does
-// not know.
+// Tests how the initialization string is split into tokens, and -PARMFILE, the only keyword that CheckParm
+// does not know.
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"
 

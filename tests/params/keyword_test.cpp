@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How a keyword is recognized: its dash, its case, its length, and whether its value is there.
+// Tests how a keyword is recognized: its dash, its case, its length, and whether its value is there.
 #include "tests/params/params_fixture.h"
 #include "tests/support/output_capture.h"
 

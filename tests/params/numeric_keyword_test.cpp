@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Keywords with a number: the limits, what counts as a number, and the effect of the number.
+// Tests the keywords with a number: the limits, what counts as a number, and the effect of the number.
 #include <cstring>
 
 #include "tests/params/params_fixture.h"

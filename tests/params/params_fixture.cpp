@@ -57,10 +57,10 @@ std::vector<std::string> ParamsFixture::ReportOfInit(const std::string& keywords
         return line.find("ParseParms(info): Queue Name: ") == 0;
     });
     lines.erase(lines.begin(), first);
-    const auto behind = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
+    const auto end = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
         return line.find("ParseParms(info): Channel name: ") == 0;
     });
-    lines.erase(behind, lines.end());
+    lines.erase(end, lines.end());
     return lines;
 }
 

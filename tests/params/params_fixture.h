@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What the tests of the parameters share: Init in every form, and ways to see the effect of the keywords.
+// The base of the tests of the parameters: Init in every form, and ways to see the effect of the keywords.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -17,14 +17,14 @@ class ParamsFixture : public ModuleFixture {
     /// Returns the trace between "Paramters in effect:" and the return, without times.
     std::vector<std::string> TraceOfInit(const std::string& keywords);
 
-    /// Returns only the report lines of such an Init.
+    /// Runs the same Init and returns only the report lines.
     std::vector<std::string> ReportOfInit(const std::string& keywords);
 
     /// Opens a trace file at level 1 and shuts the module. The file stays open, as after an earlier load in
     /// the same process.
     void LeaveTraceOpen();
 
-    /// Returns what Open prints, whether it succeeds or not.
+    /// Calls Open and returns what it prints, whether it succeeds or not.
     std::string PrintedAtOpen();
 
     /// Calls Shut, so that the next Init is accepted.
@@ -34,7 +34,8 @@ class ParamsFixture : public ModuleFixture {
 /// Returns the required keywords with others in front, for a value that must be the last token.
 std::string Required(const std::string& keywords);
 
-/// Return an error of keyword validation, of the parameters as a whole, and of reading the parameter file.
+/// These return an error of keyword validation, of the parameters as a whole, and of reading the parameter
+/// file.
 ExpectedError KeywordError(const std::string& message);
 ExpectedError ParametersError(const std::string& message);
 ExpectedError ParameterFileError(const std::string& message);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The parameter file: one keyword on each line, read in pieces of at most 511 characters.
+// Tests the parameter file: it has one keyword on each line, and is read in pieces of at most 511 characters.
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -103,7 +103,7 @@ TEST_F(ParmFileTest, BothValuesOfTrclMustBeOnItsLine) {
 TEST_F(ParmFileTest, EndsAtItsFirstError) {
     OutputCapture capture;
     EXPECT_TRUE(FailsWith(InitFromFile("QMGR QM1\nBOGUS\nSRVR HOST\n"), Unidentified("BOGUS")));
-    EXPECT_EQ(capture.Finish(), "") << "no keyword behind the error is looked at";
+    EXPECT_EQ(capture.Finish(), "") << "no keyword after the error is looked at";
 }
 
 TEST_F(ParmFileTest, ValuesBeforeTheErrorStayStored) {

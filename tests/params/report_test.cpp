@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The report of the parameters in effect: its lines, their order, and its two forms.
+// Tests the report of the parameters in effect: its lines, their order, and its two forms.
 #include "tests/params/params_fixture.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/host_log_double.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What Init does once all keywords are read: it checks required keywords and those that need each other,
-// opens the trace file, and computes the number of attempts to open the queue.
+// Tests what Init does once all keywords are read: it checks required keywords and those that need each
+// other, opens the trace file, and computes the number of attempts to open the queue.
 #include <filesystem>
 
 #include "tests/params/params_fixture.h"

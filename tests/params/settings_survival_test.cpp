@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which settings the next Init of the same loaded module keeps, and which it resets.
+// Tests which settings the next Init of the same loaded module keeps, and which it resets.
 #include "tests/params/params_fixture.h"
 
 using testing::ElementsAreArray;

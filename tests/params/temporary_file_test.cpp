@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The name of the temporary checkpoint file and the buffer of the last record. Both exist only with CKFILE.
+// Tests the name of the temporary checkpoint file and the buffer of the last record. Both exist only with
+// CKFILE.
 #include "platform/process.h"
 #include "tests/params/params_fixture.h"
 #include "tests/support/fault_plan.h"

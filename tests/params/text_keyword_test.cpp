@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Keywords with a name or a path: the longest that is accepted, and its effect.
+// Tests the keywords with a name or a path: the longest value that is accepted, and its effect.
 #include "tests/params/params_fixture.h"
 
 using testing::Contains;
@@ -16,7 +16,7 @@ class TextTest : public ParamsFixture {
         static_cast<void>(Open());
         return mq.Calls(Verb::Connx).back();
     }
-    /// Returns a field of MQ as text. It has no terminator when the name fills it.
+    /// Returns a field of MQ as text. The field has no terminator if the name fills it.
     template <std::size_t size>
     static std::string Field(const MQCHAR (&field)[size]) {
         return {field, size};

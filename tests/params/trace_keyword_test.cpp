@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// TRCL has two values. The second is a path whatever it looks like, and an error in the first does not end
-// the check at once.
+// Tests TRCL, which has two values. The second is a path whatever it looks like, and an error in the first
+// does not end the check before the second is read.
 #include "tests/params/params_fixture.h"
 
 using testing::Contains;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Keywords with a word: Yes and No; CONVERT and FLUSH accept more than these two.
+// Tests the keywords with a word: Yes or No; CONVERT and FLUSH accept more than these two.
 #include <algorithm>
 
 #include "tests/params/params_fixture.h"

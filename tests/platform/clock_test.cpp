@@ -10,7 +10,7 @@ namespace {
 TEST(Clock, MonotonicTimePassesAtLeastAsLongAsTheSleep) {
     const std::int64_t startMs = platform::MonotonicMs();
     platform::SleepMs(50);
-    // Windows counts in ticks of up to 16 ms.
+    // Windows advances this clock in ticks of up to 16 ms.
     EXPECT_GE(platform::MonotonicMs() - startMs, 30);
 }
 

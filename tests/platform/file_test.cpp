@@ -29,7 +29,7 @@ class FileTest : public testing::Test {
 };
 
 TEST_F(FileTest, ItsSizeAndTimesAreTold) {
-    // Under Wine, and on some file systems, files get their times from a clock that is up to a tick apart.
+    // Under Wine, and on some file systems, the clock that gives files their times may be up to a tick off.
     constexpr std::int64_t kTickNs = 20000000;
     const std::int64_t beforeNs = platform::FileClockNs() - kTickNs;
     const std::string path = Create("file", "12345");

@@ -26,7 +26,7 @@ TEST(AbsolutePathTest, DotsAndParentFoldersAreTakenOut) {
 
 #if !defined(_WIN32)
 
-// The system uses the parent of the directory to which the link points, and so does the module.
+// Both the system and the module use the parent of the directory to which the link points.
 TEST(AbsolutePathTest, AParentBehindALinkLeadsToWhereTheSystemFindsIt) {
     const TestDirectory folder;
     fs::create_directories(folder.Path("far/deep"));

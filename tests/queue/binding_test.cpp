@@ -62,7 +62,7 @@ TEST_F(BindingTest, LibraryWithoutAVerbIsReason2497AndOneWarningNamesBoth) {
     EXPECT_THAT(warnings[0], HasSubstr("MQBACK"));
 }
 
-// Replacements for the routines of the loader that the module calls.
+// These replace the routines of the loader that the module calls.
 void* (*findSymbol)(void* library, const char* name);
 std::string missingVerb;
 std::string libraryThere;  // the only name or path that can be loaded

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests the arguments of MQGET: handles, buffer, options, wait interval, conversion and the cleared
-// identifiers.
+// Tests the arguments of MQGET: handles, buffer, options, wait interval and conversion, and that the
+// identifiers are cleared.
 #include <gmock/gmock.h>
 
 #include <ostream>

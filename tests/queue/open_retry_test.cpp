@@ -41,11 +41,11 @@ TEST_F(OpenRetryTest, PausesTheWaitAsMillisecondsBetweenAttemptsButNotAfterTheLa
     EXPECT_THAT(clock.pausesMs, ElementsAre(10, 10));
 }
 
-// The results of the system's pause, in order. Later pauses succeed.
+// These are the results of the system's pause, in order. Later pauses succeed.
 std::vector<int> pauseAnswers;
 std::vector<std::int64_t> pausesAskedMs;
 
-/// Fails with the errno of the next result and returns that a third of the time is left.
+/// Fails with the errno of the next result and reports that a third of the time is left.
 int AnswerPause(const timespec* asked, timespec* rest) {
     pausesAskedMs.push_back(static_cast<std::int64_t>(asked->tv_sec) * 1000 + asked->tv_nsec / 1000000);
     if (pauseAnswers.empty()) return 0;

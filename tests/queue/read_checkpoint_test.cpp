@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests that a record is saved in the checkpoint file before its message is committed, and the failure of
-// each step.
+// Tests that a record is saved in the checkpoint file before its message is committed, and what happens when
+// a step of that fails.
 #include <gmock/gmock.h>
 
 #include <cstring>
@@ -40,7 +40,8 @@ class ReadCheckpointTest : public ModuleFixture {
         ModuleFixture::TearDown();
     }
 
-    /// Reads one record, takes a checkpoint and reads another record, the first that is saved and committed.
+    /// Reads one record, takes a checkpoint and reads another record, which is the first to be saved and
+    /// committed.
     void StartCheckpointed(const std::string& keywords = "") {
         InitAndOpenTraced(1, "-CKFILE ck.dat " + keywords);
         mq.PutMessage("first");

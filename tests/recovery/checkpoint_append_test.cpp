@@ -17,7 +17,8 @@ const Lines kBackOutLine = {Info("BackOutMQ", "Backing out MQ transactions via M
 
 class CheckpointAppend : public RecoveryFixture {
   protected:
-    /// Takes a checkpoint after the record "first" and records the file at each later commit.
+    /// Takes a checkpoint after the record "first". From then on `atCommit` receives the contents of the file
+    /// at every MQCMIT.
     void BeginWithCheckpoint(const std::string& keywords = "") {
         BeginCheckpointing(keywords);
         Deliver({"first"});
@@ -155,7 +156,7 @@ TEST_F(CheckpointAppend, AHeaderLostByAnUnnoticedFailureFailsTheNextRecord) {
     PassOver();
     // The flush of all streams that writes the header fails unnoticed.
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 3, .error = ENOSPC});
-    // The reason is that of the flush, whatever happened since.
+    // The reason is that of the failed flush, whatever has happened since.
     mq.onGet.push_back({.bytes = "second", .effect = [] { errno = EAGAIN; }});
     const ReadOutcome read = Read();
     EXPECT_EQ(faults->Struck(), 1);
@@ -163,7 +164,7 @@ TEST_F(CheckpointAppend, AHeaderLostByAnUnnoticedFailureFailsTheNextRecord) {
     EXPECT_EQ(read.recordLength, 0U);
     EXPECT_EQ(mq.Sequence(), "GET BACK");
     EXPECT_THAT(trace.NewLines(), Contains(Info("DoGetPos", "Checkpoint (GetPos) committed")));
-    // Nothing is written after the gap: a restart would read it as the missing record.
+    // Nothing may be written after the gap: a restart would read it as the missing record.
     EXPECT_EQ(CallsOn(kCkFile).back(), "tell ck.dat");
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests what Open does with the checkpoint file: create it, keep it for recovery or empty it, and which
-// failures end the request.
+// Tests what Open does with the checkpoint file: it creates it, keeps it for recovery or empties it. Also
+// tests which failures end the request.
 #include <cerrno>
 #include <cstring>
 
@@ -92,7 +92,7 @@ TEST_F(CheckpointOpen, ThePathOfTheFileIsTracedAtAnyLevelAndItsOpeningAtLevel1) 
 TEST_F(CheckpointOpen, ThatTheFileExistsIsTracedAtAnyLevelToo) {
     WriteFile(kCkFile, CkBytes(1));
     InitWithCheckpoint();
-    // A second Init is refused, but sets the trace level to 0.
+    // The second Init is refused, but it sets the trace level to 0.
     EXPECT_EQ(Init(kKeywords).returnCode, pmrcFailure);
     trace.Skip();
     EXPECT_EQ(Open().returnCode, pmrcOK);
@@ -247,7 +247,7 @@ TEST_F(CheckpointOpen, AfterAnInitThatFailedThereIsNoRoomForTheLastRecord) {
     const ExpectedError error(kOpenCkPtFile, "memory allocation failed");
     EXPECT_TRUE(FailsWith(Open(), error));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
-    // The other requests must work without the buffer.
+    // All other requests must work without the buffer.
     EXPECT_EQ(GetPos().returnCode, pmrcOK);
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcFailure);

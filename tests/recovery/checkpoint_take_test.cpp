@@ -93,8 +93,8 @@ TEST_F(CheckpointTake, ReadTakesTheCheckpointBeforeItReadsTheQueue) {
     EXPECT_EQ(mq.Sequence(), "GET CMIT");
 }
 
-// Nothing but the flush of all streams in each trace statement brings the checkpoint to the operating system
-// before the queue is read; that flush happens without a trace file as well.
+// Before the queue is read, only the flush of all streams in each trace statement passes the checkpoint to
+// the operating system. That flush happens even without a trace file.
 TEST_F(CheckpointTake, WithoutATraceTheCheckpointIsStillFlushedByTheTraceStatementsBeforeTheQueueIsRead) {
     InitAndOpen("-CKFILE ck.dat");
     Deliver({"first"});
@@ -107,7 +107,7 @@ TEST_F(CheckpointTake, WithoutATraceTheCheckpointIsStillFlushedByTheTraceStateme
     EXPECT_EQ(atGet, CkBytes(1, {"first"}));
 }
 
-// The last flush before the queue is read is that of the line "committed": if it fails, no message may
+// The last flush before the queue is read belongs to the trace line "committed". If it fails, no message may
 // follow.
 TEST_F(CheckpointTake, ARecordThatTheLastTraceStatementCouldNotFlushIsNotFollowedByAMessage) {
     BeginWithPosition();
@@ -197,14 +197,14 @@ TEST_F(CheckpointTake, ARedundantGetPosReturnsTheFailureOfTheCheckpoint) {
     EXPECT_EQ(trace.NewLines(),
               Traced("GetPos", pmrcFailure,
                      {RedundantRequest().TraceLines(), kTakeEntry, error.TraceLines(), kTakeNotCommitted}));
-    // It is no longer pending.
+    // The checkpoint is no longer pending.
     EXPECT_TRUE(Is(TakePosition(), 2, 1, 0));
 }
 
 TEST_F(CheckpointTake, AHeaderLostByAnUnnoticedFailureIsNotFollowedByARecord) {
     BeginWithPosition();
-    // Only the trace statement after the header flushes it, by its flush of all streams. That flush fails
-    // unnoticed.
+    // Only the flush of all streams in the trace statement after the header flushes the header. Here that
+    // flush fails unnoticed.
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 2, .error = ENOSPC});
     EXPECT_TRUE(FailsWith(Read(), ExpectedError(kReset, "appending last record read")
                                       .Calling("fwrite")
@@ -376,7 +376,7 @@ TEST_F(CheckpointTake, WithoutItsFileEachLaterMessageGoesBackToTheQueue) {
     PassOver();
     mq.PutMessage("second");
     const ReadOutcome read = Read();
-    // Without a stream there is no reason.
+    // If there is no stream, there is no reason either.
     EXPECT_TRUE(FailsWith(read, ExpectedError("PIDMMain", "checkpoint").Calling("fgetpos")));
     EXPECT_EQ(read.recordLength, 0U);
     EXPECT_EQ(mq.Sequence(), "GET BACK");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Tests what no host can reach through the entry point: a log record without bytes, and checkpoints by MQ,
-// which no keyword switches on. The routines are called as the requests would call them.
+// which no keyword switches on. The tests call the routines in the same way as the requests would.
 #include <cstring>
 
 #include "diag/error_text.h"
@@ -47,7 +47,7 @@ class DirectCall : public testing::Test {
         FreeRecordBuffer();
         FreeErrorText();
     }
-    /// Sets the module up for checkpoints by MQ in a file of that name.
+    /// Sets the module up for checkpoints by MQ, with a file of that name.
     void CheckpointByMq(const char* path) {
         writableSettings.MqCheckpointMode = true;
         std::strcpy(writableSettings.checkpointPath, path);
@@ -223,8 +223,8 @@ TEST_F(DirectCall, ByMqEveryReadAfterSetPosIsNotSupported) {
     EXPECT_EQ(CloseAll(MQAMOD_STOP_AT_FIRST_FAILURE), pmrcOK);
 }
 
-// Both kinds of checkpoints at once, which Init refuses, are the only way to replay a record with checkpoints
-// by MQ.
+// Init refuses both kinds of checkpoints at once, but only with both can a record be replayed with
+// checkpoints by MQ.
 TEST_F(DirectCall, ByMqARecordReturnedEndsTheReplay) {
     WriteFile(kCkFile, CkBytes(7, {"one", "two"}));
     CheckpointByMq(kCkFile);

@@ -89,7 +89,7 @@ TEST_F(FullDisk, ACopyInTheMiddleOfAReplayLeavesTheOldFile) {
     EXPECT_THAT(faults->log, Not(Contains("remove ck.dat")));
 }
 
-// A record that fits into the buffer of the stream fails at the flush, a larger one earlier.
+// A record that fits into the buffer of the stream fails only at the flush, a larger one earlier.
 class FullDiskByMq : public FullDisk, public testing::WithParamInterface<int> {};
 
 TEST_P(FullDiskByMq, TheRoomForOneRecordCannotBeTaken) {

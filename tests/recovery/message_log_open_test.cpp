@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests how Open opens the message log: the file calls, the trace, and a file that cannot be looked for or
-// opened.
+// Tests how Open opens the message log: the file calls, the trace, and a file whose existence cannot be
+// determined or that cannot be opened.
 #include <cerrno>
 #include <cstring>
 
@@ -25,7 +25,7 @@ class MessageLogOpen : public RecoveryFixture {
                              "MQA0141: <Log file (log.dat) open failed. Reason '" + reason + "'>")
             .Calling(" ");
     }
-    /// Expects that no log is open. Only what Close does shows that from outside.
+    /// Checks that no log is open. Only Close shows that from outside.
     void ExpectNoLogIsOpen() {
         PassOver();
         EXPECT_EQ(Close().returnCode, pmrcOK);

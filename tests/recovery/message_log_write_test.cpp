@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests what a record adds to the message log and the trace, and what a failing log does to the load.
+// Tests what a record adds to the message log and the trace, and how a log that fails affects the load.
 #include <cerrno>
 #include <cstring>
 

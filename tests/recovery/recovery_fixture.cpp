@@ -96,7 +96,7 @@ void RecoveryFixture::SetUp() {
     ModuleFixture::SetUp();
     if (HasFatalFailure()) return;
     recordBufferBytes = 65536;
-    // An empty message ends the input at once; on an empty queue the module would wait.
+    // An empty message ends the input immediately; on an empty queue the module would wait.
     mq.emptyQueue = MqGetOutcome{};
     faults = std::make_unique<FaultPlan>(module);
 }

@@ -20,20 +20,20 @@ using Lines = std::vector<std::string>;
 inline constexpr char kCkFile[] = "ck.dat";
 inline constexpr char kLogFile[] = "log.dat";
 
-/// Return trace lines without their time stamp.
+/// These return trace lines without their time stamp.
 std::string Info(const std::string& function, const std::string& text);
 std::string Warning(const std::string& function, const std::string& text);
 std::string Error(const std::string& function, const std::string& text);
 Lines Chain(std::initializer_list<Lines> parts);
-/// Returns the lines of a request in the trace at level 2 and above: its entry, the lines between, its
-/// return.
+/// Returns the lines that a request adds to the trace at level 2 and above: its entry, the given lines, and
+/// its return.
 Lines Traced(const std::string& option, ReturnCode returnCode, std::initializer_list<Lines> between = {});
 
-/// Return "MQA0146: <!ERROR! expected EXPECTED bytes, wrote WROTE>" and the same for reads.
+/// These return "MQA0146: <!ERROR! expected EXPECTED bytes, wrote WROTE>" and the same for reads.
 std::string ShortWrite(std::int64_t expected, std::int64_t wrote);
 std::string ShortRead(std::int64_t expected, std::int64_t read);
 
-/// Return the bytes of one record, of several records, and of a whole checkpoint file.
+/// These return the bytes of one record, of several records, and of a whole checkpoint file.
 std::string CkRecord(const std::string& bytes);
 std::string CkRecords(const std::vector<std::string>& records);
 std::string CkBytes(std::int32_t sequence, const std::vector<std::string>& records = {});
@@ -47,32 +47,33 @@ class RecoveryFixture : public ModuleFixture {
     void SetUp() override;
     void TearDown() override;
 
-    /// Loads the module of a new process. The previous one has died without a call to MQ or on its files.
+    /// Loads the module as a new process does. The previous process has died without calling MQ or touching
+    /// its files.
     void StartNewProcess();
 
     /// Sends Init and Open with these keywords and a trace of that level, and skips their trace lines, file
     /// calls and MQ calls.
     void Begin(const std::string& keywords, int traceLevel = 4);
-    /// Begins with the checkpoint file ck.dat.
+    /// Calls Begin with the checkpoint file ck.dat.
     void BeginCheckpointing(const std::string& keywords = "", int traceLevel = 4);
-    /// Writes ck.dat with these records, begins, and sends SetPos with that sequence, so that the first
-    /// record comes first.
+    /// Writes ck.dat with these records, calls Begin, and sends SetPos with that sequence, so that the next
+    /// Read returns the first record.
     void BeginReplay(std::int32_t sequence, const std::vector<std::string>& records,
                      const std::string& keywords = "");
 
-    /// Puts messages on the queue and reads them.
+    /// Puts messages on the queue and reads them as records.
     void Deliver(const std::vector<std::string>& records);
-    /// Sends GetPos, which must hand out a position.
+    /// Sends GetPos, expects it to return a position and returns that position.
     PositionData TakePosition();
-    /// Takes a position and has it carried out by a redundant GetPos, which reads nothing.
+    /// Takes a position and has its checkpoint carried out by a second GetPos. Nothing is read in between.
     PositionData TakeCheckpoint();
-    /// Skips the trace lines, file calls and MQ calls so far.
+    /// Skips the trace lines, file calls and MQ calls made so far.
     void PassOver();
 
     void PreserveRestartInfo(const std::string& yesOrNo);
     /// Makes the deletion of the file at Close fail.
     void FailDeletion(const std::string& path, int error);
-    /// Returns how many calls deleted the file at Close: 0 or 1.
+    /// Returns how many calls deleted the file at Close, which is 0 or 1.
     [[nodiscard]] std::size_t Deletions(const std::string& path) const;
     /// Returns the recorded calls on the file.
     [[nodiscard]] Lines CallsOn(const std::string& path) const;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests a checkpoint during a replay. The records that were not delivered yet must survive it: they are
+// Tests a checkpoint during a replay. The records that were not delivered yet must survive it, so they are
 // copied into a temporary file, which then replaces the checkpoint file.
 #include <cerrno>
 #include <cstring>
@@ -357,8 +357,8 @@ TEST_F(ReplayCheckpoint, ANewFileThatCannotBeOpenedFails) {
 
 TEST_F(ReplayCheckpoint, ANewFileThatCannotBeReadUpToTheUndeliveredRecordsFails) {
     BeginInTheMiddle();
-    // The file is read five times before: three lengths, the last of which meets the end of the file, and two
-    // records.
+    // Before this point the file has been read five times: three lengths, the last of which meets the end of
+    // the file, and two records.
     faults->Add({.call = FileCall::Read, .file = kCkFile, .nth = 6, .transferred = 9});
     ExpectRewriteFails(About("'positioning' read", "fread", "Checkpoint"), ShortRead(14, 9));
     EXPECT_EQ(ReadFile(kCkFile), Rewritten());

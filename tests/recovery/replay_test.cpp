@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests Reads that return records of the checkpoint file, also of one that is damaged or cannot be read.
+// Tests Reads that return records of the checkpoint file, including a file that is damaged or cannot be read.
 #include <cerrno>
 #include <cstring>
 
@@ -199,7 +199,7 @@ TEST_F(Replay, AnExpiredTimeOutTakesEffectAfterTheRecordsOfTheFile) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-// What a file cut at that byte must yield, derived from the format alone.
+// Says what a file that is cut at a byte must yield, derived from the format alone.
 struct Remains {
     std::vector<std::string> records;
     std::int64_t bodyBytes = -1;  ///< bytes that are left of a record that was cut; -1 if none was

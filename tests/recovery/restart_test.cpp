@@ -38,12 +38,12 @@ Lines Begins(int length, const std::string& text) {
 
 class Restart : public RecoveryFixture {
   protected:
-    /// Opens with this checkpoint file, as after a failed run.
+    /// Sends Open while this checkpoint file exists, as after a failed run.
     void BeginWithFile(const std::string& bytes, const std::string& keywords = "") {
         WriteFile(kCkFile, bytes);
         BeginCheckpointing(keywords);
     }
-    /// Expects that the next Reads are served by the queue, with the syncpoint option that SetPos chooses
+    /// Checks that the next Reads are served by the queue, with the syncpoint option that SetPos chooses
     /// before it reads the file.
     void ExpectTheQueueIsReadNext(MQLONG sync = MQGMO_SYNCPOINT) {
         PassOver();
@@ -273,7 +273,7 @@ TEST_F(Restart, ARefusedSetPosDuringAReplayDoesNotEndTheReplay) {
     BeginReplay(2, {"a", "b"});
     EXPECT_TRUE(Gives(Read(), "a"));
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcFailure);
-    // The stream is where the failure left it, after the header.
+    // The stream is where the failure left it: after the header.
     EXPECT_THAT(ReadAll(), ElementsAre("a", "b"));
     EXPECT_EQ(mq.Sequence(), "GET");
 }
@@ -371,7 +371,7 @@ TEST_F(Restart, GoingBackToACheckpointThatWasLostUnnoticedDoesNotForgetTheLoss) 
     EXPECT_TRUE(Gives(Read(), "zero"));
     PassOver();
     mq.PutMessage("one");
-    // Rewinding the stream has cleared its reason.
+    // Rewinding the stream has cleared the error and with it the reason.
     EXPECT_TRUE(FailsWith(
         Read(), ExpectedError(kMain, "checkpoint").Calling("fflush").Processing("Checkpoint", "Undefined")));
     EXPECT_EQ(mq.Sequence(), "GET BACK");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What the tests do to the C library: errors of streams, streams of a process that died, the end of a test program.
+// Does to the C library what tests need: sets the errors of streams, closes the streams of a process that
+// died, and ends a test program.
 #pragma once
 
 #include <cstdio>
@@ -11,10 +12,10 @@ void SetStreamError(std::FILE* stream);
 /// Closes the stream as the death of its process does: what it buffers never reaches the file.
 void AbandonStream(std::FILE* stream);
 
-/// Closes streams that the module left open by design, so that the files can be deleted where the system refuses to
-/// delete an open file. Does nothing elsewhere.
+/// Closes streams that the module left open by design, where the system refuses to delete an open file. Does
+/// nothing on other systems.
 void CloseForgottenStreams();
 
-/// Ends a test program whose tests are over. On Windows without the exit routines: under Wine a process now and then
-/// hangs in them.
+/// Ends a test program whose tests are over. On Windows it does so without the exit routines, in which a
+/// process sometimes hangs under Wine.
 [[noreturn]] void EndTestProgram(int exitCode);

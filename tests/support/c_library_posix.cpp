@@ -12,7 +12,7 @@ void SetStreamError(std::FILE* stream) {
 }
 
 void AbandonStream(std::FILE* stream) {
-    // A stream without a descriptor belongs to the test, which makes sure that nothing is written.
+    // A stream without a descriptor belongs to the test, which itself makes sure that nothing is written.
     if (fileno(stream) >= 0) {
         const int nowhere = open("/dev/null", O_RDWR);
         dup2(nowhere, fileno(stream));

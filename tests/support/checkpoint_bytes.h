@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Checkpoint files and positions of the tests' own making, byte by byte.
+// Makes checkpoint files and positions byte by byte, without the module.
 #pragma once
 
 #include <cstdint>

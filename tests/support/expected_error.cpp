@@ -50,7 +50,8 @@ std::uint32_t ExpectedError::Size() const {
     std::size_t size =
         Length(kModuleId) + Length(function_) + Length(severity_) + Length(kError) + Length(message_) + 11;
     if (failingCall_) size += Length(kFailingFunction) + Length(*failingCall_);
-    // The size allows for the reason twice. The spare room is part of the size that the host receives.
+    // The size allows for the reason twice. The part that is not used counts towards the size that the host
+    // receives.
     if (activity_) size += 33 + Length(*activity_) + 10 + 2 * Length(reason_);
     return static_cast<std::uint32_t>(size);
 }

@@ -29,9 +29,9 @@ class ExpectedError {
     ExpectedError& Info();
 
     [[nodiscard]] std::string Text() const;
-    /// The size allocated for the text, which the host receives.
+    /// Returns the size allocated for the text, which the host receives.
     [[nodiscard]] std::uint32_t Size() const;
-    /// The lines of the trace file, without their stamp.
+    /// Returns the lines of the trace file, without their stamp.
     [[nodiscard]] std::vector<std::string> TraceLines() const;
 
   private:

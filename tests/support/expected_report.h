@@ -9,19 +9,19 @@
 #include <string>
 #include <vector>
 
-/// The size of a report text without its NUL.
+/// The size of a report text, not counting its NUL.
 inline constexpr std::size_t kReportTextCharacters = 8191;
 
-/// Separates the directories of a path on the system under test.
+/// The delimiter of directories in a path on the system under test.
 inline constexpr char kPathDelimiter = static_cast<char>(std::filesystem::path::preferred_separator);
 
-/// The texts of the six banner lines; they have the numbers 19080, 19081 and 19083 to 19086.
+/// Returns the texts of the six banner lines; they have the numbers 19080, 19081 and 19083 to 19086.
 std::vector<std::string> BannerTexts();
 
-/// The time of day as HH:MM:SS, local.
+/// Returns the local time of day as HH:MM:SS.
 std::string TimeOfDay(std::int64_t seconds);
 
-/// The lines of the parameter report, by default those of "-QMGR QM1 -QNM Q1" and nothing else.
+/// The lines of the parameter report. The defaults are those of "-QMGR QM1 -QNM Q1" without further keywords.
 struct ExpectedParameters {
     std::string queueManager = "Queue Manager Name: 'QM1'";
     std::string queue = "Queue Name: 'Q1'";
@@ -37,8 +37,8 @@ struct ExpectedParameters {
     std::string readWait = "MQ read wait interval: 15";
 
     [[nodiscard]] std::vector<std::string> Lines() const;
-    /// The lines as the trace has them without their stamps: the queue manager is not traced, and a text that
-    /// ends with a line end leaves an empty line.
+    /// Returns the lines as the trace has them, without their stamps. The queue manager is not traced, and a
+    /// text that ends with a line end leaves an empty line.
     [[nodiscard]] std::vector<std::string> TraceLines() const;
 };
 
@@ -46,7 +46,7 @@ class ExpectedReport {
   public:
     ExpectedReport& AddBanner(const std::string& timeOfDay);
     ExpectedReport& AddParameters(const std::string& timeOfDay, const ExpectedParameters& parameters);
-    /// A line that only the console form has.
+    /// Adds a line that only the console form has.
     ExpectedReport& AddConsoleLine(const std::string& line);
 
     [[nodiscard]] const std::string& Console() const { return console_; }

@@ -17,7 +17,7 @@ std::int64_t FakeTime(std::int64_t* result) {
     return now;
 }
 
-// The ways in which a pause reaches the system.
+// Lists the ways in which a pause reaches the system.
 void FakeSleep(std::uint32_t milliseconds) {
     current->pausesMs.push_back(milliseconds);
 }

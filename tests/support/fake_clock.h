@@ -18,17 +18,17 @@ class FakeClock {
     FakeClock(const FakeClock&) = delete;
     FakeClock& operator=(const FakeClock&) = delete;
 
-    /// Moves the calendar time.
+    /// Moves the calendar time forward.
     void Advance(std::int64_t seconds) { now += seconds; }
-    /// Moves it to a time for which the calendar has no year.
+    /// Moves the clock to a time for which the calendar has no year.
     void LeaveTheCalendar() { now = INT64_MAX; }
-    /// Every time call of the module from now on fails with -1.
+    /// Makes every later time call of the module fail with -1.
     void Break() { broken = true; }
 
     std::int64_t now = 1700000000;  ///< seconds since 1970
-    std::int64_t step = 0;          ///< by which each time call of the module advances the time
+    std::int64_t step = 0;          ///< the seconds by which each time call of the module advances the time
     bool broken = false;
-    std::vector<std::int64_t> pausesMs;  ///< what the module asked to sleep, in milliseconds
+    std::vector<std::int64_t> pausesMs;  ///< the pauses that the module asked for, in milliseconds
 
   private:
     std::vector<std::unique_ptr<ImportPatch>> patches_;

@@ -121,7 +121,8 @@ int FaultyPutText(const char* text, std::FILE* stream) {
     return std::fputs(text, stream);
 }
 
-/// Formatted text reaches the stream in single characters on Windows.
+/// On Windows, formatted text reaches the stream as single characters. A fault strikes only at the first
+/// character of a line.
 int FaultyPutCharacter(int character, std::FILE* stream) {
     if (plan->silent && stream == stdout) return character;
     static bool lineBegins = true;
@@ -196,7 +197,8 @@ void LoggedRewind(std::FILE* stream) {
     std::rewind(stream);
 }
 
-/// A fault of a call that takes names: done or not, it reports failure.
+/// Returns the result of a call that takes names. A fault makes the call report failure, whether it was
+/// carried out or not.
 int FailNamed(const Fault& fault, const std::function<int()>& call) {
     if (fault.carriedOut) call();
     errno = fault.error;

@@ -51,9 +51,9 @@ void FetchErrorText(const std::string& request, Outcome& outcome) {
     const std::string bytes(outcome.errorTextAddress, outcome.errorTextLength);
     outcome.errorText = bytes.substr(0, bytes.find('\0'));
     EXPECT_LT(outcome.errorText.size(), bytes.size()) << "the error text has no NUL within its length";
-    const std::size_t behind = bytes.size() - outcome.errorText.size();
-    EXPECT_EQ(bytes.substr(outcome.errorText.size()), std::string(behind, '\0'))
-        << "bytes behind the error text";
+    const std::size_t restBytes = bytes.size() - outcome.errorText.size();
+    EXPECT_EQ(bytes.substr(outcome.errorText.size()), std::string(restBytes, '\0'))
+        << "bytes after the error text";
 }
 
 constexpr std::size_t kReadBytes = offsetof(ReadBlock, recordBuffer) + sizeof(void*);

@@ -60,7 +60,7 @@ TEST(Progress, WhatProcessesBeforeHaveLoadedCountsInTheTotalsAndNotInTheRate) {
     EXPECT_EQ(FormatProgress(counters, 2), "1,020 records, 5.10 kB, 10 records/s, 1:03");
 }
 
-// Gives the printing thread the time it needs, without relying on its pace: waits until `done` holds.
+// Waits until `done` holds, which gives the printing thread the time it needs without relying on its pace.
 bool WaitUntil(const std::function<bool()>& done) {
     for (int i = 0; i < 1500; ++i) {
         if (done()) return true;
@@ -69,7 +69,7 @@ bool WaitUntil(const std::function<bool()>& done) {
     return false;
 }
 
-// Standard error in a file that can be read while it is written.
+// Redirects standard error to a file that can be read while it is written.
 class ProgressPrinting : public testing::Test {
   protected:
     void SetUp() override { ASSERT_NE(std::freopen(folder_.Path("err").c_str(), "wb", stderr), nullptr); }

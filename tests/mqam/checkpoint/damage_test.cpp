@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Damage to the checkpoint file of an unfinished load, at every byte and every bit: what a restart would do
-// with it. The format has no checksum; what can be known must be refused, and what cannot is listed here.
+// Damages the checkpoint file of an unfinished load at every byte and every bit, and checks what a restart
+// would do with it. The format has no checksum: damage that can be recognised must be refused, and the tests
+// list the damage that cannot.
 #include <gtest/gtest.h>
 
 #include "mqam/checkpoint/start_decision.h"
@@ -41,7 +42,7 @@ class RestartDamageTest : public testing::Test {
                !CheckFirstRecord(state_.checkpointFile, state_, kMaxRecordBytes).IsOk();
     }
 
-    // Where each record begins, and where the last one ends.
+    // Returns where each record begins, and where the last one ends.
     static std::vector<std::size_t> Bounds() {
         std::vector<std::size_t> bounds = {4};
         for (const std::string& record : kRecords)
@@ -110,8 +111,9 @@ TEST_F(RestartDamageTest, EveryBitOfALengthTurnedIsRefusedButForTheLastOne) {
     }
 }
 
-// What the last append left is as long as its length says: another length there looks like an append that was
-// cut short, unless no record can be so long; a much shorter one leaves bytes that are no possible length.
+// The bytes that follow the last length are as many as it says. Another value there looks like an append that
+// was cut short, unless no record can be so long; a much smaller value leaves bytes that form no possible
+// length.
 TEST_F(RestartDamageTest, L12_ABitOfTheLastLengthTurnedCannotBeKnownUnlessItIsImpossible) {
     const std::size_t last = Bounds()[kRecords.size() - 1];
     const std::size_t length = kRecords.back().size();

@@ -49,7 +49,7 @@ class CheckpointRepairTest : public testing::Test {
         return plan;
     }
 
-    // Returns every record, or part of one, that a file of the directory contains.
+    // Returns all records, complete or not, that a file of the directory contains.
     [[nodiscard]] std::set<std::string> Contents() const {
         std::set<std::string> contents;
         for (const auto& [name, bytes] : Files()) {
@@ -70,8 +70,8 @@ struct RepairRow {
     const char* name;
     std::optional<std::string> file;
     std::vector<std::string> temporaries;
-    bool inOrder;                              // no obstacle
-    std::map<std::string, std::string> after;  // the files of the directory
+    bool inOrder;                              // whether the repair meets no obstacle
+    std::map<std::string, std::string> after;  // the files of the directory afterwards
 };
 
 TEST_F(CheckpointRepairTest, EveryCombinationOfFileAndTemporaryFiles) {
@@ -92,7 +92,7 @@ TEST_F(CheckpointRepairTest, EveryCombinationOfFileAndTemporaryFiles) {
         {"torn first record", header + kTorn, {}, true, {{"load.ckpt", header}, {"load.ckpt.torn", kTorn}}},
         {"damaged file", damaged, {copy}, false, {{"load.ckpt", damaged}, {"MQAMtmp.1", copy}}},
 
-        {"interrupted behind the deletion", missing, {own}, true, {{"load.ckpt", own}}},
+        {"interrupted after the deletion", missing, {own}, true, {{"load.ckpt", own}}},
         {"no file, empty temporary", missing, {""}, false, {{"MQAMtmp.1", ""}}},
         {"no file, torn temporary", missing, {own + "x"}, false, {{"MQAMtmp.1", own + "x"}}},
         {"no file, one of two is empty", missing, {"", own}, true, {{"load.ckpt", own}}},
@@ -203,7 +203,8 @@ TEST_F(CheckpointRepairTest, NoCombinationLosesTheOnlyCopyOfARecord) {
                 changed += plan.steps.empty() ? 0 : 1;
                 const std::set<std::string> after = Contents();
                 for (const std::string& content : before) {
-                    // The unfinished copy of a record goes with the unfinished copy of the file.
+                    // The unfinished copy of a record is deleted together with the unfinished copy of the
+                    // file.
                     const bool tornCopy = content == "torn: " + kTorn || content == "torn: \5";
                     EXPECT_TRUE(after.count(content) == 1 || tornCopy || content.empty()) << content;
                 }

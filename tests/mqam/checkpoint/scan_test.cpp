@@ -65,7 +65,7 @@ TEST_F(CheckpointFactsTest, FileCutAtEveryByteTellsItsIntactPart) {
     for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
         SCOPED_TRACE(cut);
         const CheckpointScan facts = Inspect(whole.substr(0, cut));
-        // What the records' ends say, without reading the bytes.
+        // The lengths of the records are enough to compute where the intact part ends.
         std::size_t intact = cut < 4 ? 0 : 4;
         std::size_t count = 0;
         for (const std::string& record : records) {
@@ -89,7 +89,7 @@ TEST_F(CheckpointFactsTest, FileCutAtEveryByteTellsItsIntactPart) {
     }
 }
 
-// The places at which a file of these records would end, walked over the bytes in memory.
+// A walk through the bytes of a file, from length to length: the offsets that it reaches, and how it ends.
 struct Walk {
     std::vector<std::uint64_t> offsets;
     std::uint64_t intact = 4;
@@ -130,8 +130,8 @@ TEST_F(CheckpointFactsTest, EveryFlippedBitOfTheFirstRecordsIsToldAsTheBytesHave
         for (std::size_t i = 0; i < walk.offsets.size(); ++i) {
             EXPECT_EQ(facts.records[i].offset, walk.offsets[i]);
         }
-        // A wrong length that is noticed at all is found, and the offset of the field with it: the fourth
-        // record still leads to the end of the file.
+        // If a wrong length is noticed at all, the offset of its field is found, too: the fourth record still
+        // leads to the end of the file.
         if (walk.intact < bytes.size()) {
             EXPECT_NE(facts.resyncOffset, 0U);
             EXPECT_EQ(facts.resyncRecords, bit / 8 < 12 ? 3U : bit / 8 < 32 ? 2U : 1U);

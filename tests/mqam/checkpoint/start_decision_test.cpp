@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using Kind = Repair::Kind;
 
-// "cut 31", "delete MQAMtmp.1", "rename MQAMtmp.1".
+// Describes a step as "cut 31", "delete MQAMtmp.1" or "rename MQAMtmp.1".
 std::string Words(const std::vector<Repair>& repairs) {
     std::string words;
     for (const Repair& repair : repairs) {
@@ -47,7 +47,7 @@ class RestartDecisionTest : public testing::Test {
   protected:
     [[nodiscard]] std::string Path(const std::string& name = "load.ckpt") const { return folder_.Path(name); }
 
-    // Decides on files that hold these bytes, as a load does; the temporary files are MQAMtmp.1, MQAMtmp.2
+    // Makes the decision of a load on files with these bytes. The temporary files are MQAMtmp.1, MQAMtmp.2
     // ...
     StartDecision Decide(const std::optional<PositionData>& stored, const std::optional<std::string>& file,
                          const TemporaryBytes& temporaries = {}) const {
@@ -169,7 +169,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
          "replay 77 repeat",
          "cut 25"},
         {"records of it, impossible length", five, kImpossible, {}, "refuse", ""},
-        {"records of it, records behind a damaged length", five, kHidden, {}, "refuse", ""},
+        {"records of it, records after a damaged length", five, kHidden, {}, "refuse", ""},
         {"records of it, temporary", five, kTwo, {copy}, "replay 77 repeat", "delete MQAMtmp.1"},
         {"records of it, two temporaries and a torn tail",
          five,
@@ -190,7 +190,7 @@ TEST_F(RestartDecisionTest, EveryCombinationOfPositionFileAndTemporaryFiles) {
         {"checkpoint before, nothing read before it", MakePosition(6, 0, 15), kTwo, {}, "refuse", ""},
         {"checkpoint before, header", MakePosition(6, 9, 0), kTwo, {}, "refuse", ""},
         {"checkpoint before, middle of a record", MakePosition(6, 9, 16), kTwo, {}, "refuse", ""},
-        {"checkpoint before, behind the file", MakePosition(6, 9, 26), kTwo, {}, "refuse", ""},
+        {"checkpoint before, beyond the file", MakePosition(6, 9, 26), kTwo, {}, "refuse", ""},
         {"checkpoint before, negative offset", MakePosition(6, 9, -1), kTwo, {}, "refuse", ""},
         {"checkpoint before, temporary",
          MakePosition(6, 9, 15),

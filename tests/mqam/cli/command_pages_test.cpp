@@ -15,7 +15,7 @@ using ::testing::HasSubstr;
 using ::testing::Key;
 using ::testing::Not;
 
-/// A program with two commands, one of them with a command of its own, and a hidden one.
+/// Makes a program with two commands, one of which has a command of its own, and a hidden command.
 class CommandPages : public ::testing::Test {
   protected:
     CommandPages() {

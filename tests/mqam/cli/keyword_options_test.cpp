@@ -13,13 +13,14 @@ using namespace mqam;
 
 namespace {
 
-// The module's keywords with the number of their values.
+// Lists the module's keywords with the number of their values.
 const std::map<std::string, int> kModuleKeywords = {
     {"HELP", 0}, {"TRCL", 2}, {"BKSZ", 1}, {"RWAIT", 1},   {"OTENACITY", 1}, {"OWAIT", 1},
     {"LOG", 1},  {"TLF", 1},  {"TDM", 1},  {"CONVERT", 1}, {"FLUSH", 1},     {"CKFILE", 1},
     {"MQEX", 0}, {"QMGR", 1}, {"QNM", 1},  {"SRVR", 1},    {"CHNL", 1},      {"PARMFILE", 1}};
 
-// Parses a command line (without the program's name) into an initialization string; "refused: ..." otherwise.
+// Parses a command line (without the program's name) into an initialization string. Returns "refused: ..." if
+// that fails.
 std::string Compose(std::vector<std::string> arguments) {
     CLI::App app;
     ModuleOptions options;

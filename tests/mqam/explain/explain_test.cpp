@@ -140,7 +140,7 @@ TEST(FormatExplanation, NoLineIsLongerThanATerminalAndLabelsAreInAColumn) {
             const std::size_t end = text.find('\n', from);
             ASSERT_NE(end, std::string::npos);
             const std::string line = text.substr(from, end - from);
-            // A command that is longer than a line stays in one piece.
+            // A command stays on one line even if it is longer than the others.
             const bool isCommand = line.find('`') != std::string::npos;
             EXPECT_TRUE(line.size() <= 80 || isCommand) << line;
             from = end + 1;

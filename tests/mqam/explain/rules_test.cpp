@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The items of docs/hosts.md, compared with the table.
+// Compares the items of docs/hosts.md with the table.
 #include "mqam/explain/rules.h"
 
 #include <gtest/gtest.h>
@@ -19,11 +19,12 @@ namespace {
 
 struct PageItem {
     std::string name;
-    /// The whole text on one line.
+    /// Returns the whole text on one line.
     std::string text;
 };
 
-// "- **H6.** Text" and "- **L5, power failure.** Text", each up to the next item, heading or empty line.
+// Finds items of the form "- **H6.** Text" and "- **L5, power failure.** Text". Each extends to the next
+// item, heading or empty line.
 std::map<std::string, PageItem> ReadPage() {
     std::map<std::string, PageItem> items;
     const std::regex start(R"(^- \*\*([HTGL]\d+)(, ([^*]+))?\.\*\* (.*)$)");

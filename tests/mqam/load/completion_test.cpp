@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The end of a load that is finished, with a target that notes what is asked of it.
+// Tests the end of a load that is finished, with a target that records what is asked of it.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Stores nothing, and fails from a number of states on.
+// A target that records the states that it is asked to store, and can fail after a number of them.
 class NotingTarget : public EmptyTarget {
   public:
     explicit NotingTarget(std::string watched) : watched_(std::move(watched)) {}

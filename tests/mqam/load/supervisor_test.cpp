@@ -14,7 +14,7 @@ using namespace mqam;
 
 namespace {
 
-// Its state can be read once, and never again.
+// A target whose state can be read once, but never again.
 class UnreadableTarget : public EmptyTarget {
   public:
     Status LoadState(std::optional<RestartState>& state) override {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A test that is its own worker.
+// Lets a test play the worker process that it starts.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 #include "mqam/load/worker_process.h"
 #include "tests/support/same_test_process.h"
 
-/// From now on a worker that RunWorker starts is this very test, and plays `part`.
+/// From now on, a worker that RunWorker starts is this very test, which then plays `part`.
 inline void MakeThisTestTheWorker(const std::string& part) {
     std::vector<std::string> words = ArgumentsForThisTest();
     words.insert(words.begin(), ThisProgram());

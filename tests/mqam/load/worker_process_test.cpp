@@ -91,7 +91,7 @@ TEST(WorkerProcessTest, OneThatIsKilledIsTold) {
 #endif
 }
 
-// The worker writes a dot every few milliseconds until someone ends it.
+// The worker writes a dot every few milliseconds until it is killed.
 [[noreturn]] void WriteDots(const std::string& path) {
     std::ofstream dots(path);
     for (int i = 0; i < 6000; ++i) {
@@ -124,7 +124,8 @@ TEST(WorkerProcessTest, ItEndsWithTheCommandHoweverThatEnds) {
 
 #if !defined(_WIN32)
 
-// A signal that is sent only to the command reaches the worker, which ends if it has no handler.
+// A signal that is sent only to the command reaches the worker as well. The worker ends, because it has no
+// handler.
 TEST(WorkerProcessTest, ASignalToTheCommandIsHandedOn) {
     const TestDirectory folder;
     const std::string part = PartToPlay();

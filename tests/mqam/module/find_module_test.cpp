@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A directory that is laid out as an installation, with or without the module in each of its places.
+/// Makes a directory with the layout of an installation, with or without the module in each of its places.
 class FindModuleTest : public ::testing::Test {
   protected:
     FindModuleTest()

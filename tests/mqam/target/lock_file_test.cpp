@@ -23,8 +23,8 @@ namespace fs = std::filesystem;
 using testing::EndsWith;
 using testing::StartsWith;
 
-// What the other process does with the lock at the path that follows in its part: it acquires the lock, reports that,
-// holds the lock until a file "go" appears next to it, and ends as its part says.
+// These are the parts of the other process. Each is followed by the path of a lock: the process acquires it,
+// reports that, holds it until a file "go" appears next to it, and ends as its part says.
 constexpr char kHoldAndRelease[] = "release:";
 constexpr char kHoldAndEnd[] = "end:";
 constexpr char kHoldForever[] = "hold:";

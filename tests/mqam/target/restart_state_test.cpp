@@ -35,7 +35,7 @@ RestartState EveryFieldFilled() {
     return state;
 }
 
-// The text with the checksum that belongs to its lines.
+// Returns the text with the checksum that belongs to its lines.
 std::string Sealed(const std::string& lines) {
     char digits[17];
     std::snprintf(digits, sizeof digits, "%016llx",
@@ -54,7 +54,7 @@ void Replace(std::string& text, const std::string& part, const std::string& by) 
     text.replace(at, part.size(), by);
 }
 
-// What is wrong with the text, or an empty string.
+// Returns what is wrong with the text, or an empty string.
 std::string Complaint(const std::string& text) {
     RestartState state;
     return ParseRestartState(text, state).Error();
@@ -209,7 +209,7 @@ TEST(RestartStateTest, ADamagedLineIsNamedByItsChecksum) {
     EXPECT_EQ(Complaint(text), "is damaged: its checksum does not match its lines");
 }
 
-// Someone who corrects the checksum, too, is stopped by the limits of the fields.
+// The limits of the fields also refuse a text whose checksum someone has corrected.
 TEST(RestartStateTest, AValueThatThisProgramDoesNotWriteIsRefusedWithItsLine) {
     const std::pair<const char*, const char*> changes[] = {
         {"phase=finished", "phase=done"},

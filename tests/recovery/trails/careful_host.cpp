@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The host that keeps every rule of model/README.md, with which RestartedLoad continues after a trail was
-// played.
+// Implements the host that keeps every rule of model/README.md. RestartedLoad continues with it once a trail
+// was played.
 #include <filesystem>
 
 #include "tests/recovery/trails/restarted_load.h"
@@ -35,7 +35,7 @@ std::string RestartedLoad::Finish() {
     return "one attempt after another, and none is the last";
 }
 
-/// Inspects the files before Open. Returns false, with failure_, if nothing may be opened; goBack says
+/// Inspects the files before Open. Returns false and sets failure_ if nothing may be opened; goBack says
 /// whether SetPos finds a record.
 bool RestartedLoad::PrepareFiles(bool& goBack) {
     RestartFiles files = LookAtRestartFiles();

@@ -89,7 +89,7 @@ void PlayedQueue::Move(Stands from, Stands to) {
     }
 }
 
-/// A sender commits no later than when nothing else is left.
+/// A sender commits at the latest when no other message is left.
 int PlayedQueue::FirstOnQueue() {
     for (const Stands wanted : {Stands::OnQueue, Stands::Unsent}) {
         for (auto& [number, message] : messages) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The queue of one load, which the stand-in MQ library serves: numbered messages, the unit of work of the
-// process that reads them, and what happens to it when that process is over. It answers one Read at a time. A
-// test says before it what the next MQGET meets.
+// process that reads them, and what happens to that unit when the process ends. It answers one Read at a
+// time; before the Read, a test says what the next MQGET meets.
 #pragma once
 
 #include <map>
@@ -11,7 +11,7 @@
 #include "tests/support/fake_clock.h"
 #include "tests/support/mqi_double.h"
 
-/// RWAIT's default, after which an input without messages ends; and a time-out that fires earlier.
+/// RWAIT's default, after which an input without messages ends, and a time-out that expires earlier.
 inline constexpr int kReadWaitSeconds = 15;
 inline constexpr int kTimeoutSeconds = 5;
 
@@ -19,7 +19,7 @@ enum class Stands {
     Unsent,   ///< put in a unit of work that its sender has not committed
     OnQueue,  ///< can be got
     InUnit,   ///< got, in the unit of work of the running process
-    InLimbo,  ///< got by a process that is over, which the queue manager has not noticed yet
+    InLimbo,  ///< got by a process that has ended, which the queue manager has not noticed yet
     Gone
 };
 
@@ -30,12 +30,12 @@ struct QueuedMessage {
     bool takenByOther = false;  ///< another load has it
 };
 
-/// What the next MQGET meets.
+/// Says what the next MQGET meets.
 enum class GetMeets {
     Queue,
-    FailureConnected,  ///< no data, the connection works: the queue inhibits gets
-    FailureBroken,     ///< no data, the connection is broken
-    Warning,           ///< the first message, with a warning
+    FailureConnected,  ///< no data, but the connection works: the queue inhibits gets
+    FailureBroken,     ///< no data, because the connection is broken
+    Warning,           ///< the first message, together with a warning
     Timeout            ///< nothing, until TIMEOUT_SECONDS are over
 };
 
@@ -45,23 +45,23 @@ class PlayedQueue {
 
     std::map<int, QueuedMessage> messages;  ///< by number, which is their order on the queue
 
-    /// Prepares the answer to the next MQGET. Every further one finds the queue empty.
-    ///   slow  in  the answer comes only after RWAIT; an empty queue always is
+    /// Prepares the answer to the next MQGET. Every later one finds the queue empty.
+    ///   slow  in  the answer comes only after RWAIT; that of an empty queue always does
     void PrepareGet(GetMeets meets, bool slow, FakeClock& clock);
-    /// To be called at each MQ call: carries out what the answer does to messages.
+    /// Carries out what the answer does to messages; must be called at each MQ call.
     void Apply(const MqCall& call);
 
-    /// The message that the last MQGET delivered; 0 for none.
+    /// Returns the message that the last MQGET delivered; 0 for none.
     [[nodiscard]] int Delivered() const { return delivered_; }
 
     /// Ends the process that reads.
-    ///   noticed  in  the queue manager backs its unit of work out at once
+    ///   noticed  in  whether the queue manager notices it immediately and backs the unit of work out
     void LoseConnection(bool noticed);
     /// Makes the queue manager back out what is in limbo.
     void NoticeDeaths();
     [[nodiscard]] bool AnyInLimbo() const;
 
-    /// Returns the numbers of the messages that are not gone, as "2 3".
+    /// Returns the numbers of the messages that still exist, as "2 3".
     [[nodiscard]] std::string Waiting() const;
 
   private:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Each counter-example of the model, played against the module. The host does what the trail says, without
-// the rule, and the damage happens. Then a host that keeps all rules finishes the load, which shows what is
-// left of it, or where it is stuck. A test's name begins with that of its trail. A target "1 1 2 3" contains
+// Plays each counter-example of the model against the module. The host does what the trail says, without the
+// rule, and the damage happens. Then a host that keeps all rules finishes the load, which shows what is left
+// of it, or where it is stuck. A test's name begins with that of its trail. A target "1 1 2 3" contains
 // message 1 twice.
 #include <gmock/gmock.h>
 
@@ -16,7 +16,7 @@ using testing::HasSubstr;
 
 constexpr char kNoFile[] = "a position is stored, and no checkpoint file is there";
 
-/// Makes a name that a test can have.
+/// Turns the name of a trail into one that a test can have.
 std::string TestName(std::string trail) {
     for (char& c : trail) {
         if (c == '-') c = '_';
@@ -81,7 +81,7 @@ TEST_F(Trail, H6_end_ReadingOnBehindADuplicateDoublesBoth) {
     EXPECT_EQ(Target(), "1 2 1 2 3");
 }
 
-TEST_F(Trail, H6_close_WithoutCloseEveryLifeMeetsTheDuplicate) {
+TEST_F(Trail, H6_close_WithoutCloseEveryAttemptMeetsTheDuplicate) {
     EXPECT_EQ(Play("H6-close"), "stuck: one attempt after another, and none is the last");
     EXPECT_EQ(Target(), "1");
     EXPECT_EQ(queue.Waiting(), "1 2 3");
@@ -162,7 +162,7 @@ TEST_F(Trail, H9_log_ReadingOnSkipsARecordThatWasCommitted) {
     EXPECT_EQ(Target(), "2 3");
 }
 
-/// The message contains bytes that look like a record, which show what is read there.
+/// The message contains bytes that look like a record, which shows which bytes are read there.
 TEST_F(Trail, H9_read_ReadingOnInTheMiddleOfARecordReturnsItsBytes) {
     bytesOfMessage1 = std::string("\5\0\0\0\0\0\0\0", 8) + "inner";
     EXPECT_EQ(Play("H9-read"), "garbled: the replay continues in the middle of a record");

@@ -49,7 +49,7 @@ void RestartedLoad::StartProcess() {
     faults.reset();
     RestartFiles files = LookAtRestartFiles();
     if (life > 0) LoadAnotherModule();
-    // All attempts are one process here, but each has temporary files with a number of its own.
+    // In this test all attempts share one process, but each has temporary files with a number of its own.
     RestartFiles numbered;
     for (auto& [name, bytes] : files) {
         const bool ours = name == kTemporaryPrefix + std::to_string(platform::CurrentProcessId());
@@ -77,14 +77,14 @@ void RestartedLoad::EndProcess() {
     noticed = true;
 }
 
-void RestartedLoad::DieAt(const std::string& event, const std::string& behind) {
+void RestartedLoad::DieAt(const std::string& event, const std::string& earlier) {
     dieAt_ = event;
-    dieBehind_ = behind;
+    dieAfter_ = earlier;
 }
 
 void RestartedLoad::Happen(const std::string& event) {
-    if (!dieBehind_.empty() && BeginsWith(event, dieBehind_)) dieBehind_.clear();
-    if (dieAt_.empty() || !dieBehind_.empty() || remains_ || !BeginsWith(event, dieAt_)) return;
+    if (!dieAfter_.empty() && BeginsWith(event, dieAfter_)) dieAfter_.clear();
+    if (dieAt_.empty() || !dieAfter_.empty() || remains_ || !BeginsWith(event, dieAt_)) return;
     if (leaves != Leaves::Flushed) (void)std::fflush(nullptr);
     remains_ = Remains{LookAtRestartFiles(), queue.messages};
     if (leaves != Leaves::RecordInPart) return;

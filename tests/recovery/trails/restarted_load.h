@@ -21,17 +21,17 @@
 #include "tests/support/fault_plan.h"
 #include "tests/support/module_fixture.h"
 
-/// How much of what the streams still hold a crash leaves in the files.
+/// Says how much of what the streams still hold is in the files after a crash.
 enum class Leaves {
     Flushed,      ///< only what was flushed before
-    All,          ///< all of it, as the end of a process leaves it that flushes its streams
+    All,          ///< all of it, as at the end of a process that flushes its streams
     RecordInPart  ///< the last record is incomplete: its length, and some of its bytes
 };
 
-/// A position that GetPos returned, and what the host had counted by then.
+/// A position that GetPos returned, with what the host had counted by then.
 struct HostPosition {
     PositionData data{};
-    std::size_t records = 0;  ///< in the target
+    std::size_t records = 0;  ///< number of records in the target
     bool repeat =
         false;  ///< a record was returned before GetPos in that attempt: after SetPos it comes again
 };
@@ -41,28 +41,28 @@ class RestartedLoad : public ModuleFixture {
     void SetUp() override;
     void TearDown() override;
 
-    // Processes.
+    // ---- processes
 
     /// Starts a new process with the files of the previous one, without examining them.
     void StartProcess();
     /// Ends the process without Close.
     void EndProcess();
-    /// Makes the process die in the next request, before the first call whose description begins with this
-    /// text: a file call as FaultPlan logs it, or "before GET", "after GET", "before CMIT", "after CMIT" ...
-    /// of MQ. It leaves everything that the streams hold, unless `leaves` says otherwise.
-    ///   behind  in  the description of a call that must have come before
-    void DieAt(const std::string& event, const std::string& behind = "");
+    /// Makes the process die in the next request, before the first call whose description begins with
+    /// `event`: a file call as FaultPlan logs it, or "before GET", "after GET", "before CMIT", "after CMIT"
+    /// ... of MQ. The files receive everything that the streams hold, unless `leaves` says otherwise.
+    ///   earlier  in  the description of a call that must have been made before
+    void DieAt(const std::string& event, const std::string& earlier = "");
     Leaves leaves = Leaves::All;
-    /// To be called after a request: restores the files and the queue as they were at the crash, and ends the
-    /// process. Returns false if no crash was planned.
+    /// Restores the files and the queue as they were at the crash, and ends the process; must be called after
+    /// a request. Returns false if no crash was planned.
     bool DiedInRequest();
-    bool noticed = true;  ///< whether the queue manager notices the next end of a process at once
+    bool noticed = true;  ///< whether the queue manager notices the next end of a process immediately
 
-    // What the host does.
+    // ---- what the host does
 
     void InitModule(const std::string& keywords, bool preserve);
     Outcome OpenModule();
-    /// Returns the position; none if the request carried a checkpoint out or failed.
+    /// Takes the position, or none if the request carried a checkpoint out or failed.
     void TakePosition();
     void StorePosition();
     Outcome GoBack();
@@ -75,7 +75,7 @@ class RestartedLoad : public ModuleFixture {
     /// ended, or its own refusal.
     std::string Finish();
 
-    // The state of the load.
+    // ---- the state of the load
 
     /// Returns the records in the target as message numbers, "1 2 2"; one that no one sent is in quotes.
     [[nodiscard]] std::string Target() const;
@@ -85,22 +85,22 @@ class RestartedLoad : public ModuleFixture {
     std::unique_ptr<FaultPlan> faults;
     std::unique_ptr<FakeClock> clock;
 
-    // The host's variables that are kept from attempt to attempt.
+    // These variables of the host are kept from attempt to attempt.
     std::vector<std::string> target;
     std::size_t durable = 0;  ///< records that would survive the host
     std::optional<HostPosition> stored;
     int life = 0;
 
-    // The host's variables that are lost with the attempt.
+    // These variables of the host are lost at the end of the attempt.
     bool running = false;
     bool initialized = false;
-    std::optional<HostPosition> given;  ///< what the last GetPos returned, not stored yet
+    std::optional<HostPosition> given;  ///< what the last GetPos returned; not stored yet
     bool returned = false;              ///< a record was returned in this attempt
     bool expectsRepeat = false;         ///< the next record is the one before the position
-    bool positionDue = false;           ///< SetPos was called, and GetPos was not called since
-    std::string repeat;                 ///< the record taken for the one before the position
+    bool positionDue = false;           ///< SetPos was called, and GetPos has not been called since
+    std::string repeat;                 ///< the record that is taken for the one before the position
     ReadOutcome lastRead;
-    bool lastReadSlow = false;  ///< it took RWAIT
+    bool lastReadSlow = false;  ///< the last Read took RWAIT
     Outcome lastSetPos;
 
   private:
@@ -114,7 +114,7 @@ class RestartedLoad : public ModuleFixture {
     bool ReadToTheEnd();
 
     std::string dieAt_;
-    std::string dieBehind_;
+    std::string dieAfter_;
     std::optional<Remains> remains_;
     std::string failure_;
 };

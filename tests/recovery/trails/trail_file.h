@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The counter-examples of the model of a restarted load: model/trails/*.txt, lists of what a host does in one
-// process after another and of what happens inside each call. model/README.md explains how to read them.
+// Reads the counter-examples of the model of a restarted load, model/trails/*.txt. Each is a list of what a
+// host does in one process after another and of what happens inside each call. model/README.md explains how
+// to read them.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +12,7 @@
 
 struct TrailLine {
     std::size_t indent =
-        0;  ///< 0: a process, the end or the error; 2: what the host does; more: what happens in it
+        0;  ///< 0: a process, the end or the error; 2: a step of the host; more: what happens inside that step
     std::string text;
 };
 
@@ -22,7 +23,7 @@ struct TrailFile {
 
 /// Returns the names of the trails in model/trails, sorted.
 std::vector<std::string> TrailNames();
-/// Reads a trail. A file that cannot be read fails the test and is empty.
+/// Reads a trail. If the file cannot be read, the test fails and the trail is empty.
 TrailFile ReadTrail(const std::string& name);
 /// Parses lines that are written in a test.
 std::vector<TrailLine> TrailLines(const std::string& text);

@@ -9,7 +9,7 @@ constexpr int kMessages = 3;
 
 }  // namespace
 
-/// The lines that trails can have.
+/// Lists the lines that trails can contain.
 struct TrailRows {
     static constexpr Trail::Row kHost[] = {
         {"Init, PRESERVE_RESTART_INFO YES, Open -> 0", &Trail::InitOpen},
@@ -161,7 +161,8 @@ void Trail::PlayBlock(const std::vector<TrailLine>& block) {
     for (const Found& found : before)
         (this->*found.step)(found.numbers);
     (this->*row->before)(own);
-    // The other lines of a request in which the process died say what happened before. The files show that.
+    // The remaining lines of a request in which the process died describe what happened before it died. The
+    // files show that.
     if (DiedInRequest()) {
         if (losesLastRecord_) {
             RestartFiles files = LookAtRestartFiles();

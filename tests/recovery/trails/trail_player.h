@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Plays a trail of the model against the module. Every line is carried out, or compared with what the module
-// did. A line that the player does not know fails the test.
+// did. A line that the player does not know makes the test fail.
 #pragma once
 
 #include <string>
@@ -14,8 +14,8 @@ class Trail : public RestartedLoad {
   public:
     using Numbers = std::vector<int>;
     using Step = void (Trail::*)(const Numbers&);
-    /// A line of a trail. A detail, which is below what the host does, can have a part that is done before
-    /// the request and one that is compared afterwards.
+    /// Describes a line of a trail. A detail, which is a line below a step of the host, can have a part that
+    /// is done before the request and one that is compared afterwards.
     struct Row {
         const char* pattern;
         Step before;
@@ -23,7 +23,7 @@ class Trail : public RestartedLoad {
     };
 
   protected:
-    /// Plays model/trails/NAME.txt. Returns the damage that it ends with, without "ERROR: ".
+    /// Plays model/trails/NAME.txt. Returns the damage with which it ends, without "ERROR: ".
     std::string Play(const std::string& name);
     /// Plays more lines.
     void GoOn(const std::string& lines);
@@ -35,8 +35,8 @@ class Trail : public RestartedLoad {
     /// Puts the messages of the trail on the queue, or three if there is no trail.
     void PutMessages();
 
-    std::string bytesOfMessage1;  ///< if the trail does not define it
-    bool done = false;            ///< the host declared the load done
+    std::string bytesOfMessage1;  ///< the bytes of message 1 if the trail does not define them
+    bool done = false;            ///< the host has declared the load done
 
   private:
     friend struct TrailRows;
@@ -50,7 +50,7 @@ class Trail : public RestartedLoad {
     void FailSave();
     void FailFile(FileCall call, int nth, const std::string& file = kCheckpointFile);
 
-    // What the host does.
+    // ---- what the host does
     void InitOpen(const Numbers&);
     void InitOpenUnpreserved(const Numbers&);
     void InitOpenUnreachable(const Numbers&);
@@ -68,7 +68,7 @@ class Trail : public RestartedLoad {
     void LoseToOther(const Numbers&);
     void CallDone(const Numbers&);
 
-    // What happens inside a request.
+    // ---- what happens inside a request
     void DieAfterGet(const Numbers&);
     void DieInSave(const Numbers&);
     void DieAfterCommit(const Numbers&);
@@ -111,7 +111,7 @@ class Trail : public RestartedLoad {
     std::string error_;
     bool logged_ = false;  ///< a message log is kept
 
-    // One step of the host.
+    // A step of the host.
     std::string request_;
     GetMeets meets_ = GetMeets::Queue;
     bool slowly_ = false;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The meaning of the lines of a trail: the steps of the table in trail_player.cpp.
+// Implements the lines of a trail: the steps of the table in trail_player.cpp.
 #include <algorithm>
 
 #include "tests/recovery/trails/trail_player.h"
 
-// What the host does.
+// ---- what the host does
 
 void Trail::InitOpen(const Numbers&) {
     if (!initialized) InitModule(Keywords(), true);
@@ -97,7 +97,7 @@ void Trail::CallDone(const Numbers& numbers) {
     done = true;
 }
 
-// What happens inside a request.
+// ---- what happens inside a request
 
 void Trail::DieAfterGet(const Numbers&) {
     DieAt("after GET");
@@ -186,7 +186,7 @@ void Trail::FailTemporary(const Numbers&) {
     FailFile(FileCall::Flush, 1, kTemporaryPrefix);
 }
 
-/// The second of the two reads of a record: first its length is read, then its bytes.
+/// A record takes two reads, first of its length, then of its bytes. This is the second.
 void Trail::FailReplay(const Numbers&) {
     FailFile(FileCall::Read, 2);
 }
@@ -226,8 +226,8 @@ void Trail::BeSlow(const Numbers&) {
     slowly_ = true;
 }
 
-/// An end of input that is late anyway needs nothing. One that would be quick is made late, as if the clock
-/// erred.
+/// An end of input that is late anyway needs no preparation. One that would be quick is made late, as if the
+/// clock were wrong.
 void Trail::BeSlowByClock(const Numbers&) {
     if (Defined("CLOCK", 1) == 0) slowly_ = true;
 }
@@ -269,7 +269,7 @@ void Trail::CheckTimeout(const Numbers&) {
     EXPECT_EQ(lastRead.returnCode, pmrcTimeout);
 }
 
-/// For a Read, or for a SetPos that is the only request in its attempt.
+/// This holds for a Read, and for a SetPos that is the only request in its attempt.
 void Trail::CheckFailure(const Numbers&) {
     EXPECT_EQ(lastSetPos.returnCode == pmrcFailure ? lastSetPos.returnCode : lastRead.returnCode,
               pmrcFailure);

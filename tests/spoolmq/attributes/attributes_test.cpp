@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Attribute files.
+// Tests the attribute files.
 #include <gtest/gtest.h>
 
 #include "spoolmq/attributes/attributes.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Gets with MQGMO_CONVERT.
+// Tests gets with MQGMO_CONVERT.
 #include <cstring>
 #include <map>
 
@@ -33,7 +33,7 @@ class ConvertTest : public SpoolTest {
 };
 
 TEST_F(ConvertTest, CommonPairsConvertInBothDirections) {
-    // "Grüße, 50 £ ½" in each of the character sets.
+    // These are the bytes of "Grüße, 50 £ ½" in each of the character sets.
     const std::string utf8 =
         "Gr\xC3\xBC\xC3\x9F"
         "e, 50 \xC2\xA3 \xC2\xBD";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQCONN, MQCONNX, MQDISC: which queue manager, which handle, which thread.
+// Tests MQCONN, MQCONNX and MQDISC: which queue manager they reach, which handle they return, and which
+// thread may use it.
 #include <cstring>
 #include <thread>
 
@@ -60,7 +61,7 @@ TEST_F(ConnectTest, ABlankNameMeansTheDefaultOfSeveralQueueManagers) {
     EXPECT_EQ(FailedWith(MQRC_Q_MGR_NAME_ERROR), Connect("", &connection_));
     WriteAll(Path("QM2/qmgr.ini"), "default = yes\n");
     ASSERT_EQ(kDone, Connect("", &connection_));
-    // A thread gets its handle again, but only for the same queue manager.
+    // A thread that connects again gets the same handle, but only for the same queue manager.
     MQHCONN again = -1;
     EXPECT_EQ(FailedWith(mqi::MQRC_ANOTHER_Q_MGR_CONNECTED), Connect("QM1", &again));
     EXPECT_EQ(WarnedWith(mqi::MQRC_ALREADY_CONNECTED), Connect("QM2", &again));
@@ -204,7 +205,7 @@ TEST_F(ConnectTest, TheEndOfAThreadBacksOutItsUnsharedConnection) {
     EXPECT_EQ(std::vector<std::string>({"m~1"}), Drain());
 }
 
-// Client connections, made by the client library, the option or the environment.
+// ---- client connections, made by the client library, the option or the environment
 
 mqi::MQCDStart NewCd(MQLONG maxMessageLength) {
     mqi::MQCDStart cd{};

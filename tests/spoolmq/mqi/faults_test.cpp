@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The fault plan.
+// Tests the fault plan.
 #include "tests/spoolmq/support/spool_test.h"
 
 #include "platform/environment.h"
@@ -9,7 +9,7 @@ namespace {
 
 class FaultsTest : public SpoolTest {
   protected:
-    /// Returns what an actor logs under a plan.
+    /// Returns what an actor logs while a fault plan is in effect.
     std::vector<std::string> LogUnder(const std::string& plan, const std::vector<std::string>& steps) {
         RemoveLogs();
         platform::SetEnvironment("SPOOLMQ_FAULTS", plan);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQGET: order, sizes, waiting, selection, browsing, states.
+// Tests MQGET: order, sizes, waiting, selection, browsing, and the states of the queue and the queue manager.
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -232,7 +232,7 @@ TEST_F(GetTest, AHandleNotOpenForInputIs2037AndNotForBrowse2036) {
               Get(connection_, input, mqi::MQGMO_BROWSE_FIRST).codes);
 }
 
-// Waiting.
+// ---- waiting
 
 TEST_F(GetTest, AWaitEndsWith2033AfterItsInterval) {
     mqi::MQGMO gmo = NewGmo(kNoSync | kWait);
@@ -329,7 +329,7 @@ TEST_F(GetTest, ADeletedQueueIs2052) {
     EXPECT_EQ(FailedWith(mqi::MQRC_Q_DELETED), Put(connection_, object_, "m"));
 }
 
-// Selection.
+// ---- selection
 
 TEST_F(GetTest, IdentifiersSelectMessagesAndZerosMatchEverything) {
     std::vector<mqi::MQMD> descriptors;
@@ -372,7 +372,7 @@ TEST_F(GetTest, AWaitForAnIdentifierSkipsOtherMessages) {
     EXPECT_EQ(kDone, Disconnect(&other));
 }
 
-// Browsing.
+// ---- browsing
 
 TEST_F(GetTest, BrowsingShowsEveryMessageAndTakesNone) {
     PutAll({"a", "b", "c"});
@@ -397,7 +397,7 @@ TEST_F(GetTest, TheMessageUnderTheCursorCanBeTaken) {
     EXPECT_EQ(std::vector<std::string>({"a", "c"}), Drain());
 }
 
-// States of queue and queue manager.
+// ---- states of queue and queue manager
 
 TEST_F(GetTest, InhibitedGetsAre2016) {
     PutAll({"m"});

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQINQ.
+// Tests MQINQ.
 #include <cstring>
 
 #include "tests/spoolmq/support/spool_test.h"

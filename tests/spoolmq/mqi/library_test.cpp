@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The exports of the libraries.
+// Tests what the libraries export.
 #include <gtest/gtest.h>
 
 #include "tests/spoolmq/support/mq_client.h"
 
 namespace {
 
-// The verbs that IBM's Node.js binding looks up, and the remaining ones.
+// Lists the verbs that IBM's Node.js binding looks up, and the remaining ones.
 const char* const kVerbs[] = {"MQCONN",  "MQCONNX", "MQDISC",  "MQOPEN",  "MQCLOSE", "MQPUT1",  "MQPUT",
                               "MQGET",   "MQINQ",   "MQSET",   "MQBEGIN", "MQCMIT",  "MQBACK",  "MQSTAT",
                               "MQCB",    "MQCTL",   "MQSUB",   "MQSUBRQ", "MQCRTMH", "MQDLTMH", "MQSETMP",

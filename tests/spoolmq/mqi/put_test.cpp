@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQPUT and MQPUT1.
+// Tests MQPUT and MQPUT1.
 #include <cstring>
 
 #include "tests/spoolmq/support/spool_test.h"

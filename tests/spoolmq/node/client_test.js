@@ -4,8 +4,8 @@
 // wait, backs out, commits, inquires and disconnects. It loads libmqm_r.so from LD_LIBRARY_PATH. SPOOLMQ_DIR contains the
 // queue manager QM1 with the empty queue Q1.
 //
-// The messages that it leaves on the queue are for the module to read. It writes their bytes to the file named by the
-// argument, each after its length (4 bytes, little-endian).
+// The module is to read the messages that this client leaves on the queue. The client writes their bytes to
+// the file named by the argument, each after its length (4 bytes, little-endian).
 "use strict";
 
 const assert = require("node:assert/strict");
@@ -62,11 +62,12 @@ const queue = call(mq.OpenSync, connection, od, MQC.MQOO_INPUT_SHARED | MQC.MQOO
 // On an empty queue, a get returns 2033 after its wait.
 assert.throws(() => get(queue, wait | MQC.MQGMO_NO_SYNCPOINT, 50), { mqrc: MQC.MQRC_NO_MSG_AVAILABLE });
 
-// A put outside syncpoint is available at once, with its identifier and a back-out count of 0.
+// A message that is put outside syncpoint is available immediately, with its identifier and a back-out count
+// of 0.
 const sent = put(queue, binary, MQC.MQPMO_NO_SYNCPOINT);
 assert.equal(depth(queue), 1);
 
-// A message got under syncpoint and backed out returns with its back-out count raised.
+// A message that was got under syncpoint and backed out returns with its back-out count raised.
 let got = get(queue, wait | MQC.MQGMO_SYNCPOINT, 1000);
 assert.deepEqual(got.body, binary);
 assert.deepEqual(got.md.MsgId, sent.MsgId);
@@ -76,12 +77,12 @@ got = get(queue, wait | MQC.MQGMO_SYNCPOINT, 1000);
 assert.deepEqual(got.body, binary);
 assert.equal(got.md.BackoutCount, 1);
 
-// After a commit it is gone.
+// After a commit the message is gone.
 call(mq.Cmit, connection);
 assert.equal(depth(queue), 0);
 assert.throws(() => get(queue, wait | MQC.MQGMO_NO_SYNCPOINT, 0), { mqrc: MQC.MQRC_NO_MSG_AVAILABLE });
 
-// Puts under syncpoint become available with the commit, in order.
+// Messages that were put under syncpoint become available with the commit, in order.
 const left = [binary, Buffer.from("an order\n"), Buffer.alloc(100000, "x"), Buffer.from("ü", "utf8")];
 for (const body of left) put(queue, body, MQC.MQPMO_SYNCPOINT);
 call(mq.Cmit, connection);

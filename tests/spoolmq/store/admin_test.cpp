@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Creating and deleting queues.
+// Tests the creation and deletion of queues.
 #include <gtest/gtest.h>
 
 #include <filesystem>

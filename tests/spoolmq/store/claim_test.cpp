@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Claims that cannot be undone.
+// Tests claims that cannot be undone.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -27,7 +27,8 @@ class ClaimTest : public testing::Test {
         DisconnectStore(std::move(connection_));
     }
 
-    // Claims the message under syncpoint and undoes that while the queue's directory is elsewhere.
+    // Claims the message under syncpoint and undoes the claim while the queue's directory is in another
+    // place.
     void FailToUndoAClaim() {
         FoundMessage found;
         ASSERT_TRUE(FindMessage(*queue_, {}, {}, found).IsOk());

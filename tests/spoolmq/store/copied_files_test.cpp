@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Files that someone copies or renames into the directory of a queue.
+// Tests files that someone copies or renames into the directory of a queue.
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif
@@ -192,7 +192,7 @@ TEST_F(CopiedFilesTest, AMessageMovedToAnotherQueueByHandIsStillAMessage) {
     EXPECT_EQ("moved", Get(connection_, other, kNoSync).body);
 }
 
-// On a system that lets a mapped file be cut short, accessing the missing part would end the process.
+// On a system that lets someone truncate a mapped file, accessing the missing part would end the process.
 TEST_F(CopiedFilesTest, CountersThatAreCutShortAreCreatedAgainAndNothingIsLost) {
     const std::filesystem::path qmgr = std::filesystem::path(Root()) / "QM1";
     const auto cut = [&](std::uintmax_t bytes) {

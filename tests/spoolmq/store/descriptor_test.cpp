@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Formatting and parsing of descriptors.
+// Tests the formatting and parsing of descriptors.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which copied-in files are complete.
+// Tests which copied-in files count as complete.
 #include <gtest/gtest.h>
 
 #include "platform/file.h"

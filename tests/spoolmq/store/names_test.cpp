@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The names of messages, queues and queue managers on disk.
+// Tests the names of messages, queues and queue managers on disk.
 #include <gtest/gtest.h>
 
 #include "spoolmq/store/names.h"
@@ -8,7 +8,7 @@
 namespace spoolmq {
 namespace {
 
-// 2026-01-31 23:59:58.123456789 UTC
+// This is 2026-01-31 23:59:58.123456789 UTC.
 constexpr std::int64_t kStamp = 1769903998123456789;
 
 TEST(MessageNameTest, FormatsArrivalBackoutCountAndRest) {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Programs that are killed: at every crash point of the store, before and after every call, and at random. What they
-// had committed stays committed. Everything else is as if they had never started, except for the back-out count.
+// Kills programs at every crash point of the store, before and after every call, and at random moments. What
+// they had committed must stay committed. Everything else must be as if they had never started, except for
+// the back-out count.
 #include <algorithm>
 #include <map>
 #include <random>
@@ -27,7 +28,7 @@ class RecoveryTest : public SpoolTest {
         EXPECT_EQ(kKilled, RunActor(steps)) << plan;
         platform::SetEnvironment("SPOOLMQ_FAULTS", "");
     }
-    /// The store is empty: there are no messages, descriptors or units of work.
+    /// Checks that the store is empty: it contains no messages, descriptors or units of work.
     void ExpectNoLeftovers() {
         EXPECT_TRUE(AreUnitsEmpty());
         EXPECT_TRUE(IsEmptyOrMissing(QueuePath() / ".desc"));
@@ -44,7 +45,8 @@ std::vector<std::string> ReaderDoing(const std::vector<std::string>& steps) {
     return all;
 }
 
-// The tests that start dozens of processes, and kill each at a random moment, need a system that starts all of them.
+// These tests start dozens of processes and kill each at a random moment, so they need a system that starts
+// all of them.
 constexpr char kSkipReason[] =
     "Wine under load sometimes does not start a process. Here processes are killed at every crash point; random "
     "moments are tested on Linux";
@@ -118,7 +120,7 @@ TEST_F(RecoveryTest, AKillAroundABackOutRaisesEachCountOnce) {
     PutAll(3);
     RunUntilKilled("MQBACK 1 kill after", ReaderDoing({"get-sync", "2", "back"}));
     EXPECT_EQ(Bodies({"m-0~1", "m-1~1", "m-2"}), Drain());
-    // The back-out is half done, and the count of each message is still raised only once.
+    // Although the back-out was only half done, the count of each message is raised only once.
     PutAll(3);
     RunUntilKilled("point return-step 1 kill", ReaderDoing({"get-sync", "3", "back"}));
     EXPECT_EQ(Bodies({"m-0~1", "m-1~1", "m-2~1"}), Drain());
@@ -208,7 +210,7 @@ TEST_F(RecoveryTest, AKillDuringTheRecoveryOfACommitIsRecovered) {
     ExpectNoLeftovers();
 }
 
-/// How often the log of the consumers mentions a message.
+/// Returns how often the log of the consumers mentions a message.
 struct LogCounts {
     int tries = 0;
     int oks = 0;
@@ -246,7 +248,7 @@ TEST_F(RecoveryTest, ConsumersKilledAtAnyMomentLoseAndRepeatNothing) {
     for (const std::string& body : Drain()) {
         const std::string message = body.substr(0, body.find('~'));
         ++left[message];
-        // The messages are in their places: their numbers rise.
+        // All messages are in their places, so their numbers rise.
         if (!previous.empty()) {
             EXPECT_LT(std::stoi(previous.substr(2)), std::stoi(message.substr(2)));
         }
@@ -257,8 +259,8 @@ TEST_F(RecoveryTest, ConsumersKilledAtAnyMomentLoseAndRepeatNothing) {
         const LogCounts counts = logged[message];
         EXPECT_LE(left[message], 1) << message;
         EXPECT_LE(counts.oks, 1) << message;
-        // A message whose commit was reported is gone. One whose commit was never tried still exists. In between,
-        // either is right.
+        // A message whose commit was reported must be gone. One whose commit was never tried must still
+        // exist. For the others, either is right.
         if (counts.oks == 1) {
             EXPECT_EQ(0, left[message]) << message;
         }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Several programs that use one queue at the same time.
+// Tests several programs that use one queue at the same time.
 #include <algorithm>
 #include <map>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Units of work of processes that are not killed.
+// Tests the units of work of processes that are not killed.
 #include "tests/spoolmq/support/spool_test.h"
 
 namespace {

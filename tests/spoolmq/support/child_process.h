@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Starting, waiting for and killing programs.
+// Starts programs, waits for them and kills them.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ struct ChildProcess {
     platform::ProcessHandle process = platform::kNoProcess;
 };
 
-/// The result of WaitForChild for a program that was killed, by the test or by itself.
+/// WaitForChild returns this for a program that was killed, by the test or by itself.
 inline constexpr int kKilled = platform::kKilledExitCode;
 
 /// Starts a program with the environment of the test. Aborts the test program if that is not possible.
@@ -22,5 +22,5 @@ int WaitForChild(ChildProcess* child);
 /// Kills the program as kill -9 does. WaitForChild must follow.
 void KillChild(const ChildProcess& child);
 
-/// Whether the system starts every program that it is asked to start; Wine under load does not.
+/// Returns whether the system starts every program that it is asked to start. Wine under load does not.
 [[nodiscard]] bool ProcessesStartReliably();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The verbs with the parameters that tests vary. The others are those of a well-behaved client.
+// Wraps the verbs with the parameters that tests vary. All other parameters are those of a well-behaved
+// client.
 #pragma once
 
 #include <string>
@@ -51,7 +52,7 @@ inline constexpr MQLONG kWait = 1;
 
 struct Got {
     Codes codes;
-    std::string body;  ///< the bytes in the buffer
+    std::string body;  ///< the bytes that the buffer received
     MQLONG dataLength = -1;
     mqi::MQMD md{};
     mqi::MQGMO gmo{};
@@ -62,5 +63,5 @@ struct Got {
                           std::size_t bufferBytes = 100000);
 [[nodiscard]] Got Get(MQHCONN connection, MQHOBJ object, MQLONG options, std::size_t bufferBytes = 100000);
 
-/// Returns the integer attribute, or -1 when MQINQ fails.
+/// Returns the integer attribute, or -1 if MQINQ fails.
 [[nodiscard]] MQLONG Inquire(MQHCONN connection, MQHOBJ object, MQLONG selector);

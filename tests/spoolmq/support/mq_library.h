@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The stand-in as a client uses it: the library is loaded at run time and the verbs are looked up by name.
+// Loads the stand-in as a client does: the library is loaded at run time and the verbs are looked up by name.
 #pragma once
 
 #include <string>
@@ -23,7 +23,7 @@ struct MqLibrary {
 
 /// Returns the path of the library under the name of IBM's mqic (client) or mqm.
 [[nodiscard]] std::string MqLibraryPath(bool isClient);
-/// Returns an exported verb; null when there is none of that name. Aborts when the library cannot be loaded.
+/// Returns an exported verb, or null if there is none of that name. Aborts if the library cannot be loaded.
 [[nodiscard]] void* FindVerb(const std::string& libraryPath, const char* name);
 /// Returns the verbs of mqm, loaded on first use.
 [[nodiscard]] const MqLibrary& Mq();

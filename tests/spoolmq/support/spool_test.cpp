@@ -26,8 +26,8 @@ void WriteAll(const fs::path& path, const std::string& content) {
 
 namespace {
 
-// Writes the content next to the file and renames it into place, so that a reader never sees half of it. Windows
-// does not replace a file while a reader has it open, which takes only a moment.
+// Writes the content next to the file and renames it into place, so that a reader never sees half of it.
+// Windows does not replace a file that a reader has open, so this is repeated until the reader is done.
 void ReplaceFile(const fs::path& path, const fs::path& aside, const std::string& content) {
     WriteAll(aside, content);
     std::error_code failure;
@@ -129,8 +129,8 @@ fs::path SpoolTest::LogPath(int actor) const {
 }
 
 ChildProcess SpoolTest::StartActor(const std::vector<std::string>& steps) {
-    // Each actor has its own log: on Windows appending is a seek and a write, so two programs that append at once
-    // overwrite each other.
+    // Each actor has its own log: on Windows appending consists of a seek and a write, so two programs that
+    // append at the same time overwrite each other.
     std::vector<std::string> arguments = {SPOOLMQ_ACTOR, LogPath(actors_++).generic_string()};
     arguments.insert(arguments.end(), steps.begin(), steps.end());
     return StartChild(arguments);

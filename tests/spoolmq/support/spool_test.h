@@ -19,9 +19,9 @@ class SpoolTest : public testing::Test {
 
     [[nodiscard]] std::string Root() const { return root_.generic_string(); }
     [[nodiscard]] std::filesystem::path QueuePath() const { return root_ / "QM1" / "Q"; }
-    /// Replaces qmgr.ini.
+    /// Replaces the contents of qmgr.ini.
     void SetQmgr(const std::string& attributes) const;
-    /// Replaces .queue.ini.
+    /// Replaces the contents of .queue.ini.
     void SetQueue(const std::string& attributes) const;
     void WriteQueueFile(const std::string& name, const std::string& content) const;
 

@@ -24,7 +24,7 @@ class FileSinkTest : public testing::Test {
     }
     [[nodiscard]] std::string Written() const { return ReadFileIfAny(folder_.Path("out")); }
 
-    // A descriptor that cannot be written to.
+    // Returns a descriptor that cannot be written to.
     [[nodiscard]] FileSinkSettings Unwritable(RecordFormat format) const {
         std::ofstream(folder_.Path("readonly")) << "x";
         const int descriptor = open(folder_.Path("readonly").c_str(), O_RDONLY);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A database that the disk cannot read, at each of the reads in turn.
+// Tests a database that the disk cannot read, by a failure of each read in turn.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <unistd.h>
@@ -15,7 +15,7 @@ using namespace mqam;
 
 namespace {
 
-int readsUntilFailure;  // 0: none fails
+int readsUntilFailure;  // 0: no read fails
 
 ssize_t ReadOrFail(int descriptor, void* bytes, size_t count, off_t offset) {
     if (readsUntilFailure > 0 && --readsUntilFailure == 0) {
@@ -25,14 +25,14 @@ ssize_t ReadOrFail(int descriptor, void* bytes, size_t count, off_t offset) {
     return pread(descriptor, bytes, count, offset);
 }
 
-// Which of the two SQLite calls is a matter of how it was built.
+// SQLite calls one or the other, depending on how it was built.
 void ReplaceReads(sqlite3_syscall_ptr replacement) {
     sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
     for (const char* name : {"pread", "pread64"})
         files->xSetSystemCall(files, name, replacement);
 }
 
-// Leaves a journal like a program that dies before it syncs a change. Every transaction reads it.
+// Leaves a journal as a program does that dies before it syncs a change. Every transaction reads it.
 void LeaveUnusedJournal(const std::string& path) {
     std::ofstream(path + "-journal", std::ios::binary) << std::string(512, '\0');
 }
@@ -62,7 +62,7 @@ class SqliteReads : public testing::Test {
         ASSERT_EQ(target->Store(state).Error(), "");
     }
 
-    // Makes the calls of an attempt as far as its first checkpoint.
+    // Makes the calls of an attempt up to its first checkpoint.
     static Status BeginAttempt(Target& target) {
         std::optional<RestartState> state;
         Status status = target.LoadState(state);
@@ -87,7 +87,7 @@ class SqliteReads : public testing::Test {
                 EXPECT_EQ(begun.Error(), "");
                 return failures;
             }
-            // SQLite can do without some of its reads.
+            // SQLite does not need all of its reads.
             if (begun.IsOk()) continue;
             EXPECT_EQ(begun.Code(), StatusCode::kTransient) << failures;
             for (const char* part : {"disk I/O error", "; check its disk"}) {

@@ -12,12 +12,12 @@
 #include "tests/support/fault_plan.h"
 #include "tests/support/host_requests.h"
 
-class ModuleLife : public HostRequests {
+class ModuleProcess : public HostRequests {
   public:
-    ModuleLife();
-    ~ModuleLife();
-    ModuleLife(const ModuleLife&) = delete;
-    ModuleLife& operator=(const ModuleLife&) = delete;
+    ModuleProcess();
+    ~ModuleProcess();
+    ModuleProcess(const ModuleProcess&) = delete;
+    ModuleProcess& operator=(const ModuleProcess&) = delete;
 
     FaultPlan& Files() { return *files_; }
     FakeClock& Clock() { return *clock_; }

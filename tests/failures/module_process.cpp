@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/failures/module_life.h"
+#include "tests/failures/module_process.h"
 
 #include <cstdlib>
 
 #include "platform/library.h"
 #include "tests/support/module_fixture.h"
 
-ModuleLife::ModuleLife() {
+ModuleProcess::ModuleProcess() {
     std::string reason;
     module_ = platform::OpenLibrary(ModulePath(), reason);
     const auto entryPoint =
@@ -23,9 +23,10 @@ ModuleLife::ModuleLife() {
     clock_ = std::make_unique<FakeClock>(module_);
 }
 
-ModuleLife::~ModuleLife() {
+ModuleProcess::~ModuleProcess() {
     files_->AbandonStreams();
     clock_.reset();
     files_.reset();
-    EXPECT_TRUE(platform::CloseLibrary(module_, ModulePath())) << "the next life would find this one's state";
+    EXPECT_TRUE(platform::CloseLibrary(module_, ModulePath()))
+        << "the next process would find this one's state";
 }
