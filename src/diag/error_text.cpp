@@ -11,7 +11,7 @@ namespace mqamod {
 
 namespace {
 
-// Written only by the routines of this file.
+// Only the routines of this file write this.
 struct ErrorTextState {
     char* text;            // null when the module is loaded; replaced by each report, freed by Shut
     std::uint32_t length;  // the bytes allocated for it; 0 when there is none
@@ -28,7 +28,7 @@ const char* ActivityWord(Activity activity) {
     return kWords[static_cast<int>(activity)];
 }
 
-// A label and its text. Both are empty if the piece is left out.
+// A label and its text. Both are empty if the piece is omitted.
 struct Piece {
     const char* label;
     const char* text;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The error text: the description of the most recent failure, which the host receives with the return code.
+// Stores the error text: the description of the most recent failure, which the host receives with the return
+// code.
 //
-// There is at most one. Each report replaces it, a later success leaves it as it is, and only Shut frees it.
-// The host must therefore judge success only by the return code.
+// There is at most one error text. Each report replaces it, a later success leaves it as it is, and only Shut
+// frees it. The host must therefore judge success only by the return code.
 #pragma once
 
 #include <cstdint>

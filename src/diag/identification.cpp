@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kFunction[] = "ShowModuleID";
 
-// Does not flush the trace file: ShowModuleID flushes it once, after the last line.
+// This does not flush the trace file: ShowModuleID flushes it once, after the last line.
 void ReportLine(int number, const char* text) {
     if (std::FILE* file = TraceFile()) {
         WriteTraceStamp();

@@ -9,15 +9,15 @@ namespace mqamod {
 
 namespace {
 
-// Written only by ShowKeywordHelp.
+// Only ShowKeywordHelp writes this.
 struct HelpState {
     bool isShown;  // false when the module is loaded; set by the first HELP, never cleared
 };
 HelpState state;
 
-// The pieces after the title. A newline follows each of them, so a piece that begins or ends with a newline
-// leaves an empty line. Users know these texts, so they keep their wording. Two flaws are kept on purpose:
-// the channel and server keywords have no heading line, and the default of OTENACITY is given as 60,
+// These pieces follow the title. A newline follows each of them, so a piece that begins or ends with a
+// newline leaves an empty line. Users know these texts, so they keep their wording. Two flaws are kept on
+// purpose: the channel and server keywords have no heading line, and the default of OTENACITY is given as 60,
 // although it is 5.
 constexpr const char* kPieces[] = {
     "\n"

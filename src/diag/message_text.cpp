@@ -9,7 +9,7 @@ namespace mqamod {
 
 namespace {
 
-// Written only by the routines of this file.
+// Only the routines of this file write this.
 struct MessageTextState {
     char text[1024];  // empty when the module is loaded; no request clears it
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The texts of the module: the names and formats of its numbered messages, and the message text, one buffer
-// of 1024 bytes into which every statement is formatted before it is traced or reported.
+// Makes the texts of the module from the names and formats of its numbered messages. Every statement is
+// formatted into the message text, one buffer of 1024 bytes, before it is traced or reported.
 //
 // The buffer keeps what was formatted last: a failed open of the queue reports whatever is there when no
 // message of its own applies.
@@ -12,7 +12,7 @@
 
 namespace mqamod {
 
-/// The numbered messages, by name; the value is the number. messages.inc describes each of them.
+/// Names the numbered messages; the value of a name is its number. messages.inc describes each of them.
 enum class Message : int {
 #define MESSAGE(name, number, ...) name = (number),
 #define UNNUMBERED(...)
@@ -32,7 +32,8 @@ enum class Message : int {
     }
 }
 
-/// The text formatted last; empty before the first. Valid until the next text is formatted.
+/// Returns the text formatted last, which is empty before the first. It is valid until the next text is
+/// formatted.
 [[nodiscard]] const char* MessageText();
 
 /// Formats into the message text, cut at 1023 characters. No argument may point into the message text itself.
@@ -43,11 +44,11 @@ enum class Message : int {
 /// characters. Returns MessageText().
 const char* AppendBytes(const void* bytes, unsigned count);
 
-/// FormatNumbered checks arguments against formats with these; nothing else uses them.
+/// Only FormatNumbered uses these, to check arguments against formats.
 namespace format_check {
 
-/// The conversion that an argument of this type needs: 's', 'd', 'l' for %ld, '?' for none that a message
-/// has.
+/// Returns the conversion that an argument of this type needs: 's', 'd', 'l' for %ld, '?' if no message has
+/// it.
 template <class T>
 constexpr char ConversionFor() {
     if (std::is_same_v<T, const char*> || std::is_same_v<T, char*>) return 's';
@@ -55,7 +56,7 @@ constexpr char ConversionFor() {
     return std::is_same_v<T, long> ? 'l' : '?';
 }
 
-/// Whether the format takes exactly these arguments, in this order.
+/// Returns whether the format takes exactly these arguments, in this order.
 template <class... Arguments>
 constexpr bool Takes(const char* format) {
     const char given[] = {ConversionFor<Arguments>()..., '\0'};
@@ -72,7 +73,7 @@ constexpr bool Takes(const char* format) {
     return given[next] == '\0';
 }
 
-/// FormatText without the compiler's check, for formats that Takes has checked.
+/// Does what FormatText does, without the compiler's check, for formats that Takes has checked.
 const char* FormatChecked(const char* format, ...);
 
 }  // namespace format_check

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The name and the versions of the module.
+// Defines the name and the versions of the module.
 #pragma once
 
 namespace mqamod {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kReportBytes = 8192;
 
-// Written only by the routines of this file.
+// Only the routines of this file write this.
 struct ReportState {
     char console[kReportBytes];  // empty when the module is loaded; never cleared
     char hostLog[kReportBytes];  // empty when the module is loaded; never cleared

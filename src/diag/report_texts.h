@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The start-up report: the identification, the parameters in effect and the help, collected in two forms.
-// Open prints the console form to standard output, or the host-log form if the host has supplied its log
-// handle. When that handle arrives, the host-log form is passed to the host.
+// Collects the start-up report (the identification, the parameters in effect and the help) in two forms. Open
+// prints the console form to standard output, or the host-log form if the host has supplied its log handle.
+// When that handle arrives, the host-log form is passed to the host.
 //
 // Each text has room for 8191 characters and only grows; no request clears it. A line that does not fit is
 // dropped as a whole, and later lines that fit are still appended.
@@ -10,7 +10,7 @@
 
 namespace mqamod {
 
-/// Return the two forms. The texts belong to the module and are valid until it is unloaded.
+/// These return the two forms. The texts belong to the module and are valid until it is unloaded.
 [[nodiscard]] const char* ConsoleReportText();
 [[nodiscard]] const char* HostLogReportText();
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kTimeCharacters = 8;  // HH:MM:SS
 
-// Written only by the routines of this file.
+// Only the routines of this file write this.
 struct TraceState {
     int storedLevel;          // 0 when the module is loaded; reset by each Init
     std::FILE* file;          // null when the module is loaded; open from the first Init with a trace on,

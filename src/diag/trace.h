@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The trace: a file that records what the module does, at one of four levels. Every line is flushed at once,
-// so the trace survives a crash of the host.
+// Writes the trace: a file that records what the module does, at one of four levels. Every line is flushed
+// immediately, so the trace survives a crash of the host.
 //
 // A line is "HH:MM:SS: FUNCTION(SEVERITY): TEXT". FUNCTION, also in error texts, is a routine of the
 // documented interface, which operators search for. It is not always the function that writes the line: code
@@ -16,7 +16,7 @@
 
 namespace mqamod {
 
-/// The level of a statement: the value of the keyword TRCL from which on it is written.
+/// Gives each statement a level: the value of the keyword TRCL from which on the statement is written.
 enum class TraceLevel { kAlways = -1, kJobEvents = 1, kIoEvents = 2, kIoBuffers = 3, kDetails = 4 };
 
 enum class Severity { kInfo, kWarning, kError };

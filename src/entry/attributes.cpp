@@ -16,7 +16,7 @@ namespace mqamod {
 namespace {
 
 // The name and value of the block as text. Neither needs to have a NUL, and the length may or may not count
-// it.
+// one.
 struct Attribute {
     char name[MQAMOD_ATTRIBUTE_NAME_BYTES + 1];
     const char* value;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The attributes of the host.
+// Serves the requests that set the attributes of the host.
 #pragma once
 
 #include "mqamod.h"

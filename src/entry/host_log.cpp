@@ -14,14 +14,14 @@ namespace mqamod {
 namespace {
 
 struct HostLogState {
-    // The host has put the attribute, even if it was refused. Never cleared.
+    // The host has put the attribute, even if it was refused. Nothing clears this.
     bool supplied;
-    // The host object. Replaced by each ZBQ_HL_LOG_HANDLE, never cleared.
+    // This is the host object. Each ZBQ_HL_LOG_HANDLE replaces it; nothing clears it.
     char* HostLogHandle;
 };
 HostLogState state;
 
-// In that table, the function that takes a log message.
+// In that table, this is the index of the function that takes a log message.
 constexpr std::size_t kLogEntryOffset = MQAMOD_LOG_TABLE_ENTRY * sizeof(void*);
 constexpr std::size_t kBufferBytes = 5;
 

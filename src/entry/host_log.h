@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The host's log: a host object whose function takes the start-up report.
+// Reaches the host's log: a host object whose function takes the start-up report.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace mqamod {
 
-/// Takes over the host's log handle and passes it the host-log form of the start-up report at once.
+/// Takes over the host's log handle and immediately passes it the host-log form of the start-up report.
 ///   value   in  the handle: at most 8 bytes; a shorter one is filled with zeros
 ///   length  in  bytes
 /// Returns pmrcOK;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The invariants of the module, checked at the beginning and the end of each request in sanitizer builds.
+// Checks the invariants of the module at the beginning and the end of each request, in sanitizer builds.
 //
 //   1  There is an error text exactly when its length is not 0.
 //   2  ModuleState is one of the two phases.

@@ -6,12 +6,12 @@ namespace mqamod {
 namespace {
 
 struct State {
-    // Set by Init, even if it fails; cleared by Shut.
+    // Init sets this, even if it fails; Shut clears it.
     Phase ModuleState;
-    // Set by an Open that opens the queue; cleared by Init, Write, Read, GetPos, a successful SetPos and
-    // Close, but not by Shut. Never read.
+    // An Open that opens the queue sets this; Init, Write, Read, GetPos, a successful SetPos and Close clear
+    // it, but not Shut. Nothing reads it.
     bool PositionUnchangedFlag;
-    // The first call has shown the identification. Never cleared.
+    // The first call has shown the identification. Nothing clears this.
     bool identified;
 };
 State state;

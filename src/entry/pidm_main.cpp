@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The exported entry point and the dispatcher.
+// Implements the exported entry point and the dispatcher.
 //
-// The table of requests below says which request is legal in which phase of the module. Whether a queue is
-// open is checked by the request itself:
+// The table of requests below says which request is legal in which phase of the module. Each request itself
+// checks whether a queue is open:
 //
 //   phase and state               entered by                   accepts
 //   kLoaded                       loading the module, Shut     Init, ID
@@ -30,7 +30,7 @@ namespace {
 
 constexpr char kFunction[] = "PIDMMain";
 
-// The phases in which a request is legal.
+// Says in which phases a request is legal.
 enum class Legal { kWhenLoaded, kWhenInitialized, kAlways };
 
 struct OptionRow {
@@ -42,7 +42,7 @@ struct OptionRow {
     ReturnCode (*run)(void* data);
 };
 
-// Runs before Init is checked, so a refused second Init silences the trace as well, until parameters are
+// This runs before Init is checked, so a refused second Init also silences the trace, until parameters are
 // parsed again.
 void SilenceTrace() {
     SetTraceLevel(0);

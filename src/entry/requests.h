@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The requests. Each reads its inputs from the data block, calls the layer that carries the request out, and
-// stores the outputs in the block. The dispatcher calls them only in a phase in which they are legal.
+// Carries out the requests. Each routine reads its inputs from the data block, calls the layer that carries
+// the request out, and stores the outputs in the block. The dispatcher calls it only in a phase in which the
+// request is legal.
 #pragma once
 
 #include "mqamod.h"

@@ -22,12 +22,12 @@ struct Verbs {
     decltype(&MQBACK) back;
 };
 struct Binding {
-    // The verbs of the bound library; all null until one is bound. Never cleared.
+    // These are the verbs of the bound library. All are null until one is bound; nothing clears them.
     Verbs verbs;
-    // The libraries tried since the last MQCONNX began, with reasons. It fits into the message text together
-    // with what a report adds. Cleared by each MQCONNX that has to bind.
+    // These are the libraries tried since the last MQCONNX began, with reasons. The text fits into the
+    // message text together with what a report adds. Each MQCONNX that has to bind clears it.
     char failureText[900];
-    // The last MQCONNX found no library. Set or cleared by each MQCONNX.
+    // The last MQCONNX found no library. Each MQCONNX sets or clears this.
     bool failed;
 };
 Binding binding;

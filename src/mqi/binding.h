@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The MQ library that carries out the verbs. The module calls MQCONNX, MQGET ... by name. Those entry points
-// (binding.cpp) pass each call to a library that is bound at run time, so that the module can be loaded on a
-// machine without IBM MQ.
+// Binds the MQ library that carries out the verbs. The module calls MQCONNX, MQGET ... by name. Those entry
+// points (binding.cpp) pass each call to a library that is bound at run time, so that the module can be
+// loaded on a machine without IBM MQ.
 //
 // MQCONNX binds the library that the environment variable MQAMOD_MQ_LIBRARY names. If it is not set, IBM's
 // libraries are tried by name: the client library before the server library for a client connection (with a

@@ -8,8 +8,8 @@ namespace mqamod {
 namespace {
 
 struct ChannelState {
-    // IBM's defaults, with the names of the last CHNL and SRVR. Never reset: a later Init without these
-    // keywords keeps the names.
+    // This contains IBM's defaults, with the names of the last CHNL and SRVR. Nothing resets it: a later Init
+    // without these keywords keeps the names.
     MQCD definition;
 };
 ChannelState state = {MqcdClientConnDefault()};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The channel definition of a client connection: IBM's defaults, with the two names from the keywords CHNL
-// and SRVR. Init, Open and Shut do not reset it.
+// Keeps the channel definition of a client connection: IBM's defaults, with the two names from the keywords
+// CHNL and SRVR. Init, Open and Shut do not reset it.
 #pragma once
 
 #include "mqi/mqi.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The part of IBM's Message Queue Interface that the module uses: types, structures, constants and verbs.
+// Declares the part of IBM's Message Queue Interface that the module uses: types, structures, constants and
+// verbs.
 //
 // Names, offsets, sizes and values are IBM's (IBM MQ documentation: "Data types used in the MQI", the topics
 // of MQCNO, MQCD, MQOD, MQMD and MQGMO, and "IBM MQ constants"). Structures are declared up to the version
@@ -261,9 +262,9 @@ constexpr MQGMO MqgmoDefault() {
     return gmo;
 }
 
-// The verbs, with IBM's parameter lists (IBM MQ documentation: "Function calls"). In the module they are
-// entry points that bind an MQ library at run time (mqi/binding.h); the stand-in queue manager defines them
-// itself.
+// These are the verbs, with IBM's parameter lists (IBM MQ documentation: "Function calls"). In the module
+// they are entry points that bind an MQ library at run time (mqi/binding.h); the stand-in queue manager
+// defines them itself.
 extern "C" {
 void MQCONNX(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);
 void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason);

@@ -8,12 +8,12 @@ namespace mqamod {
 namespace {
 
 struct Session {
-    // 0 when not connected. Set by Open, cleared by Close and Shut whatever MQDISC returns.
+    // This is 0 when not connected. Open sets it; Close and Shut clear it whatever MQDISC returns.
     MQHCONN ConnectionHandle;
-    // 0 when no queue is open. Set by Open, cleared by Close and Shut whatever MQCLOSE returns.
+    // This is 0 when no queue is open. Open sets it; Close and Shut clear it whatever MQCLOSE returns.
     MQHOBJ QueueHandle;
-    // The syncpoint option of the next MQGET and of the later ones. Set by Open, by each checkpoint and by
-    // SetPos; never cleared.
+    // These are the syncpoint options of the next MQGET and of the later ones. Open, each checkpoint and
+    // SetPos set them; nothing clears them.
     MQLONG NextGetSync;
     MQLONG LaterGetSync;
 };

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The connection to the queue manager: the two handles and the syncpoint choice of the next gets.
+// Keeps the connection to the queue manager: the two handles and the syncpoint choice of the next gets.
 #pragma once
 
 #include "mqi/mqi.h"
 
 namespace mqamod {
 
-/// Returns the connection handle, 0 when not connected. Set by a successful MQCONNX, cleared by CloseAll.
+/// Returns the connection handle, which is 0 when not connected. A successful MQCONNX sets it; CloseAll
+/// clears it.
 [[nodiscard]] MQHCONN ConnectionHandle();
 void SetConnectionHandle(MQHCONN handle);
 
-/// Returns the handle of the open queue, 0 when no queue is open. Set by an MQOPEN that did not fail, cleared
-/// by CloseAll.
+/// Returns the handle of the open queue, which is 0 when no queue is open. An MQOPEN that did not fail sets
+/// it; CloseAll clears it.
 [[nodiscard]] MQHOBJ QueueHandle();
 void SetQueueHandle(MQHOBJ handle);
 

@@ -21,7 +21,7 @@ constexpr std::size_t kMaxKeywordCharacters = 250;
 
 struct KeywordRow;
 
-// The tokens being validated, and which of them is the keyword.
+// The tokens that are being validated, and the index of the keyword among them.
 struct Position {
     char* const* tokens;
     std::int32_t count;
@@ -34,7 +34,7 @@ using Check = ReturnCode (*)(const KeywordRow&, const Position&);
 //   number  in  the value as a number, or the number of its characters when it is a path or a name
 using Refusal = const char* (*)(const KeywordRow&, const char* value, std::int32_t number);
 
-// One keyword. Which columns it fills in depends on its check.
+// Describes one keyword. Its check determines which columns are used.
 struct KeywordRow {
     const char* name;
     Check check;
@@ -83,7 +83,7 @@ char* Token(const Position& at, std::int32_t offset) {
     return at.tokens[*at.index + offset];
 }
 
-// Returns the value after the keyword; or null, with the error reported, when there is none.
+// Returns the value after the keyword, or null, with the error reported, if there is none.
 char* Value(const Position& at) {
     if (HasToken(at, 1)) return Token(at, 1);
     (void)Fail(FormatNumbered<Message::kArgumentMissing>(Token(at, 0)));
@@ -170,7 +170,7 @@ ReturnCode CheckConvert(const KeywordRow& row, const Position& at) {
     return Consume(at, 2);
 }
 
-// Returns pmrcOK when the value has at most row.largest characters, else fails with the row's message.
+// Returns pmrcOK if the value has at most row.largest characters; otherwise fails with the row's message.
 ReturnCode CheckLength(const KeywordRow& row, const char* value) {
     const std::size_t characters = std::strlen(value);
     if (characters <= static_cast<std::size_t>(row.largest)) return pmrcOK;
@@ -199,7 +199,7 @@ ReturnCode StoreChannelField(const KeywordRow& row, const Position& at, void (*s
     return Consume(at, 2);
 }
 
-// Printing the keyword to standard output is deliberate: hosts and their operators know the line.
+// The keyword is printed to standard output on purpose: hosts and their operators know the line.
 ReturnCode CheckServer(const KeywordRow& row, const Position& at) {
     (void)std::printf("keyword= %s\n", row.name);
     return StoreChannelField(row, at, SetConnectionName);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The keywords: the value of each, its limits, the setting it writes, and its messages.
+// Validates the keywords: the value of each, its limits, the setting it writes, and its messages.
 #pragma once
 
 #include <cstdint>

@@ -5,7 +5,7 @@ namespace mqamod {
 
 namespace {
 
-// Written only by the routines of this file. All are zero when the module is loaded.
+// Only the routines of this file write these. All are zero when the module is loaded.
 struct HostAttributes {
     bool GenEofFlag;              // cleared by an Open that opens the queue
     bool PreserveRestartInfo;     // cleared by Shut

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What the host has set with PutAttribute, for the layers that act on it.
+// Keeps what the host has set with PutAttribute, for the layers that act on it.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ void SetGenEofFlag(bool requested);
 [[nodiscard]] bool PreserveRestartInfo();
 void SetPreserveRestartInfo(bool preserve);
 
-/// Return whether there is a time-out for reads, and its seconds.
+/// These return whether there is a time-out for reads, and its seconds.
 [[nodiscard]] bool TimeoutEnabled();
 [[nodiscard]] std::int32_t TimeoutSeconds();
 void EnableTimeout(std::int32_t seconds);

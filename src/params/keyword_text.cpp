@@ -13,7 +13,7 @@ namespace {
 
 using Limits = std::numeric_limits<std::int32_t>;
 
-// Beyond both limits, and small enough for one more digit.
+// This number is beyond both limits, and small enough for one more digit.
 constexpr std::int64_t kBeyondLimits = std::int64_t{Limits::max()} + 2;
 
 // strspn cannot be used: the host's text has a length, but no NUL.

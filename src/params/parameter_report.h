@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The report of the parameters in effect.
+// Writes the report of the parameters in effect.
 #pragma once
 
 namespace mqamod {

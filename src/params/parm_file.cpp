@@ -19,7 +19,7 @@ namespace {
 constexpr char kFunction[] = "ReadParmFile";
 constexpr int kLineBytes = 512;
 
-// Written only by SetParmFilePath.
+// Only SetParmFilePath writes this.
 struct ParmFileState {
     char path[kPathBytes];  // empty when the module is loaded; replaced by each Init with -PARMFILE
 };

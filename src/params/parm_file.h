@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The parameter file: a text file with one keyword and its value on each line. It is read after the
+// Reads the parameter file: a text file with one keyword and its value on each line. It is read after the
 // initialization string, so that its values win.
 #pragma once
 

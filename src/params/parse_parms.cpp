@@ -133,7 +133,7 @@ ReturnCode ResolveClientChannel() {
     return pmrcOK;
 }
 
-// OTENACITY counts seconds up to here, in the report as well. From now on it is the number of attempts to
+// Up to here OTENACITY counts seconds, in the report as well. From now on it is the number of attempts to
 // open the queue.
 void ReportAndCountAttempts() {
     Settings& settings = writableSettings;

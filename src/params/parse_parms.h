@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What Init does with the parameters: it sets the defaults, reads the initialization string and the parameter
-// file, checks the rules that concern several keywords, opens the trace file, writes the report of the
-// parameters in effect, and derives what depends on them.
+// Does what Init does with the parameters: it sets the defaults, reads the initialization string and the
+// parameter file, checks the rules that concern several keywords, opens the trace file, writes the report of
+// the parameters in effect, and derives what depends on them.
 #pragma once
 
 #include <cstdint>

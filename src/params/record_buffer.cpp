@@ -10,7 +10,7 @@ namespace mqamod {
 
 namespace {
 
-// Written only by the routines of this file.
+// Only the routines of this file write this.
 struct RecordBuffer {
     unsigned char* CkPtRecBuf;  // null when the module is loaded; replaced by Init, freed by Shut
     std::size_t capacity;       // the bytes of CkPtRecBuf: the length word and the largest record

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The last-record buffer, CkPtRecBuf: an 8-byte length word, followed by the bytes of the record that was
-// returned to the host last. This is also the layout of a record in the checkpoint file. Init allocates the
-// buffer once BKSZ is final, if checkpoints are asked for, and Shut frees it.
+// Owns the last-record buffer, CkPtRecBuf: an 8-byte length word, followed by the bytes of the record that
+// was returned to the host last. This is also the layout of a record in the checkpoint file. Init allocates
+// the buffer once BKSZ is final, if checkpoints are asked for, and Shut frees it.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The settings: one value for each keyword, named like the keyword.
+// Holds the settings: one value for each keyword, named like the keyword.
 //
 // Init resets some of them to their defaults; then the keywords overwrite what they name. Only this directory
 // and StopLogging write settings.
@@ -20,39 +20,40 @@ inline constexpr std::int32_t kMaxTenacitySeconds = 6000;
 inline constexpr std::int32_t kUnlimitedWait = -1;
 
 struct Settings {
-    // Reset to their defaults by each Init (ResetSettings), and never in between, except for LOG.
+    // Each Init resets these to their defaults (ResetSettings). Nothing resets them in between, except LOG.
 
     /// The largest message in bytes, and the size of the record buffers.
     std::int32_t BKSZ;
     /// The wait for a message in milliseconds, or kUnlimitedWait.
     std::int32_t RWAIT;
-    /// For how many seconds a failing open is repeated; once Init has finished, the number of attempts.
+    /// The seconds for which a failing open is repeated. Once Init has finished, this is the number of
+    /// attempts.
     std::uint32_t OTENACITY;
     /// OTENACITY is divided by this number to get the number of attempts. The same number is the pause between two
     /// attempts, in milliseconds.
     std::uint32_t OWAIT;
-    /// Keep a message log. StopLogging clears it as well.
+    /// A message log is kept. StopLogging also clears this.
     bool LOG;
-    /// A log failure ends the load. Init clears it if there is no log.
+    /// A log failure ends the load. Init clears this if there is no log.
     bool TLF;
     /// A duplicate message ends the input.
     bool TDM;
-    /// 0 for no conversion, 1 for conversion, any other value is the CCSID to convert to.
+    /// This is 0 for no conversion and 1 for conversion; any other value is the CCSID to convert to.
     std::int32_t CONVERT;
-    /// Appears in the report and has no other effect: the checkpoint file is always flushed.
+    /// This appears in the report and has no other effect: the checkpoint file is always flushed.
     bool FLUSH;
     /// FLUSH T was given. It has no effect.
     bool flushT;
-    /// Take checkpoints to a file.
+    /// Checkpoints are taken to a file.
     bool CKFILE;
-    /// Take checkpoints by MQ's own means (CKMQ in messages). No keyword sets it, so it is always off. The
-    /// mode is kept on purpose: the code that depends on it defines what it would do.
+    /// Checkpoints are taken by MQ's own means (CKMQ in messages). No keyword sets this, so it is always off.
+    /// The mode is kept on purpose: the code that depends on it defines what it would do.
     bool MqCheckpointMode;
 
-    // Set by their keywords and never reset: an Init without the keyword keeps the value of an earlier Init
-    // of the same loaded module.
+    // The keywords set these, and nothing resets them: an Init without the keyword keeps the value of an
+    // earlier Init of the same loaded module.
 
-    /// Open the queue exclusively.
+    /// The queue is opened exclusively.
     bool MQEX;
     bool qmgrGiven;
     bool qnmGiven;
@@ -74,7 +75,7 @@ struct Settings {
 /// Switches logging off until an Init asks for a log again.
 void StopLogging();
 
-/// Write access, for the routines of this directory.
+/// Gives write access to the routines of this directory.
 extern Settings writableSettings;
 
 /// Sets the defaults of the settings that each Init resets.

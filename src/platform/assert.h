@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Preconditions that the code states. They are checked in debug builds, in sanitizer builds and by the
-// fuzzers; a release build has none of them.
+// Checks the preconditions that the code states, in debug builds, in sanitizer builds and in the fuzzers. A
+// release build contains none of the checks.
 #pragma once
 
 #if defined(MQAMOD_CHECK_INVARIANTS) || (!defined(NDEBUG) && !defined(MQAMOD_COVERAGE))

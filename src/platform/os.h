@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The operating system as the module needs it: one header, one file for each system (os_posix.cpp,
-// os_windows.cpp), chosen by CMake. No other file of the module knows which system it runs on.
+// Declares the operating system as the module needs it, in one header with one source for each system
+// (os_posix.cpp, os_windows.cpp), which CMake chooses. No other file of the module knows which system it runs
+// on.
 #pragma once
 
 #include <cstddef>
@@ -10,10 +11,11 @@
 
 namespace mqamod {
 
-/// Separates the directories of a path.
+/// This character separates the directories of a path.
 extern const char kPathDelimiter;
 
-/// The processor and operating system that the module was built for, as the identification prints them.
+/// These name the processor and operating system that the module was built for, as the identification prints
+/// them.
 extern const char* const kBuildTarget;
 
 /// The file names of IBM MQ's libraries and the directory of a default installation.

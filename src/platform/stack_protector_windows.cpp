@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The run-time support of the compiler's stack protector (-fstack-protector-strong) on Windows. GCC's own library for
-// it would make the module import ADVAPI32.dll, and the C library of mingw-w64 has none.
+// Provides the run-time support of the compiler's stack protector (-fstack-protector-strong) on Windows.
+// GCC's own library for it would make the module import ADVAPI32.dll, and the C library of mingw-w64 has
+// none.
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
@@ -9,12 +10,12 @@
 #include <initializer_list>
 
 extern "C" {
-/// What protected functions keep below their return address and compare before they return. Until it is random, it
-/// contains the bytes that string functions stop at.
+/// Protected functions keep this value below their return address and compare it before they return. Until it
+/// is random, it contains the bytes that string functions stop at.
 std::uintptr_t __stack_chk_guard = 0xFF0A0D00;
 
-/// Called by a protected function whose guard was overwritten. Ends the process without any exit routine: the stack is
-/// damaged, and an exit routine of an MQ library may disconnect, which commits.
+/// A protected function whose guard was overwritten calls this. It ends the process without any exit routine:
+/// the stack is damaged, and an exit routine of an MQ library may disconnect, which commits.
 [[noreturn]] void __stack_chk_fail();
 }
 

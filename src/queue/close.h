@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Releasing what Open acquired.
+// Releases what Open acquired.
 #pragma once
 
 #include <cstdint>

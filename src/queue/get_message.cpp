@@ -17,20 +17,20 @@ namespace {
 constexpr MQLONG kUnlimitedSlice = 15000;  // milliseconds: unlimited waiting is done in slices of this length
 
 struct GetState {
-    // IBM's defaults at first. MQGET updates it, and without CONVERT the next MQGET gets the encoding and
-    // character set of the last message. Never reset.
+    // This contains IBM's defaults at first. MQGET updates it, and without CONVERT the next MQGET gets the
+    // encoding and character set of the last message. Nothing resets it.
     MQMD descriptor;
-    // IBM's defaults at first. Two fields are set for each MQGET; never reset.
+    // This contains IBM's defaults at first. Each MQGET sets two fields; nothing resets them.
     MQGMO options;
-    // The outputs of the last MQGET. Never cleared: a Read that makes no MQGET acts on them.
+    // These are the outputs of the last MQGET. Nothing clears them: a Read that makes no MQGET acts on them.
     GetOutcome outcome;
-    // The host's time-out has expired. Never cleared.
+    // The host's time-out has expired. Nothing clears this.
     bool TimedOutFlag;
 };
 GetState state = {MqmdDefault(), MqgmoDefault(), {}, false};
 
-// The interval is milliseconds divided by the seconds of the time-out. The mixed units are deliberate: hosts
-// are tuned to these slices. A time-out of 0 seconds does not divide.
+// The interval is the number of milliseconds divided by the seconds of the time-out. The mixed units are
+// deliberate: hosts are tuned to these slices. A time-out of 0 seconds does not divide.
 MQLONG WaitInterval() {
     const std::int32_t rwait = Setting().RWAIT;
     const MQLONG interval = rwait == kUnlimitedWait ? kUnlimitedSlice : rwait;
@@ -42,8 +42,8 @@ MQLONG WaitInterval() {
 void PrepareGet() {
     state.options.Options = TakeNextGetSync() + MQGMO_WAIT;
     state.options.WaitInterval = WaitInterval();
-    // MQGET has put the identifiers of the last message here, and would wait for a message with the same
-    // ones.
+    // MQGET has put the identifiers of the last message here; unless they are cleared, it would wait for a
+    // message with the same ones.
     std::memset(state.descriptor.MsgId, 0, sizeof state.descriptor.MsgId);
     std::memset(state.descriptor.CorrelId, 0, sizeof state.descriptor.CorrelId);
     const std::int32_t convert = Setting().CONVERT;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Getting the next message within the limits of waiting.
+// Gets the next message within the limits of waiting.
 #pragma once
 
 #include "mqi/mqi.h"
 
 namespace mqamod {
 
-/// How the wait for a message ended.
+/// Says how the wait for a message ended.
 enum class GetEnd {
     kMqOutcome,     ///< MQGET returned a message or failed with a reason other than "no message"
     kReadWaitOver,  ///< no message came within RWAIT
@@ -15,7 +15,7 @@ enum class GetEnd {
     kEofRequested,  ///< the host has asked for the end of the input; MQGET was not called
 };
 
-/// The outputs of an MQGET, zeros before the first.
+/// The outputs of an MQGET; they are zero before the first.
 struct GetOutcome {
     MQLONG dataLength;
     MQLONG compCode;
@@ -24,15 +24,15 @@ struct GetOutcome {
 
 struct GetResult {
     GetEnd end;
-    /// The outputs of the most recent MQGET. If this call did not reach an MQGET, they are those of an
-    /// earlier Read.
+    /// Returns the outputs of the most recent MQGET. If this call did not reach an MQGET, they are those of
+    /// an earlier Read.
     GetOutcome outcome;
-    /// How often the message got last had been backed out before. An MQGET that fails does not change it.
+    /// Returns how often the message got last had been backed out before. An MQGET that fails does not change
+    /// it.
     MQLONG backoutCount;
 };
 
-/// Gets with MQGET, in slices of at most the wait interval, until it returns a message, fails or reaches a
-/// limit.
+/// Calls MQGET, in slices of at most the wait interval, until it returns a message, fails or reaches a limit.
 ///   buffer  out  BKSZ bytes, changed only by an MQGET that returns data, with or without a warning
 /// Requires an open queue.
 [[nodiscard]] GetResult GetMessage(void* buffer);

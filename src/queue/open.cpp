@@ -25,10 +25,11 @@ namespace {
 constexpr char kFunction[] = "PIDMMain";
 
 struct OpenState {
-    // IBM's defaults with the name of the queue. Set again by each Open that connects; never cleared, since
-    // Close takes the name for its message from here.
+    // This contains IBM's defaults with the name of the queue. Each Open that connects sets it again; nothing
+    // clears it, since Close takes the name for its message from here.
     MQOD descriptor;
-    // The completion code of the most recent MQOPEN, MQCC_OK before any. Never cleared: Close acts on it.
+    // This is the completion code of the most recent MQOPEN, or MQCC_OK before any. Nothing clears it: Close
+    // acts on it.
     MQLONG compCode;
 };
 OpenState state = {MqodDefault(), MQCC_OK};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Connecting to the queue manager and opening the queue.
+// Connects to the queue manager and opens the queue.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ namespace mqamod {
 ///   a failed open of the checkpoint file the queue stays open as well (see QueueHandle).
 [[nodiscard]] ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength);
 
-/// Returns the completion code of the most recent MQOPEN, MQCC_OK before any.
+/// Returns the completion code of the most recent MQOPEN, or MQCC_OK before any.
 [[nodiscard]] MQLONG OpenCompletionCode();
 
 /// Returns the 48 characters of the queue's name in the object descriptor. A full name has no NUL.

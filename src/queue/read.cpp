@@ -21,8 +21,8 @@ namespace mqamod {
 namespace {
 
 struct ReadState {
-    // Each record returned is kept in the last-record buffer. Set or cleared by each Open that opens the
-    // queue; not cleared by Close or Shut.
+    // Each record returned is kept in the last-record buffer. Each Open that opens the queue sets or clears
+    // this; Close and Shut do not clear it.
     bool KeepPreviousFlag;
 };
 ReadState state;
@@ -42,7 +42,7 @@ bool IsMessage(const GetOutcome& outcome) {
     return outcome.compCode == MQCC_OK && outcome.dataLength > 0;
 }
 
-// Why an MQGET without a message ends the input.
+// Says why an MQGET without a message ends the input.
 enum class InputEnd { kNone, kEmptyQueue, kSyncpointLimit };
 
 // An MQGET that failed without data counts as the end of the input whatever its reason: hosts rely on that.

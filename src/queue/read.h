@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading one record: from the checkpoint file while a restart is replayed, otherwise from the queue.
+// Reads one record: from the checkpoint file while a restart is replayed, otherwise from the queue.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +21,8 @@ namespace mqamod {
 ///   or what a pending checkpoint or the replay returned
 [[nodiscard]] ReturnCode ReadRecord(void* buffer, std::uint32_t& length);
 
-/// Sets KeepPreviousFlag: whether each record returned is kept in the last-record buffer. Called by each Open
-/// that opens the queue.
+/// Sets KeepPreviousFlag: whether each record returned is kept in the last-record buffer. Each Open that
+/// opens the queue calls it.
 void SetKeepPrevious(bool keep);
 
 }  // namespace mqamod

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Returning uncommitted messages to the queue.
+// Returns uncommitted messages to the queue.
 #pragma once
 
 #include "mqamod.h"

@@ -16,11 +16,11 @@ namespace mqamod {
 namespace {
 
 struct CheckpointState {
-    // A position has been handed out and its checkpoint has not been carried out. Cleared by DoGetPos, a
-    // successful SetPos and Init.
+    // A position has been handed out and its checkpoint has not been carried out. DoGetPos, a successful
+    // SetPos and Init clear this.
     bool CkPtPending;
-    // A checkpoint has been carried out or has failed. Never cleared, so a later load of the same process
-    // saves and commits from its first record on.
+    // A checkpoint has been carried out or has failed. Nothing clears this, so a later load of the same
+    // process saves and commits from its first record on.
     bool CkPtTaken;
 };
 CheckpointState state;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Taking a checkpoint. GetPos hands out a position at once and marks a checkpoint as pending. It is carried
+// Takes checkpoints. GetPos hands out a position immediately and marks a checkpoint as pending. It is carried
 // out one step later: by the next Read, by a SetPos to the same position, or by a repeated GetPos. From the
 // first checkpoint on, every message is saved in the checkpoint file before it is committed.
 #pragma once
@@ -10,10 +10,10 @@
 namespace mqamod {
 
 /// Serves the GetPos request.
-///   position  out  the module's own block, which the host copies at once; null when none is handed out
-/// Returns pmrcOK with a position; pmrcOK without one when a checkpoint was pending and has now been carried
-/// out
-///   (an error text warns of the redundant request);
+///   position  out  the module's own block, which the host must copy before its next request; null when none is
+///                  handed out
+/// Returns pmrcOK with a position; or without one, when a checkpoint was pending and has now been carried out (an
+/// error text warns of the redundant request);
 ///   pmrcFailure, with an error text, without checkpointing or when the pending checkpoint failed;
 ///   pmrcNotSupported when the pending checkpoint is not to a file
 [[nodiscard]] ReturnCode GetPosition(const PositionData*& position);

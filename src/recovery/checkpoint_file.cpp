@@ -19,23 +19,24 @@ namespace mqamod {
 namespace {
 
 struct CkPtFileState {
-    // Set by Open; cleared by the release at Close and Shut, and by a rewrite that failed while the file was
-    // closed. It survives a Shut that failed at the queue, until the next Open that opens the queue.
+    // Open sets this. The release at Close and Shut clears it, and so does a rewrite that failed while the
+    // file was closed. It survives a Shut that failed at the queue, until the next Open that opens the queue.
     std::FILE* CkPtFileStream;
-    // Bytes written to the stream never reached the file. Cleared when the stream is closed.
+    // Bytes written to the stream never reached the file. Closing the stream clears this.
     bool lostBytes;
-    // The errno of that write. Meaningless unless lostBytes is set.
+    // This is the errno of that write. It is meaningless unless lostBytes is set.
     int lostError;
-    // The stream has been read since it was opened or positioned. Set by NoteCkPtFileRead; cleared when
-    // SaveRecord has positioned the stream, and when the stream is closed.
+    // The stream has been read since it was opened or positioned. NoteCkPtFileRead sets this; SaveRecord
+    // clears it once it has positioned the stream, and so does closing the stream.
     bool wasRead;
     // The file has been released once, so no later Open looks for an existing one: each creates an empty
-    // file. Set by every Close or Shut that reaches the checkpoint file, also if none was open. Never
-    // cleared.
+    // file. Every Close or Shut that reaches the checkpoint file sets this, even if none was open. Nothing
+    // clears it.
     bool FreshCkPtFile;
-    // The last release kept the file. Cleared by a release that deletes it; survives Shut.
+    // The last release kept the file. A release that deletes it clears this; Shut does not.
     bool preserved;
-    // The buffer of the stream, large enough that a record of usual size reaches the file in one write.
+    // This is the buffer of the stream, large enough that a record of usual size reaches the file in one
+    // write.
     char streamBuffer[65536];
 };
 CkPtFileState state;

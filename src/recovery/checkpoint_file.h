@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The checkpoint file: the records that the host has received since its last checkpoint.
+// Keeps the checkpoint file: the records that the host has received since its last checkpoint.
 //
-// Layout, little-endian, without padding or trailer: the 4-byte sequence number of the checkpoint that the
-// file belongs to, then records, each an 8-byte length and that many bytes. The first record is the last one
-// that the host received before the checkpoint; the others came after it. A new file stays empty until the
-// first checkpoint.
+// Its layout is little-endian, without padding or trailer: the 4-byte sequence number of the checkpoint that
+// the file belongs to, then records, each an 8-byte length and that many bytes. The first record is the last
+// one that the host received before the checkpoint; the others came after it. A new file stays empty until
+// the first checkpoint.
 //
 // This component owns the stream. checkpoint_rewrite rewrites the file, and replay reads it back.
 #pragma once

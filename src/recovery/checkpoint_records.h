@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading a checkpoint file piece by piece: header, length, record. The replay, the rewrite during a replay
-// and the programs that inspect a file all use these routines, so that they agree on what a file contains.
+// Reads a checkpoint file piece by piece: header, length, record. The replay, the rewrite during a replay and
+// the programs that inspect a file all use these routines, so that they agree on what a file contains.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ namespace mqamod {
 
 inline constexpr std::size_t kSequenceBytes = 4;
 
-/// How the read of a piece ended.
+/// Says how the read of a piece ended.
 struct PieceRead {
     bool complete;      ///< all bytes of the piece were read
     bool atEnd;         ///< they were not, because the file ends

@@ -28,7 +28,7 @@ ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
     return pmrcFailure;
 }
 
-// A write or read that moved fewer bytes than expected: the counts go to the trace, the call and its reason
+// Reports a write or read that moved fewer bytes than expected: the counts go to the trace, the call and its reason
 // to the error text.
 template <Message kMessage>
 ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, const char* failingCall,

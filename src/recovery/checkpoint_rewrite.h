@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Rewriting the checkpoint file for a new checkpoint.
+// Rewrites the checkpoint file for a new checkpoint.
 #pragma once
 
 #include "mqamod.h"

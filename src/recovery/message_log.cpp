@@ -19,9 +19,10 @@ namespace mqamod {
 namespace {
 
 struct LogState {
-    // Set by Open; cleared by Close and Shut, by the next Open, and when logging stops after a failed write.
+    // Open sets this. Close and Shut clear it, and so do the next Open and a failed write that ends the
+    // logging.
     std::FILE* stream;
-    // The last CloseLogFile kept the file. Cleared by one that deletes it; survives Shut.
+    // The last CloseLogFile kept the file. One that deletes the file clears this; Shut does not.
     bool preserved;
 };
 LogState log;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The message log: the bytes of every record got from the queue, one after another, without headers or
+// Writes the message log: the bytes of every record got from the queue, one after another, without headers or
 // separators. It is flushed after every record.
 #pragma once
 

@@ -5,18 +5,18 @@ namespace mqamod {
 
 namespace {
 
-// Positions come back from the host and sequence numbers from the file, so both may be any 32 bits.
+// Positions come back from the host and sequence numbers from the file, so both may have any 32-bit value.
 std::int32_t WrapAround(std::int32_t number, std::uint32_t step) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + step);
 }
 
 struct Position {
-    // The block that GetPos hands out. CkPtSeq is its first field: 0 after each Open, set by SetPos, not
-    // cleared by Close or Shut. The other fields are set by each GetPos and never cleared.
+    // This is the block that GetPos hands out. CkPtSeq is its first field: it is 0 after each Open, SetPos
+    // sets it, and neither Close nor Shut clears it. Each GetPos sets the other fields; nothing clears them.
     PositionData handedOut;
-    // 0 after each Open, set by SetPos; not cleared by Close, which reports it, or by Shut.
+    // This is 0 after each Open, and SetPos sets it. Neither Close, which reports it, nor Shut clears it.
     std::int32_t MsgCount;
-    // Never cleared.
+    // Nothing clears this.
     std::int64_t CkPtOffset;
 };
 Position position;

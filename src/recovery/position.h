@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How far the load has come: the sequence number of the checkpoint, the count of records and the place in the
-// checkpoint file.
+// Tracks how far the load has come: the sequence number of the checkpoint, the count of records and the place
+// in the checkpoint file.
 #pragma once
 
 #include <cstdint>

@@ -17,8 +17,8 @@ namespace mqamod {
 namespace {
 
 struct ReplayState {
-    // Records come from the checkpoint file. Set by a successful SetPos; cleared by the Read that meets the
-    // end of the file and by an Open that opens the queue. Close and Shut leave it.
+    // Records come from the checkpoint file. A successful SetPos sets this. The Read that meets the end of
+    // the file clears it, and so does an Open that opens the queue. Close and Shut leave it.
     bool ReplayFromCkPt;
 };
 ReplayState state;
@@ -30,8 +30,8 @@ ReplayRead Fail(const char* message, const char* failingCall, const char* reason
     return ReplayRead::kFailed;
 }
 
-// A read that returned fewer bytes than expected: the counts go to the trace, the call and its reason to the
-// error text.
+// Reports a read that returned fewer bytes than expected: the counts go to the trace, the call and its reason
+// to the error text.
 ReplayRead FailShortRead(std::uint64_t expected, std::size_t got, const char* what) {
     const char* reason = StreamReason(CkPtFileStream());
     TraceLine(TraceLevel::kJobEvents, Severity::kError, kReadFunction,

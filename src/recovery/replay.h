@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The replay: the records of the checkpoint file, read back after a restart before the queue is read again.
+// Replays the records of the checkpoint file after a restart, before the queue is read again.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace mqamod {
 
-/// How an attempt to read a record of the replay ended.
+/// Says how an attempt to read a record of the replay ended.
 enum class ReplayRead {
     kRecord,        ///< a record was returned
     kEndOfReplay,   ///< the file has no more records, and the replay has ended: the queue comes next
@@ -17,8 +17,8 @@ enum class ReplayRead {
     kNotSupported,  ///< checkpoints are not in a file; no error text
 };
 
-/// Returns whether records come from the checkpoint file. Set by BeginReplay. Cleared at the end of the file,
-/// by Open and, with checkpoints by MQ, by each Read that returns a record.
+/// Returns whether records come from the checkpoint file. BeginReplay sets this. The end of the file, Open
+/// and, with checkpoints by MQ, each Read that returns a record clear it.
 [[nodiscard]] bool ReplayFromCkPt();
 void BeginReplay();
 void EndReplay();

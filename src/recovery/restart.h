@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Restart: returning to a checkpoint that the host has stored.
+// Returns to a checkpoint that the host has stored.
 #pragma once
 
 #include <cstdint>
