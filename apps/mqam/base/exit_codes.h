@@ -17,7 +17,7 @@ enum ExitCode : int {
     kExitStoppedImmediately = 7,
     kExitEndedEarly = 8,
     kExitRestart = 9,
-    /// Only `mqam checkpoint`: the file is incomplete, damaged or cannot be repaired.
+    /// Only `mqam checkpoint` uses this: the file is incomplete, damaged or cannot be repaired.
     kExitDamaged = 10,
 };
 

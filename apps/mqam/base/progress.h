@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What the user sees on standard error while a load runs: one live line on a terminal, a plain line every few seconds
-// elsewhere. A thread of its own prints, so that the clock keeps running while a read waits for messages.
+// Shows progress on standard error while a load runs: one live line on a terminal, a plain line every few
+// seconds elsewhere. A thread of its own prints, so that the clock keeps running while a read waits for
+// messages.
 #pragma once
 
 #include <atomic>
@@ -15,7 +16,7 @@ enum class ProgressStyle { kNone, kLiveLine, kPlainLines };
 struct ProgressCounters {
     std::atomic<std::uint64_t> records{0};
     std::atomic<std::uint64_t> bytes{0};
-    /// What earlier processes have loaded: it counts in the totals, not in the rate.
+    /// These members say what earlier processes have loaded. It counts in the totals, not in the rate.
     std::atomic<std::uint64_t> recordsBefore{0};
     std::atomic<std::uint64_t> bytesBefore{0};
     double secondsBefore = 0;  ///< set before StartProgress
@@ -30,16 +31,16 @@ void StopProgress();
 /// Prints complete lines on standard error, in place of a live line. May be called from any thread.
 void PrintMessage(const std::string& lines);
 
-/// "12,345 records, 1.21 MB, 24,690 records/s, 0:05": numbers are grouped, sizes
-/// have decimal units, and the elapsed time has minutes and seconds, with hours before them if there are any.
+/// Formats a line such as "12,345 records, 1.21 MB, 24,690 records/s, 0:05". Numbers are grouped, sizes have
+/// decimal units, and the elapsed time has minutes and seconds, with hours before them if there are any.
 ///   seconds  the time since the counters began to count
 [[nodiscard]] std::string FormatProgress(const ProgressCounters& counters, double seconds);
 
 [[nodiscard]] std::string FormatCount(std::uint64_t count);
 
-/// "1 record", "12,345 records".
+/// Returns "1 record" or "12,345 records".
 [[nodiscard]] std::string FormatRecords(std::uint64_t count);
-/// "1 record is", "12,345 records are".
+/// Returns "1 record is" or "12,345 records are".
 [[nodiscard]] std::string FormatRecordsThatAre(std::uint64_t count);
 [[nodiscard]] std::string FormatBytes(std::uint64_t bytes);
 [[nodiscard]] std::string FormatElapsed(double seconds);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How a call of mqam ended: one type for every routine that can fail.
+// Says how a call of mqam ended: one type for every routine that can fail.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ class [[nodiscard]] Status {
 
     [[nodiscard]] bool IsOk() const { return code_ == StatusCode::kOk; }
     [[nodiscard]] StatusCode Code() const { return code_; }
-    /// The error message; empty with kOk.
+    /// Returns the error message, which is empty with kOk.
     [[nodiscard]] const std::string& Error() const { return error_; }
 
   private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Text broken into lines.
+// Breaks text into lines.
 #pragma once
 
 #include <cstddef>

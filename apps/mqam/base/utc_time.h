@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The time of day as restart information and summaries show it.
+// Formats the time of day as restart information and summaries show it.
 #pragma once
 
 #include <string>
 
 namespace mqam {
 
-/// "2026-11-21 05:47:48 UTC"
+/// Formats a time as "2026-11-21 05:47:48 UTC".
 [[nodiscard]] std::string UtcNow();
 
 }  // namespace mqam

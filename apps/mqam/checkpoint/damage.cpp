@@ -61,8 +61,8 @@ std::uint64_t FindChainByBit(const std::vector<char>& bytes, std::uint64_t at,
     return first;
 }
 
-// Tries a single flipped bit in each length that was read, from the last one on: after a wrong length the chain breaks
-// almost at once, and an earlier length can lead to a record by chance.
+// Tries a single flipped bit in each length that was read, from the last one on: after a wrong length the
+// chain soon breaks, and an earlier length can lead to a record by chance.
 void FindFlippedBit(const std::vector<char>& bytes, const std::vector<bool>& leadsToEnd,
                     CheckpointScan& scan) {
     std::uint64_t at = scan.intactBytes;
@@ -79,8 +79,8 @@ void FindFlippedBit(const std::vector<char>& bytes, const std::vector<bool>& lea
 // Collects the records from the first one that is separated reliably.
 void CollectRecordsAfter(const std::vector<char>& bytes, const std::vector<bool>& leadsToEnd,
                          CheckpointScan& scan) {
-    // The farthest end of a record of another way that begins before the record at hand. A way that jumps over the
-    // beginning of that record contradicts it.
+    // This is the farthest end of a record of another way that begins before the record at hand. A way that
+    // jumps over the beginning of that record contradicts it.
     std::uint64_t farthest = 0;
     const auto noteOthers = [&](std::uint64_t from, std::uint64_t to) {
         bool found = false;

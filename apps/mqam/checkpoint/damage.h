@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What can be known about a checkpoint file from the place on where the chain of its lengths breaks: what fills the
-// bytes there, where complete records begin again, and how many records are lost at most.
+// Finds out what can be known about a checkpoint file from the place on where the chain of its lengths
+// breaks: what fills the bytes there, where complete records begin again, and how many records are lost at
+// most.
 #pragma once
 
 #include <cstdint>
@@ -36,14 +37,14 @@ void FindFiller(std::FILE* stream, CheckpointScan& scan);
 void FindRecordsAfterDamage(const std::vector<char>& bytes, std::uint64_t maxRecordBytes,
                             CheckpointScan& scan);
 
-/// What a damaged file has lost.
+/// Describes what a damaged file has lost.
 struct Loss {
     std::uint64_t from = 0;  ///< the range of bytes in which records cannot be read
     std::uint64_t to = 0;
-    std::uint64_t recordsMax = 0;  ///< as many records can have been in that range at most
+    std::uint64_t recordsMax = 0;  ///< the most records that can have been in that range
     std::uint64_t recordsLikely =
-        0;  ///< as many if they were as long as the intact ones; 0 if none is intact
-    /// The last complete record before the range ends in the filler too, so that it may be incomplete.
+        0;  ///< the number if they were as long as the intact ones; 0 if none is intact
+    /// The last complete record before the range also ends in the filler, so it may be incomplete.
     bool lastRecordIsDoubtful = false;
 };
 
@@ -51,10 +52,10 @@ struct Loss {
 /// system cut off the end of the file as well cannot be counted.
 [[nodiscard]] Loss EstimateLoss(const CheckpointScan& scan);
 
-/// "at most 9 records are lost (4 if they were as long as the intact ones)".
+/// Formats the loss, for example "at most 9 records are lost (4 if they were as long as the intact ones)".
 [[nodiscard]] std::string DescribeLoss(const Loss& loss);
 
-/// "zeros", "bytes FF".
+/// Names the filler, for example "zeros" or "bytes FF".
 [[nodiscard]] std::string NameFiller(const FillerRun& filler);
 
 }  // namespace mqam

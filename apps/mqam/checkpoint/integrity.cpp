@@ -24,7 +24,7 @@ std::string CountCompleteRecords(std::uint64_t count) {
     return FormatCount(count) + (count == 1 ? " complete record" : " complete records");
 }
 
-// "  bytes 4 to 24: 2 whole records".
+// Formats a range, for example "  bytes 4 to 24: 2 whole records".
 std::string Range(std::uint64_t from, std::uint64_t to, const std::string& what) {
     const std::string bytes = to == from + 1
                                   ? "byte " + std::to_string(from)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Whether a checkpoint file is intact, to the byte, and what can be known about that at all.
+// Checks to the byte whether a checkpoint file is intact, and says what of that can be known at all.
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@ enum class Integrity {
     kDamaged,     ///< as no crash leaves it
 };
 
-/// Requires a file that could be read.
+/// Returns the verdict on a file, which must be one that could be read.
 [[nodiscard]] Integrity CheckIntegrity(const CheckpointScan& scan);
 
 /// Returns the verdict, what each range of bytes is, and what cannot be known, as complete lines.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A checkpoint file as `mqam checkpoint show` prints it.
+// Prints a checkpoint file as `mqam checkpoint show` does.
 #pragma once
 
 #include <cstddef>
@@ -13,17 +13,18 @@
 
 namespace mqam {
 
-/// How many records to list from the beginning, and how many from the end.
+/// Says how many records to list from the beginning, and how many from the end.
 struct ListedRecords {
     std::size_t first = 10;
     std::size_t last = 10;
 };
 
-/// "load.ckpt: 25 bytes, checkpoint 5, 2 records (5 bytes of data)", and what is torn or damaged.
+/// Describes the file, for example "load.ckpt: 25 bytes, checkpoint 5, 2 records (5 bytes of data)", and what
+/// is torn or damaged.
 [[nodiscard]] std::string SummarizeScan(const CheckpointScan& scan);
 
-/// The records, a line each: offset, length, the first bytes in hexadecimal and as text. One line takes the place of
-/// those left out.
+/// Lists the records, a line each: offset, length, the first bytes in hexadecimal and as text. One line takes
+/// the place of the records that are not listed.
 [[nodiscard]] std::string ListRecords(const CheckpointScan& scan, const ListedRecords& listed);
 
 /// Describes what a restart would do with the files as they are, in complete lines.

@@ -30,11 +30,11 @@ RepairStep Make(Repair::Kind kind, const std::string& path, std::uint64_t bytes 
     return {RepairStep::Kind::kMake, {kind, path, bytes}, ""};
 }
 
-// The temporary files, sorted by what can be done with them.
+// Sorts the temporary files by what can be done with them.
 struct Temporaries {
     std::vector<CheckpointScan> spare;  // files without records, or copies: nothing is lost with them
     std::vector<CheckpointScan> whole;  // complete files with records of their own
-    // Files with records of their own that are incomplete, or belong to another checkpoint.
+    // These contain records of their own, but are incomplete or belong to another checkpoint.
     std::vector<CheckpointScan> foreign;
 };
 
@@ -49,7 +49,7 @@ bool IsUnreadable(const CheckpointScan& scan) {
     return scan.shape == CheckpointShape::kUnreadable;
 }
 
-// Whether the file could be the one that an interrupted rewrite was about to put in place.
+// Returns whether the file could be the one that an interrupted rewrite was about to put in place.
 bool CanTakePlace(const CheckpointScan& temporary, const std::optional<PositionData>& stored) {
     return CheckIntegrity(temporary) == Integrity::kIntact &&
            (!stored || stored->CkPtSeq == temporary.sequence);
@@ -72,7 +72,7 @@ Temporaries SortTemporaries(const std::vector<CheckpointScan>& found, const Chec
     return sorted;
 }
 
-// The checkpoint file has no record or is missing: the one complete temporary file takes its place.
+// If the checkpoint file has no record or is missing, the one complete temporary file takes its place.
 void PlanReplacement(const std::string& checkpointPath, const CheckpointScan& file,
                      const CheckpointScan& temporary, RepairPlan& plan) {
     if (file.shape != CheckpointShape::kMissing) {
@@ -91,8 +91,8 @@ void PlanCut(const std::string& checkpointPath, const CheckpointScan& file, Repa
     plan.steps.push_back({RepairStep::Kind::kMake, cut, ""});
 }
 
-// Chooses, of several complete files of one checkpoint, the one that contains the records of all others; the others are
-// then spare. Temporary files of earlier rewrites can be copies of its records too.
+// Chooses, of several complete files of one checkpoint, the one that contains the records of all others; the
+// others are then spare. Temporary files of earlier rewrites can also be copies of its records.
 void ChooseReplacement(Temporaries& sorted) {
     for (const CheckpointScan& candidate : sorted.whole) {
         std::string reason;

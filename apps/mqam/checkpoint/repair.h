@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Completing by hand what a crash interrupted in a checkpoint file and its temporary files. Nothing that may be the
-// only copy of a record is destroyed: whatever is replaced or cut off is kept under another name.
+// Lets an operator complete what a crash interrupted in a checkpoint file and its temporary files. Nothing
+// that may be the only copy of a record is destroyed: whatever is replaced or cut off is kept under another
+// name.
 #pragma once
 
 #include <optional>
@@ -20,7 +21,7 @@ namespace mqam {
 /// only its sync failed.
 Status MakeRepair(const std::string& checkpointPath, const Repair& repair);
 
-/// Describes the repair: "rename MQAMtmp.4711 to load.ckpt (...)".
+/// Describes the repair, for example "rename MQAMtmp.4711 to load.ckpt (...)".
 [[nodiscard]] std::string DescribeRepair(const std::string& checkpointPath, const Repair& repair);
 
 struct RepairStep {
@@ -36,8 +37,8 @@ struct RepairStep {
 
 struct RepairPlan {
     std::vector<RepairStep> steps;
-    /// Why something that is not in order cannot be repaired, and what to do; empty if everything is in order after
-    /// the steps.
+    /// Says why something that is not in order cannot be repaired, and what to do. It is empty if everything
+    /// is in order after the steps.
     std::string obstacle;
 };
 

@@ -45,7 +45,7 @@ void ScanTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecor
         FindRecordsAfterDamage(bytes, maxRecordBytes, scan);
 }
 
-// Whether a length of at least 1 can begin with `bytes` bytes of 0.
+// Returns whether a length of at least 1 can begin with `bytes` bytes of 0.
 bool CanBePossibleLength(std::size_t bytes, std::uint64_t maxRecordBytes) {
     return bytes < kRecordLengthBytes && std::uint64_t{1} << (8 * bytes) <= maxRecordBytes;
 }
@@ -125,7 +125,7 @@ bool IsDamaged(const CheckpointScan& scan) {
 CheckpointScan ScanCheckpointFile(const std::string& path, std::uint64_t maxRecordBytes) {
     CheckpointScan scan;
     scan.path = path;
-    // Opening a pipe would wait for a writer.
+    // Opening a pipe would wait for someone to write to it.
     if (platform::ProbePath(path) == platform::PathKind::kOther) {
         scan.shape = CheckpointShape::kUnreadable;
         scan.error = "not a file";
@@ -133,7 +133,7 @@ CheckpointScan ScanCheckpointFile(const std::string& path, std::uint64_t maxReco
     }
     const Stream stream = OpenForReading(path);
     if (stream == nullptr) {
-        // Like the module, only this error counts as a missing file.
+        // Only this error counts as a missing file, as it does in the module.
         if (errno == ENOENT) return scan;
         scan.error = std::strerror(errno);
         scan.shape = CheckpointShape::kUnreadable;
@@ -176,7 +176,7 @@ CheckpointScan ScanForStart(const std::string& checkpointPath, const std::vector
 
 bool IsCopyOfRecords(const CheckpointScan& temporary, const CheckpointScan& file, std::string& error) {
     error.clear();
-    // The record that a rewrite puts first is empty if no record had been returned yet; it has no original.
+    // If no record had been returned yet, the record that a rewrite puts first is empty and has no original.
     const bool emptyInFront = !temporary.records.empty() && temporary.records.front().length == 0;
     const std::size_t first = emptyInFront ? 1 : 0;
     if (temporary.records.size() <= first) return temporary.shape != CheckpointShape::kUnreadable;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How an attempt of a restartable load starts: decided in one pure function from the stored position and the files on
-// disk, before anything is changed. The caller reports the decision, makes the repairs, then acts on it.
+// Decides how an attempt of a restartable load starts, in one pure function, from the stored position and the
+// files on disk, before anything is changed. The caller reports the decision, makes the repairs, then acts on
+// it.
 #pragma once
 
 #include <optional>
@@ -26,7 +27,8 @@ enum class StartAction {
     kRefuse,
 };
 
-/// A change on disk that completes what a crash interrupted. None destroys the only copy of a complete record.
+/// A change on disk that completes what a crash interrupted. No such change destroys the only copy of a
+/// complete record.
 struct Repair {
     enum class Kind {
         /// A rewrite was interrupted after it deleted the checkpoint file: the file at `path` takes its place.
@@ -66,7 +68,7 @@ struct StartDecision {
                                         const std::optional<PositionData>& stored, const CheckpointScan& file,
                                         const std::vector<std::string>& temporaries);
 
-/// The advice to look at the checkpoint file and repair it by hand.
+/// Advises the operator to look at the checkpoint file and repair it by hand.
 [[nodiscard]] std::string HowToRepair(const std::string& checkpointPath);
 
 }  // namespace mqam

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam check`: the parameters in effect, without touching a queue.
+// `mqam check` shows the parameters in effect without touching a queue.
 #pragma once
 
 namespace CLI {

@@ -96,7 +96,7 @@ bool CanBeRead(const CheckpointScan& scan) {
     return scan.shape != CheckpointShape::kMissing && scan.shape != CheckpointShape::kUnreadable;
 }
 
-// What is known about the load that the file belongs to.
+// Keeps what is known about the load that the file belongs to.
 struct Stored {
     std::optional<RestartState> state;  // with --restart-file
     std::optional<PositionData> position;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam checkpoint show | verify | repair`: shows what a checkpoint file contains, checks whether it is intact, and
-// completes what a crash interrupted.
+// `mqam checkpoint show | verify | repair` shows what a checkpoint file contains, checks whether it is
+// intact, and completes what a crash interrupted.
 #pragma once
 
 namespace CLI {

@@ -21,7 +21,7 @@ namespace mqam {
 
 namespace {
 
-/// A command with its place in the program: "mqam queue put".
+/// A command and its place in the program, such as "mqam queue put".
 struct Command {
     const CLI::App* app;
     std::string path;
@@ -56,7 +56,7 @@ std::vector<Command> AllCommands(const CLI::App& program) {
     return commands;
 }
 
-/// Returns an option's names as a user types them: "-h", "--help".
+/// Returns an option's names as a user types them, such as "-h" and "--help".
 std::vector<std::string> TypedNames(const CLI::Option& option) {
     std::vector<std::string> names;
     for (const std::string& name : option.get_snames()) {
@@ -72,8 +72,7 @@ bool TakesValue(const CLI::Option& option) {
     return option.get_items_expected_max() > 0;
 }
 
-/// Returns the words that an option takes when its value is described as
-/// "lines|length|raw", else nothing.
+/// Returns the words that an option takes if its value is described as "lines|length|raw", otherwise nothing.
 std::vector<std::string> ValueWords(const CLI::Option& option) {
     const std::string type = option.get_type_name();
     if (type.find('|') == std::string::npos) {
@@ -344,7 +343,7 @@ std::string MakeBashCompletion(const CLI::App& program) {
         }
         script += "        " + ShellQuoted(command.path) + ") " + BashWords(words) + " ;;\n";
     }
-    // Where nothing of these fits, bash completes the name of a file.
+    // If nothing else fits, bash completes the name of a file.
     return script + "    esac\n}\ncomplete -o default -F _" + name + ' ' + name + '\n';
 }
 

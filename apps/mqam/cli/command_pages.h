@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Manual pages and shell completion, made from the tables of commands and
-// options that parse the command line.
+// Makes manual pages and shell completion from the tables of commands and options that parse the command
+// line.
 #pragma once
 
 #include <CLI/App.hpp>
@@ -17,8 +17,8 @@ namespace mqam {
 [[nodiscard]] std::map<std::string, std::string> MakeManualPages(const CLI::App& program,
                                                                  const std::string& product);
 
-/// Return scripts that complete the commands, options and words of a command
-/// line. They need nothing from the shell but its own completion system.
+/// These return scripts that complete the commands, options and words of a command line. They need nothing
+/// from the shell but its own completion system.
 [[nodiscard]] std::string MakeBashCompletion(const CLI::App& program);
 [[nodiscard]] std::string MakeZshCompletion(const CLI::App& program);
 

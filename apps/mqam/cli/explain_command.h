@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam explain`: what a code means and what to do about it.
+// `mqam explain` says what a code means and what to do about it.
 #pragma once
 
 namespace CLI {

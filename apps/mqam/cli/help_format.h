@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How --help looks: the name of a value follows its option, and descriptions are wrapped in their column.
+// Decides how --help looks: the name of a value follows its option, and descriptions are wrapped in their
+// column.
 #pragma once
 
 #include <CLI/App.hpp>

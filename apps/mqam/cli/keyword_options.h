@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every keyword of the module as an option of the program. One table drives the options, their help and the
-// initialization string; a test compares it with the module's keywords.
+// Offers every keyword of the module as an option of the program. One table drives the options, their help
+// and the initialization string; a test compares it with the module's keywords.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +19,12 @@ class Option;
 
 namespace mqam {
 
-/// Headings of the help that keyword options and other options share.
+/// Keyword options and other options share these headings of the help.
 inline constexpr const char* kReadGroup = "Reading";
 inline constexpr const char* kSafetyGroup = "Checkpoint and log";
 
-/// What the module accepts as the value of a keyword. mqam refuses everything else before it calls the module.
+/// Says what the module accepts as the value of a keyword. mqam refuses everything else before it calls the
+/// module.
 enum class KeywordValue : std::uint8_t {
     kNone,
     kText,  ///< a name or a path
@@ -76,7 +77,7 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options);
 /// nothing at all.
 Status ComposeInitString(const ModuleOptions& options, std::string& initString);
 
-/// Whether the keyword was given as an option of its own, and not through --init or --parmfile.
+/// Returns whether the keyword was given as an option of its own, and not through --init or --parmfile.
 [[nodiscard]] bool WasKeywordGiven(const ModuleOptions& options, const std::string& keyword);
 
 }  // namespace mqam

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam load`: a whole load, from a queue into a file.
+// `mqam load` runs a whole load, from a queue into a file.
 #pragma once
 
 namespace CLI {

@@ -54,11 +54,11 @@ struct LoadOptions {
 /// Adds every option to the command. `options` must outlive the parsing.
 void AddLoadOptions(CLI::App& command, LoadOptions& options);
 
-/// Whether the load keeps restart information, so that it can be resumed.
+/// Returns whether the load keeps restart information, so that it can be resumed.
 [[nodiscard]] bool IsRestartable(const LoadOptions& options);
 
-/// Makes name and value of each --attribute, and of the options that stand for an attribute. Refuses an --attribute of
-/// another form than NAME=VALUE.
+/// Makes name and value of each --attribute, and of the options that stand for an attribute. Refuses an
+/// --attribute that is not of the form NAME=VALUE.
 Status ComposeAttributes(const LoadOptions& options,
                          std::vector<std::pair<std::string, std::string>>& attributes);
 

@@ -38,7 +38,7 @@ int RunProgram(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        // 0 stands for --help; everything else is a wrong command line.
+        // 0 stands for --help; any other value means a wrong command line.
         return app.exit(error) == 0 ? kExitDone : kExitNotStarted;
     }
     return exitCode;

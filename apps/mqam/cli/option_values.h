@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The values of options: numbers with units, and words of a list. Every option that takes a number or a word is checked
-// here, so that all of them understand the same and refuse in the same way.
+// Checks the values of options: numbers with units, and words of a list. Every option that takes a number or
+// a word is checked here, so that all of them understand the same and refuse in the same way.
 #pragma once
 
 #include <CLI/Validators.hpp>
@@ -24,7 +24,7 @@ enum class NumberUnit : std::uint8_t {
 inline constexpr std::int64_t kNoLargest = INT64_MAX;
 inline constexpr std::int64_t kLargestSeconds = 2147483647;
 
-/// The numbers that an option takes.
+/// Describes the numbers that an option takes.
 struct NumberRule {
     NumberUnit unit = NumberUnit::kNone;
     std::int64_t smallest = 0;
@@ -36,7 +36,7 @@ struct NumberRule {
 ///   number  out  in bytes or seconds; unchanged on failure
 [[nodiscard]] Status ReadNumber(const std::string& text, const NumberRule& rule, std::int64_t& number);
 
-/// "1 to 600 seconds (or with a unit: s, m, h, d), or -1 to wait forever"
+/// Describes the range, for example "1 to 600 seconds (or with a unit: s, m, h, d), or -1 to wait forever".
 [[nodiscard]] std::string DescribeNumbers(const NumberRule& rule);
 
 /// Returns a transformation for CLI::Option::transform: it replaces the text by the number in digits, or refuses it.
@@ -48,16 +48,17 @@ struct NumberRule {
 /// Returns the one of the words that the text is most likely a misspelling of; an empty string if there is none.
 [[nodiscard]] std::string SuggestWord(const std::string& text, std::span<const std::string> words);
 
-/// The error for a text that is none of the words: "'jsn' is not a choice; use json, lines or raw (did you mean json?)"
+/// Returns the error for a text that is none of the words, such as "'jsn' is not a choice; use json, lines or
+/// raw (did you mean json?)".
 [[nodiscard]] std::string DescribeWrongWord(const std::string& text, std::span<const std::string> words);
 
-/// "a, b or c"
+/// Lists the words as "a, b or c".
 [[nodiscard]] std::string JoinWords(std::span<const std::string> words, const char* last);
 
 /// Returns a transformation for CLI::Option::transform: it replaces the word by its value, or refuses the text.
 [[nodiscard]] CLI::Validator WordIn(std::vector<std::pair<std::string, std::string>> valueOfWord);
 
-/// The same for the enumerators of an option's variable.
+/// Does the same for the enumerators of an option's variable.
 template <typename Enum>
 [[nodiscard]] CLI::Validator EnumeratorIn(const std::vector<std::pair<std::string, Enum>>& enumerators) {
     std::vector<std::pair<std::string, std::string>> valueOfWord;

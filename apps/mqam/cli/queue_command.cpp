@@ -156,7 +156,7 @@ std::string TransformSizes(std::string& text) {
     return "";
 }
 
-/// The option that all have.
+/// Adds the option that all of the subcommands have.
 void AddSpool(CLI::App& command, std::string& spool) {
     command.add_option("--spool", spool, "the spool directory, by default $SPOOLMQ_DIR")
         ->type_name("DIR")

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam queue`: queue managers and queues of the stand-in for trials on machines without IBM MQ.
+// `mqam queue` administers queue managers and queues of the stand-in, for trials on machines without IBM MQ.
 #pragma once
 
 namespace CLI {

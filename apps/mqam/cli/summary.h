@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What the user reads at the end of a load.
+// Composes what the user reads at the end of a load.
 #pragma once
 
 #include <string>

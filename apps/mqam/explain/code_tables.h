@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The module's return codes and the exit codes of `mqam`, with causes and action.
+// Lists the module's return codes and the exit codes of `mqam`, with causes and action.
 #pragma once
 
 #include <span>
@@ -17,7 +17,7 @@ struct ReturnCodeRow {
     const char* name;
     /// A clause without a capital letter and a full stop.
     const char* meaning;
-    /// Sentences, as is the action.
+    /// These are sentences, as is the action.
     const char* causes;
     const char* action;
     Recovery recovery;
@@ -27,10 +27,10 @@ struct ExitCodeRow {
     ExitCode code;
     /// A clause without a capital letter and a full stop.
     const char* meaning;
-    /// Sentences, as is the action.
+    /// These are sentences, as is the action.
     const char* causes;
     const char* action;
-    /// False for a code that `mqam load` does not use.
+    /// This is false for a code that `mqam load` does not use.
     bool isOfLoad;
 };
 

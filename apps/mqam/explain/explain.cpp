@@ -43,7 +43,7 @@ struct Selector {
 
 constexpr Kinds kAllKinds = {true, true, true, true};
 
-// The longer one of two words with the same beginning comes first.
+// Of two words with the same beginning, the longer one comes first.
 constexpr Selector kSelectors[] = {
     {"EXIT CODE", {.exitCode = true}},
     {"EXIT", {.exitCode = true}},
@@ -194,8 +194,8 @@ void ExplainName(const std::string& name, std::vector<Explanation>& readings) {
 
 struct Candidate {
     std::size_t distance = 0;
-    // How far the numbers at the end are apart: of the codes that differ in one character, the nearest number
-    // comes first.
+    // This is the distance between the numbers at the end of two codes: of the codes that differ in one
+    // character, the one with the nearest number comes first.
     int difference = 0;
     std::string code;
 };

@@ -18,9 +18,9 @@ struct Explanation {
         std::string text;
     };
 
-    /// "2085 MQRC_UNKNOWN_OBJECT_NAME".
+    /// The heading, for example "2085 MQRC_UNKNOWN_OBJECT_NAME".
     std::string title;
-    /// What kind of code it is, and where it comes from: "MQ reason of MQOPEN".
+    /// The kind of code and where it comes from, for example "MQ reason of MQOPEN".
     std::string kind;
     std::vector<Paragraph> paragraphs;
 };
@@ -38,7 +38,7 @@ struct Explanation {
 /// Returns the codes that look most like one that does not exist, the best first; at most five.
 [[nodiscard]] std::vector<std::string> FindNearMatches(std::string_view code);
 
-/// The lists that `mqam explain --list` prints.
+/// Selects one of the lists that `mqam explain --list` prints.
 enum class CodeList { kMessages, kReasons, kReturnCodes, kExitCodes, kRules };
 
 /// Returns one line for each code of a list, each with its line end.

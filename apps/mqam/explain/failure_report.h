@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A failed request of the module as an operator sees it: each piece on a line of its own, and what to do.
+// Shows a failed request of the module to an operator: each piece on a line of its own, and what to do.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The messages of the module as data, with cause and action: the rows of diag/messages.inc.
+// Lists the messages of the module with cause and action: the rows of diag/messages.inc.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace mqam {
 
-/// Where a message appears.
+/// Says where a message appears.
 enum class Shown : std::uint8_t {
     kErrorText,
     /// In the trace file only.
@@ -25,12 +25,13 @@ enum class Shown : std::uint8_t {
 };
 
 struct ModuleMessage {
-    /// 143 in "MQA0143"; 0 for a message without a number.
+    /// The number is 143 in "MQA0143"; it is 0 for a message without a number.
     int number;
-    /// The printf format of a numbered message, in angle brackets. Of a message without a number its text,
-    /// up to the first '%' if it has one.
+    /// For a numbered message this is the printf format in angle brackets; for a message without a number it
+    /// is the text, up to the first '%' if it has one.
     const char* format;
-    /// Of a message without a number: the failing call that is reported with it; null if that is any or none.
+    /// For a message without a number, this is the failing call that is reported with it; null if that is any
+    /// or none.
     const char* failingCall;
     Shown shown;
     Recovery recovery;

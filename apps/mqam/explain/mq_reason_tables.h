@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The tables that AllMqReasons puts together. No other file needs them.
+// Declares the tables that AllMqReasons puts together. No other file needs them.
 #pragma once
 
 #include <span>
@@ -9,7 +9,7 @@
 
 namespace mqam {
 
-/// The letters of all calls: MQCONNX, MQOPEN, MQGET, MQCMIT, MQBACK, MQCLOSE, MQDISC.
+/// These are the letters of all calls: MQCONNX, MQOPEN, MQGET, MQCMIT, MQBACK, MQCLOSE, MQDISC.
 inline constexpr const char* kAnyVerb = "COGMBLD";
 
 [[nodiscard]] std::span<const MqReason> ConnectionReasons();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every MQ reason that the calls of the module can return: its name, what it means, how it usually comes
-// about and what to do.
+// Lists every MQ reason that the calls of the module can return: its name, what it means, how it usually
+// comes about and what to do.
 //
 // The rows follow the lists of reasons in IBM's reference pages for MQCONNX (with MQCONN), MQOPEN, MQGET,
 // MQCMIT, MQBACK, MQCLOSE and MQDISC on all platforms, and the codes of the pages that those refer to: TLS,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQ reasons that concern the connection to the queue manager: names, addresses, channels, libraries, authority
-// and the end of a queue manager.
+// These MQ reasons concern the connection to the queue manager: names, addresses, channels, libraries,
+// authority and the end of a queue manager.
 #include "mqam/explain/mq_reason_tables.h"
 
 namespace mqam {

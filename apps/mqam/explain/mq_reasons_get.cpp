@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQ reasons that concern reading and converting one message.
+// These MQ reasons concern reading and converting one message.
 #include "mqam/explain/mq_reason_tables.h"
 
 namespace mqam {

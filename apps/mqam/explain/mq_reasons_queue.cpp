@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQ reasons that concern the queue itself: its name, type, definition and who else uses it.
+// These MQ reasons concern the queue itself: its name, type, definition and who else uses it.
 #include "mqam/explain/mq_reason_tables.h"
 
 namespace mqam {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQ reasons that concern TLS on a client channel. All of them come from MQCONNX.
+// These MQ reasons concern TLS on a client channel. All of them come from MQCONNX.
 #include "mqam/explain/mq_reason_tables.h"
 
 namespace mqam {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQ reasons that concern units of work, transaction managers and API exits.
+// These MQ reasons concern units of work, transaction managers and API exits.
 #include "mqam/explain/mq_reason_tables.h"
 
 namespace mqam {

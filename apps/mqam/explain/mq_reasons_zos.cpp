@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQ reasons that only a queue manager on z/OS returns.
+// These MQ reasons come only from a queue manager on z/OS.
 #include "mqam/explain/mq_reason_tables.h"
 
 namespace mqam {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What another attempt would bring after a failure, with nothing changed.
+// Says what another attempt would bring after a failure if nothing changed.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,9 @@ namespace mqam {
 
 /// The names are those of the column `recovery` in diag/messages.inc.
 enum class Recovery : std::uint8_t {
-    /// The same failure again: someone has to change something first.
+    /// The same failure comes again: someone has to change something first.
     kPermanent,
-    /// Possibly success.
+    /// Another attempt may succeed.
     kTransient,
     /// The message does not decide it; the reason that it names does.
     kByReason,

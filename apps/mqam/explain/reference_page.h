@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The page docs/messages.md, made from the tables.
+// Makes the page docs/messages.md from the tables.
 #pragma once
 
 #include <string>
 
 namespace mqam {
 
-/// Returns the whole page in Markdown, with lines of at most 120 characters but for long texts of messages.
+/// Returns the whole page in Markdown. Only long texts of messages have lines of more than 120 characters.
 [[nodiscard]] std::string FormatReferencePage();
 
 }  // namespace mqam

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The numbered rules, guarantees and limits of a load that can be restarted. docs/hosts.md has the same items;
-// a test compares them.
+// Lists the numbered rules, guarantees and limits of a load that can be restarted. docs/hosts.md has the same
+// items; a test compares them.
 #pragma once
 
 #include <span>
@@ -10,15 +10,15 @@
 namespace mqam {
 
 struct LoadRule {
-    /// "H6", "T1", "G5", "L12".
+    /// The id, for example "H6", "T1", "G5" or "L12".
     const char* id;
     /// A guarantee and a limit have a name: "identical messages". A rule has an empty one.
     const char* name;
     /// The first sentence, which can be understood alone.
     const char* statement;
-    /// The rest: the reason, and what happens otherwise. May be empty.
+    /// The rest: the reason, and what happens otherwise. It may be empty.
     const char* detail;
-    /// What an operator does about it. Empty for a rule, which `mqam` follows by itself.
+    /// What an operator does about it. It is empty for a rule, which `mqam` follows by itself.
     const char* action;
 };
 

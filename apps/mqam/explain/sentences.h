@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Sentences and clauses of the tables, in the form that a place needs.
+// Brings sentences and clauses of the tables into the form that a place needs.
 #pragma once
 
 #include <cstddef>

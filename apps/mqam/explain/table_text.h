@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The columns of the tables as sentences.
+// Turns columns of the tables into sentences.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Comparing what a user typed with what there is.
+// Compares what a user typed with what there is.
 #pragma once
 
 #include <cstddef>

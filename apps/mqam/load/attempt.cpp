@@ -102,8 +102,8 @@ bool IsLastRecordLoaded(Attempt& attempt, std::uint32_t length) {
            DigestOf(attempt.buffer.data(), length) == state.lastRecordDigest;
 }
 
-// The first replayed record proves that checkpoint file and target belong together. A checkpoint is taken right after
-// it: from then on every later record is in the file or on the queue, whatever happens.
+// The first replayed record proves that checkpoint file and target belong together. A checkpoint is taken
+// right after it; from then on every later record is in the file or on the queue, whatever happens.
 bool TakeFirstRecord(Attempt& attempt, std::uint32_t length) {
     attempt.lastLength = length;
     if (!attempt.context.decision.firstRecordIsRepeat) {
@@ -203,7 +203,8 @@ void StoreInputEnd(Attempt& attempt, LastEnd inputEnd, bool nothingCame) {
     if (inputEnd == LastEnd::kEarly && nothingCame) ResultOf(attempt).end = AttemptEnd::kNoProgress;
 }
 
-// Called after a Close without error. If the process dies in here nothing is lost: the next attempt does it again.
+// This is called after a Close without error. If the process dies here, nothing is lost: the next attempt
+// does it again.
 void FinishAttempt(Attempt& attempt, LastEnd inputEnd) {
     const bool nothingCame =
         attempt.previousEnd != LastEnd::kNone && attempt.previousEndRecords == attempt.records;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// One attempt of a restartable load: from the restart state, and whatever the previous attempts left on disk, to an end
-// of input, a failure or a request to stop. docs/hosts.md has the numbered rules that the order of calls follows, and
-// the reason for each.
+// Makes one attempt of a restartable load: from the restart state, and whatever the previous attempts left on
+// disk, to an end of input, a failure or a request to stop. docs/hosts.md has the numbered rules that the
+// order of calls follows, and the reason for each.
 //
 // A process makes at most one attempt and must then end immediately (platform::ExitImmediately), without Shut: the
 // module's state cannot be used a second time, and after a failure nothing may be closed, because a disconnect commits

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How one attempt of a restartable load ended.
+// Records how one attempt of a restartable load ended.
 #pragma once
 
 #include <string>

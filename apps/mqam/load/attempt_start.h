@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What an attempt of a restartable load does before its Open: it acquires the locks, finds out which load this is and
-// how far it has come, and brings the files into a state from which the module can resume.
+// Does what comes before the Open of an attempt of a restartable load: it acquires the locks, finds out which
+// load this is and how far it has come, and brings the files into a state from which the module can resume.
 #pragma once
 
 #include <cstdint>

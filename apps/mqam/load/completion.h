@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a restartable load still has to do on disk once every message is in its target.
+// Does what a restartable load still has to do on disk once every message is in its target.
 #pragma once
 
 #include "mqam/base/status.h"

@@ -23,7 +23,7 @@ enum class AttemptEnd : std::uint8_t {
     /// The input ended early, and the previous attempt had come just as far.
     kNoProgress,
     kInterrupted,
-    /// The module's time-out expired.
+    /// The module reported that its time-out had expired.
     kTimeout,
     /// A second interrupt ended the worker immediately.
     kStoppedImmediately,
@@ -54,27 +54,28 @@ enum class AfterAttempt : std::uint8_t {
 
 /// What a command advises the user to do next.
 enum class NextHint : std::uint8_t {
-    /// Nothing: the message says everything.
+    /// The message says everything that there is to do.
     kNone,
     kRunAgain,
     kFixAndRunAgain,
 };
 
-/// The exit code of an end that a worker cannot report itself.
+/// This is the exit code of an end that a worker cannot report itself.
 inline constexpr int kNoWorkerCode = -1;
 
 /// A worker's exit codes from 64 on are never those of a command.
 enum WorkerExitCode : int {
     kWorkerInputEnded = 64,
     kWorkerNoProgress = 65,
-    /// Stands for kExitNotStarted: the bare 1 is what Windows reports of a process that someone has ended.
+    /// A worker returns this for kExitNotStarted, because Windows reports a bare 1 for a process that someone
+    /// has ended.
     kWorkerRefused = 66,
 };
 
 struct AttemptEndRow {
     AttemptEnd end;
     int workerCode;
-    /// Of the command, if this is the last attempt.
+    /// The exit code of the command, if this is the last attempt.
     ExitCode exitCode;
     AfterAttempt after;
     NextHint hint;
@@ -89,13 +90,13 @@ struct AttemptEndRow {
 /// or something else ended the process.
 [[nodiscard]] AttemptEnd AttemptEndOf(const WorkerEnd& worker);
 
-/// How a load without restart information ends.
+/// Says how a load without restart information ends.
 enum class PlainLoadEnd : std::uint8_t {
     kEndOfInput,
     /// The module reported the end of the input before the read wait interval had passed.
     kEndedEarly,
     kInterrupted,
-    /// The module's time-out expired.
+    /// The module reported that its time-out had expired.
     kTimeout,
     /// Nothing was opened: files of an earlier load prevent it, or an option is wrong.
     kNotStarted,

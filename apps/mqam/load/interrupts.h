@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Watching for interrupts, with the messages that a load prints when one arrives.
+// Watches for interrupts, with the messages that a load prints when one arrives.
 #pragma once
 
 #include "platform/interrupts.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a load reports while it runs.
+// Receives what a load reports while it runs.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,7 @@
 
 namespace mqam {
 
-/// Called by the load, on its thread. Every member may be empty.
+/// The load calls these on its own thread. Every member may be empty.
 struct LoadObserver {
     std::function<void(const StartupReport&)> report;     ///< the parameters in effect, after Init
     std::function<void(const std::string&)> notice;       ///< an error text that came with success

@@ -14,7 +14,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Everything that one load works with.
+// Contains everything that one load works with.
 struct PlainLoad {
     ModuleSession session;
     const PlainLoadSettings& settings;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A load without restart information: Init, Open, Reads to the end of the input, Close, Shut. The module's state belongs
-// to the process, so a process runs at most one load.
+// Runs a load without restart information: Init, Open, Reads to the end of the input, Close, Shut. The
+// module's state belongs to the process, so a process runs at most one load.
 //
 // What the order of calls protects:
 // - The target is synced to disk before Close, because Close deletes the checkpoint file and the log.

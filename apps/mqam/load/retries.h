@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How often and for how long a command retries after a failure that may be transient (--retry-for).
+// Decides how often and for how long a command retries after a failure that may be transient (--retry-for).
 #pragma once
 
 #include <chrono>
@@ -23,7 +23,8 @@ struct Retries {
     int attempts = 0;                                    ///< since the first failure
 };
 
-/// Whether the state is the completion marker of an earlier load, because this one has not stored anything yet.
+/// Returns whether the state is the completion marker of an earlier load, because this one has not stored
+/// anything yet.
 [[nodiscard]] bool IsEarlierCompletionMarker(const Retries& retries);
 
 /// Reads the state that the command finds, before its first attempt.

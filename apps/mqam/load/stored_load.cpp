@@ -60,11 +60,11 @@ Status CheckFirstRecord(const std::string& checkpointPath, const RestartState& s
     const CheckpointScan scan = ScanForStart(checkpointPath, temporaries, maxRecordBytes);
     const StartDecision decision = DecideStart(checkpointPath, state.position, scan, temporaries);
     if (decision.action != StartAction::kReplay || !decision.firstRecordIsRepeat) return {};
-    // Like the module, use the offset only in the file of the previous checkpoint.
+    // The module, too, uses the offset only if the file belongs to the previous checkpoint.
     const bool fromBeginning = scan.sequence == decision.position.CkPtSeq;
     const auto offset = static_cast<std::uint64_t>(decision.position.CkPtOffset);
     const auto first =
-        // An empty record that a rewrite put first is passed over (H15).
+        // An empty record that a rewrite put first is skipped (H15).
         std::find_if(scan.records.begin(), scan.records.end(), [&](const ScannedRecord& record) {
             return record.length != 0 && (fromBeginning || record.offset >= offset);
         });

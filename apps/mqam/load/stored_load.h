@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What is stored about the load that a checkpoint file belongs to, for the commands that show and repair such files.
+// Reads what is stored about the load that a checkpoint file belongs to, for the commands that show and
+// repair such files.
 #pragma once
 
 #include <cstdint>

@@ -18,9 +18,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Long enough for another command that is just ending.
+// This is long enough for another command that is just ending.
 constexpr int kCommandLockTimeoutSeconds = 2;
-// Each empty message costs an attempt; without this limit, a queue whose MQGETs fail at once would cost attempts forever.
+// Each empty message costs an attempt. Without this limit, a queue whose MQGETs fail immediately would cost
+// attempts forever.
 constexpr int kAttemptsWithoutProgressMax = 20;
 
 int Refuse(const std::string& error) {
@@ -145,7 +146,7 @@ AttemptEnd RunOneAttempt(Target& target, const std::vector<std::string>& argumen
                      "\n");
         return AttemptEnd::kTargetFailed;
     }
-    // Exit code 0 without a finished load: a library called exit(). This counts as a crash.
+    // Exit code 0 without a finished load means that a library called exit(). This counts as a crash.
     if (end == AttemptEnd::kLoadDone && !IsOver(retries.seen)) end = AttemptEnd::kWorkerKilled;
     if (end == AttemptEnd::kWorkerNotStarted) {
         PrintMessage("mqam load: a worker process cannot be started: " + worker.reason + "\n");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The command of a restartable load: it reads what is stored, starts a worker for each attempt, and retries after a
-// failure if the user asked for that.
+// Runs the command of a restartable load: it reads what is stored, starts a worker for each attempt, and
+// retries after a failure if the user asked for that.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 namespace mqam {
 
 enum class RestartPolicy {
-    kAuto,   ///< resume an unfinished load, else begin a new one
+    kAuto,   ///< resume an unfinished load, otherwise begin a new one
     kNever,  ///< refuse if a load is unfinished
     kOnly,   ///< refuse if no load is unfinished
 };

@@ -47,7 +47,8 @@ std::string DescribeCompletedLoad(const RestartState& state, const Target& targe
            target.StateName() + ")\n";
 }
 
-// Returns the lines that the user sees, each with its line end; empty if there is nothing to report.
+// Returns the lines that the user sees, each with its line end, or an empty string if there is nothing to
+// report.
 std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& result, const Target& target) {
     switch (result.end) {
         case AttemptEnd::kLoadDone: return DescribeDone(settings, result, target);

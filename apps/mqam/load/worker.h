@@ -11,8 +11,8 @@
 
 namespace mqam {
 
-/// The hidden options with which a command starts its workers. The value of the first one is the time at which the
-/// command started, in milliseconds since the system's epoch.
+/// A command starts its workers with these hidden options. The value of the first one is the time at which
+/// the command started, in milliseconds since the system's epoch.
 inline constexpr char kWorkerOption[] = "--worker-since";
 inline constexpr char kCompletedBeforeOption[] = "--worker-completed-before";
 inline constexpr char kFollowsEndOption[] = "--worker-follows-end";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A worker: this very program, started again with the same arguments and some more, for one attempt at the load. It
-// ends when the program that started it ends, however that happens.
+// Starts a worker: this very program again, with the same arguments and some more, for one attempt at the
+// load. The worker ends when the program that started it ends, however that happens.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The host's log, as the module sees it: an object whose function table receives the start-up report. That is the only
-// way to see the parameters in effect without opening a queue.
+// Receives the host's log from the module: the handle leads to an object whose function table receives the
+// start-up report. That is the only way to see the parameters in effect without opening a queue.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The module's initialization string: keywords with a leading dash and their values, separated by blanks.
+// Builds the module's initialization string: keywords with a leading dash and their values, separated by
+// blanks.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A failed request of the module: which one, its code and its error text.
+// Describes a failed request of the module: which one, its code and its error text.
 #pragma once
 
 #include <string>

@@ -122,7 +122,7 @@ ModuleFailure ModuleSession::LastFailure() const {
         outcome.request += " " + attribute_;
     }
     outcome.code = code_;
-    // A refused attribute builds no text: what is attached then belongs to an earlier request.
+    // A refused attribute makes no error text. The text that is attached then belongs to an earlier request.
     const bool hasText = code_ != pmrcBadAttrName && code_ != pmrcBadAttrValue && code_ != pmrcNotSupported &&
                          code_ != pmrcBadVersion;
     if (hasText && text_ != nullptr) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The module as its host drives it: it is found, loaded, and called with one request at a time.
+// Drives the module as its host does: finds it, loads it, and makes one request at a time.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ namespace mqam {
 /// The error says what was tried and why it failed.
 Status LoadModule(const std::string& path, PIDMMainFunction& entryPoint);
 
-/// The requests to a loaded module. Each of these methods makes one request and returns the module's code.
+/// Makes requests of a loaded module. Each of these methods makes one request and returns the module's code.
 class ModuleSession {
   public:
     explicit ModuleSession(PIDMMainFunction entryPoint) : entryPoint_(entryPoint) {}
@@ -34,7 +34,7 @@ class ModuleSession {
     [[nodiscard]] ReturnCode PutAttribute(const std::string& name, std::string_view value);
     /// `maxRecordBytes` is set if the code is pmrcOK.
     [[nodiscard]] ReturnCode Open(std::int16_t mode, std::uint32_t& maxRecordBytes);
-    /// `buffer` has room for at least maxRecordBytes.
+    /// `buffer` must have room for at least maxRecordBytes.
     [[nodiscard]] ReturnCode Read(void* buffer, std::uint32_t& length);
     /// `position` is set if the code is pmrcOK and the module returned one.
     [[nodiscard]] ReturnCode GetPos(PositionData& position);
@@ -42,11 +42,12 @@ class ModuleSession {
     [[nodiscard]] ReturnCode Close();
     [[nodiscard]] ReturnCode Shut();
 
-    /// The last request with its code and the error text that came with it.
+    /// Returns the last request with its code and the error text that came with it.
     [[nodiscard]] ModuleFailure LastFailure() const;
 
-    /// Returns the error text of the last request if it is new, else an empty string. The module attaches a text to every
-    /// later return as well, so only a text that differs from the previous one is new.
+    /// Returns the error text of the last request if it is new, otherwise an empty string. The module
+    /// attaches a text to every later return as well, so only a text that differs from the previous one is
+    /// new.
     [[nodiscard]] std::string TakeNewText();
 
   private:

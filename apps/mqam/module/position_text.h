@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The position of a checkpoint as 32 hexadecimal digits: its 16 bytes as the module hands them out.
+// Writes the position of a checkpoint as 32 hexadecimal digits: its 16 bytes as the module hands them out.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace mqam {
 
-/// Returns the position, or none if the text is anything but 32 hexadecimal digits.
+/// Returns the position, or none unless the text consists of 32 hexadecimal digits.
 [[nodiscard]] std::optional<PositionData> ParsePosition(const std::string& digits);
 
 [[nodiscard]] std::string FormatPosition(const PositionData& position);

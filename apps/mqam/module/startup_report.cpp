@@ -18,7 +18,7 @@ std::string Trim(const std::string& text) {
     return text.substr(start, text.find_last_not_of(" \r") - start + 1);
 }
 
-// The value without the quotes around it.
+// Returns the value without the quotes around it.
 std::string Unquote(const std::string& value) {
     if (value.size() >= 2 && value.front() == '\'' && value.back() == '\'') {
         return value.substr(1, value.size() - 2);

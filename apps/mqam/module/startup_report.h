@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The start-up report that the module passes to the log of its host after Init: who the module is, and the
-// parameters in effect. The module reports them as text only; this is the one place that reads that text.
+// Reads the start-up report that the module passes to the log of its host after Init: who the module is, and
+// the parameters in effect. The module reports them as text only; this is the one place that reads that text.
 #pragma once
 
 #include <chrono>
@@ -42,7 +42,7 @@ inline constexpr std::size_t kLongestReportedLine = 1022;
 
 [[nodiscard]] StartupReport ParseReport(const std::string& text);
 
-/// The error message for a report with a truncated parameter.
+/// Returns the error message for a report with a truncated parameter.
 [[nodiscard]] std::string DescribeTruncation(const StartupReport& report);
 
 /// Returns the report as lines in two columns, each with its line end and `indent` before it.

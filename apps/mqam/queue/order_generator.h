@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Generated messages for trials: orders as a shop would send them, and binary ones. The same seed generates the same
-// messages on every system.
+// Generates messages for trials: orders as a shop would send them, and binary ones. The same seed generates
+// the same messages on every system.
 #pragma once
 
 #include <cstdint>

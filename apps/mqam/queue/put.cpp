@@ -25,7 +25,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A put in progress.
+// Keeps the state of a put in progress.
 struct Putting {
     std::unique_ptr<spoolmq::StoreConnection> connection;
     std::unique_ptr<spoolmq::StoreQueue> queue;

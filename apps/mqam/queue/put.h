@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam queue put`: messages from files, standard input or a generator.
+// `mqam queue put` puts messages from files, standard input or a generator.
 #pragma once
 
 #include <cstdint>

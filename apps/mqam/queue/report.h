@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam queue list` and `mqam queue show`: the contents of the spool directory.
+// `mqam queue list` and `mqam queue show` print the contents of the spool directory.
 #pragma once
 
 #include <cstdint>

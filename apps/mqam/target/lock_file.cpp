@@ -10,7 +10,7 @@ namespace mqam {
 
 namespace {
 
-// The locks that this process holds, by path.
+// Maps the path of each lock that this process holds to the lock.
 std::map<std::string, platform::LockHandle>& HeldLocks() {
     static std::map<std::string, platform::LockHandle> held;
     return held;

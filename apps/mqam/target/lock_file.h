@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Locks of a load: a file that one process holds. The lock ends with the process, however that ends.
+// Locks the files of a load. A lock is a file that one process holds; it ends with the process, however that
+// ends.
 #pragma once
 
 #include <string>

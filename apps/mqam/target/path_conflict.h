@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The files that a load uses. Each must be a file of its own.
+// Checks the files that a load uses: each must be a file of its own.
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@ struct LoadFile {
     const char* use;   ///< what it is for, for example "target"
 };
 
-/// Refuses two uses of the same file, also by way of links, and names the first such pair.
+/// Refuses two uses of the same file, including those by way of links, and names the first such pair.
 Status CheckPathConflicts(const std::vector<LoadFile>& files);
 
 }  // namespace mqam

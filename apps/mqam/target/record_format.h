@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// How records lie in a file, one after the other.
+// Says how records follow one another in a file.
 #pragma once
 
 namespace mqam {

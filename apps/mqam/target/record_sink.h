@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Where the records of a plain load go. A load does not know which kind of sink it writes to.
+// Takes the records of a plain load. A load does not know which kind of sink it writes to.
 #pragma once
 
 #include <cstddef>
@@ -17,16 +17,17 @@ class RecordSink {
     RecordSink& operator=(const RecordSink&) = delete;
     virtual ~RecordSink() = default;
 
-    /// Opens the sink. Called once, when the input is open and before the first record.
+    /// Opens the sink. It is called once, when the input is open and before the first record.
     virtual Status Open() = 0;
 
     /// Puts one record; the bytes are not kept.
     virtual Status Put(const char* record, std::size_t length) = 0;
 
-    /// Syncs everything put so far to disk. Called between a GetPos and the next Read.
+    /// Syncs everything put so far to disk. It is called between a GetPos and the next Read.
     virtual Status Save() = 0;
 
-    /// Writes what is still buffered, syncs it to disk and closes. Only after this may success be reported.
+    /// Writes what is still buffered, syncs it to disk and closes the sink. Success may be reported only
+    /// after this.
     virtual Status Finish() = 0;
 };
 

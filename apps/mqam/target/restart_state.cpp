@@ -94,7 +94,7 @@ constexpr Field NumberField(const char* key) {
             [](const std::string& value, State& s) { return ReadNumber(value, s.*Member); }};
 }
 
-// The keys are the format on disk and do not change, even where a member has a newer name.
+// These keys are part of the format on disk and do not change, even where a member has a newer name.
 constexpr Field kFields[] = {
     {"phase", [](const State& s) { return std::string(kPhases[static_cast<std::size_t>(s.phase)]); },
      [](const std::string& value, State& s) { return ReadWord(value, kPhases, s.phase); }},

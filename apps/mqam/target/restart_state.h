@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a restartable load keeps from one attempt to the next, and its form on disk: lines of key=value that an operator
-// can read, followed by a checksum. A text that is not exactly what FormatRestartState wrote is refused; nothing is
-// guessed.
+// Defines what a restartable load keeps from one attempt to the next, and its form on disk: lines of
+// key=value that an operator can read, followed by a checksum. A text that is not exactly what
+// FormatRestartState wrote is refused; nothing is guessed.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ enum class LoadPhase {
     kComplete,  ///< they are deleted too: the state is a completion marker
 };
 
-/// How the previous attempt ended, if it ended with the end of the input.
+/// Says how the previous attempt ended, if it ended with the end of the input.
 enum class LastEnd {
     kNone,       ///< it did not get that far
     kEarly,      ///< the input ended before the read wait interval had passed
@@ -31,7 +31,7 @@ enum class LastEnd {
 struct RestartState {
     LoadPhase phase = LoadPhase::kLoading;
 
-    // Which load this is. Paths are absolute.
+    // These members identify the load. Paths are absolute.
     std::string queueManager;
     std::string queue;
     std::string checkpointFile;
@@ -42,7 +42,7 @@ struct RestartState {
     std::string begun;           ///< when the load began, in UTC
     std::uint64_t attempts = 0;  ///< attempts that stored a checkpoint
 
-    // What is durable in the target.
+    // These members say what is durable in the target.
     std::uint64_t records = 0;
     std::uint64_t bytes = 0;         ///< the sum of the record lengths
     std::uint64_t targetLength = 0;  ///< including what was there before the load
@@ -55,9 +55,10 @@ struct RestartState {
     std::uint64_t lastEndRecords = 0;
 };
 
-/// Whether a load has begun and is not over. Without a stored position nothing has been read, so the load has not begun.
+/// Returns whether a load has begun and is not over. Without a stored position nothing has been read, so the
+/// load has not begun.
 [[nodiscard]] bool IsUnfinished(const std::optional<RestartState>& state);
-/// Whether every message of the load is in the target.
+/// Returns whether every message of the load is in the target.
 [[nodiscard]] bool IsOver(const std::optional<RestartState>& state);
 
 [[nodiscard]] std::string FormatRestartState(const RestartState& state);
@@ -66,7 +67,7 @@ struct RestartState {
 /// then undefined.
 Status ParseRestartState(const std::string& text, RestartState& state);
 
-/// FNV-1a with 64 bits: detects records that differ by accident, not by intent.
+/// Returns the FNV-1a hash with 64 bits: it detects records that differ by accident, not by intent.
 [[nodiscard]] std::uint64_t DigestOf(const char* bytes, std::size_t length);
 
 }  // namespace mqam

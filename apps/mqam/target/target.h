@@ -35,11 +35,11 @@ class Target {
     Target& operator=(const Target&) = delete;
     virtual ~Target() = default;
 
-    /// Reads the stored state; none if nothing is stored. Needs no lock.
+    /// Reads the stored state, or none if nothing is stored. It needs no lock.
     virtual Status LoadState(std::optional<RestartState>& state) = 0;
 
-    /// Whether a new load would find records of an earlier one: the target exists and is not empty, or cannot be
-    /// read, and the user did not say that the load may add to it.
+    /// Returns whether a new load would find records of an earlier one: the target exists and is not empty,
+    /// or cannot be read, and the user did not say that the load may add to it.
     [[nodiscard]] virtual bool IsOccupied() = 0;
 
     /// Makes the first state of a load durable, before anything in the target is touched, and sets its targetLength.
@@ -53,7 +53,7 @@ class Target {
     /// Puts one record; the bytes are not kept.
     virtual Status Put(const char* record, std::size_t length) = 0;
 
-    /// The length of the target with everything put so far, in the unit of the state's targetLength.
+    /// Returns the length of the target with everything put so far, in the unit of the state's targetLength.
     [[nodiscard]] virtual std::uint64_t Length() const = 0;
 
     /// Makes everything put so far durable, and after that, or in the same instant, the state that counts it.
@@ -62,7 +62,7 @@ class Target {
     /// Makes a state durable that does not count the records put since the last Store. No Put may follow.
     virtual Status StoreEnd(const RestartState& state) = 0;
 
-    /// The target, the format of its records, and the place of its state, as the user knows them.
+    /// These name the target, the format of its records, and the place of its state, as the user knows them.
     [[nodiscard]] virtual const std::string& Name() const = 0;
     [[nodiscard]] virtual std::string Format() const = 0;
     [[nodiscard]] virtual const std::string& StateName() const = 0;
@@ -72,7 +72,8 @@ class Target {
     virtual Status AcquireLock(TargetLock lock, int timeoutSeconds) = 0;
     virtual void ReleaseLock(TargetLock lock) = 0;
 
-    /// The files of the target and its state, including the locks; none for a target without local files.
+    /// Returns the files of the target and its state, including the locks; none for a target without local
+    /// files.
     [[nodiscard]] virtual std::vector<LoadFile> Files() const = 0;
 };
 

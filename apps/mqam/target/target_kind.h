@@ -15,7 +15,7 @@
 
 namespace mqam {
 
-/// What the user asked for, by the options of the load.
+/// Contains what the user asked for, by the options of the load.
 struct TargetRequest {
     std::string name;         ///< --to
     std::string restartFile;  ///< --restart-file; empty = not given
@@ -40,15 +40,15 @@ struct TargetKind {
     Status (*checkOptions)(const TargetRequest& request);
     /// Makes the target; nothing is opened yet. Refuses a name that is not valid.
     Status (*make)(const TargetRequest& request, std::unique_ptr<Target>& target);
-    /// Reads the restart state that is kept at `place`, none if nothing is stored: for a kind that keeps it, the
-    /// name of the target, else the restart file.
+    /// Reads the restart state that is kept at `place`, or none if nothing is stored. The place is the name
+    /// of the target for a kind that keeps the state itself, otherwise the restart file.
     Status (*readState)(const std::string& place, std::optional<RestartState>& state);
 };
 
 /// Every kind of this program, the one without a prefix last.
 [[nodiscard]] std::span<const TargetKind* const> AllTargetKinds();
 
-/// The kind of a target's name, or of the place of a restart state.
+/// Returns the kind of a target's name, or of the place of a restart state.
 [[nodiscard]] const TargetKind& FindTargetKind(const std::string& name);
 
 }  // namespace mqam

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A file as a kind of target, with the restart state in a restart file.
+// Makes a file a kind of target, with the restart state in a restart file.
 #pragma once
 
 #include "mqam/target/target_kind.h"

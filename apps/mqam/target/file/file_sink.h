@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Records into a file or to standard output.
+// Writes records into a file or to standard output.
 //
-// Records are buffered so that many are written at a time, but never for long: as soon as none has come for a moment, a
-// thread writes the buffer. So while a load waits for messages its records are in the file, whatever ends it.
+// Records are buffered so that many are written at a time, but not for long: as soon as none has come for a
+// moment, a thread writes the buffer. So while a load waits for messages its records are in the file,
+// whatever ends it.
 #pragma once
 
 #include <condition_variable>
@@ -36,8 +37,8 @@ class FileSink : public RecordSink {
     Status Save() override;
     Status Finish() override;
 
-    /// Whether the file has exactly `bytes` bytes and is still the file at its path. If not, errno is set as by
-    /// IsFileAt. To be called after Save; a descriptor that was given has no path.
+    /// Returns whether the file has exactly `bytes` bytes and is still the file at its path. If not, errno is
+    /// set as by IsFileAt. It must be called after Save; a descriptor that was given has no path.
     [[nodiscard]] bool HasLength(std::uint64_t bytes);
 
   private:

@@ -14,7 +14,7 @@ namespace mqam {
 
 namespace {
 
-// The number of bytes that a format adds before and after a record.
+// Returns the number of bytes that a format adds before and after a record.
 struct Frame {
     std::uint64_t before;
     std::uint64_t after;
@@ -86,7 +86,7 @@ Status FileTarget::Begin(RestartState& state) {
     return ReplaceRestartFile(settings_.restartFile, state);
 }
 
-// Refuses a file that was replaced or rewritten: it has other bytes where the last record should be.
+// Refuses a file that was replaced or rewritten, because it has other bytes where the last record should be.
 Status FileTarget::CheckLastRecord(const RestartState& state) const {
     if (state.lastRecordLength == 0) return {};
     const Frame frame = FrameOf(settings_.format);

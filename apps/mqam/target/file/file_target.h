@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Records in a file, the restart state in another one. The file is synced to disk before the state that counts its
-// length, and a restart truncates the file to that length.
+// Keeps records in a file and the restart state in another one. The file is synced to disk before the state
+// that counts its length, and a restart truncates the file to that length.
 #pragma once
 
 #include <memory>

@@ -11,7 +11,7 @@ namespace mqam {
 
 namespace {
 
-// More than any restart file has, so that a large file given by mistake is not read completely.
+// No restart file is as long as this, so a large file given by mistake is not read completely.
 constexpr std::size_t kBytesMax = 1048576;
 
 enum class FileRead { kWhole, kMissing, kFailed };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Restart information in a file of its own. The file is always replaced as a whole: at every instant it is either the
-// previous one or the new one.
+// Keeps restart information in a file of its own. The file is always replaced as a whole: at every instant it
+// is either the previous one or the new one.
 #pragma once
 
 #include <optional>
@@ -12,11 +12,11 @@
 
 namespace mqam {
 
-/// The file that is written first and then renamed to `path`.
+/// Returns the path of the file that is written first and then renamed to `path`.
 [[nodiscard]] std::string ScratchOfRestartFile(const std::string& path);
 
-/// Reads restart information; none if there is no file. The error is kTransient if the file cannot be read, kRefused if
-/// it is incomplete or damaged; it names the path.
+/// Reads restart information, or none if there is no file. The error names the path; it is kTransient if the
+/// file cannot be read, kRefused if it is incomplete or damaged.
 Status ReadRestartFile(const std::string& path, std::optional<RestartState>& state);
 
 /// Replaces the restart information with `state`, synced to disk. On failure (kTransient) the previous information is

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A SQLite table as a kind of target, with the restart state in the same database.
+// Makes a SQLite table a kind of target, with the restart state in the same database.
 #pragma once
 
 #include "mqam/target/target_kind.h"

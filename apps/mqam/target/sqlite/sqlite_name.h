@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The name of a SQLite target: sqlite:FILE?table=NAME.
+// Parses the name of a SQLite target: sqlite:FILE?table=NAME.
 #pragma once
 
 #include <string>

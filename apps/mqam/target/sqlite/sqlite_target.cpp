@@ -33,7 +33,7 @@ struct CodeRow {
     const char* next;
 };
 
-// What to do about the codes that have a remedy of their own.
+// Returns what to do about the codes that have a remedy of their own.
 constexpr CodeRow kCodes[] = {
     {SQLITE_BUSY, true, "another program is using the database: let it finish"},
     {SQLITE_LOCKED, true, "another program is using the database: let it finish"},
@@ -55,8 +55,8 @@ const CodeRow* FindCode(int code) {
     return nullptr;
 }
 
-// SQLite's error message, with the system's error where SQLite leaves that out. When an open has failed, SQLite tries
-// other ways, and the system's last error is then not the reason.
+// Returns SQLite's error message, with the system's error where SQLite omits that. When an open has failed,
+// SQLite tries other ways, and the system's last error is then not the reason.
 std::string DescribeError(sqlite3* database) {
     std::string error = sqlite3_errmsg(database);
     const int systemCode = sqlite3_system_errno(database);
@@ -95,7 +95,8 @@ class SqliteTarget : public Target {
     [[nodiscard]] std::string LockPath(TargetLock lock) const {
         return settings_.name.file + "." + key_ + (lock == TargetLock::kCommand ? ".lock" : ".life.lock");
     }
-    // The error of the last call of SQLite. `fact` says what could not be done: "the rows cannot be counted".
+    // Returns the error of the last call of SQLite. `fact` says what could not be done: "the rows cannot be
+    // counted".
     Status Fail(const std::string& fact);
     Status Open();
     Status Run(const std::string& sql, const std::string& fact);

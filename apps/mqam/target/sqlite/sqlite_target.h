@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Records as rows of a SQLite table, the restart state in the same database: one transaction makes both durable.
-// sqlite_target_none.cpp takes the place of sqlite_target.cpp if the program is built without SQLite.
+// Keeps records as rows of a SQLite table and the restart state in the same database: one transaction makes
+// both durable. sqlite_target_none.cpp takes the place of sqlite_target.cpp if the program is built without
+// SQLite.
 #pragma once
 
 #include <memory>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A SQLite VFS that reports a page that the disk cannot read as an I/O error, with the system's error. By itself SQLite
-// calls such a database malformed, as if it were damaged.
+// Wraps SQLite's VFS so that a page that the disk cannot read is an I/O error, with the system's error. By
+// itself SQLite calls such a database malformed, as if it were damaged.
 #pragma once
 
 namespace mqam {
