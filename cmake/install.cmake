@@ -5,11 +5,11 @@
 
 # The files of the targets are installed as they are: they have no search path that would have to be changed.
 install(PROGRAMS $<TARGET_FILE:mqam> DESTINATION ${MQAMOD_INSTALL_BIN} COMPONENT runtime)
-install(FILES $<TARGET_FILE:mqamod> DESTINATION ${MQAMOD_INSTALL_MODULE} COMPONENT runtime)
+install(FILES $<TARGET_FILE:mqamod> $<TARGET_FILE:mqamjournal> DESTINATION ${MQAMOD_INSTALL_MODULE} COMPONENT runtime)
 install(FILES $<TARGET_FILE:spoolmq_mqm> $<TARGET_FILE:spoolmq_mqic>
   DESTINATION ${MQAMOD_INSTALL_SPOOLMQ} COMPONENT spoolmq)
 
-install(FILES include/mqamod.h DESTINATION ${MQAMOD_INSTALL_INCLUDE} COMPONENT dev)
+install(FILES include/mqamod.h include/mqamjournal.h DESTINATION ${MQAMOD_INSTALL_INCLUDE} COMPONENT dev)
 install(DIRECTORY examples DESTINATION ${MQAMOD_INSTALL_DOC} COMPONENT dev
   PATTERN CMakeLists.txt EXCLUDE)
 
@@ -40,7 +40,7 @@ endif()
 get_property(split_targets GLOBAL PROPERTY MQAMOD_SPLIT_TARGETS)
 foreach(target IN LISTS split_targets)
   set(directory ${MQAMOD_INSTALL_BIN})
-  if(target STREQUAL "mqamod")
+  if(target STREQUAL "mqamod" OR target STREQUAL "mqamjournal")
     set(directory ${MQAMOD_INSTALL_MODULE})
   elseif(target MATCHES "^spoolmq_")
     set(directory ${MQAMOD_INSTALL_SPOOLMQ})

@@ -13,6 +13,11 @@ namespace platform {
 /// changed then.
 [[nodiscard]] bool RenameDurably(const std::string& from, const std::string& to, std::string& error);
 
+/// Renames `from` to `to` on the same volume; `to` is replaced if it exists. At every instant `to` is the old file or the
+/// new one. The contents are not synced. On Windows replacing fails while another process has `to` open, so it is
+/// retried for up to 5 seconds.
+[[nodiscard]] bool MoveOverDurably(const std::string& from, const std::string& to, std::string& error);
+
 /// Deletes a file. Fails if there is none.
 [[nodiscard]] bool DeleteDurably(const std::string& path, std::string& error);
 
