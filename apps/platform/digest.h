@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A digest of bytes that is the same on every system and in every release, so it may be stored in files.
+// Computes a digest of bytes that is the same on every system and in every release, so it may be stored in
+// files.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Changes to files that are on the disk when the function returns, so that they survive a loss of power. Every
-// function returns false with the system's error in `error` when it fails; `error` is unchanged otherwise.
+// Changes files in such a way that the change is on the disk when the function returns, so that it survives a
+// loss of power. Every function returns false with the system's error in `error` when it fails; `error` is
+// unchanged otherwise.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +19,7 @@ namespace platform {
 /// retried for up to 5 seconds.
 [[nodiscard]] bool MoveOverDurably(const std::string& from, const std::string& to, std::string& error);
 
-/// Deletes a file. Fails if there is none.
+/// Deletes a file. Fails if it does not exist.
 [[nodiscard]] bool DeleteDurably(const std::string& path, std::string& error);
 
 /// Cuts a file off after `bytes`, which must not exceed its size.

@@ -201,7 +201,8 @@ FileStatus RenameNoReplace(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return StatusOfErrno();
     }
-    // The file system does not know the flag, so look first. Another process may create `to` in between.
+    // The file system does not know the flag, so this looks first. Another process may create `to` in
+    // between.
     if (access(to.c_str(), F_OK) == 0) {
         errno = EEXIST;
         return StatusOfErrno();

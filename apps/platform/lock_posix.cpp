@@ -69,7 +69,8 @@ LockResult AcquireLock(const std::string& path, const LockOptions& options, Lock
 
 void ReleaseLock(const std::string& path, LockHandle lock) {
     if (lock == kNoLock) return;
-    // Deleted while it is locked: a process that opened it in the meantime sees that it is gone.
+    // The file is deleted while it is locked, so a process that opened it in the meantime sees that it is
+    // gone.
     unlink(path.c_str());
     close(static_cast<int>(lock));
 }

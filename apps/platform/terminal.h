@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Terminals.
+// Finds out whether a stream is a terminal.
 #pragma once
 
 namespace platform {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Named points in the store's work at which a test can kill the process: the moments at which a kill would do
+// Names points in the store's work at which a test can kill the process: the moments at which a kill would do
 // the most harm.
 #pragma once
 
@@ -20,7 +20,7 @@ namespace spoolmq {
 ///   recovered     a dead program's messages are back, and its unit of work still exists
 using CrashPointListener = void (*)(std::string_view point);
 
-/// Sets the listener of the process; null, as at start, for none.
+/// Sets the listener of the process. Null, as at the start, means none.
 void SetCrashPointListener(CrashPointListener listener);
 void ReachCrashPoint(std::string_view point);
 
