@@ -312,6 +312,23 @@ TEST_F(RestartPromise, G4_RecordsThatTurnedToZerosAreMissedByVerifyAndByTheLoad)
     EXPECT_TRUE(site.IsDone());
 }
 
+TEST_F(RestartPromise, TargetAndExportOfALoadThatWasKilledHaveEveryMessageOnce) {
+    LoadSite site(folder_.Root(), "export");
+    site.Put(10);
+    site.PlanFaults("MQCMIT 8 kill after");
+    EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
+    const ProgramResult exported =
+        RunProgram(MQAM_PROGRAM,
+                   {"checkpoint", "export", site.CheckpointFile(), "--restart-file", site.RestartFile(),
+                    "--to", site.Path("saved")},
+                   site.Folder());
+    EXPECT_EQ(exported.exitCode, 0) << exported.standardError;
+    const std::string target = ReadFileIfAny(site.Target());
+    const auto stored = static_cast<std::size_t>(std::stoi(site.Stored("target-length")));
+    EXPECT_EQ(target.substr(0, stored) + ReadFileIfAny(site.Path("saved")), site.Lines(8));
+    EXPECT_EQ(site.Depth(), 2);
+}
+
 TEST_F(RestartPromise, L12_AFlippedBitIsNoticedInTheFirstRecordAndInALengthAlone) {
     LoadSite& site = Interrupted("site", 9, "MQCMIT 6 kill before");
     const std::string checkpoint = ReadFileIfAny(site.CheckpointFile());
