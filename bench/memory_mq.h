@@ -7,6 +7,6 @@
 
 #include <cstddef>
 
-/// Sets the size of the following messages, at most kLargestMessage bytes. Exported under this name.
+/// Sets the size of the following messages, at most kLargestMessage bytes. It is exported under this name.
 inline constexpr std::size_t kLargestMessage = 1 << 20;
 using SetMessageBytesFunction = void (*)(std::size_t bytes);

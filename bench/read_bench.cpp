@@ -49,7 +49,7 @@ void TellRates(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-// The number of records of that size that fit into a file before it is rewritten.
+// Returns the number of records of that size that fit into a file before it is rewritten.
 std::int64_t RecordsPerFile(const benchmark::State& state) {
     return kFileBytes / (state.range(0) + 8) + 1;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// libFuzzer's entry points for the harnesses of the module.
+// Contains libFuzzer's entry points for the harnesses of the module.
 #include <cstdint>
 
 #include "fuzz/harness.h"

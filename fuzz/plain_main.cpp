@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// libFuzzer's entry points for the harnesses that do not use the module.
+// Contains libFuzzer's entry points for the harnesses that do not use the module.
 #include <cstdint>
 
 #include "fuzz/harness.h"

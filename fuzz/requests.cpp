@@ -23,7 +23,7 @@ namespace {
 
 constexpr int kMostRequests = 200;
 
-// The positions that the host has received and may return to.
+// Keeps the positions that the host has received and may return to.
 std::array<PositionData, 4> given;
 std::size_t givenCount;
 
@@ -118,7 +118,7 @@ void Identify(ByteReader&) {
 }
 
 void AnyOption(ByteReader& input) {
-    // Write, close/rewind, and numbers that are not options.
+    // The remaining options are Write, close/rewind, and numbers that are not options.
     static constexpr std::uint32_t kOptions[] = {0, pmiPIDMOptWrite, pmiPIDMOptCloseR, 15, 255, 0xFFFFFFFF};
     (void)HostOption(kOptions[input.Byte() % std::size(kOptions)]);
 }

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr char kUnits[] = "root/QM/.units";
 constexpr char kDeadUnit[] = "9-1";  // of a process that has ended
 
-// The unit of work of an open connection, or that of a process that has ended.
+// Names the unit of work of an open connection, or that of a process that has ended.
 std::string SomeUnit() {
     std::string unit = kDeadUnit;
     DIR* entries = opendir(kUnits);
@@ -94,7 +94,7 @@ std::string Path(ByteReader& input) {
     return folder + '/' + Name(input);
 }
 
-// Makes the directories on the path too, if they can be made.
+// Also makes the directories on the path, if they can be made.
 void MakeParent(const std::string& path) {
     std::error_code error;
     fs::create_directories(fs::path(path).parent_path(), error);
@@ -105,7 +105,7 @@ void Remove(const std::string& path) {
     fs::remove_all(path, error);
 }
 
-// Files that someone copied in are taken once they no longer change.
+// Files that someone copied in become messages once they no longer change.
 void LetRest(const std::string& path) {
     const timespec longAgo[] = {{1000000000, 0}, {1000000000, 0}};
     (void)utimensat(AT_FDCWD, path.c_str(), longAgo, 0);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The directory in which an input does its file work. It is empty at the beginning of each input, and the
-// current directory while the input runs. It is in memory (/dev/shm) if the system has that, otherwise in
-// TMPDIR.
+// Provides the directory in which an input does its file work. It is empty at the beginning of each input,
+// and the current directory while the input runs. It is in memory (/dev/shm) if the system has that,
+// otherwise in TMPDIR.
 #pragma once
 
 #include <cstddef>
