@@ -103,7 +103,8 @@ constexpr ExitCodeRow kExitCodes[] = {
      "`mqam checkpoint verify` found a record that is not complete, or a length that is wrong; `mqam "
      "checkpoint repair` found nothing that it can repair safely; or `mqam checkpoint export` could write only a part.",
      "`mqam checkpoint verify FILE` shows what is intact and what is not; `mqam checkpoint export FILE --to OUT` "
-     "saves the records that can be read.", false},
+     "saves the records that can be read.",
+     false},
 };
 
 }  // namespace
