@@ -9,4 +9,7 @@ namespace platform {
 
 [[nodiscard]] bool IsTerminal(int descriptor);
 
+/// Returns how many characters a line of the terminal has; 0 if the descriptor leads to none or it does not say.
+[[nodiscard]] int TerminalColumns(int descriptor);
+
 }  // namespace platform

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "platform/system.h"
@@ -187,8 +188,8 @@ TEST_F(FakeLoad, FailingInitIsTakenApartAndNothingIsOpened) {
         "M/"
         "ParseParms(!ERROR!).__--ERROR:_MQA0127:_<Queue_Manager_Name_must_be_specified._Keyword:_QMGR_<name>>"
         ".",
-        {"--to", Path("out")});
-    EXPECT_EQ(result.exitCode, 2);
+        {"--verbose", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(
         Contains(result.standardError,
                  "mqam load: no queue manager is named, neither in the initialization string nor in "
@@ -204,7 +205,7 @@ TEST_F(FakeLoad, FailingInitIsTakenApartAndNothingIsOpened) {
 }
 
 TEST_F(FakeLoad, FailingOpenLeavesNoTargetAndNeitherClosesNorShuts) {
-    const ProgramResult result = Load("-FAKE_FAIL Open", {"--to", Path("out")});
+    const ProgramResult result = Load("-FAKE_FAIL Open", {"--verbose", "--to", Path("out")});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "Open returned 34")) << result.standardError;
     EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1");
@@ -226,7 +227,7 @@ TEST_F(FakeLoad, FailingReadKeepsWhatWasReadAndNeitherClosesNorShuts) {
 }
 
 TEST_F(FakeLoad, FailingCloseIsToldWithEveryRecordInTheTarget) {
-    const ProgramResult result = Load("-FAKE_RECORDS 2 -FAKE_FAIL Close", {"--to", Path("out")});
+    const ProgramResult result = Load("-FAKE_RECORDS 2 -FAKE_FAIL Close", {"--verbose", "--to", Path("out")});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "mqam load: end of the queue\n  records   2\n"))
@@ -253,9 +254,13 @@ TEST_F(FakeLoad, AttributesArePutAfterInitInOrder) {
 }
 
 TEST_F(FakeLoad, UnknownAttributeEndsTheLoadBeforeOpen) {
-    const ProgramResult result = Load("", {"--to", "-", "--attribute", "UNKNOWN=1"});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_TRUE(Contains(result.standardError, "PutAttribute UNKNOWN returned 33")) << result.standardError;
+    const ProgramResult result = Load("", {"--to", "-", "--verbose", "--attribute", "UNKNOWN=1"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(
+        Contains(result.standardError,
+                 "mqam load: --attribute UNKNOWN: the module does not know an attribute of this name\n"
+                 "  request   PutAttribute UNKNOWN returned 33\n  usage     mqam load "))
+        << result.standardError;
     EXPECT_FALSE(Contains(Calls(), "Open")) << Calls();
 }
 
@@ -418,9 +423,50 @@ TEST_F(FakeLoad, WrongOptionsAreRefusedWithCodeOne) {
             line += " " + word;
         const ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
         EXPECT_EQ(result.exitCode, 1) << line;
-        EXPECT_NE(result.standardError, "") << line;
+        EXPECT_TRUE(result.standardError.starts_with("mqam")) << line << "\n" << result.standardError;
+        EXPECT_TRUE(Contains(result.standardError, "\n  usage     mqam ")) << line << "\n"
+                                                                           << result.standardError;
     }
 }
+
+TEST_F(FakeLoad, HelpHasSeveralNamesAndTheWidthOfTheTerminal) {
+    const ProgramResult option =
+        RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root(), {{"COLUMNS", "60"}});
+    EXPECT_EQ(option.exitCode, 0);
+    for (const Arguments& other :
+         std::vector<Arguments>{{"help", "load"}, {"load", "-h"}, {"load", "help"}}) {
+        const ProgramResult result = RunProgram(MQAM_PROGRAM, other, folder_.Root(), {{"COLUMNS", "60"}});
+        EXPECT_EQ(result.exitCode, 0) << result.standardError;
+        EXPECT_EQ(result.standardOutput, option.standardOutput);
+    }
+    for (const char* columns : {"40", "60", "80", "120"}) {
+        for (const Arguments& command :
+             std::vector<Arguments>{{"help"}, {"help", "load"}, {"help", "queue", "put"}}) {
+            std::istringstream lines(
+                RunProgram(MQAM_PROGRAM, command, folder_.Root(), {{"COLUMNS", columns}}).standardOutput);
+            std::size_t longest = 0;
+            for (std::string line; std::getline(lines, line);) {
+                // A single word may be longer than a line.
+                const std::string text = line.substr(std::min(line.find_first_not_of(' '), line.size()));
+                if (text.find(' ') != std::string::npos) longest = std::max(longest, line.size());
+            }
+            EXPECT_LE(longest, std::stoul(columns));
+        }
+    }
+    EXPECT_EQ(RunProgram(MQAM_PROGRAM, {"help", "laod"}, folder_.Root()).exitCode, 1);
+}
+
+#if !defined(_WIN32)
+TEST_F(FakeLoad, AnAnswerThatCannotBeWrittenIsReported) {
+    for (const char* command : {"help load", "load --help", "--version", "completion bash", "explain 2085"}) {
+        const ProgramResult result = RunProgram(
+            "/bin/sh", {"-c", std::string(MQAM_PROGRAM) + " " + command + " >/dev/full"}, folder_.Root());
+        EXPECT_EQ(result.exitCode, 3) << command;
+        EXPECT_TRUE(Contains(result.standardError, "standard output"))
+            << command << " " << result.standardError;
+    }
+}
+#endif
 
 TEST_F(FakeLoad, HelpTeachesOptionsExamplesAndExitCodes) {
     const ProgramResult result = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());

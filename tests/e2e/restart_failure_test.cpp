@@ -44,7 +44,7 @@ constexpr Fault kPassingFaults[] = {
 TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAndTheSameCommandCompletes) {
     for (const Fault& fault : kPassingFaults)
         Add("fault" + std::to_string(sites_.size()), 10, fault.plan);
-    RunAll(sites_);
+    RunAll(sites_, {"--verbose"});
     for (std::size_t i = 0; i < sites_.size(); ++i) {
         const Fault& fault = kPassingFaults[i];
         LoadSite& site = *sites_[i];

@@ -120,9 +120,9 @@ TEST_F(SpoolLoad, RawBytesOnStandardOutputAreExactAndAlone) {
 }
 
 TEST_F(SpoolLoad, UnknownQueueIsReason2085) {
-    const ProgramResult result =
-        RunProgram(MQAM_PROGRAM, {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--to", Path("out")},
-                   folder_.Root(), Environment());
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM, {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--verbose", "--to", Path("out")},
+        folder_.Root(), Environment());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(
         result.standardError,
@@ -243,7 +243,7 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
 TEST_F(SpoolLoad, LostConnectionBeforeTheFirstMessageIsNotTakenForTheEndOfTheQueue) {
     Put("one");
     faults_ = "MQGET 1 fail 2 2009";
-    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "1", "--verbose", "--to", Path("out")});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
@@ -441,13 +441,41 @@ TEST_F(SpoolLoad, ANegativeCountPutsNothing) {
 
 TEST_F(SpoolLoad, CheckTellsARefusedValueWithItsOption) {
     const ProgramResult result =
-        RunProgram(MQAM_PROGRAM, {"check", "--init", "-QMGR QM1 -QNM Q1 -RWAIT 0"}, folder_.Root());
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_TRUE(Contains(result.standardError,
-                         "  number    MQA0107\n  request   Init returned 34\n  function  CheckParm\n"
-                         "  next      Give 1 to 600 seconds, or -1 to wait for messages without end: "
-                         "`--rwait SECONDS` (keyword RWAIT).\n"))
+        RunProgram(MQAM_PROGRAM, {"check", "--init", "-QMGR QM1 -QNM Q1 -RWAIT 0", "-v"}, folder_.Root());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(
+        Contains(result.standardError,
+                 "  number    MQA0107\n  request   Init returned 34\n  function  CheckParm\n"
+                 "  next      Give 1 to 600 seconds, or -1 to wait for messages without end: "
+                 "`--rwait SECONDS` (keyword RWAIT).\n  usage     mqam check --qmgr NAME --queue NAME "
+                 "[OPTIONS]; `mqam help check` shows more\n"))
         << result.standardError;
+}
+
+// Whoever notices that an option is wrong, the exit code is 1 and the usage line follows.
+TEST_F(SpoolLoad, AWrongOptionHasOneExitCode) {
+    const std::vector<Arguments> wrong = {{"--to", Path("out"), "--timeout", "0"},
+                                          {"--to", Path("out"), "--rwait", "0"},
+                                          {},
+                                          {"--to", Path("out"), "--channel", "C1"},
+                                          {"--to", Path("out"), "--attribute", "COLOUR=red"},
+                                          {"--to", Path("out"), "--parmfile", Path("none")},
+                                          {"--to", Path("out"), "--parmfile", Path("none"), "--ckfile",
+                                           Path("ck"), "--restart-file", Path("r")},
+                                          {"--to", Path("out"), "--attribute", "COLOUR=red", "--ckfile",
+                                           Path("ck"), "--restart-file", Path("r")}};
+    for (const Arguments& more : wrong) {
+        const ProgramResult result = Load(more);
+        EXPECT_EQ(result.exitCode, 1) << result.standardError;
+        EXPECT_TRUE(result.standardError.starts_with("mqam load: ")) << result.standardError;
+        EXPECT_TRUE(
+            Contains(result.standardError,
+                     "\n  usage     mqam load --qmgr NAME --queue NAME --to TARGET [OPTIONS]; `mqam help "
+                     "load` shows more\n"))
+            << result.standardError;
+        EXPECT_FALSE(Contains(result.standardError, "the module failed")) << result.standardError;
+        EXPECT_EQ(ReadFileIfAny(Path("out")), "");
+    }
 }
 
 TEST_F(SpoolLoad, CheckShowsTheModulesKeywordHelp) {
@@ -467,7 +495,7 @@ TEST_F(SpoolLoad, CheckTellsWhatIsWrongWithADamagedParameterFile) {
         ProgramResult result =
             RunProgram(MQAM_PROGRAM, {"check", "--qmgr", "QM1", "--queue", "Q1", "--parmfile", Path("parm")},
                        folder_.Root());
-        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 2) << result.exitCode << " " << bytes;
+        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 1) << result.exitCode << " " << bytes;
         const std::string& wanted = result.exitCode == 0 ? result.standardOutput : result.standardError;
         EXPECT_TRUE(Contains(wanted, result.exitCode == 0 ? "\nMQ read wait interval " : "  message   "))
             << bytes << "\n"

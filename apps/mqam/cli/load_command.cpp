@@ -9,9 +9,11 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "mqam/cli/command_line.h"
 #include "mqam/cli/load_options.h"
 #include "mqam/cli/restartable_load.h"
 #include "mqam/cli/summary.h"
+#include "mqam/explain/advice.h"
 #include "mqam/explain/code_tables.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/interrupts.h"
@@ -48,6 +50,11 @@ constexpr const char* kLoadExamples =
 int Refuse(const std::string& error) {
     PrintMessage("mqam load: " + error + "\n");
     return kExitNotStarted;
+}
+
+// Refuses an option or a value.
+int RefuseOption(const LoadOptions& options, const std::string& error) {
+    return Refuse(error + "\n" + options.usage.substr(0, options.usage.size() - 1));
 }
 
 // Makes the settings of a plain load.
@@ -97,7 +104,11 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const
         return Refuse(outcome.error.Error());
     }
     if (outcome.moduleFailure.code != pmrcOK)
-        PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure));
+        PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure, DetailOf(options)));
+    if (IsWrongOption(outcome.moduleFailure)) {
+        PrintMessage(options.usage);
+        return kExitNotStarted;
+    }
     if (!outcome.error.IsOk()) PrintMessage("mqam load: " + outcome.error.Error() + "\n");
     const bool failed =
         outcome.end == PlainLoadEnd::kModuleFailed || outcome.end == PlainLoadEnd::kTargetFailed;
@@ -113,11 +124,11 @@ int RunLoad(const LoadOptions& options) {
     FileSinkSettings target;
     if (IsRestartable(options)) return RunRestartableLoad(options);
     if (const char* option = FindRestartOption(options)) {
-        return Refuse(std::string(option) + " needs --restart-file FILE, or a SQLite target");
+        return RefuseOption(options, std::string(option) + " needs --restart-file FILE, or a SQLite target");
     }
     Status status = ComposeSettings(options, settings);
     if (status.IsOk()) status = ChooseTarget(options, target);
-    if (!status.IsOk()) return Refuse(status.Error());
+    if (!status.IsOk()) return RefuseOption(options, status.Error());
     const int standardOutput =
         platform::RedirectStdout(settings.wantsKeywordHelp ? platform::ModuleOutput::kToStandardError
                                                            : platform::ModuleOutput::kDropped);
@@ -158,7 +169,10 @@ void AddLoadCommand(CLI::App& app, int& exitCode) {
         footer += "  " + std::to_string(row.code) + "  " + row.meaning + "\n";
     }
     command->footer(footer);
-    command->callback([options, &exitCode] { exitCode = RunLoad(*options); });
+    command->callback([command, options, &exitCode] {
+        options->usage = UsageLineOf(*command);
+        exitCode = RunLoad(*options);
+    });
 }
 
 }  // namespace mqam

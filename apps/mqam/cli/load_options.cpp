@@ -103,11 +103,14 @@ void AddDiagnosisOptions(CLI::App& command, LoadOptions& options) {
                     "set an attribute of the module after Init; may be repeated")
         ->type_name("NAME=VALUE")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all()
         ->group(kDiagnosisGroup);
-    command.add_flag("--verbose", options.verbose, "show the parameters in effect and every checkpoint")
+    command
+        .add_flag("-v,--verbose", options.verbose,
+                  "show the parameters in effect, every checkpoint, and the module's part in a failure")
         ->group(kDiagnosisGroup);
-    command.add_flag("--quiet", options.quiet, "no progress and no summary; failures are still reported")
+    command.add_flag("-q,--quiet", options.quiet, "no progress and no summary; failures are still reported")
         ->group(kDiagnosisGroup);
 }
 
@@ -164,6 +167,10 @@ LoadObserver MakeObserver(const LoadOptions& options) {
         };
     }
     return observer;
+}
+
+FailureDetail DetailOf(const LoadOptions& options) {
+    return options.verbose ? FailureDetail::kForDevelopers : FailureDetail::kForOperators;
 }
 
 ProgressStyle ChooseProgressStyle(const LoadOptions& options, bool recordsOnScreen) {

@@ -11,6 +11,7 @@
 
 #include "mqam/base/progress.h"
 #include "mqam/cli/keyword_options.h"
+#include "mqam/explain/failure_report.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/load/supervisor.h"
 #include "mqam/load/worker.h"
@@ -47,6 +48,9 @@ struct LoadOptions {
         false;                      ///< a load found complete was already complete before the command started
     bool workerFollowsEnd = false;  ///< the previous worker has just waited for the whole read wait interval
 
+    /// The line that follows an error about an option; set when the command runs.
+    std::string usage;
+
     bool verbose = false;
     bool quiet = false;
 };
@@ -64,6 +68,9 @@ Status ComposeAttributes(const LoadOptions& options,
 
 /// Makes the observer that prints what the load reports, in as much detail as the user asked for.
 [[nodiscard]] LoadObserver MakeObserver(const LoadOptions& options);
+
+/// How much of a failure the user asked to see.
+[[nodiscard]] FailureDetail DetailOf(const LoadOptions& options);
 
 /// Chooses how progress is shown.
 ///   recordsOnScreen  whether the records themselves go to the user's terminal

@@ -158,7 +158,7 @@ std::string TransformSizes(std::string& text) {
 
 /// Adds the option that all of the subcommands have.
 void AddSpool(CLI::App& command, std::string& spool) {
-    command.add_option("--spool", spool, "the spool directory, by default $SPOOLMQ_DIR")
+    command.add_option("--spool", spool, "the spool directory. Default: $SPOOLMQ_DIR")
         ->type_name("DIR")
         ->envname("SPOOLMQ_DIR")
         ->required();
@@ -170,8 +170,11 @@ void AddCreate(CLI::App& parent, int& exitCode) {
     AddSpool(*command, options->spool);
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue");
-    command->add_option("--set", options->settings, "set an attribute of what is created")
-        ->type_name("NAME=VALUE");
+    command->add_option("--set", options->settings, "set an attribute of what is created; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
     command->footer(kCreateExamples);
     command->callback([options, &exitCode] { exitCode = RunCreate(*options); });
 }
@@ -215,7 +218,7 @@ void AddPut(CLI::App& parent, int& exitCode) {
     command->add_option("--ccsid", options->ccsid, "character set of the messages (the queue manager's)")
         ->type_name("N")
         ->transform(NumberIn({NumberUnit::kNone, 1, 65535}));
-    command->add_flag("--quiet", options->quiet, "no progress and no summary");
+    command->add_flag("-q,--quiet", options->quiet, "no progress and no summary");
     command->footer(kPutExamples);
     command->callback([options, &exitCode] { exitCode = RunQueuePut(*options); });
 }

@@ -13,7 +13,6 @@ namespace mqam {
 
 namespace {
 
-
 // Refuses options that do not go together.
 Status CheckOptions(const LoadOptions& options) {
     if (options.preserve) {
@@ -64,7 +63,7 @@ int RunRestartableLoad(const LoadOptions& options) {
     AttemptSettings& settings = worker.attempt;
     const Status composed = Compose(options, target, settings);
     if (!composed.IsOk()) {
-        PrintMessage("mqam load: " + composed.Error() + "\n");
+        PrintMessage("mqam load: " + composed.Error() + "\n" + options.usage);
         return kExitNotStarted;
     }
     // With an exclusive open, no attempt begins before the queue manager has put back the messages of the previous one.
@@ -84,6 +83,8 @@ int RunRestartableLoad(const LoadOptions& options) {
     worker.commandStartedMs = options.workerSince;
     worker.progress = ChooseProgressStyle(options, false);
     worker.quiet = options.quiet;
+    worker.detail = DetailOf(options);
+    worker.usage = options.usage;
     worker.observer = MakeObserver(options);
     RunAsWorker(worker, *target);
 }

@@ -52,7 +52,7 @@ constexpr ExitCodeRow kExitCodes[] = {
      "Read the message: it names the option or the file and says what to do. Nothing was changed.", true},
     {kExitModuleFailed,
      "the module failed or refused a request; the records that the summary names are in the target",
-     "A keyword is wrong, the queue or the queue manager does not exist, an authority is missing, or a "
+     "The queue or the queue manager does not exist, an authority is missing, or a "
      "message is too long. A load without restart information ends with this code after every failure of the "
      "module.",
      "Correct what the lines after \"next\" say, then run the same command again. `mqam explain CODE` "
