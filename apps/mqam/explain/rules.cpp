@@ -29,10 +29,14 @@ constexpr LoadRule kRules[] = {
      "return an offset at which no record of the file begins. A later SetPos with it continues in the "
      "middle of a record.",
      ""},
-    {"H5", "", "After SetPos, read exactly one record and then call GetPos.",
+    {"H5", "",
+     "After SetPos, call GetPos when at least one record was read, and before a Read goes beyond the "
+     "checkpoint file.",
      "Until a checkpoint has run, records read from the queue are neither saved nor committed, so they "
      "arrive again although they were loaded. At least one record must be read first, because otherwise "
-     "the position would not identify a record (H4).",
+     "the position would not identify a record (H4). `mqam` calls GetPos once, after the last record of the "
+     "file, whose number it knows from inspecting the file: when the checkpoint then replaces the file, "
+     "every record of it is durable in the target.",
      ""},
     {"H6", "", "Use `TDM YES`, end the attempt at every end of input, and end it with Close.",
      "Let another attempt find out whether this was the end of the load. A crash between saving and "
