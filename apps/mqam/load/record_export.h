@@ -33,7 +33,7 @@ struct ExportPlan {
 ///           record is to be written. Nothing is left out if file and state do not show which records those are.
 [[nodiscard]] ExportPlan PlanExport(const CheckpointScan& scan, const RestartState* stored);
 
-/// Whether every record that the module saved in the file is written or in the target, as far as the file shows.
+/// Returns whether every record that the module saved in the file is written or in the target, as far as the file shows.
 [[nodiscard]] bool IsComplete(const ExportPlan& plan);
 
 [[nodiscard]] std::uint64_t CountRecords(const ExportPlan& plan);

@@ -42,7 +42,7 @@ struct Chain {
     bool isCommitComplete = true;
 };
 
-// Whether the frame continues the chain.
+// Returns whether the frame continues the chain.
 bool Follows(const FrameHeader& frame, const Chain& chain) {
     return frame.offset == chain.pieceBytes &&
            frame.commit == chain.commit + (chain.isCommitComplete ? 1 : 0);
@@ -60,8 +60,8 @@ Chain FollowChain(OpenJournal& journal) {
     return chain;
 }
 
-// Whether an intact frame of a later commit than the one that is incomplete comes after the end of the chain. A loss
-// of power leaves no such frame, because a commit begins only after the one before it has been synced.
+// Returns whether an intact frame of a later commit than the one that is incomplete comes after the end of the chain.
+// A loss of power leaves no such frame, because a commit begins only after the one before it has been synced.
 bool HasLaterCommit(OpenJournal& journal, const Chain& chain) {
     const std::uint64_t incomplete = chain.commit + (chain.isCommitComplete ? 1 : 0);
     std::FILE* const stream = journal.stream.get();

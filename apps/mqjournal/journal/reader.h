@@ -25,7 +25,8 @@ struct JournalScan {
 /// Scans the journal of a checkpoint file.
 [[nodiscard]] JournalScan ScanJournal(const std::string& checkpointPath);
 
-/// Whether the checkpoint file has exactly the content of its journal. False too if either cannot be read.
+/// Returns whether the checkpoint file has exactly the content of its journal. It returns false also if either cannot
+/// be read.
 [[nodiscard]] bool IsContentOfJournal(const std::string& checkpointPath, const JournalScan& journal);
 
 /// Writes the content of the journal of `checkpointPath` to a new file at `path`, which is replaced if it exists. The

@@ -91,7 +91,8 @@ void JournalWriter::Release() {
     descriptor_ = -1;
 }
 
-// Whether the checkpoint file is the one of the last Save, which has only grown, and the journal is still in its place.
+// Returns whether the checkpoint file is the one of the last Save, which has only grown, and the journal is still in
+// its place.
 bool JournalWriter::IsContinued(std::uint64_t identity, std::uint32_t sequence, std::uint64_t bytes) const {
     return descriptor_ >= 0 && identity == identity_ && sequence == sequence_ && bytes >= savedBytes_ &&
            platform::IsFileAt(descriptor_, journalPath_, journalBytes_);

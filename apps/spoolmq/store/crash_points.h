@@ -8,7 +8,7 @@
 
 namespace spoolmq {
 
-/// Called with the name of each point that the process reaches:
+/// The store calls this with the name of each point that the process reaches:
 ///   put-body      the body of a put is written, its descriptor is not
 ///   put-ready     body and descriptor are written, the message is not yet available
 ///   got           a message has been moved into a unit of work (or out of the queue, without syncpoint)
