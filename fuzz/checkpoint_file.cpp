@@ -11,7 +11,7 @@
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 namespace {
 

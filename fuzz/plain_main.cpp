@@ -4,19 +4,19 @@
 #include <cstdint>
 
 #include "fuzz/harness.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int LLVMFuzzerInitialize(int*, char***) {
-    MakeWorkFolder();
+    MakeWorkDirectory();
     return 0;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    EnterWorkFolder();
+    EnterWorkDirectory();
     RunInput({data, size});
-    LeaveWorkFolder();
+    LeaveWorkDirectory();
     return 0;
 }

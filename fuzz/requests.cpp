@@ -15,9 +15,9 @@
 #include "fuzz/clock.h"
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
-#include "fuzz/module_life.h"
+#include "fuzz/module_session.h"
 #include "fuzz/mq_script.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 namespace {
 
@@ -166,7 +166,7 @@ void MakeFile(ByteReader& input) {
     WriteFile(name, input.Bytes(input.Byte()));
 }
 
-void MakeFolder(ByteReader& input) {
+void MakeDirectory(ByteReader& input) {
     (void)mkdir(File(input.Byte()), 0700);
 }
 
@@ -180,7 +180,7 @@ void BreakOrMendClock(ByteReader& input) {
 
 // The process ends and another one begins. It finds only the files that the host made the module keep.
 void NextLife(ByteReader& input) {
-    EndModuleLife();
+    EndModuleSession();
     PlayOutcomes(&input);
 }
 
@@ -199,7 +199,7 @@ constexpr void (*kRequests[])(ByteReader&) = {InitFromParts, InitFromBytes,
                                               PutAttribute,  PutAttributeBytes,
                                               PutLogHandle,  GetAttribute,
                                               CutFile,       RemoveFile,
-                                              MakeFile,      MakeFolder,
+                                              MakeFile,      MakeDirectory,
                                               MoveClock,     BreakOrMendClock,
                                               NextLife,      Preserve};
 

@@ -11,7 +11,7 @@ void MakeSpool();
 
 /// Makes a file with a name and content from the input, in place of whatever has that name.
 void MakeSpoolFile(ByteReader& input);
-void MakeSpoolFolder(ByteReader& input);
+void MakeSpoolDirectory(ByteReader& input);
 /// Makes a named pipe, in place of whatever has that name.
 void MakeSpoolPipe(ByteReader& input);
 /// Makes a file shorter or longer while programs may have it mapped.
