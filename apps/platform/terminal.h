@@ -11,5 +11,6 @@ namespace platform {
 
 /// Returns how many characters a line of the terminal has; 0 if the descriptor leads to none or it does not say.
 [[nodiscard]] int TerminalColumns(int descriptor);
+[[nodiscard]] int StandardErrorColumns();
 
 }  // namespace platform

@@ -19,4 +19,8 @@ int TerminalColumns(int descriptor) {
     return ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+int StandardErrorColumns() {
+    return TerminalColumns(STDERR_FILENO);
+}
+
 }  // namespace platform

@@ -24,4 +24,8 @@ int TerminalColumns(int descriptor) {
     return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
+int StandardErrorColumns() {
+    return TerminalColumns(_fileno(stderr));
+}
+
 }  // namespace platform

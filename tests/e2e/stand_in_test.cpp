@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "platform/system.h"
 #include "tests/support/program_runner.h"
@@ -438,6 +440,108 @@ TEST_F(SpoolLoad, ANegativeCountPutsNothing) {
     }
     EXPECT_EQ(Depth(), 0);
 }
+
+// Runs mqam queue with the stand-in's directory.
+class SpoolQueue : public SpoolLoad {
+  protected:
+    [[nodiscard]] ProgramResult Queue(const Arguments& more) const {
+        Arguments arguments = {"queue"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunProgram(MQAM_PROGRAM, arguments, folder_.Root(), Environment());
+    }
+
+    void SetAttribute(const std::string& line) const {
+        std::ofstream(SpoolLoad::Queue() + "/.queue.ini") << line << "\n";
+    }
+};
+
+TEST_F(SpoolQueue, PutStopsAtTheDepthOfTheQueue) {
+    SetAttribute("max_depth = 3");
+    const ProgramResult result = Queue({"put", "QM1", "Q1", "--count", "5"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(Contains(
+        result.standardError,
+        "mqam queue put: the queue is full (max_depth=3); load its messages, or raise max_depth in "))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "mqam queue put: put 3 messages, ")) << result.standardError;
+    EXPECT_EQ(Depth(), 3);
+}
+
+TEST_F(SpoolQueue, PutObeysAQueueThatTakesNoMessages) {
+    SetAttribute("put = disabled");
+    const ProgramResult result = Queue({"put", "QM1", "Q1", "--count", "1"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(Contains(result.standardError,
+                         "the queue does not take messages (put=disabled); set put=enabled in "))
+        << result.standardError;
+    EXPECT_EQ(Depth(), 0);
+}
+
+TEST_F(SpoolQueue, PutRefusesAMessageThatIsTooLongForTheQueue) {
+    SetAttribute("max_message_length = 10");
+    std::ofstream(Path("ten"), std::ios::binary) << "0123456789";
+    std::ofstream(Path("eleven"), std::ios::binary) << "0123456789x";
+    const ProgramResult result = Queue({"put", "QM1", "Q1", Path("ten"), Path("eleven")});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(Contains(result.standardError,
+                         "a message of 11 bytes is too long for the queue; raise "
+                         "max_message_length=10 of the queue or its queue manager"))
+        << result.standardError;
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolQueue, ACountOfZeroPutsNothing) {
+    const ProgramResult result = Queue({"put", "QM1", "Q1", "--count", "0"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "put 0 messages, 0 bytes, ")) << result.standardError;
+    EXPECT_EQ(Depth(), 0);
+}
+
+TEST_F(SpoolQueue, AnEmptyMessageIsPutOnlyOnRequest) {
+    std::ofstream(Path("none")).flush();
+    for (const Arguments& empty : std::vector<Arguments>{{}, {Path("none")}, {"--lines", "-"}}) {
+        Arguments arguments = {"put", "QM1", "Q1"};
+        arguments.insert(arguments.end(), empty.begin(), empty.end());
+        const ProgramResult refused = Queue(arguments);
+        const bool isLines = !empty.empty() && empty.front() == "--lines";
+        EXPECT_EQ(refused.exitCode, isLines ? 0 : 3) << refused.standardError;
+        if (!isLines) {
+            EXPECT_TRUE(Contains(refused.standardError, "use --empty to put it all the same"))
+                << refused.standardError;
+        }
+        EXPECT_EQ(Depth(), 0);
+    }
+    const ProgramResult result = Queue({"put", "QM1", "Q1", "--empty", Path("none")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "put 1 message, 0 bytes, ")) << result.standardError;
+    EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolQueue, ShowSaysWhenACopiedInFileArrived) {
+    std::ofstream(SpoolLoad::Queue() + "/order.xml") << "<order/>";
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const ProgramResult result = Queue({"show", "QM1", "Q1", "order.xml"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardOutput, "order.xml, 8 bytes, backed out 0 times\n"))
+        << result.standardOutput;
+    EXPECT_TRUE(Contains(result.standardOutput, "PutDate=20")) << result.standardOutput;
+    EXPECT_FALSE(Contains(result.standardOutput, "PutDate=1970")) << result.standardOutput;
+}
+
+#if !defined(_WIN32)
+TEST_F(SpoolQueue, AListThatCannotBeWrittenIsReported) {
+    for (const std::string& command : {std::string("list"), std::string("show QM1 Q1"),
+                                       std::string("show QM1"), std::string("create QM1 Q2")}) {
+        const ProgramResult result =
+            RunProgram("/bin/sh", {"-c", std::string(MQAM_PROGRAM) + " queue " + command + " >/dev/full"},
+                       folder_.Root(), Environment());
+        EXPECT_EQ(result.exitCode, 3) << command;
+        EXPECT_TRUE(
+            Contains(result.standardError, ": standard output cannot be written: No space left on device"))
+            << command << result.standardError;
+    }
+}
+#endif
 
 TEST_F(SpoolLoad, CheckTellsARefusedValueWithItsOption) {
     const ProgramResult result =

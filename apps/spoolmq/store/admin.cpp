@@ -113,9 +113,12 @@ Status CheckUnused(const std::string& qmgrPath, const std::string& name) {
     if (opens == 0 && inUnits == 0) {
         return {};
     }
-    return {StatusCode::kInUse, "queue " + name + " is in use: " + std::to_string(opens) +
-                                    " programs have it open for input, " + std::to_string(inUnits) +
-                                    " messages are in units of work; end those programs first"};
+    const std::string programs =
+        std::to_string(opens) + (opens == 1 ? " program has" : " programs have") + " it open for input, ";
+    const std::string messages =
+        std::to_string(inUnits) + (inUnits == 1 ? " message is" : " messages are") + " in units of work";
+    return {StatusCode::kInUse,
+            "queue " + name + " is in use: " + programs + messages + "; end those programs first"};
 }
 
 Status UnknownQueueManager(const std::string& root, const std::string& name) {
