@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam checkpoint export`: the records of a checkpoint file, also of a damaged one, into a file of their own.
+// `mqam checkpoint export` writes the records of a checkpoint file, even of a damaged one, into a file of
+// their own.
 #pragma once
 
 #include <CLI/App.hpp>

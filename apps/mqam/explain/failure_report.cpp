@@ -36,7 +36,7 @@ constexpr Activity kActivities[] = {
     {"Shut", "releasing the queue manager"},
 };
 
-// The fact of a failure that came without an error text.
+// Returns the fact of a failure that came without an error text.
 std::string FactOfBareCode(const ModuleFailure& failure) {
     constexpr std::string_view kPutAttribute = "PutAttribute ";
     const ReturnCodeRow* row = FindReturnCode(failure.code);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The records of a checkpoint file, written to a file of their own: all that can be read, also on both sides of damage.
+// Writes the records of a checkpoint file to a file of their own: all that can be read, on both sides of any
+// damage.
 #pragma once
 
 #include <cstdint>
@@ -16,11 +17,11 @@
 
 namespace mqam {
 
-/// What can be written of a checkpoint file, in the order of the file.
+/// Lists what can be written of a checkpoint file, in the order of the file.
 struct ExportPlan {
     std::vector<ScannedRecord> before;  ///< complete records before any damage
-    /// The record whose length is right but for one bit, if the records after it begin where the corrected length
-    /// leads.
+    /// A record whose length is right but for one bit, if the records after it begin where the corrected
+    /// length leads.
     std::optional<ScannedRecord> corrected;
     std::vector<ScannedRecord> after;  ///< records after the damage that are separated reliably
     std::uint64_t leftOut = 0;  ///< records that are not written because the load has loaded them already
@@ -38,7 +39,7 @@ struct ExportPlan {
 
 [[nodiscard]] std::uint64_t CountRecords(const ExportPlan& plan);
 
-/// What was written.
+/// Says what was written.
 struct ExportCounts {
     std::uint64_t records = 0;
     std::uint64_t bytes = 0;          ///< of the records, without what the format adds

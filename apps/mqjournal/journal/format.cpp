@@ -3,23 +3,20 @@
 
 #include <cstring>
 
+#include "platform/digest.h"
+
 namespace mqjournal {
 
 namespace {
 
 constexpr char kMagic[] = "MQAMjnl1";
-constexpr std::uint64_t kDigestStart = 0xcbf29ce484222325U;
 
-// FNV-1a with 64 bits, continued.
 std::uint64_t Digest(std::uint64_t digest, const void* bytes, std::size_t count) {
-    const auto* at = static_cast<const unsigned char*>(bytes);
-    for (std::size_t i = 0; i < count; ++i)
-        digest = (digest ^ at[i]) * 0x100000001b3U;
-    return digest;
+    return platform::ContinueDigest(digest, {static_cast<const char*>(bytes), count});
 }
 
 std::uint64_t DigestOfHeader(const JournalHeader& header) {
-    return Digest(kDigestStart, &header, offsetof(JournalHeader, digest));
+    return Digest(platform::kDigestStart, &header, offsetof(JournalHeader, digest));
 }
 
 }  // namespace
@@ -46,7 +43,7 @@ bool IsHeaderIntact(const JournalHeader& header) {
 }
 
 std::uint64_t DigestOfFrame(std::uint64_t salt, const FrameHeader& frame, const char* piece) {
-    const std::uint64_t ofSalt = Digest(kDigestStart, &salt, sizeof salt);
+    const std::uint64_t ofSalt = Digest(platform::kDigestStart, &salt, sizeof salt);
     return Digest(Digest(ofSalt, &frame, offsetof(FrameHeader, digest)), piece, frame.length);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The layout of a journal, the synced copy of a checkpoint file. docs/formats.md describes it.
+// Defines the layout of a journal, the synced copy of a checkpoint file. docs/formats.md describes it.
 //
 // A journal is a header and frames. A frame holds a piece of the checkpoint file, in order and without gaps. The
 // frames of one commit are written together and then synced; the last of them says so. After a loss of power, the

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading the journal of a checkpoint file, and restoring the checkpoint file from it.
+// Reads the journal of a checkpoint file, and restores the checkpoint file from it.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading and writing the files of a journal.
+// Reads and writes the files of a journal.
 #pragma once
 
 #include <cerrno>

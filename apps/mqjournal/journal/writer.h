@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Writing the journal of a checkpoint file. What a call that succeeds has saved is on the disk. Every call that fails
-// returns false with a sentence in `error` that names the file.
+// Writes the journal of a checkpoint file. What a call that succeeds has saved is on the disk. Every call
+// that fails returns false with a sentence in `error` that names the file.
 #pragma once
 
 #include <cstdint>
@@ -48,7 +48,7 @@ class JournalWriter {
 };
 
 /// Replaces the journal of a checkpoint file, or creates it, without content: nothing is committed that the
-/// checkpoint file would be needed for. The directory of the journal is synced in its own parent too.
+/// checkpoint file would be needed for. The directory of the journal is synced in its parent as well.
 [[nodiscard]] bool ResetJournal(const std::string& checkpointPath, std::string& error);
 
 /// Deletes the journal of a checkpoint file, if there is one.

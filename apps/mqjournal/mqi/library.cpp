@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The entry points of the journal library: the verbs that the module calls, and the functions for hosts.
+// Implements the entry points of the journal library: the verbs that the module calls, and the functions for
+// hosts.
 #include <exception>
 #include <memory>
 #include <string>
@@ -19,11 +20,11 @@ namespace {
 constexpr MQLONG kFileSystemError = 2208;  // MQRC_FILE_SYSTEM_ERROR
 
 struct Library {
-    // The verbs of the real library; all null until one is bound. Never cleared.
+    // These are the verbs of the real library; all are null until one is bound. Nothing clears them.
     mqamod::Verbs verbs;
-    // The journal of the connection. Replaced by each MQCONNX.
+    // This is the journal of the connection. Each MQCONNX replaces it.
     std::unique_ptr<mqjournal::JournalWriter> writer;
-    // The last error. Replaced by each one.
+    // This is the last error. Each new one replaces it.
     std::string error;
 };
 Library library;
