@@ -7,7 +7,7 @@
 
 find_package(Threads REQUIRED)
 
-# The cross build has no SQLite.
+# There is no SQLite for the cross build.
 set(MQAMOD_HAVE_SQLITE OFF)
 if(NOT WIN32 AND NOT MQAMOD_FUZZ)
   find_package(SQLite3 QUIET)

@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Contains libFuzzer's entry points for the harnesses of the module.
+// libFuzzer's entry points for the harnesses of the module.
 #include <cstdint>
 
 #include "fuzz/harness.h"
-#include "fuzz/module_session.h"
-#include "fuzz/work_directory.h"
+#include "fuzz/module_life.h"
+#include "fuzz/work_folder.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int LLVMFuzzerInitialize(int*, char***) {
-    MakeWorkDirectory();
+    MakeWorkFolder();
     PrepareModule();
     return 0;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    EnterWorkDirectory();
+    EnterWorkFolder();
     RunInput({data, size});
-    EndModuleSession();
-    LeaveWorkDirectory();
+    EndModuleLife();
+    LeaveWorkFolder();
     return 0;
 }

@@ -51,10 +51,6 @@ bool MoveOver(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-bool MoveOverDurably(const std::string& from, const std::string& to, std::string& error) {
-    return MoveOver(from, to) || Fail(error);
-}
-
 bool ReplaceDurably(const std::string& path, const std::string& scratch, const std::string& bytes,
                     std::string& error) {
     const HANDLE file = CreateFileA(scratch.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
@@ -68,7 +64,7 @@ bool ReplaceDurably(const std::string& path, const std::string& scratch, const s
                        Fail(error);
     CloseHandle(file);
     if (!whole) return false;
-    return MoveOverDurably(scratch, path, error);
+    return MoveOver(scratch, path) || Fail(error);
 }
 
 bool TruncateDurably(const std::string& path, std::uint64_t bytes, std::string& error) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Loads libraries at run time.
+// Libraries that are loaded at run time.
 #pragma once
 
 #include <string>

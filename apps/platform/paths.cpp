@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// No system follows as many links as this.
+// More links than any system follows.
 constexpr int kLinksMax = 40;
 
 bool IsLink(const fs::path& path) {

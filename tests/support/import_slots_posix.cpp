@@ -13,7 +13,7 @@
 
 namespace {
 
-/// glibc relocates the pointers of the dynamic section, but not every loader does.
+/// The dynamic section's pointers are relocated by glibc, but not by every loader.
 std::uintptr_t Relocated(const link_map& map, std::uintptr_t address) {
     return address < map.l_addr ? map.l_addr + address : address;
 }

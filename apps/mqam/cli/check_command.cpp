@@ -10,9 +10,7 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
-#include "mqam/cli/command_line.h"
 #include "mqam/cli/keyword_options.h"
-#include "mqam/explain/advice.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/plain_load.h"
 #include "mqam/module/module_session.h"
@@ -34,7 +32,7 @@ constexpr const char* kCheckExamples =
     "\n"
     "Neither the queue manager nor any file but a trace and the parameter file is touched.\n"
     "\n"
-    "Exit codes: 0 in order, 1 an option or a parameter is wrong, 2 the module failed, 3 standard output "
+    "Exit codes: 0 in order, 1 an option is wrong, 2 the module refuses the parameters, 3 standard output "
     "cannot be\n"
     "written, 4 the module cannot be loaded.\n";
 
@@ -51,10 +49,13 @@ int WriteAnswer(int descriptor, const std::string& text) {
     return kExitDone;
 }
 
-int RunCheck(const CLI::App& command, const ModuleOptions& options, FailureDetail detail) {
+int RunCheck(const ModuleOptions& options) {
     std::string initString;
     const Status composed = ComposeInitString(options, initString);
-    if (!composed.IsOk()) return RefuseCommandLine(command, composed.Error());
+    if (!composed.IsOk()) {
+        PrintMessage("mqam check: " + composed.Error() + "\n");
+        return kExitNotStarted;
+    }
     const bool helpWanted = WasKeywordGiven(options, "HELP");
     const int standardOutput = platform::RedirectStdout(helpWanted ? platform::ModuleOutput::kToStandardError
                                                                    : platform::ModuleOutput::kDropped);
@@ -71,13 +72,11 @@ int RunCheck(const CLI::App& command, const ModuleOptions& options, FailureDetai
     ModuleSession session(entryPoint);
     StartupReport report;
     if (session.Init(initString) != pmrcOK || FetchReport(session, helpWanted, report) != pmrcOK) {
-        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure(), detail));
-        if (!IsWrongOption(session.LastFailure())) return kExitModuleFailed;
-        PrintMessage(UsageLineOf(command));
-        return kExitNotStarted;
+        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure()));
+        return kExitModuleFailed;
     }
     if (session.Shut() != pmrcOK) {
-        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure(), detail));
+        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure()));
         return kExitModuleFailed;
     }
     return WriteAnswer(standardOutput, FormatReport(report, ""));
@@ -91,12 +90,7 @@ void AddCheckCommand(CLI::App& app, int& exitCode) {
     const auto options = std::make_shared<ModuleOptions>();
     AddModuleOptions(*command, *options);
     command->footer(kCheckExamples);
-    const auto verbose = std::make_shared<bool>(false);
-    command->add_flag("-v,--verbose", *verbose, "show the module's part in a failure")->group("Diagnosis");
-    command->callback([command, options, verbose, &exitCode] {
-        const FailureDetail detail = *verbose ? FailureDetail::kForDevelopers : FailureDetail::kForOperators;
-        exitCode = RunCheck(*command, *options, detail);
-    });
+    command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
 }
 
 }  // namespace mqam

@@ -17,8 +17,7 @@ struct AttemptResult {
     AttemptEnd end = AttemptEnd::kRefused;
     RestartState state;  ///< as last stored
     ModuleFailure moduleFailure;
-    /// With kRefused and kTargetFailed. OK with kRefused if the module refuses an option: moduleFailure has the error then.
-    Status error;
+    Status error;  ///< with kRefused and kTargetFailed
 };
 
 // Each of these records how the attempt ended, and returns false.

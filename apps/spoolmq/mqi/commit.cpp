@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Implements MQCMIT and MQBACK.
+// MQCMIT and MQBACK.
 #include "spoolmq/mqi/verb_frame.h"
 
 namespace spoolmq {

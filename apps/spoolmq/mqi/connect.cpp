@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Implements MQCONN, MQCONNX and MQDISC.
+// MQCONN, MQCONNX and MQDISC.
 #include <algorithm>
 #include <cstring>
 
@@ -31,7 +31,7 @@ HandleSharing SharingOf(MQLONG options) {
     return HandleSharing::kNone;
 }
 
-// Returns whether this is a client connection: always through the client library, otherwise on request.
+// Whether this is a client connection: always through the client library, otherwise on request.
 bool IsClientConnection(MQLONG options) {
     if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) {
         return true;
@@ -170,7 +170,7 @@ Outcome ConnectWithOptions(const char* qmgrName, void* connectOptions, MQHCONN* 
     return outcome;
 }
 
-// Commits the unit of work. What cannot be committed is backed out when the connection ends.
+// Commits. What cannot be committed is backed out when the connection ends.
 Outcome CommitAtEnd(StoreConnection& store) {
     if (store.unit.isRollbackOnly && UncommittedCount(store) > 0) {
         return Warning(mqi::MQRC_BACKED_OUT);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Implements MQOPEN and MQCLOSE.
+// MQOPEN and MQCLOSE.
 #include "spoolmq/mqi/open.h"
 
 #include "spoolmq/mqi/structures.h"
