@@ -1,15 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bench/memory_mq.h"
 
+#include <unistd.h>
+
 #include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "mqi/mqi.h"
+
+extern "C" void SetMessageBytes(std::size_t bytes);
 
 namespace {
 
 std::size_t messageBytes = 100;
 std::array<char, kLargestMessage> message;
+// How many messages are left; -1 = the queue is never empty.
+std::int64_t messagesLeft = -1;
+// Null, or a file that exists once the queue is empty.
+const char* emptyMark = nullptr;
+
+void ReadEnvironment() {
+    const char* bytes = std::getenv("MEMORY_MQ_BYTES");
+    const char* messages = std::getenv("MEMORY_MQ_MESSAGES");
+    if (bytes != nullptr) SetMessageBytes(static_cast<std::size_t>(std::strtoull(bytes, nullptr, 10)));
+    if (messages != nullptr) messagesLeft = std::strtoll(messages, nullptr, 10);
+    emptyMark = std::getenv("MEMORY_MQ_EMPTY_MARK");
+    if (emptyMark != nullptr && access(emptyMark, F_OK) == 0) messagesLeft = 0;
+}
+
+void MarkAsEmpty() {
+    if (emptyMark == nullptr) return;
+    if (std::FILE* mark = std::fopen(emptyMark, "w")) (void)std::fclose(mark);
+}
 
 void Succeed(MQLONG* compCode, MQLONG* reason) {
     *compCode = MQCC_OK;
@@ -28,6 +53,7 @@ extern "C" {
 [[gnu::visibility("default")]] void MQCONNX(MQCHAR*, MQCNO*, MQHCONN* Hconn, MQLONG* CompCode,
                                             MQLONG* Reason) {
     *Hconn = 1;
+    ReadEnvironment();
     Succeed(CompCode, Reason);
 }
 
@@ -47,6 +73,13 @@ extern "C" {
 
 [[gnu::visibility("default")]] void MQGET(MQHCONN, MQHOBJ, MQPTR, MQPTR, MQLONG, MQPTR Buffer,
                                           MQLONG* DataLength, MQLONG* CompCode, MQLONG* Reason) {
+    if (messagesLeft == 0) {
+        *CompCode = MQCC_FAILED;
+        *Reason = MQRC_NO_MSG_AVAILABLE;
+        *DataLength = 0;
+        return;
+    }
+    if (messagesLeft > 0 && --messagesLeft == 0) MarkAsEmpty();
     std::memcpy(Buffer, message.data(), messageBytes);
     *DataLength = static_cast<MQLONG>(messageBytes);
     Succeed(CompCode, Reason);

@@ -12,8 +12,8 @@ namespace {
 PIDMMainFunction pidmMain;
 std::vector<char> record(16777216);
 
-[[noreturn]] void Stop(const char* what, const char* why) {
-    (void)std::fprintf(stderr, "read_bench: %s: %s\n", what, why);
+[[noreturn]] void Stop(const char* what, const char* error) {
+    (void)std::fprintf(stderr, "%s: %s\n", what, error);
     std::exit(1);
 }
 
@@ -44,6 +44,14 @@ void StartLoad(const std::string& keywords) {
     OpenBlock open = {};
     open.openMode = MQAMOD_OPEN_FOR_READING;
     Require(pmiPIDMOptOpen, "Open", &open);
+}
+
+void GoBackToFirstCheckpoint() {
+    const PositionData position = {.CkPtSeq = 1, .CkPtMsgCount = 0, .CkPtOffset = 0};
+    PositionBlock block = {};
+    block.positionLength = sizeof position;
+    block.position = &position;
+    Require(pmiPIDMOptSetPos, "SetPos", &block);
 }
 
 void RequestCheckpoint() {

@@ -16,6 +16,10 @@ void LoadModule(const char* modulePath, const char* mqLibraryPath);
 /// Calls Init with the keywords, then Open. Ends the process with the module's error text if one fails.
 void StartLoad(const std::string& keywords);
 
+/// Calls SetPos with the position of the first checkpoint, so that the next ReadOne replays the first record of the
+/// checkpoint file. Requires that RequestCheckpoint has been called once since StartLoad.
+void GoBackToFirstCheckpoint();
+
 /// Calls GetPos. The next ReadOne carries the checkpoint out.
 void RequestCheckpoint();
 

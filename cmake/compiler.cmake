@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# How everything is compiled and linked. A target gets its flags by linking one of these interface targets:
+# Defines how everything is compiled and linked. A target gets its flags by linking one of these interface targets:
 #   project_options  the programs and libraries that we ship: warnings, hardening, sanitizers, coverage
 #   module_options   what the access module adds to them: no exceptions, no run-time type information
 #   test_options     tests and their doubles: warnings only
-# Tests are compiled without optimisation and without sanitizers, because most of what they cost is their
-# compilation. They are linked with the sanitizers' run-time library, so memory that a test lends to the module is
-# still guarded, by the sanitizers' allocator and the module's own instrumentation.
+# Tests are compiled without optimisation and without sanitizers, because most of what they cost is their compilation.
+# They are linked with the sanitizers' run-time library, so memory that a test lends to the module is still guarded, by
+# the sanitizers' allocator and the module's own instrumentation.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# mqamod_split_debug_symbols(target): moves the debug symbols of a finished file into a file of its own next to it,
+# mqamod_split_debug_symbols(target) moves the debug symbols of a finished file into a file of its own next to it,
 # FILE.debug, where debuggers find it by the link that stays in the file. Only optimised builds are shipped, so only
 # their files are split.
 function(mqamod_split_debug_symbols target)

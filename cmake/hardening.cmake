@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# What makes a memory error in a shipped program or library hard to exploit. Included after compiler.cmake;
+# Makes a memory error in a shipped program or library hard to exploit. compiler.cmake must be included first;
 # tests/mqi/finished_files.cmake checks the result in the finished files.
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "^(GNU|Clang)$" OR MSVC OR MQAMOD_FUZZ)
   return()

@@ -1,15 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# What `cmake --install` and the packages contain. Components: runtime (programs, module, documents), spoolmq (the
-# stand-in queue manager), dev (header and examples for authors of hosts), symbols (debug symbols; packages only).
+# Says what `cmake --install` and the packages contain. The components are runtime (programs, module, documents),
+# spoolmq (the stand-in queue manager), dev (header and examples for authors of hosts) and symbols (debug symbols;
+# packages only).
 
 # The files of the targets are installed as they are: they have no search path that would have to be changed.
 install(PROGRAMS $<TARGET_FILE:mqam> DESTINATION ${MQAMOD_INSTALL_BIN} COMPONENT runtime)
-install(FILES $<TARGET_FILE:mqamod> DESTINATION ${MQAMOD_INSTALL_MODULE} COMPONENT runtime)
+install(FILES $<TARGET_FILE:mqamod> $<TARGET_FILE:mqamjournal> DESTINATION ${MQAMOD_INSTALL_MODULE} COMPONENT runtime)
 install(FILES $<TARGET_FILE:spoolmq_mqm> $<TARGET_FILE:spoolmq_mqic>
   DESTINATION ${MQAMOD_INSTALL_SPOOLMQ} COMPONENT spoolmq)
 
-install(FILES include/mqamod.h DESTINATION ${MQAMOD_INSTALL_INCLUDE} COMPONENT dev)
+install(FILES include/mqamod.h include/mqamjournal.h DESTINATION ${MQAMOD_INSTALL_INCLUDE} COMPONENT dev)
 install(DIRECTORY examples DESTINATION ${MQAMOD_INSTALL_DOC} COMPONENT dev
   PATTERN CMakeLists.txt EXCLUDE)
 
@@ -36,11 +37,11 @@ if(NOT WIN32 AND NOT CMAKE_CROSSCOMPILING AND NOT MQAMOD_SANITIZE)
   install(FILES ${pages}/_mqam DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT runtime)
 endif()
 
-# Debuggers look for the symbols of /usr/bin/mqam in /usr/lib/debug/usr/bin; on Windows, next to the program.
+# Debuggers look for the symbols of /usr/bin/mqam in /usr/lib/debug/usr/bin, and on Windows next to the program.
 get_property(split_targets GLOBAL PROPERTY MQAMOD_SPLIT_TARGETS)
 foreach(target IN LISTS split_targets)
   set(directory ${MQAMOD_INSTALL_BIN})
-  if(target STREQUAL "mqamod")
+  if(target STREQUAL "mqamod" OR target STREQUAL "mqamjournal")
     set(directory ${MQAMOD_INSTALL_MODULE})
   elseif(target MATCHES "^spoolmq_")
     set(directory ${MQAMOD_INSTALL_SPOOLMQ})

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Where the finished files are in an installed tree. The programs look for the module in their own directory and then in
-# the one that install_layout.h names.
+# Says where the finished files are in an installed tree. The programs look for the module in their own directory and
+# then in the one that install_layout.h names.
 include(GNUInstallDirs)
 
 if(WIN32)
-  # A zip file is unpacked anywhere: programs and DLLs are at its top.
+  # A zip file is unpacked anywhere, so programs and DLLs are at its top.
   set(MQAMOD_INSTALL_BIN .)
   set(MQAMOD_INSTALL_MODULE .)
   set(MQAMOD_INSTALL_SPOOLMQ spoolmq)

@@ -4,7 +4,8 @@
 # no others. Each layer has an include directory of its own in the build tree that contains only a link to its source
 # directory, so an include that points the wrong way does not compile.
 
-# mqamod_layer(name SOURCES files... USES layers...): a directory of src/. Its headers are included as "name/file.h".
+# mqamod_layer(name SOURCES files... USES layers...) adds a directory of src/. Its headers are included as
+# "name/file.h".
 function(mqamod_layer name)
   cmake_parse_arguments(LAYER "" "" "SOURCES;USES" ${ARGN})
   set(include_dir ${CMAKE_BINARY_DIR}/layers/${name})
@@ -19,7 +20,7 @@ function(mqamod_layer name)
   endforeach()
 endfunction()
 
-# The headers of the standard library that the programs include most, compiled once for all layers of the programs.
+# Compiles the headers of the standard library that the programs include most once for all layers of the programs.
 # scripts/lint and scripts/nightly do without them, which finds an include that is missing.
 function(mqamod_app_headers)
   find_package(Threads REQUIRED)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# What a person who configures the build may choose. The presets in CMakePresets.json set most of these.
+# Declares what a person who configures the build may choose. The presets in CMakePresets.json set most of these.
 
 set(MQAMOD_SANITIZE OFF CACHE STRING
   "sanitizers to build with: OFF, address (with undefined behaviour and the module's invariants), or thread")

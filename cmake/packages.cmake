@@ -7,7 +7,7 @@
 
 find_package(Threads REQUIRED)
 
-# There is no SQLite for the cross build.
+# The cross build has no SQLite.
 set(MQAMOD_HAVE_SQLITE OFF)
 if(NOT WIN32 AND NOT MQAMOD_FUZZ)
   find_package(SQLite3 QUIET)

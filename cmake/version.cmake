@@ -8,11 +8,11 @@
 # are the level of the interface, which the product's version must have as well.
 
 configure_file(${CMAKE_CURRENT_LIST_DIR}/product_version.h.in ${CMAKE_BINARY_DIR}/generated/product_version.h @ONLY)
-# What sees the headers that CMake writes.
+# Targets that see the headers that CMake writes link this.
 add_library(generated_headers INTERFACE)
 target_include_directories(generated_headers INTERFACE ${CMAKE_BINARY_DIR}/generated)
 
-# mqamod_read_module_version(variable name): reads one of the version strings of src/diag/module_id.h.
+# mqamod_read_module_version(variable name) reads one of the version strings of src/diag/module_id.h.
 function(mqamod_read_module_version variable name)
   set(header ${CMAKE_SOURCE_DIR}/src/diag/module_id.h)
   set_property(DIRECTORY ${CMAKE_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
@@ -29,7 +29,7 @@ endfunction()
 mqamod_read_module_version(MQAMOD_MODULE_VERSION kModuleVersion)
 mqamod_read_module_version(MQAMOD_CODE_VERSION kCodeVersion)
 
-# mqamod_resource_numbers(variable version): a version as a resource has it, "16.20.00.04" as "16,20,0,4".
+# mqamod_resource_numbers(variable version) turns a version into the form of a resource: "16.20.00.04" into "16,20,0,4".
 function(mqamod_resource_numbers variable version)
   string(REPLACE "." ";" numbers ${version})
   list(APPEND numbers 0 0 0)
@@ -40,7 +40,7 @@ function(mqamod_resource_numbers variable version)
   set(${variable} ${numbers} PARENT_SCOPE)
 endfunction()
 
-# mqamod_version_resource(target description [FILE_VERSION version]): gives a program or library for Windows a version
+# mqamod_version_resource(target description [FILE_VERSION version]) gives a program or library for Windows a version
 # resource. Its file version is the product's if none is given.
 function(mqamod_version_resource target RC_DESCRIPTION)
   if(NOT WIN32)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The fuzzer's bytes, read from the front. After their end every number is 0 and every text is empty.
+// Reads the fuzzer's bytes from the front. After their end every number is 0 and every text is empty.
 #pragma once
 
 #include <algorithm>

@@ -11,7 +11,7 @@
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ constexpr int kQueueMessages = 2;
 // Above this offset the file system may refuse a seek.
 constexpr std::int64_t kFarOffset = std::int64_t{1} << 40;
 
-// What the two bytes select.
+// The two bytes select these.
 struct Plan {
     std::uint64_t blockSize;
     bool traced;
@@ -55,13 +55,13 @@ std::string BytesOf(T number) {
     return {reinterpret_cast<const char*>(&number), sizeof number};
 }
 
-// The replay as it must happen: the file's bytes and the offset that it has reached.
+// Predicts the replay from the file's bytes and the offset that it has reached.
 struct Replay {
     std::string file;
     std::uint64_t at;
     std::uint64_t blockSize;
     std::string lastRecord;
-    int queueMessages;  // delivered after the file's end
+    int queueMessages;  // messages delivered after the file's end
 };
 
 enum class Step { Record, End, Damage };
@@ -119,7 +119,7 @@ bool ReadOn(Replay& replay) {
     return true;
 }
 
-// Calls GetPos and the Read that carries it out. The file then holds the header, the last record and those
+// Calls GetPos and the Read that carries it out. The file then contains the header, the last record and those
 // that were not replayed yet.
 bool TakeCheckpointAndRead(Replay& replay) {
     const Position position = HostGetPos();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The clock that the module sees. It does not advance unless an input moves it, so no input waits and each
-// behaves the same every time. The program is linked so that calls of time and nanosleep come here.
+// Defines the clock that the module sees. It does not advance unless an input moves it, so no input waits and
+// each behaves the same every time. The program is linked so that calls of time and nanosleep come here.
 #pragma once
 
 #include <cstdint>

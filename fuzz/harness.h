@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What each harness defines. It is called once for every input, with the module as freshly loaded.
+// Declares what each harness defines. It is called once for every input, with the module as freshly loaded.
 #pragma once
 
 #include "fuzz/byte_reader.h"

@@ -50,7 +50,7 @@ class ExactBlock {
     std::size_t bytes_;
 };
 
-// The bytes of a block that the module may write.
+// Says which bytes of a block the module may write.
 struct Outputs {
     std::size_t offset = 0;
     std::size_t bytes = 0;

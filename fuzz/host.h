@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The fuzzer's host: makes requests of the module through PIDMMain. Its blocks are at odd addresses and end
-// exactly after the last field of the request, so that the sanitizer sees every access beyond it. After each
-// request it checks the module's contract: the code exists, the error text ends within its length, and only
-// the request's outputs were written.
+// Plays the fuzzer's host, which makes requests of the module through PIDMMain. Its blocks are at odd
+// addresses and end exactly after the last field of the request, so that the sanitizer sees every access
+// beyond it. After each request it checks the module's contract: the code exists, the error text ends within
+// its length, and only the request's outputs were written.
 #pragma once
 
 #include <cstdint>
@@ -46,5 +46,5 @@ ReturnCode HostIdentify();
 ReturnCode HostPutAttribute(const std::string& name, const std::string& value);
 ReturnCode HostGetAttribute(const std::string& name);
 
-/// Requests an option without a data block: Write, close/rewind, numbers that do not exist.
+/// Requests an option without a data block: Write, close/rewind, or a number that does not exist.
 ReturnCode HostOption(std::uint32_t option);

@@ -6,7 +6,7 @@
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"
 #include "fuzz/text_input.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 void RunInput(ByteReader input) {
     std::string initString = TakeText(input, 34000);

@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// libFuzzer's entry points for the harnesses of the module.
+// Contains libFuzzer's entry points for the harnesses of the module.
 #include <cstdint>
 
 #include "fuzz/harness.h"
-#include "fuzz/module_life.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/module_session.h"
+#include "fuzz/work_directory.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int LLVMFuzzerInitialize(int*, char***) {
-    MakeWorkFolder();
+    MakeWorkDirectory();
     PrepareModule();
     return 0;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    EnterWorkFolder();
+    EnterWorkDirectory();
     RunInput({data, size});
-    EndModuleLife();
-    LeaveWorkFolder();
+    EndModuleSession();
+    LeaveWorkDirectory();
     return 0;
 }

@@ -18,7 +18,7 @@ namespace {
 
 struct Script {
     ByteReader* input = nullptr;  // null: the calm queue
-    int messages = 0;             // that the calm queue will still deliver
+    int messages = 0;             // number of messages that the calm queue will still deliver
     int delivered = 0;
     int emptyAnswers = 0;
     std::string lastMessage;

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The queue manager of the fuzzer. It answers each call as the input says. The module reaches it through the
-// MQ double, which it loads like any MQ library.
+// Plays the queue manager of the fuzzer, which answers each call as the input says. The module reaches it
+// through the MQ double, which it loads like any MQ library.
 #pragma once
 
 #include <string>
 
 #include "fuzz/byte_reader.h"
 
-/// Makes the module find the double. To be called once per process.
+/// Makes the module find the double. It must be called once per process.
 void BindMqScript();
 
 /// Takes the outcome of each call from the input, at least one byte per call. After the input's end every

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A structure or buffer of an MQI caller. It is on the heap, filled with zeros, and exactly as long as its
-// version says, so that the sanitizer sees every access beyond it.
+// Allocates a structure or buffer of an MQI caller. It is on the heap, filled with zeros, and exactly as long
+// as its version says, so that the sanitizer sees every access beyond it.
 #pragma once
 
 #include <algorithm>
@@ -20,7 +20,7 @@ class MqiBlock {
     explicit MqiBlock(std::size_t bytes) : memory_(static_cast<char*>(std::calloc(bytes, 1))), bytes_(bytes) {
         Require(memory_ != nullptr, "there is memory for a block");
     }
-    /// A structure; `kind` chooses among the lengths of its versions 1, 2, ...
+    /// Allocates a structure; `kind` chooses among the lengths of its versions 1, 2, ...
     MqiBlock(std::string_view strucId, std::initializer_list<std::size_t> lengths, unsigned kind)
         : MqiBlock(*(lengths.begin() + kind % lengths.size())) {
         std::copy(strucId.begin(), strucId.end(), memory_);
@@ -44,7 +44,7 @@ class MqiBlock {
     void SetField(std::size_t offset, T value) {
         SetSome(offset, {reinterpret_cast<const char*>(&value), sizeof value});
     }
-    /// A character field, blank padded.
+    /// Sets a character field, padded with blanks.
     void SetText(std::size_t offset, std::size_t size, std::string text) {
         text.resize(size, ' ');
         SetSome(offset, text);

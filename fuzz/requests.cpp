@@ -15,15 +15,15 @@
 #include "fuzz/clock.h"
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
-#include "fuzz/module_life.h"
+#include "fuzz/module_session.h"
 #include "fuzz/mq_script.h"
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 namespace {
 
 constexpr int kMostRequests = 200;
 
-// The positions that the host has received and may return to.
+// Keeps the positions that the host has received and may return to.
 std::array<PositionData, 4> given;
 std::size_t givenCount;
 
@@ -118,7 +118,7 @@ void Identify(ByteReader&) {
 }
 
 void AnyOption(ByteReader& input) {
-    // Write, close/rewind, and numbers that are not options.
+    // The remaining options are Write, close/rewind, and numbers that are not options.
     static constexpr std::uint32_t kOptions[] = {0, pmiPIDMOptWrite, pmiPIDMOptCloseR, 15, 255, 0xFFFFFFFF};
     (void)HostOption(kOptions[input.Byte() % std::size(kOptions)]);
 }
@@ -166,7 +166,7 @@ void MakeFile(ByteReader& input) {
     WriteFile(name, input.Bytes(input.Byte()));
 }
 
-void MakeFolder(ByteReader& input) {
+void MakeDirectory(ByteReader& input) {
     (void)mkdir(File(input.Byte()), 0700);
 }
 
@@ -180,7 +180,7 @@ void BreakOrMendClock(ByteReader& input) {
 
 // The process ends and another one begins. It finds only the files that the host made the module keep.
 void NextLife(ByteReader& input) {
-    EndModuleLife();
+    EndModuleSession();
     PlayOutcomes(&input);
 }
 
@@ -199,7 +199,7 @@ constexpr void (*kRequests[])(ByteReader&) = {InitFromParts, InitFromBytes,
                                               PutAttribute,  PutAttributeBytes,
                                               PutLogHandle,  GetAttribute,
                                               CutFile,       RemoveFile,
-                                              MakeFile,      MakeFolder,
+                                              MakeFile,      MakeDirectory,
                                               MoveClock,     BreakOrMendClock,
                                               NextLife,      Preserve};
 

@@ -12,7 +12,7 @@
 #include <iterator>
 #include <string>
 
-#include "fuzz/work_folder.h"
+#include "fuzz/work_directory.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr char kUnits[] = "root/QM/.units";
 constexpr char kDeadUnit[] = "9-1";  // of a process that has ended
 
-// The unit of work of an open connection, or that of a process that has ended.
+// Names the unit of work of an open connection, or that of a process that has ended.
 std::string SomeUnit() {
     std::string unit = kDeadUnit;
     DIR* entries = opendir(kUnits);
@@ -33,13 +33,13 @@ std::string SomeUnit() {
     return unit;
 }
 
-std::string Folder(std::uint8_t kind) {
-    static constexpr const char* kFolders[] = {
+std::string DirectoryOf(std::uint8_t kind) {
+    static constexpr const char* kDirectories[] = {
         "root/QM/Q",     "root/QM", "root/QM/Q/.desc", "root/QM/Q/.opens", kUnits,
         "root/QM/OTHER", "root",    "root/QM2"};
     static constexpr const char* kStages[] = {"",       "/got",      "/taking", "/put",   "/done",
                                               "/got/Q", "/taking/Q", "/put/Q",  "/done/Q"};
-    if (kind < 160) return kFolders[kind % std::size(kFolders)];
+    if (kind < 160) return kDirectories[kind % std::size(kDirectories)];
     const std::string unit = (kind & 1U) != 0 ? SomeUnit() : kDeadUnit;
     return std::string(kUnits) + '/' + unit + kStages[kind / 2U % std::size(kStages)];
 }
@@ -90,11 +90,11 @@ std::string Name(ByteReader& input) {
 }
 
 std::string Path(ByteReader& input) {
-    const std::string folder = Folder(input.Byte());
-    return folder + '/' + Name(input);
+    const std::string directory = DirectoryOf(input.Byte());
+    return directory + '/' + Name(input);
 }
 
-// Makes the directories on the path too, if they can be made.
+// Also makes the directories on the path, if they can be made.
 void MakeParent(const std::string& path) {
     std::error_code error;
     fs::create_directories(fs::path(path).parent_path(), error);
@@ -105,7 +105,7 @@ void Remove(const std::string& path) {
     fs::remove_all(path, error);
 }
 
-// Files that someone copied in are taken once they no longer change.
+// Files that someone copied in become messages once they no longer change.
 void LetRest(const std::string& path) {
     const timespec longAgo[] = {{1000000000, 0}, {1000000000, 0}};
     (void)utimensat(AT_FDCWD, path.c_str(), longAgo, 0);
@@ -129,7 +129,7 @@ void MakeSpoolFile(ByteReader& input) {
     LetRest(path);
 }
 
-void MakeSpoolFolder(ByteReader& input) {
+void MakeSpoolDirectory(ByteReader& input) {
     const std::string path = Path(input);
     MakeParent(path);
     (void)mkdir(path.c_str(), 0700);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Text inputs that can be long: the byte 1, a character and a 16-bit count represent a run of that character,
-// so a short input reaches the limits of paths, lines and lists.
+// Reads text inputs that can be long: the byte 1, a character and a 16-bit count represent a run of that
+// character, so a short input reaches the limits of paths, lines and lists.
 #pragma once
 
 #include <string>

@@ -19,7 +19,7 @@
 #define BUDGET 2
 #endif
 
-/* The misfortunes that can happen. */
+/* These misfortunes can happen. */
 #ifndef F_CRASH
 #define F_CRASH 1               /* the worker dies, between any two steps */
 #endif
@@ -27,7 +27,7 @@
 #define F_MQ 1                  /* an MQ call fails */
 #endif
 #ifndef F_INHIBIT
-#define F_INHIBIT F_MQ          /* MQGET fails without data on a connection that attempts */
+#define F_INHIBIT F_MQ          /* MQGET fails without data on a connection that works */
 #endif
 #ifndef F_IO
 #define F_IO 1                  /* a file call of the module fails */
@@ -81,7 +81,7 @@
 #define POWER 0                 /* a crash may lose what was flushed but never reached the disk */
 #endif
 
-/* The rules. */
+/* The host keeps these rules. */
 #ifndef RULE_H1
 #define RULE_H1 1               /* GetPos right after Open, before the first Read */
 #endif
@@ -170,7 +170,7 @@
 #define RULE_T2 1               /* data durable before the position that counts it */
 #endif
 
-/* Choices that a host could make differently. */
+/* A host could make these choices differently. */
 #ifndef END_GETPOS
 #define END_GETPOS 0            /* GetPos calls at an end of input: 0, 1 (left pending), 2 (carried out before Close) */
 #endif
@@ -186,7 +186,7 @@
 #define ATTEMPTS (2 * BUDGET + 7)
 
 #define EMPTY(m) ((EMPTIES >> (m)) & 1)
-/* The module's test of a message that was backed out before: against the record it kept, 0 when there is none. */
+/* The module compares a message that was backed out before with the record it kept; 0 means that there is none. */
 #define LOOKS_LIKE(m, kept) ((m) == (kept) || (ALIKE && (m) == 2 && (kept) == 1) || (NULS && (m) == 1 && (kept) == 0))
 
 #define OK 0
@@ -194,14 +194,14 @@
 #define FAIL 34
 #define TIMEOUT 55
 
-/* a message */
+/* the states of a message */
 #define ON 0                    /* on the queue */
 #define GOT 1                   /* in the unit of work of the running attempt */
 #define LIMBO 2                 /* in the unit of work of an attempt that is over, not backed out yet */
 #define GONE 3
 #define PUT 4                   /* put and not committed by the sender: not on the queue yet */
 
-/* a temporary file */
+/* the states of a temporary file */
 #define NONE 0
 #define PART 1
 #define FULL 2
@@ -218,13 +218,13 @@
 byte budget = BUDGET;
 byte attempts;
 
-/* The queue manager. */
+/* This is the state of the queue manager. */
 byte queue[N + 1];              /* ON, GOT, LIMBO, GONE */
 bit backoutCount[N + 1];        /* whether it is above 0 */
 bit theirs[N + 1];              /* another load took it */
 bit connected;
 
-/* The checkpoint file as the system calls left it, and the temporary files of even and odd attempts. */
+/* This is the checkpoint file as the system calls left it, with the temporary files of even and odd attempts. */
 bit fileThere;
 bit headerThere;
 byte header;
@@ -239,7 +239,7 @@ byte tempHeader[2];
 byte tempRecord[2 * FMAX];
 byte tempRecords[2];
 
-/* The module's variables, lost with the process. An offset is the number of a record, from 1; 0 is the start of the file. The
+/* The module's variables are lost with the process. An offset is the number of a record, from 1; 0 is the start of the file. The
    ...Valid bits are not in the module: they follow whether an offset was measured in the file as it is now. */
 byte CkPtSeq;
 byte CkPtOffset;
@@ -257,7 +257,7 @@ bit streamError;                /* a write failed: nothing more is written while
 byte rc;
 byte rec;                       /* the record returned; 0: of length 0 */
 
-/* The host's target, and its restart file (or a row in the same transaction). */
+/* The host keeps its target, and its restart file (or a row in the same transaction). */
 byte target[TMAX];
 byte written;                   /* records written, in this process's buffers or beyond */
 byte synced;                    /* records that are synced */
@@ -268,7 +268,7 @@ byte posOffset;
 bit posOffsetValid;
 bit posRepeat;                  /* a record was returned before GetPos: the file begins with it */
 
-/* The host's variables, lost with the attempt. */
+/* The host's variables are lost with the attempt. */
 byte givenSeq;                  /* what the last GetPos returned */
 byte givenOffset;
 bit givenOffsetValid;
@@ -287,7 +287,7 @@ byte then;                      /* what follows GetPos */
 bit finished;
 bit readOn;
 
-/* The command's variables, kept from attempt to attempt. */
+/* The command's variables are kept from attempt to attempt. */
 bit beforeClean;                /* the previous attempt reached an end of input and was closed without error */
 byte beforeCount;               /* records in the target at its end */
 
@@ -339,7 +339,7 @@ inline Find(state) {
     d_step { m = 1; do :: m <= N && queue[m] != state -> m++ :: else -> break od }
 }
 
-/* The connection is gone. The queue manager backs out, at once or later. */
+/* The connection is gone. The queue manager backs out, immediately or later. */
 inline LoseConnection() {
     connected = 0;
     Find(GOT);
@@ -352,7 +352,7 @@ inline LoseConnection() {
     m = 0
 }
 
-/* What the queue manager and the senders can do at any time. */
+/* The queue manager and the senders can do this at any time. */
 inline MeanwhileInMq() {
     Find(LIMBO);
     if
@@ -371,7 +371,7 @@ inline FirstOnQueue() {
 
 /* ---- module ---- */
 
-/* What a crash or a failure leaves of a rewrite that was not flushed. */
+/* Puts the file into a state in which a crash or a failure leaves it after a rewrite that was not flushed. */
 inline TearRewrite() {
     rewriteBuffered = 0;
     if
@@ -768,7 +768,7 @@ inline StartLife() {
     }
 }
 
-/* What the host does with the files before Open. */
+/* Does what the host does with the files before Open. */
 inline LookAtFiles() {
     if
     :: positionThere && !fileThere && RULE_H8 ->
@@ -797,7 +797,7 @@ inline LookAtFiles() {
     setPos = positionThere && (!RULE_H7 || records > 0 || (SETPOS_HEADER && headerThere))
 }
 
-/* The records of the attempt, one by one. */
+/* Reads the records of the attempt, one by one. */
 inline TakeRecord() {
     if
     :: rec == 0 && RULE_H15 -> printf("  (a record of length 0, ignored)\n")

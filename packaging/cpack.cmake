@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# The packages: a .deb for Debian 12 and a .zip for 64-bit Windows, each with a second one for the debug symbols.
-# scripts/package builds them.
+# Describes the packages: a .deb for Debian 12 and a .zip for 64-bit Windows, each with a second one for the debug
+# symbols. scripts/package builds them.
 set(CPACK_PACKAGE_NAME mqamod)
 set(CPACK_PACKAGE_VENDOR "The mqamod authors")
 set(CPACK_PACKAGE_CONTACT "The mqamod authors <mqamod@localhost.invalid>")

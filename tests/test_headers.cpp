@@ -1,4 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Bears the precompiled headers of the tests, see CMakeLists.txt.
+// This program only carries the precompiled headers of the tests; see CMakeLists.txt.
 int main() {}

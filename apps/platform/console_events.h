@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The handlers of console events, for the Windows source of interrupts.h and its test only: there is no call with which
-// a test could have the system send the events that end a session.
+// Declares the handlers of console events, only for the Windows source of interrupts.h and its test: a test
+// has no call with which the system would send the events that end a session.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
@@ -13,7 +13,7 @@ namespace platform {
 /// interrupt; does not return before the process ends, or the system would end it, if it ends the session.
 BOOL WINAPI CountConsoleEvent(DWORD event);
 
-/// The handler of ForwardInterrupts, with the same results.
+/// This is the handler of ForwardInterrupts, with the same results.
 BOOL WINAPI NoteConsoleEvent(DWORD event);
 
 }  // namespace platform

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A digest of bytes that is the same on every system and in every release, so it may be stored in files.
+// Computes a digest of bytes that is the same on every system and in every release, so it may be stored in
+// files.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +9,20 @@
 
 namespace platform {
 
-/// Returns the 64-bit FNV-1a hash of the bytes: it detects an accidental change, not an intended one.
-constexpr std::uint64_t DigestOf(std::string_view bytes) {
-    std::uint64_t digest = 0xcbf29ce484222325U;
+/// The digest of no bytes.
+inline constexpr std::uint64_t kDigestStart = 0xcbf29ce484222325U;
+
+/// Continues the digest of some bytes with the bytes that follow them.
+constexpr std::uint64_t ContinueDigest(std::uint64_t digest, std::string_view bytes) {
     for (const char byte : bytes) {
         digest = (digest ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
     }
     return digest;
+}
+
+/// Returns the 64-bit FNV-1a hash of the bytes: it detects an accidental change, not an intended one.
+constexpr std::uint64_t DigestOf(std::string_view bytes) {
+    return ContinueDigest(kDigestStart, bytes);
 }
 
 }  // namespace platform

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Directories. A path is UTF-8 with '/' or the system's delimiter between its parts.
+// Lists, creates and removes directories. A path is UTF-8 with '/' or the system's delimiter between its
+// parts.
 #pragma once
 
 #include <string>
@@ -21,10 +22,11 @@ struct DirectoryEntry {
 /// the current directory. `entries` is empty on failure.
 [[nodiscard]] FileStatus ListDirectory(const std::string& path, std::vector<DirectoryEntry>& entries);
 
-/// Creates a directory, whose parent must exist. kOk too if it exists already; kExists if something else has its name.
+/// Creates a directory, whose parent must exist. Returns kOk even if it exists already, and kExists if
+/// something else has its name.
 [[nodiscard]] FileStatus MakeDirectory(const std::string& path);
 
-/// Removes an empty directory. kOk too if there is none.
+/// Removes an empty directory. Returns kOk even if there is none.
 [[nodiscard]] FileStatus RemoveEmptyDirectory(const std::string& path);
 
 /// Makes the names in a directory survive a loss of power. Does nothing on Windows, whose file systems log changes of

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Changes to files that are on the disk when the function returns, so that they survive a loss of power. Every
-// function returns false with the system's error in `error` when it fails; `error` is unchanged otherwise.
+// Changes files in such a way that the change is on the disk when the function returns, so that it survives a
+// loss of power. Every function returns false with the system's error in `error` when it fails; `error` is
+// unchanged otherwise.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,12 @@ namespace platform {
 /// changed then.
 [[nodiscard]] bool RenameDurably(const std::string& from, const std::string& to, std::string& error);
 
-/// Deletes a file. Fails if there is none.
+/// Renames `from` to `to` on the same volume; `to` is replaced if it exists. At every instant `to` is the old file or the
+/// new one. The contents are not synced. On Windows replacing fails while another process has `to` open, so it is
+/// retried for up to 5 seconds.
+[[nodiscard]] bool MoveOverDurably(const std::string& from, const std::string& to, std::string& error);
+
+/// Deletes a file. Fails if it does not exist.
 [[nodiscard]] bool DeleteDurably(const std::string& path, std::string& error);
 
 /// Cuts a file off after `bytes`, which must not exceed its size.

@@ -63,6 +63,11 @@ bool RenameDurably(const std::string& from, const std::string& to, std::string& 
     return SyncParentDirectory(to, error);
 }
 
+bool MoveOverDurably(const std::string& from, const std::string& to, std::string& error) {
+    if (rename(from.c_str(), to.c_str()) != 0) return Fail(error);
+    return SyncParentDirectory(to, error);
+}
+
 bool DeleteDurably(const std::string& path, std::string& error) {
     if (unlink(path.c_str()) != 0) return Fail(error);
     return SyncParentDirectory(path, error);
@@ -76,8 +81,7 @@ bool ReplaceDurably(const std::string& path, const std::string& scratch, const s
     if (!written) (void)Fail(error);
     if (close(descriptor) != 0 && written) return Fail(error);
     if (!written) return false;
-    if (rename(scratch.c_str(), path.c_str()) != 0) return Fail(error);
-    return SyncParentDirectory(path, error);
+    return MoveOverDurably(scratch, path, error);
 }
 
 bool TruncateDurably(const std::string& path, std::uint64_t bytes, std::string& error) {

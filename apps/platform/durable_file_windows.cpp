@@ -51,6 +51,10 @@ bool MoveOver(const std::string& from, const std::string& to) {
 
 }  // namespace
 
+bool MoveOverDurably(const std::string& from, const std::string& to, std::string& error) {
+    return MoveOver(from, to) || Fail(error);
+}
+
 bool ReplaceDurably(const std::string& path, const std::string& scratch, const std::string& bytes,
                     std::string& error) {
     const HANDLE file = CreateFileA(scratch.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
@@ -64,7 +68,7 @@ bool ReplaceDurably(const std::string& path, const std::string& scratch, const s
                        Fail(error);
     CloseHandle(file);
     if (!whole) return false;
-    return MoveOver(scratch, path) || Fail(error);
+    return MoveOverDurably(scratch, path, error);
 }
 
 bool TruncateDurably(const std::string& path, std::uint64_t bytes, std::string& error) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Environment variables of this process and of those that it starts.
+// Reads and sets environment variables of this process and of those that it starts.
 #pragma once
 
 #include <string>

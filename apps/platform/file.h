@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Files by path, by descriptor and by handle. Functions that return a descriptor, a count or 0 return -1 with errno set
-// when they fail; those that return a FileStatus leave the system's error in LastFileError.
+// Accesses files by path, by descriptor and by handle. Functions that return a descriptor, a count or 0
+// return -1 with errno set when they fail; those that return a FileStatus leave the system's error in
+// LastFileError.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +33,8 @@ enum class PathKind {
     kUnknown,  ///< the system cannot say: errno has the reason
 };
 
-/// StatPath for those who only need to know whether there is a file, and its size. `bytes` is 0 for everything else.
+/// Does what StatPath does, for callers that only need to know whether there is a file, and its size. `bytes`
+/// is 0 for everything else.
 [[nodiscard]] PathKind ProbePath(const std::string& path, std::uint64_t& bytes);
 [[nodiscard]] PathKind ProbePath(const std::string& path);
 
@@ -43,10 +45,6 @@ enum class OpenMode {
     kExisting,  ///< opens a device or a pipe as it is; fails if the path is missing
 };
 
-/// From now on only their owner may use the files and directories that this process creates, also those that libraries
-/// create. Does nothing on Windows, where the directory decides.
-void RestrictNewFiles();
-
 /// Opens a file for writing bytes as they are; child processes do not inherit the descriptor.
 [[nodiscard]] int OpenForWriting(const std::string& path, OpenMode mode);
 
@@ -56,8 +54,8 @@ void RestrictNewFiles();
 /// Waits until what was written is on the disk. Succeeds for what has no disk (a pipe, a terminal).
 [[nodiscard]] int SyncFile(int descriptor);
 
-/// Whether the open file is still the one at `path` and has `bytes` bytes. If it is not, returns false with
-/// errno 0; if the system cannot say, returns false with errno set.
+/// Returns whether the open file is still the one at `path` and has `bytes` bytes. If it is not, returns
+/// false with errno 0; if the system cannot say, returns false with errno set.
 [[nodiscard]] bool IsFileAt(int descriptor, const std::string& path, std::uint64_t bytes);
 
 /// Closes a descriptor. The descriptor is invalid afterwards, even on failure.
@@ -90,11 +88,12 @@ void CloseFile(FileHandle file);
 [[nodiscard]] FileStatus WriteNewFile(const std::string& path, const void* content, std::size_t bytes,
                                       bool sync);
 
-/// Deletes a file. kOk too if there is none. On Windows it waits a moment for others who have the file open.
+/// Deletes a file. Returns kOk even if there is none. On Windows it waits a moment for others who have the
+/// file open.
 [[nodiscard]] FileStatus RemoveFile(const std::string& path);
 
-/// Renames a file in one step, whatever ends the process in the meantime. kExists if `to` exists; nothing has changed
-/// then.
+/// Renames a file in one step, whatever ends the process in the meantime. Returns kExists if `to` exists;
+/// nothing has changed then.
 [[nodiscard]] FileStatus RenameNoReplace(const std::string& from, const std::string& to);
 
 }  // namespace platform

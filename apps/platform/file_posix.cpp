@@ -52,10 +52,6 @@ FileStatus StatPath(const std::string& path, FileInfo& info) {
     return FileStatus::kOk;
 }
 
-void RestrictNewFiles() {
-    umask(umask(S_IRWXG | S_IRWXO) | S_IRWXG | S_IRWXO);
-}
-
 int OpenForWriting(const std::string& path, OpenMode mode) {
     int flags = O_WRONLY | O_CLOEXEC;
     switch (mode) {
@@ -205,7 +201,8 @@ FileStatus RenameNoReplace(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return StatusOfErrno();
     }
-    // The file system does not know the flag, so look first. Another process may create `to` in between.
+    // The file system does not know the flag, so this looks first. Another process may create `to` in
+    // between.
     if (access(to.c_str(), F_OK) == 0) {
         errno = EEXIST;
         return StatusOfErrno();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The results of operations on files and directories.
+// Lists the results of operations on files and directories.
 #pragma once
 
 #include <string>

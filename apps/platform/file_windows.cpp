@@ -46,7 +46,7 @@ FileStatus StatHandle(HANDLE file, FileInfo& info) {
     return FileStatus::kOk;
 }
 
-// The errno of a failed StatPath.
+// Returns the errno of a failed StatPath.
 int ErrnoOf(FileStatus status) {
     return status == FileStatus::kBusy ? EBUSY : EACCES;
 }
@@ -65,8 +65,6 @@ FileStatus StatPath(const std::string& path, FileInfo& info) {
     CloseHandle(file);
     return status;
 }
-
-void RestrictNewFiles() {}
 
 int OpenForWriting(const std::string& path, OpenMode mode) {
     int flags = _O_WRONLY | _O_BINARY | _O_NOINHERIT;
@@ -106,7 +104,8 @@ bool MoveStreamTo(std::FILE* stream, std::uint64_t offset) {
 
 FileStatus OpenForReading(const std::string& path, FileHandle& file, FileInfo& info) {
     file = kNoFile;
-    // No FILE_SHARE_WRITE: opening a file that someone is still writing is a sharing violation.
+    // FILE_SHARE_WRITE is not given: opening a file that someone is still writing is then a sharing
+    // violation.
     const HANDLE opened = CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {

@@ -25,19 +25,19 @@ struct InterruptResponse {
 /// send them several times.
 void WatchInterrupts(const InterruptResponse& response);
 
-/// Whether an interrupt arrived since WatchInterrupts.
+/// Returns whether an interrupt arrived since WatchInterrupts.
 [[nodiscard]] bool InterruptRequested();
 
 /// From now on an interrupt is for the child process that was started with `receivesInterrupts`. It is
 /// forwarded to a child that does not see it by itself, and to one that is started later.
 void ForwardInterrupts();
 
-/// Whether an interrupt arrived since ForwardInterrupts.
+/// Returns whether an interrupt arrived since ForwardInterrupts.
 [[nodiscard]] bool InterruptForwarded();
 
-/// Prepares this process for SendInterrupt; to be called before the receiver is started. On Windows, where an
-/// interrupt reaches every process of a console, it gives this process a console of its own, which the receiver shares,
-/// and ignores interrupts from now on. Returns false when that fails.
+/// Prepares this process for SendInterrupt; must be called before the receiver is started. On Windows, where
+/// an interrupt reaches every process of a console, it gives this process a console of its own, which the
+/// receiver shares, and ignores interrupts from now on. Returns false when that fails.
 [[nodiscard]] bool PrepareToSendInterrupts();
 
 /// Sends what Ctrl-C sends. Returns false when that fails.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Libraries that are loaded at run time.
+// Loads libraries at run time.
 #pragma once
 
 #include <string>

@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// More links than any system follows.
+// No system follows as many links as this.
 constexpr int kLinksMax = 40;
 
 bool IsLink(const fs::path& path) {

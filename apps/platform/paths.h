@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Paths: absolute ones, links, the spelling that this system's programs need.
+// Handles paths: makes them absolute, follows links, and spells them as this system's programs need.
 #pragma once
 
 #include <string>

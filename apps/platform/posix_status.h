@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Results from errno; for the POSIX sources of this directory only.
+// Turns errno into results; only the POSIX sources of this directory use it.
 #pragma once
 
 #include "platform/file_status.h"
@@ -10,7 +10,7 @@ namespace platform {
 /// Records the text of errno for LastFileError and returns what it means. errno is unchanged.
 FileStatus StatusOfErrno();
 
-/// kOk for 0, else StatusOfErrno.
+/// Returns kOk for 0, otherwise StatusOfErrno.
 inline FileStatus StatusOf(int result) {
     return result == 0 ? FileStatus::kOk : StatusOfErrno();
 }
@@ -18,7 +18,8 @@ inline FileStatus StatusOf(int result) {
 /// Records an error that errno cannot express.
 void SetLastFileError(const char* text);
 
-/// open(), closed in child processes and repeated when a signal interrupts it.
+/// Calls open() so that child processes do not inherit the descriptor, and repeats it when a signal
+/// interrupts it.
 int OpenRetrying(const char* path, int flags, unsigned mode = 0);
 
 }  // namespace platform

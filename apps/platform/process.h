@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// This process, and child processes.
+// Controls this process and child processes.
 #pragma once
 
 #include <cstdint>
@@ -22,9 +22,6 @@ namespace platform {
 
 [[nodiscard]] std::uint64_t CurrentThreadId();
 
-/// Returns the name of this computer, or "unknown" when the system does not know it.
-[[nodiscard]] std::string HostName();
-
 /// Returns the name of the user that the process runs as.
 [[nodiscard]] std::string UserName();
 
@@ -35,7 +32,7 @@ namespace platform {
 /// Windows it can be guessed.
 [[nodiscard]] std::uint64_t RandomNumber();
 
-/// From now on a crash ends the process at once. Without this Windows may show a dialog and wait.
+/// From now on a crash ends the process immediately. Without this Windows may show a dialog and wait.
 void SuppressCrashDialogs();
 
 /// Lets the process open as many files as the system allows it.
@@ -46,10 +43,10 @@ void RaiseOpenFileLimit();
 [[nodiscard]] std::string RunningProgramPath();
 
 struct ProcessOptions {
-    /// Added to this process's own variables.
+    /// These variables are added to this process's own.
     std::map<std::string, std::string> environment;
-    /// Files for standard output and error, emptied if they exist. The child has this process's streams where
-    /// they are not given.
+    /// Standard output and error go to these files, which are emptied if they exist. Without them the child
+    /// has this process's streams.
     std::string outputPath;
     std::string errorPath;
     bool hasEmptyInput = false;       ///< else it has this process's standard input
@@ -60,7 +57,7 @@ struct ProcessOptions {
 using ProcessHandle = std::intptr_t;
 inline constexpr ProcessHandle kNoProcess = -1;
 
-/// The exit code, on POSIX, of a child whose program could not be executed.
+/// On POSIX, this is the exit code of a child whose program could not be executed.
 inline constexpr int kNotExecuted = 127;
 
 /// Starts a program. `arguments` begin with its name. Returns kNoProcess with the system's error in `error` when it
@@ -75,16 +72,16 @@ struct ProcessEnd {
     int code = 0;         ///< the exit code, or on POSIX the number of the signal
 };
 
-/// The exit code, on Windows, of a process that KillProcess ended.
+/// On Windows, this is the exit code of a process that KillProcess ended.
 inline constexpr int kKilledExitCode = 137;
 
 /// Waits until a process ends. The handle is invalid afterwards.
 ProcessEnd WaitForProcess(ProcessHandle process);
 
-/// The same, but returns nothing after `timeoutMs`; the handle is still valid then.
+/// Does the same, but returns nothing after `timeoutMs`; the handle is still valid then.
 [[nodiscard]] std::optional<ProcessEnd> WaitForProcess(ProcessHandle process, std::int64_t timeoutMs);
 
-/// Ends a process at once. To be followed by WaitForProcess.
+/// Ends a process immediately. WaitForProcess must follow.
 void KillProcess(ProcessHandle process);
 
 /// Sends a signal to a process. Returns false if it has ended, and always on Windows, which has no signals.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What process.h and interrupts.h share; of the POSIX sources of this directory only.
+// Declares what process.h and interrupts.h share; only the POSIX sources of this directory use it.
 #pragma once
 
 #include <sys/types.h>
@@ -27,11 +27,11 @@ class BlockedInterrupts {
     sigset_t before_ = {};
 };
 
-/// Makes `process` the receiver of interrupts. An interrupt that arrived earlier is sent to it now. To be called
-/// with the interrupts blocked.
+/// Makes `process` the receiver of interrupts. An interrupt that arrived earlier is sent to it now. The
+/// interrupts must be blocked during the call.
 void SetInterruptReceiver(pid_t process);
 
-/// Ends that, if `process` is the receiver. To be called once the process has been waited for.
+/// Ends that, if `process` is the receiver. It must be called once the process has been waited for.
 void RemoveInterruptReceiver(pid_t process);
 
 }  // namespace platform

@@ -24,7 +24,7 @@ namespace platform {
 
 namespace {
 
-// Everything that the child needs between fork and exec, where it must not allocate.
+// Contains everything that the child needs between fork and exec, where it must not allocate.
 struct Image {
     const char* program;
     std::vector<char*> arguments;
@@ -42,7 +42,7 @@ std::vector<char*> PointersTo(const std::vector<std::string>& strings) {
     return pointers;
 }
 
-// This process's variables with those of `added`, which replace the ones of the same name.
+// Returns this process's variables with those of `added`, which replace the ones of the same name.
 std::vector<std::string> MergeEnvironment(const std::map<std::string, std::string>& added) {
     std::vector<std::string> merged;
     for (char** variable = environ; *variable != nullptr; ++variable) {
@@ -117,11 +117,6 @@ void KillCurrentProcess() {
 
 std::uint64_t CurrentThreadId() {
     return static_cast<std::uint64_t>(syscall(SYS_gettid));
-}
-
-std::string HostName() {
-    char name[256] = {};
-    return gethostname(name, sizeof name - 1) == 0 && name[0] != '\0' ? name : "unknown";
 }
 
 std::string UserName() {

@@ -13,11 +13,11 @@ namespace platform {
 
 namespace {
 
-// Neither an exception's number nor a code with which the system's own programs terminate a process.
+// This is neither an exception's number nor a code with which the system's own programs terminate a process.
 constexpr DWORD kExitMark = 0x4D510000U;
 constexpr DWORD kExitCodeBits = 0xFFFFU;
 
-// A system under load now and then refuses to start a process, and starts it a moment later.
+// A system under load sometimes refuses to start a process, and starts it a moment later.
 constexpr int kStarts = 4;
 constexpr DWORD kStartPauseMilliseconds = 200;
 
@@ -47,7 +47,7 @@ std::string ComposeCommandLine(const std::vector<std::string>& arguments) {
 
 // Names of variables are the same in upper and lower case.
 bool Replaces(const std::map<std::string, std::string>& added, const std::string& variable) {
-    // A name may begin with '=': the current directories of drives are kept so.
+    // A name may begin with '=', as those do that keep the current directories of drives.
     const std::string name = variable.substr(0, variable.find('=', 1));
     for (const auto& [addedName, value] : added) {
         if (_stricmp(addedName.c_str(), name.c_str()) == 0) return true;
@@ -55,7 +55,7 @@ bool Replaces(const std::map<std::string, std::string>& added, const std::string
     return false;
 }
 
-// This process's variables with those of `added`, each followed by a NUL, and a NUL at the end.
+// Returns this process's variables with those of `added`, each followed by a NUL, and a NUL at the end.
 std::string MergeEnvironment(const std::map<std::string, std::string>& added) {
     std::string merged;
     char* const variables = GetEnvironmentStringsA();
@@ -69,7 +69,7 @@ std::string MergeEnvironment(const std::map<std::string, std::string>& added) {
     return merged;
 }
 
-// The standard streams of a child. Those of this process are its own where no others are given.
+// Opens the standard streams of a child. It has those of this process where no others are given.
 class ChildStreams {
   public:
     explicit ChildStreams(const ProcessOptions& options)
@@ -106,7 +106,7 @@ class ChildStreams {
     HANDLE error_;
 };
 
-// A job that ends its processes when the last handle to it is closed, which is when this process ends.
+// Makes a job that ends its processes when the last handle to it is closed, which is when this process ends.
 HANDLE JobOfChildren() {
     static const HANDLE job = [] {
         const HANDLE made = CreateJobObjectA(nullptr, nullptr);
@@ -164,14 +164,6 @@ void KillCurrentProcess() {
 
 std::uint64_t CurrentThreadId() {
     return GetCurrentThreadId();
-}
-
-std::string HostName() {
-    wchar_t name[256] = {};
-    DWORD length = 255;
-    return GetComputerNameExW(ComputerNameDnsHostname, name, &length) != 0 && length > 0
-               ? Narrow(name, length)
-               : "unknown";
 }
 
 std::string UserName() {

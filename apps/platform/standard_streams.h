@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Standard input, output and error.
+// Prepares standard input, output and error.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which system this is, for what differs between systems by contract and not by a call.
+// Says which system this is, for what differs between systems by contract and not by a call.
 #pragma once
 
 namespace platform {

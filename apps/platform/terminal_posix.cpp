@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "platform/terminal.h"
@@ -11,6 +12,15 @@ bool IsStandardErrorTerminal() {
 
 bool IsTerminal(int descriptor) {
     return isatty(descriptor) == 1;
+}
+
+int TerminalColumns(int descriptor) {
+    winsize size{};
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+int StandardErrorColumns() {
+    return TerminalColumns(STDERR_FILENO);
 }
 
 }  // namespace platform

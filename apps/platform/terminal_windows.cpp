@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <windows.h>
+
 #include <io.h>
 
 #include <cstdio>
@@ -13,6 +15,17 @@ bool IsStandardErrorTerminal() {
 
 bool IsTerminal(int descriptor) {
     return _isatty(descriptor) != 0;
+}
+
+int TerminalColumns(int descriptor) {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    const auto console = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+    if (GetConsoleScreenBufferInfo(console, &info) == 0) return 0;
+    return info.srWindow.Right - info.srWindow.Left + 1;
+}
+
+int StandardErrorColumns() {
+    return TerminalColumns(_fileno(stderr));
 }
 
 }  // namespace platform

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Text and errors of Windows; for the Windows sources of this directory only.
+// Converts text and errors of Windows; only the Windows sources of this directory use it.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
@@ -27,10 +27,10 @@ namespace platform {
 /// Records the error for LastFileError and returns what it means.
 FileStatus StatusOfError(DWORD code);
 
-/// The same for the calling thread's last error.
+/// Does the same for the calling thread's last error.
 FileStatus StatusOfLastError();
 
-/// kOk for a call that succeeded, else StatusOfLastError.
+/// Returns kOk for a call that succeeded, otherwise StatusOfLastError.
 inline FileStatus StatusOf(BOOL succeeded) {
     return succeeded != 0 ? FileStatus::kOk : StatusOfLastError();
 }

@@ -4,13 +4,10 @@
 // points (binding.cpp) pass each call to a library that is bound at run time, so that the module can be
 // loaded on a machine without IBM MQ.
 //
-// MQCONNX binds the library that the environment variable MQAMOD_MQ_LIBRARY names. If it is not set, IBM's
-// libraries are tried by name: the client library before the server library for a client connection (with a
-// channel definition, or if one of MQSERVER, MQCHLLIB, MQCHLTAB and MQCCDTURL is set), otherwise the other
-// way round. Each is looked for by the system's own search and then in IBM's default directory. If no library
-// can be loaded, MQCONNX fails with reason 2495 (MQRC_MODULE_NOT_FOUND); if the library lacks a verb, with
-// 2497 (MQRC_MODULE_ENTRY_NOT_FOUND). Each MQCONNX tries again until one is bound. A bound library stays
-// bound until the process ends.
+// MQCONNX binds the library that the environment variable MQAMOD_MQ_LIBRARY names, or one of IBM's libraries
+// if it is not set (mqi/verbs.h). If no library can be loaded, it fails with reason 2495
+// (MQRC_MODULE_NOT_FOUND); if the library lacks a verb, with 2497 (MQRC_MODULE_ENTRY_NOT_FOUND). Each MQCONNX
+// tries again until one is bound. A bound library stays bound until the process ends.
 //
 // The other verbs require a successful MQCONNX.
 #pragma once

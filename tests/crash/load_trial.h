@@ -17,7 +17,7 @@ struct Programs {
 /// Makes `folder` with a queue that holds the class's messages. Returns false with errno.
 [[nodiscard]] bool MakeTrial(const CrashClass& crashClass, const std::string& folder);
 
-/// The load's command.
+/// Returns the load's command.
 ///   checkpointEvery   in   records
 ///   goesOn            in   retries by itself after its worker was killed
 [[nodiscard]] ProgramOrder ComposeLoad(const CrashClass& crashClass, const std::string& folder,

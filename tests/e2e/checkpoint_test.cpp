@@ -321,7 +321,7 @@ TEST_F(CheckpointCommand, RepairOfFilesThatChangedWhileItAskedChangesNothing) {
     EXPECT_EQ(RepairOnATerminal(Path(), "y\n", [this, &later] { WriteBytesTo(Path(), later); }), 1);
     EXPECT_EQ(ReadFileIfAny(Path()), later);
     EXPECT_FALSE(fs::exists(Path("load.ckpt.torn")));
-    EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
     EXPECT_EQ(RepairOnATerminal(Path(), "y\n"), 0);
 }
 
@@ -339,6 +339,59 @@ TEST_F(CheckpointCommand, RepairThatCannotKeepTheTornBytesDoesNotCutThemOff) {
     EXPECT_EQ(ReadFileIfAny(path), bytes);
 }
 #endif
+
+TEST_F(CheckpointCommand, ExportOfAnIntactFileWritesAllRecords) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two"}));
+    const ProgramResult result = Run("export", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(result.standardOutput, Path() + ": 2 records (6 bytes) written to " + Path("out") +
+                                         "\n  written: 2 records, from offset 4 to offset 26\n");
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\ntwo\n");
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+    const ProgramResult again = Run("export", {"--to", Path("out")});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_EQ(again.standardError,
+              "mqam checkpoint: nothing was exported: " + Path("out") +
+                  " exists and is not overwritten: choose another name, or move it away\n");
+}
+
+TEST_F(CheckpointCommand, ExportOfADamagedFileWritesAPartAndReportsTheRest) {
+    const std::string bytes =
+        CheckpointBytes(5, {"one", "t\nwo"}) + std::string(100, '\0') + LengthBytes(5) + "three";
+    WriteBytesTo(Path(), bytes);
+    const ProgramResult result = Run("export", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 10) << result.standardError;
+    EXPECT_EQ(
+        result.standardOutput,
+        Path() + ": 3 records (12 bytes) written to " + Path("out") +
+            "; the file is damaged\n"
+            "  written: 2 records before the damage, from offset 4 to offset 27\n"
+            "  written: 1 record after the damage, from offset 127 to offset 140\n"
+            "  (probable: one length leads to the end of the file)\n"
+            "  missing: between offset 27 and offset 127, at most 11 records are lost (9 if they were as long as "
+            "the intact ones)\n"
+            "  note: 1 record is of several lines, because the data contains line feeds; --format length keeps "
+            "records apart\n");
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\nt\nwo\nthree\n");
+    EXPECT_EQ(ReadFileIfAny(Path()), bytes);
+}
+
+TEST_F(CheckpointCommand, ExportThatCannotReadOrWriteLeavesNothing) {
+    EXPECT_EQ(Run("export", {"--to", Path("out")}).exitCode, 1);
+    EXPECT_FALSE(fs::exists(Path("out")));
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}));
+    EXPECT_EQ(Run("export", {"--to", Path("none") + "/out"}).exitCode, 3);
+    EXPECT_EQ(Run("export").exitCode, 1);
+    EXPECT_EQ(Run("export", {"--to", Path("out"), "--format", "lines2"}).exitCode, 1);
+    ASSERT_EQ(AcquireLockFile(Path() + ".lock", 0).Error(), "");
+    const ProgramResult result = Run("export", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was exported: another load is running"),
+              std::string::npos)
+        << result.standardError;
+    EXPECT_FALSE(fs::exists(Path("out")));
+    ReleaseLockFile(Path() + ".lock");
+}
 
 // ---- with the restart file of the load
 
@@ -432,7 +485,7 @@ TEST_F(CheckpointOfALoad, RepairTakesTheTemporaryFileOfTheStoredCheckpoint) {
     EXPECT_EQ(result.exitCode, 10) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one", "two"}));
     EXPECT_TRUE(fs::exists(Path("MQAMtmp.1")));
-    EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
+    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
 }
 
 TEST_F(CheckpointOfALoad, ALoadThatHasStoredNothingYetBegins) {
@@ -444,6 +497,15 @@ TEST_F(CheckpointOfALoad, ALoadThatHasStoredNothingYetBegins) {
         result.standardOutput.ends_with("A restart without a stored position:\n"
                                         "  nothing is stored and no record waits in " +
                                         Path() + ": a new load begins\n"))
+        << result.standardOutput;
+}
+
+TEST_F(CheckpointOfALoad, ExportLeavesOutWhatIsLoaded) {
+    const ProgramResult result = RunWithState("export", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "two\n");
+    EXPECT_NE(result.standardOutput.find("  left out: 1 record that the load has loaded already\n"),
+              std::string::npos)
         << result.standardOutput;
 }
 
@@ -475,14 +537,14 @@ TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
 
 TEST_F(CheckpointOfALoad, RepairChangesNothingWhileALoadIsRunning) {
     WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
-    ASSERT_EQ(AcquireLockFile(CheckpointLockPath(Path()), 0).Error(), "");
+    ASSERT_EQ(AcquireLockFile(Path() + ".lock", 0).Error(), "");
     const ProgramResult result = RunWithState("repair", {"--yes"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was changed: another load is running"),
               std::string::npos)
         << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one"}) + kTorn);
-    ReleaseLockFile(CheckpointLockPath(Path()));
+    ReleaseLockFile(Path() + ".lock");
     EXPECT_EQ(RunWithState("repair", {"--yes"}).exitCode, 0);
 }
 

@@ -44,7 +44,7 @@ constexpr Fault kPassingFaults[] = {
 TEST_F(RestartableLoadFailure, H9_AFailedQueueManagerEndsTheLifeWithWhatIsSafeAndTheSameCommandCompletes) {
     for (const Fault& fault : kPassingFaults)
         Add("fault" + std::to_string(sites_.size()), 10, fault.plan);
-    RunAll(sites_);
+    RunAll(sites_, {"--verbose"});
     for (std::size_t i = 0; i < sites_.size(); ++i) {
         const Fault& fault = kPassingFaults[i];
         LoadSite& site = *sites_[i];
@@ -264,11 +264,11 @@ TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenFor
 
 TEST_F(RestartableLoadFailure, ALockThatCannotBeMadeIsTriedAgain) {
     LoadSite& site = Add("lock", 3);
-    fs::create_directory(site.CheckpointLock());
+    fs::create_directory(site.CheckpointFile() + ".lock");
     site.Start({"--retry-for", "60"});
-    ASSERT_TRUE(site.Program().WaitForError(
-        "mqam-checkpoint.lock cannot be created or locked: Is a directory; check that "));
-    fs::remove(site.CheckpointLock());
+    ASSERT_TRUE(
+        site.Program().WaitForError("ck.lock cannot be created or locked: Is a directory; check that "));
+    fs::remove(site.CheckpointFile() + ".lock");
     site.Wait();
     EXPECT_TRUE(site.IsDone());
     EXPECT_GE(CountOf(site.Error(), "mqam load: attempt "), 1) << site.Error();

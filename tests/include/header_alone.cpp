@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The public header as the only header of a C++11 program.
+// Includes the public header as the only header of a C++11 program.
 #include "mqamod.h"
 
 // A host looks the entry point up at run time, so a program that includes the header need not link the module.

@@ -40,6 +40,19 @@ TEST_F(DurableFile, IsNotRenamedOverAnother) {
     EXPECT_EQ(ReadFile(to), "others");
 }
 
+TEST_F(DurableFile, MovesOverAnotherOrToANewName) {
+    const std::string to = directory_.Path("to");
+    for (const char* bytes : {"first", "second"}) {
+        const std::string from = Create("from", bytes);
+        EXPECT_TRUE(platform::MoveOverDurably(from, to, error_)) << error_;
+        EXPECT_FALSE(FileExists(from));
+        EXPECT_EQ(ReadFile(to), bytes);
+    }
+    EXPECT_FALSE(platform::MoveOverDurably(directory_.Path("missing"), to, error_));
+    EXPECT_NE(error_, "");
+    EXPECT_EQ(ReadFile(to), "second");
+}
+
 TEST_F(DurableFile, IsDeletedOnce) {
     const std::string path = Create("file", "bytes");
     EXPECT_TRUE(platform::DeleteDurably(path, error_)) << error_;

@@ -67,7 +67,7 @@ TEST(Interrupts, AHangupCountsOnceHoweverOftenItComes) {
     EXPECT_TRUE(result.standardError.ends_with("requested\nsecond\n")) << result.standardError;
 }
 
-// As nohup starts a program.
+// This is how nohup starts a program.
 TEST(Interrupts, AHangupThatWasIgnoredBeforeIsIgnored) {
     if (!PartToPlay().empty()) {
         std::signal(SIGHUP, SIG_IGN);

@@ -20,7 +20,7 @@ constexpr std::size_t kBitStep = std::filesystem::path::preferred_separator == '
 
 enum class Ends { AtTheEnd, WithABadLength, InARecord };
 
-// The records from an offset on, as the layout alone defines them.
+// A walk through the records from an offset on, guided by the layout alone: what it finds, and how it ends.
 struct Walk {
     Lines records;
     Ends ends = Ends::AtTheEnd;

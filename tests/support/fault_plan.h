@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Failures below the module: the C library's file and memory functions, as the module calls them, fail when
-// the test says so and are recorded. The test's own calls are not touched. Make the plan before the request
-// that opens the files concerned, so that it knows which stream is which file.
+// Makes the C library's file and memory functions, as the module calls them, fail when the test says so, and
+// records the calls. The test's own calls are not touched. Make the plan before the request that opens the
+// files concerned, so that it knows which stream is which file.
 #pragma once
 
 #include <cerrno>
@@ -34,15 +34,15 @@ enum class FileCall {
     Allocate
 };
 
-/// One failure. FlushAll is a flush of all streams, which no one checks: the file's stream is in error
-/// afterwards. Print is formatted text, one call on Linux, the begin of a line on Windows; it is not logged.
-/// It strikes the nth call of its kind that concerns the file, counted from when it was added.
+/// One failure. It strikes the nth call of its kind that concerns the file, counted from when it was added.
+/// FlushAll is a flush of all streams, which no one checks: the file's stream is in error afterwards. Print
+/// is formatted text: one call on Linux, the beginning of a line on Windows; it is not logged.
 struct Fault {
     FileCall call;
-    std::string file{};  ///< part of the path; empty for any. Command: part of the command. Allocate: unused
+    std::string file{};  ///< part of the path; empty for any; Command: part of the command; Allocate: unused
     int nth = 1;
     int error = EIO;              ///< what errno says afterwards
-    std::size_t transferred = 0;  ///< Read, Write: bytes that were carried out before
+    std::size_t transferred = 0;  ///< Read, Write: bytes that were transferred before the failure
     bool streamError = true;      ///< Read, Write, Flush: ferror is true afterwards
     bool stays = false;           ///< strikes every later call as well
     std::size_t bytes = 0;        ///< Allocate: the size that fails
@@ -58,20 +58,21 @@ class FaultPlan {
 
     void Add(const Fault& fault) { faults_.push_back(fault); }
     void Clear() { faults_.clear(); }
-    /// How many faults have struck.
+    /// Returns how many faults have struck.
     [[nodiscard]] int Struck() const { return struck_; }
 
-    /// The calls on files other than standard streams, in order: "open ck.dat wb+", "write ck.dat 4" (bytes
-    /// asked for), "read ck.dat 8", "flush ck.dat", "tell ck.dat", "seek ck.dat 4", "close ck.dat", "remove
-    /// ck.dat", "rename MQAMtmp.12 ck.dat", "command del ck.dat". Files are named as the module opened them.
+    /// Lists the calls on files other than standard streams, in order: "open ck.dat wb+", "write ck.dat 4"
+    /// (bytes asked for), "read ck.dat 8", "flush ck.dat", "tell ck.dat", "seek ck.dat 4", "close ck.dat",
+    /// "remove ck.dat", "rename MQAMtmp.12 ck.dat", "command del ck.dat". Files are named as the module
+    /// opened them.
     std::vector<std::string> log;
-    /// Called at every call that the log gets, and at a flush of all streams ("flush all", which it does not
-    /// get), before the call is carried out.
+    /// The plan calls this before it carries out a call that the log gets, or a flush of all streams ("flush
+    /// all", which the log does not get).
     std::function<void(const std::string& call)> hook;
-    /// The log without the files whose name contains the text.
+    /// Returns the log without the files whose name contains the text.
     [[nodiscard]] std::vector<std::string> LogWithout(const std::string& text) const;
 
-    /// Every call so far that a fault could have struck, in order.
+    /// A call so far that a fault could have struck. `points` has them in order.
     struct Point {
         FileCall call;
         std::string file;
@@ -81,18 +82,18 @@ class FaultPlan {
     /// Ends the module's process: its streams are closed, and what they buffered never reaches the files.
     void AbandonStreams();
 
-    /// Called when a fault strikes, before the module notices it; the call has been logged.
+    /// The plan calls this when a fault strikes, before the module notices it; the call has been logged.
     std::function<void(FileCall call, const std::string& file)> onStrike;
 
-    /// What the module's fopen really does; std::fopen if empty.
+    /// Opens a file for the module's fopen; std::fopen does so if this is empty.
     std::function<std::FILE*(const char* path, const char* mode)> opener;
     /// The module is flushing all streams.
     bool flushingAll = false;
 
-    /// What the module prints to standard output is dropped.
+    /// If set, what the module prints to standard output is dropped.
     bool silent = false;
 
-    // Called by the replaced functions.
+    // The replaced functions call these.
     void Note(const std::string& call);
     Fault* Strike(FileCall call, const std::string& subject, std::size_t bytes = 0);
     std::map<std::FILE*, std::string> streams;

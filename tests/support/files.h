@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Whole files in binary, and a directory of its own for a test.
+// Reads and writes whole files in binary, and makes a directory of its own for a test.
 #pragma once
 
 #include <filesystem>
 #include <string>
 
-/// The bytes of the file; a file that cannot be read fails the test and is empty.
+/// Returns the bytes of the file. If the file cannot be read, the test fails and the result is empty.
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& bytes);
 bool FileExists(const std::string& path);
@@ -15,7 +15,8 @@ bool FileExists(const std::string& path);
 /// drive Z.
 std::string PathOnSystem(const std::string& path);
 
-/// A fresh empty directory, current while the object lives; removed with all that is in it at the end.
+/// A fresh empty directory, which is the current one while the object lives. At the end it is removed with
+/// all that is in it.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();

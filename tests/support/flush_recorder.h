@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Records how the module flushes: all streams at once, or one of them.
+// Records how the module flushes: all streams together, or one of them.
 #pragma once
 
 #include <memory>
@@ -16,10 +16,10 @@ class FlushRecorder {
     FlushRecorder(const FlushRecorder&) = delete;
     FlushRecorder& operator=(const FlushRecorder&) = delete;
 
-    /// The flushes in order, as "one all all": "all" had no stream named.
+    /// Returns the flushes in order, as "one all all": "all" had no stream named.
     [[nodiscard]] const std::string& Sequence() const { return sequence_; }
 
-    // For the replaced function.
+    // The replaced function calls this.
     void Add(const std::string& flush) { sequence_ += (sequence_.empty() ? "" : " ") + flush; }
 
   private:

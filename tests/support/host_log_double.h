@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A host log handle: an object as the host lays it out, whose log routine records how it was called.
+// Plays a host log: an object as the host lays it out, whose log routine records how it was called.
 #pragma once
 
 #include <string>
@@ -12,9 +12,9 @@ class HostLogDouble {
     HostLogDouble(const HostLogDouble&) = delete;
     HostLogDouble& operator=(const HostLogDouble&) = delete;
 
-    /// The value of the attribute: the 8 bytes of the handle.
+    /// Returns the value of the attribute: the 8 bytes of the handle.
     [[nodiscard]] std::string HandleBytes() const;
-    /// A handle whose object has no function table, and one whose table has no log routine.
+    /// These return a handle whose object has no function table, and one whose table has no log routine.
     void DropTable() { object_.table = nullptr; }
     void DropRoutine() { table_[39] = nullptr; }
 

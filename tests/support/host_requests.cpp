@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Bytes at an odd address, of exactly this length.
+/// A number of bytes at an odd address, exactly as long as requested.
 class OddBlock {
   public:
     explicit OddBlock(const std::string& bytes) : bytes_(bytes.size()), memory_(new char[bytes.size() + 1]) {
@@ -38,8 +38,8 @@ T Fetch(const std::string& block, std::size_t offset) {
     return value;
 }
 
-/// Reads the error text that the request block names. All the reported bytes must exist, with zeros after
-/// the text.
+/// Reads the error text that the request block names. All the reported bytes must exist, with zeros after the
+/// text.
 void FetchErrorText(const std::string& request, Outcome& outcome) {
     outcome.errorTextLength = Fetch<std::uint32_t>(request, offsetof(RequestBlock, ErrorTextLength));
     outcome.errorTextAddress = Fetch<const char*>(request, offsetof(RequestBlock, ErrorText));

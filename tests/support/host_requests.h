@@ -39,20 +39,20 @@ struct PositionOutcome : Outcome {
 
 class HostRequests {
   public:
-    /// The bytes of the host's record buffer; it must be no smaller than BKSZ.
+    /// Returns the bytes of the host's record buffer, which must be no smaller than BKSZ.
     std::size_t recordBufferBytes = 1048576;
 
     void UseEntryPoint(PIDMMainFunction entryPoint) { entryPoint_ = entryPoint; }
 
     Outcome Init(const std::string& initString);
     Outcome InitWithVersions(std::uint16_t first, std::uint16_t second, const std::string& initString);
-    /// Init with a length that need not match the string, and a null pointer when there is no string.
+    /// Sends Init with a length that need not match the string, and a null pointer when there is no string.
     Outcome InitCounted(const std::optional<std::string>& initString, std::int32_t length);
     Outcome Open(std::int16_t mode = MQAMOD_OPEN_FOR_READING, std::uint16_t pathNameLength = 0);
     ReadOutcome Read();
     PositionOutcome GetPos();
     Outcome SetPos(const PositionData& position);
-    /// SetPos with bytes of any length.
+    /// Sends SetPos with bytes of any length.
     Outcome SetPosBytes(const std::string& bytes);
     Outcome Close();
     Outcome CloseR();
@@ -60,13 +60,13 @@ class HostRequests {
     Outcome Write();
     Outcome Id();
     Outcome GetAttribute(const std::string& name, std::uint32_t option = pmiPIDMOptGetAttr);
-    /// The value is followed by a NUL that the length counts.
+    /// Sends the value followed by a NUL that the length counts.
     Outcome PutAttribute(const std::string& name, const std::string& value,
                          std::uint32_t option = pmiPIDMOptPutAttr);
-    /// The value is the bytes given and no more; the name field ends with its 255 bytes.
+    /// Sends a value of the bytes given and no more; the name field ends with its 255 bytes.
     Outcome PutAttributeBytes(const std::string& name, const std::string& bytes,
                               std::uint32_t option = pmiPIDMOptPutAttr);
-    /// A request whose data block has no byte at all.
+    /// Sends a request whose data block has no byte at all.
     Outcome Option(std::uint32_t option);
 
   private:

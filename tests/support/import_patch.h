@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Replaces a C function only for the module: the pointers of the module's own import table are changed, while
+// Replaces a C function only for the module: it changes the pointers of the module's own import table, while
 // the test program and every other library continue to call the real function.
 #pragma once
 
@@ -11,16 +11,17 @@
 
 class ImportPatch {
   public:
-    /// Replaces every import of the library that bears one of the names; a function's name differs between
-    /// the systems ("time", "_time64"). A name that the library does not import is passed over.
+    /// Replaces every import of the library that has one of the names; a function's name differs between the
+    /// systems ("time", "_time64"). A name that the library does not import is ignored.
     ImportPatch(platform::LibraryHandle library, std::initializer_list<const char*> names, void* replacement);
     ~ImportPatch();
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
-    /// False when the library imports the function under none of the names: nothing is replaced.
+    /// Returns false if the library imports the function under none of the names, so that nothing is
+    /// replaced.
     [[nodiscard]] bool Found() const { return !slots_.empty(); }
-    /// What the module would have called; null when not found.
+    /// Returns what the module would have called, or null if it was not found.
     [[nodiscard]] void* Original() const { return original_; }
 
   private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The pointers through which a loaded library calls the functions that it imports.
+// Finds the pointers through which a loaded library calls the functions that it imports.
 #pragma once
 
 #include <vector>

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The dynamic section's pointers are relocated by glibc, but not by every loader.
+/// glibc relocates the pointers of the dynamic section, but not every loader does.
 std::uintptr_t Relocated(const link_map& map, std::uintptr_t address) {
     return address < map.l_addr ? map.l_addr + address : address;
 }

@@ -11,9 +11,9 @@
 namespace {
 
 #ifdef MQAMOD_KEEP_MODULES_LOADED
-/// What a module leaves allocated is lost when it is unloaded, and the leak checker would report it. So each
-/// module stays loaded, and all but the first are loaded from copies, because loading the same file again would return
-/// the module that is already loaded.
+/// The memory that a module leaves allocated is lost when it is unloaded, and the leak checker would report
+/// it. So each module stays loaded, and all but the first are loaded from copies, because loading the same
+/// file again would return the module that is already loaded.
 constexpr bool kKeepModulesLoaded = true;
 #else
 constexpr bool kKeepModulesLoaded = false;

@@ -15,7 +15,7 @@
 #include "tests/support/mqi_double.h"
 #include "tests/support/trace_reader.h"
 
-/// Where the module was built, the stand-in MQ library, and the one that lacks MQBACK.
+/// These return the paths of the module, of the stand-in MQ library, and of the one that lacks MQBACK.
 std::string ModulePath();
 std::string MqDoublePath();
 std::string MqDoubleWithoutMqbackPath();
@@ -27,17 +27,17 @@ class ModuleFixture : public testing::Test, public HostRequests {
     void SetUp() override;
     void TearDown() override;
 
-    /// Loads the module with the state that it has in a new process, and sends the requests there. Unloads the
-    /// one loaded before; streams that it left open are closed where the system would not let anyone delete
-    /// their files otherwise.
+    /// Loads the module with the state that it has in a new process, and sends the requests there. Unloads
+    /// the module loaded before. Streams that it left open are closed where the system would otherwise not
+    /// let anyone delete their files.
     void LoadAnotherModule();
 
-    /// Init and Open of queue Q1 of queue manager QM1, which must succeed, with further keywords.
+    /// Sends Init and Open of queue Q1 of queue manager QM1, which must succeed, with further keywords.
     void InitAndOpen(const std::string& keywords = "");
-    /// The same with a trace of that level in trace.txt; what Init wrote is passed over.
+    /// These do the same with a trace of that level in trace.txt, and skip what Init wrote there.
     void InitTraced(int level, const std::string& keywords = "");
     void InitAndOpenTraced(int level, const std::string& keywords = "");
-    /// Reads until a request does not return pmrcOK, at most limit records.
+    /// Reads until a request does not return pmrcOK, but at most `limit` records.
     std::vector<std::string> ReadAll(std::size_t limit = 1000);
 
     TemporaryDirectory directory;
@@ -49,5 +49,5 @@ class ModuleFixture : public testing::Test, public HostRequests {
     void UnloadModule();
 };
 
-/// Keywords that every valid Init needs.
+/// Every valid Init needs these keywords.
 inline constexpr char kRequired[] = "-QMGR QM1 -QNM Q1";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The stand-in MQ library that the module loads in a test: IBM's entry points, each passed on to the test
-// program (mqi_double.h), which hands its functions over through SetMqDouble.
+// Declares the stand-in MQ library that the module loads in a test. It has IBM's entry points, and passes
+// each call on to the test program (mqi_double.h), which hands its functions over through SetMqDouble.
 #pragma once
 
 #include "mqi/mqi.h"
@@ -16,5 +16,5 @@ struct MqDoubleFunctions {
     decltype(&MQDISC) Disc;
 };
 
-/// Exported by the library as "SetMqDouble". The table must outlive every call of a verb.
+/// The library exports this as "SetMqDouble". The table must outlive every call of a verb.
 using SetMqDoubleFunction = void (*)(const MqDoubleFunctions* functions);

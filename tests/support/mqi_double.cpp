@@ -70,7 +70,7 @@ void Get(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG Buf
     MqGetOutcome outcome = current->onGet.empty() ? current->emptyQueue : current->onGet.front();
     const auto room = static_cast<std::size_t>(std::max(BufferLength, 0));
     const bool truncated = outcome.compCode == MQCC_OK && outcome.bytes.size() > room;
-    // Like a queue manager: a message that does not fit is shown in part and stays where it is.
+    // As with a queue manager, a message that does not fit is shown in part and stays where it is.
     if (truncated) outcome.compCode = MQCC_WARNING, outcome.reason = MQRC_TRUNCATED_MSG_FAILED;
     if (!current->onGet.empty() && !truncated) current->onGet.pop_front();
 
@@ -123,7 +123,7 @@ void Close(MQHCONN Hconn, MQHOBJ* Hobj, MQLONG Options, MQLONG* CompCode, MQLONG
     call.connection = Hconn;
     call.object = *Hobj;
     call.options = Options;
-    // As a queue manager does: the handle of a closed object is made unusable.
+    // As a queue manager does, this makes the handle of a closed object unusable.
     if (Answer(call, current->onClose, CompCode, Reason).compCode != MQCC_FAILED) *Hobj = kUnusable;
 }
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The test program's side of the stand-in MQ library: records every call with its arguments as they were
-// passed and plays the outcomes that the test scripted, verb by verb. Without a script everything succeeds
-// and the queue is empty.
+// Plays the MQ library: it records every call with its arguments as they were passed and plays the outcomes
+// that the test scripted, verb by verb. Without a script everything succeeds and the queue is empty.
 #pragma once
 
 #include <cstddef>
@@ -59,33 +58,34 @@ struct MqGetOutcome {
 
 class MqiDouble {
   public:
-    /// Binds the stand-in library to this object; one object a process is bound at a time.
+    /// Binds the stand-in library to this object. A process can bind only one object at a time.
     MqiDouble();
     ~MqiDouble();
     MqiDouble(const MqiDouble&) = delete;
     MqiDouble& operator=(const MqiDouble&) = delete;
 
-    /// Makes the library at path call the object bound. Returns the loader's reason, empty on success.
+    /// Makes the library at `path` call the object bound. Returns the loader's reason, which is empty on
+    /// success.
     static std::string Bind(const std::string& path);
 
     std::deque<MqOutcome> onConnx, onOpen, onCmit, onBack, onClose, onDisc;
     std::deque<MqGetOutcome> onGet;
 
-    /// The answer once onGet is used up: no message available.
+    /// This is the answer once onGet is used up: no message is available.
     MqGetOutcome emptyQueue{"", 0, MQCC_FAILED, MQRC_NO_MSG_AVAILABLE, 0, false, MQENC_NATIVE, 0, {}};
 
-    /// Called at every call, recorded arguments complete, before the answer is played.
+    /// The double calls this at every call, with all arguments recorded, before it plays the answer.
     std::function<void(const MqCall&)> hook;
 
     std::vector<MqCall> calls;
 
     void PutMessage(const std::string& bytes, MQLONG backoutCount = 0);
-    /// The next MQGET answers with these codes and delivers the bytes given.
+    /// Makes the next MQGET answer with these codes and deliver the bytes given.
     void FailGet(MQLONG compCode, MQLONG reason, const std::string& bytes = "");
 
-    /// The verbs in order, as "CONNX OPEN GET CMIT".
+    /// Returns the verbs in order, as "CONNX OPEN GET CMIT".
     [[nodiscard]] std::string Sequence() const;
-    /// The calls of one verb, in order.
+    /// Returns the calls of one verb, in order.
     [[nodiscard]] std::vector<MqCall> Calls(Verb verb) const;
     [[nodiscard]] std::size_t Count(Verb verb) const { return Calls(verb).size(); }
     /// Forgets the calls recorded so far.

@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Standard output of the process, the module's as well as the test's, kept aside in a file.
+// Captures the standard output of the process, the module's as well as the test's, in a file.
 #pragma once
 
 #include <string>
 
 class OutputCapture {
   public:
-    /// Captures from now on, into a file of that name.
+    /// Captures everything from now on in a file of that name.
     explicit OutputCapture(const std::string& path = "standard_output.txt");
     ~OutputCapture();
     OutputCapture(const OutputCapture&) = delete;
     OutputCapture& operator=(const OutputCapture&) = delete;
 
-    /// Ends the capture and returns what was written, line ends as "\n".
+    /// Ends the capture and returns what was written, with line ends as "
+    /// ".
     std::string Finish();
 
   private:

@@ -26,17 +26,18 @@ class RunningProgram {
     RunningProgram& operator=(const RunningProgram&) = delete;
     ~RunningProgram();
 
-    /// Gets ready to send interrupts: to be called before the program is started. Returns false when that
+    /// Prepares to send interrupts; must be called before the program is started. Returns false when that
     /// could not be done.
     [[nodiscard]] static bool PrepareInterrupts();
 
     /// Sends what Ctrl-C sends. Returns false when that could not be done.
     [[nodiscard]] bool Interrupt() const;
 
-    /// Sends a signal to this one process. Returns false where there are none, and when it has ended.
+    /// Sends a signal to this one process. Returns false where there are no signals, and when the process has
+    /// ended.
     [[nodiscard]] bool Signal(int number) const;
 
-    /// Waits until the program's standard error contains `text`; false after `seconds`.
+    /// Waits until the program's standard error contains `text`. Returns false after `seconds`.
     [[nodiscard]] bool WaitForError(const std::string& text, int seconds = 30) const;
 
     /// Waits for the end. A program that has not ended after `seconds` is killed.
@@ -52,11 +53,11 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
                          const std::string& folder,
                          const std::map<std::string, std::string>& environment = {});
 
-/// Reads a whole file; an empty string when it cannot be read.
+/// Reads a whole file. Returns an empty string when it cannot be read.
 std::string ReadFileIfAny(const std::string& path);
 
-/// Waits until a file contains `text`; false after `seconds`.
+/// Waits until a file contains `text`. Returns false after `seconds`.
 [[nodiscard]] bool WaitForText(const std::string& path, const std::string& text, int seconds = 30);
 
-/// Returns text with each CR LF as LF.
+/// Returns the text with each CR LF replaced by LF.
 std::string WithUnixLineEnds(const std::string& text);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The running test program, started a second time, so that a test has two processes. The program must be run
+// Starts the running test program a second time, so that a test has two processes. The program must be run
 // for one test at a time. That test then finds out which of the two processes it is in.
 #pragma once
 
 #include <string>
 #include <vector>
 
-/// The part that the test must play; empty in the process that the test runner started.
+/// Returns the part that the test must play, which is empty in the process that the test runner started.
 [[nodiscard]] std::string PartToPlay();
 
 /// Makes every program that this process starts from now on play `part`.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A directory for one test, which is removed afterwards.
+// Makes a directory for one test, which is removed afterwards.
 #pragma once
 
 #include <chrono>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The main of every test program.
+// Contains the main of every test program.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -23,8 +23,8 @@ void Report(const std::string& path, const std::string& text) {
     }
 }
 
-// For scripts/wine-run, which runs Windows programs: the file exists once the program has started, and
-// contains the exit code once its tests are over. Programs that tests start must not write it.
+// scripts/wine-run, which runs Windows programs, needs this: the file exists once the program has started,
+// and contains the exit code once its tests are over. Programs that tests start must not write it.
 std::string TakeStartedFile() {
     const char* path = std::getenv(kStartedFile);
     if (path == nullptr) return {};

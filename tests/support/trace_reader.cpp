@@ -9,7 +9,8 @@
 #include "tests/support/output_capture.h"
 
 std::string WithoutStamp(const std::string& line) {
-    // The highest digit that each place of "HH:MM:SS: " may have; any other character stands for itself.
+    // Each character is the highest digit that this place of "HH:MM:SS: " may have; any other character
+    // stands for itself.
     constexpr std::string_view kHighest = "29:59:69: ";
     if (line.size() < kHighest.size()) return line;
     for (std::size_t i = 0; i < kHighest.size(); ++i) {
@@ -59,7 +60,7 @@ std::vector<std::string> TraceReader::NewLines() {
     if (!file.seekg(seenBytes_)) return {};
     std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     seenBytes_ += static_cast<std::streamoff>(bytes.size());
-    // What completes a line that was returned in part belongs to that line.
+    // The text that completes a line that was returned in part belongs to that line.
     if (inLine_) {
         const std::size_t end = bytes.find('\n');
         if (end == std::string::npos) return {};

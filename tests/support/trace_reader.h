@@ -11,10 +11,11 @@
 /// error block, stays as it is.
 std::string WithoutStamp(const std::string& line);
 
-/// Splits at "\n". A text that ends with a line end has no empty last line.
+/// Splits a text at "
+/// ". A text that ends with a line end has no empty last line.
 std::vector<std::string> SplitLines(const std::string& text);
 
-/// A trace line as the routine writes it, without the stamp: "PIDMMain(info): text".
+/// Returns a trace line as the routine writes it, without the stamp: "PIDMMain(info): text".
 std::string InfoLine(const std::string& function, const std::string& text);
 std::string WarningLine(const std::string& function, const std::string& text);
 std::string ErrorLine(const std::string& function, const std::string& text);
@@ -23,14 +24,16 @@ class TraceReader {
   public:
     explicit TraceReader(std::string path = "trace.txt") : path_(std::move(path)) {}
 
-    /// The whole file with "\n" as line end; empty when there is no file.
+    /// Returns the whole file with "
+    /// " as line end, or an empty string if there is no file.
     [[nodiscard]] std::string Text() const;
-    /// All lines without their stamps.
+    /// Returns all lines without their stamps.
     [[nodiscard]] std::vector<std::string> Lines() const;
-    /// The lines written since the last call of NewLines or Skip. Only these are read: a test that asks after
-    /// each of some thousand requests would otherwise spend its time on lines that it has seen.
+    /// Returns the lines written since the last call of NewLines or Skip. Only these are read: a test that
+    /// calls this after each of some thousand requests would otherwise spend its time on lines that it has
+    /// seen.
     std::vector<std::string> NewLines();
-    /// Skips what is there already.
+    /// Skips what is already there.
     void Skip() { NewLines(); }
 
   private:

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/terminal.h"
+
 namespace mqam {
 
 namespace {
@@ -47,8 +49,9 @@ void PrintNow(Printer& printer) {
         std::fprintf(stderr, "mqam: %s\n", text.c_str());
     } else {
         WipeLiveLine(printer);
-        std::fputs(text.c_str(), stderr);
-        printer.liveWidth = text.size();
+        const std::string shown = FitLine(text, platform::StandardErrorColumns());
+        std::fputs(shown.c_str(), stderr);
+        printer.liveWidth = shown.size();
     }
     std::fflush(stderr);
 }
@@ -96,6 +99,14 @@ void PrintMessage(const std::string& lines) {
     std::fflush(stderr);
 }
 
+std::string FitLine(const std::string& text, int columns) {
+    // A character in the last column makes some terminals begin a new line.
+    const auto most = static_cast<std::size_t>(columns > 0 ? columns - 1 : 0);
+    if (columns <= 0 || text.size() <= most) return text;
+    const std::size_t comma = text.rfind(", ", most);
+    return text.substr(0, comma == std::string::npos ? most : comma);
+}
+
 std::string FormatCount(std::uint64_t count) {
     const std::string digits = std::to_string(count);
     std::string grouped;
@@ -106,8 +117,12 @@ std::string FormatCount(std::uint64_t count) {
     return grouped;
 }
 
+std::string FormatCountOf(std::uint64_t count, const std::string& noun) {
+    return FormatCount(count) + ' ' + noun + (count == 1 ? "" : "s");
+}
+
 std::string FormatRecords(std::uint64_t count) {
-    return FormatCount(count) + (count == 1 ? " record" : " records");
+    return FormatCountOf(count, "record");
 }
 
 std::string FormatRecordsThatAre(std::uint64_t count) {
@@ -115,7 +130,7 @@ std::string FormatRecordsThatAre(std::uint64_t count) {
 }
 
 std::string FormatBytes(std::uint64_t bytes) {
-    if (bytes < 1000) return std::to_string(bytes) + " bytes";
+    if (bytes < 1000) return FormatCountOf(bytes, "byte");
     constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB", "PB", "EB"};
     double size = static_cast<double>(bytes) / 1000;
     std::size_t unit = 0;

@@ -36,8 +36,14 @@ void PrintMessage(const std::string& lines);
 ///   seconds  the time since the counters began to count
 [[nodiscard]] std::string FormatProgress(const ProgressCounters& counters, double seconds);
 
+/// Cuts a line of items separated by ", " so that it fits a terminal, after an item if possible.
+///   columns  in  of the terminal; 0 if they are not known
+[[nodiscard]] std::string FitLine(const std::string& text, int columns);
+
 [[nodiscard]] std::string FormatCount(std::uint64_t count);
 
+/// Returns "1 message" or "12,345 messages": the count, and the noun with an s unless there is one.
+[[nodiscard]] std::string FormatCountOf(std::uint64_t count, const std::string& noun);
 /// Returns "1 record" or "12,345 records".
 [[nodiscard]] std::string FormatRecords(std::uint64_t count);
 /// Returns "1 record is" or "12,345 records are".

@@ -20,7 +20,8 @@ inline constexpr std::uint64_t kSectorBytes = 512;
 /// Makes the entry of a record whose bytes are at `body`.
 [[nodiscard]] ScannedRecord MakeScannedRecord(std::uint64_t offset, std::uint64_t length, const char* body);
 
-/// Whether the file has the sequence number 0. No checkpoint has that number, so the header never reached the disk.
+/// Returns whether the file has the sequence number 0. No checkpoint has that number, so the header never reached the
+/// disk.
 [[nodiscard]] bool HasNoSequence(const CheckpointScan& scan);
 
 /// Looks for filler at intactBytes and sets `scan.filler`. Requires records, intactBytes and fileBytes of `scan`. A

@@ -165,7 +165,8 @@ std::string ExplainDamaged(const CheckpointScan& scan) {
     return text + Paragraph(kNoChecksum) +
            Paragraph(
                "To do: keep a copy of the file, and restore an undamaged one. A restart refuses this "
-               "file, and no repair is tried, because it would be a guess.");
+               "file, and no repair is tried, because it would be a guess. If there is no other copy, "
+               "`mqam checkpoint export` saves the records that can be read.");
 }
 
 }  // namespace

@@ -12,9 +12,6 @@
 
 namespace mqam {
 
-namespace {
-
-// Returns a name next to the file that is still free: FILE.kept, FILE.kept2 ...
 std::string FreeName(const std::string& path, const std::string& suffix) {
     std::string name = path + suffix;
     const auto isTaken = [&name] {
@@ -25,6 +22,8 @@ std::string FreeName(const std::string& path, const std::string& suffix) {
         name = path + suffix + std::to_string(number);
     return name;
 }
+
+namespace {
 
 RepairStep Make(Repair::Kind kind, const std::string& path, std::uint64_t bytes = 0) {
     return {RepairStep::Kind::kMake, {kind, path, bytes}, ""};

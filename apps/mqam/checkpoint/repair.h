@@ -16,6 +16,9 @@
 
 namespace mqam {
 
+/// Returns a name next to the file that is still free: FILE.kept, FILE.kept2 and so on with the suffix ".kept".
+[[nodiscard]] std::string FreeName(const std::string& path, const std::string& suffix);
+
 /// Makes one repair, synced to disk. A temporary file is deleted only if the checkpoint file contains its records, and
 /// a file is truncated only where its complete records end. On failure nothing is changed, or the change is made and
 /// only its sync failed.

@@ -100,6 +100,7 @@ StartDecision Replay(const PositionData& position, const CheckpointScan& file, s
     decision.position = position;
     decision.firstRecordIsRepeat = position.CkPtMsgCount != 0;
     const std::size_t replayed = file.records.size() - firstRecord;
+    decision.replayedRecords = replayed;
     decision.message =
         "the load resumes after checkpoint " + std::to_string(position.CkPtSeq) + ": " + checkpointPath;
     if (!decision.firstRecordIsRepeat) {

@@ -53,6 +53,8 @@ struct StartDecision {
     /// With kReplay: the first record replayed was delivered before the position was stored. It is compared and
     /// dropped.
     bool firstRecordIsRepeat = false;
+    std::uint64_t replayedRecords =
+        0;  ///< with kReplay: how many records the file returns after SetPos, at least 1
     std::vector<Repair> repairs;  ///< to be made first, in this order; none with kRefuse
     std::string message;          ///< for the operator, for every action; with kRefuse it says what to do
     bool isTransient = false;     ///< with kRefuse: the system failed, and nothing is wrong with the files

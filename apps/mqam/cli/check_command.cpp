@@ -10,7 +10,9 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "mqam/cli/command_line.h"
 #include "mqam/cli/keyword_options.h"
+#include "mqam/explain/advice.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/plain_load.h"
 #include "mqam/module/module_session.h"
@@ -32,7 +34,7 @@ constexpr const char* kCheckExamples =
     "\n"
     "Neither the queue manager nor any file but a trace and the parameter file is touched.\n"
     "\n"
-    "Exit codes: 0 in order, 1 an option is wrong, 2 the module refuses the parameters, 3 standard output "
+    "Exit codes: 0 in order, 1 an option or a parameter is wrong, 2 the module failed, 3 standard output "
     "cannot be\n"
     "written, 4 the module cannot be loaded.\n";
 
@@ -49,13 +51,10 @@ int WriteAnswer(int descriptor, const std::string& text) {
     return kExitDone;
 }
 
-int RunCheck(const ModuleOptions& options) {
+int RunCheck(const CLI::App& command, const ModuleOptions& options, FailureDetail detail) {
     std::string initString;
     const Status composed = ComposeInitString(options, initString);
-    if (!composed.IsOk()) {
-        PrintMessage("mqam check: " + composed.Error() + "\n");
-        return kExitNotStarted;
-    }
+    if (!composed.IsOk()) return RefuseCommandLine(command, composed.Error());
     const bool helpWanted = WasKeywordGiven(options, "HELP");
     const int standardOutput = platform::RedirectStdout(helpWanted ? platform::ModuleOutput::kToStandardError
                                                                    : platform::ModuleOutput::kDropped);
@@ -72,11 +71,13 @@ int RunCheck(const ModuleOptions& options) {
     ModuleSession session(entryPoint);
     StartupReport report;
     if (session.Init(initString) != pmrcOK || FetchReport(session, helpWanted, report) != pmrcOK) {
-        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure()));
-        return kExitModuleFailed;
+        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure(), detail));
+        if (!IsWrongOption(session.LastFailure())) return kExitModuleFailed;
+        PrintMessage(UsageLineOf(command));
+        return kExitNotStarted;
     }
     if (session.Shut() != pmrcOK) {
-        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure()));
+        PrintMessage("mqam check: " + DescribeFailure(session.LastFailure(), detail));
         return kExitModuleFailed;
     }
     return WriteAnswer(standardOutput, FormatReport(report, ""));
@@ -90,7 +91,12 @@ void AddCheckCommand(CLI::App& app, int& exitCode) {
     const auto options = std::make_shared<ModuleOptions>();
     AddModuleOptions(*command, *options);
     command->footer(kCheckExamples);
-    command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
+    const auto verbose = std::make_shared<bool>(false);
+    command->add_flag("-v,--verbose", *verbose, "show the module's part in a failure")->group("Diagnosis");
+    command->callback([command, options, verbose, &exitCode] {
+        const FailureDetail detail = *verbose ? FailureDetail::kForDevelopers : FailureDetail::kForOperators;
+        exitCode = RunCheck(*command, *options, detail);
+    });
 }
 
 }  // namespace mqam

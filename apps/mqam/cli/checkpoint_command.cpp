@@ -17,10 +17,10 @@
 #include "mqam/checkpoint/integrity.h"
 #include "mqam/checkpoint/listing.h"
 #include "mqam/checkpoint/repair.h"
+#include "mqam/cli/checkpoint_export_command.h"
 #include "mqam/cli/option_values.h"
 #include "mqam/load/stored_load.h"
 #include "mqam/module/position_text.h"
-#include "mqam/target/load_places.h"
 #include "mqam/target/lock_file.h"
 #include "platform/paths.h"
 #include "platform/terminal.h"
@@ -218,7 +218,7 @@ int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, cons
 
 // Takes the steps while the lock keeps restartable loads away from the file.
 int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
-    const std::string lock = CheckpointLockPath(RealPath(options.path));
+    const std::string lock = CheckpointLockPath(platform::AbsolutePath(options.path));
     const Status locked = AcquireLockFile(lock, 0);
     if (!locked.IsOk()) {
         const int refused = PrintError("nothing was changed: " + locked.Error());
@@ -290,7 +290,7 @@ std::shared_ptr<CheckpointOptions> AddSubcommand(CLI::App& parent, const char* n
 }  // namespace
 
 void AddCheckpointCommand(CLI::App& app, int& exitCode) {
-    CLI::App* parent = app.add_subcommand("checkpoint", "Show, verify or repair a checkpoint file");
+    CLI::App* parent = app.add_subcommand("checkpoint", "Show, verify, export or repair a checkpoint file");
     parent->require_subcommand(1);
 
     auto show = AddSubcommand(*parent, "show", "Show the records and what a restart would do", kShowExamples,
@@ -311,6 +311,8 @@ void AddCheckpointCommand(CLI::App& app, int& exitCode) {
     auto verify = AddSubcommand(*parent, "verify", "Report whether the file is intact, to the byte",
                                 kVerifyExamples, RunVerify, exitCode);
     AddRestartFileOption(*parent->get_subcommand("verify"), *verify);
+
+    AddCheckpointExportCommand(*parent, exitCode);
 
     auto repair = AddSubcommand(*parent, "repair", "Complete what a crash interrupted", kRepairExamples,
                                 RunRepair, exitCode);

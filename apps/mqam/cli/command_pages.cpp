@@ -3,18 +3,19 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
-#include <CLI/Validators.hpp>
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <sstream>
 #include <string_view>
 #include <vector>
 
+#include "mqam/base/answer.h"
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "mqam/cli/command_line.h"
+#include "mqam/cli/option_values.h"
 #include "product_version.h"
 
 namespace mqam {
@@ -153,7 +154,7 @@ std::string OptionTag(const CLI::Option& option) {
 std::string Synopsis(const Command& command) {
     std::string text = ".B " + RoffLine(command.path);
     for (const CLI::Option* option : VisibleOptions(*command.app)) {
-        if (option->get_required()) {
+        if (IsAlwaysNeeded(*option)) {
             text += OptionTag(*option) + '\n';
         }
     }
@@ -179,7 +180,7 @@ std::string OptionSections(const CLI::App& app) {
         std::string options;
         for (const CLI::Option* option : VisibleOptions(app)) {
             if (option->get_group() == group) {
-                options += ".TP\n" + OptionTag(*option) + (option->get_required() ? " (required)\n" : "\n") +
+                options += ".TP\n" + OptionTag(*option) + (IsAlwaysNeeded(*option) ? " (required)\n" : "\n") +
                            RoffLine(option->get_description());
             }
         }
@@ -385,7 +386,7 @@ void AddPageCommands(CLI::App& program, int& exitCode) {
     completion->add_option("SHELL", *shell, "the shell: bash or zsh")
         ->type_name("bash|zsh")
         ->required()
-        ->check(CLI::IsMember({"bash", "zsh"}).description(""));
+        ->transform(WordIn({{"bash", "bash"}, {"zsh", "zsh"}}));
     completion->footer(
         "The packages install both scripts. Without a package:\n"
         "  source <(mqam completion bash)\n"
@@ -395,8 +396,7 @@ void AddPageCommands(CLI::App& program, int& exitCode) {
     completion->callback([&program, shell, &exitCode] {
         const std::string script =
             *shell == "bash" ? MakeBashCompletion(program) : MakeZshCompletion(program);
-        (void)std::fputs(script.c_str(), stdout);
-        exitCode = kExitDone;
+        exitCode = PrintAnswer("mqam completion", script);
     });
 
     CLI::App* manual = program.add_subcommand("manual", "Write the manual pages into a directory");

@@ -9,15 +9,16 @@
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "mqam/cli/command_line.h"
 #include "mqam/cli/load_options.h"
 #include "mqam/cli/restartable_load.h"
 #include "mqam/cli/summary.h"
+#include "mqam/explain/advice.h"
 #include "mqam/explain/code_tables.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/interrupts.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/file/file_sink.h"
-#include "mqam/target/target_kind.h"
 #include "platform/file.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
@@ -28,77 +29,49 @@ namespace mqam {
 namespace {
 
 constexpr const char* kLoadExamples =
-    "Whatever ends a load, the same command resumes it, and every message is in the target exactly once.\n"
-    "What it needs for that is in the directory TARGET.load until the load is done.\n"
-    "\n"
     "Examples:\n"
     "  mqam load --qmgr QM1 --queue ORDERS --to orders.txt\n"
     "      every message of the queue as a line of orders.txt; ends when the queue has been empty for 15 s\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --to orders.txt --append\n"
-    "      the same every night: it adds what has arrived since to orders.txt\n"
     "  mqam load --qmgr QM1 --queue ORDERS --rwait 5 --format length --to orders.bin\n"
     "      binary messages: 4 bytes little-endian length before each\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --channel DEV.APP.SVRCONN --server 'mq.example.com(1414)' \\\n"
-    "            --checkpoint-every 500 --trace 2 orders.trc --to orders.txt\n"
-    "      as an MQ client, with a checkpoint after every 500 records and a trace\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --ckfile /fast/orders.ckpt --restart-file /safe/orders.restart \\\n"
-    "            --to orders.txt\n"
-    "      with the files of the load in other places\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --to 'sqlite:orders.db?table=orders' --retry-for 3600\n"
-    "      into a SQLite table, which keeps the restart information itself; retries after a failure\n"
     "  mqam load --parmfile orders.parm --to - | gzip > orders.gz\n"
-    "      keywords from a file, records to standard output: unprotected, a failure loses messages\n";
+    "      keywords from a file, records to standard output\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --channel DEV.APP.SVRCONN --server 'mq.example.com(1414)' \\\n"
+    "            --ckfile orders.ckpt --checkpoint-every 1000 --log orders.log --trace 2 orders.trc --to "
+    "orders.txt\n"
+    "      as an MQ client, with checkpoints, message log and trace\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --restart-file orders.restart --to "
+    "orders.txt\n"
+    "      whatever ends it, the same command resumes it: every message is in orders.txt exactly once\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --to 'sqlite:orders.db?table=orders' \\\n"
+    "            --retry-for 3600\n"
+    "      the same into a SQLite table, which keeps the restart information itself; retries after a failure\n";
 
 int Refuse(const std::string& error) {
     PrintMessage("mqam load: " + error + "\n");
     return kExitNotStarted;
 }
 
-// Makes the settings of an unprotected load.
+// Refuses an option or a value.
+int RefuseOption(const LoadOptions& options, const std::string& error) {
+    return Refuse(error + "\n" + options.usage.substr(0, options.usage.size() - 1));
+}
+
+// Makes the settings of a plain load.
 Status ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings) {
     Status status = ComposeInitString(options.module, settings.initString);
     if (status.IsOk()) status = ComposeAttributes(options, settings.attributes);
+    settings.checkpointEveryRecords = options.checkpointEvery;
     settings.wantsKeywordHelp = WasKeywordGiven(options.module, "HELP");
     return status;
 }
 
-// Returns the first option given that an unprotected load has no use for, or null.
+// Returns the first option given that only a load with restart information has, or null.
 const char* FindRestartOption(const LoadOptions& options) {
-    if (WasKeywordGiven(options.module, "CKFILE")) return "--ckfile";
-    if (options.checkpointEvery != 0) return "--checkpoint-every";
-    if (!options.restartFile.empty()) return "--restart-file";
     if (options.checkpointSeconds != 0) return "--checkpoint-seconds";
     if (options.restart != RestartPolicy::kAuto) return "--restart";
     if (options.retryForSeconds != 0) return "--retry-for";
     return nullptr;
-}
-
-// Refuses options that do not go with an unprotected load.
-Status CheckUnprotected(const LoadOptions& options) {
-    const std::string cause = options.target == "-" ? "--to -" : "--unprotected";
-    if (FindTargetKind(options.target).keepsRestartState) {
-        return Status::Refused("--unprotected does not go with " + options.target +
-                               ": such a target keeps the restart information itself");
-    }
-    if (const char* option = FindRestartOption(options)) {
-        return Status::Refused(std::string(option) + " does not go with " + cause +
-                               ": an unprotected load takes no checkpoints and cannot be resumed");
-    }
-    return {};
-}
-
-// Warns of what an unprotected load may cost.
-void WarnUnprotected(const LoadOptions& options, const std::string& target) {
-    if (options.quiet) return;
-    const std::string loses =
-        "a failure loses the messages that were taken from the queue and not yet written to " + target + "\n";
-    PrintMessage(options.target == "-"
-                     ? "mqam load: standard output cannot be truncated, so this load is unprotected: " + loses
-                     : "mqam load: this load is unprotected (--unprotected): " + loses);
-    if (WasKeywordGiven(options.module, "CONVERT")) {
-        PrintMessage(
-            "mqam load: --convert: in an unprotected load, a message that MQ cannot convert is lost\n");
-    }
 }
 
 // Decides how the target is opened. Refuses a file that exists unless the user said what to do with it.
@@ -125,31 +98,37 @@ Status ChooseTarget(const LoadOptions& options, FileSinkSettings& target) {
     return {};
 }
 
-int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, FileSink& sink,
-               const std::string& target, double seconds) {
+int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const std::string& target,
+               double seconds) {
     if (outcome.end == PlainLoadEnd::kNotStarted) {
         return Refuse(outcome.error.Error());
     }
     if (outcome.moduleFailure.code != pmrcOK)
-        PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure));
-    if (!outcome.error.IsOk()) PrintMessage("mqam load: " + outcome.error.Error() + "\n");
-    if (outcome.targetWasOpened) {
-        PlainLoadResult written = outcome;
-        written.records = sink.RecordsWritten();
-        if (!options.quiet) PrintMessage("mqam load: " + DescribeSummary(written, target, seconds));
-        const std::string cost = DescribeCost(written, sink.MostRecordsHeld(), target);
-        if (!options.quiet || IsAnyLost(written)) PrintMessage(cost);
+        PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure, DetailOf(options)));
+    if (IsWrongOption(outcome.moduleFailure)) {
+        PrintMessage(options.usage);
+        return kExitNotStarted;
     }
+    if (!outcome.error.IsOk()) PrintMessage("mqam load: " + outcome.error.Error() + "\n");
+    const bool failed =
+        outcome.end == PlainLoadEnd::kModuleFailed || outcome.end == PlainLoadEnd::kTargetFailed;
+    if (failed && outcome.mustEndProcess && outcome.records > 0)
+        PrintMessage(DescribeWhatIsSafe(options.checkpointEvery > 0));
+    if (!options.quiet && outcome.targetWasOpened)
+        PrintMessage("mqam load: " + DescribeSummary(outcome, target, seconds));
     return ExitCodeOf(outcome.end, outcome.moduleFailure.code != pmrcOK);
 }
 
-int RunUnprotectedLoad(const LoadOptions& options) {
+int RunLoad(const LoadOptions& options) {
     PlainLoadSettings settings;
     FileSinkSettings target;
-    Status status = CheckUnprotected(options);
-    if (status.IsOk()) status = ComposeSettings(options, settings);
+    if (IsRestartable(options)) return RunRestartableLoad(options);
+    if (const char* option = FindRestartOption(options)) {
+        return RefuseOption(options, std::string(option) + " needs --restart-file FILE, or a SQLite target");
+    }
+    Status status = ComposeSettings(options, settings);
     if (status.IsOk()) status = ChooseTarget(options, target);
-    if (!status.IsOk()) return Refuse(status.Error());
+    if (!status.IsOk()) return RefuseOption(options, status.Error());
     const int standardOutput =
         platform::RedirectStdout(settings.wantsKeywordHelp ? platform::ModuleOutput::kToStandardError
                                                            : platform::ModuleOutput::kDropped);
@@ -162,7 +141,6 @@ int RunUnprotectedLoad(const LoadOptions& options) {
         PrintMessage("mqam load: " + status.Error() + "\n");
         return kExitModuleMissing;
     }
-    WarnUnprotected(options, target.path);
     WatchInterrupts(kExitStoppedImmediately);
     FileSink sink(target);
     ProgressCounters counters;
@@ -172,15 +150,9 @@ int RunUnprotectedLoad(const LoadOptions& options) {
     const PlainLoadResult outcome = RunPlainLoad(entryPoint, settings, sink, MakeObserver(options), counters);
     StopProgress();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    const int exitCode = FinishLoad(options, outcome, sink, target.path, seconds);
+    const int exitCode = FinishLoad(options, outcome, target.path, seconds);
     if (outcome.mustEndProcess) platform::ExitImmediately(exitCode);
     return exitCode;
-}
-
-int RunLoad(const LoadOptions& options) {
-    // Messages may be confidential: what the load writes is for its user only.
-    platform::RestrictNewFiles();
-    return IsProtected(options) ? RunRestartableLoad(options) : RunUnprotectedLoad(options);
 }
 
 }  // namespace
@@ -197,7 +169,10 @@ void AddLoadCommand(CLI::App& app, int& exitCode) {
         footer += "  " + std::to_string(row.code) + "  " + row.meaning + "\n";
     }
     command->footer(footer);
-    command->callback([options, &exitCode] { exitCode = RunLoad(*options); });
+    command->callback([command, options, &exitCode] {
+        options->usage = UsageLineOf(*command);
+        exitCode = RunLoad(*options);
+    });
 }
 
 }  // namespace mqam

@@ -48,18 +48,14 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
     command.add_flag("--append", options.append, "add to a target that exists")
         ->group(kTargetGroup)
         ->excludes(force);
-    command
-        .add_flag(
-            "--unprotected", options.unprotected,
-            "keep no restart information: a failure loses the messages that were taken from the queue and are not yet in the target. Implied by --to -")
-        ->group(kTargetGroup);
 }
 
 void AddSafetyOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option("--checkpoint-every", options.checkpointEvery,
-                    "take a checkpoint after every N records. Default: " +
-                        std::to_string(kCheckpointEveryByDefault) + ", unless --checkpoint-seconds is given")
+                    "take a checkpoint after every N records; needs a checkpoint file. Default: none; " +
+                        std::to_string(kCheckpointEveryByDefault) +
+                        " with restart information, unless --checkpoint-seconds is given")
         ->type_name("N")
         ->transform(NumberIn({NumberUnit::kNone, 1}))
         ->group(kSafetyGroup);
@@ -73,7 +69,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option(
             "--restart-file", options.restartFile,
-            "keep the restart information in FILE. Default: TARGET.load/restart. A SQLite target keeps it in the database instead")
+            "keep restart information in FILE: whatever ends the load, the same command resumes it, and every message is in the target exactly once. Needs --ckfile. A SQLite target keeps it in the database instead")
         ->type_name("FILE")
         ->group(kRestartGroup);
     command
@@ -107,11 +103,14 @@ void AddDiagnosisOptions(CLI::App& command, LoadOptions& options) {
                     "set an attribute of the module after Init; may be repeated")
         ->type_name("NAME=VALUE")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all()
         ->group(kDiagnosisGroup);
-    command.add_flag("--verbose", options.verbose, "show the parameters in effect and every checkpoint")
+    command
+        .add_flag("-v,--verbose", options.verbose,
+                  "show the parameters in effect, every checkpoint, and the module's part in a failure")
         ->group(kDiagnosisGroup);
-    command.add_flag("--quiet", options.quiet, "no progress and no summary; failures are still reported")
+    command.add_flag("-q,--quiet", options.quiet, "no progress and no summary; failures are still reported")
         ->group(kDiagnosisGroup);
 }
 
@@ -131,8 +130,8 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
     AddDiagnosisOptions(command, options);
 }
 
-bool IsProtected(const LoadOptions& options) {
-    return !options.unprotected && options.target != "-";
+bool IsRestartable(const LoadOptions& options) {
+    return !options.restartFile.empty() || FindTargetKind(options.target).keepsRestartState;
 }
 
 Status ComposeAttributes(const LoadOptions& options,
@@ -168,6 +167,10 @@ LoadObserver MakeObserver(const LoadOptions& options) {
         };
     }
     return observer;
+}
+
+FailureDetail DetailOf(const LoadOptions& options) {
+    return options.verbose ? FailureDetail::kForDevelopers : FailureDetail::kForOperators;
 }
 
 ProgressStyle ChooseProgressStyle(const LoadOptions& options, bool recordsOnScreen) {

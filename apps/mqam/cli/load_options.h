@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The options of `mqam load`, and what both kinds of load make of them: the protected load, which is resumed where it
-// stopped, and the unprotected one.
+// The options of `mqam load`, and what both kinds of load make of them: the plain load, and the one that is resumed where
+// it stopped.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,7 @@
 
 #include "mqam/base/progress.h"
 #include "mqam/cli/keyword_options.h"
+#include "mqam/explain/failure_report.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/load/supervisor.h"
 #include "mqam/load/worker.h"
@@ -32,7 +33,6 @@ struct LoadOptions {
     bool formatGiven = false;
     bool force = false;
     bool append = false;
-    bool unprotected = false;  ///< --unprotected, or implied by the target
     std::vector<std::string> attributes;
     int timeoutSeconds = 0;
     bool preserve = false;
@@ -48,6 +48,9 @@ struct LoadOptions {
         false;                      ///< a load found complete was already complete before the command started
     bool workerFollowsEnd = false;  ///< the previous worker has just waited for the whole read wait interval
 
+    /// The line that follows an error about an option; set when the command runs.
+    std::string usage;
+
     bool verbose = false;
     bool quiet = false;
 };
@@ -56,7 +59,7 @@ struct LoadOptions {
 void AddLoadOptions(CLI::App& command, LoadOptions& options);
 
 /// Returns whether the load keeps restart information, so that it can be resumed.
-[[nodiscard]] bool IsProtected(const LoadOptions& options);
+[[nodiscard]] bool IsRestartable(const LoadOptions& options);
 
 /// Makes name and value of each --attribute, and of the options that stand for an attribute. Refuses an
 /// --attribute that is not of the form NAME=VALUE.
@@ -65,6 +68,9 @@ Status ComposeAttributes(const LoadOptions& options,
 
 /// Makes the observer that prints what the load reports, in as much detail as the user asked for.
 [[nodiscard]] LoadObserver MakeObserver(const LoadOptions& options);
+
+/// How much of a failure the user asked to see.
+[[nodiscard]] FailureDetail DetailOf(const LoadOptions& options);
 
 /// Chooses how progress is shown.
 ///   recordsOnScreen  whether the records themselves go to the user's terminal

@@ -4,15 +4,18 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <exception>
-#include <memory>
+#include <string>
+#include <vector>
 
+#include "mqam/base/answer.h"
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
 #include "mqam/cli/check_command.h"
 #include "mqam/cli/checkpoint_command.h"
+#include "mqam/cli/command_line.h"
 #include "mqam/cli/command_pages.h"
 #include "mqam/cli/explain_command.h"
-#include "mqam/cli/help_format.h"
+#include "mqam/cli/help_command.h"
 #include "mqam/cli/load_command.h"
 #include "mqam/cli/queue_command.h"
 #include "mqam/load/worker_process.h"
@@ -26,20 +29,25 @@ int RunProgram(int argc, char** argv) {
     int exitCode = kExitDone;
     CLI::App app{"Loads the messages of an IBM MQ queue through the access module mqamod.", "mqam"};
     app.require_subcommand(1);
-    app.formatter(std::make_shared<HelpFormat>());
-    app.footer("`mqam SUBCOMMAND --help` shows the options of a subcommand with examples.");
+    app.footer("`mqam help COMMAND` shows the options of a command with examples.\n");
     app.set_version_flag("--version", std::string("mqam ") + kProductVersion, "Print the version and exit");
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
     AddCheckpointCommand(app, exitCode);
     AddExplainCommand(app, exitCode);
     AddQueueCommand(app, exitCode);
+    AddHelpCommand(app, exitCode);
     AddPageCommands(app, exitCode);
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    const CommandLine line = ReadCommandLine(app, words);
+    if (line.wantsHelp) return PrintHelp(*line.command);
+    if (!line.error.empty()) return RefuseCommandLine(*line.command, line.error);
     try {
         app.parse(argc, argv);
+    } catch (const CLI::CallForVersion& version) {
+        return PrintAnswer("mqam", std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {
-        // 0 stands for --help; any other value means a wrong command line.
-        return app.exit(error) == 0 ? kExitDone : kExitNotStarted;
+        return RefuseCommandLine(*line.command, DescribeParseError(error));
     }
     return exitCode;
 }

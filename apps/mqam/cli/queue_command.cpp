@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "mqam/base/answer.h"
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
 #include "mqam/cli/option_values.h"
@@ -30,6 +31,11 @@ constexpr const char* kQueueExamples =
     "  mqam queue put QM1 ORDERS --count 1000\n"
     "  mqam queue list\n"
     "  ls /tmp/spool/QM1/ORDERS\n";
+
+constexpr const char* kExitCodes =
+    "\n"
+    "Exit codes: 0 done, 1 nothing was done, or a file could not be read: the message says what to do, 3 the queue or\n"
+    "standard output could not be written.\n";
 
 constexpr const char* kCreateExamples =
     "Examples:\n"
@@ -120,7 +126,7 @@ int RunCreate(const CreateOptions& options) {
             std::printf("queue %s created in %s/%s\n", options.queue.c_str(), options.spool.c_str(),
                         spoolmq::DirectoryOfObject(options.queueManager).c_str());
     }
-    return status.IsOk() ? kExitDone : Refuse("create", status.error);
+    return status.IsOk() ? FinishAnswer("mqam queue create") : Refuse("create", status.error);
 }
 
 int RunDelete(const DeleteOptions& options) {
@@ -130,15 +136,16 @@ int RunDelete(const DeleteOptions& options) {
     for (const std::string& queue : queues) {
         const std::int64_t depth = spoolmq::QueueDepth(qmgrPath, spoolmq::DirectoryOfObject(queue));
         if (depth > 0 && !options.force)
-            return Refuse("delete", "queue " + queue + " contains " + std::to_string(depth) +
-                                        " messages; --force deletes them with it");
+            return Refuse("delete", "queue " + queue + " contains " +
+                                        FormatCountOf(static_cast<std::uint64_t>(depth), "message") +
+                                        "; --force deletes them with it");
     }
     const spoolmq::Status status =
         options.queue.empty() ? spoolmq::DeleteQueueManager(options.spool, options.queueManager)
                               : spoolmq::DeleteQueue(options.spool, options.queueManager, options.queue);
     if (!status.IsOk()) return Refuse("delete", status.error);
     std::printf("%s deleted\n", options.queue.empty() ? options.queueManager.c_str() : options.queue.c_str());
-    return kExitDone;
+    return FinishAnswer("mqam queue delete");
 }
 
 /// Checks a range such as 1-100k, and writes it in bytes.
@@ -158,7 +165,7 @@ std::string TransformSizes(std::string& text) {
 
 /// Adds the option that all of the subcommands have.
 void AddSpool(CLI::App& command, std::string& spool) {
-    command.add_option("--spool", spool, "the spool directory, by default $SPOOLMQ_DIR")
+    command.add_option("--spool", spool, "the spool directory. Default: $SPOOLMQ_DIR")
         ->type_name("DIR")
         ->envname("SPOOLMQ_DIR")
         ->required();
@@ -170,9 +177,12 @@ void AddCreate(CLI::App& parent, int& exitCode) {
     AddSpool(*command, options->spool);
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue");
-    command->add_option("--set", options->settings, "set an attribute of what is created")
-        ->type_name("NAME=VALUE");
-    command->footer(kCreateExamples);
+    command->add_option("--set", options->settings, "set an attribute of what is created; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+    command->footer(std::string(kCreateExamples) + kExitCodes);
     command->callback([options, &exitCode] { exitCode = RunCreate(*options); });
 }
 
@@ -187,7 +197,7 @@ void AddPut(CLI::App& parent, int& exitCode) {
     CLI::Option* lines = command->add_flag("--lines", options->lines, "each line is a message");
     command->add_flag("--length", options->framed, "each message follows its length, 4 bytes little-endian")
         ->excludes(lines);
-    CLI::Option* count = command->add_option("--count", options->count, "put N generated orders")
+    CLI::Option* count = command->add_option("--count", options->count, "put N generated sample orders")
                              ->type_name("N")
                              ->transform(NumberIn({NumberUnit::kNone, 0, 999999999}));
     command->add_option("--seed", options->seed, "the same number makes the same orders (1)")
@@ -215,9 +225,14 @@ void AddPut(CLI::App& parent, int& exitCode) {
     command->add_option("--ccsid", options->ccsid, "character set of the messages (the queue manager's)")
         ->type_name("N")
         ->transform(NumberIn({NumberUnit::kNone, 1, 65535}));
-    command->add_flag("--quiet", options->quiet, "no progress and no summary");
-    command->footer(kPutExamples);
-    command->callback([options, &exitCode] { exitCode = RunQueuePut(*options); });
+    command->add_flag("-q,--quiet", options->quiet, "no progress and no summary");
+    command->footer(std::string(kPutExamples) + kExitCodes);
+    command->add_flag("--empty", options->allowsEmpty,
+                      "put messages without bytes, too; an empty message ends the next load early");
+    command->callback([options, count, &exitCode] {
+        options->generates = count->count() > 0;
+        exitCode = RunQueuePut(*options);
+    });
 }
 
 void AddList(CLI::App& parent, int& exitCode) {
@@ -226,6 +241,7 @@ void AddList(CLI::App& parent, int& exitCode) {
     const auto queueManager = std::make_shared<std::string>();
     AddSpool(*command, *spool);
     command->add_option("QMGR", *queueManager, "only this queue manager");
+    command->footer(kExitCodes + 1);
     command->callback([spool, queueManager, &exitCode] { exitCode = RunQueueList(*spool, *queueManager); });
 }
 
@@ -240,7 +256,7 @@ void AddShow(CLI::App& parent, int& exitCode) {
     command->add_option("--limit", options->limit, "messages to list (20)")
         ->type_name("N")
         ->transform(NumberIn({}));
-    command->footer(kQueueShowExamples);
+    command->footer(std::string(kQueueShowExamples) + kExitCodes);
     command->callback([options, &exitCode] { exitCode = RunQueueShow(*options); });
 }
 
@@ -251,7 +267,7 @@ void AddDelete(CLI::App& parent, int& exitCode) {
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue");
     command->add_flag("--force", options->force, "even if it contains messages");
-    command->footer(kDeleteExamples);
+    command->footer(std::string(kDeleteExamples) + kExitCodes);
     command->callback([options, &exitCode] { exitCode = RunDelete(*options); });
 }
 

@@ -33,6 +33,11 @@ Recovery RecoveryOf(const ModuleFailure& failure) {
     return Recovery::kTransient;
 }
 
+bool IsWrongOption(const ModuleFailure& failure) {
+    const bool readsOptions = failure.request == "Init" || failure.request.starts_with("PutAttribute");
+    return readsOptions && failure.code != pmrcOK && RecoveryOf(failure) == Recovery::kPermanent;
+}
+
 std::string FindFact(const ErrorText& error) {
     if (const MqReason* reason = FindMqReason(error.mqReason)) return reason->meaning;
     if (const ModuleMessage* message = FindModuleMessage(error))

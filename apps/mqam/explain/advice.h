@@ -18,6 +18,9 @@ namespace mqam {
 /// more.
 [[nodiscard]] Recovery RecoveryOf(const ModuleFailure& failure);
 
+/// Whether the failure means that an option or a value that the user gave is wrong: nothing was started.
+[[nodiscard]] bool IsWrongOption(const ModuleFailure& failure);
+
 /// Returns the plain fact, as a clause that can follow "mqam load: ": the meaning of the MQ reason, otherwise
 /// the first sentence that the table has for the message, otherwise the message itself.
 [[nodiscard]] std::string FindFact(const ErrorText& error);

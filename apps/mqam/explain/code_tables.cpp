@@ -52,7 +52,7 @@ constexpr ExitCodeRow kExitCodes[] = {
      "Read the message: it names the option or the file and says what to do. Nothing was changed.", true},
     {kExitModuleFailed,
      "the module failed or refused a request; the records that the summary names are in the target",
-     "A keyword is wrong, the queue or the queue manager does not exist, an authority is missing, or a "
+     "The queue or the queue manager does not exist, an authority is missing, or a "
      "message is too long. A load without restart information ends with this code after every failure of the "
      "module.",
      "Correct what the lines after \"next\" say, then run the same command again. `mqam explain CODE` "
@@ -101,8 +101,10 @@ constexpr ExitCodeRow kExitCodes[] = {
      true},
     {kExitDamaged, "mqam checkpoint: the file is incomplete, damaged or cannot be repaired",
      "`mqam checkpoint verify` found a record that is not complete, or a length that is wrong; `mqam "
-     "checkpoint repair` found nothing that it can repair safely.",
-     "`mqam checkpoint verify FILE` shows what is intact and what is not.", false},
+     "checkpoint repair` found nothing that it can repair safely; or `mqam checkpoint export` could write only a part.",
+     "`mqam checkpoint verify FILE` shows what is intact and what is not; `mqam checkpoint export FILE --to OUT` "
+     "saves the records that can be read.",
+     false},
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "mqam/explain/failure_report.h"
 
 #include <cstdio>
+#include <string_view>
 #include <vector>
 
 #include "mqam/explain/advice.h"
@@ -23,11 +24,33 @@ void AddLine(std::string& lines, const char* label, const std::string& text) {
     lines += '\n';
 }
 
-// The fact of a failure that came without an error text.
-std::string FactOfBareCode(ReturnCode code) {
-    const ReturnCodeRow* row = FindReturnCode(code);
-    if (row == nullptr || code == pmrcFailure) return "the module gave no error text";
-    return row->meaning;
+struct Activity {
+    const char* request;
+    const char* text;
+};
+
+constexpr Activity kActivities[] = {
+    {"Init", "reading the parameters"},      {"Open", "opening the queue"},
+    {"Read", "reading a message"},           {"GetPos", "taking a checkpoint"},
+    {"SetPos", "restoring a position"},      {"Close", "closing the queue"},
+    {"Shut", "releasing the queue manager"},
+};
+
+// Returns the fact of a failure that came without an error text.
+std::string FactOfBareCode(const ModuleFailure& failure) {
+    constexpr std::string_view kPutAttribute = "PutAttribute ";
+    const ReturnCodeRow* row = FindReturnCode(failure.code);
+    const bool isExplained = row != nullptr && failure.code != pmrcFailure;
+    if (failure.request.starts_with(kPutAttribute)) {
+        return "--attribute " + failure.request.substr(kPutAttribute.size()) + ": " +
+               (isExplained ? row->meaning : "the module refuses it without a reason");
+    }
+    if (isExplained) return row->meaning;
+    for (const Activity& activity : kActivities) {
+        if (failure.request == activity.request)
+            return std::string("the module failed without an error text, ") + activity.text;
+    }
+    return "the module failed without an error text";
 }
 
 std::string DescribeReason(const ErrorText& error) {
@@ -46,15 +69,16 @@ bool IsBlank(const std::string& text) {
 
 }  // namespace
 
-std::string DescribeFailure(const ModuleFailure& failure) {
+std::string DescribeFailure(const ModuleFailure& failure, FailureDetail detail) {
+    const bool showsAll = detail == FailureDetail::kForDevelopers;
     const std::string request = failure.request + " returned " + std::to_string(failure.code);
     ErrorText error;
     const bool isParsed = ParseErrorText(failure.text, error);
     if (!isParsed) {
         const std::string fact =
-            failure.text.empty() ? FactOfBareCode(failure.code) : "the module failed: " + failure.text;
+            failure.text.empty() ? FactOfBareCode(failure) : "the module failed: " + failure.text;
         std::string lines = fact + "\n";
-        AddLine(lines, "request", request);
+        if (showsAll) AddLine(lines, "request", request);
         return lines;
     }
     const std::string fact = FindFact(error);
@@ -65,8 +89,8 @@ std::string DescribeFailure(const ModuleFailure& failure) {
         std::snprintf(number, sizeof number, "MQA%04d", error.messageNumber);
         AddLine(lines, "number", number);
     }
-    AddLine(lines, "request", request);
-    AddLine(lines, "function", error.function);
+    if (showsAll) AddLine(lines, "request", request);
+    if (showsAll) AddLine(lines, "function", error.function);
     if (!IsBlank(error.failingCall)) AddLine(lines, "call", error.failingCall);
     if (!error.fileKind.empty()) AddLine(lines, "file", error.fileKind);
     const std::string reason = DescribeReason(error);

@@ -29,10 +29,14 @@ constexpr LoadRule kRules[] = {
      "return an offset at which no record of the file begins. A later SetPos with it continues in the "
      "middle of a record.",
      ""},
-    {"H5", "", "After SetPos, read exactly one record and then call GetPos.",
+    {"H5", "",
+     "After SetPos, call GetPos when at least one record was read, and before a Read goes beyond the "
+     "checkpoint file.",
      "Until a checkpoint has run, records read from the queue are neither saved nor committed, so they "
      "arrive again although they were loaded. At least one record must be read first, because otherwise "
-     "the position would not identify a record (H4).",
+     "the position would not identify a record (H4). `mqam` calls GetPos once, after the last record of the "
+     "file, whose number it knows from inspecting the file: when the checkpoint then replaces the file, "
+     "every record of it is durable in the target.",
      ""},
     {"H6", "", "Use `TDM YES`, end the attempt at every end of input, and end it with Close.",
      "Let another attempt find out whether this was the end of the load. A crash between saving and "
@@ -92,8 +96,8 @@ constexpr LoadRule kRules[] = {
      "the file nor the position says which load it belongs to.",
      ""},
     {"H19", "", "Do not assume that a record in the checkpoint file survives a power failure.",
-     "The module flushes the file to the operating system and never calls `fsync`. L5 says how to deal "
-     "with that.",
+     "The module flushes the file to the operating system and never calls `fsync`. Use the journal library "
+     "(docs/hosts.md, \"Surviving a power failure\"), or accept L5.",
      ""},
     {"H20", "", "Never treat an end of input that came before `RWAIT` had passed as the end of the load.",
      "An empty message ends the input just as a duplicate does, and Close removes it from the queue.", ""},
@@ -182,9 +186,8 @@ constexpr LoadRule kRules[] = {
     {"L5", "power failure", "The module calls `fflush`, not `fsync`.",
      "After a power failure or a crash of the operating system, records that were saved and committed "
      "but not yet loaded may be missing from the checkpoint file. At most the records since the last "
-     "checkpoint are affected: a small `--checkpoint-every` keeps them few. A disk with a battery-backed "
-     "cache, or a file system mounted with `sync` for the directory of the checkpoint file, avoids the "
-     "loss.",
+     "checkpoint are affected: a small `--checkpoint-every` keeps them few. The journal library removes "
+     "this limit (docs/hosts.md, \"Surviving a power failure\").",
      "Give a small `--checkpoint-every`, and keep the checkpoint file on a disk whose cache survives a "
      "power failure."},
     {"L6", "slow failures",

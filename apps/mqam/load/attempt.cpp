@@ -23,7 +23,9 @@ struct Attempt {
     std::uint64_t records = 0;     // of the whole load, including those not yet stored
     std::uint64_t bytes = 0;       // likewise
     std::uint64_t sinceCheckpoint = 0;
-    bool hasCheckpoint = false;  // whether this attempt has stored one
+    std::uint64_t replayLeft = 0;  // records that the checkpoint file has still to return
+    bool firstIsAwaited = false;   // no record of the replay has been compared or put yet
+    bool hasCheckpoint = false;    // whether this attempt has stored one
     Clock::time_point lastCheckpoint = {};
     LastEnd previousEnd = LastEnd::kNone;  // how the previous attempt's input ended
     std::uint64_t previousEndRecords = 0;
@@ -102,8 +104,7 @@ bool IsLastRecordLoaded(Attempt& attempt, std::uint32_t length) {
            DigestOf(attempt.buffer.data(), length) == state.lastRecordDigest;
 }
 
-// The first replayed record proves that checkpoint file and target belong together. A checkpoint is taken
-// right after it; from then on every later record is in the file or on the queue, whatever happens.
+// The first replayed record proves that checkpoint file and target belong together.
 bool TakeFirstRecord(Attempt& attempt, std::uint32_t length) {
     attempt.lastLength = length;
     if (!attempt.context.decision.firstRecordIsRepeat) {
@@ -117,7 +118,7 @@ bool TakeFirstRecord(Attempt& attempt, std::uint32_t length) {
                 " is another load's or a backup; nothing was loaded. Restore the right file and "
                 "run the same command again");
     }
-    return TakeCheckpoint(attempt);
+    return true;
 }
 
 bool OpenInput(Attempt& attempt) {
@@ -129,6 +130,8 @@ bool OpenInput(Attempt& attempt) {
     ReportNotice(attempt);
     attempt.buffer.resize(maxRecordBytes);
     if (attempt.context.decision.action == StartAction::kReplay) {
+        attempt.replayLeft = attempt.context.decision.replayedRecords;
+        attempt.firstIsAwaited = true;
         return SessionOf(attempt).SetPos(attempt.context.decision.position) == pmrcOK ||
                FailByModule(attempt);
     }
@@ -150,26 +153,43 @@ LastEnd ClassifyEnd(const Attempt& attempt, Clock::duration waited) {
     return readWait && waited >= *readWait ? LastEnd::kAfterWait : LastEnd::kEarly;
 }
 
-// Takes one record that the module returned; the first one of a replay only ties the files together.
-bool TakeRecord(Attempt& attempt, std::uint32_t length, bool& firstIsAwaited) {
-    ReportNotice(attempt);
+// Compares or puts one record that the module returned.
+bool LoadRecord(Attempt& attempt, std::uint32_t length) {
     // Queues never deliver empty records; a checkpoint taken during a replay can leave one in the file (H15).
     if (length == 0) return true;
-    if (firstIsAwaited) {
-        firstIsAwaited = false;
+    if (attempt.firstIsAwaited) {
+        attempt.firstIsAwaited = false;
         return TakeFirstRecord(attempt, length);
     }
     attempt.lastLength = length;
-    return PutRecord(attempt, length) && (!IsCheckpointDue(attempt) || TakeCheckpoint(attempt));
+    return PutRecord(attempt, length);
+}
+
+// Takes one record that the module returned. A replay is followed by exactly one checkpoint, before the queue is read.
+// Its rewrite replaces a file whose records are all durable in the target, so it cannot lose any; and its position is
+// an offset in the file that the journal contains (H5).
+bool TakeRecord(Attempt& attempt, std::uint32_t length) {
+    ReportNotice(attempt);
+    if (!LoadRecord(attempt, length)) return false;
+    if (attempt.replayLeft == 0) return !IsCheckpointDue(attempt) || TakeCheckpoint(attempt);
+    --attempt.replayLeft;
+    return attempt.replayLeft > 0 || TakeCheckpoint(attempt);
+}
+
+// The scan counted more records than the module returned before it read the queue.
+bool FailReplay(Attempt& attempt) {
+    return EndByFile(ResultOf(attempt),
+                     ResultOf(attempt).state.checkpointFile +
+                         " was changed while it was replayed: " + std::to_string(attempt.replayLeft) +
+                         " records are missing; run the same command again");
 }
 
 // Reads to the end of the input, or until the load is to stop. Returns false after a failure. `inputEnd` says how the
 // input ended, if it did.
 bool ReadInput(Attempt& attempt, LastEnd& inputEnd) {
     const LoadObserver& observer = attempt.context.observer;
-    bool firstIsAwaited = attempt.context.decision.action == StartAction::kReplay;
     for (;;) {
-        if (!firstIsAwaited && observer.stopWanted && observer.stopWanted()) {
+        if (!attempt.firstIsAwaited && observer.stopWanted && observer.stopWanted()) {
             ResultOf(attempt).end = AttemptEnd::kInterrupted;
             return attempt.sinceCheckpoint == 0 || TakeCheckpoint(attempt);
         }
@@ -177,9 +197,10 @@ bool ReadInput(Attempt& attempt, LastEnd& inputEnd) {
         std::uint32_t length = 0;
         switch (SessionOf(attempt).Read(attempt.buffer.data(), length)) {
             case pmrcOK:
-                if (!TakeRecord(attempt, length, firstIsAwaited)) return false;
+                if (!TakeRecord(attempt, length)) return false;
                 continue;
             case pmrcEOF:
+                if (attempt.replayLeft > 0) return FailReplay(attempt);
                 inputEnd = ClassifyEnd(attempt, Clock::now() - start);
                 ResultOf(attempt).end = AttemptEnd::kInputEnded;
                 return true;

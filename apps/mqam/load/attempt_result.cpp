@@ -9,6 +9,7 @@ bool EndByModule(AttemptResult& result, const ModuleSession& session) {
     result.moduleFailure = session.LastFailure();
     result.end = RecoveryOf(result.moduleFailure) == Recovery::kPermanent ? AttemptEnd::kModuleRefuses
                                                                           : AttemptEnd::kModuleFailed;
+    if (IsWrongOption(result.moduleFailure)) result.end = AttemptEnd::kRefused;
     return false;
 }
 

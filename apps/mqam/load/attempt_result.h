@@ -17,7 +17,8 @@ struct AttemptResult {
     AttemptEnd end = AttemptEnd::kRefused;
     RestartState state;  ///< as last stored
     ModuleFailure moduleFailure;
-    Status error;  ///< with kRefused and kTargetFailed
+    /// With kRefused and kTargetFailed. OK with kRefused if the module refuses an option: moduleFailure has the error then.
+    Status error;
 };
 
 // Each of these records how the attempt ended, and returns false.

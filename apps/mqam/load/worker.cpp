@@ -56,9 +56,11 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& res
         case AttemptEnd::kInterrupted: return "ended on request\n";
         case AttemptEnd::kTimeout: return "the time-out (--timeout) expired\n";
         case AttemptEnd::kRefused:
+            if (!result.error.IsOk()) return result.error.Error() + "\n";
+            return DescribeFailure(result.moduleFailure, settings.detail) + settings.usage;
         case AttemptEnd::kTargetFailed: return result.error.Error() + "\n";
         case AttemptEnd::kModuleFailed:
-        case AttemptEnd::kModuleRefuses: return DescribeFailure(result.moduleFailure);
+        case AttemptEnd::kModuleRefuses: return DescribeFailure(result.moduleFailure, settings.detail);
         default: return "";
     }
 }

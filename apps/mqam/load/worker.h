@@ -7,6 +7,7 @@
 #include <string>
 
 #include "mqam/base/progress.h"
+#include "mqam/explain/failure_report.h"
 #include "mqam/load/attempt.h"
 
 namespace mqam {
@@ -22,6 +23,8 @@ struct WorkerSettings {
     std::int64_t commandStartedMs = 0;  ///< milliseconds since the system's epoch
     ProgressStyle progress = ProgressStyle::kNone;
     bool quiet = false;
+    FailureDetail detail = FailureDetail::kForOperators;
+    std::string usage;  ///< follows an error about an option
     LoadObserver observer;
     AttemptSettings attempt;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/queue/put.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -14,6 +15,7 @@
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
+#include "platform/system.h"
 #include "platform/terminal.h"
 #include "spoolmq/base/appl_type.h"
 #include "spoolmq/store/descriptor.h"
@@ -34,6 +36,11 @@ struct Putting {
     std::FILE* record = nullptr;
     ProgressCounters counters;
 };
+
+constexpr const char* kReadingTerminal =
+    platform::kIsWindows
+        ? "mqam queue put: reading from the terminal; Ctrl-Z and Enter end it\n"
+        : "mqam queue put: reading from the terminal; Ctrl-D at the beginning of a line ends it\n";
 
 void PrintError(const std::string& error) {
     PrintMessage("mqam queue put: " + error + "\n");
@@ -67,7 +74,39 @@ void ComposeDescriptor(const QueuePutOptions& options, Putting& putting) {
     md.PutApplType = spoolmq::kPlatformApplType;
 }
 
+// Returns why the queue does not take the message, with what to do; an empty string if it does. These are the checks of
+// MQPUT: what mqam puts has to be what a program could have put.
+std::string FindObstacle(const QueuePutOptions& options, const std::string& message, Putting& putting) {
+    const spoolmq::Status refreshed = RefreshQueue(*putting.queue);
+    if (!refreshed.IsOk()) return refreshed.error;
+    const spoolmq::QueueAttributes& attributes = putting.queue->state->attributes.values;
+    const std::string ini = putting.queue->state->path + "/.queue.ini";
+    if (attributes.putInhibited != 0) {
+        return "the queue does not take messages (put=disabled); set put=enabled in " + ini;
+    }
+    const std::int32_t bytesMax =
+        std::min(attributes.maxMessageLength, putting.connection->attributes.values.maxMessageLength);
+    if (message.size() > static_cast<std::size_t>(bytesMax)) {
+        return "a message of " + FormatCountOf(message.size(), "byte") +
+               " is too long for the queue; raise " + "max_message_length=" + std::to_string(bytesMax) +
+               " of the queue or its queue manager";
+    }
+    if (IsQueueFull(*putting.queue)) {
+        return "the queue is full (max_depth=" + std::to_string(attributes.maxDepth) +
+               "); load its messages, or " + "raise max_depth in " + ini;
+    }
+    if (message.empty() && !options.allowsEmpty) {
+        return "a message is empty, and an empty message ends the next load early; use --empty to put it all the same";
+    }
+    return "";
+}
+
 bool PutOne(const QueuePutOptions& options, const std::string& message, Putting& putting) {
+    const std::string obstacle = FindObstacle(options, message, putting);
+    if (!obstacle.empty()) {
+        PrintError(obstacle);
+        return false;
+    }
     spoolmq::NewMessage newMessage = {nullptr, message.data(), message.size()};
     if (putting.hasDescriptor) {
         spoolmq::FormatPutDateTime(platform::FileClockNs(), putting.descriptor.PutDate,
@@ -91,9 +130,13 @@ bool PutOne(const QueuePutOptions& options, const std::string& message, Putting&
 
 int PutFile(const QueuePutOptions& options, const std::string& path, Putting& putting) {
     const bool isStandardInput = path == "-";
+    constexpr int kStandardInput = 0;
+    if (isStandardInput && !options.quiet && platform::IsTerminal(kStandardInput)) {
+        PrintMessage(kReadingTerminal);
+    }
     std::FILE* file = isStandardInput ? stdin : std::fopen(path.c_str(), "rb");
     if (file == nullptr) {
-        PrintError(path + ": " + std::strerror(errno) + "; nothing of it was put");
+        PrintError(path + ": " + std::strerror(errno) + "; none of it was put");
         return kExitNotStarted;
     }
     const MessageFraming framing = options.framed  ? MessageFraming::kLength
@@ -136,8 +179,8 @@ int PutAll(const QueuePutOptions& options, Putting& putting) {
     for (const std::string& path : options.files) {
         if (result == kExitDone) result = PutFile(options, path, putting);
     }
-    if (result == kExitDone && options.count > 0) result = PutGenerated(options, putting);
-    if (options.files.empty() && options.count == 0) result = PutFile(options, "-", putting);
+    if (result == kExitDone && options.generates) result = PutGenerated(options, putting);
+    if (options.files.empty() && !options.generates) result = PutFile(options, "-", putting);
     return result;
 }
 
@@ -148,7 +191,7 @@ int PutAndTell(const QueuePutOptions& options, Putting& putting) {
     const int result = PutAll(options, putting);
     StopProgress();
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    const std::string summary = "put " + FormatCount(putting.counters.records) + " messages, " +
+    const std::string summary = "put " + FormatCountOf(putting.counters.records, "message") + ", " +
                                 FormatBytes(putting.counters.bytes) + ", on " + options.queue + " of " +
                                 putting.connection->object + " in " + FormatElapsed(seconds);
     if (!options.quiet || result != kExitDone) PrintMessage("mqam queue put: " + summary + "\n");

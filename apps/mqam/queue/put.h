@@ -14,10 +14,12 @@ struct QueuePutOptions {
     std::string queueManager;
     std::string queue;
     std::vector<std::string>
-        files;                ///< "-" is standard input; if empty: standard input, unless count is given
+        files;                ///< "-" is standard input; if empty: standard input, unless it generates
     bool lines = false;       ///< each line is a message
     bool framed = false;      ///< each message follows its length, 4 bytes little-endian
+    bool generates = false;   ///< put generated messages, even if their number is 0
     std::uint64_t count = 0;  ///< the number of generated messages
+    bool allowsEmpty = false; ///< put messages without bytes, too
     std::uint64_t seed = 1;
     std::string sizes;  ///< "MIN-MAX" bytes, both in digits, checked; if empty, the length of an order
     unsigned binaryPercent = 0;

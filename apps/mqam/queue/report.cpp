@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "mqam/base/answer.h"
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
+#include "platform/file.h"
 #include "platform/standard_streams.h"
 #include "spoolmq/store/admin.h"
 #include "spoolmq/store/descriptor.h"
@@ -88,7 +90,14 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
     cursor.isSet = true;
     cursor.fileName = options.message;
     spoolmq::MessageName name;
-    if (ParseMessageName(options.message, name)) cursor.stampNs = name.stampNs;
+    platform::FileInfo info;
+    if (ParseMessageName(options.message, name)) {
+        cursor.stampNs = name.stampNs;
+    } else if (platform::StatPath(queue.state->path + '/' + options.message, info) ==
+               platform::FileStatus::kOk) {
+        // A copied-in file was put when it arrived.
+        cursor.stampNs = info.changeTimeNs;
+    }
     spoolmq::FoundMessage found;
     if (!FindUnderCursor(queue, cursor, found).IsOk())
         return Refuse("show", "there is no message \"" + options.message + "\" in " + options.queue +
@@ -99,12 +108,13 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
         platform::SetBinaryStreams();
         std::fwrite(body.data(), 1, body.size(), stdout);
     } else {
-        std::printf("%s, %lld bytes, backed out %d times\n%s\n%s\n", found.fileName.c_str(),
-                    static_cast<long long>(found.bytes), static_cast<int>(found.descriptor.BackoutCount),
+        std::printf("%s, %s, backed out %s\n%s\n%s\n", found.fileName.c_str(),
+                    FormatCountOf(static_cast<std::uint64_t>(found.bytes), "byte").c_str(),
+                    FormatCountOf(static_cast<std::uint64_t>(found.descriptor.BackoutCount), "time").c_str(),
                     spoolmq::FormatDescriptor(found.descriptor).c_str(), Preview(body).c_str());
     }
     ReleaseFound(found);
-    return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
+    return FinishAnswer("mqam queue show");
 }
 
 int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
@@ -116,7 +126,7 @@ int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
                 "open for input", spoolmq::InputOpenCount(state.path));
     PrintAttributes(spoolmq::QueueAttributeTable(), state.attributes.values);
     PrintMessages(queue, options.limit);
-    return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
+    return FinishAnswer("mqam queue show");
 }
 
 }  // namespace
@@ -131,21 +141,21 @@ int RunQueueList(const std::string& spool, const std::string& queueManager) {
     if (names.empty()) {
         std::printf("no queue manager in \"%s\"; create one with: mqam queue create QM1 ORDERS\n",
                     spool.c_str());
-        return kExitDone;
+        return FinishAnswer("mqam queue list");
     }
-    std::printf("%-48s %10s %6s\n", "queue manager, queue", "messages", "inputs");
+    std::printf("%-48s %10s %7s\n", "queue manager, queue", "messages", "readers");
     for (const std::string& name : names) {
         const std::string path = spool + '/' + spoolmq::DirectoryOfObject(name);
         static_cast<void>(spoolmq::RecoverDeadUnits(path, ""));
         std::printf("%s\n", name.c_str());
         for (const std::string& queue : spoolmq::QueueNames(spool, name)) {
             const std::string directory = spoolmq::DirectoryOfObject(queue);
-            std::printf("  %-46s %10lld %6d\n", queue.c_str(),
+            std::printf("  %-46s %10lld %7d\n", queue.c_str(),
                         static_cast<long long>(spoolmq::QueueDepth(path, directory)),
                         spoolmq::InputOpenCount(path + '/' + directory));
         }
     }
-    return std::fflush(stdout) == 0 ? kExitDone : kExitTargetFailed;
+    return FinishAnswer("mqam queue list");
 }
 
 int RunQueueShow(const QueueShowOptions& options) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// An attribute file that may be edited at any time, and the values that were last read from it.
+// Reads an attribute file, which may be edited at any time, and keeps the values that were last read from it.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ struct AttributeFile {
     bool isRead = false;
 };
 
-/// Brings the values up to date. kFailed: the file cannot be read or is not valid; the error names file and
-/// line, and the values are the last valid ones.
+/// Brings the values up to date. kFailed: the file cannot be read or is not valid. The error then names file
+/// and line, and the values are the last valid ones.
 Status RefreshAttributes(AttributeFile<QmgrAttributes>& file);
 Status RefreshAttributes(AttributeFile<QueueAttributes>& file);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The tables of attributes: names, limits and the help text that goes into each file.
+// Defines the attributes in tables: names, limits and the help text that goes into each file.
 #include "spoolmq/attributes/attributes.h"
 
 namespace spoolmq {

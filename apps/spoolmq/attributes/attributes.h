@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The attributes of queue managers and queues. They are kept in small text files, one "name = value" a line,
-// in which '#' starts a comment:
+// Defines the attributes of queue managers and queues. They are kept in small text files with one "name =
+// value" a line, in which '#' starts a comment:
 //
 //     ROOT/QM1/qmgr.ini              attributes of the queue manager QM1
 //     ROOT/QM1/ORDERS/.queue.ini     attributes of its queue ORDERS
@@ -66,7 +66,7 @@ struct AttributeRow {
 [[nodiscard]] const std::vector<AttributeRow<QueueAttributes>>& QueueAttributeTable();
 
 /// Sets one attribute from its text. kFailed: the name is unknown or the value not valid; `attributes` is
-/// unchanged.
+/// then unchanged.
 Status SetAttribute(std::string_view name, std::string_view value, QmgrAttributes& attributes);
 Status SetAttribute(std::string_view name, std::string_view value, QueueAttributes& attributes);
 
@@ -75,7 +75,7 @@ Status SetAttribute(std::string_view name, std::string_view value, QueueAttribut
 Status ParseAttributes(std::string_view text, QmgrAttributes& attributes);
 Status ParseAttributes(std::string_view text, QueueAttributes& attributes);
 
-/// Returns the text of a file that holds these values, with a comment on every attribute.
+/// Returns the text of a file with these values, and with a comment on every attribute.
 [[nodiscard]] std::string FormatAttributes(const QmgrAttributes& attributes);
 [[nodiscard]] std::string FormatAttributes(const QueueAttributes& attributes);
 

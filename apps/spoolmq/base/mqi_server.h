@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The queue manager's side of IBM's Message Queue Interface: the structures in every published version, and the
-// constants that a queue manager needs in addition to those of mqi/mqi.h.
+// Declares the queue manager's side of IBM's Message Queue Interface: the structures in every published
+// version, and the constants that a queue manager needs in addition to those of mqi/mqi.h.
 //
 // Names, offsets and values are IBM's (IBM MQ documentation, "Data types used in the MQI" and "IBM MQ
 // constants"). The structures have a namespace of their own, because mqi/mqi.h declares the same names in the
@@ -168,7 +168,7 @@ struct MQPMO {
 static_assert(offsetof(MQPMO, ResolvedQName) == 32 && offsetof(MQPMO, RecsPresent) == 128 &&
               offsetof(MQPMO, OriginalMsgHandle) == 160 && sizeof(MQPMO) == 184);
 
-/// The start of a client's channel definition. The named fields are those that the stand-in uses.
+/// The start of a client's channel definition. Only the fields that the stand-in uses have names.
 struct MQCDStart {
     MQCHAR ChannelName[20];
     MQLONG Version;

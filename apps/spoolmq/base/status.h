@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The outcome of an operation of the stand-in, with the error message for a user.
+// Describes the outcome of an operation of the stand-in, with the error message for a user.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace spoolmq {
 
-/// The result of an operation on one file or directory. A Status is what a user gets to see.
+/// The result of an operation on one file or directory. Users see a Status instead.
 using platform::FileStatus;
 
 enum class StatusCode {
@@ -31,7 +31,7 @@ struct [[nodiscard]] Status {
     [[nodiscard]] bool IsOk() const { return code == StatusCode::kOk; }
 };
 
-/// kFailed, with the path and the reason of the calling thread's last failed operating-system call.
+/// Returns kFailed, with the path and the reason of the calling thread's last failed operating-system call.
 Status FileError(const std::string& path);
 
 }  // namespace spoolmq

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The single-byte character sets, each a table of the Unicode characters that its 256 bytes mean.
+// Defines the single-byte character sets, each as a table of the Unicode characters that its 256 bytes mean.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@
 
 namespace spoolmq {
 
-/// Indexed by the byte.
+/// The byte is the index.
 using CodePage = std::array<std::uint16_t, 256>;
 
 /// Returns null unless the character set is 37, 437, 500, 819, 850 or 1252.

@@ -17,7 +17,7 @@ constexpr MQLONG kUtf8 = 1208;
 constexpr MQLONG kUtf16 = 1200;  // the encoding says in which byte order
 constexpr MQLONG kUtf16LittleEndian = 1202;
 
-// The bits of an encoding that describe integers: "normal" is most significant byte first.
+// These bits of an encoding describe integers: "normal" is most significant byte first.
 constexpr MQLONG kIntegerMask = 0xF;
 constexpr MQLONG kIntegerNormal = 1;
 constexpr MQLONG kIntegerReversed = 2;

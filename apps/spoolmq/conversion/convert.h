@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Conversion of message data between character sets, for gets with MQGMO_CONVERT.
+// Converts message data between character sets, for gets with MQGMO_CONVERT.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace spoolmq {
 
-/// How text is represented, by the two fields of MQMD that describe it.
+/// Says how text is represented, by the two fields of MQMD that describe it.
 struct TextForm {
     MQLONG ccsid = 0;
     MQLONG encoding = 0;

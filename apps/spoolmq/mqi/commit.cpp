@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQCMIT and MQBACK.
+// Implements MQCMIT and MQBACK.
 #include "spoolmq/mqi/verb_frame.h"
 
 namespace spoolmq {

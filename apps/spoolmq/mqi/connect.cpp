@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQCONN, MQCONNX and MQDISC.
+// Implements MQCONN, MQCONNX and MQDISC.
 #include <algorithm>
 #include <cstring>
 
@@ -31,7 +31,7 @@ HandleSharing SharingOf(MQLONG options) {
     return HandleSharing::kNone;
 }
 
-// Whether this is a client connection: always through the client library, otherwise on request.
+// Returns whether this is a client connection: always through the client library, otherwise on request.
 bool IsClientConnection(MQLONG options) {
     if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) {
         return true;
@@ -170,7 +170,7 @@ Outcome ConnectWithOptions(const char* qmgrName, void* connectOptions, MQHCONN* 
     return outcome;
 }
 
-// Commits. What cannot be committed is backed out when the connection ends.
+// Commits the unit of work. What cannot be committed is backed out when the connection ends.
 Outcome CommitAtEnd(StoreConnection& store) {
     if (store.unit.isRollbackOnly && UncommittedCount(store) > 0) {
         return Warning(mqi::MQRC_BACKED_OUT);

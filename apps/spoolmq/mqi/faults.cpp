@@ -132,7 +132,7 @@ std::string Quoted(std::string_view text) {
     return quoted;
 }
 
-// Adds the rule of a line. Returns the error; empty when the line is valid.
+// Adds the rule of a line. Returns the error, which is empty when the line is valid.
 std::string ParseLine(const std::vector<std::string_view>& words, FaultPlan& plan) {
     if (words.size() < 3) {
         return "a line has at least three words: VERB CALLS ACTION";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The fault plan of a test: which call of which verb fails in which way, or ends the process. README.md
-// describes its grammar.
+// Carries out the fault plan of a test, which says which call of which verb fails in which way, or ends the
+// process. README.md describes its grammar.
 #pragma once
 
 #include <string>

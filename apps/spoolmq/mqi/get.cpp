@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQGET.
+// Implements MQGET.
 #include <algorithm>
 #include <optional>
 
@@ -14,7 +14,7 @@ namespace spoolmq {
 
 namespace {
 
-// Checks the states of queue manager and queue, before each search.
+// Checks the states of queue manager and queue. This precedes each search.
 Outcome CheckStates(const GetState& get) {
     const Outcome outcome = CheckQueueManager(*get.connection, Has(get, mqi::MQGMO_FAIL_IF_QUIESCING));
     if (outcome.compCode != MQCC_OK) {
@@ -163,7 +163,8 @@ std::optional<Outcome> TakeMessage(const GetState& get, const GetCall& call, Fou
     return outcome;
 }
 
-// Delivers the message and leaves it on the queue: a browse, or a message that is too long for the buffer.
+// Delivers the message and leaves it on the queue, for a browse, or because the message is too long for the
+// buffer.
 Outcome ShowMessage(const GetState& get, const GetCall& call, FoundMessage& found) {
     if (get.isBrowse) {
         get.object->cursor = {true, found.name.stampNs, found.fileName};

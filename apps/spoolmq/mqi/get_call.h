@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// One MQGET: its parameters, and the checks before it looks for a message.
+// Keeps the parameters of one MQGET, and checks them before it looks for a message.
 #pragma once
 
 #include "spoolmq/mqi/verb_frame.h"
 
 namespace spoolmq {
 
-// The options of a get at the browse cursor.
+// These are the options of a get at the browse cursor.
 inline constexpr MQLONG kCursorOptions = mqi::MQGMO_MSG_UNDER_CURSOR | mqi::MQGMO_BROWSE_MSG_UNDER_CURSOR;
 
 /// The caller's parameters, as pointers to the caller's memory.

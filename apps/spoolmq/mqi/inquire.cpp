@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQINQ. One table for queues and one for queue managers lists the attributes.
+// Implements MQINQ. One table for queues and one for queue managers lists the attributes.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -110,7 +110,7 @@ Outcome CheckInquiry(const Inquiry& inquiry, bool isQueue) {
     return kOk;
 }
 
-// Fills the caller's areas as far as they go.
+// Fills the caller's areas as far as they extend.
 Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connection& connection) {
     Outcome outcome = kOk;
     MQLONG numbers = 0;

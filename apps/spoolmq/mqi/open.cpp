@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQOPEN and MQCLOSE.
+// Implements MQOPEN and MQCLOSE.
 #include "spoolmq/mqi/open.h"
 
 #include "spoolmq/mqi/structures.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Opening objects, for MQOPEN and MQPUT1.
+// Opens objects, for MQOPEN and MQPUT1.
 #pragma once
 
 #include "spoolmq/mqi/verb_frame.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// MQPUT and MQPUT1.
+// Implements MQPUT and MQPUT1.
 #include <cstring>
 
 #include "platform/clock.h"

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The structures that callers pass: of any published version, at any address. A structure is copied up to the
-// length of its version, the fields of later versions have their defaults, and only that length is ever written
-// back.
+// Copies the structures that callers pass: of any published version, at any address. A structure is copied up
+// to the length of its version, the fields of later versions have their defaults, and only that length is
+// ever written back.
 #pragma once
 
 #include "spoolmq/base/mqi_server.h"
 
 namespace spoolmq {
 
-/// Each returns false when the pointer is null, StrucId does not match or Version was never published; `to` is
-/// then undefined.
+/// Each of these returns false when the pointer is null, StrucId does not match or Version was never
+/// published; `to` is then undefined.
 [[nodiscard]] bool LoadStructure(const void* from, mqi::MQCNO& to);
 [[nodiscard]] bool LoadStructure(const void* from, mqi::MQOD& to);
 [[nodiscard]] bool LoadStructure(const void* from, mqi::MQMD& to);

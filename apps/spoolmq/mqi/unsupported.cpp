@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The verbs that clients may look up and that the stand-in does not support: MQBEGIN, MQSET and those for
-// subscriptions, callbacks, status and message properties. Each fails with 2298.
+// Exports the verbs that clients may look up and that the stand-in does not support: MQBEGIN, MQSET and those
+// for subscriptions, callbacks, status and message properties. Each fails with 2298.
 #include "spoolmq/base/mqi_server.h"
 #include "spoolmq/mqi/verb_frame.h"
 

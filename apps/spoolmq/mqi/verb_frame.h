@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What every verb does around its own work: it follows the fault plan, looks up its connection and keeps C++
-// exceptions inside the library.
+// Does what every verb needs around its own work: it follows the fault plan, looks up its connection and
+// keeps C++ exceptions inside the library.
 #pragma once
 
 #include <algorithm>
@@ -31,12 +31,12 @@ inline Outcome Warning(MQLONG reason) {
 }
 inline constexpr Outcome kOk{};
 
-/// Whether the options contain at most one of several that exclude each other.
+/// Returns whether the options contain at most one of several that exclude each other.
 inline bool HasAtMostOneBit(MQLONG options) {
     return (options & (options - 1)) == 0;
 }
 
-/// Whether an identifier is all zeros, which means that there is none.
+/// Returns whether an identifier is all zeros, which means that there is none.
 inline bool IsZero(const MQBYTE* bytes, std::size_t count) {
     return std::all_of(bytes, bytes + count, [](MQBYTE byte) { return byte == 0; });
 }
@@ -74,15 +74,15 @@ struct EnteredConnection {
 /// Adds a connection and assigns its handle.
 void AddConnection(const std::shared_ptr<Connection>& connection);
 void ForgetConnection(MQHCONN handle);
-/// Returns the connection that only this thread can use; null when there is none.
+/// Returns the connection that only this thread can use, or null if there is none.
 [[nodiscard]] std::shared_ptr<Connection> OwnConnectionOfThread();
 /// Closes all objects and disconnects from the store, which backs out what is uncommitted. The caller holds
 /// `busy`.
 void DropStore(Connection& connection);
 
-/// Whether the state of the queue manager allows the call; fails with 2161, 2162 or 2009.
+/// Checks whether the state of the queue manager allows the call; fails with 2161, 2162 or 2009.
 [[nodiscard]] Outcome CheckQueueManager(Connection& connection, bool failIfQuiescing);
-/// Whether the unit of work can take another message; fails with 2003 or 2024.
+/// Checks whether the unit of work can take another message; fails with 2003 or 2024.
 [[nodiscard]] Outcome CheckUnit(const Connection& connection);
 /// Sets `object` to the open object; fails with 2019.
 [[nodiscard]] Outcome FindObject(Connection& connection, MQHOBJ handle, OpenObject*& object);

@@ -37,7 +37,8 @@ bool IsDirectory(const std::string& path) {
 // Creates a directory and the directories on the way to it.
 FileStatus CreateDirectories(const std::string& path) {
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        // Creating one that already exists may be forbidden, so only a failure with the last one counts.
+        // Creating a directory that already exists may be forbidden, so only a failure with the last one
+        // counts.
         static_cast<void>(platform::MakeDirectory(path.substr(0, end)));
     }
     return platform::MakeDirectory(path);
@@ -112,9 +113,12 @@ Status CheckUnused(const std::string& qmgrPath, const std::string& name) {
     if (opens == 0 && inUnits == 0) {
         return {};
     }
-    return {StatusCode::kInUse, "queue " + name + " is in use: " + std::to_string(opens) +
-                                    " programs have it open for input, " + std::to_string(inUnits) +
-                                    " messages are in units of work; end those programs first"};
+    const std::string programs =
+        std::to_string(opens) + (opens == 1 ? " program has" : " programs have") + " it open for input, ";
+    const std::string messages =
+        std::to_string(inUnits) + (inUnits == 1 ? " message is" : " messages are") + " in units of work";
+    return {StatusCode::kInUse,
+            "queue " + name + " is in use: " + programs + messages + "; end those programs first"};
 }
 
 Status UnknownQueueManager(const std::string& root, const std::string& name) {

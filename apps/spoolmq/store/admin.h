@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Creating, listing and deleting queue managers and queues. A directory made by hand does as well.
+// Creates, lists and deletes queue managers and queues. Directories that someone made by hand are treated the
+// same way.
 #pragma once
 
 #include <string>
@@ -10,20 +11,20 @@
 
 namespace spoolmq {
 
-/// Return the names in alphabetical order; none when the directory does not exist.
+/// These return the names in alphabetical order, or none when the directory does not exist.
 [[nodiscard]] std::vector<std::string> QueueManagerNames(const std::string& root);
 [[nodiscard]] std::vector<std::string> QueueNames(const std::string& root, const std::string& qmgr);
 
-/// Creates a queue manager, and the root where it is missing. kAlreadyExists: it is unchanged. kFailed.
+/// Creates a queue manager, and the root where it is missing. Errors: kAlreadyExists (it is unchanged), kFailed.
 Status CreateQueueManager(const std::string& root, const std::string& name, const QmgrAttributes& attributes);
-/// Creates a queue. kAlreadyExists: it is unchanged. kUnknownQueueManager, kFailed.
+/// Creates a queue. Errors: kAlreadyExists (it is unchanged), kUnknownQueueManager, kFailed.
 Status CreateQueue(const std::string& root, const std::string& qmgr, const std::string& name,
                    const QueueAttributes& attributes);
 
-/// Deletes a queue with all its messages. kInUse: someone has it open for input, or messages are in units of
-/// work. kUnknownQueue, kFailed.
+/// Deletes a queue with all its messages. Errors: kInUse (someone has it open for input, or messages are in units
+/// of work), kUnknownQueue, kFailed.
 Status DeleteQueue(const std::string& root, const std::string& qmgr, const std::string& name);
-/// Deletes a queue manager with all its queues. kInUse: one of them is in use, or a program is connected.
+/// Deletes a queue manager with all its queues. Errors: kInUse (one of them is in use, or a program is connected),
 /// kUnknownQueueManager, kFailed.
 Status DeleteQueueManager(const std::string& root, const std::string& name);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Taking a message that was found away from all other readers.
+// Takes a message that was found away from all other readers.
 #include "platform/file.h"
 #include "spoolmq/store/crash_points.h"
 #include "spoolmq/store/store.h"
@@ -62,8 +62,8 @@ void MarkFirstGone(Listing& listing, const std::string& fileName) {
     }
 }
 
-// Whether the file that was claimed is the one that was found: a copied-in file may have been replaced by
-// another of its name in between.
+// Returns whether the file that was claimed is the one that was found: a copied-in file may have been
+// replaced by another of its name in between.
 bool IsFileAsFound(const std::string& path, const FoundMessage& found) {
     platform::FileInfo info;
     return platform::StatPath(path, info) == FileStatus::kOk && info.identity == found.identity &&

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Connecting to a queue manager, and committing and backing out its unit of work.
+// Connects to a queue manager, and commits and backs out its unit of work.
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/shared_file.h"
@@ -11,7 +11,7 @@ namespace spoolmq {
 
 namespace {
 
-// Returns the name of the default queue manager; empty when there is none.
+// Returns the name of the default queue manager, or an empty string when there is none.
 std::string DefaultQueueManager(const std::string& root) {
     const std::vector<std::string> names = QueueManagerNames(root);
     if (names.size() == 1) {

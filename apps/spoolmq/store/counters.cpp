@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::size_t kCounterFileBytes = 4096;
 
-// The content of the files. A new file is all zeros, which is the right start of every counter, so nothing is
-// constructed.
+// These structures are the content of the files. A new file is all zeros, which is the right start of every
+// counter, so nothing is constructed.
 struct QmgrNumbers {
     std::atomic<std::int64_t> lastStampNs;
 };
@@ -28,7 +28,7 @@ struct QueueNumbers {
 static_assert(std::atomic<std::int64_t>::is_always_lock_free &&
               std::atomic<std::uint64_t>::is_always_lock_free);
 
-// Return null while the file cannot be accessed.
+// These return null while the file cannot be accessed.
 QmgrNumbers* NumbersOf(const QmgrCounters& counters) {
     return platform::EnsureFileSize(counters.file) ? static_cast<QmgrNumbers*>(counters.file.memory)
                                                    : nullptr;
@@ -61,7 +61,8 @@ std::int64_t NextStamp(const QmgrCounters& counters) {
     std::int64_t last = numbers->lastStampNs.load();
     std::int64_t next = 0;
     do {
-        // A stamp that can never have been assigned means a damaged file: start again from the clock.
+        // A stamp that can never have been assigned means a damaged file, so counting starts again from the
+        // clock.
         next = last < kLatestStampNs ? std::max(now, last + 1) : now;
     } while (!numbers->lastStampNs.compare_exchange_weak(last, next));
     return next;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Small counters that all processes share through memory-mapped files. They save work (reading a directory, a
-// wait that sleeps too long) and keep the order of arrival the same for all processes; no message depends on
-// them. A file that is lost or cut short is created again and filled with zeros. While that is not possible, a
-// counter reads as zero and cannot be raised.
+// Keeps small counters that all processes share through memory-mapped files. They save work (reading a
+// directory, a wait that sleeps too long) and keep the order of arrival the same for all processes; no
+// message depends on them. A file that is lost or truncated is created again and filled with zeros. While
+// that is not possible, a counter reads as zero and cannot be raised.
 #pragma once
 
 #include <cstdint>
@@ -14,17 +14,17 @@
 
 namespace spoolmq {
 
-/// ROOT/QM/.state: the latest arrival stamp that was assigned.
+/// This is ROOT/QM/.state: the latest arrival stamp that was assigned.
 struct QmgrCounters {
     platform::SharedFile file;
 };
 
-/// ROOT/QM/QUEUE/.state: how often messages became available, and the latest stamp among them.
+/// This is ROOT/QM/QUEUE/.state: how often messages became available, and the latest stamp among them.
 struct QueueCounters {
     platform::SharedFile file;
 };
 
-/// Maps the file, to be released with UnmapSharedFile. Any status of MapSharedFile when it cannot be mapped.
+/// Maps the file; UnmapSharedFile releases it. Returns the status of MapSharedFile when it cannot be mapped.
 [[nodiscard]] FileStatus MapQmgrCounters(const std::string& path, QmgrCounters& counters);
 [[nodiscard]] FileStatus MapQueueCounters(const std::string& path, QueueCounters& counters);
 
@@ -34,9 +34,9 @@ struct QueueCounters {
 /// Makes all future stamps later than this one.
 void RaiseStamp(const QmgrCounters& counters, std::int64_t stampNs);
 
-/// Raised whenever messages have become available.
+/// Returns a counter that is raised whenever messages have become available.
 [[nodiscard]] std::uint64_t Arrivals(const QueueCounters& counters);
-/// Raised whenever messages have become available in front of later ones.
+/// Returns a counter that is raised whenever messages have become available in front of later ones.
 [[nodiscard]] std::uint64_t Returns(const QueueCounters& counters);
 /// Counts a message with this stamp that a put or a commit has just made available.
 void CountArrival(const QueueCounters& counters, std::int64_t stampNs);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Named points in the store's work at which a test can kill the process: the moments at which a kill would do
+// Names points in the store's work at which a test can kill the process: the moments at which a kill would do
 // the most harm.
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace spoolmq {
 
-/// Called with the name of each point that the process reaches:
+/// The store calls this with the name of each point that the process reaches:
 ///   put-body      the body of a put is written, its descriptor is not
 ///   put-ready     body and descriptor are written, the message is not yet available
 ///   got           a message has been moved into a unit of work (or out of the queue, without syncpoint)
@@ -20,7 +20,7 @@ namespace spoolmq {
 ///   recovered     a dead program's messages are back, and its unit of work still exists
 using CrashPointListener = void (*)(std::string_view point);
 
-/// Sets the listener of the process; null, as at start, for none.
+/// Sets the listener of the process. Null, as at the start, means none.
 void SetCrashPointListener(CrashPointListener listener);
 void ReachCrashPoint(std::string_view point);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The descriptor of a message as text that a person can read, one "Field=value" a line with MQMD's own field
-// names. Character fields are written as they are, without trailing blanks; byte fields as hexadecimal digits.
-// A field that has its default value is left out.
+// Writes and reads the descriptor of a message as text that a person can read. Each line is one "Field=value"
+// with MQMD's own field names. Character fields are written as they are, without trailing blanks; byte fields
+// as hexadecimal digits. A field that has its default value is omitted.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@
 
 namespace spoolmq {
 
-/// BackoutCount is left out because the message's file name holds it.
+/// The text does not contain BackoutCount, because that is part of the message's file name.
 [[nodiscard]] std::string FormatDescriptor(const mqi::MQMD& descriptor);
 /// Returns the defaults, changed by the text. A line that is not understood is skipped, so that a mistake made
 /// while editing a descriptor loses one field and not the message.

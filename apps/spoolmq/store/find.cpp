@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Finding messages.
+// Finds messages.
 #include <algorithm>
 #include <cstring>
 
@@ -14,8 +14,8 @@ namespace spoolmq {
 
 namespace {
 
-// How often a busy reader looks for units of work of dead processes. It also looks each time before it reports
-// that there is no message.
+// A busy reader looks for units of work of dead processes at this interval. It also looks each time before it
+// reports that there is no message.
 constexpr std::int64_t kRecoveryIntervalMs = 100;
 
 // Fills the message id of a copied-in file, which is unique and the same at every call.
@@ -81,8 +81,8 @@ bool IsAfter(const MessageEntry& entry, const BrowseCursor& cursor) {
     return entry.fileName > cursor.fileName;
 }
 
-// Opens the entry's file and reads its descriptor. NotFound when it is gone, Busy when it is still being
-// written.
+// Opens the entry's file and reads its descriptor. Returns kNotFound when it is gone, kBusy when it is still
+// being written.
 FileStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMessage& found) {
     platform::FileInfo info;
     const FileStatus status =
@@ -104,8 +104,8 @@ FileStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMe
     return FileStatus::kNotFound;
 }
 
-// Opens the entry's message if it is selected. kNoMessage when it is not, or when its file is gone or still
-// being written.
+// Opens the entry's message if it is selected. Returns kNoMessage when it is not, or when its file is gone or
+// still being written.
 Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& entry, FoundMessage& found) {
     Status noMessage = {StatusCode::kNoMessage, {}};
     if (entry.areIdsKnown && !IsSelected(selection, entry)) {
@@ -190,7 +190,7 @@ Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCu
         return status;
     }
     Recover(*queue.connection);
-    // It looks twice, because the first listing may have left out what arrived while it was being read.
+    // This looks twice, because the first listing may lack what arrived while it was being read.
     for (int look = 0; look < 2 && status.code == StatusCode::kNoMessage; ++look) {
         bool hasArrivals = false;
         const FileStatus result = HasArrivals(state.path, state.counters, queue.listing, hasArrivals);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a reader knows about the messages of a queue, in order of arrival, so that a get need not read a
+// Keeps what a reader knows about the messages of a queue, in order of arrival, so that a get need not read a
 // directory of thousands of files. Readers take messages away from each other, so an entry is only a hint:
 // claiming the file decides.
 #pragma once
@@ -32,7 +32,7 @@ struct Listing {
     bool isLoaded = false;
     bool isPartial = false;  ///< files were left out that will be messages in a moment
 
-    // The state just before the directory was read.
+    // These members describe the state just before the directory was read.
     std::uint64_t arrivals = 0;
     std::uint64_t returns = 0;
     std::uint64_t ownReturns = 0;  ///< StoreConnection::ownReturns
@@ -48,17 +48,19 @@ struct Listing {
 [[nodiscard]] FileStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
                                      const QmgrCounters& stamps, std::int32_t settleMs, Listing& listing);
 
-/// Whether messages may have been returned in front of those in the listing. While a long listing is recent,
-/// compared with the time it took to load, the answer is no, so that a busy queue does not spend all its time
-/// being listed. A message that another program backs out may then be found some tenths of a second late.
+/// Returns whether messages may have been returned in front of those in the listing. While a long listing is
+/// recent, compared with the time it took to load, the answer is no, so that a busy queue does not spend all
+/// its time being listed. A message that another program backs out may then be found some tenths of a second
+/// late.
 [[nodiscard]] bool HasReturns(const Listing& listing, const QueueCounters& counters);
 
-/// Sets `hasArrivals` to whether the directory may hold a message that the listing does not. NotFound when the
-/// directory is gone.
+/// Sets `hasArrivals` to whether the directory may contain a message that the listing does not. Returns
+/// kNotFound when the directory is gone.
 [[nodiscard]] FileStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters,
                                      const Listing& listing, bool& hasArrivals);
 
-/// Whether a copied-in file is complete: it was renamed into place, or its last write was long enough ago.
+/// Returns whether a copied-in file is complete: it was renamed into place, or its last write was long enough
+/// ago.
 [[nodiscard]] bool IsSettled(const platform::FileInfo& file, std::int64_t nowNs, std::int32_t settleMs);
 
 }  // namespace spoolmq

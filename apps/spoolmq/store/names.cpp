@@ -145,7 +145,7 @@ std::string DescriptorName(const MessageName& name) {
 MessageName CopiedInName(std::int64_t stampNs, std::string_view fileName) {
     if (fileName.size() > kRestCharsMax) {
         std::size_t first = fileName.size() - kRestCharsMax;
-        // Do not cut in the middle of a UTF-8 character.
+        // The name must not be cut in the middle of a UTF-8 character.
         while (first < fileName.size() && (static_cast<unsigned char>(fileName[first]) & 0xC0) == 0x80) {
             ++first;
         }

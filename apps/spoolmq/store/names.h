@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Names on disk: of the directory of a queue or queue manager, and of a message file.
+// Forms the names on disk: of the directory of a queue or queue manager, and of a message file.
 //
 // Once the store has handled a message, its file is called
 //     YYYYMMDD-HHMMSS-NNNNNNNNN[~B].REST
@@ -40,17 +40,18 @@ struct MessageName {
 /// Returns the name under which the store handles a copied-in file. Too long a file name loses its beginning.
 [[nodiscard]] MessageName CopiedInName(std::int64_t stampNs, std::string_view fileName);
 
-/// Whether a file is never a message: hidden files and files still being copied (*.tmp, *.part and the like).
+/// Returns whether a file is never a message: it is hidden or still being copied (*.tmp, *.part and the like).
 [[nodiscard]] bool IsIgnoredFile(std::string_view fileName);
 
 /// Writes "20260131" and "23595912" (with hundredths) as in PutDate and PutTime: 8 characters each.
 void FormatPutDateTime(std::int64_t stampNs, char* date, char* time);
 
-/// Whether the text is the name of a queue or queue manager: 1 to 48 of A-Z a-z 0-9 . / _ %
+/// Returns whether the text is the name of a queue or queue manager: 1 to 48 of A-Z a-z 0-9 . / _ %
 [[nodiscard]] bool IsObjectName(std::string_view name);
 /// Returns the directory of an object: its name, with '/', '%' and a dot at either end written as %XX.
 [[nodiscard]] std::string DirectoryOfObject(std::string_view name);
-/// Returns the name of the object whose directory this is; empty when it is not the directory of an object.
+/// Returns the name of the object whose directory this is, or an empty string when it is not the directory of
+/// an object.
 [[nodiscard]] std::string ObjectOfDirectory(std::string_view directory);
 
 }  // namespace spoolmq

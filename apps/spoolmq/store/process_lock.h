@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Locks that show that a process lives: of a unit of work, and of a queue that is open for input.
+// Keeps locks that show that a process lives: of a unit of work, and of a queue that is open for input.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Putting messages.
+// Puts messages.
 #include <cstring>
 
 #include "platform/directory.h"
@@ -13,8 +13,8 @@ namespace spoolmq {
 
 namespace {
 
-// A name can only be taken if the counters were lost within a clock tick, which never needs nearly as many
-// attempts.
+// A name can be taken only if the counters were lost within a clock tick, and then far fewer attempts than
+// this are needed.
 constexpr int kMaxNameAttempts = 1000;
 
 std::string DescriptorDirectory(const QueueState& state) {
@@ -38,7 +38,7 @@ FileStatus WriteDescriptor(const StoreQueue& queue, const std::string& fileName,
 }
 
 // Writes body and descriptor of the member where no reader sees them, the body to `path`. On failure both are
-// deleted again. Exists when another message has the name; that one is left unchanged.
+// deleted again. Returns kExists when another message has the name; that one is left unchanged.
 FileStatus WriteUnseen(const StoreQueue& queue, const UnitMember& member, const NewMessage& message,
                        std::string& path) {
     StoreConnection& connection = *queue.connection;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Opening and closing queues, and who has them open for input.
+// Opens and closes queues, and keeps track of who has them open for input.
 #include <array>
 #include <cstdio>
 

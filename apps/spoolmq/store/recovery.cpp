@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Recovery of the units of work of dead processes (invariant 3 in unit.h).
+// Recovers the units of work of dead processes (invariant 3 in unit.h).
 #include <algorithm>
 
 #include "platform/directory.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The store: queue managers, queues and messages as directories and files, shared by any number of processes.
-// The verbs of the MQI and `mqam queue` are built on it.
+// Implements the store: queue managers, queues and messages as directories and files, shared by any number of
+// processes. The verbs of the MQI and `mqam queue` are built on it.
 //
 //     $SPOOLMQ_DIR/                      the root
 //       QM1/                             a queue manager: any directory; its attributes are in qmgr.ini
@@ -67,14 +67,14 @@ struct StoreQueue {
 
 /// Connects to a queue manager and recovers the units of work of dead processes. A blank name means the default
 /// queue manager: the only one there is, or the one whose qmgr.ini says so. `connection` is null on failure.
-/// kUnknownQueueManager, kFailed.
+/// Errors: kUnknownQueueManager, kFailed.
 Status ConnectStore(const std::string& root, const std::string& name,
                     std::unique_ptr<StoreConnection>& connection);
 /// Backs out what is uncommitted and releases everything. All queues must have been closed.
 void DisconnectStore(std::unique_ptr<StoreConnection> connection);
 
 /// Opens a queue, which must be closed before the connection ends. `queue` is null on failure.
-/// kUnknownQueue, kInUse (opens for input only), kFailed.
+/// Errors: kUnknownQueue, kInUse (opens for input only), kFailed.
 Status OpenStoreQueue(StoreConnection& connection, const std::string& name, InputUse use,
                       std::unique_ptr<StoreQueue>& queue);
 void CloseStoreQueue(std::unique_ptr<StoreQueue> queue);
@@ -83,18 +83,19 @@ void CloseStoreQueue(std::unique_ptr<StoreQueue> queue);
 /// values apply.
 Status RefreshQueue(StoreQueue& queue);
 
-/// Whether an operation is part of the connection's unit of work, or takes effect at once.
+/// Says whether an operation is part of the connection's unit of work, or takes effect immediately.
 enum class Syncpoint { kNo, kYes };
 
 struct NewMessage {
-    /// Every field has its final value. Null for a message that the queue describes, like a copied-in file.
+    /// Every field has its final value. This is null for a message that the queue describes, like a copied-in
+    /// file.
     const mqi::MQMD* descriptor = nullptr;
     const void* body = nullptr;
     std::size_t bytes = 0;
 };
 
-/// Puts a message, completely or not at all. Under syncpoint it becomes available with the commit, else at
-/// once. kQueueDeleted, kFailed: the queue is as it was.
+/// Puts a message, completely or not at all. Under syncpoint it becomes available with the commit, otherwise
+/// immediately. kQueueDeleted, kFailed: the queue is as it was.
 Status PutMessage(StoreQueue& queue, const NewMessage& message, Syncpoint syncpoint);
 
 /// Fills the 24 bytes of a MsgId or CorrelId: "AMQ ", the queue manager's name, and 8 bytes that are never
@@ -125,20 +126,20 @@ struct FoundMessage {
 };
 
 /// Finds the first selected message in order of arrival, after the cursor if that is set. After kOk, `found`
-/// must be released. kNoMessage, kQueueDeleted, kFailed.
+/// must be released. Errors: kNoMessage, kQueueDeleted, kFailed.
 Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCursor& after,
                    FoundMessage& found);
 /// Finds the message at the cursor if it still exists. After kOk, `found` must be released.
-/// kNoMessage, kFailed.
+/// Errors: kNoMessage, kFailed.
 Status FindUnderCursor(StoreQueue& queue, const BrowseCursor& cursor, FoundMessage& found);
-/// Copies up to `bytes` of the body. kFailed.
+/// Copies up to `bytes` of the body. Error: kFailed.
 Status ReadFound(const FoundMessage& found, void* buffer, std::size_t bytes);
 void ReleaseFound(FoundMessage& found);
 
 /// Takes the message away from all other readers: into the unit of work under syncpoint, else until FinishGet
-/// or UndoClaim. kMessageGone, kFailed.
+/// or UndoClaim. Errors: kMessageGone, kFailed.
 Status ClaimMessage(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint);
-/// Deletes a message that was claimed without syncpoint. kFailed.
+/// Deletes a message that was claimed without syncpoint. Error: kFailed.
 Status FinishGet(StoreQueue& queue, FoundMessage& found);
 /// Returns the message that was claimed last, with its back-out count as it was. If that fails, the message
 /// stays in the unit, and recovery returns it; under syncpoint the unit of work becomes rollback-only.
@@ -148,17 +149,17 @@ void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint);
 void WaitForArrival(const StoreQueue& queue, std::int64_t milliseconds);
 
 [[nodiscard]] std::size_t UncommittedCount(const StoreConnection& connection);
-/// kFailed: nothing was committed and the unit of work is as it was, because the commit could not be written or
+/// Commits. kFailed: nothing was committed and the unit of work is as it was, because the commit could not be written or
 /// the unit is rollback-only.
 Status CommitStore(StoreConnection& connection);
-/// kFailed: some messages return to their queues only with the next recovery.
+/// Backs out. kFailed: some messages return to their queues only with the next recovery.
 Status BackOutStore(StoreConnection& connection);
 
 /// Returns the number of messages of the queue, including those got or put in uncommitted units of work.
 [[nodiscard]] std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueDirectory);
 /// Returns how many opens for input there are, by any process.
 [[nodiscard]] std::int32_t InputOpenCount(const std::string& queuePath);
-/// Whether the queue has reached max_depth. Counts nothing while that has its default value.
+/// Returns whether the queue has reached max_depth. It counts nothing while max_depth has its default value.
 [[nodiscard]] bool IsQueueFull(const StoreQueue& queue);
 
 }  // namespace spoolmq

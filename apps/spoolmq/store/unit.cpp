@@ -69,7 +69,7 @@ FileStatus CommitSingleGet(Unit& unit, const UnitMember& member) {
     if (status == FileStatus::kOk) {
         status = platform::RenameNoReplace(MemberPath(unit, member), donePath);
     }
-    // NotFound is fine: someone deleted the file, which is what this commit was about to do.
+    // kNotFound is no failure: someone deleted the file, which is what this commit was about to do.
     if (status != FileStatus::kOk && status != FileStatus::kNotFound) {
         return status;
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Units of work on disk.
+// Keeps units of work on disk.
 //
 // Every connection has a directory QM/.units/ID and, as long as its process lives, the lock QM/.units/ID.lock.
 // The messages of the unit are in that directory, in one subdirectory for each stage and queue. The stage says
@@ -48,7 +48,7 @@ struct UnitMember {
 
 struct Unit {
     std::string qmgrPath;
-    std::string id;  ///< process id and a random number; empty when there is no directory
+    std::string id;  ///< process id and a random number; empty if there is no directory
     platform::LockHandle processLock = platform::kNoLock;
     bool sync = false;                ///< force commits to the disk
     bool isRollbackOnly = false;      ///< can only be backed out, which resets it
@@ -64,12 +64,12 @@ void CloseUnit(Unit& unit);
 /// Sets `path` to where the member's file is, or is to be, in the unit. Creates the directories on first use.
 [[nodiscard]] FileStatus MakeMemberPath(Unit& unit, const UnitMember& member, std::string& path);
 
-/// Commits the members. Any failure: nothing is decided and the unit is as before. Once the commit is decided
-/// the status is Ok; what could not be finished then stays, as a unit of its own, for recovery, and `unit`
-/// continues with a new directory. `published` receives the messages that became available.
+/// Commits the members. On any failure nothing is decided and the unit is as before. Once the commit is
+/// decided the status is kOk; what could not be finished then stays, as a unit of its own, for recovery, and
+/// `unit` continues with a new directory. `published` receives the messages that became available.
 [[nodiscard]] FileStatus CommitUnit(Unit& unit, std::vector<UnitMember>& published);
-/// Backs out the members. Failed: the rest stays, as a unit of its own, for recovery, and `unit` continues with
-/// a new directory. `returned` receives the messages that are back in their queues.
+/// Backs out the members. kFailed: the rest stays, as a unit of its own, for recovery, and `unit` continues
+/// with a new directory. `returned` receives the messages that are back in their queues.
 [[nodiscard]] FileStatus BackOutUnit(Unit& unit, std::vector<UnitMember>& returned);
 
 /// Deletes a message whose file is at `path`: first its descriptor, then the file.

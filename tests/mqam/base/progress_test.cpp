@@ -106,4 +106,20 @@ TEST_F(ProgressPrinting, NoneStylePrintsNothing) {
     EXPECT_EQ(WithUnixLineEnds(Printed()), "a\n");
 }
 
+TEST(FitLine, ALineEndsAfterAnItemBeforeTheLastColumn) {
+    const std::string line = "12,345 records, 1.21 MB, 24,690 records/s, 0:05";
+    EXPECT_EQ(FitLine(line, 0), line);
+    EXPECT_EQ(FitLine(line, static_cast<int>(line.size()) + 1), line);
+    EXPECT_EQ(FitLine(line, static_cast<int>(line.size())), "12,345 records, 1.21 MB, 24,690 records/s");
+    EXPECT_EQ(FitLine(line, 30), "12,345 records, 1.21 MB");
+    EXPECT_EQ(FitLine(line, 10), "12,345 re");
+}
+
+TEST(FormatCountOf, TheNounHasAnSUnlessThereIsOne) {
+    EXPECT_EQ(FormatCountOf(0, "message"), "0 messages");
+    EXPECT_EQ(FormatCountOf(1, "message"), "1 message");
+    EXPECT_EQ(FormatCountOf(2000, "byte"), "2,000 bytes");
+    EXPECT_EQ(FormatBytes(1), "1 byte");
+}
+
 }  // namespace

@@ -25,6 +25,17 @@ TEST(Advice, EveryMessageOfTheErrorTextHasAdvice) {
     }
 }
 
+TEST(Advice, OnlyWhatReadsTheOptionsCanFindThemWrong) {
+    const std::string refused =
+        "M/CheckParm(!ERROR!).  --ERROR: MQA0107: <Read wait interval (RWAIT) value: 0>.";
+    EXPECT_TRUE(IsWrongOption({"Init", pmrcFailure, refused}));
+    EXPECT_TRUE(IsWrongOption({"PutAttribute COLOUR", pmrcBadAttrName, ""}));
+    EXPECT_FALSE(IsWrongOption({"Open", pmrcFailure, refused}));
+    EXPECT_FALSE(IsWrongOption({"Init", pmrcOK, ""}));
+    // A text of unknown form may mean anything.
+    EXPECT_FALSE(IsWrongOption({"Init", pmrcFailure, "out of the ordinary"}));
+}
+
 TEST(Advice, ConnectFailureGetsItsOwnAndItsReasonsAdvice) {
     const auto advice =
         FindAdvice(Parse("M/PIDMMain(!ERROR!).  --ERROR: Error received from MQCONNX : 2058."));

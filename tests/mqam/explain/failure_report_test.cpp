@@ -7,10 +7,14 @@ using namespace mqam;
 
 namespace {
 
+std::string DescribeFully(const ModuleFailure& failure) {
+    return DescribeFailure(failure, FailureDetail::kForDevelopers);
+}
+
 TEST(FailureReport, ThePlainFactComesFirstAndEachPieceIsOnALineOfItsOwn) {
     const ModuleFailure failure{
         "Read", pmrcFailure, "M/PIDMMain(!ERROR!).  --ERROR: MQA0143: <MQCMIT failed, reason code = 2009>."};
-    const std::string lines = DescribeFailure(failure);
+    const std::string lines = DescribeFully(failure);
     EXPECT_EQ(lines.substr(0, lines.find("  cause")),
               "the connection to the queue manager was lost\n"
               "  message   MQCMIT failed, reason code = 2009\n"
@@ -30,14 +34,14 @@ TEST(FailureReport, FileFailureNamesCallFileAndReason) {
         "Read", pmrcFailure,
         "M/PIDMMain(!ERROR!).  --ERROR: checkpoint--Failing function: fflush--Error occured "
         "while processing Checkpoint--Reason: No space left on device."};
-    const std::string lines = DescribeFailure(failure);
+    const std::string lines = DescribeFully(failure);
     EXPECT_NE(lines.find("  call      fflush\n  file      Checkpoint\n  reason    No space left on device\n"),
               std::string::npos)
         << lines;
 }
 
 TEST(FailureReport, TheCauseIsLeftOutIfTheFactSaysItAll) {
-    const std::string lines = DescribeFailure(
+    const std::string lines = DescribeFully(
         {"Init", pmrcFailure,
          "M/CheckParm(!ERROR!).  --ERROR: MQA0107: <Read wait interval (RWAIT) value: 0 out of range (-1 or "
          "1<seconds<600)>."});
@@ -48,25 +52,40 @@ TEST(FailureReport, TheCauseIsLeftOutIfTheFactSaysItAll) {
 
 TEST(FailureReport, AMessageOfABlankIsNotShown) {
     const std::string lines =
-        DescribeFailure({"Read", pmrcFailure,
-                         "M/WriteLogRec(!ERROR!).  --ERROR:  --Failing function: fwrite--Error occured while "
-                         "processing Log--Reason: No space left on device."});
+        DescribeFully({"Read", pmrcFailure,
+                       "M/WriteLogRec(!ERROR!).  --ERROR:  --Failing function: fwrite--Error occured while "
+                       "processing Log--Reason: No space left on device."});
     EXPECT_TRUE(lines.starts_with("a record could not be written to the message log")) << lines;
     EXPECT_EQ(lines.find("  message"), std::string::npos) << lines;
 }
 
 TEST(FailureReport, TextOfAnotherFormIsShownWhole) {
-    EXPECT_EQ(DescribeFailure({"Open", pmrcFailure, "out of the ordinary"}),
+    EXPECT_EQ(DescribeFully({"Open", pmrcFailure, "out of the ordinary"}),
               "the module failed: out of the ordinary\n  request   Open returned 34\n");
 }
 
 TEST(FailureReport, CodesWithoutTextAreNamed) {
-    EXPECT_EQ(DescribeFailure({"PutAttribute COLOUR", pmrcBadAttrName, ""}),
-              "the module does not know an attribute of this name\n"
+    EXPECT_EQ(DescribeFully({"PutAttribute COLOUR", pmrcBadAttrName, ""}),
+              "--attribute COLOUR: the module does not know an attribute of this name\n"
               "  request   PutAttribute COLOUR returned 33\n");
-    EXPECT_NE(DescribeFailure({"Init", pmrcBadVersion, ""}).find("another version"), std::string::npos);
-    EXPECT_EQ(DescribeFailure({"Open", pmrcFailure, ""}),
-              "the module gave no error text\n  request   Open returned 34\n");
+    EXPECT_NE(DescribeFully({"Init", pmrcBadVersion, ""}).find("another version"), std::string::npos);
+    EXPECT_EQ(DescribeFully({"Open", pmrcFailure, ""}),
+              "the module failed without an error text, opening the queue\n  request   Open returned 34\n");
+}
+
+TEST(FailureReport, OperatorsSeeNeitherRequestNorReturnCodeNorFunction) {
+    const std::vector<ModuleFailure> failures = {
+        {"Read", pmrcFailure, "M/PIDMMain(!ERROR!).  --ERROR: MQA0143: <MQCMIT failed, reason code = 2009>."},
+        {"Open", pmrcFailure, "out of the ordinary"},
+        {"PutAttribute COLOUR", pmrcBadAttrName, ""},
+        {"Open", pmrcFailure, ""}};
+    for (const ModuleFailure& failure : failures) {
+        const std::string lines = DescribeFailure(failure, FailureDetail::kForOperators);
+        for (const char* part : {"  request ", "  function ", "PIDMMain", "PutAttribute", "returned 3"})
+            EXPECT_EQ(lines.find(part), std::string::npos) << lines;
+    }
+    EXPECT_EQ(DescribeFailure({"Read", pmrcFailure, ""}, FailureDetail::kForOperators),
+              "the module failed without an error text, reading a message\n");
 }
 
 TEST(FailureReport, NoticeIsOneLineWithWhatItMeans) {

@@ -51,16 +51,15 @@ FileTarget::FileTarget(FileTargetSettings settings) : settings_(std::move(settin
 
 std::vector<LoadFile> FileTarget::Files() const {
     static constexpr char kWorkFile[] = "work file of the restart file";
-    std::vector<LoadFile> files = {{settings_.path, "target"},
-                                   {RestartFile(), "restart file"},
-                                   {ScratchOfRestartFile(RestartFile()), kWorkFile}};
-    for (const LoadFile& lock : LockFilesOf(settings_.places))
-        files.push_back(lock);
-    return files;
+    return {{settings_.path, "target"},
+            {settings_.restartFile, "restart file"},
+            {ScratchOfRestartFile(settings_.restartFile), kWorkFile},
+            {LockPath(TargetLock::kCommand), kWorkFile},
+            {LockPath(TargetLock::kAttempt), kWorkFile}};
 }
 
 Status FileTarget::LoadState(std::optional<RestartState>& state) {
-    return ReadRestartFile(RestartFile(), state);
+    return ReadRestartFile(settings_.restartFile, state);
 }
 
 bool FileTarget::IsOccupied() {
@@ -84,7 +83,7 @@ Status FileTarget::Begin(RestartState& state) {
         return Status::Refused(path + " is not empty; give --force to replace it, or --append to add to it");
     }
     state.targetLength = settings_.append ? bytes : 0;
-    return ReplaceRestartFile(RestartFile(), state);
+    return ReplaceRestartFile(settings_.restartFile, state);
 }
 
 // Refuses a file that was replaced or rewritten, because it has other bytes where the last record should be.
@@ -157,11 +156,11 @@ Status FileTarget::Store(const RestartState& state) {
             " was changed by something else while the load wrote to it: the records since the "
             "last checkpoint are not counted, and will be loaded again");
     }
-    return ReplaceRestartFile(RestartFile(), state);
+    return ReplaceRestartFile(settings_.restartFile, state);
 }
 
 Status FileTarget::StoreEnd(const RestartState& state) {
-    return ReplaceRestartFile(RestartFile(), state);
+    return ReplaceRestartFile(settings_.restartFile, state);
 }
 
 }  // namespace mqam

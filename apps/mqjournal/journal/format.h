@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Defines the layout of a journal, the synced copy of a checkpoint file. docs/formats.md describes it.
+//
+// A journal is a header and frames. A frame holds a piece of the checkpoint file, in order and without gaps. The
+// frames of one commit are written together and then synced; the last of them says so. After a loss of power, the
+// frames of at most one commit are incomplete, and their digests show it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace mqjournal {
+
+struct JournalHeader {
+    char magic[8];
+    std::uint64_t
+        salt;  ///< differs in every journal; part of every digest, so that no record can look like a frame
+    std::uint64_t digest;  ///< of the two fields above
+};
+static_assert(sizeof(JournalHeader) == 24);
+
+struct FrameHeader {
+    std::uint64_t offset;  ///< of the piece in the checkpoint file
+    std::uint64_t commit;  ///< the number of the commit, from 1
+    std::uint32_t length;  ///< of the piece, at most kPieceBytesMax
+    std::uint32_t isLast;  ///< 1 in the last frame of a commit, else 0
+    std::uint64_t digest;  ///< of the salt, the fields above and the piece
+};
+static_assert(sizeof(FrameHeader) == 32);
+
+inline constexpr std::uint32_t kPieceBytesMax = 1U << 20;
+
+/// The journal of a checkpoint file, and the file as which a new journal is written.
+[[nodiscard]] std::string JournalPath(const std::string& checkpointPath);
+[[nodiscard]] std::string JournalScratchPath(const std::string& checkpointPath);
+
+[[nodiscard]] JournalHeader MakeHeader(std::uint64_t salt);
+[[nodiscard]] bool IsHeaderIntact(const JournalHeader& header);
+
+/// Returns the digest that the frame should have.
+[[nodiscard]] std::uint64_t DigestOfFrame(std::uint64_t salt, const FrameHeader& frame, const char* piece);
+
+}  // namespace mqjournal
