@@ -53,8 +53,11 @@ int WriteAnswer(int descriptor, const std::string& text) {
 
 int RunCheck(const CLI::App& command, const ModuleOptions& options, FailureDetail detail) {
     std::string initString;
-    const Status composed = ComposeInitString(options, initString);
+    std::vector<std::string> warnings;
+    Status composed = CheckParameterFile(options, warnings);
+    if (composed.IsOk()) composed = ComposeInitString(options, initString);
     if (!composed.IsOk()) return RefuseCommandLine(command, composed.Error());
+    PrintWarnings("mqam check", warnings);
     const bool helpWanted = WasKeywordGiven(options, "HELP");
     const int standardOutput = platform::RedirectStdout(helpWanted ? platform::ModuleOutput::kToStandardError
                                                                    : platform::ModuleOutput::kDropped);

@@ -70,23 +70,6 @@ std::vector<std::string> NamesThatBeginWith(const std::string& start, const std:
     return found;
 }
 
-std::string DescribeUnknownOption(const CLI::App& command, const std::string& typed) {
-    const std::vector<std::string> names = LongNames(command);
-    const std::string bare = typed.substr(typed.find_first_not_of('-'));
-    const std::string fact = "there is no option " + typed;
-    std::string suggestion = FindWord(bare, names);
-    if (suggestion.empty()) suggestion = SuggestWord(bare, names);
-    if (!suggestion.empty()) return fact + "; did you mean --" + suggestion + "?";
-    std::vector<std::string> longer = NamesThatBeginWith(bare, names);
-    for (std::string& name : longer)
-        name.insert(0, "--");
-    if (!longer.empty()) return fact + "; did you mean " + JoinWords(longer, "or") + "?";
-    if (command.get_parent() == nullptr && !CommandNames(command).empty()) {
-        return fact + " before a command; options follow the command that they belong to";
-    }
-    return fact + "; `mqam help" + PathOf(command).substr(std::string("mqam").size()) + "` lists the options";
-}
-
 // Returns the first part of an option's description: what it is, without limits and defaults.
 std::string BriefOf(const CLI::Option& option) {
     const std::string description = option.get_description();
@@ -266,6 +249,23 @@ std::pair<std::string, std::string> SplitAt(const std::string& text, const std::
 }
 
 }  // namespace
+
+std::string DescribeUnknownOption(const CLI::App& command, const std::string& typed) {
+    const std::vector<std::string> names = LongNames(command);
+    const std::string bare = typed.substr(typed.find_first_not_of('-'));
+    const std::string fact = "there is no option " + typed;
+    std::string suggestion = FindWord(bare, names);
+    if (suggestion.empty()) suggestion = SuggestWord(bare, names);
+    if (!suggestion.empty()) return fact + "; did you mean --" + suggestion + "?";
+    std::vector<std::string> longer = NamesThatBeginWith(bare, names);
+    for (std::string& name : longer)
+        name.insert(0, "--");
+    if (!longer.empty()) return fact + "; did you mean " + JoinWords(longer, "or") + "?";
+    if (command.get_parent() == nullptr && !CommandNames(command).empty()) {
+        return fact + " before a command; options follow the command that they belong to";
+    }
+    return fact + "; `mqam help" + PathOf(command).substr(std::string("mqam").size()) + "` lists the options";
+}
 
 bool IsAlwaysNeeded(const CLI::Option& option) {
     return option.get_required() && option.get_envname().empty();

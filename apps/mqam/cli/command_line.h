@@ -23,6 +23,10 @@ struct CommandLine {
 [[nodiscard]] const CLI::App* FindCommand(const CLI::App& program, const std::vector<std::string>& path,
                                           std::string& error);
 
+/// "there is no option --qmgrr; did you mean --qmgr?"
+///   typed  in  with its dashes
+[[nodiscard]] std::string DescribeUnknownOption(const CLI::App& command, const std::string& typed);
+
 /// Returns an error of CLI11 in the words of this program.
 [[nodiscard]] std::string DescribeParseError(const CLI::ParseError& error);
 

@@ -3,8 +3,13 @@
 
 #include <CLI/App.hpp>
 #include <cstddef>
+#include <iterator>
 #include <sstream>
+#include <string_view>
 
+#include "mqam/base/progress.h"
+#include "mqam/cli/parameter_file.h"
+#include "platform/environment.h"
 #include "platform/paths.h"
 
 namespace mqam {
@@ -13,6 +18,7 @@ namespace {
 
 constexpr const char* kQueueGroup = "Queue";
 constexpr const char* kTraceGroup = "Diagnosis";
+constexpr std::string_view kParmFile = "PARMFILE";
 
 constexpr std::size_t kNameCharactersMax = 48;
 constexpr std::size_t kChannelCharactersMax = 20;
@@ -85,10 +91,27 @@ constexpr KeywordOption kTable[] = {
      "have the module print its own keyword help, on standard error",
      "",
      {}},
-    {"PARMFILE", "--parmfile", 1, "FILE", "Keywords from elsewhere",
-     "read keywords from FILE, one per line; '#' in column 1 starts a comment. May be combined with the options above; for a keyword given in both, the file's value counts",
+    {"PARMFILE", "--parmfile", 1, "FILE", "Options from elsewhere",
+     "read keywords from FILE, one per line; '#' in column 1 starts a comment. May be combined with the options above; for a keyword given in both, the option counts",
      "orders.parm", kPath},
 };
+
+struct EnvironmentRow {
+    const char* keyword;
+    const char* variable;
+};
+
+// Only the connection: no forgotten variable may choose the queue that a load empties.
+constexpr EnvironmentRow kEnvironment[] = {
+    {"QMGR", "MQAM_QMGR"}, {"CHNL", "MQAM_CHANNEL"}, {"SRVR", "MQAM_SERVER"}};
+
+// Returns the variable that can stand for the keyword's option, or an empty string.
+std::string VariableOf(const std::string& keyword) {
+    for (const EnvironmentRow& row : kEnvironment) {
+        if (keyword == row.keyword) return row.variable;
+    }
+    return "";
+}
 
 std::string FirstName(const KeywordOption& row) {
     const std::string names = row.option;
@@ -97,6 +120,8 @@ std::string FirstName(const KeywordOption& row) {
 
 std::string HelpText(const KeywordOption& row) {
     std::string text = row.help;
+    const std::string variable = VariableOf(row.keyword);
+    if (!variable.empty()) text += "; or set " + variable;
     text += std::string(" [") + row.keyword;
     if (row.values > 0) text += "; e.g. " + FirstName(row) + " " + row.example;
     return text + "]";
@@ -142,8 +167,36 @@ Status CheckWordOrNumber(const KeywordRule& rule, std::string& value) {
                            ", or a CCSID of " + DescribeNumbers(rule.number));
 }
 
+std::string PathOfParameterFile(const ModuleOptions& options) {
+    for (std::size_t i = 0; i < std::size(kTable); ++i) {
+        if (std::string_view(kTable[i].keyword) == kParmFile && !options.values[i].empty()) {
+            return options.values[i].front();
+        }
+    }
+    return "";
+}
+
 bool IsGiven(const ModuleOptions& options, std::size_t row) {
     return options.flags[row] != 0 || !options.values[row].empty();
+}
+
+// Whether the option and the file have the same keyword, so that the module would let the file win.
+bool HasOverriddenKeyword(const ModuleOptions& options, const ParameterFile& file) {
+    for (std::size_t i = 0; i < std::size(kTable); ++i) {
+        if (IsGiven(options, i) && FindParameter(file, kTable[i].keyword) != nullptr) return true;
+    }
+    return false;
+}
+
+// Appends the keyword's value of the environment, if it has one.
+Status AddFromEnvironment(const KeywordOption& row, std::vector<GivenKeyword>& given) {
+    const std::string variable = VariableOf(row.keyword);
+    std::string value = variable.empty() ? "" : platform::ReadEnvironment(variable);
+    if (value.empty()) return {};
+    const Status checked = CheckKeywordValue(row, 0, value);
+    if (!checked.IsOk()) return Status::Refused(variable + ": " + checked.Error());
+    given.push_back({row.keyword, variable, {value}});
+    return {};
 }
 
 }  // namespace
@@ -198,12 +251,37 @@ void AddModuleOptions(CLI::App& command, ModuleOptions& options) {
         }
         option->group(row.group)->excludes(options.rawInitOption);
     }
-    options.rawInitOption->group("Keywords from elsewhere");
+    options.rawInitOption->group("Options from elsewhere");
+    command
+        .add_option(
+            "--config", options.configPath,
+            "read options of this command from FILE, one per line: qmgr = QM1. Options of the command line count")
+        ->type_name("FILE")
+        ->group("Options from elsewhere");
     command
         .add_option("--module", options.modulePath,
                     "the access module to load. Default: the one next to this program")
         ->type_name("PATH")
         ->group(kTraceGroup);
+}
+
+Status CheckParameterFile(const ModuleOptions& options, std::vector<std::string>& warnings) {
+    warnings.clear();
+    const std::string path = PathOfParameterFile(options);
+    if (path.empty()) return {};
+    ParameterFile file;
+    Status read = ReadParameterFile(path, file);
+    if (!read.IsOk()) return read;
+    warnings = file.warnings;
+    if (!file.isUnderstood && HasOverriddenKeyword(options, file)) {
+        warnings.push_back(path + ": a line of the file cannot be read, so its values override the options");
+    }
+    return {};
+}
+
+void PrintWarnings(const std::string& command, const std::vector<std::string>& warnings) {
+    for (const std::string& warning : warnings)
+        PrintMessage(command + ": warning: " + warning + "\n");
 }
 
 Status ComposeInitString(const ModuleOptions& options, std::string& initString) {
@@ -212,14 +290,29 @@ Status ComposeInitString(const ModuleOptions& options, std::string& initString) 
         initString = options.rawInit;
         return {};
     }
+    const std::string parameterPath = PathOfParameterFile(options);
+    ParameterFile file;
+    // A file that cannot be read is left to the module; CheckParameterFile has refused it if the command asked.
+    const bool isRead = !parameterPath.empty() && ReadParameterFile(parameterPath, file).IsOk();
+    const bool isInlined = isRead && file.isUnderstood && HasOverriddenKeyword(options, file);
     std::vector<GivenKeyword> given;
+    bool namesQueue = false;
     for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
-        if (!IsGiven(options, i)) continue;
-        given.push_back(
-            {kTable[i].keyword, FirstName(kTable[i]), ModuleValues(kTable[i], options.values[i])});
+        const KeywordOption& row = kTable[i];
+        const ParameterLine* line = isInlined ? FindParameter(file, row.keyword) : nullptr;
+        if (IsGiven(options, i)) {
+            namesQueue = true;
+            if (isInlined && std::string_view(row.keyword) == kParmFile) continue;
+            given.push_back({row.keyword, FirstName(row), ModuleValues(row, options.values[i])});
+        } else if (line != nullptr) {
+            given.push_back({row.keyword, parameterPath, line->values});
+        } else {
+            const Status added = AddFromEnvironment(row, given);
+            if (!added.IsOk()) return added;
+        }
     }
-    if (given.empty()) {
-        return Status::Refused("no queue is named: give --qmgr and --queue, or --parmfile, or --init");
+    if (!namesQueue) {
+        return Status::Refused("no queue is named; use --qmgr and --queue, or --parmfile, or --init");
     }
     return BuildInitString(given, initString);
 }

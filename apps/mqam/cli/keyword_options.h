@@ -67,13 +67,22 @@ struct ModuleOptions {
     std::vector<char> flags;                       ///< likewise; not 0 = given
     std::string rawInit;                           ///< --init
     CLI::Option* rawInitOption = nullptr;
+    std::string configPath;  ///< --config, which main has read already
     std::string modulePath;  ///< --module; empty = the one that belongs to the program
 };
 
 /// Adds an option for each keyword, including --parmfile, and --init and --module.
 void AddModuleOptions(CLI::App& command, ModuleOptions& options);
 
-/// Builds the initialization string from the options. Refuses a value that cannot be expressed, and options that name
+/// Checks the parameter file, if the user named one.
+///   warnings  out  what the module ignores in it, and whether it overrides options; a line each
+Status CheckParameterFile(const ModuleOptions& options, std::vector<std::string>& warnings);
+
+/// Prints the warnings of CheckParameterFile, each after the command ("mqam load").
+void PrintWarnings(const std::string& command, const std::vector<std::string>& warnings);
+
+/// Builds the initialization string from the options: environment variables give way to the parameter file, and that to
+/// options. The module lets the file win, so it gets the file's keywords in the string where an option overrides one. Refuses a value that cannot be expressed, and options that name
 /// nothing at all.
 Status ComposeInitString(const ModuleOptions& options, std::string& initString);
 

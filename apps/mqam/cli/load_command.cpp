@@ -122,6 +122,11 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const
 int RunLoad(const LoadOptions& options) {
     PlainLoadSettings settings;
     FileSinkSettings target;
+    std::vector<std::string> warnings;
+    const Status checked = CheckParameterFile(options.module, warnings);
+    if (!checked.IsOk()) return RefuseOption(options, checked.Error());
+    const bool isWorker = options.workerSince >= 0;
+    if (!isWorker) PrintWarnings("mqam load", warnings);
     if (IsRestartable(options)) return RunRestartableLoad(options);
     if (const char* option = FindRestartOption(options)) {
         return RefuseOption(options, std::string(option) + " needs --restart-file FILE, or a SQLite target");

@@ -14,6 +14,7 @@
 #include "mqam/cli/checkpoint_command.h"
 #include "mqam/cli/command_line.h"
 #include "mqam/cli/command_pages.h"
+#include "mqam/cli/config_file.h"
 #include "mqam/cli/explain_command.h"
 #include "mqam/cli/help_command.h"
 #include "mqam/cli/load_command.h"
@@ -38,12 +39,14 @@ int RunProgram(int argc, char** argv) {
     AddQueueCommand(app, exitCode);
     AddHelpCommand(app, exitCode);
     AddPageCommands(app, exitCode);
-    const std::vector<std::string> words(argv + 1, argv + argc);
+    std::vector<std::string> words(argv + 1, argv + argc);
+    const Status expanded = ExpandConfigFile(app, words);
+    if (!expanded.IsOk()) return RefuseCommandLine(*ReadCommandLine(app, words).command, expanded.Error());
     const CommandLine line = ReadCommandLine(app, words);
     if (line.wantsHelp) return PrintHelp(*line.command);
     if (!line.error.empty()) return RefuseCommandLine(*line.command, line.error);
     try {
-        app.parse(argc, argv);
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
     } catch (const CLI::CallForVersion& version) {
         return PrintAnswer("mqam", std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {

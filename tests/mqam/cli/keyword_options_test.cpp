@@ -6,8 +6,12 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
+
+#include "platform/environment.h"
+#include "tests/support/test_directory.h"
 
 using namespace mqam;
 
@@ -86,6 +90,41 @@ TEST(KeywordOptions, PathsOfFilesThatTheModuleWritesHaveTheSystemsDelimiter) {
     EXPECT_EQ(Compose({"--server", "a/b"}), "-SRVR a/b");
     EXPECT_EQ(Compose({"--parmfile", "d/e/f"}), "-PARMFILE d/e/f");
     EXPECT_EQ(Compose({"--init", "-CKFILE d/e/f"}), "-CKFILE d/e/f");
+}
+
+TEST(KeywordOptions, AnOptionOverridesTheParameterFile) {
+    const TestDirectory folder;
+    const std::string path = folder.Path("parm");
+    std::ofstream(path) << "QMGR QM1\nQNM Q1\nRWAIT 5\nRWAIT 6\nMQEX\n";
+    // Without a conflict the module reads the file.
+    EXPECT_EQ(Compose({"--parmfile", path, "--tdm", "no"}), "-TDM no -PARMFILE " + path);
+    EXPECT_EQ(Compose({"--parmfile", path, "--rwait", "77"}), "-QMGR QM1 -QNM Q1 -MQEX -RWAIT 77");
+    std::ofstream(path) << "QMGR QM1\nRWAIT 5\n";
+    EXPECT_EQ(Compose({"--parmfile", path, "--qmgr", "QM2", "--queue", "Q"}), "-QMGR QM2 -QNM Q -RWAIT 5");
+    // The module refuses such a file, so it has to see it.
+    std::ofstream(path) << "COLOUR red\nRWAIT 5\n";
+    EXPECT_EQ(Compose({"--parmfile", path, "--rwait", "77"}), "-RWAIT 77 -PARMFILE " + path);
+}
+
+TEST(KeywordOptions, TheEnvironmentCountsLeast) {
+    const TestDirectory folder;
+    const std::string path = folder.Path("parm");
+    std::ofstream(path) << "QMGR QM1\nRWAIT 5\n";
+    platform::SetEnvironment("MQAM_QMGR", "QM0");
+    EXPECT_EQ(Compose({"--queue", "Q"}), "-QMGR QM0 -QNM Q");
+    EXPECT_EQ(Compose({"--queue", "Q", "--qmgr", "QM2"}), "-QMGR QM2 -QNM Q");
+    EXPECT_EQ(Compose({"--parmfile", path, "--rwait", "7"}), "-QMGR QM1 -RWAIT 7");
+    EXPECT_EQ(Compose({"--init", "-QNM Q"}), "-QNM Q");
+    // A variable names no queue, so something else has to.
+    EXPECT_EQ(Compose({}).substr(0, 9), "refused: ");
+    platform::SetEnvironment("MQAM_SERVER", "h(1)");
+    platform::SetEnvironment("MQAM_CHANNEL", "C");
+    EXPECT_EQ(Compose({"--queue", "Q", "--server", "g(2)"}), "-QMGR QM0 -QNM Q -CHNL C -SRVR g(2)");
+    platform::SetEnvironment("MQAM_CHANNEL", std::string(21, 'C'));
+    EXPECT_EQ(Compose({"--queue", "Q"}),
+              "refused: MQAM_CHANNEL: '" + std::string(21, 'C') + "' has 21 characters; use at most 20");
+    for (const char* variable : {"MQAM_QMGR", "MQAM_SERVER", "MQAM_CHANNEL"})
+        platform::SetEnvironment(variable, "");
 }
 
 TEST(KeywordOptions, NegativeWaitIsAValue) {
