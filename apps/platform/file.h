@@ -45,6 +45,10 @@ enum class OpenMode {
     kExisting,  ///< opens a device or a pipe as it is; fails if the path is missing
 };
 
+/// From now on only their owner may use the files and directories that this process creates, also those that libraries
+/// create. Does nothing on Windows, where the directory decides.
+void RestrictNewFiles();
+
 /// Opens a file for writing bytes as they are; child processes do not inherit the descriptor.
 [[nodiscard]] int OpenForWriting(const std::string& path, OpenMode mode);
 

@@ -52,6 +52,10 @@ FileStatus StatPath(const std::string& path, FileInfo& info) {
     return FileStatus::kOk;
 }
 
+void RestrictNewFiles() {
+    umask(umask(S_IRWXG | S_IRWXO) | S_IRWXG | S_IRWXO);
+}
+
 int OpenForWriting(const std::string& path, OpenMode mode) {
     int flags = O_WRONLY | O_CLOEXEC;
     switch (mode) {

@@ -66,6 +66,8 @@ FileStatus StatPath(const std::string& path, FileInfo& info) {
     return status;
 }
 
+void RestrictNewFiles() {}
+
 int OpenForWriting(const std::string& path, OpenMode mode) {
     int flags = _O_WRONLY | _O_BINARY | _O_NOINHERIT;
     switch (mode) {

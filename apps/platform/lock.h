@@ -25,6 +25,10 @@ struct LockOptions {
     int timeoutMs = 0;  ///< how long to wait for a process that holds the lock
     bool refusesContents =
         true;  ///< returns kNotEmpty for a file with contents, which the release would delete
+    /// What the holder writes into the file, so that others can read who holds it; empty = nothing. Failing to write
+    /// it is not an error. A file that begins with the first line of it, or with a part of that line, is such a file.
+    std::string contents;
+    bool isPrivate = false;  ///< a new file is for its owner only, so that no other user can hold the lock
 };
 
 using LockHandle = std::intptr_t;
@@ -42,8 +46,8 @@ void ReleaseLock(const std::string& path, LockHandle lock);
 /// same time. ReleaseLockKeepingFile releases it. Returns kNoLock when the file cannot be created.
 [[nodiscard]] LockHandle WaitForLock(const std::string& path);
 
-/// Releases a lock. Its file stays, except that Windows deletes the file of a lock that AcquireLock acquired.
-/// It ignores kNoLock.
+/// Releases a lock. Its file stays, except that Windows deletes the file of a lock that AcquireLock acquired
+/// without contents. It ignores kNoLock.
 void ReleaseLockKeepingFile(LockHandle lock);
 
 }  // namespace platform

@@ -31,8 +31,25 @@ Place FindPlace(const std::string& path, int descriptor) {
     return mine.st_size == 0 ? Place::kStillThere : Place::kNotEmpty;
 }
 
-int OpenLockFile(const std::string& path) {
-    return OpenRetrying(path.c_str(), O_RDWR | O_CREAT, 0666);
+int OpenLockFile(const std::string& path, bool isPrivate) {
+    constexpr mode_t kOwnerOnly = 0600;
+    constexpr mode_t kEveryone = 0666;
+    return OpenRetrying(path.c_str(), O_RDWR | O_CREAT, isPrivate ? kOwnerOnly : kEveryone);
+}
+
+// Whether a process that has died has left these contents. It may have died while it wrote them.
+bool HasLockContents(int descriptor, const LockOptions& options) {
+    std::string mark = options.contents.substr(0, options.contents.find('\n') + 1);
+    std::string found(mark.size(), '\0');
+    const ssize_t count = pread(descriptor, found.data(), found.size(), 0);
+    return !mark.empty() && count >= 0 &&
+           mark.compare(0, static_cast<std::size_t>(count), found, 0, static_cast<std::size_t>(count)) == 0;
+}
+
+void WriteContents(int descriptor, const std::string& contents) {
+    if (contents.empty() || ftruncate(descriptor, 0) != 0) return;
+    // Others only read who holds the lock; the lock holds without it.
+    static_cast<void>(pwrite(descriptor, contents.data(), contents.size(), 0) < 0);
 }
 
 LockResult Fail() {
@@ -45,13 +62,16 @@ LockResult AcquireLock(const std::string& path, const LockOptions& options, Lock
     lock = kNoLock;
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(options.timeoutMs);
     for (;;) {
-        const int descriptor = OpenLockFile(path);
+        const int descriptor = OpenLockFile(path, options.isPrivate);
         if (descriptor < 0) {
             return Fail();
         }
         const bool locked = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
         const Place place = locked ? FindPlace(path, descriptor) : Place::kGone;
-        if (place == Place::kStillThere || (place == Place::kNotEmpty && !options.refusesContents)) {
+        if (place == Place::kStillThere ||
+            (place == Place::kNotEmpty &&
+             (!options.refusesContents || HasLockContents(descriptor, options)))) {
+            WriteContents(descriptor, options.contents);
             lock = descriptor;
             return LockResult::kAcquired;
         }
@@ -76,7 +96,7 @@ void ReleaseLock(const std::string& path, LockHandle lock) {
 }
 
 LockHandle WaitForLock(const std::string& path) {
-    const int descriptor = OpenLockFile(path);
+    const int descriptor = OpenLockFile(path, false);
     if (descriptor < 0) {
         static_cast<void>(StatusOfErrno());
         return kNoLock;

@@ -17,19 +17,53 @@ bool HasContents(const std::string& path) {
            (facts.nFileSizeLow != 0 || facts.nFileSizeHigh != 0);
 }
 
+// Whether a process that has died has left these contents. It may have died while it wrote them.
+bool HasLockContents(HANDLE file, const LockOptions& options) {
+    const std::string mark = options.contents.substr(0, options.contents.find('\n') + 1);
+    std::string found(mark.size(), '\0');
+    DWORD count = 0;
+    return !mark.empty() &&
+           ReadFile(file, found.data(), static_cast<DWORD>(found.size()), &count, nullptr) != 0 &&
+           mark.compare(0, count, found, 0, count) == 0;
+}
+
+void WriteContents(HANDLE file, const std::string& contents) {
+    DWORD written = 0;
+    // Others only read who holds the lock; the lock holds without it.
+    if (SetFilePointer(file, 0, nullptr, FILE_BEGIN) == 0 && SetEndOfFile(file) != 0)
+        WriteFile(file, contents.data(), static_cast<DWORD>(contents.size()), &written, nullptr);
+}
+
+// Takes an opened lock file that others may read. Returns kNotEmpty if it is not a lock file.
+LockResult TakeReadable(HANDLE file, const LockOptions& options, LockHandle& lock) {
+    LARGE_INTEGER bytes = {};
+    const bool isEmpty = GetFileSizeEx(file, &bytes) != 0 && bytes.QuadPart == 0;
+    if (!isEmpty && options.refusesContents && !HasLockContents(file, options)) {
+        CloseHandle(file);
+        return LockResult::kNotEmpty;
+    }
+    WriteContents(file, options.contents);
+    lock = reinterpret_cast<LockHandle>(file);
+    return LockResult::kAcquired;
+}
+
 }  // namespace
 
 LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock) {
     lock = kNoLock;
     const std::wstring wide = Wide(path);
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(options.timeoutMs);
-    if (options.refusesContents && HasContents(path)) return LockResult::kNotEmpty;
+    const bool isReadable = !options.contents.empty();
+    if (!isReadable && options.refusesContents && HasContents(path)) return LockResult::kNotEmpty;
     for (;;) {
-        // A file that is shared with no one is locked. The system closes the handle, and so deletes the file, when
-        // the process ends in whatever way.
-        const HANDLE file =
-            CreateFileW(wide.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
-                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        // A file that no one else may write is locked. Without contents the system deletes it when the process ends in
+        // whatever way; with contents it stays then, like on other systems, and only the release deletes it, so that
+        // a file of someone else's is never deleted.
+        const HANDLE file = CreateFileW(
+            wide.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, isReadable ? FILE_SHARE_READ : 0, nullptr,
+            OPEN_ALWAYS,
+            isReadable ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (file != INVALID_HANDLE_VALUE && isReadable) return TakeReadable(file, options, lock);
         if (file != INVALID_HANDLE_VALUE) {
             lock = reinterpret_cast<LockHandle>(file);
             return LockResult::kAcquired;
@@ -50,7 +84,12 @@ LockResult AcquireLock(const std::string& path, const LockOptions& options, Lock
 }
 
 void ReleaseLock(const std::string& /*path*/, LockHandle lock) {
-    if (lock != kNoLock) CloseHandle(reinterpret_cast<HANDLE>(lock));
+    if (lock == kNoLock) return;
+    FILE_DISPOSITION_INFO disposition = {};
+    disposition.DeleteFile = TRUE;
+    SetFileInformationByHandle(reinterpret_cast<HANDLE>(lock), FileDispositionInfo, &disposition,
+                               sizeof disposition);
+    CloseHandle(reinterpret_cast<HANDLE>(lock));
 }
 
 LockHandle WaitForLock(const std::string& path) {

@@ -22,6 +22,9 @@ namespace platform {
 
 [[nodiscard]] std::uint64_t CurrentThreadId();
 
+/// Returns the name of this computer, or "unknown" when the system does not know it.
+[[nodiscard]] std::string HostName();
+
 /// Returns the name of the user that the process runs as.
 [[nodiscard]] std::string UserName();
 

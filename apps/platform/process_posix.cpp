@@ -119,6 +119,11 @@ std::uint64_t CurrentThreadId() {
     return static_cast<std::uint64_t>(syscall(SYS_gettid));
 }
 
+std::string HostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 && name[0] != '\0' ? name : "unknown";
+}
+
 std::string UserName() {
     std::array<char, 1024> buffer{};
     passwd entry{};

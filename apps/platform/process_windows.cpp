@@ -166,6 +166,14 @@ std::uint64_t CurrentThreadId() {
     return GetCurrentThreadId();
 }
 
+std::string HostName() {
+    wchar_t name[256] = {};
+    DWORD length = 255;
+    return GetComputerNameExW(ComputerNameDnsHostname, name, &length) != 0 && length > 0
+               ? Narrow(name, length)
+               : "unknown";
+}
+
 std::string UserName() {
     return ReadEnvironment("USERNAME");
 }

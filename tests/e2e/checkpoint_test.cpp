@@ -321,7 +321,7 @@ TEST_F(CheckpointCommand, RepairOfFilesThatChangedWhileItAskedChangesNothing) {
     EXPECT_EQ(RepairOnATerminal(Path(), "y\n", [this, &later] { WriteBytesTo(Path(), later); }), 1);
     EXPECT_EQ(ReadFileIfAny(Path()), later);
     EXPECT_FALSE(fs::exists(Path("load.ckpt.torn")));
-    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+    EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
     EXPECT_EQ(RepairOnATerminal(Path(), "y\n"), 0);
 }
 
@@ -347,7 +347,7 @@ TEST_F(CheckpointCommand, ExportOfAnIntactFileWritesAllRecords) {
     EXPECT_EQ(result.standardOutput, Path() + ": 2 records (6 bytes) written to " + Path("out") +
                                          "\n  written: 2 records, from offset 4 to offset 26\n");
     EXPECT_EQ(ReadFileIfAny(Path("out")), "one\ntwo\n");
-    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+    EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
     const ProgramResult again = Run("export", {"--to", Path("out")});
     EXPECT_EQ(again.exitCode, 1);
     EXPECT_EQ(again.standardError,
@@ -383,14 +383,14 @@ TEST_F(CheckpointCommand, ExportThatCannotReadOrWriteLeavesNothing) {
     EXPECT_EQ(Run("export", {"--to", Path("none") + "/out"}).exitCode, 3);
     EXPECT_EQ(Run("export").exitCode, 1);
     EXPECT_EQ(Run("export", {"--to", Path("out"), "--format", "lines2"}).exitCode, 1);
-    ASSERT_EQ(AcquireLockFile(Path() + ".lock", 0).Error(), "");
+    ASSERT_EQ(AcquireLockFile(CheckpointLockPath(Path()), 0).Error(), "");
     const ProgramResult result = Run("export", {"--to", Path("out")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was exported: another load is running"),
               std::string::npos)
         << result.standardError;
     EXPECT_FALSE(fs::exists(Path("out")));
-    ReleaseLockFile(Path() + ".lock");
+    ReleaseLockFile(CheckpointLockPath(Path()));
 }
 
 // ---- with the restart file of the load
@@ -485,7 +485,7 @@ TEST_F(CheckpointOfALoad, RepairTakesTheTemporaryFileOfTheStoredCheckpoint) {
     EXPECT_EQ(result.exitCode, 10) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one", "two"}));
     EXPECT_TRUE(fs::exists(Path("MQAMtmp.1")));
-    EXPECT_FALSE(fs::exists(Path("load.ckpt.lock")));
+    EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
 }
 
 TEST_F(CheckpointOfALoad, ALoadThatHasStoredNothingYetBegins) {
@@ -537,14 +537,14 @@ TEST_F(CheckpointOfALoad, PositionAndRestartFileExcludeEachOther) {
 
 TEST_F(CheckpointOfALoad, RepairChangesNothingWhileALoadIsRunning) {
     WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + kTorn);
-    ASSERT_EQ(AcquireLockFile(Path() + ".lock", 0).Error(), "");
+    ASSERT_EQ(AcquireLockFile(CheckpointLockPath(Path()), 0).Error(), "");
     const ProgramResult result = RunWithState("repair", {"--yes"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.standardError.find("mqam checkpoint: nothing was changed: another load is running"),
               std::string::npos)
         << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path()), CheckpointBytes(5, {"one"}) + kTorn);
-    ReleaseLockFile(Path() + ".lock");
+    ReleaseLockFile(CheckpointLockPath(Path()));
     EXPECT_EQ(RunWithState("repair", {"--yes"}).exitCode, 0);
 }
 

@@ -84,7 +84,7 @@ ReturnCode Init(const InitBlock* block) {
     for (std::string word; words >> word;) {
         if (word[0] == '-') {
             keyword = word.substr(1);
-            TheFake().keywords[keyword] = "";
+            TheFake().keywords[keyword] = "";  // what comes later counts
         } else {
             std::string& value = TheFake().keywords[keyword];
             value += value.empty() ? word : " " + word;
@@ -101,6 +101,11 @@ ReturnCode Init(const InitBlock* block) {
     report += Value("CKFILE").empty()
                   ? "     .           Checkpoint: None.\n"
                   : "     .           Checkpoint: File-based to pathname " + Value("CKFILE") + "\n";
+    if (TheFake().keywords.contains("MQEX")) {
+        report +=
+            "     .           Terminate on duplicate message: yes\n"
+            "     .           Queue open: EXCLUSIVE.\n";
+    }
     if (!Value("LOG").empty()) report += "     .           Logging pathname: '" + Value("LOG") + "'\n";
     if (!Value("FAKE_REPORT_WAIT").empty()) {
         report += "     .           MQ read wait interval: " + Value("FAKE_REPORT_WAIT") + "\n";

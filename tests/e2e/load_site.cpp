@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 
 namespace fs = std::filesystem;
@@ -175,6 +176,15 @@ void LoadSites::RunAllAgain() {
     for (const auto& site : sites_)
         site->PlanFaults("");
     RunAll(sites_);
+}
+
+testing::AssertionResult ReportsHolder(const std::string& text, const std::string& lock) {
+    static const std::regex kHolder(
+        "mqam load: another load is running: process [0-9]+ on [^ ]+, started [-0-9]+ [:0-9]+ UTC, holds (.*); wait "
+        "until it ends, or end it, then run the same command again\r?\n");
+    std::smatch match;
+    if (std::regex_search(text, match, kHolder) && match[1] == lock) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << lock << "\n" << text;
 }
 
 bool Contains(const std::string& text, const std::string& part) {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -69,6 +70,14 @@ class LoadSite {
     [[nodiscard]] std::string RestartFile() const {
         return Path("restart");
     }
+    /// The lock of the target that a command holds.
+    [[nodiscard]] std::string CommandLock() const {
+        return (std::filesystem::path(Target() + ".load") / "command.lock").string();
+    }
+    /// The lock of the directory of the checkpoint file.
+    [[nodiscard]] std::string CheckpointLock() const {
+        return Path("mqam-checkpoint.lock");
+    }
     [[nodiscard]] std::string CheckpointFile() const {
         return Path("ck");
     }
@@ -120,6 +129,9 @@ class LoadSites : public testing::Test {
     TestDirectory folder_;
     std::vector<std::unique_ptr<LoadSite>> sites_;
 };
+
+/// Checks that a message says that a process holds a lock.
+[[nodiscard]] testing::AssertionResult ReportsHolder(const std::string& text, const std::string& lock);
 
 [[nodiscard]] bool Contains(const std::string& text, const std::string& part);
 

@@ -36,12 +36,29 @@ class FakeLoad : public testing::Test {
   protected:
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
 
-    // Runs `mqam load` with the fake module. `script` is what follows -QMGR and -QNM in the initialization
+    // Runs an unprotected load with the fake module. `script` is what follows -QMGR and -QNM in the initialization
     // string.
     ProgramResult Load(const std::string& script, const Arguments& more = {}) {
+        Arguments all = {"--unprotected"};
+        all.insert(all.end(), more.begin(), more.end());
+        return LoadProtected(script, all);
+    }
+
+    // The same with the options as they are.
+    ProgramResult LoadProtected(const std::string& script, const Arguments& more = {}) {
         Arguments arguments = {"load", "--module", FAKE_MODULE, "--init", Script(script)};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+    }
+
+    // Waits until the module has got these requests, among others.
+    [[nodiscard]] bool WaitForCalls(const std::string& calls) const {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (!Contains(Calls(), calls)) {
+            if (std::chrono::steady_clock::now() > limit) return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return true;
     }
 
     [[nodiscard]] std::string Script(const std::string& script) const {
@@ -76,8 +93,8 @@ TEST_F(FakeLoad, WholeLoadWritesLinesAndTellsASummary) {
 TEST_F(FakeLoad, AWorkerThatALibraryEndsIsKilledWhateverItsExitCode) {
     for (const char* code : {"0", "64", "66"}) {
         if (std::string(code) != "0" && !kExitsAreMarked) continue;
-        const ProgramResult result =
-            Load("-FAKE_EXIT " + std::string(code), {"--to", Path("out"), "--restart-file", Path("restart")});
+        const ProgramResult result = LoadProtected("-FAKE_EXIT " + std::string(code),
+                                                   {"--to", Path("out"), "--restart-file", Path("restart")});
         EXPECT_EQ(result.exitCode, 9) << result.standardError;
         EXPECT_EQ(result.standardError,
                   "mqam load: the worker process was killed (" + std::string(code) +
@@ -170,6 +187,11 @@ TEST_F(FakeLoad, FullDiskIsToldAndTheModuleIsNotClosed) {
     const ProgramResult result = Load("-FAKE_RECORDS 3", {"--to", "/dev/full"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_TRUE(Contains(result.standardError, "cannot write to /dev/full: No space left on device"))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "  records   0\n")) << result.standardError;
+    EXPECT_TRUE(
+        Contains(result.standardError,
+                 "  lost      3 of the 3 messages taken from the queue were not written to /dev/full\n"))
         << result.standardError;
     EXPECT_FALSE(Contains(Calls(), "Close")) << Calls();
 }
@@ -289,31 +311,107 @@ TEST_F(FakeLoad, EndOfAnUnlimitedWaitIsNeverTheEndOfTheQueue) {
 }
 
 TEST_F(FakeLoad, CheckpointsAreTakenAfterOpenAndEveryNRecords) {
-    const ProgramResult result = Load("-CKFILE " + Path("ck") + " -FAKE_RECORDS 5",
-                                      {"--to", Path("out"), "--checkpoint-every", "2", "--verbose"});
-    EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    EXPECT_EQ(Calls(),
-              "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1 GetPos Read Read GetPos Read Read GetPos Read Read "
-              "Close Shut");
+    const ProgramResult result = LoadProtected("-FAKE_RECORDS 5 -FAKE_FAIL Close",
+                                               {"--to", Path("out"), "--checkpoint-every", "2", "--verbose"});
+    EXPECT_EQ(result.exitCode, 9) << result.standardError;
+    EXPECT_EQ(
+        Calls(),
+        "Init PutAttribute PRESERVE_RESTART_INFO=YES PutAttribute ZBQ_HL_LOG_HANDLE Open 1 GetPos Read Read "
+        "GetPos Read Read GetPos Read Read Close");
     EXPECT_TRUE(Contains(result.standardError, "checkpoint 2 after 2 records, file offset 4\n"))
         << result.standardError;
 }
 
 TEST_F(FakeLoad, FailingGetPosEndsTheLoadWithoutClose) {
-    const ProgramResult result = Load("-FAKE_RECORDS 5 -FAKE_FAIL GetPos -FAKE_FAIL_AT 2",
-                                      {"--to", Path("out"), "--checkpoint-every", "2"});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Open 1 GetPos Read Read GetPos");
+    const ProgramResult result = LoadProtected("-FAKE_RECORDS 5 -FAKE_FAIL GetPos -FAKE_FAIL_AT 2",
+                                               {"--to", Path("out"), "--checkpoint-every", "2"});
+    EXPECT_EQ(result.exitCode, 9) << result.standardError;
+    EXPECT_EQ(
+        Calls(),
+        "Init PutAttribute PRESERVE_RESTART_INFO=YES PutAttribute ZBQ_HL_LOG_HANDLE Open 1 GetPos Read Read "
+        "GetPos");
 }
 
 TEST_F(FakeLoad, CheckpointFileOfAnEarlierLoadStopsTheLoadBeforeOpen) {
+    const std::string records("\1\0\0\0\3\0\0\0\0\0\0\0abc", 15);
+    std::ofstream(Path("ck"), std::ios::binary) << records;
+    const ProgramResult result =
+        LoadProtected("-CKFILE " + Path("ck") + " -FAKE_RECORDS 5", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(Contains(result.standardError, Path("ck"))) << result.standardError;
+    EXPECT_EQ(Calls(), "Init PutAttribute PRESERVE_RESTART_INFO=YES PutAttribute ZBQ_HL_LOG_HANDLE");
+    EXPECT_EQ(ReadFileIfAny(Path("ck")), records);
+    EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(FakeLoad, UnprotectedWithACheckpointFileIsRefusedBeforeOpen) {
     std::ofstream(Path("ck")) << "records";
     const ProgramResult result = Load("-CKFILE " + Path("ck") + " -FAKE_RECORDS 5", {"--to", Path("out")});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(Contains(result.standardError, Path("ck"))) << result.standardError;
+    EXPECT_EQ(
+        WithUnixLineEnds(result.standardError).substr(result.standardError.find("mqam load: checkpoint")),
+        "mqam load: checkpoint file " + Path("ck") +
+            ": an unprotected load takes no checkpoints, so leave out --unprotected or the keyword CKFILE\n");
     EXPECT_EQ(Calls(), "Init PutAttribute ZBQ_HL_LOG_HANDLE Shut");
     EXPECT_EQ(ReadFileIfAny(Path("ck")), "records");
     EXPECT_FALSE(fs::exists(Path("out")));
+}
+
+TEST_F(FakeLoad, UnprotectedWithAnOptionOfAProtectedLoadIsRefused) {
+    const std::vector<Arguments> options = {
+        {"--checkpoint-every", "5"},   {"--restart-file", Path("restart")},
+        {"--checkpoint-seconds", "5"}, {"--restart", "only"},
+        {"--retry-for", "5"},          {"--ckfile", Path("ck")}};
+    for (const Arguments& option : options) {
+        for (const Arguments& unprotected :
+             {Arguments{"--to", "-"}, Arguments{"--to", Path("out"), "--unprotected"}}) {
+            Arguments arguments = {"load", "--module", FAKE_MODULE, "--qmgr", "QM1"};
+            arguments.insert(arguments.end(), unprotected.begin(), unprotected.end());
+            arguments.insert(arguments.end(), option.begin(), option.end());
+            const ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root());
+            EXPECT_EQ(result.exitCode, 1) << option[0];
+            EXPECT_TRUE(Contains(result.standardError,
+                                 "mqam load: " + option[0] + " does not go with " +
+                                     (unprotected.size() == 2 ? "--to -" : "--unprotected") +
+                                     ": an unprotected load takes no checkpoints and cannot be resumed"))
+                << result.standardError;
+        }
+    }
+    const ProgramResult database = Load("", {"--to", "sqlite:" + Path("db")});
+    EXPECT_EQ(database.exitCode, 1);
+    EXPECT_TRUE(Contains(database.standardError, "--unprotected does not go with sqlite:"))
+        << database.standardError;
+    EXPECT_EQ(Calls(), "");
+}
+
+TEST_F(FakeLoad, UnprotectedWarnsAtTheStartAndSaysAtTheEndWhatAFailureWouldHaveCost) {
+    ProgramResult result = Load("-FAKE_RECORDS 3", {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.standardError.starts_with(
+        "mqam load: this load is unprotected (--unprotected): a failure loses the messages that were taken from "
+        "the queue and not yet written to " +
+        Path("out")))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError,
+                         "  risk      a failure could have lost 3 of the 3 messages taken from the queue"))
+        << result.standardError;
+    result = Load("-FAKE_RECORDS 3", {"--to", "-"});
+    EXPECT_TRUE(result.standardError.starts_with(
+        "mqam load: standard output cannot be truncated, so this load is unprotected: a failure loses the messages "
+        "that were taken from the queue and not yet written to standard output"))
+        << result.standardError;
+}
+
+TEST_F(FakeLoad, AMessageThatCannotBeConvertedIsCountedAsLost) {
+    const ProgramResult result = Load(
+        "-FAKE_RECORDS 5 -FAKE_FAIL Read -FAKE_FAIL_AT 3 -FAKE_ERROR "
+        "M/PIDMMain(!ERROR!).__--ERROR:_MQA0165:_<Reason_code_=_2119>--Failing_function:_MQGET.",
+        {"--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(
+        Contains(result.standardError,
+                 "  lost      1 of the 3 messages taken from the queue was not written to " + Path("out")))
+        << result.standardError;
 }
 
 TEST_F(FakeLoad, LogOfAnEarlierLoadStopsTheLoadBeforeOpen) {
@@ -330,21 +428,22 @@ TEST_F(FakeLoad, LogOfAnEarlierLoadStopsTheLoadBeforeOpen) {
 }
 
 TEST_F(FakeLoad, RecordsAreInTheTargetWhileTheLoadWaits) {
-    RunningProgram program(MQAM_PROGRAM,
-                           {"load", "--module", FAKE_MODULE, "--init",
-                            Script("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 60000"), "--to", Path("out")},
-                           {}, folder_.Root());
+    RunningProgram program(
+        MQAM_PROGRAM,
+        {"load", "--module", FAKE_MODULE, "--init", Script("-FAKE_RECORDS 2 -FAKE_LAST_PAUSE 60000"), "--to",
+         Path("out"), "--unprotected"},
+        {}, folder_.Root());
     EXPECT_TRUE(WaitForText(Path("out"), "record 1\nrecord 2\n"));
 }
 
 TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());
-    RunningProgram program(MQAM_PROGRAM,
-                           {"load", "--module", FAKE_MODULE, "--init",
-                            Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 10 -CKFILE " + Path("ck")), "--to",
-                            Path("out"), "--checkpoint-every", "1", "--verbose"},
-                           {}, folder_.Root());
-    ASSERT_TRUE(program.WaitForError("checkpoint 3 ")) << program.Wait().standardError;
+    RunningProgram program(
+        MQAM_PROGRAM,
+        {"load", "--module", FAKE_MODULE, "--init", Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 10"), "--to",
+         Path("out"), "--unprotected"},
+        {}, folder_.Root());
+    ASSERT_TRUE(WaitForCalls("Read Read Read")) << program.Wait(0).standardError;
     ASSERT_TRUE(program.Interrupt());
     const ProgramResult result = program.Wait();
     EXPECT_EQ(result.exitCode, 5) << result.standardError;
@@ -357,12 +456,12 @@ TEST_F(FakeLoad, InterruptEndsTheInputCleanly) {
 #if !defined(_WIN32)
 
 TEST_F(FakeLoad, AClosedTerminalCostsNoRecordThatWasRead) {
-    RunningProgram program(MQAM_PROGRAM,
-                           {"load", "--module", FAKE_MODULE, "--init",
-                            Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 1 -CKFILE " + Path("ck")), "--to",
-                            Path("out"), "--checkpoint-every", "100", "--verbose"},
-                           {}, folder_.Root());
-    ASSERT_TRUE(program.WaitForError("checkpoint 3 ")) << program.Wait().standardError;
+    RunningProgram program(
+        MQAM_PROGRAM,
+        {"load", "--module", FAKE_MODULE, "--init", Script("-FAKE_RECORDS 100000 -FAKE_PAUSE 1"), "--to",
+         Path("out"), "--unprotected"},
+        {}, folder_.Root());
+    ASSERT_TRUE(WaitForCalls(" Read Read Read Read Read Read Read Read ")) << program.Wait(0).standardError;
     ASSERT_TRUE(program.Signal(1));  // SIGHUP
     const ProgramResult result = program.Wait();
     EXPECT_EQ(result.exitCode, 5) << result.standardError;
@@ -378,12 +477,12 @@ TEST_F(FakeLoad, AClosedTerminalCostsNoRecordThatWasRead) {
 
 TEST_F(FakeLoad, SecondInterruptStopsAtOnce) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());
-    RunningProgram program(MQAM_PROGRAM,
-                           {"load", "--module", FAKE_MODULE, "--init",
-                            Script("-FAKE_RECORDS 1 -FAKE_LAST_PAUSE 60000 -CKFILE " + Path("ck")), "--to",
-                            Path("out"), "--checkpoint-every", "1", "--verbose"},
-                           {}, folder_.Root());
-    ASSERT_TRUE(program.WaitForError("checkpoint 2 ")) << program.Wait().standardError;
+    RunningProgram program(
+        MQAM_PROGRAM,
+        {"load", "--module", FAKE_MODULE, "--init", Script("-FAKE_RECORDS 1 -FAKE_LAST_PAUSE 60000"), "--to",
+         Path("out"), "--unprotected"},
+        {}, folder_.Root());
+    ASSERT_TRUE(WaitForCalls("Read Read")) << program.Wait(0).standardError;
     ASSERT_TRUE(program.Interrupt());
     ASSERT_TRUE(program.WaitForError("press again"));
     // A second signal that follows immediately would count as the same one.

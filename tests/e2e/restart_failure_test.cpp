@@ -264,11 +264,11 @@ TEST_F(RestartableLoadFailure, ATargetThatTheSystemDoesNotTellAboutIsNotTakenFor
 
 TEST_F(RestartableLoadFailure, ALockThatCannotBeMadeIsTriedAgain) {
     LoadSite& site = Add("lock", 3);
-    fs::create_directory(site.CheckpointFile() + ".lock");
+    fs::create_directory(site.CheckpointLock());
     site.Start({"--retry-for", "60"});
-    ASSERT_TRUE(
-        site.Program().WaitForError("ck.lock cannot be created or locked: Is a directory; check that "));
-    fs::remove(site.CheckpointFile() + ".lock");
+    ASSERT_TRUE(site.Program().WaitForError(
+        "mqam-checkpoint.lock cannot be created or locked: Is a directory; check that "));
+    fs::remove(site.CheckpointLock());
     site.Wait();
     EXPECT_TRUE(site.IsDone());
     EXPECT_GE(CountOf(site.Error(), "mqam load: attempt "), 1) << site.Error();

@@ -23,7 +23,7 @@ class RestartableLoadRefusal : public LoadSites {
         std::string files;
         std::istringstream names(site.Files());
         for (std::string name; names >> name;)
-            if (!name.ends_with(".lock")) files += name + " ";
+            if (!name.ends_with(".lock") && !name.ends_with(".load")) files += name + " ";
         return files;
     }
 
@@ -79,20 +79,23 @@ TEST_F(RestartableLoadRefusal, OptionsThatDoNotGoTogether) {
     site.Set("--ckfile", site.RestartFile());
     ExpectRefusal(site, {}, "cannot be both restart file and checkpoint file of the load");
     site.LeaveOut("--ckfile");
-    ExpectRefusal(site, {}, "needs a checkpoint file: give --ckfile FILE\n");
     site.Set("--ckfile", site.CheckpointFile());
     site.Set("--to", "-");
-    ExpectRefusal(site, {}, "standard output cannot be truncated");
+    ExpectRefusal(site, {}, "--ckfile does not go with --to -");
     site.Set("--to", site.RestartFile());
     ExpectRefusal(site, {}, "cannot be both target and restart file");
     site.Set("--to", site.Folder());
-    ExpectRefusal(site, {}, "is not a file: a load that can be restarted needs one that can be truncated\n");
+    ExpectRefusal(site, {}, "is not a file: a load that can be restarted needs one that can be truncated; ");
     site.Set("--to", site.Target());
     site.LeaveOut("--restart-file");
-    ExpectRefusal(site, {"--checkpoint-seconds", "1"},
-                  "--checkpoint-seconds needs --restart-file FILE, or a SQLite target\n");
-    ExpectRefusal(site, {"--retry-for", "1"}, "--retry-for needs --restart-file FILE");
-    ExpectRefusal(site, {"--restart", "only"}, "--restart needs --restart-file FILE");
+    site.LeaveOut("--ckfile");
+    site.LeaveOut("--checkpoint-every");
+    ExpectRefusal(
+        site, {"--unprotected", "--checkpoint-seconds", "1"},
+        "--checkpoint-seconds does not go with --unprotected: an unprotected load takes no checkpoints and "
+        "cannot be resumed\n");
+    ExpectRefusal(site, {"--unprotected", "--retry-for", "1"}, "--retry-for does not go with --unprotected");
+    ExpectRefusal(site, {"--unprotected", "--restart", "only"}, "--restart does not go with --unprotected");
     EXPECT_EQ(site.Files(), "");
     EXPECT_EQ(site.Depth(), 3);
 }
@@ -115,7 +118,7 @@ TEST_F(RestartableLoadRefusal, ValuesThatTheCommandLineDoesNotKnow) {
 TEST_F(RestartableLoadRefusal, HelpShowsTheOptionsAndNotThoseOfTheWorker) {
     const ProgramResult help = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* option : {"--restart-file FILE", "--restart never|auto|only", "--retry-for SECONDS",
+    for (const char* option : {"--restart-file FILE", "--restart auto|never|only", "--retry-for SECONDS",
                                "--checkpoint-seconds S", "sqlite:FILE?table=NAME", "\n  9  "})
         EXPECT_TRUE(Contains(help.standardOutput, option)) << option;
     EXPECT_FALSE(Contains(help.standardOutput, "--worker"));
@@ -181,7 +184,7 @@ TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad
         ExpectRefusal(site, {"--log", path},
                       path + " cannot be both work file of the restart file and log" + words);
     }
-    const std::string lock = site.CheckpointFile() + ".lock";
+    const std::string lock = site.CheckpointLock();
     site.Set("--to", lock);
     ExpectRefusal(site, {}, lock + " cannot be both target and lock of the checkpoint file" + words);
     site.Set("--to", site.Target());
@@ -198,7 +201,7 @@ TEST_F(RestartableLoadRefusal, AFileThatTheLoadMakesBesideItsOwnAsAFileOfTheLoad
     fs::remove(site.Path("another-name"));
     site.Set("--ckfile", site.CheckpointFile());
     std::ofstream(site.RestartFile() + ".life.lock") << "somebody's";
-    ExpectRefusal(site, {}, ".life.lock is not empty: it is not the lock of a load");
+    ExpectRefusal(site, {}, ".life.lock is not the lock of a load, because it has other contents");
     EXPECT_EQ(ReadFileIfAny(site.RestartFile() + ".life.lock"), "somebody's");
 }
 

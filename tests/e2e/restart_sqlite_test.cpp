@@ -256,7 +256,7 @@ TEST_F(SqliteLoad, WhatIsNoDatabaseOrNoTableOfThisKindIsRefused) {
     ExpectRefusal(text, {"--force"}, "file is not a database");
     LoadSite& folder = Add("folder", 3);
     folder.Set("--to", "sqlite:" + folder.Path("none/db"));
-    ExpectRefusal(folder, {}, "none/db.records.lock cannot be created or locked: ", 3);
+    ExpectRefusal(folder, {}, "none/db.records.load, cannot be created: ", 3);
     LoadSite& shape = Add("shape", 3);
     Database(shape.Path("db")).Run("CREATE TABLE orders (name TEXT)");
     ExpectRefusal(shape, {"--append"}, "orders has no column named id");

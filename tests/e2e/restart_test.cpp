@@ -343,16 +343,10 @@ TEST_F(RestartableLoad, ASecondCommandAtTheSameTimeIsRefused) {
     other.Start();
     const ProgramResult refused = same.Wait();
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_TRUE(Contains(refused.standardError, "mqam load: another load is running (it holds " +
-                                                    site.RestartFile() +
-                                                    ".lock): wait until it ends, or end it, "))
-        << refused.standardError;
+    EXPECT_TRUE(ReportsHolder(refused.standardError, site.CommandLock()));
     other.Wait();
     EXPECT_EQ(other.Result().exitCode, 1);
-    EXPECT_TRUE(Contains(other.Error(), "mqam load: another load is running (it holds " +
-                                            site.CheckpointFile() +
-                                            ".lock): wait until it ends, or end it, "))
-        << other.Error();
+    EXPECT_TRUE(ReportsHolder(other.Error(), site.CheckpointLock()));
     EXPECT_EQ(other.Files(), "");
     EXPECT_EQ(ReadFileIfAny(site.Target()), site.Lines());
     site.Wait(0);

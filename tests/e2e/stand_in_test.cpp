@@ -90,7 +90,7 @@ TEST_F(SpoolLoad, LinesAreByteExact) {
     Put("first");
     Put("second, with a carriage return\r");
     Put("3");
-    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "first\nsecond, with a carriage return\r\n3\n");
     EXPECT_TRUE(Contains(result.standardError, "end of the queue\n  records   3\n")) << result.standardError;
@@ -105,7 +105,8 @@ TEST_F(SpoolLoad, LengthFormatIsByteExactForBinaryMessages) {
         Put(message);
         expected += LengthBefore(message);
     }
-    const ProgramResult result = Load({"--rwait", "1", "--format", "length", "--to", Path("out")});
+    const ProgramResult result =
+        Load({"--rwait", "1", "--format", "length", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_TRUE(ReadFileIfAny(Path("out")) == expected);
 }
@@ -123,7 +124,7 @@ TEST_F(SpoolLoad, RawBytesOnStandardOutputAreExactAndAlone) {
 
 TEST_F(SpoolLoad, UnknownQueueIsReason2085) {
     const ProgramResult result = RunProgram(
-        MQAM_PROGRAM, {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--verbose", "--to", Path("out")},
+        MQAM_PROGRAM, {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--verbose", "--to", Path("out"), "--unprotected"},
         folder_.Root(), Environment());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(
@@ -139,9 +140,9 @@ TEST_F(SpoolLoad, UnknownQueueIsReason2085) {
 }
 
 TEST_F(SpoolLoad, UnknownQueueManagerIsReason2058) {
-    const ProgramResult result =
-        RunProgram(MQAM_PROGRAM, {"load", "--qmgr", "NOSUCH", "--queue", "Q1", "--to", Path("out")},
-                   folder_.Root(), Environment());
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM, {"load", "--qmgr", "NOSUCH", "--queue", "Q1", "--to", Path("out"), "--unprotected"},
+        folder_.Root(), Environment());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  message   Error received from MQCONNX : 2058\n"))
         << result.standardError;
@@ -151,8 +152,8 @@ TEST_F(SpoolLoad, UnknownQueueManagerIsReason2058) {
 TEST_F(SpoolLoad, MissingMqLibraryIsReason2495AndAdviceNamesTheVariable) {
     auto environment = Environment();
     environment["MQAMOD_MQ_LIBRARY"] = Path("none");
-    const ProgramResult result =
-        RunProgram(MQAM_PROGRAM, LoadArguments({"--to", Path("out")}), folder_.Root(), environment);
+    const ProgramResult result = RunProgram(
+        MQAM_PROGRAM, LoadArguments({"--to", Path("out"), "--unprotected"}), folder_.Root(), environment);
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  reason    2495 ")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "MQAMOD_MQ_LIBRARY")) << result.standardError;
@@ -161,7 +162,8 @@ TEST_F(SpoolLoad, MissingMqLibraryIsReason2495AndAdviceNamesTheVariable) {
 TEST_F(SpoolLoad, MessageLongerThanTheBufferStaysOnTheQueue) {
     Put("short");
     Put(std::string(200, 'x'));
-    const ProgramResult result = Load({"--rwait", "1", "--max-record", "100", "--to", Path("out")});
+    const ProgramResult result =
+        Load({"--rwait", "1", "--max-record", "100", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  number    MQA0161\n")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "  call      MQGET\n")) << result.standardError;
@@ -170,20 +172,27 @@ TEST_F(SpoolLoad, MessageLongerThanTheBufferStaysOnTheQueue) {
     EXPECT_EQ(Depth(), 1);
 }
 
-TEST_F(SpoolLoad, CheckpointsAndLogAreKeptWhenPreserved) {
+TEST_F(SpoolLoad, LogIsKeptWhenPreserved) {
     std::string all;
     for (int i = 1; i <= 5; ++i) {
         Put("message " + std::to_string(i));
         all += "message " + std::to_string(i);
     }
-    const ProgramResult result =
-        Load({"--rwait", "1", "--ckfile", Path("ck"), "--log", Path("log"), "--checkpoint-every", "2",
-              "--preserve", "--verbose", "--format", "raw", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "1", "--log", Path("log"), "--preserve", "--format", "raw",
+                                       "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), all);
     EXPECT_EQ(ReadFileIfAny(Path("log")), all);
-    // The file consists of a header with sequence 3, the last record before that checkpoint, and the record
-    // after it.
+}
+
+TEST_F(SpoolLoad, CheckpointFileOfAnUnfinishedLoadHasTheRecordsSinceTheLastCheckpoint) {
+    for (int i = 1; i <= 5; ++i)
+        Put("message " + std::to_string(i));
+    faults_ = "MQCLOSE 1 kill before";
+    const ProgramResult result = Load({"--rwait", "1", "--ckfile", Path("ck"), "--checkpoint-every", "2",
+                                       "--verbose", "--format", "raw", "--to", Path("out")});
+    EXPECT_EQ(result.exitCode, 9) << result.standardError;
+    // The file consists of a header with sequence 3, the last record before that checkpoint, and the record after it.
     EXPECT_EQ(ReadFileIfAny(Path("ck")),
               std::string("\3\0\0\0\x09\0\0\0\0\0\0\0message 4\x09\0\0\0\0\0\0\0message 5", 38));
     EXPECT_TRUE(Contains(result.standardError, "checkpoint 1 after 0 records")) << result.standardError;
@@ -222,9 +231,10 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
     for (int i = 1; i <= 5; ++i)
         Put("message " + std::to_string(i));
     faults_ = "MQCMIT 3 fail 2 2009";
-    ProgramResult result =
-        Load({"--rwait", "1", "--ckfile", Path("ck"), "--checkpoint-every", "10", "--to", Path("out")});
-    EXPECT_EQ(result.exitCode, 2);
+    const Arguments load = {"--rwait", "1",    "--ckfile", Path("ck"), "--checkpoint-every",
+                            "2",       "--to", Path("out")};
+    ProgramResult result = Load(load);
+    EXPECT_EQ(result.exitCode, 9);
     EXPECT_TRUE(Contains(result.standardError, "  message   MQCMIT failed, reason code = 2009\n"))
         << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "back on the queue")) << result.standardError;
@@ -233,19 +243,20 @@ TEST_F(SpoolLoad, MessageWhoseCommitFailedIsNeitherLostNorInTheTarget) {
 
     // The checkpoint file still contains records, so a load that would destroy it is refused.
     faults_.clear();
-    result = Load({"--rwait", "1", "--ckfile", Path("ck"), "--checkpoint-every", "10", "--to", Path("more")});
+    result = Load({"--rwait", "1", "--ckfile", Path("ck"), "--to", Path("more")});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(Contains(result.standardError, "only copy")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "only copies")) << result.standardError;
+    EXPECT_FALSE(fs::exists(Path("more")));
 
-    result = Load({"--rwait", "1", "--to", Path("more")});
+    result = Load(load);
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    EXPECT_EQ(ReadFileIfAny(Path("more")), "message 3\nmessage 4\nmessage 5\n");
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "message 1\nmessage 2\nmessage 3\nmessage 4\nmessage 5\n");
 }
 
 TEST_F(SpoolLoad, LostConnectionBeforeTheFirstMessageIsNotTakenForTheEndOfTheQueue) {
     Put("one");
     faults_ = "MQGET 1 fail 2 2009";
-    const ProgramResult result = Load({"--rwait", "1", "--verbose", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "1", "--verbose", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "Close returned 34")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
@@ -257,7 +268,7 @@ TEST_F(SpoolLoad, LostConnectionBeforeTheFirstMessageIsNotTakenForTheEndOfTheQue
 TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
     Put("one");
     faults_ = "MQGET 1 fail 2 2016";
-    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
         << result.standardError;
@@ -268,7 +279,7 @@ TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
 TEST_F(SpoolLoad, GetThatFailsBehindAMessageTellsItsReason) {
     Put("one");
     faults_ = "MQGET 2 fail 2 2009";
-    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "1", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  reason    2009 MQRC_CONNECTION_BROKEN: "))
         << result.standardError;
@@ -279,7 +290,7 @@ TEST_F(SpoolLoad, EmptyMessageEndsTheInputEarlyAndIsTold) {
     Put("one");
     Put("");
     Put("two");
-    const ProgramResult result = Load({"--rwait", "5", "--to", Path("out")});
+    const ProgramResult result = Load({"--rwait", "5", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "an empty message")) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
@@ -288,7 +299,8 @@ TEST_F(SpoolLoad, EmptyMessageEndsTheInputEarlyAndIsTold) {
 
 TEST_F(SpoolLoad, TimeoutEndsAnUnlimitedWait) {
     Put("one");
-    const ProgramResult result = Load({"--rwait", "-1", "--timeout", "5", "--to", Path("out")});
+    const ProgramResult result =
+        Load({"--rwait", "-1", "--timeout", "5", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 6) << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
 }
@@ -296,8 +308,9 @@ TEST_F(SpoolLoad, TimeoutEndsAnUnlimitedWait) {
 TEST_F(SpoolLoad, InterruptWhileTheLastReadWaitsLeavesAnOrdinaryEnd) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());
     Put("one");
-    RunningProgram program(MQAM_PROGRAM, LoadArguments({"--rwait", "2", "--to", Path("out")}), Environment(),
-                           folder_.Root());
+    RunningProgram program(MQAM_PROGRAM,
+                           LoadArguments({"--rwait", "2", "--to", Path("out"), "--unprotected"}),
+                           Environment(), folder_.Root());
     EXPECT_TRUE(WaitForText(Path("out"), "one\n"));
     EXPECT_TRUE(program.Interrupt());
     EXPECT_TRUE(program.WaitForError("finishing"));
@@ -330,13 +343,15 @@ TEST_F(SpoolLoad, InterruptBetweenMessagesLeavesTheRestOnTheQueue) {
 }
 
 TEST_F(SpoolLoad, ExclusiveOpenOfAQueueInUseIsTold) {
-    RunningProgram reader(MQAM_PROGRAM, LoadArguments({"--rwait", "60", "--verbose", "--to", Path("first")}),
-                          Environment(), folder_.Root());
+    RunningProgram reader(
+        MQAM_PROGRAM, LoadArguments({"--rwait", "60", "--verbose", "--to", Path("first"), "--unprotected"}),
+        Environment(), folder_.Root());
     Put("one");
     ASSERT_TRUE(WaitForText(Path("first"), "one\n"));
     fs::create_directories(Path("second"));
-    const ProgramResult result = RunProgram(MQAM_PROGRAM, LoadArguments({"--exclusive", "--to", Path("out")}),
-                                            Path("second"), Environment());
+    const ProgramResult result =
+        RunProgram(MQAM_PROGRAM, LoadArguments({"--exclusive", "--to", Path("out"), "--unprotected"}),
+                   Path("second"), Environment());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  number    MQA0157\n")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "reason    2042 ")) << result.standardError;
@@ -348,11 +363,11 @@ TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     const Arguments load = {"--rwait",       "1",    "--ckfile", Path("ck"), "--restart-file",
                             Path("restart"), "--to", Path("out")};
     ASSERT_EQ(Load(load).exitCode, 0);
-    std::ofstream(Path("ck.lock")).flush();
+    std::ofstream(Path("mqam-checkpoint.lock")).flush();
     const ProgramResult again = Load(load);
     EXPECT_EQ(again.exitCode, 0) << again.standardError;
     EXPECT_TRUE(Contains(again.standardError, "this load is already complete")) << again.standardError;
-    EXPECT_FALSE(fs::exists(Path("ck.lock")));
+    EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
 }
 
 // On Windows, a process that someone ended has an exit code like any other.

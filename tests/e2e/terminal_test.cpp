@@ -27,7 +27,7 @@ std::string LoadOnTerminal(const std::string& script, const std::string& target,
         dup2(slave, STDERR_FILENO);
         close(master);
         execl(MQAM_PROGRAM, MQAM_PROGRAM, "load", "--module", FAKE_MODULE, "--init", script.c_str(), "--to",
-              target.c_str(), nullptr);
+              target.c_str(), "--unprotected", nullptr);
         _exit(127);
     }
     close(slave);

@@ -21,6 +21,7 @@
 #include "mqam/cli/option_values.h"
 #include "mqam/load/stored_load.h"
 #include "mqam/module/position_text.h"
+#include "mqam/target/load_places.h"
 #include "mqam/target/lock_file.h"
 #include "platform/paths.h"
 #include "platform/terminal.h"
@@ -218,7 +219,7 @@ int TakeStepsLocked(const CheckpointOptions& options, const Stored& stored, cons
 
 // Takes the steps while the lock keeps restartable loads away from the file.
 int TakeSteps(const CheckpointOptions& options, const Stored& stored, const RepairPlan& plan) {
-    const std::string lock = CheckpointLockPath(platform::AbsolutePath(options.path));
+    const std::string lock = CheckpointLockPath(RealPath(options.path));
     const Status locked = AcquireLockFile(lock, 0);
     if (!locked.IsOk()) {
         const int refused = PrintError("nothing was changed: " + locked.Error());

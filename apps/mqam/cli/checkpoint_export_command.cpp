@@ -13,8 +13,8 @@
 #include "mqam/cli/option_values.h"
 #include "mqam/load/record_export.h"
 #include "mqam/load/stored_load.h"
+#include "mqam/target/load_places.h"
 #include "mqam/target/lock_file.h"
-#include "platform/paths.h"
 
 namespace mqam {
 
@@ -84,7 +84,7 @@ int RunExport(const ExportOptions& options) {
         if (!read.IsOk()) return RefuseExport(read.Error());
     }
     // A directory in which no lock can be created is not used by a load either.
-    const std::string lock = CheckpointLockPath(platform::AbsolutePath(options.path));
+    const std::string lock = CheckpointLockPath(RealPath(options.path));
     const Status locked = AcquireLockFile(lock, 0);
     if (locked.Code() == StatusCode::kRefused) return RefuseExport("nothing was exported: " + locked.Error());
     const int exitCode = ExportLocked(options, options.restartFile.empty() ? nullptr : &stored);

@@ -69,7 +69,7 @@ constexpr KeywordOption kTable[] = {
      "a redelivered message that is identical to the previous one ends the input (no: it is loaded). Default: yes",
      "no", kYesNo},
     {"CKFILE", "--ckfile", 1, "FILE", kSafetyGroup,
-     "checkpoint file, in which the module keeps the records since the last checkpoint. Default: no checkpoints",
+     "checkpoint file, in which the module keeps the records since the last checkpoint. Default of mqam load: TARGET.load/checkpoint",
      "orders.ckpt", kPath, 0},
     {"FLUSH", "--flush", 1, "yes|no|t", kSafetyGroup,
      "force checkpoint data to disk. The module reports the setting, but flushes in the same way for yes and no. Default: no",
@@ -315,6 +315,19 @@ Status ComposeInitString(const ModuleOptions& options, std::string& initString) 
         return Status::Refused("no queue is named; use --qmgr and --queue, or --parmfile, or --init");
     }
     return BuildInitString(given, initString);
+}
+
+std::string ValueOfKeyword(const ModuleOptions& options, const std::string& keyword, std::size_t index) {
+    for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
+        if (keyword == kTable[i].keyword && index < options.values[i].size()) return options.values[i][index];
+    }
+    return "";
+}
+
+void SetKeyword(ModuleOptions& options, const std::string& keyword, const std::vector<std::string>& values) {
+    for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {
+        if (keyword == kTable[i].keyword) options.values[i] = values;
+    }
 }
 
 bool WasKeywordGiven(const ModuleOptions& options, const std::string& keyword) {

@@ -86,6 +86,13 @@ void PrintWarnings(const std::string& command, const std::vector<std::string>& w
 /// nothing at all.
 Status ComposeInitString(const ModuleOptions& options, std::string& initString);
 
+/// Returns the value with the given index of a keyword that was given as an option of its own, or an empty string.
+[[nodiscard]] std::string ValueOfKeyword(const ModuleOptions& options, const std::string& keyword,
+                                         std::size_t index = 0);
+
+/// Replaces the values of a keyword, as if they had been given as its option.
+void SetKeyword(ModuleOptions& options, const std::string& keyword, const std::vector<std::string>& values);
+
 /// Returns whether the keyword was given as an option of its own, and not through --init or --parmfile.
 [[nodiscard]] bool WasKeywordGiven(const ModuleOptions& options, const std::string& keyword);
 

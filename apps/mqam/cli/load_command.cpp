@@ -19,6 +19,7 @@
 #include "mqam/load/interrupts.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/file/file_sink.h"
+#include "mqam/target/target_kind.h"
 #include "platform/file.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
@@ -29,23 +30,26 @@ namespace mqam {
 namespace {
 
 constexpr const char* kLoadExamples =
+    "Whatever ends a load, the same command resumes it, and every message is in the target exactly once.\n"
+    "What it needs for that is in the directory TARGET.load until the load is done.\n"
+    "\n"
     "Examples:\n"
     "  mqam load --qmgr QM1 --queue ORDERS --to orders.txt\n"
     "      every message of the queue as a line of orders.txt; ends when the queue has been empty for 15 s\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --to orders.txt --append\n"
+    "      the same every night: it adds what has arrived since to orders.txt\n"
     "  mqam load --qmgr QM1 --queue ORDERS --rwait 5 --format length --to orders.bin\n"
     "      binary messages: 4 bytes little-endian length before each\n"
-    "  mqam load --parmfile orders.parm --to - | gzip > orders.gz\n"
-    "      keywords from a file, records to standard output\n"
     "  mqam load --qmgr QM1 --queue ORDERS --channel DEV.APP.SVRCONN --server 'mq.example.com(1414)' \\\n"
-    "            --ckfile orders.ckpt --checkpoint-every 1000 --log orders.log --trace 2 orders.trc --to "
-    "orders.txt\n"
-    "      as an MQ client, with checkpoints, message log and trace\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --restart-file orders.restart --to "
-    "orders.txt\n"
-    "      whatever ends it, the same command resumes it: every message is in orders.txt exactly once\n"
-    "  mqam load --qmgr QM1 --queue ORDERS --ckfile orders.ckpt --to 'sqlite:orders.db?table=orders' \\\n"
-    "            --retry-for 3600\n"
-    "      the same into a SQLite table, which keeps the restart information itself; retries after a failure\n";
+    "            --checkpoint-every 500 --trace 2 orders.trc --to orders.txt\n"
+    "      as an MQ client, with a checkpoint after every 500 records and a trace\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --ckfile /fast/orders.ckpt --restart-file /safe/orders.restart \\\n"
+    "            --to orders.txt\n"
+    "      with the files of the load in other places\n"
+    "  mqam load --qmgr QM1 --queue ORDERS --to 'sqlite:orders.db?table=orders' --retry-for 3600\n"
+    "      into a SQLite table, which keeps the restart information itself; retries after a failure\n"
+    "  mqam load --parmfile orders.parm --to - | gzip > orders.gz\n"
+    "      keywords from a file, records to standard output: unprotected, a failure loses messages\n";
 
 int Refuse(const std::string& error) {
     PrintMessage("mqam load: " + error + "\n");
@@ -57,21 +61,51 @@ int RefuseOption(const LoadOptions& options, const std::string& error) {
     return Refuse(error + "\n" + options.usage.substr(0, options.usage.size() - 1));
 }
 
-// Makes the settings of a plain load.
+// Makes the settings of a unprotected load.
 Status ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings) {
     Status status = ComposeInitString(options.module, settings.initString);
     if (status.IsOk()) status = ComposeAttributes(options, settings.attributes);
-    settings.checkpointEveryRecords = options.checkpointEvery;
     settings.wantsKeywordHelp = WasKeywordGiven(options.module, "HELP");
     return status;
 }
 
-// Returns the first option given that only a load with restart information has, or null.
+// Returns the first option given that an unprotected load has no use for, or null.
 const char* FindRestartOption(const LoadOptions& options) {
+    if (WasKeywordGiven(options.module, "CKFILE")) return "--ckfile";
+    if (options.checkpointEvery != 0) return "--checkpoint-every";
+    if (!options.restartFile.empty()) return "--restart-file";
     if (options.checkpointSeconds != 0) return "--checkpoint-seconds";
     if (options.restart != RestartPolicy::kAuto) return "--restart";
     if (options.retryForSeconds != 0) return "--retry-for";
     return nullptr;
+}
+
+// Refuses options that do not go with an unprotected load.
+Status CheckUnprotected(const LoadOptions& options) {
+    const std::string cause = options.target == "-" ? "--to -" : "--unprotected";
+    if (FindTargetKind(options.target).keepsRestartState) {
+        return Status::Refused("--unprotected does not go with " + options.target +
+                               ": such a target keeps the restart information itself");
+    }
+    if (const char* option = FindRestartOption(options)) {
+        return Status::Refused(std::string(option) + " does not go with " + cause +
+                               ": an unprotected load takes no checkpoints and cannot be resumed");
+    }
+    return {};
+}
+
+// Warns of what an unprotected load may cost.
+void WarnUnprotected(const LoadOptions& options, const std::string& target) {
+    if (options.quiet) return;
+    const std::string loses =
+        "a failure loses the messages that were taken from the queue and not yet written to " + target + "\n";
+    PrintMessage(options.target == "-"
+                     ? "mqam load: standard output cannot be truncated, so this load is unprotected: " + loses
+                     : "mqam load: this load is unprotected (--unprotected): " + loses);
+    if (WasKeywordGiven(options.module, "CONVERT")) {
+        PrintMessage(
+            "mqam load: --convert: in an unprotected load, a message that MQ cannot convert is lost\n");
+    }
 }
 
 // Decides how the target is opened. Refuses a file that exists unless the user said what to do with it.
@@ -98,8 +132,8 @@ Status ChooseTarget(const LoadOptions& options, FileSinkSettings& target) {
     return {};
 }
 
-int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const std::string& target,
-               double seconds) {
+int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, FileSink& sink,
+               const std::string& target, double seconds) {
     if (outcome.end == PlainLoadEnd::kNotStarted) {
         return Refuse(outcome.error.Error());
     }
@@ -110,28 +144,21 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, const
         return kExitNotStarted;
     }
     if (!outcome.error.IsOk()) PrintMessage("mqam load: " + outcome.error.Error() + "\n");
-    const bool failed =
-        outcome.end == PlainLoadEnd::kModuleFailed || outcome.end == PlainLoadEnd::kTargetFailed;
-    if (failed && outcome.mustEndProcess && outcome.records > 0)
-        PrintMessage(DescribeWhatIsSafe(options.checkpointEvery > 0));
-    if (!options.quiet && outcome.targetWasOpened)
-        PrintMessage("mqam load: " + DescribeSummary(outcome, target, seconds));
+    if (outcome.targetWasOpened) {
+        PlainLoadResult written = outcome;
+        written.records = sink.RecordsWritten();
+        if (!options.quiet) PrintMessage("mqam load: " + DescribeSummary(written, target, seconds));
+        const std::string cost = DescribeCost(written, sink.MostRecordsHeld(), target);
+        if (!options.quiet || IsAnyLost(written)) PrintMessage(cost);
+    }
     return ExitCodeOf(outcome.end, outcome.moduleFailure.code != pmrcOK);
 }
 
-int RunLoad(const LoadOptions& options) {
+int RunUnprotectedLoad(const LoadOptions& options) {
     PlainLoadSettings settings;
     FileSinkSettings target;
-    std::vector<std::string> warnings;
-    const Status checked = CheckParameterFile(options.module, warnings);
-    if (!checked.IsOk()) return RefuseOption(options, checked.Error());
-    const bool isWorker = options.workerSince >= 0;
-    if (!isWorker) PrintWarnings("mqam load", warnings);
-    if (IsRestartable(options)) return RunRestartableLoad(options);
-    if (const char* option = FindRestartOption(options)) {
-        return RefuseOption(options, std::string(option) + " needs --restart-file FILE, or a SQLite target");
-    }
-    Status status = ComposeSettings(options, settings);
+    Status status = CheckUnprotected(options);
+    if (status.IsOk()) status = ComposeSettings(options, settings);
     if (status.IsOk()) status = ChooseTarget(options, target);
     if (!status.IsOk()) return RefuseOption(options, status.Error());
     const int standardOutput =
@@ -146,6 +173,7 @@ int RunLoad(const LoadOptions& options) {
         PrintMessage("mqam load: " + status.Error() + "\n");
         return kExitModuleMissing;
     }
+    WarnUnprotected(options, target.path);
     WatchInterrupts(kExitStoppedImmediately);
     FileSink sink(target);
     ProgressCounters counters;
@@ -155,9 +183,20 @@ int RunLoad(const LoadOptions& options) {
     const PlainLoadResult outcome = RunPlainLoad(entryPoint, settings, sink, MakeObserver(options), counters);
     StopProgress();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    const int exitCode = FinishLoad(options, outcome, target.path, seconds);
+    const int exitCode = FinishLoad(options, outcome, sink, target.path, seconds);
     if (outcome.mustEndProcess) platform::ExitImmediately(exitCode);
     return exitCode;
+}
+
+int RunLoad(const LoadOptions& options) {
+    // Messages may be confidential: what the load writes is for its user only.
+    platform::RestrictNewFiles();
+    std::vector<std::string> warnings;
+    const Status checked = CheckParameterFile(options.module, warnings);
+    if (!checked.IsOk()) return RefuseOption(options, checked.Error());
+    const bool isWorker = options.workerSince >= 0;
+    if (!isWorker) PrintWarnings("mqam load", warnings);
+    return IsProtected(options) ? RunRestartableLoad(options) : RunUnprotectedLoad(options);
 }
 
 }  // namespace

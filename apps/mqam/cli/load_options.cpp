@@ -48,14 +48,18 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
     command.add_flag("--append", options.append, "add to a target that exists")
         ->group(kTargetGroup)
         ->excludes(force);
+    command
+        .add_flag(
+            "--unprotected", options.unprotected,
+            "keep no restart information: a failure loses the messages that were taken from the queue and are not yet in the target. Implied by --to -")
+        ->group(kTargetGroup);
 }
 
 void AddSafetyOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option("--checkpoint-every", options.checkpointEvery,
-                    "take a checkpoint after every N records; needs a checkpoint file. Default: none; " +
-                        std::to_string(kCheckpointEveryByDefault) +
-                        " with restart information, unless --checkpoint-seconds is given")
+                    "take a checkpoint after every N records. Default: " +
+                        std::to_string(kCheckpointEveryByDefault) + ", unless --checkpoint-seconds is given")
         ->type_name("N")
         ->transform(NumberIn({NumberUnit::kNone, 1}))
         ->group(kSafetyGroup);
@@ -69,7 +73,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option(
             "--restart-file", options.restartFile,
-            "keep restart information in FILE: whatever ends the load, the same command resumes it, and every message is in the target exactly once. Needs --ckfile. A SQLite target keeps it in the database instead")
+            "keep the restart information in FILE. Default: TARGET.load/restart. A SQLite target keeps it in the database instead")
         ->type_name("FILE")
         ->group(kRestartGroup);
     command
@@ -130,8 +134,8 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
     AddDiagnosisOptions(command, options);
 }
 
-bool IsRestartable(const LoadOptions& options) {
-    return !options.restartFile.empty() || FindTargetKind(options.target).keepsRestartState;
+bool IsProtected(const LoadOptions& options) {
+    return !options.unprotected && options.target != "-";
 }
 
 Status ComposeAttributes(const LoadOptions& options,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The options of `mqam load`, and what both kinds of load make of them: the plain load, and the one that is resumed where
-// it stopped.
+// The options of `mqam load`, and what both kinds of load make of them: the protected load, which is resumed where it
+// stopped, and the unprotected one.
 #pragma once
 
 #include <cstdint>
@@ -33,6 +33,7 @@ struct LoadOptions {
     bool formatGiven = false;
     bool force = false;
     bool append = false;
+    bool unprotected = false;  ///< --unprotected, or implied by the target
     std::vector<std::string> attributes;
     int timeoutSeconds = 0;
     bool preserve = false;
@@ -59,7 +60,7 @@ struct LoadOptions {
 void AddLoadOptions(CLI::App& command, LoadOptions& options);
 
 /// Returns whether the load keeps restart information, so that it can be resumed.
-[[nodiscard]] bool IsRestartable(const LoadOptions& options);
+[[nodiscard]] bool IsProtected(const LoadOptions& options);
 
 /// Makes name and value of each --attribute, and of the options that stand for an attribute. Refuses an
 /// --attribute that is not of the form NAME=VALUE.

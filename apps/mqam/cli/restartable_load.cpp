@@ -8,6 +8,7 @@
 #include "mqam/load/supervisor.h"
 #include "mqam/load/worker.h"
 #include "mqam/target/target_kind.h"
+#include "platform/paths.h"
 
 namespace mqam {
 
@@ -45,12 +46,44 @@ Status MakeTarget(const LoadOptions& options, std::unique_ptr<Target>& target) {
     return checked.IsOk() ? kind.make(request, target) : checked;
 }
 
+// Returns the path as the module can receive it: its keywords know no quoting. A path below the current directory need not
+// name the directories above that.
+std::string PathForModule(const std::string& path) {
+    if (path.find(' ') == std::string::npos) return path;
+    const std::string current = platform::AbsolutePath(".");
+    return path.starts_with(current) && path.size() > current.size() ? path.substr(current.size() + 1) : path;
+}
+
+// Makes the initialization string. What comes first cannot be taken for the value of a keyword that the user left
+// incomplete, and what the user gives counts more.
+Status ComposeInitString(const LoadOptions& options, const LoadPlaces& places, std::string& initString) {
+    // With an exclusive open, no attempt begins before the queue manager has put back the messages of the previous one.
+    std::string beginning = "-MQEX ";
+    ModuleOptions module = options.module;
+    const std::string given = ValueOfKeyword(module, "CKFILE");
+    if (!given.empty()) {
+        SetKeyword(module, "CKFILE", {PathForModule(RealPath(given))});
+    } else {
+        const std::string path = PathForModule(places.checkpointFile);
+        if (path.find(' ') != std::string::npos) {
+            return Status::Refused(
+                "the checkpoint file " + path +
+                " has a blank in its path, which the module cannot receive: name one without "
+                "blanks (--ckfile FILE)");
+        }
+        beginning += "-CKFILE " + path + " ";
+    }
+    const Status composed = ComposeInitString(module, initString);
+    initString = beginning + initString;
+    return composed;
+}
+
 // Checks the options and makes of them the target and the settings of an attempt.
 Status Compose(const LoadOptions& options, std::unique_ptr<Target>& target, AttemptSettings& settings) {
     Status status = CheckOptions(options);
     if (status.IsOk()) status = MakeTarget(options, target);
     if (status.IsOk()) status = CheckPathConflicts(target->Files());
-    if (status.IsOk()) status = ComposeInitString(options.module, settings.initString);
+    if (status.IsOk()) status = ComposeInitString(options, target->Places(), settings.initString);
     if (status.IsOk()) status = ComposeAttributes(options, settings.attributes);
     return status;
 }
@@ -66,8 +99,6 @@ int RunRestartableLoad(const LoadOptions& options) {
         PrintMessage("mqam load: " + composed.Error() + "\n" + options.usage);
         return kExitNotStarted;
     }
-    // With an exclusive open, no attempt begins before the queue manager has put back the messages of the previous one.
-    settings.initString += " -MQEX";
     settings.checkpointEveryRecords = options.checkpointEvery;
     settings.checkpointEverySeconds = options.checkpointSeconds;
     if (options.checkpointEvery == 0 && options.checkpointSeconds == 0) {

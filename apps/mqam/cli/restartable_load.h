@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs `mqam load` with restart information: the command itself, and the workers that it starts.
+// Runs `mqam load` as usual, with restart information: the command itself, and the workers that it starts.
 #pragma once
 
 #include "mqam/cli/load_options.h"

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/cli/summary.h"
 
+#include <algorithm>
+#include <iterator>
+
+#include "mqam/module/error_text.h"
+
 namespace mqam {
 
 namespace {
@@ -37,15 +42,38 @@ std::string DescribeSummary(const PlainLoadResult& outcome, const std::string& t
            target + "\n";
 }
 
-std::string DescribeWhatIsSafe(bool withCheckpoints) {
-    if (withCheckpoints) {
-        return "  safe      what the module had not committed is back on the queue; the checkpoint file "
-               "holds the "
-               "records since the last checkpoint\n";
+namespace {
+
+// MQ has taken the message off the queue when it reports that it could not convert it.
+bool IsConversionFailure(const ModuleFailure& failure) {
+    constexpr int kReasons[] = {2110, 2111, 2112, 2113, 2114, 2115, 2116, 2117, 2118,
+                                2119, 2120, 2143, 2144, 2145, 2146, 2150, 2190};
+    ErrorText error;
+    return failure.code != pmrcOK && ParseErrorText(failure.text, error) && error.failingCall == "MQGET" &&
+           std::ranges::find(kReasons, error.mqReason) != std::end(kReasons);
+}
+
+std::uint64_t CountTaken(const PlainLoadResult& outcome) {
+    return outcome.taken + (IsConversionFailure(outcome.moduleFailure) ? 1 : 0);
+}
+
+}  // namespace
+
+bool IsAnyLost(const PlainLoadResult& outcome) {
+    return CountTaken(outcome) > outcome.records;
+}
+
+std::string DescribeCost(const PlainLoadResult& outcome, std::uint64_t mostRecordsHeld,
+                         const std::string& target) {
+    const std::uint64_t taken = CountTaken(outcome);
+    const std::string ofTaken = " of the " + FormatCount(taken) + " messages taken from the queue ";
+    if (IsAnyLost(outcome)) {
+        const std::uint64_t lost = taken - outcome.records;
+        return "  lost      " + FormatCount(lost) + ofTaken + (lost == 1 ? "was" : "were") +
+               " not written to " + target + "\n";
     }
-    return "  safe      without checkpoints (--ckfile, --checkpoint-every) messages taken from the queue are "
-           "nowhere "
-           "but in the target and in the log (--log)\n";
+    return "  risk      a failure could have lost " + FormatCount(mostRecordsHeld) + ofTaken +
+           "(--unprotected)\n";
 }
 
 }  // namespace mqam

@@ -14,7 +14,13 @@ namespace mqam {
 [[nodiscard]] std::string DescribeSummary(const PlainLoadResult& outcome, const std::string& target,
                                           double seconds);
 
-/// Returns a line that says where the messages are after a load that failed with the input open.
-[[nodiscard]] std::string DescribeWhatIsSafe(bool withCheckpoints);
+/// Whether a message was taken from the queue by an unprotected load and is not in its target.
+///   outcome  `records` counts the records that are completely in the target
+[[nodiscard]] bool IsAnyLost(const PlainLoadResult& outcome);
+
+/// Returns a line that states what an unprotected load has lost, or what a failure would have lost.
+///   mostRecordsHeld  how many records at any one time were neither on the queue nor in the target
+[[nodiscard]] std::string DescribeCost(const PlainLoadResult& outcome, std::uint64_t mostRecordsHeld,
+                                       const std::string& target);
 
 }  // namespace mqam

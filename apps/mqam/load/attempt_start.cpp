@@ -45,9 +45,20 @@ bool ReadReport(AttemptContext& attempt, RestartState& requested) {
             "a load that can be restarted needs --tdm yes: without it, a message that a crash "
             "puts back on the queue is loaded twice");
     }
+    if (!report.opensExclusively) {
+        return RefuseAttempt(
+            attempt.result,
+            "the module does not open the queue exclusively, as a load that can be restarted "
+            "needs it: check that each keyword in --init or --parmfile has its value");
+    }
     requested.queueManager = report.queueManager;
     requested.queue = report.queue;
-    requested.checkpointFile = platform::AbsolutePath(report.checkpointFile);
+    requested.checkpointFile = RealPath(report.checkpointFile);
+    if (requested.checkpointFile != platform::AbsolutePath(report.checkpointFile)) {
+        return RefuseAttempt(attempt.result, report.checkpointFile + " is a link to " +
+                                                 requested.checkpointFile +
+                                                 ": the module would replace the link; name that file");
+    }
     requested.target = attempt.target.Name();
     requested.format = attempt.target.Format();
     if (!report.logFile.empty()) requested.logFile = platform::AbsolutePath(report.logFile);
@@ -70,7 +81,10 @@ constexpr Identity kIdentities[] = {
 // Returns the first part in which the two loads differ, or null if they are the same.
 const Identity* FindDifference(const RestartState& stored, const RestartState& requested) {
     for (const Identity& identity : kIdentities) {
-        if (stored.*identity.part != requested.*identity.part) return &identity;
+        const std::string& part = stored.*identity.part;
+        // A link may have taken the place of a file that was moved.
+        if (part != requested.*identity.part && platform::FollowLinks(part) != requested.*identity.part)
+            return &identity;
     }
     return nullptr;
 }
@@ -131,6 +145,8 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
     if (!isOwnLog && !IsLogFree(attempt, requested.logFile)) return false;
     if (stored) {
         state = *stored;
+        state.checkpointFile = path;
+        state.target = requested.target;
         state.logFile = requested.logFile;
     } else {
         requested.begun = UtcNow();

@@ -51,21 +51,12 @@ void ReportNotice(PlainLoad& load) {
     if (!text.empty() && load.observer.notice) load.observer.notice(text);
 }
 
-// Returns the path of a file that an earlier load left and that this one would destroy, or an empty string. The records
-// in a checkpoint file are nowhere else: the first checkpoint would empty the file, and Close would delete it. A log is
-// overwritten from its beginning and deleted at Close. Even an empty checkpoint file means that a load did not finish; an
-// empty log means nothing.
-std::string FindRemains(const StartupReport& report) {
-    if (!report.checkpointFile.empty() &&
-        platform::ProbePath(report.checkpointFile) != platform::PathKind::kMissing) {
-        return report.checkpointFile;
-    }
-    std::uint64_t logBytes = 0;
-    if (!report.logFile.empty() &&
-        platform::ProbePath(report.logFile, logBytes) == platform::PathKind::kFile && logBytes > 0) {
-        return report.logFile;
-    }
-    return "";
+// Whether an earlier load left a log that this one would overwrite from its beginning and delete at Close. An empty log
+// means nothing.
+bool IsLogInTheWay(const StartupReport& report) {
+    std::uint64_t bytes = 0;
+    return !report.logFile.empty() &&
+           platform::ProbePath(report.logFile, bytes) == platform::PathKind::kFile && bytes > 0;
 }
 
 bool Prepare(PlainLoad& load) {
@@ -76,26 +67,22 @@ bool Prepare(PlainLoad& load) {
     if (load.observer.report) load.observer.report(load.report);
 
     if (!load.report.truncatedParameter.empty()) return Refuse(load, DescribeTruncation(load.report));
-    const std::string remains = FindRemains(load.report);
-    if (!remains.empty()) {
-        return Refuse(
-            load, remains +
-                      " exists: as the checkpoint file or log of an earlier load it may hold the only copy "
-                      "of records, and this load would destroy it. Move it away, or delete it once that "
-                      "load is finished");
+    // The records in a checkpoint file are nowhere else, and Close would delete it.
+    if (!load.report.checkpointFile.empty()) {
+        return Refuse(load, "checkpoint file " + load.report.checkpointFile +
+                                ": an unprotected load takes no checkpoints, so leave out --unprotected or "
+                                "the keyword CKFILE");
+    }
+    if (IsLogInTheWay(load.report)) {
+        return Refuse(load,
+                      load.report.logFile +
+                          " exists: as the log of an earlier load it may hold the only copy of records, "
+                          "and this load would destroy it. Move it away, or delete it once that load is "
+                          "finished");
     }
     for (const auto& [name, value] : load.settings.attributes) {
         if (load.session.PutAttribute(name, value) != pmrcOK) return FailModule(load, false);
     }
-    return true;
-}
-
-bool TakeCheckpoint(PlainLoad& load) {
-    PositionData position{};
-    if (load.session.GetPos(position) != pmrcOK) return FailModule(load, true);
-    const Status saved = load.sink.Save();
-    if (!saved.IsOk()) return FailTarget(load, saved);
-    if (load.observer.checkpoint) load.observer.checkpoint(position);
     return true;
 }
 
@@ -107,7 +94,7 @@ bool OpenInput(PlainLoad& load) {
     const Status opened = load.sink.Open();
     if (!opened.IsOk()) return FailTarget(load, opened);
     load.result.targetWasOpened = true;
-    return load.settings.checkpointEveryRecords == 0 || TakeCheckpoint(load);
+    return true;
 }
 
 // An empty queue never ends the input before the read wait interval has passed; an empty message, a duplicate, MQ's
@@ -117,7 +104,6 @@ bool EndedEarly(const PlainLoad& load, Clock::duration waited) {
 }
 
 bool ReadInput(PlainLoad& load) {
-    std::uint64_t sinceCheckpoint = 0;
     bool stopPassedOn = false;
     const Clock::time_point firstRead = Clock::now();
     Clock::time_point lastRecord = firstRead;
@@ -142,6 +128,7 @@ bool ReadInput(PlainLoad& load) {
         }
         if (code != pmrcOK) return FailModule(load, true);
         ReportNotice(load);
+        ++load.result.taken;
         const Status put = load.sink.Put(load.buffer.data(), length);
         if (!put.IsOk()) return FailTarget(load, put);
         lastRecord = Clock::now();
@@ -149,10 +136,6 @@ bool ReadInput(PlainLoad& load) {
         load.result.bytes += length;
         load.counters.records.store(load.result.records, std::memory_order_relaxed);
         load.counters.bytes.store(load.result.bytes, std::memory_order_relaxed);
-        if (++sinceCheckpoint == load.settings.checkpointEveryRecords) {
-            if (!TakeCheckpoint(load)) return false;
-            sinceCheckpoint = 0;
-        }
     }
 }
 

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs a load without restart information: Init, Open, Reads to the end of the input, Close, Shut. The
+// Runs an unprotected load, which keeps no restart information: Init, Open, Reads to the end of the input, Close, Shut. The
 // module's state belongs to the process, so a process runs at most one load.
 //
 // What the order of calls protects:
-// - The target is synced to disk before Close, because Close deletes the checkpoint file and the log.
-// - The first checkpoint is requested right after Open, before the first Read, because nothing that is read before the first
-//   checkpoint is saved anywhere. Later ones are requested only if records have arrived since the last one, and the target is
-//   synced before the Read that carries the checkpoint out.
-// - After an Open, Read or GetPos that failed, or a failure of the target, neither Close nor Shut is called: they
+// - The target is synced to disk before Close, because Close deletes the log.
+// - After an Open or Read that failed, or a failure of the target, neither Close nor Shut is called: they
 //   disconnect, which commits messages that were never delivered, and they delete the files that contain the rest. The
 //   process has to end immediately instead; MQ then backs out.
 #pragma once
@@ -31,12 +28,12 @@ namespace mqam {
 struct PlainLoadSettings {
     std::string initString;
     std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
-    std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = no checkpoints
     bool wantsKeywordHelp = false;  ///< have the module print its help on standard output first
 };
 
 struct PlainLoadResult {
     PlainLoadEnd end = PlainLoadEnd::kEndOfInput;
+    std::uint64_t taken = 0;    ///< records that the module returned: they are no longer on the queue
     std::uint64_t records = 0;  ///< put into the target
     std::uint64_t bytes = 0;
     double secondsToLastRecord = 0;  ///< from the first Read to the last record, without the wait at the end

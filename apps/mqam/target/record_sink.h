@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Takes the records of a plain load. A load does not know which kind of sink it writes to.
+// Takes the records of an unprotected load. A load does not know which kind of sink it writes to.
 #pragma once
 
 #include <cstddef>
@@ -22,9 +22,6 @@ class RecordSink {
 
     /// Puts one record; the bytes are not kept.
     virtual Status Put(const char* record, std::size_t length) = 0;
-
-    /// Syncs everything put so far to disk. It is called between a GetPos and the next Read.
-    virtual Status Save() = 0;
 
     /// Writes what is still buffered, syncs it to disk and closes the sink. Success may be reported only
     /// after this.

@@ -18,15 +18,12 @@
 #include <vector>
 
 #include "mqam/base/status.h"
+#include "mqam/target/load_locks.h"
+#include "mqam/target/load_places.h"
 #include "mqam/target/path_conflict.h"
 #include "mqam/target/restart_state.h"
 
 namespace mqam {
-
-enum class TargetLock {
-    kCommand,  ///< keeps other commands away from the target and its state
-    kAttempt,  ///< keeps other attempts away
-};
 
 class Target {
   public:
@@ -67,10 +64,14 @@ class Target {
     [[nodiscard]] virtual std::string Format() const = 0;
     [[nodiscard]] virtual const std::string& StateName() const = 0;
 
-    /// Acquires a lock of the target, waiting up to `timeoutSeconds` for its holder to end. It is released by
-    /// ReleaseLock, or when the process ends. kRefused means that another load holds it.
-    virtual Status AcquireLock(TargetLock lock, int timeoutSeconds) = 0;
-    virtual void ReleaseLock(TargetLock lock) = 0;
+    /// The load's own directory, and where its files are unless the user named another place.
+    [[nodiscard]] virtual const LoadPlaces& Places() const = 0;
+
+    /// Acquires a lock of the load, waiting up to `timeoutSeconds` for its holder to end. It is released by
+    /// ReleaseLock, or when the process ends. kRefused means that another load holds it. The command's lock creates
+    /// the load's directory, and its release removes what a load that is not unfinished needs no more.
+    virtual Status AcquireLock(TargetLock lock, int timeoutSeconds);
+    virtual void ReleaseLock(TargetLock lock);
 
     /// Returns the files of the target and its state, including the locks; none for a target without local
     /// files.

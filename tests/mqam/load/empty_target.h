@@ -25,10 +25,12 @@ class EmptyTarget : public Target {
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "lines"; }
     [[nodiscard]] const std::string& StateName() const override { return name_; }
+    [[nodiscard]] const mqam::LoadPlaces& Places() const override { return places_; }
     Status AcquireLock(mqam::TargetLock /*lock*/, int /*timeoutSeconds*/) override { return {}; }
     void ReleaseLock(mqam::TargetLock /*lock*/) override {}
     [[nodiscard]] std::vector<mqam::LoadFile> Files() const override { return {}; }
 
   private:
     std::string name_ = "target";
+    mqam::LoadPlaces places_;
 };

@@ -91,12 +91,35 @@ TEST_F(LockFileTest, AFileThatIsNotEmptyIsNoLockAndStays) {
     std::ofstream(Path()) << "someone's";
     const Status refused = AcquireLockFile(Path(), 0);
     EXPECT_EQ(refused.Code(), StatusCode::kRefused);
-    EXPECT_EQ(refused.Error(), Path() +
-                                   " is not empty: it is not the lock of a load, and is left alone; move it "
-                                   "away, then run the same command again");
+    EXPECT_EQ(refused.Error(),
+              Path() +
+                  " is not the lock of a load, because it has other contents, and is left alone; move it "
+                  "away, then run the same command again");
     ReleaseLockFile(Path());
     EXPECT_EQ(ReadFileIfAny(Path()), "someone's");
 }
+
+// A process that was killed while it wrote leaves a part of the contents.
+TEST_F(LockFileTest, AFileThatAKilledProcessLeftLocksNoOneOut) {
+    const std::string whole = "mqam lock\nprocess=1\nhost=h\nstarted=2026-01-01 00:00:00 UTC\n";
+    for (const std::size_t bytes :
+         {whole.size(), whole.size() - 1, std::size_t{12}, std::size_t{9}, std::size_t{1}}) {
+        std::ofstream(Path(), std::ios::binary) << whole.substr(0, bytes);
+        ASSERT_EQ(AcquireLockFile(Path(), 0).Error(), "") << bytes;
+        EXPECT_EQ(ReadFileIfAny(Path()).find("process=1\n"), std::string::npos) << bytes;
+        ReleaseLockFile(Path());
+        EXPECT_FALSE(fs::exists(Path()));
+    }
+}
+
+#if !defined(_WIN32)
+TEST_F(LockFileTest, OnlyItsOwnerMayUseIt) {
+    ASSERT_EQ(AcquireLockFile(Path(), 0).Error(), "");
+    EXPECT_EQ(fs::status(Path()).permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+    ReleaseLockFile(Path());
+}
+#endif
 
 TEST_F(LockFileTest, AProcessMayHoldSeveral) {
     ASSERT_EQ(AcquireLockFile(Path(), 0).Error(), "");
@@ -125,8 +148,21 @@ TEST_F(LockFileTest, ASecondProcessIsRefusedWhileTheFirstHoldsIt) {
     const auto other = StartOther(kHoldAndRelease);
     const Status refused = AcquireLockFile(Path(), 0);
     EXPECT_EQ(refused.Code(), StatusCode::kRefused);
-    EXPECT_EQ(refused.Error(), "another load is running (it holds " + Path() +
-                                   "): wait until it ends, or end it, then run the same command again");
+    // The file says which process holds it.
+    const std::string text = ReadFileIfAny(Path());
+    const auto valueOf = [&text](const std::string& key) {
+        const std::size_t from = text.find("\n" + key) + 1 + key.size();
+        return text.substr(from, text.find('\n', from) - from);
+    };
+    EXPECT_EQ(text, "mqam lock\nprocess=" + valueOf("process=") + "\nhost=" + platform::HostName() +
+                        "\nstarted=" + valueOf("started=") + "\n");
+    EXPECT_GT(std::atoll(valueOf("process=").c_str()), 0);
+    EXPECT_NE(std::atoll(valueOf("process=").c_str()), platform::CurrentProcessId());
+    EXPECT_TRUE(valueOf("started=").ends_with(" UTC")) << text;
+    EXPECT_EQ(refused.Error(), "another load is running: process " + valueOf("process=") + " on " +
+                                   platform::HostName() + ", started " + valueOf("started=") + ", holds " +
+                                   Path() +
+                                   "; wait until it ends, or end it, then run the same command again");
     LetOtherGo();
     EXPECT_EQ(other->Wait().exitCode, 0);
     EXPECT_FALSE(fs::exists(Path()));

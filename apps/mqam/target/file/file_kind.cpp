@@ -3,7 +3,7 @@
 
 #include "mqam/target/file/file_target.h"
 #include "mqam/target/file/restart_file.h"
-#include "platform/paths.h"
+#include "platform/file.h"
 
 namespace mqam {
 
@@ -18,24 +18,22 @@ Status CheckFileOptions(const TargetRequest& request) {
 }
 
 Status MakeFileTarget(const TargetRequest& request, std::unique_ptr<Target>& target) {
-    target = std::make_unique<FileTarget>(
-        FileTargetSettings{platform::AbsolutePath(request.name),
-                           platform::FollowLinks(platform::AbsolutePath(request.restartFile)), request.format,
-                           request.force, request.append});
+    const std::string path = RealPath(request.name);
+    if (platform::ProbePath(path) == platform::PathKind::kOther) {
+        return Status::Refused(
+            path +
+            " is not a file: a load that can be restarted needs one that can be truncated; "
+            "for a device or a pipe give --unprotected");
+    }
+    target = std::make_unique<FileTarget>(FileTargetSettings{path, PlacesOfFile(path, request.restartFile),
+                                                             request.format, request.force, request.append});
     return {};
 }
 
 }  // namespace
 
 const TargetKind kFileTargetKind = {
-    "",
-    "FILE",
-    "a file; with --restart-file FILE the load is restartable",
-    false,
-    "restart file",
-    CheckFileOptions,
-    MakeFileTarget,
-    ReadRestartFile,
+    "", "FILE", "a file", false, "restart file", CheckFileOptions, MakeFileTarget, ReadRestartFile,
 };
 
 }  // namespace mqam

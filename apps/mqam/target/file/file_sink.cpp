@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/file/file_sink.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -80,6 +81,9 @@ bool FileSink::WriteOut(const char* bytes, std::size_t length) {
         }
         bytes += written;
         length -= static_cast<std::size_t>(written);
+        bytesWritten_ += static_cast<std::uint64_t>(written);
+        for (; !heldEnds_.empty() && heldEnds_.front() <= bytesWritten_; heldEnds_.pop_front())
+            ++recordsWritten_;
     }
     return true;
 }
@@ -101,6 +105,12 @@ Status FileSink::Put(const char* record, std::size_t length) {
     const std::lock_guard<std::mutex> guard(lock_);
     if (!status_.IsOk()) return status_;
     hasNewRecord_ = true;
+    const std::size_t frameBytes = target_.format == RecordFormat::kLength  ? 4
+                                   : target_.format == RecordFormat::kLines ? 1
+                                                                            : 0;
+    bytesPut_ += length + frameBytes;
+    heldEnds_.push_back(bytesPut_);
+    mostRecordsHeld_ = std::max<std::uint64_t>(mostRecordsHeld_, heldEnds_.size());
     if (target_.format == RecordFormat::kLength) {
         const auto count = static_cast<std::uint32_t>(length);
         const char bytes[4] = {static_cast<char>(count & 0xFF), static_cast<char>(count >> 8 & 0xFF),
@@ -125,6 +135,16 @@ Status FileSink::Save() {
 bool FileSink::HasLength(std::uint64_t bytes) {
     const std::lock_guard<std::mutex> guard(lock_);
     return platform::IsFileAt(descriptor_, target_.path, bytes);
+}
+
+std::uint64_t FileSink::RecordsWritten() {
+    const std::lock_guard<std::mutex> guard(lock_);
+    return recordsWritten_;
+}
+
+std::uint64_t FileSink::MostRecordsHeld() {
+    const std::lock_guard<std::mutex> guard(lock_);
+    return mostRecordsHeld_;
 }
 
 Status FileSink::Finish() {

@@ -9,6 +9,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -34,12 +35,19 @@ class FileSink : public RecordSink {
 
     Status Open() override;
     Status Put(const char* record, std::size_t length) override;
-    Status Save() override;
     Status Finish() override;
+
+    /// Syncs everything put so far to disk.
+    Status Save();
 
     /// Returns whether the file has exactly `bytes` bytes and is still the file at its path. If not, errno is
     /// set as by IsFileAt. It must be called after Save; a descriptor that was given has no path.
     [[nodiscard]] bool HasLength(std::uint64_t bytes);
+
+    /// Returns the number of records that are in the file completely, also after a failure.
+    [[nodiscard]] std::uint64_t RecordsWritten();
+    /// Returns the largest number of records that were put and not yet in the file at any one time.
+    [[nodiscard]] std::uint64_t MostRecordsHeld();
 
   private:
     // These require lock_. Each returns false with status_ set if it fails.
@@ -60,6 +68,12 @@ class FileSink : public RecordSink {
     bool hasNewRecord_ = false;  // since the idle writer last checked
     int descriptor_ = -1;
     std::vector<char> buffer_;
+    std::uint64_t bytesPut_ = 0;
+    std::uint64_t bytesWritten_ = 0;
+    std::deque<std::uint64_t>
+        heldEnds_;  // where each record that is not yet in the file ends, counted in bytesPut_
+    std::uint64_t recordsWritten_ = 0;
+    std::uint64_t mostRecordsHeld_ = 0;
     Status status_;  // the first failure
 };
 

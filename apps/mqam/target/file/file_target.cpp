@@ -51,15 +51,16 @@ FileTarget::FileTarget(FileTargetSettings settings) : settings_(std::move(settin
 
 std::vector<LoadFile> FileTarget::Files() const {
     static constexpr char kWorkFile[] = "work file of the restart file";
-    return {{settings_.path, "target"},
-            {settings_.restartFile, "restart file"},
-            {ScratchOfRestartFile(settings_.restartFile), kWorkFile},
-            {LockPath(TargetLock::kCommand), kWorkFile},
-            {LockPath(TargetLock::kAttempt), kWorkFile}};
+    std::vector<LoadFile> files = {{settings_.path, "target"},
+                                   {RestartFile(), "restart file"},
+                                   {ScratchOfRestartFile(RestartFile()), kWorkFile}};
+    for (const LoadFile& lock : LockFilesOf(settings_.places))
+        files.push_back(lock);
+    return files;
 }
 
 Status FileTarget::LoadState(std::optional<RestartState>& state) {
-    return ReadRestartFile(settings_.restartFile, state);
+    return ReadRestartFile(RestartFile(), state);
 }
 
 bool FileTarget::IsOccupied() {
@@ -83,7 +84,7 @@ Status FileTarget::Begin(RestartState& state) {
         return Status::Refused(path + " is not empty; give --force to replace it, or --append to add to it");
     }
     state.targetLength = settings_.append ? bytes : 0;
-    return ReplaceRestartFile(settings_.restartFile, state);
+    return ReplaceRestartFile(RestartFile(), state);
 }
 
 // Refuses a file that was replaced or rewritten, because it has other bytes where the last record should be.
@@ -156,11 +157,11 @@ Status FileTarget::Store(const RestartState& state) {
             " was changed by something else while the load wrote to it: the records since the "
             "last checkpoint are not counted, and will be loaded again");
     }
-    return ReplaceRestartFile(settings_.restartFile, state);
+    return ReplaceRestartFile(RestartFile(), state);
 }
 
 Status FileTarget::StoreEnd(const RestartState& state) {
-    return ReplaceRestartFile(settings_.restartFile, state);
+    return ReplaceRestartFile(RestartFile(), state);
 }
 
 }  // namespace mqam

@@ -8,14 +8,13 @@
 #include <string>
 
 #include "mqam/target/file/file_sink.h"
-#include "mqam/target/lock_file.h"
 #include "mqam/target/target.h"
 
 namespace mqam {
 
 struct FileTargetSettings {
-    std::string path;         ///< of the records, absolute
-    std::string restartFile;  ///< absolute
+    std::string path;  ///< of the records, absolute and real
+    LoadPlaces places;
     RecordFormat format = RecordFormat::kLines;
     bool force = false;   ///< a new load replaces the contents of the file
     bool append = false;  ///< a new load adds to it
@@ -35,17 +34,12 @@ class FileTarget : public Target {
     Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
     [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
-    Status AcquireLock(TargetLock lock, int timeoutSeconds) override {
-        return AcquireLockFile(LockPath(lock), timeoutSeconds);
-    }
-    void ReleaseLock(TargetLock lock) override { ReleaseLockFile(LockPath(lock)); }
+    [[nodiscard]] const LoadPlaces& Places() const override { return settings_.places; }
     [[nodiscard]] std::vector<LoadFile> Files() const override;
-    [[nodiscard]] const std::string& StateName() const override { return settings_.restartFile; }
+    [[nodiscard]] const std::string& StateName() const override { return RestartFile(); }
 
   private:
-    [[nodiscard]] std::string LockPath(TargetLock lock) const {
-        return settings_.restartFile + (lock == TargetLock::kCommand ? ".lock" : ".life.lock");
-    }
+    [[nodiscard]] const std::string& RestartFile() const { return settings_.places.restartFile; }
     Status CheckLastRecord(const RestartState& state) const;
 
     FileTargetSettings settings_;

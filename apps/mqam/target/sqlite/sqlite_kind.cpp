@@ -3,7 +3,6 @@
 
 #include "mqam/target/sqlite/sqlite_name.h"
 #include "mqam/target/sqlite/sqlite_target.h"
-#include "platform/paths.h"
 
 namespace mqam {
 
@@ -24,7 +23,7 @@ Status MakeSqliteTarget(const TargetRequest& request, std::unique_ptr<Target>& t
     SqliteName name;
     Status parsed = ParseSqliteName(request.name, name);
     if (!parsed.IsOk()) return parsed;
-    name.file = platform::AbsolutePath(name.file);
+    name.file = RealPath(name.file);
     return MakeSqliteTarget({name, request.force, request.append}, target);
 }
 

@@ -7,7 +7,6 @@
 #include <initializer_list>
 #include <utility>
 
-#include "mqam/target/lock_file.h"
 #include "mqam/target/sqlite/sqlite_vfs.h"
 #include "platform/file.h"
 
@@ -72,6 +71,7 @@ class SqliteTarget : public Target {
         : settings_(settings),
           name_("sqlite:" + settings.name.file + "?table=" + settings.name.table),
           key_(LowerCase(settings.name.table)),
+          places_(PlacesOfDatabase(settings.name.file + "." + key_)),
           stateName_("row '" + key_ + "' of table mqam_restart in " + settings.name.file) {}
 
     Status LoadState(std::optional<RestartState>& state) override;
@@ -84,19 +84,12 @@ class SqliteTarget : public Target {
     Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return name_; }
     [[nodiscard]] std::string Format() const override { return "sqlite"; }
-    Status AcquireLock(TargetLock lock, int timeoutSeconds) override {
-        return AcquireLockFile(LockPath(lock), timeoutSeconds);
-    }
-    void ReleaseLock(TargetLock lock) override { ReleaseLockFile(LockPath(lock)); }
+    [[nodiscard]] const LoadPlaces& Places() const override { return places_; }
     [[nodiscard]] std::vector<LoadFile> Files() const override;
     [[nodiscard]] const std::string& StateName() const override { return stateName_; }
 
   private:
-    [[nodiscard]] std::string LockPath(TargetLock lock) const {
-        return settings_.name.file + "." + key_ + (lock == TargetLock::kCommand ? ".lock" : ".life.lock");
-    }
-    // Returns the error of the last call of SQLite. `fact` says what could not be done: "the rows cannot be
-    // counted".
+    // Returns the error of the last call of SQLite. `fact` says what could not be done: "the rows cannot be counted".
     Status Fail(const std::string& fact);
     Status Open();
     Status Run(const std::string& sql, const std::string& fact);
@@ -119,6 +112,7 @@ class SqliteTarget : public Target {
     SqliteTargetSettings settings_;
     std::string name_;
     std::string key_;  // of the row that keeps the state
+    LoadPlaces places_;
     std::string stateName_;
     Database database_;
     Statement insertion_;
@@ -128,12 +122,13 @@ class SqliteTarget : public Target {
 std::vector<LoadFile> SqliteTarget::Files() const {
     const std::string& file = settings_.name.file;
     static constexpr char kWorkFile[] = "work file of the database";
-    return {{file, "target"},
-            {file + "-journal", kWorkFile},
-            {file + "-wal", kWorkFile},
-            {file + "-shm", kWorkFile},
-            {LockPath(TargetLock::kCommand), kWorkFile},
-            {LockPath(TargetLock::kAttempt), kWorkFile}};
+    std::vector<LoadFile> files = {{file, "target"},
+                                   {file + "-journal", kWorkFile},
+                                   {file + "-wal", kWorkFile},
+                                   {file + "-shm", kWorkFile}};
+    for (const LoadFile& lock : LockFilesOf(places_))
+        files.push_back(lock);
+    return files;
 }
 
 Status SqliteTarget::Fail(const std::string& fact) {
