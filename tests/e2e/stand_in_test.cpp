@@ -124,7 +124,8 @@ TEST_F(SpoolLoad, RawBytesOnStandardOutputAreExactAndAlone) {
 
 TEST_F(SpoolLoad, UnknownQueueIsReason2085) {
     const ProgramResult result = RunProgram(
-        MQAM_PROGRAM, {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--verbose", "--to", Path("out"), "--unprotected"},
+        MQAM_PROGRAM,
+        {"load", "--qmgr", "QM1", "--queue", "NOSUCH", "--verbose", "--to", Path("out"), "--unprotected"},
         folder_.Root(), Environment());
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(
@@ -168,6 +169,10 @@ TEST_F(SpoolLoad, MessageLongerThanTheBufferStaysOnTheQueue) {
     EXPECT_TRUE(Contains(result.standardError, "  number    MQA0161\n")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "  call      MQGET\n")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "Raise `--max-record`")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "\n  length    the message has 200 bytes; its identifier is "))
+        << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "\n  next      Run the same command with --max-record 200\n"))
+        << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "short\n");
     EXPECT_EQ(Depth(), 1);
 }
@@ -272,6 +277,8 @@ TEST_F(SpoolLoad, GetThatFailsWithoutDataIsNotTakenForTheEndOfTheQueue) {
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "ended before the read wait interval"))
         << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "\n  reason    2016 MQRC_GET_INHIBITED: "))
+        << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "");
     EXPECT_EQ(Depth(), 1);
 }
@@ -293,6 +300,9 @@ TEST_F(SpoolLoad, EmptyMessageEndsTheInputEarlyAndIsTold) {
     const ProgramResult result = Load({"--rwait", "5", "--to", Path("out"), "--unprotected"});
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "an empty message")) << result.standardError;
+    EXPECT_TRUE(
+        Contains(result.standardError, "\n  found     the queue can be read and is not empty; run the same "))
+        << result.standardError;
     EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
     EXPECT_EQ(Depth(), 1);
 }
@@ -340,6 +350,27 @@ TEST_F(SpoolLoad, InterruptBetweenMessagesLeavesTheRestOnTheQueue) {
     EXPECT_EQ(ReadFileIfAny(Path("out")), expected);
     EXPECT_GE(loaded, 4);
     EXPECT_EQ(Depth(), kMessages - loaded);
+}
+
+// The module reports only "Queue Manager open" in both cases.
+TEST_F(SpoolLoad, AFailedOpenHasTheReasonOfMq) {
+    RunningProgram reader(MQAM_PROGRAM,
+                          LoadArguments({"--exclusive", "--rwait", "60", "--verbose", "--to", Path("first")}),
+                          Environment(), folder_.Root());
+    Put("one");
+    ASSERT_TRUE(WaitForText(Path("first"), "one\n"));
+    fs::create_directories(Path("second"));
+    ProgramResult result = RunProgram(MQAM_PROGRAM, LoadArguments({"--unprotected", "--to", Path("out")}),
+                                      Path("second"), Environment());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(Contains(result.standardError, "\n  reason    2042 MQRC_OBJECT_IN_USE: "))
+        << result.standardError;
+    faults_ = "MQOPEN 1 fail 2 2035";
+    result =
+        RunProgram(MQAM_PROGRAM, LoadArguments({"--otenacity", "1", "--unprotected", "--to", Path("out")}),
+                   Path("second"), Environment());
+    EXPECT_TRUE(Contains(result.standardError, "\n  reason    2035 MQRC_NOT_AUTHORIZED: "))
+        << result.standardError;
 }
 
 TEST_F(SpoolLoad, ExclusiveOpenOfAQueueInUseIsTold) {

@@ -11,6 +11,7 @@
 #include "mqam/base/progress.h"
 #include "mqam/cli/command_line.h"
 #include "mqam/cli/load_options.h"
+#include "mqam/cli/probe_command.h"
 #include "mqam/cli/restartable_load.h"
 #include "mqam/cli/summary.h"
 #include "mqam/explain/advice.h"
@@ -139,6 +140,7 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, FileS
     }
     if (outcome.moduleFailure.code != pmrcOK)
         PrintMessage("mqam load: " + DescribeFailure(outcome.moduleFailure, DetailOf(options)));
+    RunProbeProcess(ProbeKindOf(outcome.moduleFailure));
     if (IsWrongOption(outcome.moduleFailure)) {
         PrintMessage(options.usage);
         return kExitNotStarted;
@@ -151,6 +153,8 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, FileS
         const std::string cost = DescribeCost(written, sink.MostRecordsHeld(), target);
         if (!options.quiet || IsAnyLost(written)) PrintMessage(cost);
     }
+    if (outcome.end == PlainLoadEnd::kEndedEarly && outcome.moduleFailure.code == pmrcOK)
+        RunProbeProcess(ProbeKind::kEarlyEnd);
     return ExitCodeOf(outcome.end, outcome.moduleFailure.code != pmrcOK);
 }
 
@@ -189,6 +193,7 @@ int RunUnprotectedLoad(const LoadOptions& options) {
 }
 
 int RunLoad(const LoadOptions& options) {
+    if (options.probe != 0) return RunProbe(options);
     // Messages may be confidential: what the load writes is for its user only.
     platform::RestrictNewFiles();
     std::vector<std::string> warnings;

@@ -7,6 +7,7 @@
 
 #include "mqam/cli/option_values.h"
 #include "mqam/explain/failure_report.h"
+#include "mqam/load/probe_process.h"
 #include "mqam/target/target_kind.h"
 #include "mqamod.h"
 #include "platform/interrupts.h"
@@ -86,7 +87,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         .add_option(
             "--restart", options.restart,
             "auto: resume an unfinished load, else begin a new one; never: refuse if a load is unfinished; only: refuse if none is. Default: auto")
-        ->type_name("auto|never|only")
+        ->type_name("never|auto|only")
         ->transform(EnumeratorIn(policies))
         ->group(kRestartGroup);
     command
@@ -96,6 +97,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         ->type_name("SECONDS")
         ->transform(NumberIn({NumberUnit::kSeconds, 1, kLargestSeconds}))
         ->group(kRestartGroup);
+    command.add_option(kProbeOption, options.probe, "")->group("");
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
     command.add_flag(kCompletedBeforeOption, options.workerCompletedBefore, "")->group("");
     command.add_flag(kFollowsEndOption, options.workerFollowsEnd, "")->group("");

@@ -49,6 +49,8 @@ struct LoadOptions {
         false;                      ///< a load found complete was already complete before the command started
     bool workerFollowsEnd = false;  ///< the previous worker has just waited for the whole read wait interval
 
+    int probe = 0;  ///< a ProbeKind, if this process is a probe; see probe_process.h
+
     /// The line that follows an error about an option; set when the command runs.
     std::string usage;
 

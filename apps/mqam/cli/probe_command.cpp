@@ -44,21 +44,22 @@ std::string DescribeReason(MQLONG code) {
 
 std::string DescribeLongMessage(const ProbeRequest& request, const ProbeResult& result) {
     if (result.longBytes < 0) {
-        return "  length    no message on the queue is longer than " + std::to_string(request.maxRecordBytes) +
-               " bytes now; run the same command again\n";
+        return "  length    no message on the queue is longer than " +
+               std::to_string(request.maxRecordBytes) + " bytes now; run the same command again\n";
     }
     const std::string bytes = std::to_string(result.longBytes);
     const std::string length =
         "  length    the message has " + bytes + " bytes; its identifier is " + result.longMessageId + "\n";
     if (result.longBytes > kLargestMaxRecord) {
-        return length + "  next      No load can take a message of more than " + std::to_string(kLargestMaxRecord) +
-               " bytes; take it off the queue with another program\n";
+        return length + "  next      No load can take a message of more than " +
+               std::to_string(kLargestMaxRecord) + " bytes; take it off the queue with another program\n";
     }
     return length + "  next      Run the same command with --max-record " + bytes + "\n";
 }
 
 std::string DescribeEarlyEnd(const ProbeResult& result) {
-    if (result.step == ProbeStep::kBrowse && result.reason == kNoMessage) return "  found     the queue is empty now\n";
+    if (result.step == ProbeStep::kBrowse && result.reason == kNoMessage)
+        return "  found     the queue is empty now\n";
     if (result.step != ProbeStep::kDone) return DescribeReason(result.reason);
     if (result.firstBytes == 0) {
         return "  found     the next message on the queue is empty, and will end the next load early as well\n";
@@ -96,7 +97,7 @@ int RunProbe(const LoadOptions& options) {
     std::string initString;
     const Status composed = ComposeInitString(options.module, initString);
     if (!composed.IsOk()) return kExitNotStarted;
-    if (IsRestartable(options)) initString += " -MQEX";
+    if (IsProtected(options)) initString += " -MQEX";
     const auto kind = static_cast<ProbeKind>(options.probe);
     const ProbeRequest request = MakeProbeRequest(kind, initString);
     PrintMessage(DescribeProbe(kind, request, ProbeQueue(request)));

@@ -12,7 +12,8 @@
 namespace mqam {
 
 /// Returns the lines that continue the error message of the load, each with its line end.
-[[nodiscard]] std::string DescribeProbe(ProbeKind kind, const ProbeRequest& request, const ProbeResult& result);
+[[nodiscard]] std::string DescribeProbe(ProbeKind kind, const ProbeRequest& request,
+                                        const ProbeResult& result);
 
 /// Returns what to probe for an initialization string and the parameter file that it names.
 [[nodiscard]] ProbeRequest MakeProbeRequest(ProbeKind kind, const std::string& initString);

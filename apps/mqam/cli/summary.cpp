@@ -18,9 +18,7 @@ std::string DescribeEnd(const PlainLoadResult& outcome) {
                    "  why       an empty message, a repeated message (--tdm yes), MQ's limit of uncommitted "
                    "messages, "
                    "or an MQGET\n"
-                   "            that failed, such as on a lost connection: the module tells them apart only "
-                   "in its "
-                   "trace";
+                   "            that failed, such as on a lost connection: the module does not say which";
         case PlainLoadEnd::kInterrupted: return "on request; the queue may hold more";
         case PlainLoadEnd::kTimeout: return "the time-out expired; the queue may hold more";
         case PlainLoadEnd::kNotStarted: return "not started";

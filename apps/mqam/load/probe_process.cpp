@@ -31,8 +31,8 @@ void RunProbeProcess(ProbeKind kind) {
     std::string error;
     const platform::ProcessHandle probe = platform::StartProcess(
         platform::RunningProgramPath(),
-        ComposeWorkerArguments(KeptArguments(), {kProbeOption, std::to_string(static_cast<int>(kind))}), options,
-        error);
+        ComposeWorkerArguments(KeptArguments(), {kProbeOption, std::to_string(static_cast<int>(kind))}),
+        options, error);
     // Without a probe the failure is reported as the module reports it.
     if (probe == platform::kNoProcess || platform::WaitForProcess(probe, kProbeMs)) return;
     platform::KillProcess(probe);

@@ -7,6 +7,7 @@
 #include "mqam/base/progress.h"
 #include "mqam/load/attempt.h"
 #include "mqam/load/exit_table.h"
+#include "mqam/load/probe_process.h"
 #include "mqam/load/retries.h"
 #include "mqam/load/worker.h"
 #include "mqam/load/worker_process.h"
@@ -61,6 +62,7 @@ int GiveUpOnEarlyEnds(const Retries& retries) {
         " times in a row before the read wait interval had passed, and no record came: either there are "
         "empty messages (each one ends an attempt and is removed from the queue), or MQGETs fail at once, "
         "as on a queue that inhibits get\n");
+    RunProbeProcess(ProbeKind::kEarlyEnd);
     PrintWhatIsSafe(retries, "look at the queue, then run the same command again");
     return FindAttemptEnd(AttemptEnd::kNoProgress).exitCode;
 }

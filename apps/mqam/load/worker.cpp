@@ -9,6 +9,7 @@
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/exit_table.h"
 #include "mqam/load/interrupts.h"
+#include "mqam/load/probe_process.h"
 #include "mqam/load/worker_process.h"
 #include "mqam/module/module_session.h"
 #include "platform/process.h"
@@ -18,8 +19,12 @@ namespace mqam {
 
 namespace {
 
-[[noreturn]] void EndWorker(AttemptEnd end, const std::string& message) {
+void PrintEnd(const std::string& message) {
     if (!message.empty()) PrintMessage("mqam load: " + message);
+}
+
+[[noreturn]] void EndWorker(AttemptEnd end, const std::string& message) {
+    PrintEnd(message);
     platform::ExitImmediately(platform::MarkExitCode(FindAttemptEnd(end).workerCode));
 }
 
@@ -80,7 +85,9 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& res
     const AttemptResult result =
         RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters);
     StopProgress();
-    EndWorker(result.end, DescribeEnd(settings, result, target));
+    PrintEnd(DescribeEnd(settings, result, target));
+    RunProbeProcess(ProbeKindOf(result.moduleFailure));
+    EndWorker(result.end, "");
 }
 
 }  // namespace

@@ -17,6 +17,10 @@ void KeepArguments(int count, char** arguments) {
     keptArguments.assign(arguments, arguments + count);
 }
 
+const std::vector<std::string>& KeptArguments() {
+    return keptArguments;
+}
+
 std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& ofCommand,
                                                 const std::vector<std::string>& more) {
     constexpr std::size_t kProgramAndSubcommand = 2;

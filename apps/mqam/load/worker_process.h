@@ -12,6 +12,9 @@ namespace mqam {
 /// Keeps the program's arguments for RunWorker.
 void KeepArguments(int count, char** arguments);
 
+/// Returns the arguments that were kept.
+[[nodiscard]] const std::vector<std::string>& KeptArguments();
+
 /// Returns a worker's arguments: `more` after the program and its subcommand and before everything else, where nothing
 /// that the user typed can change their meaning.
 [[nodiscard]] std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& ofCommand,

@@ -27,7 +27,7 @@ struct Probe {
     mqamod::Verbs verbs{};
     MQHCONN connection = 0;
     MQHOBJ queue = 0;
-    ProbeResult result;
+    ProbeResult result = {};
 };
 
 template <std::size_t kSize>
@@ -43,7 +43,7 @@ bool Fail(Probe& probe, ProbeStep step, MQLONG reason) {
 }
 
 bool Connect(Probe& probe) {
-    MQCNO options = mqamod::MqcnoDefault();
+    MQCNO options = MqcnoDefault();
     if (!probe.request.channel.empty() && !probe.request.server.empty()) {
         mqamod::SetChannelName(probe.request.channel.c_str());
         mqamod::SetConnectionName(probe.request.server.c_str());
@@ -51,8 +51,7 @@ bool Connect(Probe& probe) {
         options.ClientConnPtr = mqamod::ClientChannel();
     }
     char failure[mqamod::kBindFailureBytes];
-    const MQLONG bound =
-        mqamod::BindVerbs(std::getenv("MQAMOD_MQ_LIBRARY"), &options, probe.verbs, failure);
+    const MQLONG bound = mqamod::BindVerbs(std::getenv("MQAMOD_MQ_LIBRARY"), &options, probe.verbs, failure);
     if (bound != MQRC_NONE) return Fail(probe, ProbeStep::kConnect, bound);
     MQCHAR name[49];
     CopyName(probe.request.queueManager, name);
@@ -63,7 +62,7 @@ bool Connect(Probe& probe) {
 }
 
 bool Open(Probe& probe) {
-    MQOD descriptor = mqamod::MqodDefault();
+    MQOD descriptor = MqodDefault();
     CopyName(probe.request.queue, descriptor.ObjectName);
     MQLONG options = MQOO_BROWSE | MQOO_FAIL_IF_QUIESCING;
     if (probe.request.open == ProbeOpen::kAsLoad) options |= MQOO_INPUT_AS_Q_DEF;
@@ -87,15 +86,16 @@ std::string HexOf(const unsigned char* bytes, std::size_t count) {
 // Browses from the first message on, until one is too long.
 bool Browse(Probe& probe) {
     for (int count = 0; count < kBrowsedMax; ++count) {
-        MQMD message = mqamod::MqmdDefault();
-        MQGMO options = mqamod::MqgmoDefault();
+        MQMD message = MqmdDefault();
+        MQGMO options = MqgmoDefault();
         options.Options = (count == 0 ? MQGMO_BROWSE_FIRST : MQGMO_BROWSE_NEXT) | MQGMO_ACCEPT_TRUNCATED_MSG |
                           MQGMO_NO_SYNCPOINT;
         char buffer[1];
         MQLONG bytes = 0;
         MQLONG compCode = MQCC_OK;
         MQLONG reason = MQRC_NONE;
-        probe.verbs.get(probe.connection, probe.queue, &message, &options, 0, buffer, &bytes, &compCode, &reason);
+        probe.verbs.get(probe.connection, probe.queue, &message, &options, 0, buffer, &bytes, &compCode,
+                        &reason);
         const bool isThere = compCode == MQCC_OK || reason == MQRC_TRUNCATED_MSG_ACCEPTED;
         if (!isThere) return count > 0 || Fail(probe, ProbeStep::kBrowse, reason);
         if (count == 0) probe.result.firstBytes = bytes;
@@ -111,7 +111,7 @@ bool Browse(Probe& probe) {
 }  // namespace
 
 ProbeResult ProbeQueue(const ProbeRequest& request) {
-    Probe probe{request};
+    Probe probe{.request = request};
     if (!Connect(probe)) return probe.result;
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;

@@ -39,8 +39,9 @@ struct ProbeResult {
     ProbeStep step = ProbeStep::kConnect;
     MQLONG reason = 0;            ///< of the step that failed
     std::int64_t firstBytes = 0;  ///< length of the first message; with kDone
-    std::int64_t longBytes = -1;  ///< length of the first message that is longer than maxRecordBytes; -1 if there is none
-    std::string longMessageId;    ///< its identifier, as hexadecimal digits
+    std::int64_t longBytes =
+        -1;  ///< length of the first message that is longer than maxRecordBytes; -1 if there is none
+    std::string longMessageId;  ///< its identifier, as hexadecimal digits
 };
 
 /// Makes the calls. Everything is closed again.
