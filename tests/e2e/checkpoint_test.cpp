@@ -9,6 +9,7 @@
 #include "mqam/target/lock_file.h"
 #include "mqam/target/restart_state.h"
 #include "tests/support/checkpoint_bytes.h"
+#include "tests/support/json_values.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
 
@@ -55,6 +56,74 @@ TEST_F(CheckpointCommand, ShowListsEachRecordWithOffsetLengthAndFirstBytes) {
             "           4          3  6f 6e 65                                         |one|\n"
             "          15          5  00 ff 74 77 6f                                   |..two|\n"
             "(give --position or --restart-file to see what a restart would do)\n");
+}
+
+TEST_F(CheckpointCommand, ShowWithJsonIsOneObject) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", std::string("\0\xFFtwo", 5)}) + kTorn);
+    WriteBytesTo(Path("MQAMtmp.77"), CheckpointBytes(4, {"old"}));
+    const ProgramResult result = Run("show", {"--json", "--first", "1"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    auto values = ReadJson(result.standardOutput);
+    ASSERT_TRUE(values.has_value()) << result.standardOutput;
+    EXPECT_EQ(*values, (std::map<std::string, std::string>{{"file", Path()},
+                                                           {"verdict", "incomplete"},
+                                                           {"checkpoint", "5"},
+                                                           {"bytes", "40"},
+                                                           {"intact_bytes", "28"},
+                                                           {"records", "2"},
+                                                           {"record_bytes", "8"},
+                                                           {"listed.0.offset", "4"},
+                                                           {"listed.0.length", "3"},
+                                                           {"listed.0.begins", "6f6e65"},
+                                                           {"temporary_files.0.file", Path("MQAMtmp.77")},
+                                                           {"temporary_files.0.verdict", "intact"},
+                                                           {"temporary_files.0.checkpoint", "4"},
+                                                           {"temporary_files.0.bytes", "15"},
+                                                           {"temporary_files.0.intact_bytes", "15"},
+                                                           {"temporary_files.0.records", "1"},
+                                                           {"temporary_files.0.record_bytes", "3"},
+                                                           {"restart", "null"}}));
+}
+
+TEST_F(CheckpointCommand, ShowWithJsonSaysWhatARestartWouldDo) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one", "two"}));
+    const std::string position = std::string("05000000080000000400000000000000");
+    auto values = ReadJson(Run("show", {"--json", "--position", position}).standardOutput);
+    ASSERT_TRUE(values.has_value());
+    EXPECT_EQ((*values)["restart.refused"], "false");
+    EXPECT_TRUE((*values)["restart.text"].starts_with("A restart with the position " + position));
+    auto refused = ReadJson(Run("show", {"--json", "--position", "04" + position.substr(2)}).standardOutput);
+    ASSERT_TRUE(refused.has_value());
+    EXPECT_EQ((*refused)["restart.refused"], "true");
+}
+
+TEST_F(CheckpointCommand, VerifyWithJsonHasTheVerdictTheLossAndTheSameExitCode) {
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}));
+    const ProgramResult intact = Run("verify", {"--json"});
+    EXPECT_EQ(intact.exitCode, 0);
+    auto values = ReadJson(intact.standardOutput);
+    ASSERT_TRUE(values.has_value()) << intact.standardOutput;
+    EXPECT_EQ((*values)["verdict"], "intact");
+    EXPECT_FALSE(values->contains("lost.from"));
+
+    WriteBytesTo(Path(), CheckpointBytes(5, {"one"}) + std::string(100, '\0'));
+    const ProgramResult damaged = Run("verify", {"--json"});
+    EXPECT_EQ(damaged.exitCode, 10);
+    values = ReadJson(damaged.standardOutput);
+    ASSERT_TRUE(values.has_value()) << damaged.standardOutput;
+    EXPECT_EQ((*values)["verdict"], "damaged");
+    EXPECT_EQ((*values)["lost.from"], "15");
+    EXPECT_EQ((*values)["lost.to"], "115");
+    EXPECT_NE(Run("verify").standardOutput.find("at most " + (*values)["lost.records_at_most"] +
+                                                " records are lost"),
+              std::string::npos);
+
+    fs::remove(Path());
+    const ProgramResult missing = Run("verify", {"--json"});
+    EXPECT_EQ(missing.exitCode, 1);
+    values = ReadJson(missing.standardOutput);
+    ASSERT_TRUE(values.has_value()) << missing.standardOutput;
+    EXPECT_EQ((*values)["verdict"], "missing");
 }
 
 TEST_F(CheckpointCommand, ShowLeavesOutTheMiddleOfALongFileUnlessAllIsGiven) {

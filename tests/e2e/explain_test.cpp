@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "tests/support/json_values.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
 
@@ -60,6 +61,40 @@ TEST(ExplainCommand, AListHasItsCodesOnly) {
     for (const char* part : {"MQA0143 ", "2085 MQRC_", "34 pmrcFailure", "L13 ", "reasons"})
         EXPECT_TRUE(Contains(all.standardOutput, part)) << part;
     EXPECT_EQ(RunExplain({"--list", "everything"}).exitCode, 1);
+}
+
+TEST(ExplainCommand, WithJsonEachReadingIsAnObject) {
+    const ProgramResult result = RunExplain({"exit", "3", "--json"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    auto values = ReadJson(result.standardOutput);
+    ASSERT_TRUE(values.has_value()) << result.standardOutput;
+    EXPECT_EQ((*values)["code"], "exit 3");
+    EXPECT_EQ((*values)["readings.0.title"], "exit code 3");
+    EXPECT_EQ((*values)["readings.0.kind"], "what `mqam` returns to the shell");
+    EXPECT_FALSE((*values)["readings.0.what_to_do"].empty());
+    EXPECT_FALSE(values->contains("readings.1.title"));
+    const ProgramResult unknown = RunExplain({"H99", "--json"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.standardOutput, "");
+}
+
+TEST(ExplainCommand, AListWithJsonHasTheSameCodesAsTheList) {
+    const ProgramResult text = RunExplain({"--list", "exit"});
+    const ProgramResult json = RunExplain({"--list", "exit", "--json"});
+    auto values = ReadJson(json.standardOutput);
+    ASSERT_TRUE(values.has_value()) << json.standardOutput;
+    std::string lines;
+    for (int i = 0; values->contains("exit." + std::to_string(i) + ".code"); ++i) {
+        const std::string row = "exit." + std::to_string(i);
+        std::string code = values->at(row + ".code");
+        if (code.size() < 2) code += " ";
+        lines += code + "  " + values->at(row + ".meaning") + "\n";
+    }
+    EXPECT_EQ(lines, WithUnixLineEnds(text.standardOutput));
+    auto all = ReadJson(RunExplain({"--list", "--json"}).standardOutput);
+    ASSERT_TRUE(all.has_value());
+    for (const char* list : {"messages", "reasons", "returns", "exit", "rules"})
+        EXPECT_TRUE(all->contains(std::string(list) + ".0.code")) << list;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "platform/system.h"
+#include "tests/support/json_values.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
 
@@ -561,6 +562,40 @@ TEST_F(SpoolQueue, AnEmptyMessageIsPutOnlyOnRequest) {
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "put 1 message, 0 bytes, ")) << result.standardError;
     EXPECT_EQ(Depth(), 1);
+}
+
+TEST_F(SpoolQueue, ListAndShowWithJsonAreObjects) {
+    std::ofstream(SpoolLoad::Queue() + "/order.xml", std::ios::binary) << "a \"\xFF\"\n";
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const auto read = [this](const Arguments& arguments) {
+        const ProgramResult result = Queue(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.standardError;
+        auto values = ReadJson(result.standardOutput);
+        EXPECT_TRUE(values.has_value()) << result.standardOutput;
+        return values.value_or(std::map<std::string, std::string>());
+    };
+    EXPECT_EQ(read({"list", "--json"}),
+              (std::map<std::string, std::string>{{"spool", Path("spool")},
+                                                  {"queue_managers.0.name", "QM1"},
+                                                  {"queue_managers.0.queues.0.name", "Q1"},
+                                                  {"queue_managers.0.queues.0.messages", "1"},
+                                                  {"queue_managers.0.queues.0.readers", "0"}}));
+    auto manager = read({"show", "QM1", "--json"});
+    EXPECT_EQ(manager["attributes.state"], "running");
+    EXPECT_EQ(manager["attributes.ccsid"], "1208");
+    EXPECT_EQ(manager["queues.0.name"], "Q1");
+    auto queue = read({"show", "QM1", "Q1", "--json"});
+    EXPECT_EQ(queue["queue"], "Q1");
+    EXPECT_EQ(queue["messages"], "1");
+    EXPECT_EQ(queue["attributes.get"], "enabled");
+    EXPECT_EQ(queue["listed.0.message"], "order.xml");
+    EXPECT_EQ(queue["listed.0.begins"], "a \"\xEF\xBF\xBD\"\n");
+    EXPECT_EQ(queue["more"], "false");
+    EXPECT_EQ(read({"show", "QM1", "Q1", "--json", "--limit", "0"})["more"], "true");
+    auto message = read({"show", "QM1", "Q1", "order.xml", "--json"});
+    EXPECT_EQ(message["bytes"], "6");
+    EXPECT_TRUE(message["descriptor.PutDate"].starts_with("20")) << message["descriptor.PutDate"];
+    EXPECT_EQ(Queue({"show", "QM1", "Q1", "order.xml", "--json", "--body"}).exitCode, 1);
 }
 
 TEST_F(SpoolQueue, ShowSaysWhenACopiedInFileArrived) {

@@ -13,10 +13,12 @@
 #include <memory>
 
 #include "mqam/base/exit_codes.h"
+#include "mqam/base/json_writer.h"
 #include "mqam/base/progress.h"
 #include "mqam/checkpoint/integrity.h"
 #include "mqam/checkpoint/listing.h"
 #include "mqam/checkpoint/repair.h"
+#include "mqam/checkpoint/scan_json.h"
 #include "mqam/cli/checkpoint_export_command.h"
 #include "mqam/cli/option_values.h"
 #include "mqam/load/stored_load.h"
@@ -78,6 +80,7 @@ struct CheckpointOptions {
     std::size_t first = 0;
     std::size_t last = 0;
     bool all = false;
+    bool json = false;
     bool yes = false;
 };
 
@@ -138,10 +141,44 @@ ListedRecords ListedBy(const CheckpointOptions& options) {
     return {options.first, options.last};
 }
 
+// Writes what a restart would do, or null if no position is known.
+void WriteRestart(JsonWriter& json, const CheckpointOptions& options, const Stored& stored, bool& isRefused) {
+    isRefused = false;
+    json.Key("restart");
+    if (options.position.empty() && !stored.state) {
+        json.Null();
+        return;
+    }
+    const std::string text = DescribeRestartWith(options, stored, isRefused);
+    json.BeginObject().BoolMember("refused", isRefused).TextMember("text", text).EndObject();
+}
+
+std::string FormatShownAsJson(const CheckpointOptions& options, const CheckpointScan& scan,
+                              const Stored& stored) {
+    JsonWriter json;
+    json.BeginObject();
+    WriteScanMembers(json, scan);
+    json.Key("listed");
+    WriteListedRecords(json, scan, ListedBy(options));
+    json.Key("temporary_files").BeginArray();
+    for (const std::string& temporary : FindTemporaryFiles(options.path)) {
+        json.BeginObject();
+        WriteScanMembers(json, ScanCheckpointFile(temporary, options.maxRecordBytes));
+        json.EndObject();
+    }
+    json.EndArray();
+    bool isRefused = false;
+    WriteRestart(json, options, stored, isRefused);
+    return json.EndObject().Line() + "\n";
+}
+
 int RunShow(const CheckpointOptions& options) {
     Stored stored;
     if (!FetchStored(options, stored)) return kExitNotStarted;
     const CheckpointScan scan = ScanCheckpointFile(options.path, options.maxRecordBytes);
+    if (options.json) {
+        return Print(FormatShownAsJson(options, scan, stored), CanBeRead(scan) ? kExitDone : kExitNotStarted);
+    }
     std::string text = SummarizeScan(scan) + "\n" + ListRecords(scan, ListedBy(options));
     for (const std::string& temporary : FindTemporaryFiles(options.path)) {
         text +=
@@ -152,10 +189,27 @@ int RunShow(const CheckpointOptions& options) {
     return Print(text, CanBeRead(scan) ? kExitDone : kExitNotStarted);
 }
 
+int VerifyAsJson(const CheckpointOptions& options, const CheckpointScan& scan, const Stored& stored) {
+    JsonWriter json;
+    json.BeginObject();
+    WriteScanMembers(json, scan);
+    json.Key("temporary_files").BeginArray();
+    for (const std::string& temporary : FindTemporaryFiles(options.path))
+        json.Text(temporary);
+    json.EndArray();
+    bool isRefused = false;
+    WriteRestart(json, options, stored, isRefused);
+    const std::string line = json.EndObject().Line() + "\n";
+    if (!CanBeRead(scan)) return Print(line, kExitNotStarted);
+    const bool isIntact = CheckIntegrity(scan) == Integrity::kIntact && !isRefused;
+    return Print(line, isIntact ? kExitDone : kExitDamaged);
+}
+
 int RunVerify(const CheckpointOptions& options) {
     Stored stored;
     if (!FetchStored(options, stored)) return kExitNotStarted;
     const CheckpointScan scan = ScanCheckpointFile(options.path, options.maxRecordBytes);
+    if (options.json) return VerifyAsJson(options, scan, stored);
     const std::vector<std::string> temporaries = FindTemporaryFiles(options.path);
     if (!CanBeRead(scan)) {
         const std::string hint = temporaries.empty() ? ""
@@ -276,6 +330,10 @@ CLI::Option* AddRestartFileOption(CLI::App& command, CheckpointOptions& options)
         ->type_name("FILE");
 }
 
+void AddJsonFlag(CLI::App& command, CheckpointOptions& options) {
+    command.add_flag("--json", options.json, "one JSON object on one line, for programs");
+}
+
 using Run = int (*)(const CheckpointOptions&);
 
 std::shared_ptr<CheckpointOptions> AddSubcommand(CLI::App& parent, const char* name, const char* description,
@@ -309,9 +367,12 @@ void AddCheckpointCommand(CLI::App& app, int& exitCode) {
         ->transform(NumberIn({}))
         ->excludes(all);
 
+    AddJsonFlag(*command, *show);
+
     auto verify = AddSubcommand(*parent, "verify", "Report whether the file is intact, to the byte",
                                 kVerifyExamples, RunVerify, exitCode);
     AddRestartFileOption(*parent->get_subcommand("verify"), *verify);
+    AddJsonFlag(*parent->get_subcommand("verify"), *verify);
 
     AddCheckpointExportCommand(*parent, exitCode);
 

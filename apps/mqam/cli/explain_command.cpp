@@ -4,6 +4,7 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 #include <memory>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "mqam/base/exit_codes.h"
+#include "mqam/base/json_writer.h"
 #include "mqam/base/progress.h"
 #include "mqam/explain/explain.h"
 #include "mqam/explain/reference_page.h"
@@ -43,6 +45,7 @@ struct ExplainOptions {
     std::string list;
     bool listWanted = false;
     bool markdownWanted = false;
+    bool json = false;
 };
 
 int Print(const std::string& text) {
@@ -63,6 +66,35 @@ std::string FormatLists(const std::string& wanted) {
     return text;
 }
 
+std::string FormatListsAsJson(const std::string& wanted) {
+    JsonWriter json;
+    json.BeginObject();
+    for (const auto& [name, list] : kLists) {
+        if (!wanted.empty() && wanted != name) continue;
+        json.Key(name).BeginArray();
+        for (const ListedCode& row : CodesOf(list)) {
+            json.BeginObject().TextMember("code", row.code).TextMember("meaning", row.meaning).EndObject();
+        }
+        json.EndArray();
+    }
+    return json.EndObject().Line() + "\n";
+}
+
+std::string FormatReadingsAsJson(const std::string& code, const std::vector<Explanation>& readings) {
+    JsonWriter json;
+    json.BeginObject().TextMember("code", code).Key("readings").BeginArray();
+    for (const Explanation& reading : readings) {
+        json.BeginObject().TextMember("title", reading.title).TextMember("kind", reading.kind);
+        for (const Explanation::Paragraph& paragraph : reading.paragraphs) {
+            std::string key = paragraph.label;
+            std::ranges::replace(key, ' ', '_');
+            json.TextMember(key, paragraph.text);
+        }
+        json.EndObject();
+    }
+    return json.EndArray().EndObject().Line() + "\n";
+}
+
 int ReportUnknownCode(const std::string& code) {
     std::string message = "mqam explain: there is no code " + code + "\n";
     const std::vector<std::string> matches = FindNearMatches(code);
@@ -81,7 +113,9 @@ int ReportUnknownCode(const std::string& code) {
 
 int RunExplain(const ExplainOptions& options) {
     if (options.markdownWanted) return Print(FormatReferencePage());
-    if (options.listWanted) return Print(FormatLists(options.list));
+    if (options.listWanted) {
+        return Print(options.json ? FormatListsAsJson(options.list) : FormatLists(options.list));
+    }
     std::string code;
     for (const std::string& word : options.code)
         code += (code.empty() ? "" : " ") + word;
@@ -89,6 +123,7 @@ int RunExplain(const ExplainOptions& options) {
         return Print(std::string("What does a code mean, and what is to be done?\n\n") + kExamples);
     const std::vector<Explanation> readings = Explain(code);
     if (readings.empty()) return ReportUnknownCode(code);
+    if (options.json) return Print(FormatReadingsAsJson(code, readings));
     std::string text;
     for (const Explanation& reading : readings)
         text += (text.empty() ? "" : "\n") + FormatExplanation(reading);
@@ -109,6 +144,7 @@ void AddExplainCommand(CLI::App& app, int& exitCode) {
                             ->type_name("LIST")
                             ->expected(0, 1)
                             ->check(CLI::IsMember(names));
+    command->add_flag("--json", options->json, "one JSON object on one line, for programs");
     command->add_flag("--markdown", options->markdownWanted, "print docs/messages.md")->group("");
     command->footer(kExamples);
     command->callback([options, list, &exitCode] {

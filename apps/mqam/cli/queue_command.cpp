@@ -77,6 +77,8 @@ constexpr const char* kDeleteExamples =
     "  mqam queue delete QM1 --force\n"
     "      the queue manager with everything in it\n";
 
+constexpr const char* kJsonHelp = "one JSON object on one line, for programs";
+
 struct CreateOptions {
     std::string spool;
     std::string queueManager;
@@ -237,12 +239,12 @@ void AddPut(CLI::App& parent, int& exitCode) {
 
 void AddList(CLI::App& parent, int& exitCode) {
     CLI::App* command = parent.add_subcommand("list", "List queue managers and queues with their depths");
-    const auto spool = std::make_shared<std::string>();
-    const auto queueManager = std::make_shared<std::string>();
-    AddSpool(*command, *spool);
-    command->add_option("QMGR", *queueManager, "only this queue manager");
+    const auto options = std::make_shared<QueueListOptions>();
+    AddSpool(*command, options->spool);
+    command->add_option("QMGR", options->queueManager, "only this queue manager");
+    command->add_flag("--json", options->json, kJsonHelp);
     command->footer(kExitCodes + 1);
-    command->callback([spool, queueManager, &exitCode] { exitCode = RunQueueList(*spool, *queueManager); });
+    command->callback([options, &exitCode] { exitCode = RunQueueList(*options); });
 }
 
 void AddShow(CLI::App& parent, int& exitCode) {
@@ -252,7 +254,8 @@ void AddShow(CLI::App& parent, int& exitCode) {
     command->add_option("QMGR", options->queueManager, "name of the queue manager")->required();
     command->add_option("QUEUE", options->queue, "name of the queue");
     command->add_option("MESSAGE", options->message, "file name of a message");
-    command->add_flag("--body", options->body, "write the message's bytes, nothing else");
+    CLI::Option* body = command->add_flag("--body", options->body, "write the message's bytes, nothing else");
+    command->add_flag("--json", options->json, kJsonHelp)->excludes(body);
     command->add_option("--limit", options->limit, "messages to list (20)")
         ->type_name("N")
         ->transform(NumberIn({}));

@@ -7,6 +7,7 @@
 #include <optional>
 #include <sstream>
 #include <tuple>
+#include <utility>
 
 #include "mqam/explain/code_tables.h"
 #include "mqam/explain/module_messages.h"
@@ -190,7 +191,7 @@ void ExplainName(const std::string& name, std::vector<Explanation>& readings) {
     }
 }
 
-// ---- near matches
+// ---- near matches and lists
 
 struct Candidate {
     std::size_t distance = 0;
@@ -199,6 +200,17 @@ struct Candidate {
     int difference = 0;
     std::string code;
 };
+
+std::size_t ColumnWidth(CodeList list) {
+    switch (list) {
+        case CodeList::kMessages: return 8;
+        case CodeList::kReasons: return 36;
+        case CodeList::kReturnCodes: return 19;
+        case CodeList::kExitCodes: return 2;
+        case CodeList::kRules: return 3;
+    }
+    return 0;
+}
 
 int NumberAtEnd(const std::string& text) {
     const std::size_t letter = text.find_last_not_of("0123456789");
@@ -257,37 +269,46 @@ std::vector<std::string> FindNearMatches(std::string_view code) {
     return matches;
 }
 
-std::string ListCodes(CodeList list) {
-    std::string lines;
-    const auto add = [&lines](std::string code, std::size_t width, const std::string& meaning) {
-        if (code.size() < width) code.resize(width, ' ');
-        lines += code + "  " + meaning + "\n";
+std::vector<ListedCode> CodesOf(CodeList list) {
+    std::vector<ListedCode> codes;
+    const auto add = [&codes](std::string code, std::string meaning) {
+        codes.push_back({std::move(code), std::move(meaning)});
     };
     switch (list) {
         case CodeList::kMessages:
             for (const ModuleMessage& message : NumberedMessages()) {
                 if (message.shown != Shown::kReserved)
-                    add(MessageCodeOf(message), 8, FirstSentence(message.cause));
+                    add(MessageCodeOf(message), FirstSentence(message.cause));
             }
             for (const ModuleMessage& message : UnnumberedMessages())
-                add("", 8, "\"" + MessageTextOf(message) + "\": " + FirstSentence(message.cause));
+                add("", "\"" + MessageTextOf(message) + "\": " + FirstSentence(message.cause));
             break;
         case CodeList::kReasons:
             for (const MqReason& reason : AllMqReasons())
-                add(std::to_string(reason.number) + " " + reason.name, 36, reason.meaning);
+                add(std::to_string(reason.number) + " " + reason.name, reason.meaning);
             break;
         case CodeList::kReturnCodes:
             for (const ReturnCodeRow& row : AllReturnCodes())
-                add(std::to_string(row.code) + " " + row.name, 19, row.meaning);
+                add(std::to_string(row.code) + " " + row.name, row.meaning);
             break;
         case CodeList::kExitCodes:
             for (const ExitCodeRow& row : AllExitCodes())
-                add(std::to_string(row.code), 2, row.meaning);
+                add(std::to_string(row.code), row.meaning);
             break;
         case CodeList::kRules:
             for (const LoadRule& rule : AllLoadRules())
-                add(rule.id, 3, rule.statement);
+                add(rule.id, rule.statement);
             break;
+    }
+    return codes;
+}
+
+std::string ListCodes(CodeList list) {
+    std::string lines;
+    for (ListedCode& row : CodesOf(list)) {
+        const std::size_t width = ColumnWidth(list);
+        if (row.code.size() < width) row.code.resize(width, ' ');
+        lines += row.code + "  " + row.meaning + "\n";
     }
     return lines;
 }

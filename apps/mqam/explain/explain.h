@@ -41,6 +41,15 @@ struct Explanation {
 /// Selects one of the lists that `mqam explain --list` prints.
 enum class CodeList { kMessages, kReasons, kReturnCodes, kExitCodes, kRules };
 
+/// One row of a list.
+struct ListedCode {
+    std::string code;  ///< empty for a message without a number
+    std::string meaning;
+};
+
+/// Returns the rows of a list.
+[[nodiscard]] std::vector<ListedCode> CodesOf(CodeList list);
+
 /// Returns one line for each code of a list, each with its line end.
 [[nodiscard]] std::string ListCodes(CodeList list);
 

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sstream>
 
 #include "mqam/base/answer.h"
 #include "mqam/base/exit_codes.h"
+#include "mqam/base/json_writer.h"
 #include "mqam/base/progress.h"
 #include "platform/file.h"
 #include "platform/standard_streams.h"
@@ -51,6 +53,20 @@ std::string BodyOf(const spoolmq::FoundMessage& found, std::size_t bytesMax) {
 }
 
 template <typename Row, typename Attributes>
+void WriteAttributes(JsonWriter& json, const std::vector<Row>& table, const Attributes& values) {
+    json.Key("attributes").BeginObject();
+    for (const Row& row : table) {
+        json.Key(row.name);
+        if (row.number != nullptr && row.words == nullptr) {
+            json.SignedNumber(values.*row.number);
+        } else {
+            json.Text(AttributeText(row, values));
+        }
+    }
+    json.EndObject();
+}
+
+template <typename Row, typename Attributes>
 void PrintAttributes(const std::vector<Row>& table, const Attributes& values) {
     for (const Row& row : table) {
         const std::string text = AttributeText(row, values);
@@ -58,31 +74,84 @@ void PrintAttributes(const std::vector<Row>& table, const Attributes& values) {
     }
 }
 
+std::string FormatOf(const spoolmq::FoundMessage& found) {
+    return std::string(spoolmq::FieldText(found.descriptor.Format, sizeof found.descriptor.Format));
+}
+
+void WriteMessageMembers(JsonWriter& json, const spoolmq::FoundMessage& found, const std::string& begins) {
+    json.TextMember("message", found.fileName).Key("bytes").SignedNumber(found.bytes);
+    json.Key("backout_count").SignedNumber(found.descriptor.BackoutCount);
+    json.TextMember("format", FormatOf(found)).TextMember("begins", begins.substr(0, kPreviewBytes));
+}
+
 void PrintMessageLine(const spoolmq::FoundMessage& found) {
     const mqi::MQMD& md = found.descriptor;
-    const std::string format(spoolmq::FieldText(md.Format, sizeof md.Format));
+    const std::string format = FormatOf(found);
     std::printf("  %-36s %10lld  %7d  %-8s  %s\n", found.fileName.c_str(),
                 static_cast<long long>(found.bytes), static_cast<int>(md.BackoutCount), format.c_str(),
                 Preview(BodyOf(found, kPreviewBytes + 1)).c_str());
 }
 
-void PrintMessages(spoolmq::StoreQueue& queue, std::uint64_t limit) {
+// Calls `use` for at most `limit` messages, in order of arrival. Returns whether there are more.
+template <typename Use>
+bool ForEachMessage(spoolmq::StoreQueue& queue, std::uint64_t limit, Use use) {
     spoolmq::BrowseCursor cursor;
     for (std::uint64_t count = 0; count < limit; ++count) {
         spoolmq::FoundMessage found;
-        if (!FindMessage(queue, {}, cursor, found).IsOk()) return;
-        if (count == 0)
-            std::printf("\n  %-36s %10s  %7s  %-8s  %s\n", "message", "bytes", "backout", "format", "begins");
-        PrintMessageLine(found);
+        if (!FindMessage(queue, {}, cursor, found).IsOk()) return false;
+        use(found);
         cursor.isSet = true;
         cursor.stampNs = found.name.stampNs;
         cursor.fileName = found.fileName;
         ReleaseFound(found);
     }
     spoolmq::FoundMessage more;
-    if (!FindMessage(queue, {}, cursor, more).IsOk()) return;
+    if (!FindMessage(queue, {}, cursor, more).IsOk()) return false;
     ReleaseFound(more);
-    std::printf("  ... and more: --limit N shows N messages\n");
+    return true;
+}
+
+void PrintMessages(spoolmq::StoreQueue& queue, std::uint64_t limit) {
+    bool hasHeading = false;
+    const bool hasMore = ForEachMessage(queue, limit, [&hasHeading](const spoolmq::FoundMessage& found) {
+        if (!hasHeading)
+            std::printf("\n  %-36s %10s  %7s  %-8s  %s\n", "message", "bytes", "backout", "format", "begins");
+        hasHeading = true;
+        PrintMessageLine(found);
+    });
+    if (hasMore) std::printf("  ... and more: --limit N shows N messages\n");
+}
+
+int ShowQueueAsJson(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
+    const spoolmq::QueueState& state = *queue.state;
+    JsonWriter json;
+    json.BeginObject().TextMember("queue_manager", queue.connection->object);
+    json.TextMember("queue", state.object).TextMember("path", state.path).Key("messages");
+    json.SignedNumber(spoolmq::QueueDepth(queue.connection->path, state.directory)).Key("readers");
+    json.SignedNumber(spoolmq::InputOpenCount(state.path));
+    WriteAttributes(json, spoolmq::QueueAttributeTable(), state.attributes.values);
+    json.Key("listed").BeginArray();
+    const bool hasMore = ForEachMessage(queue, options.limit, [&json](const spoolmq::FoundMessage& found) {
+        json.BeginObject();
+        WriteMessageMembers(json, found, BodyOf(found, kPreviewBytes));
+        json.EndObject();
+    });
+    json.EndArray().BoolMember("more", hasMore).EndObject();
+    return PrintAnswer("mqam queue show", json.Line() + "\n");
+}
+
+int ShowMessageAsJson(const spoolmq::FoundMessage& found, const std::string& body) {
+    JsonWriter json;
+    json.BeginObject();
+    WriteMessageMembers(json, found, body);
+    json.Key("descriptor").BeginObject();
+    std::istringstream lines(spoolmq::FormatDescriptor(found.descriptor));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t equals = line.find('=');
+        if (equals != std::string::npos) json.TextMember(line.substr(0, equals), line.substr(equals + 1));
+    }
+    json.EndObject().EndObject();
+    return PrintAnswer("mqam queue show", json.Line() + "\n");
 }
 
 int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
@@ -104,6 +173,11 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
                                   "; `mqam queue show " + options.queueManager + " " + options.queue +
                                   "` lists the messages");
     const std::string body = BodyOf(found, static_cast<std::size_t>(found.bytes));
+    if (options.json) {
+        const int exitCode = ShowMessageAsJson(found, body);
+        ReleaseFound(found);
+        return exitCode;
+    }
     if (options.body) {
         platform::SetBinaryStreams();
         std::fwrite(body.data(), 1, body.size(), stdout);
@@ -118,6 +192,7 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
 }
 
 int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
+    if (options.json) return ShowQueueAsJson(options, queue);
     const spoolmq::QueueState& state = *queue.state;
     std::printf("queue %s of %s, in %s\n", state.object.c_str(), queue.connection->object.c_str(),
                 state.path.c_str());
@@ -129,15 +204,51 @@ int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
     return FinishAnswer("mqam queue show");
 }
 
+// Writes the array of the queues of a queue manager.
+void WriteQueues(JsonWriter& json, const std::string& spool, const std::string& queueManager) {
+    const std::string path = spool + '/' + spoolmq::DirectoryOfObject(queueManager);
+    static_cast<void>(spoolmq::RecoverDeadUnits(path, ""));
+    json.Key("queues").BeginArray();
+    for (const std::string& queue : spoolmq::QueueNames(spool, queueManager)) {
+        const std::string directory = spoolmq::DirectoryOfObject(queue);
+        json.BeginObject().TextMember("name", queue).Key("messages");
+        json.SignedNumber(spoolmq::QueueDepth(path, directory)).Key("readers");
+        json.SignedNumber(spoolmq::InputOpenCount(path + '/' + directory)).EndObject();
+    }
+    json.EndArray();
+}
+
+int ListAsJson(const std::string& spool, const std::vector<std::string>& queueManagers) {
+    JsonWriter json;
+    json.BeginObject().TextMember("spool", spool).Key("queue_managers").BeginArray();
+    for (const std::string& name : queueManagers) {
+        json.BeginObject().TextMember("name", name);
+        WriteQueues(json, spool, name);
+        json.EndObject();
+    }
+    return PrintAnswer("mqam queue list", json.EndArray().EndObject().Line() + "\n");
+}
+
+int ShowQueueManagerAsJson(const QueueShowOptions& options, const spoolmq::StoreConnection& connection) {
+    JsonWriter json;
+    json.BeginObject().TextMember("queue_manager", connection.object).TextMember("path", connection.path);
+    WriteAttributes(json, spoolmq::QmgrAttributeTable(), connection.attributes.values);
+    WriteQueues(json, options.spool, connection.object);
+    return PrintAnswer("mqam queue show", json.EndObject().Line() + "\n");
+}
+
 }  // namespace
 
-int RunQueueList(const std::string& spool, const std::string& queueManager) {
+int RunQueueList(const QueueListOptions& options) {
+    const std::string& spool = options.spool;
+    const std::string& queueManager = options.queueManager;
     std::vector<std::string> names = spoolmq::QueueManagerNames(spool);
     if (!queueManager.empty()) {
         if (std::find(names.begin(), names.end(), queueManager) == names.end())
             return Refuse("list", "there is no queue manager " + queueManager + " in \"" + spool + "\"");
         names = {queueManager};
     }
+    if (options.json) return ListAsJson(spool, names);
     if (names.empty()) {
         std::printf("no queue manager in \"%s\"; create one with: mqam queue create QM1 ORDERS\n",
                     spool.c_str());
@@ -162,11 +273,16 @@ int RunQueueShow(const QueueShowOptions& options) {
     OpenedQueue opened;
     spoolmq::Status status = ConnectStore(options.spool, options.queueManager, opened.connection);
     if (status.IsOk() && options.queue.empty()) {
+        if (options.json) {
+            const int exitCode = ShowQueueManagerAsJson(options, *opened.connection);
+            CloseAll(opened);
+            return exitCode;
+        }
         std::printf("queue manager %s, in %s\n", opened.connection->object.c_str(),
                     opened.connection->path.c_str());
         PrintAttributes(spoolmq::QmgrAttributeTable(), opened.connection->attributes.values);
         CloseAll(opened);
-        return RunQueueList(options.spool, options.queueManager);
+        return RunQueueList({options.spool, options.queueManager});
     }
     if (status.IsOk())
         status = OpenStoreQueue(*opened.connection, options.queue, spoolmq::InputUse::kNone, opened.queue);

@@ -8,8 +8,14 @@
 
 namespace mqam {
 
-/// Lists the queue managers with their queues, or only the one that is named. Returns an ExitCode.
-[[nodiscard]] int RunQueueList(const std::string& spool, const std::string& queueManager);
+struct QueueListOptions {
+    std::string spool;
+    std::string queueManager;  ///< only this one; if empty, all are listed
+    bool json = false;         ///< one JSON object on one line
+};
+
+/// Lists the queue managers with their queues. Returns an ExitCode.
+[[nodiscard]] int RunQueueList(const QueueListOptions& options);
 
 struct QueueShowOptions {
     std::string spool;
@@ -17,6 +23,7 @@ struct QueueShowOptions {
     std::string queue;
     std::string message;       ///< file name of one message; if empty, the queue is shown
     bool body = false;         ///< write only the bytes of the message
+    bool json = false;         ///< one JSON object on one line
     std::uint64_t limit = 20;  ///< how many messages are listed
 };
 
