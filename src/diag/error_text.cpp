@@ -11,10 +11,10 @@ namespace mqamod {
 
 namespace {
 
-// Only the routines of this file write this.
+// Holds the error text. Only the routines of this file write it.
 struct ErrorTextState {
-    char* text;            // null when the module is loaded; replaced by each report, freed by Shut
-    std::uint32_t length;  // the bytes allocated for it; 0 when there is none
+    char* text;            // null when the module is loaded; each report replaces it, Shut frees it
+    std::uint32_t length;  // the number of bytes allocated for `text`
 };
 ErrorTextState state;
 
@@ -62,7 +62,8 @@ void Report(Severity severity, const char* function, const Piece (&pieces)[kPiec
     state.length = 0;
     TracePieces(severity, function, pieces);
 
-    // The host sees this size, so its formula is fixed: 11 for punctuation and the NUL, and the reason twice.
+    // The host sees this size, so its formula is fixed: 11 bytes for the punctuation and the NUL, of which
+    // only 8 are needed, and the text of the last piece twice.
     std::size_t size =
         std::strlen(kModuleId) + std::strlen(function) + std::strlen(SeverityWord(severity)) + 11;
     for (const Piece& piece : pieces)

@@ -18,8 +18,8 @@ namespace mqamod {
 enum class Activity { kParameter, kLog, kCheckpoint, kTemp };
 
 /// Reports a failure in two places: as a block of lines in the trace file, if one is open, whatever the trace
-/// level; and as the error text "MODULE/FUNCTION(SEVERITY).  --ERROR: MESSAGE--Failing function: CALL.". The
-/// piece about the failing call is left out if there is none.
+/// level; and as the error text "MODULE/FUNCTION(SEVERITY).  --ERROR: MESSAGE--Failing function: CALL.".
+/// Without a failing call the text ends after the message and a point.
 ///   function     in  the routine that the report names
 ///   message      in  as a rule MessageText()
 ///   failingCall  in  the call that failed, or null
@@ -46,8 +46,8 @@ void ReportStreamError(Severity severity, const char* function, const char* mess
 /// Returns the error text, or null if there is none. It belongs to the module.
 [[nodiscard]] const char* ErrorText();
 
-/// Returns the bytes allocated for the error text, or 0 if there is none. They are more than the text needs;
-/// the rest are zero.
+/// Returns the number of bytes allocated for the error text, or 0 if there is no error text. The text needs
+/// fewer; the unused bytes are zero.
 [[nodiscard]] std::uint32_t ErrorTextLength();
 
 /// Frees the error text. Shut calls it.

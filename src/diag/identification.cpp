@@ -14,7 +14,8 @@ namespace {
 
 constexpr char kFunction[] = "ShowModuleID";
 
-// This does not flush the trace file: ShowModuleID flushes it once, after the last line.
+// Writes one line of the identification. It does not flush the trace file, because ShowModuleID does so once,
+// after the last line.
 void ReportLine(int number, const char* text) {
     if (std::FILE* file = TraceFile()) {
         WriteTraceStamp();
@@ -26,7 +27,7 @@ void ReportLine(int number, const char* text) {
 
 }  // namespace
 
-// Hosts know these numbers; there is no 19082.
+// Hosts know the numbers of the lines, so they are fixed. No line has the number 19082.
 void ShowModuleID() {
     constexpr char kHeaderVersion[] = "%s: '%s' - packing '%s'";
     ReadReportTime();

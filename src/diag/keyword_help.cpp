@@ -9,7 +9,7 @@ namespace mqamod {
 
 namespace {
 
-// Only ShowKeywordHelp writes this.
+// Remembers that the help was shown. Only ShowKeywordHelp writes it.
 struct HelpState {
     bool isShown;  // false when the module is loaded; set by the first HELP, never cleared
 };

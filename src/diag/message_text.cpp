@@ -9,7 +9,7 @@ namespace mqamod {
 
 namespace {
 
-// Only the routines of this file write this.
+// Holds the message text. Only the routines of this file write it.
 struct MessageTextState {
     char text[1024];  // empty when the module is loaded; no request clears it
 };

@@ -3,8 +3,8 @@
 // Makes the texts of the module from the names and formats of its numbered messages. Every statement is
 // formatted into the message text, one buffer of 1024 bytes, before it is traced or reported.
 //
-// The buffer keeps what was formatted last: a failed open of the queue reports whatever is there when no
-// message of its own applies.
+// The buffer keeps what was formatted last: when the queue cannot be opened for a reason that has no message
+// of its own, whatever the buffer then contains is reported.
 #pragma once
 
 #include <cstddef>
@@ -47,8 +47,8 @@ const char* AppendBytes(const void* bytes, unsigned count);
 /// Only FormatNumbered uses these, to check arguments against formats.
 namespace format_check {
 
-/// Returns the conversion that an argument of this type needs: 's', 'd', 'l' for %ld, '?' if no message has
-/// it.
+/// Returns the conversion that an argument of this type needs: 's', 'd', 'l' for %ld, '?' if no message takes
+/// such an argument.
 template <class T>
 constexpr char ConversionFor() {
     if (std::is_same_v<T, const char*> || std::is_same_v<T, char*>) return 's';

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kReportBytes = 8192;
 
-// Only the routines of this file write this.
+// Holds the report in both forms. Only the routines of this file write it.
 struct ReportState {
     char console[kReportBytes];  // empty when the module is loaded; never cleared
     char hostLog[kReportBytes];  // empty when the module is loaded; never cleared

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kTimeCharacters = 8;  // HH:MM:SS
 
-// Only the routines of this file write this.
+// Holds the level and the file of the trace. Only the routines of this file write it.
 struct TraceState {
     int storedLevel;          // 0 when the module is loaded; reset by each Init
     std::FILE* file;          // null when the module is loaded; open from the first Init with a trace on,

@@ -16,7 +16,7 @@
 
 namespace mqamod {
 
-/// Gives each statement a level: the value of the keyword TRCL from which on the statement is written.
+/// The level of a statement is the lowest value of the keyword TRCL with which the statement is written.
 enum class TraceLevel { kAlways = -1, kJobEvents = 1, kIoEvents = 2, kIoBuffers = 3, kDetails = 4 };
 
 enum class Severity { kInfo, kWarning, kError };
@@ -45,8 +45,8 @@ void WriteTraceStamp();
 
 /// Writes one statement, if its level is admitted: to the trace file, or, when none is open, after the
 /// module's name to the untraced line. Then flushes all output streams of the process, even if the level was
-/// not admitted. That flush is part of the module's contract: the header of a new checkpoint file reaches the
-/// operating system by it and by nothing else.
+/// not admitted. That flush is part of the module's contract: nothing else takes the header of a new
+/// checkpoint file to the operating system.
 ///   function  in  the routine that the line names (see the top of this file)
 ///   text      in  as a rule MessageText()
 void TraceLine(TraceLevel level, Severity severity, const char* function, const char* text);
@@ -56,8 +56,9 @@ void TraceLine(TraceLevel level, Severity severity, const char* function, const 
 /// start-up report. Unlike TraceLine it flushes only the trace file.
 void TraceEntry(const char* optionWord);
 
-/// Formats into the untraced line, cut at 2047 characters, and returns it. It holds the most recent statement
-/// that found no trace file open; the identification and the help are formatted in it, too.
+/// Formats into the untraced line, cut at 2047 characters, and returns it. The untraced line holds the most
+/// recent statement that was made without an open trace file. The identification and the help are formatted
+/// in it, too.
 [[gnu::format(printf, 1, 2)]] const char* FormatUntracedLine(const char* format, ...);
 
 }  // namespace mqamod

@@ -15,8 +15,8 @@ namespace mqamod {
 
 namespace {
 
-// The name and value of the block as text. Neither needs to have a NUL, and the length may or may not count
-// one.
+// An attribute as text, taken from the host's block. In the block neither the name nor the value needs to end
+// with a NUL, and the length of the value may or may not include one.
 struct Attribute {
     char name[MQAMOD_ATTRIBUTE_NAME_BYTES + 1];
     const char* value;

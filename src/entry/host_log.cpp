@@ -14,14 +14,15 @@ namespace mqamod {
 namespace {
 
 struct HostLogState {
-    // The host has put the attribute, even if it was refused. Nothing clears this.
+    // Says whether the host has ever put the attribute, even if its value was refused. Nothing clears this.
     bool supplied;
-    // This is the host object. Each ZBQ_HL_LOG_HANDLE replaces it; nothing clears it.
+    // This is the address of the host object. Each ZBQ_HL_LOG_HANDLE replaces it; nothing clears it.
     char* HostLogHandle;
 };
 HostLogState state;
 
-// In that table, this is the index of the function that takes a log message.
+// The function that takes a log message is at this offset, in bytes, in the function table of the host
+// object.
 constexpr std::size_t kLogEntryOffset = MQAMOD_LOG_TABLE_ENTRY * sizeof(void*);
 constexpr std::size_t kBufferBytes = 5;
 

@@ -10,12 +10,12 @@
 namespace mqamod {
 
 /// Takes over the host's log handle and immediately passes it the host-log form of the start-up report.
-///   value   in  the handle: at most 8 bytes; a shorter one is filled with zeros
+///   value   in  the handle: the first 8 bytes are used, and a shorter handle is filled up with zeros
 ///   length  in  bytes
 /// Returns pmrcOK;
 ///   pmrcBadAttrValue  the host's function refuses, or the handle does not lead to a function; the handle is
 ///                     kept
-///   pmrcFailure       no memory for the buffer of the call, with an error text; the handle does not change
+///   pmrcFailure       memory for the call ran out; with an error text; the handle does not change
 /// In every case a handle counts as supplied from now on.
 [[nodiscard]] ReturnCode TakeHostLogHandle(const char* value, std::uint32_t length);
 

@@ -12,8 +12,8 @@
 
 namespace mqamod {
 
-/// Ends the process, with a line that has the number of the invariant, if one does not hold. Does nothing in
-/// other builds.
+/// Ends the process if an invariant does not hold, after a line on standard error that gives its number. Does
+/// nothing in other builds.
 void CheckInvariants();
 
 }  // namespace mqamod

@@ -6,12 +6,13 @@ namespace mqamod {
 namespace {
 
 struct State {
-    // Init sets this, even if it fails; Shut clears it.
+    // Init sets this, even if the parameters are refused; an Init with a wrong version does not. Shut clears
+    // it.
     Phase ModuleState;
     // An Open that opens the queue sets this; Init, Write, Read, GetPos, a successful SetPos and Close clear
     // it, but not Shut. Nothing reads it.
     bool PositionUnchangedFlag;
-    // The first call has shown the identification. Nothing clears this.
+    // Says whether the first call, which shows the identification, has been made. Nothing clears this.
     bool identified;
 };
 State state;

@@ -5,10 +5,11 @@
 
 namespace mqamod {
 
-/// Init and Shut determine the phase. The values are indexes of the words of a refusal.
+/// Init and Shut determine the phase. Its values are the indexes of the words with which a request is
+/// refused.
 enum class Phase {
     kLoaded = 0,       ///< loaded, or shut: waits for an Init
-    kInitialized = 1,  ///< an Init has been made, whatever its outcome
+    kInitialized = 1,  ///< an Init with the right version was made, even if it failed
 };
 
 [[nodiscard]] Phase ModuleState();

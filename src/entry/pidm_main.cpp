@@ -42,8 +42,8 @@ struct OptionRow {
     ReturnCode (*run)(void* data);
 };
 
-// This runs before Init is checked, so a refused second Init also silences the trace, until parameters are
-// parsed again.
+// Runs before Init is checked, so a refused second Init also silences the trace, until an Init reads
+// parameters again.
 void SilenceTrace() {
     SetTraceLevel(0);
 }

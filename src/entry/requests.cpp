@@ -34,7 +34,8 @@ void TraceJobEvent(const char* text) {
 
 }  // namespace
 
-// A failed Init leaves the module initialized: the host must Shut before it can Init again.
+// An Init that fails at the parameters leaves the module initialized: the host must call Shut before the next
+// Init. An Init with a wrong version changes nothing but the trace level.
 ReturnCode RunInit(void* data) {
     InitBlock& block = *static_cast<InitBlock*>(data);
     if (block.firstVersion != MQAMOD_FIRST_INTERFACE_VERSION ||
@@ -55,7 +56,7 @@ ReturnCode RunOpen(void* data) {
     OpenBlock& block = *static_cast<OpenBlock*>(data);
     const bool wasOpen = QueueHandle() != MQHO_NONE;
     const ReturnCode rc = OpenQueue(block.openMode, block.pathNameLength);
-    // The outputs are stored once the queue is open, even if the checkpoint file then failed.
+    // The outputs are stored once the queue is open, even if the checkpoint file could then not be opened.
     if (wasOpen || QueueHandle() == MQHO_NONE) return rc;
     SetPositionUnchangedFlag(true);
     block.maxRecordBytes = static_cast<std::uint32_t>(Setting().BKSZ);

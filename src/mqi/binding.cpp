@@ -11,12 +11,12 @@ namespace mqamod {
 namespace {
 
 struct Binding {
-    // These are the verbs of the bound library. All are null until one is bound; nothing clears them.
+    // These are the verbs of the bound library. All are null until a library is bound; nothing clears them.
     Verbs verbs;
-    // These are the libraries tried since the last MQCONNX began, with reasons. Each MQCONNX that has to bind
-    // clears them.
+    // This line names the libraries that the last search tried, each with the reason why it was not bound.
+    // Each MQCONNX that has to search replaces it.
     char failureText[kBindFailureBytes];
-    // The last MQCONNX found no library. Each MQCONNX sets or clears this.
+    // Says whether the last MQCONNX failed to bind a library. Each MQCONNX sets or clears this.
     bool failed;
 };
 Binding binding;

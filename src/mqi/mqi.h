@@ -194,8 +194,8 @@ struct MQGMO {
 };
 static_assert(sizeof(MQGMO) == 72);
 
-// Each routine returns the structure with the values of IBM's initialiser of that name. Fields that are not
-// set here are zero there as well.
+// Each of these routines returns a structure with the values of IBM's initialiser (MQCNO_DEFAULT and so on).
+// A field that is not set here is zero in IBM's initialiser, too.
 
 constexpr MQCNO MqcnoDefault() {
     MQCNO cno{};

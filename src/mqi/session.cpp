@@ -8,7 +8,7 @@ namespace mqamod {
 namespace {
 
 struct Session {
-    // This is 0 when not connected. Open sets it; Close and Shut clear it whatever MQDISC returns.
+    // This is 0 when there is no connection. Open sets it; Close and Shut clear it whatever MQDISC returns.
     MQHCONN ConnectionHandle;
     // This is 0 when no queue is open. Open sets it; Close and Shut clear it whatever MQCLOSE returns.
     MQHOBJ QueueHandle;

@@ -7,8 +7,8 @@
 
 namespace mqamod {
 
-/// Returns the connection handle, which is 0 when not connected. A successful MQCONNX sets it; CloseAll
-/// clears it.
+/// Returns the connection handle, which is 0 when there is no connection. A successful MQCONNX sets it;
+/// CloseAll clears it.
 [[nodiscard]] MQHCONN ConnectionHandle();
 void SetConnectionHandle(MQHCONN handle);
 

@@ -11,7 +11,7 @@ namespace mqamod {
 
 namespace {
 
-// What one search works with.
+// Holds the outputs of one search.
 struct Search {
     Verbs& verbs;
     char (&failure)[kBindFailureBytes];
@@ -33,8 +33,8 @@ bool FindVerb(Search& search, void* library, const char* libraryName, const char
     return false;
 }
 
-// Binds the library of that path or name. A library that loads but lacks a verb is a broken installation of
-// MQ, so it ends the search.
+// Binds the library with the given path or name. A library that loads but lacks a verb is a broken
+// installation of MQ, so it ends the search.
 MQLONG BindLibrary(Search& search, const char* name) {
     char reason[400];
     void* library = LoadSharedLibrary(name, reason, sizeof reason);

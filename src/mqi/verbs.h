@@ -20,17 +20,18 @@ struct Verbs {
     decltype(&MQBACK) back;
 };
 
-/// Fits into the message text together with what a report adds.
+/// This is the size of the text about a failed search. It leaves room for what a report adds.
 inline constexpr std::size_t kBindFailureBytes = 900;
 
 /// Binds an MQ library.
-///   path     the library; null or empty: IBM's libraries are tried by name. The client library comes before
-///            the server library for a client connection (with a channel definition in `options`, or if one of
-///            MQSERVER, MQCHLLIB, MQCHLTAB and MQCCDTURL is set), otherwise the other way round. Each is looked
-///            for by the system's own search and then in IBM's default directory.
+///   path     in   the library; if it is null or empty, IBM's libraries are tried by name. The client library
+///                 comes before the server library for a client connection (with a channel definition in
+///                 `options`, or if one of MQSERVER, MQCHLLIB, MQCHLTAB and MQCCDTURL is set), otherwise the
+///                 other way round. Each is looked for by the system's own search and then in IBM's default
+///                 directory.
 ///   verbs    out  unchanged on failure
-///   failure  out  the libraries tried, in order, each with the loader's reason; an empty string if the first
-///                 one was bound
+///   failure  out  the libraries that were not bound, in order, each with the reason; an empty string if the
+///                 first one was bound
 /// Returns MQRC_NONE; MQRC_MODULE_NOT_FOUND if no library can be loaded; MQRC_MODULE_ENTRY_NOT_FOUND if the
 /// library lacks a verb. The library stays loaded until the process ends.
 [[nodiscard]] MQLONG BindVerbs(const char* path, const MQCNO* options, Verbs& verbs,

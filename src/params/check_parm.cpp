@@ -39,10 +39,10 @@ struct KeywordRow {
     const char* name;
     Check check;
     Refusal refusal = nullptr;
-    std::int32_t smallest = 1;  // numbers
-    std::int32_t largest = 0;   // numbers; most characters of paths and names
+    std::int32_t smallest = 1;  // for numbers
+    std::int32_t largest = 0;   // for numbers; for paths and names the largest number of characters
     char* text = nullptr;       // where a path or name is stored
-    bool* flag = nullptr;       // set when the value is accepted; the setting itself for Yes and No
+    bool* flag = nullptr;       // set when a value is accepted; for Yes and No the setting itself
     void (*store)(std::int32_t) = nullptr;  // stores a number, before it is checked
 };
 
@@ -129,8 +129,8 @@ ReturnCode CheckReadWait(const KeywordRow& row, const Position& at) {
     });
 }
 
-// Sets *setting for YES or NO in any case, and converts the value to upper case in place. Returns false for
-// any other word.
+// Sets *setting if the value is YES or NO, in upper or lower case, and converts the value to upper case in
+// place. Returns false for any other word.
 bool ReadYesNo(char* value, bool* setting) {
     UpperCase(value);
     const bool yes = std::strcmp(value, "YES") == 0;
@@ -232,7 +232,7 @@ ReturnCode CheckTrace(const KeywordRow& row, const Position& at) {
 void StoreBlockSize(std::int32_t bytes) {
     writableSettings.BKSZ = bytes;
 }
-// A number that is about to be refused is stored as it is.
+// Stores the wait in milliseconds. -1 and a number that is about to be refused are stored as they are.
 void StoreReadWait(std::int32_t seconds) {
     const bool isWait = seconds >= 1 && seconds <= kMaxWaitSeconds;
     writableSettings.RWAIT = isWait ? seconds * 1000 : seconds;

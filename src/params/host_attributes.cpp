@@ -5,7 +5,7 @@ namespace mqamod {
 
 namespace {
 
-// Only the routines of this file write these. All are zero when the module is loaded.
+// Holds the attributes. Only the routines of this file write them. All are zero when the module is loaded.
 struct HostAttributes {
     bool GenEofFlag;              // cleared by an Open that opens the queue
     bool PreserveRestartInfo;     // cleared by Shut

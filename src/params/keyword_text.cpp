@@ -13,10 +13,11 @@ namespace {
 
 using Limits = std::numeric_limits<std::int32_t>;
 
-// This number is beyond both limits, and small enough for one more digit.
+// This number is beyond both limits, and small enough that another digit does not overflow 64 bits.
 constexpr std::int64_t kBeyondLimits = std::int64_t{Limits::max()} + 2;
 
-// strspn cannot be used: the host's text has a length, but no NUL.
+// Returns whether a character separates tokens. strspn cannot be used: the host's text has a length, but no
+// NUL.
 bool IsDelimiter(char c) {
     return c != '\0' && std::strchr(" \n\t\r\f", c) != nullptr;
 }

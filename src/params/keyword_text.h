@@ -22,7 +22,8 @@ enum class Tokenized { kDone, kTooMany, kNoMemory };
 /// Splits a text at blanks, line ends, tabs and form feeds. There is no quoting, so no token contains a
 /// blank.
 ///   text  in   length bytes; it ends earlier at a NUL
-///   list  out  the tokens found; with kTooMany the first 256, with kNoMemory those before memory ran out
+///   list  out  the tokens found; with kTooMany the first 256, with kNoMemory those found before memory ran
+///              out
 [[nodiscard]] Tokenized Tokenize(const char* text, std::size_t length, TokenList* list);
 
 /// Frees all tokens and clears the list.

@@ -5,8 +5,9 @@
 
 namespace mqamod {
 
-/// Writes the report to the trace (level 1) and to both forms of the start-up report. OTENACITY must still
-/// be in seconds.
+/// Writes the report to the trace (level 1) and to both forms of the start-up report. The heading and the
+/// queue manager's name are not traced; the channel and the server are only traced. OTENACITY must still be
+/// in seconds.
 void ReportParametersInEffect();
 
 }  // namespace mqamod

@@ -19,7 +19,7 @@ namespace {
 constexpr char kFunction[] = "ReadParmFile";
 constexpr int kLineBytes = 512;
 
-// Only SetParmFilePath writes this.
+// Holds the path of the file. Only SetParmFilePath writes it.
 struct ParmFileState {
     char path[kPathBytes];  // empty when the module is loaded; replaced by each Init with -PARMFILE
 };

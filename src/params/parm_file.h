@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Reads the parameter file: a text file with one keyword and its value on each line. It is read after the
-// initialization string, so that its values win.
+// initialization string, so that its values override those of the string.
 #pragma once
 
 #include "mqamod.h"
 
 namespace mqamod {
 
-/// Stores the path of the file that ReadParmFile reads: at most 32766 characters.
+/// Stores the path of the file that ReadParmFile reads. It has at most 32766 characters.
 void SetParmFilePath(const char* path);
 
 /// Passes every line of the parameter file to CheckParm. Lines that begin with '#' and lines without a token

@@ -133,8 +133,8 @@ ReturnCode ResolveClientChannel() {
     return pmrcOK;
 }
 
-// Up to here OTENACITY counts seconds, in the report as well. From now on it is the number of attempts to
-// open the queue.
+// Writes the report, in which OTENACITY is a number of seconds, and then turns OTENACITY into the number of
+// attempts to open the queue.
 void ReportAndCountAttempts() {
     Settings& settings = writableSettings;
     settings.OTENACITY = std::max(settings.OTENACITY, settings.OWAIT);

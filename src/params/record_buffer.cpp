@@ -10,14 +10,14 @@ namespace mqamod {
 
 namespace {
 
-// Only the routines of this file write this.
+// Holds the last record. Only the routines of this file write it.
 struct RecordBuffer {
     unsigned char* CkPtRecBuf;  // null when the module is loaded; replaced by Init, freed by Shut
     std::size_t capacity;       // the bytes of CkPtRecBuf: the length word and the largest record
 };
 RecordBuffer buffer;
 
-// Returns whether the buffer exists and has room for a record of that length. Only assertions ask.
+// Returns whether the buffer exists and has room for a record of that length. Only assertions call this.
 [[maybe_unused]] bool HasRoomFor(std::uint32_t length) {
     return buffer.CkPtRecBuf != nullptr && length + kRecordLengthBytes <= buffer.capacity;
 }

@@ -19,10 +19,10 @@ inline constexpr std::size_t kRecordLengthBytes = 8;
 /// Frees the buffer, if there is one.
 void FreeRecordBuffer();
 
-/// Returns whether there is a buffer. The routines below require one.
+/// Returns whether there is a buffer. The routines below require a buffer.
 [[nodiscard]] bool RecordBufferExists();
 
-/// Fills the whole buffer with zeros. This means that no record was returned yet.
+/// Fills the whole buffer with zeros. A buffer of zeros means that no record has been returned yet.
 void ClearRecordBuffer();
 
 /// Copies a record into the buffer.

@@ -2,8 +2,8 @@
 
 // Holds the settings: one value for each keyword, named like the keyword.
 //
-// Init resets some of them to their defaults; then the keywords overwrite what they name. Only this directory
-// and StopLogging write settings.
+// Init resets some of them to their defaults; then each keyword that is given overwrites its setting. Only
+// the routines of this directory write settings.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ inline constexpr std::int32_t kMaxTenacitySeconds = 6000;
 inline constexpr std::int32_t kUnlimitedWait = -1;
 
 struct Settings {
-    // Each Init resets these to their defaults (ResetSettings). Nothing resets them in between, except LOG.
+    // Each Init resets these to their defaults (ResetSettings). Between two Inits only LOG can change.
 
     /// The largest message in bytes, and the size of the record buffers.
     std::int32_t BKSZ;
@@ -29,37 +29,37 @@ struct Settings {
     /// The seconds for which a failing open is repeated. Once Init has finished, this is the number of
     /// attempts.
     std::uint32_t OTENACITY;
-    /// OTENACITY is divided by this number to get the number of attempts. The same number is the pause between two
+    /// OTENACITY is divided by this number to get the number of attempts. It is also the pause between two
     /// attempts, in milliseconds.
     std::uint32_t OWAIT;
-    /// A message log is kept. StopLogging also clears this.
+    /// Says whether a message log is kept. StopLogging clears this.
     bool LOG;
-    /// A log failure ends the load. Init clears this if there is no log.
+    /// Says whether a log failure ends the load. Init clears this if there is no log.
     bool TLF;
-    /// A duplicate message ends the input.
+    /// Says whether a duplicate message ends the input.
     bool TDM;
     /// This is 0 for no conversion and 1 for conversion; any other value is the CCSID to convert to.
     std::int32_t CONVERT;
     /// This appears in the report and has no other effect: the checkpoint file is always flushed.
     bool FLUSH;
-    /// FLUSH T was given. It has no effect.
+    /// Says whether FLUSH T was given, which has no effect.
     bool flushT;
-    /// Checkpoints are taken to a file.
+    /// Says whether checkpoints are taken to a file.
     bool CKFILE;
-    /// Checkpoints are taken by MQ's own means (CKMQ in messages). No keyword sets this, so it is always off.
-    /// The mode is kept on purpose: the code that depends on it defines what it would do.
+    /// Says whether checkpoints are taken by MQ's own means (CKMQ in messages). No keyword sets this, so it
+    /// is always false. The mode is kept on purpose: the code that depends on it defines what it would do.
     bool MqCheckpointMode;
 
     // The keywords set these, and nothing resets them: an Init without the keyword keeps the value of an
     // earlier Init of the same loaded module.
 
-    /// The queue is opened exclusively.
+    /// Says whether the queue is opened exclusively.
     bool MQEX;
     bool qmgrGiven;
     bool qnmGiven;
     bool srvrGiven;
     bool chnlGiven;
-    /// Both names are filled with zeros, because MQ reads 48 bytes.
+    /// Both names are padded with zeros, because MQ always reads 48 bytes.
     char QMGR[kMaxNameCharacters + 1];
     char QNM[kMaxNameCharacters + 1];
     char tracePath[kPathBytes];
@@ -75,7 +75,7 @@ struct Settings {
 /// Switches logging off until an Init asks for a log again.
 void StopLogging();
 
-/// Gives write access to the routines of this directory.
+/// These are the same settings, for the routines of this directory to write.
 extern Settings writableSettings;
 
 /// Sets the defaults of the settings that each Init resets.

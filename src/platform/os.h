@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Declares the operating system as the module needs it, in one header with one source for each system
-// (os_posix.cpp, os_windows.cpp), which CMake chooses. No other file of the module knows which system it runs
-// on.
+// Declares what the module needs from the operating system. Each system has its own source file
+// (os_posix.cpp, os_windows.cpp), and CMake chooses one. Outside this directory no file of the module depends
+// on the system.
 #pragma once
 
 #include <cstddef>
@@ -26,9 +26,9 @@ struct MqLibraryNames {
 };
 extern const MqLibraryNames kMqLibraryNames;
 
-/// Deletes a file as Close does: with the command processor's "del" on Windows, with a file call elsewhere.
-/// Returns 0, or -1 with errno when the command could not be run or the file call failed. A command that runs
-/// but cannot delete the file is not noticed. A file that does not exist is not a failure.
+/// Deletes a file: with the command processor's "del" on Windows, with a file call elsewhere. Returns 0, or
+/// -1 with errno set if the command could not be run or the file call failed. A command that runs but cannot
+/// delete the file is not noticed. A file that does not exist is not a failure.
 [[nodiscard]] int DeleteByCommand(const char* path);
 
 /// Returns the number of this process.
@@ -44,8 +44,8 @@ void SleepMilliseconds(std::uint32_t milliseconds);
 /// Moves a stream to a position from GetStreamPosition. Returns false, with errno set, on failure.
 [[nodiscard]] bool SetStreamPosition(std::FILE* stream, std::int64_t position);
 
-/// Loads a shared library by path, or by a bare name that the system searches for. A library given by its
-/// full path finds the libraries in its own directory.
+/// Loads a shared library by path, or by a bare name that the system searches for. On Windows, a library
+/// given by its full path finds the libraries in its own directory.
 ///   reason  out  on failure the error message of the loader, truncated to reasonBytes; unchanged on success
 /// Returns a handle, or null. The library stays loaded until the process ends.
 [[nodiscard]] void* LoadSharedLibrary(const char* path, char* reason, std::size_t reasonBytes);

@@ -30,7 +30,7 @@ void SleepMilliseconds(std::uint32_t milliseconds) {
     }
 }
 
-// A position has 8 bytes, and glibc's fpos_t is wider. The offset of a binary stream is equivalent.
+// A position has 8 bytes, but glibc's fpos_t is wider. For a binary stream the offset says the same.
 bool GetStreamPosition(std::FILE* stream, std::int64_t& position) {
     const off_t offset = ftello(stream);
     if (offset == -1) return false;

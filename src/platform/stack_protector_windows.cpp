@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Provides the run-time support of the compiler's stack protector (-fstack-protector-strong) on Windows.
-// GCC's own library for it would make the module import ADVAPI32.dll, and the C library of mingw-w64 has
-// none.
+// GCC's own library for it would make the module import ADVAPI32.dll, and the C library of mingw-w64 has no
+// such support.
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
@@ -21,8 +21,8 @@ std::uintptr_t __stack_chk_guard = 0xFF0A0D00;
 
 namespace {
 
-/// Makes the guard random with what differs from one process to the next. It runs before the constructors of all
-/// other objects, and itself has no guard that could change under it.
+/// Mixes values that differ from process to process into the guard. It runs before all other constructors and
+/// is compiled without the stack protector, because the guard changes while it runs.
 __attribute__((constructor(101), no_stack_protector)) void ChooseGuard() {
     FILETIME time;
     GetSystemTimeAsFileTime(&time);
@@ -37,7 +37,8 @@ __attribute__((constructor(101), no_stack_protector)) void ChooseGuard() {
         mixed = (mixed ^ part) * 0x9E3779B97F4A7C15U;
         mixed ^= mixed >> 29;
     }
-    // The lowest byte stays 0, so that a string that is too long cannot write the guard as it was.
+    // The lowest byte stays 0: a string copied past its buffer ends at a NUL, so it cannot reproduce the
+    // guard.
     __stack_chk_guard = mixed << 8;
 }
 

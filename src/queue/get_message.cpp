@@ -24,13 +24,14 @@ struct GetState {
     MQGMO options;
     // These are the outputs of the last MQGET. Nothing clears them: a Read that makes no MQGET acts on them.
     GetOutcome outcome;
-    // The host's time-out has expired. Nothing clears this.
+    // Says whether the host's time-out has expired, in this Read or an earlier one. Nothing clears this.
     bool TimedOutFlag;
 };
 GetState state = {MqmdDefault(), MqgmoDefault(), {}, false};
 
-// The interval is the number of milliseconds divided by the seconds of the time-out. The mixed units are
-// deliberate: hosts are tuned to these slices. A time-out of 0 seconds does not divide.
+// Returns the milliseconds that the next MQGET waits. If the host has set a time-out, they are divided by its
+// number of seconds. The mixed units are deliberate: hosts are tuned to these slices. A number of seconds
+// that is not positive, or larger than the number of milliseconds, is ignored.
 MQLONG WaitInterval() {
     const std::int32_t rwait = Setting().RWAIT;
     const MQLONG interval = rwait == kUnlimitedWait ? kUnlimitedSlice : rwait;
@@ -42,8 +43,8 @@ MQLONG WaitInterval() {
 void PrepareGet() {
     state.options.Options = TakeNextGetSync() + MQGMO_WAIT;
     state.options.WaitInterval = WaitInterval();
-    // MQGET has put the identifiers of the last message here; unless they are cleared, it would wait for a
-    // message with the same ones.
+    // The last MQGET has put the identifiers of its message here. Unless they are cleared, the next one would
+    // wait for a message with the same identifiers.
     std::memset(state.descriptor.MsgId, 0, sizeof state.descriptor.MsgId);
     std::memset(state.descriptor.CorrelId, 0, sizeof state.descriptor.CorrelId);
     const std::int32_t convert = Setting().CONVERT;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Gets the next message within the limits of waiting.
+// Gets the next message from the queue and limits the wait for it.
 #pragma once
 
 #include "mqi/mqi.h"
@@ -11,7 +11,7 @@ namespace mqamod {
 enum class GetEnd {
     kMqOutcome,     ///< MQGET returned a message or failed with a reason other than "no message"
     kReadWaitOver,  ///< no message came within RWAIT
-    kTimedOut,  ///< the host's time-out has expired, now or in an earlier Read; a message got now is dropped
+    kTimedOut,      ///< the host's time-out has expired, now or earlier; a message received now is dropped
     kEofRequested,  ///< the host has asked for the end of the input; MQGET was not called
 };
 
@@ -24,15 +24,16 @@ struct GetOutcome {
 
 struct GetResult {
     GetEnd end;
-    /// Returns the outputs of the most recent MQGET. If this call did not reach an MQGET, they are those of
+    /// These are the outputs of the most recent MQGET. If GetMessage made no MQGET, they are left over from
     /// an earlier Read.
     GetOutcome outcome;
-    /// Returns how often the message got last had been backed out before. An MQGET that fails does not change
-    /// it.
+    /// This is how often the message received last had been backed out before. An MQGET that fails does not
+    /// change it.
     MQLONG backoutCount;
 };
 
-/// Calls MQGET, in slices of at most the wait interval, until it returns a message, fails or reaches a limit.
+/// Calls MQGET again and again, each time for at most the wait interval, until MQGET returns a message or
+/// fails, or a limit is reached.
 ///   buffer  out  BKSZ bytes, changed only by an MQGET that returns data, with or without a warning
 /// Requires an open queue.
 [[nodiscard]] GetResult GetMessage(void* buffer);

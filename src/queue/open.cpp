@@ -146,8 +146,8 @@ ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength) {
     if (rc != pmrcOK) return rc;
     TraceJobEvent("Queue open");
     ResetReadState();
-    // A failed Close may have left the checkpoint file open. It is dropped only here, because after a failure
-    // above a later CloseAll must still keep or delete the file.
+    // A failed Close may have left the checkpoint file open. It is dropped only here, because after one of
+    // the failures above a later CloseAll must still keep or delete the file.
     DropCkPtFileStream();
     return OpenCkPtFile();
 }

@@ -15,9 +15,9 @@ namespace mqamod {
 ///   openMode        in  1 for reading; anything else is refused
 ///   pathNameLength  in  a number above 0 only draws a warning
 /// Returns pmrcOK, with an error text if MQOPEN warned;
-///   pmrcFailure, with an error text, when a queue is open already, for another mode, and when the log, the
-///   connection, the queue or the checkpoint file cannot be opened. A connection stays until CloseAll. After
-///   a failed open of the checkpoint file the queue stays open as well (see QueueHandle).
+///   pmrcFailure, with an error text, if a queue is already open, if openMode is not 1, or if the log, the
+///   connection, the queue or the checkpoint file cannot be opened. A connection, once made, stays until
+///   CloseAll. After a failed open of the checkpoint file the queue stays open as well (see QueueHandle).
 [[nodiscard]] ReturnCode OpenQueue(std::int16_t openMode, std::uint16_t pathNameLength);
 
 /// Returns the completion code of the most recent MQOPEN, or MQCC_OK before any.

@@ -21,8 +21,8 @@ namespace mqamod {
 namespace {
 
 struct ReadState {
-    // Each record returned is kept in the last-record buffer. Each Open that opens the queue sets or clears
-    // this; Close and Shut do not clear it.
+    // Says whether each record returned is kept in the last-record buffer. Each Open that opens the queue
+    // sets or clears this; Close and Shut do not.
     bool KeepPreviousFlag;
 };
 ReadState state;
@@ -77,7 +77,8 @@ ReturnCode ClassifyGet(const GetOutcome& outcome) {
     return FailGet(FormatNumbered<Message::kGetFailed>(static_cast<long>(outcome.reason)));
 }
 
-// Classifies a wait that ended without a usable MQGET: pmrcOK if there is an outcome to classify.
+// Classifies how the wait ended: pmrcOK if ClassifyGet is to classify the outcome of MQGET, otherwise the
+// result of the Read.
 ReturnCode ClassifyWait(const GetResult& got) {
     if (got.end == GetEnd::kTimedOut) {
         TraceJobEvent(Severity::kWarning, "Expiration of TimeOut Value");

@@ -15,8 +15,8 @@ namespace mqamod {
 /// Returns pmrcOK with a record; a record from the checkpoint file may have no bytes.
 ///   pmrcEOF      no message came, the message is empty, MQGET failed without data, the host asked for the
 ///                end, MQ's limit for a unit of work is reached or, with TDM, the message is a duplicate
-///   pmrcTimeout  the host's time-out has expired, now or earlier; a message got in this Read is dropped
-///   pmrcFailure  with an error text: no queue is open, or a message cannot be got, saved, committed or
+///   pmrcTimeout  the host's time-out has expired, now or earlier; a message received in this Read is dropped
+///   pmrcFailure  with an error text: no queue is open, or a message cannot be received, saved, committed or
 ///                logged. The message is backed out only if it could not be saved
 ///   or what a pending checkpoint or the replay returned
 [[nodiscard]] ReturnCode ReadRecord(void* buffer, std::uint32_t& length);

@@ -16,11 +16,11 @@ namespace mqamod {
 namespace {
 
 struct CheckpointState {
-    // A position has been handed out and its checkpoint has not been carried out. DoGetPos, a successful
-    // SetPos and Init clear this.
+    // Says whether a position was handed out whose checkpoint has not been carried out yet. DoGetPos, a
+    // successful SetPos and Init clear this.
     bool CkPtPending;
-    // A checkpoint has been carried out or has failed. Nothing clears this, so a later load of the same
-    // process saves and commits from its first record on.
+    // Says whether a checkpoint was ever carried out or failed. Nothing clears this, so a later load in the
+    // same process saves and commits from its first record on.
     bool CkPtTaken;
 };
 CheckpointState state;
@@ -69,7 +69,7 @@ ReturnCode DoGetPos() {
     // because a trace statement, like the one above, flushes all streams whatever the trace level. Do not
     // remove or move that statement, and do not flush the stream here: the order of the calls on the file is
     // part of the contract. NoteLostBytes looks for an error of that flush, which nothing else reports.
-    // During a replay the file was complete before the statement.
+    // During a replay ResetCkptFile has itself flushed what it wrote.
     if (!ReplayFromCkPt()) NoteLostBytes();
     state.CkPtPending = false;
     state.CkPtTaken = true;

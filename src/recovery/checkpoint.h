@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Takes checkpoints. GetPos hands out a position immediately and marks a checkpoint as pending. It is carried
-// out one step later: by the next Read, by a SetPos to the same position, or by a repeated GetPos. From the
-// first checkpoint on, every message is saved in the checkpoint file before it is committed.
+// Takes checkpoints. GetPos hands out a position immediately and marks a checkpoint as pending. The
+// checkpoint is carried out one step later: by the next Read, by a SetPos to the same position, or by a
+// repeated GetPos. From the first checkpoint on, every message is saved in the checkpoint file before it is
+// committed.
 #pragma once
 
 #include "mqamod.h"
@@ -10,10 +11,10 @@
 namespace mqamod {
 
 /// Serves the GetPos request.
-///   position  out  the module's own block, which the host must copy before its next request; null when none is
-///                  handed out
-/// Returns pmrcOK with a position; or without one, when a checkpoint was pending and has now been carried out (an
-/// error text warns of the redundant request);
+///   position  out  the module's own block, which the host must copy before its next request; null if no
+///                  position is handed out
+/// Returns pmrcOK with a position; or without one, when a checkpoint was pending and has now been carried out
+/// (an error text warns of the redundant request);
 ///   pmrcFailure, with an error text, without checkpointing or when the pending checkpoint failed;
 ///   pmrcNotSupported when the pending checkpoint is not to a file
 [[nodiscard]] ReturnCode GetPosition(const PositionData*& position);
@@ -25,13 +26,12 @@ namespace mqamod {
 /// unchanged.
 [[nodiscard]] ReturnCode DoGetPos();
 
-/// Returns whether a position has been handed out whose checkpoint has not been carried out. Cleared by
-/// DoGetPos, a successful SetPos and Init, but not by Close, Open or Shut.
+/// Returns whether a position has been handed out whose checkpoint has not been carried out. DoGetPos, a
+/// successful SetPos and Init clear this; Close, Open and Shut do not.
 [[nodiscard]] bool CkPtPending();
 void ClearCkPtPending();
 
-/// Returns whether a checkpoint has been carried out, or has failed, since the module was loaded. Never
-/// cleared.
+/// Returns whether a checkpoint has been carried out, or has failed, since the module was loaded.
 [[nodiscard]] bool CkPtTaken();
 
 }  // namespace mqamod

@@ -22,21 +22,21 @@ struct CkPtFileState {
     // Open sets this. The release at Close and Shut clears it, and so does a rewrite that failed while the
     // file was closed. It survives a Shut that failed at the queue, until the next Open that opens the queue.
     std::FILE* CkPtFileStream;
-    // Bytes written to the stream never reached the file. Closing the stream clears this.
+    // Says whether bytes written to the stream were lost before they reached the file. Closing the stream
+    // clears this.
     bool lostBytes;
-    // This is the errno of that write. It is meaningless unless lostBytes is set.
+    // This is the errno of the call that lost the bytes. It is meaningless unless lostBytes is set.
     int lostError;
-    // The stream has been read since it was opened or positioned. NoteCkPtFileRead sets this; SaveRecord
-    // clears it once it has positioned the stream, and so does closing the stream.
+    // Says whether the stream has been read since it was opened or SaveRecord positioned it. NoteCkPtFileRead
+    // sets this; SaveRecord clears it once it has positioned the stream, and so does closing the stream.
     bool wasRead;
-    // The file has been released once, so no later Open looks for an existing one: each creates an empty
-    // file. Every Close or Shut that reaches the checkpoint file sets this, even if none was open. Nothing
-    // clears it.
+    // Says whether the file was ever released. If so, Open does not look for an existing file but creates an
+    // empty one. Every Close or Shut that reaches the checkpoint file sets this, even if none was open.
+    // Nothing clears it.
     bool FreshCkPtFile;
-    // The last release kept the file. A release that deletes it clears this; Shut does not.
+    // Says whether the last release kept the file. A release that deletes the file clears this.
     bool preserved;
-    // This is the buffer of the stream, large enough that a record of usual size reaches the file in one
-    // write.
+    // This buffer of the stream is large enough that a record of usual size reaches the file in one write.
     char streamBuffer[65536];
 };
 CkPtFileState state;
@@ -63,8 +63,8 @@ ReturnCode FailSave(const char* failingCall, int error) {
     return pmrcFailure;
 }
 
-// A C stream that was read must be positioned before it is written, or the record may end up in the buffer that
-// was read ahead and never reach the file, although every call succeeds.
+// Positions the stream if it was read, as C requires before a write. Without this the record may end up in
+// the buffer that was read ahead and never reach the file, although every call succeeds.
 bool PrepareToWrite(std::int64_t offset) {
     if (!state.wasRead) return true;
     if (!SetStreamPosition(state.CkPtFileStream, offset)) return false;
@@ -136,7 +136,8 @@ ReturnCode SaveRecord(const void* record, std::uint32_t length) {
     return FailSave(written ? "fflush" : "fwrite", error);
 }
 
-// ferror() alone would not do: repositioning the stream clears it, and a failed read sets it too.
+// The stream's error indicator cannot replace lostBytes: repositioning the stream clears it, and a failed
+// read sets it too.
 void NoteLostBytes() {
     if (state.CkPtFileStream == nullptr || std::ferror(state.CkPtFileStream) == 0) return;
     state.lostBytes = true;

@@ -18,19 +18,20 @@
 namespace mqamod {
 
 /// Opens the file of the CKFILE setting. A file that exists is opened for recovery and keeps its contents,
-/// unless ReleaseCkPtFile has run in this process. Otherwise an empty file is created. Clears the last-record
-/// buffer. Does nothing without checkpointing. Returns pmrcOK; or pmrcFailure, with an error text, when the
-/// file cannot be looked for or opened, when there is no last-record buffer because Init failed, or, with
-/// checkpoints by MQ, when a new file has no room for one record: the last-record buffer is then freed.
+/// unless ReleaseCkPtFile has run in this process. Then, and if no file exists, an empty file is created.
+/// Clears the last-record buffer. Does nothing without checkpointing. Returns pmrcOK; or pmrcFailure, with an
+/// error text, when the file cannot be looked for or opened, when there is no last-record buffer because Init
+/// failed, or, with checkpoints by MQ, when a new file has no room for one record: the last-record buffer is
+/// then freed.
 [[nodiscard]] ReturnCode OpenCkPtFile();
 
 /// Makes a message safe before it is committed: it becomes the last record, is appended to the file at the
 /// position that CkPtOffset then has, and is flushed.
 ///   length  in  bytes, at most BKSZ
-/// Returns pmrcOK; or pmrcFailure, when no file is open, when the file has lost bytes before, and when
-/// getting or setting the position, writing or flushing failed. The unit of work was then backed out. The error text is
-/// that of the failure or, if backing out failed as well, of the back-out. The record stays the last one, and
-/// CkPtOffset has changed unless getting the position failed.
+/// Returns pmrcOK; or pmrcFailure, if no file is open, if the stream has lost bytes before, or if getting or
+/// setting the position, writing or flushing failed. In each case the unit of work has been backed out. The
+/// error text is that of the failure or, if backing out failed as well, of the back-out. The record stays the
+/// last one, and CkPtOffset has changed, unless the position could not be read.
 [[nodiscard]] ReturnCode SaveRecord(const void* record, std::uint32_t length);
 
 /// Records whether the stream has lost bytes. A failed flush of all streams goes unreported, and some C
@@ -53,8 +54,8 @@ void ReleaseCkPtFile();
 /// Returns pmrcOK; or pmrcFailure, with an error text naming the function, and no stream.
 [[nodiscard]] ReturnCode ReopenCkPtFile(const char* mode, const char* function);
 
-/// Records that the stream is being read, so that the next SaveRecord positions it before writing. Everything that
-/// reads the stream and leaves it open calls this.
+/// Records that the stream is being read, so that the next SaveRecord positions it before writing. Everything
+/// that reads the stream and leaves it open calls this.
 void NoteCkPtFileRead();
 
 /// Closes the stream, if there is one, without deleting the file.

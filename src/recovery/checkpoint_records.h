@@ -17,7 +17,7 @@ inline constexpr std::size_t kSequenceBytes = 4;
 /// Says how the read of a piece ended.
 struct PieceRead {
     bool complete;      ///< all bytes of the piece were read
-    bool atEnd;         ///< they were not, because the file ends
+    bool atEnd;         ///< the piece is incomplete because the file ends
     std::size_t bytes;  ///< number of bytes that were read
 };
 

@@ -28,8 +28,8 @@ ReturnCode Fail(const char* message, const char* failingCall = nullptr) {
     return pmrcFailure;
 }
 
-// Reports a write or read that moved fewer bytes than expected: the counts go to the trace, the call and its reason
-// to the error text.
+// Reports a write or read that moved fewer bytes than expected: the counts go to the trace, the call and its
+// reason to the error text.
 template <Message kMessage>
 ReturnCode FailCount(std::size_t expected, std::size_t moved, const char* what, const char* failingCall,
                      std::FILE* stream, Activity activity) {
@@ -59,14 +59,14 @@ std::size_t KeptRecordBytes() {
     return static_cast<std::size_t>(KeptRecordLength()) + kRecordLengthBytes;
 }
 
-// Every record in the file has been delivered, so the file is truncated and rewritten.
+// Truncates the file and begins it again. Every record in it has been delivered.
 ReturnCode TruncateAndRewrite() {
     ReturnCode rc = ReopenCkPtFile("wb+", kFunction);
     if (rc != pmrcOK) return rc;
     rc = WriteHeader(CkPtFileStream(), Activity::kCheckpoint);
     if (rc != pmrcOK) return rc;
-    // This trace statement flushes all streams, and with them the header. An error of that flush is noticed
-    // by the next WriteBytes. Do not remove the statement, and do not flush the stream here: the order of the
+    // This trace statement flushes all streams, and with them the header. If that flush fails, the next
+    // WriteBytes notices it. Do not remove the statement, and do not flush the stream here: the order of the
     // calls on the file is part of the contract.
     TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Checkpoint file starting checkpoint sequence %d", CkPtSeq()));
@@ -121,8 +121,8 @@ ReturnCode WriteTempFile(std::FILE* temp) {
     return rc;
 }
 
-// The temporary file is about to become the only copy, so all of it must have reached the operating system
-// before the checkpoint file is deleted.
+// Flushes the temporary file. It is about to become the only copy, so all of it must reach the operating
+// system before the checkpoint file is deleted.
 ReturnCode FlushTempFile(std::FILE* temp) {
     if (std::fflush(temp) == 0 && std::ferror(temp) == 0) return pmrcOK;
     const char* reason = StreamReason(temp);
@@ -131,8 +131,8 @@ ReturnCode FlushTempFile(std::FILE* temp) {
 }
 
 // Replaces the checkpoint file with the temporary file. This uses file calls and not the command processor:
-// its rename command refuses a new name that contains a directory, and the checkpoint file is already deleted
-// then.
+// its rename command refuses a new name that contains a directory, and would do so after the checkpoint file
+// was deleted.
 ReturnCode ReplaceCkPtFile() {
     const char* temp = Setting().FilePathTemp;
     const char* path = Setting().checkpointPath;
@@ -160,7 +160,8 @@ ReturnCode SkipDelivered(std::size_t bytes) {
     return pmrcOK;
 }
 
-// The records after the position of the stream have not been delivered yet and must survive.
+// Rewrites the file through the temporary file, because the records after the position of the stream have not
+// been delivered yet and must survive.
 ReturnCode RewriteDuringReplay() {
     const char* temp = Setting().FilePathTemp;
     TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction, FormatText("FilePathTemp '%s'", temp));

@@ -22,7 +22,7 @@ struct LogState {
     // Open sets this. Close and Shut clear it, and so do the next Open and a failed write that ends the
     // logging.
     std::FILE* stream;
-    // The last CloseLogFile kept the file. One that deletes the file clears this; Shut does not.
+    // Says whether the last CloseLogFile kept the file. A CloseLogFile that deletes the file clears this.
     bool preserved;
 };
 LogState log;

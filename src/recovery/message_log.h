@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Writes the message log: the bytes of every record got from the queue, one after another, without headers or
-// separators. It is flushed after every record.
+// Writes the message log: the bytes of every record read from the queue, one after another, without headers
+// or separators. It is flushed after every record.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@ namespace mqamod {
 /// Writes one record to the message log and flushes it.
 ///   record  in  the bytes as handed to the host
 ///   length  in  bytes; 0 writes nothing but still flushes
-/// Returns pmrcOK; also when the write failed and the TLF setting allows the load to continue without a log:
-/// logging is then off, and the error text says so. Returns pmrcFailure, with an error text, when the write
-/// or the flush failed otherwise. Requires an open log.
+/// Returns pmrcOK, even if the write failed, when the TLF setting allows the load to continue without a log:
+/// logging is then off, and the error text says so. Returns pmrcFailure, with an error text, if the write
+/// failed and TLF does not allow that, or if the flush failed. Requires an open log.
 [[nodiscard]] ReturnCode WriteLogRec(const void* record, std::uint32_t length);
 
 /// Closes the log, if it is open, and keeps or deletes its file depending on PreserveRestartInfo. Never

@@ -5,18 +5,20 @@ namespace mqamod {
 
 namespace {
 
-// Positions come back from the host and sequence numbers from the file, so both may have any 32-bit value.
+// Adds two numbers and wraps around at 32 bits. Positions come back from the host and sequence numbers from
+// the file, so both may have any 32-bit value.
 std::int32_t WrapAround(std::int32_t number, std::uint32_t step) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + step);
 }
 
 struct Position {
-    // This is the block that GetPos hands out. CkPtSeq is its first field: it is 0 after each Open, SetPos
-    // sets it, and neither Close nor Shut clears it. Each GetPos sets the other fields; nothing clears them.
+    // This is the block that GetPos hands out. CkPtSeq is its first field: it is 0 after each Open, each
+    // position handed out adds 1, SetPos sets it, and neither Close nor Shut clears it. Each GetPos sets the
+    // other fields; nothing clears them.
     PositionData handedOut;
     // This is 0 after each Open, and SetPos sets it. Neither Close, which reports it, nor Shut clears it.
     std::int32_t MsgCount;
-    // Nothing clears this.
+    // This is 0 when the module is loaded. Nothing clears it.
     std::int64_t CkPtOffset;
 };
 Position position;

@@ -10,7 +10,7 @@
 
 namespace mqamod {
 
-/// Starts a new queue: no checkpoint, no record. CkPtOffset keeps its value.
+/// Sets CkPtSeq and MsgCount to 0 for a queue that was just opened. CkPtOffset keeps its value.
 void ResetPosition();
 
 /// Returns the sequence number of the last checkpoint: 0 after Open, one more after each position handed out.
@@ -20,7 +20,7 @@ void SetCkPtSeq(std::int32_t sequence);
 
 /// Returns the number of records returned since Open. After SetPos it continues from the count of the
 /// position. Close does not change it. Like the sequence number it wraps around at 32 bits, since a host may
-/// hand in any position.
+/// pass any position.
 [[nodiscard]] std::int32_t MsgCount();
 
 /// Counts a record that is being returned.

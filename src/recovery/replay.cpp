@@ -17,8 +17,8 @@ namespace mqamod {
 namespace {
 
 struct ReplayState {
-    // Records come from the checkpoint file. A successful SetPos sets this. The Read that meets the end of
-    // the file clears it, and so does an Open that opens the queue. Close and Shut leave it.
+    // Says whether records come from the checkpoint file. A successful SetPos sets this. The Read that meets
+    // the end of the file clears it, and so does an Open that opens the queue. Close and Shut leave it.
     bool ReplayFromCkPt;
 };
 ReplayState state;

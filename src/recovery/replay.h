@@ -13,7 +13,7 @@ namespace mqamod {
 enum class ReplayRead {
     kRecord,        ///< a record was returned
     kEndOfReplay,   ///< the file has no more records, and the replay has ended: the queue comes next
-    kFailed,        ///< see the error text
+    kFailed,        ///< no record could be read; the error text says why
     kNotSupported,  ///< checkpoints are not in a file; no error text
 };
 

@@ -26,8 +26,9 @@ ReturnCode Fail(const char* message) {
     return pmrcFailure;
 }
 
-// The checkpoint of this position was never carried out, so the file still belongs to the previous checkpoint
-// and contains the records since then. The replay starts at the place that the position names.
+// Moves the stream to the place that the position names, where the replay starts. The checkpoint of this
+// position was never carried out, so the file still belongs to the previous checkpoint and contains the
+// records since then.
 ReturnCode SeekToPosition(const PositionData& position) {
     TraceLine(TraceLevel::kJobEvents, Severity::kInfo, kFunction,
               FormatText("Repositioning file to sequence: %d", position.CkPtSeq));
@@ -36,7 +37,7 @@ ReturnCode SeekToPosition(const PositionData& position) {
               FormatText("CkPtOffset: %d", static_cast<int>(position.CkPtOffset)));
     if (SetStreamPosition(CkPtFileStream(), position.CkPtOffset)) return pmrcOK;
     const char* reason = StreamReason(CkPtFileStream());
-    // This message only becomes the message text. What is reported is the activity.
+    // This message only becomes the message text. The error that is reported is "reposition".
     FormatNumbered<Message::kRepositionFailed>();
     ReportStreamError(Severity::kError, kFunction, "reposition", "fsetpos", Activity::kCheckpoint, reason);
     return pmrcFailure;
