@@ -47,11 +47,11 @@ std::string DescribeWhatIsSafe(const Retries& retries) {
     return "nothing was loaded: every message is on the queue";
 }
 
-constexpr const char* kRunAgain = "run the same command again";
-constexpr const char* kFixAndRunAgain = "fix that, then run the same command again";
+constexpr const char* kRunAgainText = "run the same command again";
+constexpr const char* kFixAndRunAgainText = "fix that, then run the same command again";
 
 // `next` says what to do first.
-void PrintWhatIsSafe(const Retries& retries, const std::string& next = kRunAgain) {
+void PrintWhatIsSafe(const Retries& retries, const std::string& next = kRunAgainText) {
     PrintMessage("  safe      " + DescribeWhatIsSafe(retries) + "\n  next      " + next +
                  (IsUnfinished(retries.seen) ? ": it resumes there\n" : "\n"));
 }
@@ -77,7 +77,7 @@ int EndOnRequest(const Retries& retries) {
 int EndWith(AttemptEnd end, const Retries& retries) {
     const AttemptEndRow& row = FindAttemptEnd(end);
     if (row.hint == NextHint::kRunAgain) PrintWhatIsSafe(retries);
-    if (row.hint == NextHint::kFixAndRunAgain) PrintWhatIsSafe(retries, kFixAndRunAgain);
+    if (row.hint == NextHint::kFixAndRunAgain) PrintWhatIsSafe(retries, kFixAndRunAgainText);
     return row.exitCode;
 }
 

@@ -12,8 +12,8 @@ constexpr MQLONG kSyncpointOptions =
 constexpr MQLONG kBrowseOptions =
     mqi::MQGMO_BROWSE_FIRST | mqi::MQGMO_BROWSE_NEXT | mqi::MQGMO_BROWSE_MSG_UNDER_CURSOR;
 constexpr MQLONG kLockOptions = mqi::MQGMO_LOCK | mqi::MQGMO_UNLOCK;
-constexpr MQLONG kInputOptions = MQOO_INPUT_AS_Q_DEF | mqi::MQOO_INPUT_SHARED | MQOO_INPUT_EXCLUSIVE;
-constexpr MQLONG kPublishedOptions = 0x1FFFFFFF;
+constexpr MQLONG kOpenForInputOptions = MQOO_INPUT_AS_Q_DEF | mqi::MQOO_INPUT_SHARED | MQOO_INPUT_EXCLUSIVE;
+constexpr MQLONG kPublishedGetOptions = 0x1FFFFFFF;
 constexpr MQLONG kPublishedMatchOptions = 63;
 // The stand-in has no signals, locks or marks, and cannot skip a back-out. Options about groups, segments and
 // properties are accepted, because they make no difference to messages that have none.
@@ -21,7 +21,7 @@ constexpr MQLONG kUnsupportedOptions = mqi::MQGMO_SET_SIGNAL | kLockOptions | 12
 
 Outcome CheckOptions(const mqi::MQGMO& gmo) {
     const MQLONG options = gmo.Options;
-    if ((options & ~kPublishedOptions) != 0 || !HasAtMostOneBit(options & kSyncpointOptions) ||
+    if ((options & ~kPublishedGetOptions) != 0 || !HasAtMostOneBit(options & kSyncpointOptions) ||
         !HasAtMostOneBit(options & (kBrowseOptions | mqi::MQGMO_MSG_UNDER_CURSOR))) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
     }
@@ -77,7 +77,7 @@ Outcome CheckObject(GetState& get) {
     if (usesCursor && (object.options & mqi::MQOO_BROWSE) == 0) {
         return Failed(mqi::MQRC_NOT_OPEN_FOR_BROWSE);
     }
-    if (!get.isBrowse && (object.options & kInputOptions) == 0) {
+    if (!get.isBrowse && (object.options & kOpenForInputOptions) == 0) {
         return Failed(mqi::MQRC_NOT_OPEN_FOR_INPUT);
     }
     return kOk;

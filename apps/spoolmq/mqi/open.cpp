@@ -14,13 +14,13 @@ constexpr MQLONG kInputOptions = MQOO_INPUT_AS_Q_DEF | mqi::MQOO_INPUT_SHARED | 
 constexpr MQLONG kSetOption = 64;
 constexpr MQLONG kAccessOptions =
     kInputOptions | mqi::MQOO_BROWSE | mqi::MQOO_OUTPUT | mqi::MQOO_INQUIRE | kSetOption;
-constexpr MQLONG kPublishedOptions = 0x1FFFFF;
+constexpr MQLONG kPublishedOpenOptions = 0x1FFFFF;
 constexpr MQLONG kReadAheadOptions = 524288 | 1048576;
 constexpr MQLONG kBindOptions = 16384 | 32768;
 constexpr MQLONG kCloseQuiesce = 32;  // MQCO_QUIESCE, which only matters with read-ahead
 
 bool AreOptionsValid(MQLONG options) {
-    return (options & ~kPublishedOptions) == 0 && (options & kAccessOptions) != 0 &&
+    return (options & ~kPublishedOpenOptions) == 0 && (options & kAccessOptions) != 0 &&
            HasAtMostOneBit(options & kInputOptions) && HasAtMostOneBit(options & kReadAheadOptions) &&
            HasAtMostOneBit(options & kBindOptions);
 }

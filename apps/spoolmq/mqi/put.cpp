@@ -15,7 +15,7 @@ namespace spoolmq {
 
 namespace {
 
-constexpr MQLONG kPublishedOptions = 0x7FFFF;
+constexpr MQLONG kPublishedPutOptions = 0x7FFFF;
 
 void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD& md) {
     const bool isIdentityGiven =
@@ -104,7 +104,7 @@ Outcome CheckCall(const PutCall& call, mqi::MQMD& md, mqi::MQPMO& pmo) {
         return Failed(mqi::MQRC_BUFFER_ERROR);
     }
     const MQLONG both = mqi::MQPMO_SYNCPOINT | mqi::MQPMO_NO_SYNCPOINT;
-    if ((pmo.Options & both) == both || (pmo.Options & ~kPublishedOptions) != 0) {
+    if ((pmo.Options & both) == both || (pmo.Options & ~kPublishedPutOptions) != 0) {
         return Failed(mqi::MQRC_OPTIONS_ERROR);
     }
     return CheckDescriptor(md);

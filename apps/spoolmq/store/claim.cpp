@@ -10,7 +10,7 @@ namespace spoolmq {
 namespace {
 
 // A unit never holds nearly as many copied-in files of one name and one clock tick.
-constexpr int kMaxNameAttempts = 1000;
+constexpr int kMaxClaimNameAttempts = 1000;
 
 UnitStage StageOf(Syncpoint syncpoint) {
     return syncpoint == Syncpoint::kYes ? UnitStage::kGot : UnitStage::kTaking;
@@ -42,7 +42,7 @@ Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std
     Unit& unit = queue.connection->unit;
     const std::string from = queue.state->path + '/' + found.fileName;
     FileStatus status = FileStatus::kExists;
-    for (int attempt = 0; status == FileStatus::kExists && attempt < kMaxNameAttempts; ++attempt) {
+    for (int attempt = 0; status == FileStatus::kExists && attempt < kMaxClaimNameAttempts; ++attempt) {
         if (attempt > 0) {
             ++found.name.stampNs;
         }

@@ -94,10 +94,6 @@ std::string FormatStamp(std::int64_t stampNs) {
     return text;
 }
 
-bool EndsWith(std::string_view text, std::string_view end) {
-    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-}
-
 bool IsObjectCharacter(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
            (c != '\0' && std::strchr("./_%", c) != nullptr);
@@ -161,7 +157,7 @@ bool IsIgnoredFile(std::string_view fileName) {
         return true;
     }
     for (const std::string_view ending : endings) {
-        if (EndsWith(fileName, ending)) {
+        if (fileName.ends_with(ending)) {
             return true;
         }
     }

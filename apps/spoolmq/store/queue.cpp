@@ -21,7 +21,7 @@ constexpr std::string_view kSharedEnding = ".shared";
 constexpr std::string_view kExclusiveEnding = ".exclusive";
 constexpr std::int32_t kNoDepthLimit = 999999999;
 
-bool EndsWith(std::string_view text, std::string_view end) {
+bool IsNameWithEnding(std::string_view text, std::string_view end) {
     return text.size() > end.size() && text.substr(text.size() - end.size()) == end;
 }
 
@@ -47,8 +47,8 @@ InputOpens CountInputOpens(const std::string& queuePath) {
         return opens;
     }
     for (const platform::DirectoryEntry& entry : entries) {
-        const bool isShared = EndsWith(entry.name, kSharedEnding);
-        if (!isShared && !EndsWith(entry.name, kExclusiveEnding)) {
+        const bool isShared = IsNameWithEnding(entry.name, kSharedEnding);
+        if (!isShared && !IsNameWithEnding(entry.name, kExclusiveEnding)) {
             continue;
         }
         const std::string path = OpensPath(queuePath) + '/' + entry.name;
