@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int kNone = -1;
+constexpr int kNoArgument = -1;
 
 // How the bits of an argument are compared to decide whether a call belongs to a row of the table.
 enum class Match { kAnyBit, kNoBit, kEqual };
@@ -30,76 +30,76 @@ struct CallRow {
     int number;
     const char* name;
     int descriptor;  // index of the argument that is the file, or the directory at which the path begins
-    int path;        // index of the argument, or kNone if the descriptor is the file
-    int length;      // index of the argument, or kNone
-    int flags;       // index of the argument that must match, or kNone if every call belongs to the row
+    int path;        // index of the argument, or kNoArgument if the descriptor is the file
+    int length;      // index of the argument, or kNoArgument
+    int flags;       // index of the argument that must match, or kNoArgument if every call belongs to the row
     std::uint32_t bits = 0;
     Match match = Match::kAnyBit;
 };
 
 constexpr std::uint32_t kMakesOrEmpties = O_CREAT | O_TRUNC;
 
-constexpr CallRow kCalls[] = {
-    {SYS_write, "write", 0, kNone, 2, kNone},
-    {SYS_pwrite64, "pwrite64", 0, kNone, 2, kNone},
-    {SYS_writev, "writev", 0, kNone, kNone, kNone},
-    {SYS_pwritev, "pwritev", 0, kNone, kNone, kNone},
-    {SYS_copy_file_range, "copy_file_range", 2, kNone, kNone, kNone},
-    {SYS_sendfile, "sendfile", 0, kNone, kNone, kNone},
-    {SYS_ftruncate, "ftruncate", 0, kNone, kNone, kNone},
-    {SYS_fallocate, "fallocate", 0, kNone, kNone, kNone},
-    {SYS_fsync, "fsync", 0, kNone, kNone, kNone},
-    {SYS_fdatasync, "fdatasync", 0, kNone, kNone, kNone},
-    {SYS_fchmod, "fchmod", 0, kNone, kNone, kNone},
-    {SYS_fchown, "fchown", 0, kNone, kNone, kNone},
-    {SYS_truncate, "truncate", kNone, 0, kNone, kNone},
-    {SYS_open, "open", kNone, 0, kNone, 1, kMakesOrEmpties},
-    {SYS_openat, "openat", 0, 1, kNone, 2, kMakesOrEmpties},
-    {SYS_creat, "creat", kNone, 0, kNone, kNone},
-    {SYS_rename, "rename", kNone, 0, kNone, kNone},
-    {SYS_renameat, "renameat", 0, 1, kNone, kNone},
-    {SYS_renameat2, "renameat2", 0, 1, kNone, kNone},
-    {SYS_unlink, "unlink", kNone, 0, kNone, kNone},
-    {SYS_unlinkat, "unlinkat", 0, 1, kNone, kNone},
-    {SYS_mkdir, "mkdir", kNone, 0, kNone, kNone},
-    {SYS_mkdirat, "mkdirat", 0, 1, kNone, kNone},
-    {SYS_rmdir, "rmdir", kNone, 0, kNone, kNone},
-    {SYS_link, "link", kNone, 1, kNone, kNone},
-    {SYS_linkat, "linkat", 2, 3, kNone, kNone},
-    {SYS_symlink, "symlink", kNone, 1, kNone, kNone},
-    {SYS_symlinkat, "symlinkat", 1, 2, kNone, kNone},
-    {SYS_chmod, "chmod", kNone, 0, kNone, kNone},
-    {SYS_fchmodat, "fchmodat", 0, 1, kNone, kNone},
-    {SYS_utimensat, "utimensat", 0, 1, kNone, kNone},
-    {SYS_mmap, "mmap", 4, kNone, kNone, 3, MAP_SHARED},
+constexpr CallRow kCallRows[] = {
+    {SYS_write, "write", 0, kNoArgument, 2, kNoArgument},
+    {SYS_pwrite64, "pwrite64", 0, kNoArgument, 2, kNoArgument},
+    {SYS_writev, "writev", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_pwritev, "pwritev", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_copy_file_range, "copy_file_range", 2, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_sendfile, "sendfile", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_ftruncate, "ftruncate", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_fallocate, "fallocate", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_fsync, "fsync", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_fdatasync, "fdatasync", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_fchmod, "fchmod", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_fchown, "fchown", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_truncate, "truncate", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_open, "open", kNoArgument, 0, kNoArgument, 1, kMakesOrEmpties},
+    {SYS_openat, "openat", 0, 1, kNoArgument, 2, kMakesOrEmpties},
+    {SYS_creat, "creat", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_rename, "rename", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_renameat, "renameat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_renameat2, "renameat2", 0, 1, kNoArgument, kNoArgument},
+    {SYS_unlink, "unlink", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_unlinkat, "unlinkat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_mkdir, "mkdir", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_mkdirat, "mkdirat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_rmdir, "rmdir", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_link, "link", kNoArgument, 1, kNoArgument, kNoArgument},
+    {SYS_linkat, "linkat", 2, 3, kNoArgument, kNoArgument},
+    {SYS_symlink, "symlink", kNoArgument, 1, kNoArgument, kNoArgument},
+    {SYS_symlinkat, "symlinkat", 1, 2, kNoArgument, kNoArgument},
+    {SYS_chmod, "chmod", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_fchmodat, "fchmodat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_utimensat, "utimensat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_mmap, "mmap", 4, kNoArgument, kNoArgument, 3, MAP_SHARED},
 };
 
 // These calls change no file, but a load can notice their failure.
 constexpr CallRow kLooks[] = {
-    {SYS_read, "read", 0, kNone, kNone, kNone},
-    {SYS_pread64, "pread64", 0, kNone, kNone, kNone},
-    {SYS_readv, "readv", 0, kNone, kNone, kNone},
-    {SYS_preadv, "preadv", 0, kNone, kNone, kNone},
-    {SYS_open, "open", kNone, 0, kNone, 1, kMakesOrEmpties, Match::kNoBit},
-    {SYS_openat, "openat", 0, 1, kNone, 2, kMakesOrEmpties, Match::kNoBit},
-    {SYS_close, "close", 0, kNone, kNone, kNone},
-    {SYS_lseek, "lseek", 0, kNone, kNone, kNone},
-    {SYS_access, "access", kNone, 0, kNone, kNone},
-    {SYS_faccessat, "faccessat", 0, 1, kNone, kNone},
-    {SYS_faccessat2, "faccessat2", 0, 1, kNone, kNone},
-    {SYS_stat, "stat", kNone, 0, kNone, kNone},
-    {SYS_fstat, "fstat", 0, kNone, kNone, kNone},
-    {SYS_lstat, "lstat", kNone, 0, kNone, kNone},
-    {SYS_newfstatat, "newfstatat", 0, 1, kNone, kNone},
-    {SYS_statx, "statx", 0, 1, kNone, kNone},
-    {SYS_readlink, "readlink", kNone, 0, kNone, kNone},
-    {SYS_readlinkat, "readlinkat", 0, 1, kNone, kNone},
-    {SYS_getdents64, "getdents64", 0, kNone, kNone, kNone},
-    {SYS_flock, "flock", 0, kNone, kNone, kNone},
-    {SYS_fcntl, "fcntl F_SETLK", 0, kNone, kNone, 1, F_SETLK, Match::kEqual},
-    {SYS_fcntl, "fcntl F_SETLKW", 0, kNone, kNone, 1, F_SETLKW, Match::kEqual},
-    {SYS_fcntl, "fcntl F_GETLK", 0, kNone, kNone, 1, F_GETLK, Match::kEqual},
-    {SYS_fcntl, "fcntl F_OFD_SETLK", 0, kNone, kNone, 1, F_OFD_SETLK, Match::kEqual},
+    {SYS_read, "read", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_pread64, "pread64", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_readv, "readv", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_preadv, "preadv", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_open, "open", kNoArgument, 0, kNoArgument, 1, kMakesOrEmpties, Match::kNoBit},
+    {SYS_openat, "openat", 0, 1, kNoArgument, 2, kMakesOrEmpties, Match::kNoBit},
+    {SYS_close, "close", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_lseek, "lseek", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_access, "access", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_faccessat, "faccessat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_faccessat2, "faccessat2", 0, 1, kNoArgument, kNoArgument},
+    {SYS_stat, "stat", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_fstat, "fstat", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_lstat, "lstat", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_newfstatat, "newfstatat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_statx, "statx", 0, 1, kNoArgument, kNoArgument},
+    {SYS_readlink, "readlink", kNoArgument, 0, kNoArgument, kNoArgument},
+    {SYS_readlinkat, "readlinkat", 0, 1, kNoArgument, kNoArgument},
+    {SYS_getdents64, "getdents64", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_flock, "flock", 0, kNoArgument, kNoArgument, kNoArgument},
+    {SYS_fcntl, "fcntl F_SETLK", 0, kNoArgument, kNoArgument, 1, F_SETLK, Match::kEqual},
+    {SYS_fcntl, "fcntl F_SETLKW", 0, kNoArgument, kNoArgument, 1, F_SETLKW, Match::kEqual},
+    {SYS_fcntl, "fcntl F_GETLK", 0, kNoArgument, kNoArgument, 1, F_GETLK, Match::kEqual},
+    {SYS_fcntl, "fcntl F_OFD_SETLK", 0, kNoArgument, kNoArgument, 1, F_OFD_SETLK, Match::kEqual},
 };
 
 // These calls change no file either, and what they change ends with the process.
@@ -191,7 +191,7 @@ std::uint32_t ArgumentOffset(int index) {
 // Makes the filter stop at the calls of the row.
 void AppendRow(std::vector<sock_filter>& program, const CallRow& row) {
     const auto number = static_cast<std::uint32_t>(row.number);
-    if (row.flags == kNone) {
+    if (row.flags == kNoArgument) {
         program.push_back(Jump(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1));
         program.push_back(Statement(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
         return;
@@ -214,7 +214,7 @@ void AppendHarmless(std::vector<sock_filter>& program, int call) {
 // Repeats the filter's decision for a call at which the filter stopped.
 bool IsOfRow(const CallRow& row, std::uint64_t number, const std::uint64_t* arguments) {
     if (static_cast<std::uint64_t>(row.number) != number) return false;
-    if (row.flags == kNone) return true;
+    if (row.flags == kNoArgument) return true;
     const auto argument = static_cast<std::uint32_t>(arguments[row.flags]);
     switch (row.match) {
         case Match::kAnyBit: return (argument & row.bits) != 0;
@@ -267,15 +267,15 @@ bool StopAtStateCalls(bool alsoLooks) {
         Statement(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
         Statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
     };
-    for (const CallRow& row : kCalls)
+    for (const CallRow& row : kCallRows)
         AppendRow(program, row);
     if (alsoLooks) {
         for (const CallRow& row : kLooks)
             AppendRow(program, row);
     }
     // A call that a row lists with an argument changes nothing if the argument does not match.
-    for (const CallRow& row : kCalls) {
-        if (row.flags != kNone) AppendHarmless(program, row.number);
+    for (const CallRow& row : kCallRows) {
+        if (row.flags != kNoArgument) AppendHarmless(program, row.number);
     }
     for (const CallRow& row : kLooks)
         AppendHarmless(program, row.number);
@@ -294,7 +294,7 @@ bool ReadStateCall(pid_t thread, StateCall& call) {
         return false;
     }
     const auto& seccomp = information.seccomp;
-    const CallRow* row = FindRow(kCalls, seccomp.nr, seccomp.args);
+    const CallRow* row = FindRow(kCallRows, seccomp.nr, seccomp.args);
     if (row == nullptr) {
         row = FindRow(kLooks, seccomp.nr, seccomp.args);
         call.looks = row != nullptr;
@@ -305,12 +305,12 @@ bool ReadStateCall(pid_t thread, StateCall& call) {
         return true;
     }
     call.name = row->name;
-    call.length = row->length == kNone ? 0 : seccomp.args[row->length];
+    call.length = row->length == kNoArgument ? 0 : seccomp.args[row->length];
     // A descriptor is closed even if close fails.
     call.failsWhenDone = row->number == SYS_close;
     const int descriptor =
-        row->descriptor == kNone ? AT_FDCWD : static_cast<int>(seccomp.args[row->descriptor]);
-    if (row->path != kNone && !ReadText(thread, seccomp.args[row->path], call.path)) return false;
+        row->descriptor == kNoArgument ? AT_FDCWD : static_cast<int>(seccomp.args[row->descriptor]);
+    if (row->path != kNoArgument && !ReadText(thread, seccomp.args[row->path], call.path)) return false;
     if (!call.path.empty() && call.path.front() == '/') return true;
     const std::string begin =
         ReadLink(thread, descriptor == AT_FDCWD ? "cwd" : "fd/" + std::to_string(descriptor));

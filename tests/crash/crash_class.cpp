@@ -3,26 +3,27 @@
 
 namespace {
 
-using Series = std::vector<const char*>;
+using SeriesNames = std::vector<const char*>;
 
 constexpr TargetKind kFile = TargetKind::kFile;
 constexpr TargetKind kSqlite = TargetKind::kSqlite;
 constexpr Victim kCommand = Victim::kCommand;
 constexpr Victim kWorker = Victim::kWorker;
 
-const Series kOwnCalls = {"own-before", "own-after", "own-cut-to-3", "own-cut-to-half", "own-cut-by-1"};
-const Series kStoreCalls = {"store-before", "store-after"};
+const SeriesNames kOwnCalls = {"own-before", "own-after", "own-cut-to-3", "own-cut-to-half", "own-cut-by-1"};
+const SeriesNames kStoreCalls = {"store-before", "store-after"};
 // The second kill of a pair meets the state that the first one left. There is one such state before each
 // call, and the cut writes add more.
-const Series kPairs = {"own-before+own-before", "own-cut-to-half+own-before", "own-before+own-cut-to-half"};
+const SeriesNames kPairs = {"own-before+own-before", "own-cut-to-half+own-before",
+                            "own-before+own-cut-to-half"};
 // In these series nothing is killed: a call fails once, or all later calls on the same file fail, too.
-const Series kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
+const SeriesNames kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
 // These series do the same to calls that only look, which cannot run out of space. The last one loses the
 // file completely.
-const Series kFailedLooks = {"look-eio", "look-eio-on", "look-eio-all"};
+const SeriesNames kFailedLooks = {"look-eio", "look-eio-on", "look-eio-all"};
 // In an undisturbed load, the second attempt finds the queue empty, so it has nothing to commit. The module
 // does not call MQINQ.
-const Series kMqiCalls = {
+const SeriesNames kMqiCalls = {
     "life1-MQCONNX-before", "life1-MQCONNX-after", "life1-MQOPEN-before",  "life1-MQOPEN-after",
     "life1-MQGET-before",   "life1-MQGET-after",   "life1-MQCMIT-before",  "life1-MQCMIT-after",
     "life1-MQCLOSE-before", "life1-MQCLOSE-after", "life1-MQDISC-before",  "life1-MQDISC-after",
@@ -32,13 +33,14 @@ const Series kMqiCalls = {
 };
 // A message that is saved and not committed ends the first attempt of the restart. The second one reads the
 // rest.
-const Series kMqiPairs = {"life1-MQCMIT-before+life1-MQGET-after", "life1-MQCMIT-before+life2-MQCMIT-before",
-                          "life1-MQCMIT-after+life1-MQCMIT-before", "life1-MQCMIT-before+own-before",
-                          "own-before+life1-MQCMIT-before"};
+const SeriesNames kMqiPairs = {"life1-MQCMIT-before+life1-MQGET-after",
+                               "life1-MQCMIT-before+life2-MQCMIT-before",
+                               "life1-MQCMIT-after+life1-MQCMIT-before", "life1-MQCMIT-before+own-before",
+                               "own-before+life1-MQCMIT-before"};
 
 // A message that cannot be saved is backed out. No other load calls MQBACK.
-const Series kFullDisk = {"own-before",   "own-after",           "own-cut-to-3",      "own-cut-to-half",
-                          "own-cut-by-1", "life1-MQBACK-before", "life1-MQBACK-after"};
+const SeriesNames kFullDisk = {"own-before",   "own-after",           "own-cut-to-3",      "own-cut-to-half",
+                               "own-cut-by-1", "life1-MQBACK-before", "life1-MQBACK-after"};
 
 }  // namespace
 

@@ -8,6 +8,7 @@
 #include "tests/support/json_values.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
+#include "tests/support/text_search.h"
 
 namespace {
 
@@ -15,10 +16,6 @@ ProgramResult RunExplain(std::vector<std::string> arguments) {
     const TestDirectory directory;
     arguments.insert(arguments.begin(), "explain");
     return RunProgram(MQAM_PROGRAM, arguments, directory.Root());
-}
-
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
 }
 
 TEST(ExplainCommand, ACodeIsExplainedOnStandardOutput) {

@@ -186,14 +186,3 @@ testing::AssertionResult ReportsHolder(const std::string& text, const std::strin
     if (std::regex_search(text, match, kHolder) && match[1] == lock) return testing::AssertionSuccess();
     return testing::AssertionFailure() << lock << "\n" << text;
 }
-
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
-int CountOf(const std::string& text, const std::string& part) {
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
-        ++count;
-    return count;
-}

@@ -15,6 +15,7 @@
 
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
+#include "tests/support/text_search.h"
 
 class LoadSite {
   public:
@@ -132,8 +133,3 @@ class LoadSites : public testing::Test {
 
 /// Checks that a message says that a process holds a lock.
 [[nodiscard]] testing::AssertionResult ReportsHolder(const std::string& text, const std::string& lock);
-
-[[nodiscard]] bool Contains(const std::string& text, const std::string& part);
-
-/// Returns how often a text contains a part.
-[[nodiscard]] int CountOf(const std::string& text, const std::string& part);

@@ -12,22 +12,12 @@
 #include "platform/system.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
+#include "tests/support/text_search.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Arguments = std::vector<std::string>;
-
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
-int CountOf(const std::string& text, const std::string& part) {
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
 
 // A worker can mark its own exit codes only on Windows.
 constexpr bool kExitsAreMarked = platform::kIsWindows;

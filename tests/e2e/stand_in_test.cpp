@@ -15,15 +15,12 @@
 #include "tests/support/json_values.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/test_directory.h"
+#include "tests/support/text_search.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Arguments = std::vector<std::string>;
-
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 // These are bytes of every value, so that line ends, NULs and Ctrl-Z are among them.
 std::string BinaryMessage(std::size_t length, unsigned seed) {

@@ -144,15 +144,17 @@ TEST_P(DiskFailure, IsReportedAsPromisedAndTheRestartEndsExact) {
     EXPECT_GT(watched.Strikes(), 0) << "the call was never made";
 }
 
-std::string NameOf(const testing::TestParamInfo<DiskFailureCase>& info) {
+std::string NameOfDiskFailure(const testing::TestParamInfo<DiskFailureCase>& info) {
     return info.param.name;
 }
 
 INSTANTIATE_TEST_SUITE_P(CheckpointFile, DiskFailure, testing::ValuesIn(DiskFailureCases(kCheckpointFile)),
-                         NameOf);
+                         NameOfDiskFailure);
 INSTANTIATE_TEST_SUITE_P(TemporaryFile, DiskFailure, testing::ValuesIn(DiskFailureCases(kTemporaryFile)),
-                         NameOf);
-INSTANTIATE_TEST_SUITE_P(MessageLog, DiskFailure, testing::ValuesIn(DiskFailureCases(kMessageLog)), NameOf);
-INSTANTIATE_TEST_SUITE_P(Trace, DiskFailure, testing::ValuesIn(DiskFailureCases(kTraceFile)), NameOf);
+                         NameOfDiskFailure);
+INSTANTIATE_TEST_SUITE_P(MessageLog, DiskFailure, testing::ValuesIn(DiskFailureCases(kMessageLog)),
+                         NameOfDiskFailure);
+INSTANTIATE_TEST_SUITE_P(Trace, DiskFailure, testing::ValuesIn(DiskFailureCases(kTraceFile)),
+                         NameOfDiskFailure);
 
 }  // namespace

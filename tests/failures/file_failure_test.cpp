@@ -30,15 +30,17 @@ TEST_P(FileFailure, ReturnsWhatItPromisesAndTheRestartEndsExact) {
     EXPECT_GT(watched.Strikes(), 0) << "the call was never made";
 }
 
-std::string NameOf(const testing::TestParamInfo<FileFailureCase>& info) {
+std::string NameOfFileFailure(const testing::TestParamInfo<FileFailureCase>& info) {
     return info.param.name;
 }
 
 INSTANTIATE_TEST_SUITE_P(CheckpointFile, FileFailure, testing::ValuesIn(FileFailureCases(kCheckpointFile)),
-                         NameOf);
+                         NameOfFileFailure);
 INSTANTIATE_TEST_SUITE_P(TemporaryFile, FileFailure, testing::ValuesIn(FileFailureCases(kTemporaryFile)),
-                         NameOf);
-INSTANTIATE_TEST_SUITE_P(MessageLog, FileFailure, testing::ValuesIn(FileFailureCases(kMessageLog)), NameOf);
-INSTANTIATE_TEST_SUITE_P(Trace, FileFailure, testing::ValuesIn(FileFailureCases(kTraceFile)), NameOf);
+                         NameOfFileFailure);
+INSTANTIATE_TEST_SUITE_P(MessageLog, FileFailure, testing::ValuesIn(FileFailureCases(kMessageLog)),
+                         NameOfFileFailure);
+INSTANTIATE_TEST_SUITE_P(Trace, FileFailure, testing::ValuesIn(FileFailureCases(kTraceFile)),
+                         NameOfFileFailure);
 
 }  // namespace

@@ -177,16 +177,22 @@ TEST_P(MqiFailure, ReturnsWhatItPromisesAndLosesAndDoublesNothing) {
     EXPECT_TRUE(checked) << "the call was never made";
 }
 
-std::string NameOf(const testing::TestParamInfo<MqiFailureCase>& info) {
+std::string NameOfMqiFailure(const testing::TestParamInfo<MqiFailureCase>& info) {
     return info.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(MQCONNX, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Connx)), NameOf);
-INSTANTIATE_TEST_SUITE_P(MQOPEN, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Open)), NameOf);
-INSTANTIATE_TEST_SUITE_P(MQGET, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Get)), NameOf);
-INSTANTIATE_TEST_SUITE_P(MQCMIT, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Cmit)), NameOf);
-INSTANTIATE_TEST_SUITE_P(MQBACK, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Back)), NameOf);
-INSTANTIATE_TEST_SUITE_P(MQCLOSE, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Close)), NameOf);
-INSTANTIATE_TEST_SUITE_P(MQDISC, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Disc)), NameOf);
+INSTANTIATE_TEST_SUITE_P(MQCONNX, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Connx)),
+                         NameOfMqiFailure);
+INSTANTIATE_TEST_SUITE_P(MQOPEN, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Open)),
+                         NameOfMqiFailure);
+INSTANTIATE_TEST_SUITE_P(MQGET, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Get)), NameOfMqiFailure);
+INSTANTIATE_TEST_SUITE_P(MQCMIT, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Cmit)),
+                         NameOfMqiFailure);
+INSTANTIATE_TEST_SUITE_P(MQBACK, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Back)),
+                         NameOfMqiFailure);
+INSTANTIATE_TEST_SUITE_P(MQCLOSE, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Close)),
+                         NameOfMqiFailure);
+INSTANTIATE_TEST_SUITE_P(MQDISC, MqiFailure, testing::ValuesIn(MqiFailureCases(Verb::Disc)),
+                         NameOfMqiFailure);
 
 }  // namespace

@@ -16,10 +16,10 @@ using namespace mqam;
 namespace {
 
 // Some numbers have two names.
-using Names = std::map<int, std::set<std::string>>;
+using NamesByNumber = std::map<int, std::set<std::string>>;
 
-Names ReadHeader() {
-    Names names;
+NamesByNumber ReadHeader() {
+    NamesByNumber names;
     std::ifstream header(IBM_REASON_HEADER);
     const std::regex define(R"(^\s*#define\s+(MQRC_\w+)\s+\(?(\d+)L?\)?\s*(/\*.*)?\r?$)");
     for (std::string line; std::getline(header, line);) {
@@ -30,13 +30,13 @@ Names ReadHeader() {
 }
 
 TEST(MqReasonNames, TheHeaderIsReadInFull) {
-    const Names names = ReadHeader();
+    const NamesByNumber names = ReadHeader();
     EXPECT_GT(names.size(), 400U);
     EXPECT_TRUE(names.at(2085).contains("MQRC_UNKNOWN_OBJECT_NAME"));
 }
 
 TEST(MqReasonNames, EveryNumberHasTheNameThatIbmGivesIt) {
-    const Names names = ReadHeader();
+    const NamesByNumber names = ReadHeader();
     for (const MqReason& reason : AllMqReasons()) {
         const auto row = names.find(reason.number);
         ASSERT_NE(row, names.end()) << reason.number;

@@ -240,11 +240,6 @@ void* FaultyAllocateCleared(std::size_t count, std::size_t size) {
     return std::calloc(count, size);
 }
 
-template <typename Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
 }  // namespace
 
 FaultPlan::FaultPlan(platform::LibraryHandle module) {
@@ -253,26 +248,29 @@ FaultPlan::FaultPlan(platform::LibraryHandle module) {
         patches_.push_back(std::make_unique<ImportPatch>(module, names, replacement));
         return patches_.back()->Original();
     };
-    add({"fopen", "fopen64"}, Address(&FaultyOpen));
-    add({"fclose"}, Address(&FaultyClose));
-    add({"fread"}, Address(&FaultyRead));
-    add({"fwrite"}, Address(&FaultyWrite));
-    add({"fflush"}, Address(&FaultyFlush));
-    add({"fgets"}, Address(&FaultyGetLine));
-    add({"fprintf"}, Address(&FaultyPrint));
-    add({"printf"}, Address(&FaultyReport));
-    add({"fputs"}, Address(&FaultyPutText));
-    add({"fputc"}, Address(&FaultyPutCharacter));
-    realTell = reinterpret_cast<TellFunction>(add({"ftello", "ftello64", "_ftelli64"}, Address(&FaultyTell)));
-    realSeek = reinterpret_cast<SeekFunction>(add({"fseeko", "fseeko64", "_fseeki64"}, Address(&FaultySeek)));
-    add({"fgetpos"}, Address(&FaultyGetPosition));
-    add({"fsetpos"}, Address(&FaultySetPosition));
-    add({"rewind"}, Address(&LoggedRewind));
-    realRemove = reinterpret_cast<PathFunction>(add({"remove", "unlink", "_unlink"}, Address(&FaultyRemove)));
-    add({"rename"}, Address(&FaultyRename));
-    add({"system"}, Address(&FaultyCommand));
-    add({"malloc"}, Address(&FaultyAllocate));
-    add({"calloc"}, Address(&FaultyAllocateCleared));
+    add({"fopen", "fopen64"}, AddressOf(&FaultyOpen));
+    add({"fclose"}, AddressOf(&FaultyClose));
+    add({"fread"}, AddressOf(&FaultyRead));
+    add({"fwrite"}, AddressOf(&FaultyWrite));
+    add({"fflush"}, AddressOf(&FaultyFlush));
+    add({"fgets"}, AddressOf(&FaultyGetLine));
+    add({"fprintf"}, AddressOf(&FaultyPrint));
+    add({"printf"}, AddressOf(&FaultyReport));
+    add({"fputs"}, AddressOf(&FaultyPutText));
+    add({"fputc"}, AddressOf(&FaultyPutCharacter));
+    realTell =
+        reinterpret_cast<TellFunction>(add({"ftello", "ftello64", "_ftelli64"}, AddressOf(&FaultyTell)));
+    realSeek =
+        reinterpret_cast<SeekFunction>(add({"fseeko", "fseeko64", "_fseeki64"}, AddressOf(&FaultySeek)));
+    add({"fgetpos"}, AddressOf(&FaultyGetPosition));
+    add({"fsetpos"}, AddressOf(&FaultySetPosition));
+    add({"rewind"}, AddressOf(&LoggedRewind));
+    realRemove =
+        reinterpret_cast<PathFunction>(add({"remove", "unlink", "_unlink"}, AddressOf(&FaultyRemove)));
+    add({"rename"}, AddressOf(&FaultyRename));
+    add({"system"}, AddressOf(&FaultyCommand));
+    add({"malloc"}, AddressOf(&FaultyAllocate));
+    add({"calloc"}, AddressOf(&FaultyAllocateCleared));
 }
 
 FaultPlan::~FaultPlan() {

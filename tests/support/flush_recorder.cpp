@@ -9,17 +9,17 @@
 
 namespace {
 
-FlushRecorder* current = nullptr;
+FlushRecorder* currentRecorder = nullptr;
 
 int RecordedFlush(std::FILE* stream) {
-    current->Add(stream == nullptr ? "all" : "one");
+    currentRecorder->Add(stream == nullptr ? "all" : "one");
     return std::fflush(stream);
 }
 
 }  // namespace
 
 FlushRecorder::FlushRecorder(platform::LibraryHandle module) {
-    current = this;
+    currentRecorder = this;
     patch_ = std::make_unique<ImportPatch>(module, std::initializer_list<const char*>{"fflush"},
                                            reinterpret_cast<void*>(&RecordedFlush));
     EXPECT_TRUE(patch_->Found()) << "the module does not import fflush";
@@ -27,5 +27,5 @@ FlushRecorder::FlushRecorder(platform::LibraryHandle module) {
 
 FlushRecorder::~FlushRecorder() {
     patch_.reset();
-    current = nullptr;
+    currentRecorder = nullptr;
 }

@@ -7,10 +7,10 @@
 
 namespace {
 
-HostLogDouble* current = nullptr;
+HostLogDouble* currentLog = nullptr;
 
 int RecordLogCall(void* handle, int first, int second, int third, ...) {
-    HostLogDouble& log = *current;
+    HostLogDouble& log = *currentLog;
     ++log.calls;
     log.handle = handle;
     log.numbers[0] = first;
@@ -30,13 +30,13 @@ int RecordLogCall(void* handle, int first, int second, int third, ...) {
 }  // namespace
 
 HostLogDouble::HostLogDouble() {
-    current = this;
+    currentLog = this;
     table_[39] = reinterpret_cast<void*>(&RecordLogCall);
     object_.table = table_;
 }
 
 HostLogDouble::~HostLogDouble() {
-    current = nullptr;
+    currentLog = nullptr;
 }
 
 std::string HostLogDouble::HandleBytes() const {

@@ -9,6 +9,12 @@
 
 #include "platform/library.h"
 
+/// The address of a function as ImportPatch takes it.
+template <typename Function>
+void* AddressOf(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
 class ImportPatch {
   public:
     /// Replaces every import of the library that has one of the names; a function's name differs between the

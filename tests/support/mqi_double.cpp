@@ -14,7 +14,7 @@ constexpr MQHOBJ kObject = 9;
 constexpr MQLONG kUnusable = -1;
 constexpr std::size_t kNameBytes = 48;
 
-MqiDouble* current = nullptr;
+MqiDouble* currentDouble = nullptr;
 
 template <typename T>
 T Next(std::deque<T>& script, const T& otherwise) {
@@ -29,8 +29,8 @@ MqOutcome Answer(MqCall call, std::deque<MqOutcome>& script, MQLONG* compCode, M
     MqOutcome outcome = Next(script, MqOutcome{});
     call.compCode = outcome.compCode;
     call.reason = outcome.reason;
-    current->calls.push_back(call);
-    if (current->hook) current->hook(call);
+    currentDouble->calls.push_back(call);
+    if (currentDouble->hook) currentDouble->hook(call);
     if (outcome.effect) outcome.effect();
     *compCode = outcome.compCode;
     *reason = outcome.reason;
@@ -45,7 +45,7 @@ void Connx(MQCHAR* QMgrName, MQCNO* ConnectOpts, MQHCONN* Hconn, MQLONG* CompCod
     call.connectOptions = *ConnectOpts;
     call.hasChannel = ConnectOpts->Version >= MQCNO_VERSION_2 && ConnectOpts->ClientConnPtr != nullptr;
     if (call.hasChannel) call.channel = *static_cast<const MQCD*>(ConnectOpts->ClientConnPtr);
-    const MqOutcome outcome = Answer(call, current->onConnx, CompCode, Reason);
+    const MqOutcome outcome = Answer(call, currentDouble->onConnx, CompCode, Reason);
     if (outcome.handle || outcome.compCode != MQCC_FAILED) *Hconn = outcome.handle.value_or(kConnection);
 }
 
@@ -56,7 +56,7 @@ void Open(MQHCONN Hconn, MQPTR ObjDesc, MQLONG Options, MQHOBJ* Hobj, MQLONG* Co
     call.object = *Hobj;
     call.options = Options;
     call.objectDescriptor = *static_cast<const MQOD*>(ObjDesc);
-    const MqOutcome outcome = Answer(call, current->onOpen, CompCode, Reason);
+    const MqOutcome outcome = Answer(call, currentDouble->onOpen, CompCode, Reason);
     if (outcome.handle || outcome.compCode != MQCC_FAILED) *Hobj = outcome.handle.value_or(kObject);
     if (!outcome.objectName.empty()) {
         auto& name = static_cast<MQOD*>(ObjDesc)->ObjectName;
@@ -67,12 +67,13 @@ void Open(MQHCONN Hconn, MQPTR ObjDesc, MQLONG Options, MQHOBJ* Hobj, MQLONG* Co
 
 void Get(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG BufferLength, MQPTR Buffer,
          MQLONG* DataLength, MQLONG* CompCode, MQLONG* Reason) {
-    MqGetOutcome outcome = current->onGet.empty() ? current->emptyQueue : current->onGet.front();
+    MqGetOutcome outcome =
+        currentDouble->onGet.empty() ? currentDouble->emptyQueue : currentDouble->onGet.front();
     const auto room = static_cast<std::size_t>(std::max(BufferLength, 0));
     const bool truncated = outcome.compCode == MQCC_OK && outcome.bytes.size() > room;
     // As with a queue manager, a message that does not fit is shown in part and stays where it is.
     if (truncated) outcome.compCode = MQCC_WARNING, outcome.reason = MQRC_TRUNCATED_MSG_FAILED;
-    if (!current->onGet.empty() && !truncated) current->onGet.pop_front();
+    if (!currentDouble->onGet.empty() && !truncated) currentDouble->onGet.pop_front();
 
     MqCall call;
     call.verb = Verb::Get;
@@ -84,8 +85,8 @@ void Get(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG Buf
     call.buffer = Buffer;
     call.compCode = outcome.compCode;
     call.reason = outcome.reason;
-    current->calls.push_back(call);
-    if (current->hook) current->hook(call);
+    currentDouble->calls.push_back(call);
+    if (currentDouble->hook) currentDouble->hook(call);
     if (outcome.effect) outcome.effect();
 
     std::memcpy(Buffer, outcome.bytes.data(), std::min(outcome.bytes.size(), room));
@@ -107,14 +108,14 @@ void Cmit(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
     MqCall call;
     call.verb = Verb::Cmit;
     call.connection = Hconn;
-    Answer(call, current->onCmit, CompCode, Reason);
+    Answer(call, currentDouble->onCmit, CompCode, Reason);
 }
 
 void Back(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) {
     MqCall call;
     call.verb = Verb::Back;
     call.connection = Hconn;
-    Answer(call, current->onBack, CompCode, Reason);
+    Answer(call, currentDouble->onBack, CompCode, Reason);
 }
 
 void Close(MQHCONN Hconn, MQHOBJ* Hobj, MQLONG Options, MQLONG* CompCode, MQLONG* Reason) {
@@ -124,14 +125,14 @@ void Close(MQHCONN Hconn, MQHOBJ* Hobj, MQLONG Options, MQLONG* CompCode, MQLONG
     call.object = *Hobj;
     call.options = Options;
     // As a queue manager does, this makes the handle of a closed object unusable.
-    if (Answer(call, current->onClose, CompCode, Reason).compCode != MQCC_FAILED) *Hobj = kUnusable;
+    if (Answer(call, currentDouble->onClose, CompCode, Reason).compCode != MQCC_FAILED) *Hobj = kUnusable;
 }
 
 void Disc(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
     MqCall call;
     call.verb = Verb::Disc;
     call.connection = *Hconn;
-    if (Answer(call, current->onDisc, CompCode, Reason).compCode != MQCC_FAILED) *Hconn = kUnusable;
+    if (Answer(call, currentDouble->onDisc, CompCode, Reason).compCode != MQCC_FAILED) *Hconn = kUnusable;
 }
 
 constexpr MqDoubleFunctions kFunctions{Connx, Open, Get, Cmit, Back, Close, Disc};
@@ -152,11 +153,11 @@ const char* NameOf(Verb verb) {
 }  // namespace
 
 MqiDouble::MqiDouble() {
-    current = this;
+    currentDouble = this;
 }
 
 MqiDouble::~MqiDouble() {
-    current = nullptr;
+    currentDouble = nullptr;
 }
 
 std::string MqiDouble::Bind(const std::string& path) {
