@@ -32,10 +32,10 @@
 #define FindEntryPoint(path) dlsym(dlopen(path, RTLD_NOW), "PIDMMain")
 #endif
 #define OPTIONS "-RWAIT 1 -MQEX -TDM yes"
-static struct { /* appended to the state file by each checkpoint; the last complete one counts */
+static struct { /* each checkpoint appends this to the state file; the last complete one counts */
     PositionData position;
     int64_t targetBytes; /* durable in the target: an attempt first cuts the target back to it */
-    int64_t recordBytes; /* of the last record in it */
+    int64_t recordBytes; /* the length of the last record in the target */
     int64_t endedAt;     /* size of the target when the attempt met the end of the queue, or -1 */
     int64_t process;     /* names the temporary checkpoint file that this attempt may leave */
 } state;
@@ -67,7 +67,7 @@ static void TakeCheckpoint(int64_t targetBytes, int64_t recordBytes) {
     state.recordBytes = recordBytes;
     state.endedAt = -1;
     state.process = getpid();
-    Sync(target); /* before the position that covers it */
+    Sync(target); /* must come before the position that covers it is stored */
     StoreState();
 }
 /* Completes what a crash interrupted. Returns whether the file has a complete record to resume from. */
@@ -78,7 +78,7 @@ static int RepairCheckpointFile(const char *path, int resumes) {
     snprintf(temporary, sizeof temporary, "%.*sMQAMtmp.%ld", (int)directory, path, (long)state.process);
     FILE *file = fopen(path, "rb+");
     if (file == NULL && !resumes) return 0;
-    if (file != NULL) remove(temporary); /* the checkpoint file has all that it has */
+    if (file != NULL) remove(temporary); /* the checkpoint file contains all of its records */
     else if (rename(temporary, path) == 0) file = fopen(path, "rb+");
     Require(file != NULL, "finding the checkpoint file");
     const uint64_t size = (uint64_t)SizeOf(file);
@@ -126,8 +126,8 @@ int main(int argc, char **argv) {
     ReturnCode rc;
     for (int isFirst = replays; (rc = Call(pmiPIDMOptRead, &read)) == pmrcOK; start = time(NULL)) {
         const uint32_t bytes = read.recordLength;
-        if (bytes == 0) continue; /* not from the queue: written by a checkpoint during a replay */
-        if (isFirst && state.position.CkPtMsgCount != 0) { /* the last one loaded: compared, not written */
+        if (bytes == 0) continue; /* a checkpoint during a replay wrote this; it is not from the queue */
+        if (isFirst && state.position.CkPtMsgCount != 0) { /* the last one loaded: it is compared, not written */
             Require(bytes == state.recordBytes && Seek(target, length - 1 - bytes, SEEK_SET) == 0, "comparing");
             Require(fread(last, bytes, 1, target) == 1 && memcmp(last, record, bytes) == 0, "comparing");
             Seek(target, 0, SEEK_END);

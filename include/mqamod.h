@@ -24,11 +24,11 @@
  *   host.
  *
  *   Blocks. Both blocks are packed (no padding), every number in them is little-endian, and pointers have 8
- *   bytes. The host owns both blocks and everything that their input fields point to; the module uses
- *   none of it after the call. The blocks may lie at any address. The module reads and writes
- *   only the fields that this header documents for the request, so a data block may end after the last of
- *   them, and data may be null for a request without fields (Close, Write). The unused fields in the
- *   structures below only keep the others at their offsets.
+ *   bytes. The host owns both blocks and everything that their input fields point to; the module uses none
+ *   of it after the call. The blocks may lie at any address. The module reads and writes only the fields
+ *   that this header documents for the request, so a data block may end after the last of them, and data
+ *   may be null for a request without fields (Close, Write). The unused fields in the structures below only
+ *   keep the others at their offsets.
  *
  *   Threads. The state of the module is process-wide and has no locks. All calls must come one at a time,
  *   and should come from one thread, since a connection to a queue manager belongs to the thread that made
@@ -170,7 +170,7 @@ typedef struct InitBlock {
  * Open prints the start-up report to standard output, connects, opens the queue, and opens the message log
  * and the checkpoint file when the keywords LOG and CKFILE name them. A checkpoint file that exists is kept
  * for SetPos, unless this process has closed one before. The out fields are written when the queue was
- * opened, even if the checkpoint file then failed.
+ * opened, even if the checkpoint file could then not be opened.
  */
 typedef struct OpenBlock {
     uint8_t unused0[42];

@@ -15,8 +15,8 @@ namespace mqamod {
 /// reports a failure.
 ///   mode  in  MQAMOD_STOP_AT_FIRST_FAILURE, or any other value to continue through every step
 /// Returns pmrcOK. With any mode but MQAMOD_STOP_AT_FIRST_FAILURE it does so even if a step failed, and the
-/// error text describes the failure. With MQAMOD_STOP_AT_FIRST_FAILURE it returns pmrcFailure, with an error text, when
-/// MQCLOSE or MQDISC warned or failed; the steps after that one are then not taken.
+/// error text describes the failure. With MQAMOD_STOP_AT_FIRST_FAILURE it returns pmrcFailure, with an error
+/// text, when MQCLOSE or MQDISC warned or failed; the steps after that one are then not taken.
 [[nodiscard]] ReturnCode CloseAll(std::uint16_t mode);
 
 }  // namespace mqamod

@@ -8,8 +8,8 @@ namespace spoolmq {
 
 namespace {
 
-// Two changes within one tick of the file clock leave the same time, so a file that changed this recently is
-// read again.
+// Two changes within one tick of the file clock leave the same time. A file that had changed within this time
+// before it was read is therefore read again.
 constexpr std::int64_t kClockTickNs = 20000000;
 
 bool IsSameFile(const platform::FileInfo& a, const platform::FileInfo& b) {

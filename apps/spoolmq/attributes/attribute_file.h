@@ -11,19 +11,20 @@
 
 namespace spoolmq {
 
-/// Refreshing it reads the file's times, and its content only after a change.
+/// The attributes last read from a file. A refresh checks the file's size and times and reads its content
+/// only if they may have changed.
 template <typename Attributes>
 struct AttributeFile {
     std::string path;
     Attributes values;
     platform::FileInfo
-        readFile;  ///< the file that the values come from; its identity is 0 when there was no file
-    std::int64_t readAtNs = 0;  ///< FileClockNs when it was read
+        readFile;  ///< the file that the values come from; its identity is 0 if there was no file
+    std::int64_t readAtNs = 0;  ///< the value of FileClockNs when the file was read
     bool isRead = false;
 };
 
-/// Brings the values up to date. kFailed: the file cannot be read or is not valid. The error then names file
-/// and line, and the values are the last valid ones.
+/// Brings the values up to date. Returns kFailed if the file cannot be read or is not valid. The error then
+/// names the file, and the line that is not valid; the values remain the last valid ones.
 Status RefreshAttributes(AttributeFile<QmgrAttributes>& file);
 Status RefreshAttributes(AttributeFile<QueueAttributes>& file);
 

@@ -6,9 +6,9 @@
 //     ROOT/QM1/qmgr.ini              attributes of the queue manager QM1
 //     ROOT/QM1/ORDERS/.queue.ini     attributes of its queue ORDERS
 //
-// A file may be edited at any time, because every MQI call checks whether it has changed. A file that does not
-// exist means the defaults. Each attribute is one row of a table (QmgrAttributeTable, QueueAttributeTable),
-// which drives reading, writing, `mqam queue show` and the tests.
+// A file may be edited at any time, because every MQI call checks whether it has changed. If the file does
+// not exist, the defaults apply. Each attribute is one row of a table (QmgrAttributeTable,
+// QueueAttributeTable), which drives reading, writing, `mqam queue show` and the tests.
 #pragma once
 
 #include <cstdint>
@@ -57,7 +57,8 @@ struct AttributeRow {
     std::string Attributes::*text;     ///< null for a number
     std::int32_t minimum;
     std::int32_t maximum;
-    /// "first|second|...": the words for minimum, minimum + 1 and so on; null for an attribute in digits.
+    /// These are the words for minimum, minimum + 1 and so on, as "first|second|...". It is null for a text
+    /// and for a number that is written in digits.
     const char* words;
     const char* help;
 };
@@ -65,13 +66,13 @@ struct AttributeRow {
 [[nodiscard]] const std::vector<AttributeRow<QmgrAttributes>>& QmgrAttributeTable();
 [[nodiscard]] const std::vector<AttributeRow<QueueAttributes>>& QueueAttributeTable();
 
-/// Sets one attribute from its text. kFailed: the name is unknown or the value not valid; `attributes` is
-/// then unchanged.
+/// Sets one attribute from its text. Returns kFailed if the name is unknown or the value is not valid;
+/// `attributes` is then unchanged.
 Status SetAttribute(std::string_view name, std::string_view value, QmgrAttributes& attributes);
 Status SetAttribute(std::string_view name, std::string_view value, QueueAttributes& attributes);
 
-/// Parses the text of a file; what the text does not set has its default. kFailed: the error names the line,
-/// and `attributes` is unchanged.
+/// Parses the text of a file. An attribute that the text does not set gets its default. Returns kFailed if a
+/// line is not valid: the error names the line, and `attributes` is unchanged.
 Status ParseAttributes(std::string_view text, QmgrAttributes& attributes);
 Status ParseAttributes(std::string_view text, QueueAttributes& attributes);
 

@@ -7,7 +7,7 @@
 
 namespace spoolmq {
 
-/// This is the PutApplType: MQAT_WINDOWS_NT or MQAT_UNIX.
+/// The PutApplType of messages that are put on this system: MQAT_WINDOWS_NT or MQAT_UNIX.
 inline constexpr char kPlatformApplType = platform::kIsWindows ? 11 : 6;
 
 }  // namespace spoolmq

@@ -182,8 +182,8 @@ struct MQCDStart {
 };
 static_assert(offsetof(MQCDStart, MaxMsgLength) == 844 && offsetof(MQCDStart, ConnectionName) == 1024);
 
-// A program that includes mqi/mqi.h passes its structures to the verbs of the stand-in, which see the ones above. So every
-// member that both declare must have the same offset and size.
+// A program that includes mqi/mqi.h passes its structures to the verbs of the stand-in, which use the ones
+// above. So every member that both declare must have the same offset and size.
 #define MQAMOD_ALIKE(type, member) \
     (offsetof(type, member) == offsetof(::type, member) && sizeof(type::member) == sizeof(::type::member))
 static_assert(MQAMOD_ALIKE(MQCNO, StrucId) && MQAMOD_ALIKE(MQCNO, Version) && MQAMOD_ALIKE(MQCNO, Options) &&

@@ -9,7 +9,7 @@
 
 namespace spoolmq {
 
-/// The result of an operation on one file or directory. Users see a Status instead.
+/// FileStatus is the result of an operation on one file or directory. Users see a Status instead.
 using platform::FileStatus;
 
 enum class StatusCode {
@@ -21,12 +21,12 @@ enum class StatusCode {
     kQueueDeleted,  ///< the directory of an open queue is gone
     kNoMessage,
     kMessageGone,  ///< another reader was faster; look for a message again
-    kFailed,       ///< the file system refused, or a file or a value is not valid
+    kFailed,       ///< the file system refused an operation, or a file or a value is not valid
 };
 
 struct [[nodiscard]] Status {
     StatusCode code = StatusCode::kOk;
-    std::string error;  ///< what failed and why, and what to do where that is known; empty for kOk
+    std::string error;  ///< what failed, why, and what to do if that is known; empty for kOk
 
     [[nodiscard]] bool IsOk() const { return code == StatusCode::kOk; }
 };

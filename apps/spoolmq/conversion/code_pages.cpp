@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The tables follow the Unicode Consortium's mappings. A byte that code page 1252 leaves undefined maps to the
-// control character of the same value, so that every byte of every set can be converted.
+// Contains the tables of the single-byte character sets. They follow the Unicode Consortium's mappings. A
+// byte that code page 1252 leaves undefined maps to the control character of the same value, so that every
+// byte of every set can be converted.
 #include "spoolmq/conversion/code_pages.h"
 
 namespace spoolmq {
@@ -89,7 +90,7 @@ constexpr CodePage kCodePage500 = {
 };
 // clang-format on
 
-// Returns the code page whose lower half is ASCII.
+// Returns a code page that has this upper half, and ASCII as its lower half.
 constexpr CodePage WithUpperHalf(const std::uint16_t (&upperHalf)[128]) {
     CodePage page{};
     for (std::uint16_t byte = 0; byte < 128; ++byte) {

@@ -10,10 +10,10 @@
 
 namespace spoolmq {
 
-/// The byte is the index.
+/// The Unicode character for each byte; the byte is the index.
 using CodePage = std::array<std::uint16_t, 256>;
 
-/// Returns null unless the character set is 37, 437, 500, 819, 850 or 1252.
+/// Returns the table of the character set 37, 437, 500, 819, 850 or 1252; or null for any other.
 [[nodiscard]] const CodePage* FindCodePage(MQLONG ccsid);
 
 }  // namespace spoolmq

@@ -14,10 +14,10 @@ namespace spoolmq {
 namespace {
 
 constexpr MQLONG kUtf8 = 1208;
-constexpr MQLONG kUtf16 = 1200;  // the encoding says in which byte order
+constexpr MQLONG kUtf16 = 1200;  // the encoding determines the byte order
 constexpr MQLONG kUtf16LittleEndian = 1202;
 
-// These bits of an encoding describe integers: "normal" is most significant byte first.
+// These bits of an encoding describe integers. In a "normal" integer the most significant byte comes first.
 constexpr MQLONG kIntegerMask = 0xF;
 constexpr MQLONG kIntegerNormal = 1;
 constexpr MQLONG kIntegerReversed = 2;
@@ -133,8 +133,8 @@ void AppendUtf16(std::uint32_t c, bool isBigEndian, std::string& data) {
     }
 }
 
-// Returns false when a character does not exist in the code page: no substitute is written, because the caller
-// of MQGET is to receive the data unconverted.
+// Returns false if a character does not exist in the code page. No substitute is written for it, because the
+// caller of MQGET is then to receive the data unconverted.
 bool EncodeSingleByte(const CodePoints& codePoints, const CodePage& page, std::string& data) {
     std::vector<std::int16_t> bytes(0x10000, -1);
     for (std::size_t byte = 0; byte < page.size(); ++byte) {

@@ -31,7 +31,8 @@ HandleSharing SharingOf(MQLONG options) {
     return HandleSharing::kNone;
 }
 
-// Returns whether this is a client connection: always through the client library, otherwise on request.
+// Returns whether this is a client connection. Every connection through the client library is one; through
+// the server library, the options or MQ_CONNECT_TYPE must ask for it.
 bool IsClientConnection(MQLONG options) {
     if (kIsClientLibrary || (options & mqi::MQCNO_CLIENT_BINDING) != 0) {
         return true;
@@ -39,7 +40,8 @@ bool IsClientConnection(MQLONG options) {
     return (options & kBindingOptions) == 0 && platform::ReadEnvironment("MQ_CONNECT_TYPE") == "CLIENT";
 }
 
-// Compares a client's channel definition with the attributes of the queue manager, and sets the client's limits.
+// Compares a client's channel definition with the attributes of the queue manager, and sets the client's
+// limits.
 Outcome CheckChannel(const mqi::MQCNO& cno, const QmgrAttributes& attributes, Connection& connection) {
     connection.isClient = IsClientConnection(cno.Options);
     if (!connection.isClient) {
@@ -148,7 +150,7 @@ Outcome Connect(const char* qmgrName, const mqi::MQCNO& cno, MQHCONN* handle) {
     return kOk;
 }
 
-// Fills the identifier of the connection, which callers with a recent structure receive.
+// Fills in the identifier of the connection, which callers with version 5 or later of MQCNO receive.
 void FillConnectionId(MQHCONN handle, MQBYTE* connectionId) {
     std::memset(connectionId, 0, 24);
     std::memcpy(connectionId, "AMQC", 4);

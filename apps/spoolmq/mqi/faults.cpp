@@ -29,7 +29,7 @@ struct CallRange {
 };
 
 struct VerbRule {
-    std::size_t verb;  // index of kVerbNames
+    std::size_t verb;  // an index into kVerbNames
     CallRange calls;
     Fault fault;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Carries out the fault plan of a test, which says which call of which verb fails in which way, or ends the
-// process. README.md describes its grammar.
+// Carries out the fault plan of a test, which says which call of which verb fails, in which way, or where the
+// process is killed. README.md describes its grammar.
 #pragma once
 
 #include <string>
@@ -39,8 +39,8 @@ struct Fault {
     MQLONG reason = 0;
 };
 
-/// Reads the plan from SPOOLMQ_FAULTS and SPOOLMQ_FAULT_FILE on the first call in the process. kFailed, on every
-/// call, when the plan is not valid: the error names the line.
+/// Reads the plan from SPOOLMQ_FAULTS and SPOOLMQ_FAULT_FILE on the first call in the process. If the plan
+/// cannot be read or is not valid, every call returns kFailed, with an error that names the file or the line.
 Status LoadFaultPlan();
 /// Counts a call of the verb and returns what is to happen to it.
 [[nodiscard]] Fault NextFault(Verb verb);

@@ -14,7 +14,7 @@ namespace spoolmq {
 
 namespace {
 
-// Checks the states of queue manager and queue. This precedes each search.
+// Checks the states of the queue manager and the queue, before each search.
 Outcome CheckStates(const GetState& get) {
     const Outcome outcome = CheckQueueManager(*get.connection, Has(get, mqi::MQGMO_FAIL_IF_QUIESCING));
     if (outcome.compCode != MQCC_OK) {
@@ -67,7 +67,7 @@ Outcome FindWaiting(const GetState& get, FoundMessage& found) {
     }
 }
 
-// Stores the message's descriptor in the caller's, in the version that the caller has.
+// Copies the message's descriptor to the caller's structure, in the version of that structure.
 void StoreDescriptor(const GetState& get, const FoundMessage& found, const GetCall& call) {
     mqi::MQMD md = found.descriptor;
     md.Version = get.md.Version;
@@ -85,7 +85,7 @@ void StoreOptions(const GetState& get, std::size_t returnedBytes, const GetCall&
 }
 
 // Converts the data in the caller's buffer to the form that the caller's descriptor asks for. `bytes` is the
-// length of the data there; `found` gets the new form.
+// length of that data and becomes the converted length; `found` gets the new character set and encoding.
 Outcome ConvertData(const GetState& get, const GetCall& call, std::size_t& bytes, FoundMessage& found) {
     TextForm wanted = {get.md.CodedCharSetId, get.md.Encoding};
     if (wanted.ccsid == MQCCSI_Q_MGR) {
@@ -133,7 +133,7 @@ Syncpoint SyncpointOf(const GetState& get, const FoundMessage& found) {
     return isUnderSyncpoint ? Syncpoint::kYes : Syncpoint::kNo;
 }
 
-// Takes the message off the queue and delivers it. Returns nothing if another reader was faster.
+// Takes the message off the queue and delivers it. Returns nullopt if another reader was faster.
 std::optional<Outcome> TakeMessage(const GetState& get, const GetCall& call, FoundMessage& found) {
     StoreQueue& queue = *get.object->queue;
     const Syncpoint syncpoint = SyncpointOf(get, found);

@@ -85,7 +85,7 @@ Outcome CheckObject(GetState& get) {
 
 void SetSelection(GetState& get) {
     const mqi::MQMD& md = get.md;
-    // A version 1 structure does not have this field, so the default applies.
+    // A structure of version 1 has no MatchOptions, so their default applies.
     const MQLONG match = get.gmo.MatchOptions;
     if ((match & mqi::MQMO_MATCH_MSG_ID) != 0 && !IsZero(md.MsgId, sizeof md.MsgId)) {
         get.selection.msgId = md.MsgId;

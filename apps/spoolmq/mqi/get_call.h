@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Keeps the parameters of one MQGET, and checks them before it looks for a message.
+// Keeps the parameters of one MQGET, and checks them before a message is looked for.
 #pragma once
 
 #include "spoolmq/mqi/verb_frame.h"
@@ -37,7 +37,7 @@ struct GetState {
 [[nodiscard]] Outcome CheckCall(const GetCall& call, GetState& get);
 /// Checks that the object is open for this kind of get, and sets isBrowse.
 [[nodiscard]] Outcome CheckObject(GetState& get);
-/// Sets the selection, which points into `get`.
+/// Sets the selection to the identifiers that the caller wants to match. It points into `get`.
 void SetSelection(GetState& get);
 
 }  // namespace spoolmq

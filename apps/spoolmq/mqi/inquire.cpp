@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Implements MQINQ. One table for queues and one for queue managers lists the attributes.
+// Implements MQINQ. Two tables list the attributes: one those of queues, the other those of queue managers.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -110,7 +110,7 @@ Outcome CheckInquiry(const Inquiry& inquiry, bool isQueue) {
     return kOk;
 }
 
-// Fills the caller's areas as far as they extend.
+// Fills the caller's areas with the attributes. Returns a warning if an area is too small for all of them.
 Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connection& connection) {
     Outcome outcome = kOk;
     MQLONG numbers = 0;
@@ -137,7 +137,7 @@ Outcome Answer(const Inquiry& inquiry, const OpenObject& object, const Connectio
             outcome = Warning(mqi::MQRC_CHAR_ATTRS_TOO_SHORT);
         }
     }
-    // The rest of the area is blank.
+    // The rest of the area is filled with blanks.
     if (inquiry.text != nullptr) {
         std::memset(inquiry.text + used, ' ', static_cast<std::size_t>(inquiry.textLength) - used);
     }

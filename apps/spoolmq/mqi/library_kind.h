@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Declares the only difference between the two libraries.
+// Declares the only difference between the client library and the server library.
 #pragma once
 
 namespace spoolmq {
 
-/// Every connection through this library is a client connection.
+/// Says whether every connection through this library is a client connection.
 extern const bool kIsClientLibrary;
 
 }  // namespace spoolmq

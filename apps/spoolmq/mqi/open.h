@@ -7,7 +7,8 @@
 
 namespace spoolmq {
 
-/// Opens what the descriptor names and fills the descriptor's output fields. `object` is open on success.
+/// Opens what the descriptor names and fills the descriptor's output fields. On success `object` is the open
+/// object.
 [[nodiscard]] Outcome OpenNamedObject(Connection& connection, mqi::MQOD& od, MQLONG options,
                                       OpenObject& object);
 

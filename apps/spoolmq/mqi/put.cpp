@@ -35,7 +35,8 @@ void FillOrigin(const Connection& connection, MQLONG options, mqi::MQMD& md) {
     }
 }
 
-// Returns the descriptor that is stored: whatever it leaves to the queue or queue manager is filled in.
+// Returns the descriptor to be stored: the fields that the caller's leaves to the queue or to the queue
+// manager are filled in.
 mqi::MQMD FinalDescriptor(const Connection& connection, const QueueAttributes& attributes,
                           const mqi::MQMD& md) {
     mqi::MQMD stored = md;

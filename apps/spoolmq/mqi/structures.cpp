@@ -11,7 +11,7 @@ namespace {
 
 struct StructureRule {
     std::string_view strucId;
-    std::array<std::size_t, 8> lengths;  // of versions 1, 2 and so on; 0 after the last
+    std::array<std::size_t, 8> lengths;  // the bytes of versions 1, 2 and so on; 0 after the last
 };
 
 constexpr StructureRule kCnoRule = {"CNO ", {12, 24, 152, 168, 200, 224, 256, 272}};
@@ -20,7 +20,7 @@ constexpr StructureRule kMdRule = {"MD  ", {324, 364}};
 constexpr StructureRule kGmoRule = {"GMO ", {72, 80, 100, 112}};
 constexpr StructureRule kPmoRule = {"PMO ", {128, 160, 184}};
 
-// Returns 0 when the structure is not valid.
+// Returns the length of the structure's version, or 0 if the structure is not valid.
 std::size_t LengthOf(const StructureRule& rule, const void* structure) {
     MQLONG version = 0;
     if (structure == nullptr || std::memcmp(structure, rule.strucId.data(), rule.strucId.size()) != 0) {

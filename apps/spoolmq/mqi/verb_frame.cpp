@@ -23,7 +23,7 @@ ConnectionTable& Table() {
     return *table;
 }
 
-// Ends a connection that only this thread can use when the thread ends; its unit of work is backed out.
+// When a thread ends, this ends the connection that only the thread can use, and backs out its unit of work.
 struct ThreadEnd {
     bool isArmed = false;
     ThreadEnd() = default;
@@ -44,7 +44,8 @@ struct ThreadEnd {
 };
 thread_local ThreadEnd threadEnd;
 
-// Loses the connection as a real one would be lost: the queue manager backs out, and the handle is dead.
+// Loses the connection as a real one would be lost: the queue manager backs out its unit of work, and every
+// later call with the handle fails.
 void BreakConnection(MQHCONN handle) {
     EnteredConnection entered;
     if (EnterConnection(handle, entered).reason != MQRC_NONE) {
@@ -54,8 +55,8 @@ void BreakConnection(MQHCONN handle) {
     DropStore(*entered.connection);
 }
 
-// Does what the reason "backed out" says: at a commit the unit of work is backed out, at any other verb it
-// becomes rollback-only.
+// Does what the reason "backed out" says: at MQCMIT and MQDISC the unit of work is backed out, at any other
+// verb it becomes rollback-only.
 void FailUnit(MQHCONN handle, Verb verb) {
     EnteredConnection entered;
     if (EnterConnection(handle, entered).reason != MQRC_NONE) {

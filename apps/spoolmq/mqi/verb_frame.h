@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Does what every verb needs around its own work: it follows the fault plan, looks up its connection and
+// Does what every verb needs around its own work: it follows the fault plan, looks up the connection and
 // keeps C++ exceptions inside the library.
 #pragma once
 
@@ -55,9 +55,9 @@ struct Connection {
     std::uint64_t threadId = 0;
     std::string applName;
     bool isClient = false;
-    MQLONG messageLimit = 0;                 ///< of a client's channel, in bytes
+    MQLONG messageLimit = 0;                 ///< the largest message of a client's channel, in bytes
     std::mutex busy;                         ///< held by the call in progress; guards the members below
-    std::unique_ptr<StoreConnection> store;  ///< null once disconnected or broken
+    std::unique_ptr<StoreConnection> store;  ///< null once the connection has ended or is broken
     std::map<MQHOBJ, OpenObject> objects;
     bool isBroken = false;
 };
@@ -68,15 +68,15 @@ struct EnteredConnection {
     std::unique_lock<std::mutex> guard;
 };
 
-/// Looks up a handle and enters its connection for one call. Fails with 2018 or 2219; or with 2009 for a broken
-/// connection, which is entered nevertheless.
+/// Looks up a handle and enters its connection for one call. Fails with 2018 or 2219; or with 2009 for a
+/// broken connection, which is entered nevertheless.
 [[nodiscard]] Outcome EnterConnection(MQHCONN handle, EnteredConnection& entered);
 /// Adds a connection and assigns its handle.
 void AddConnection(const std::shared_ptr<Connection>& connection);
 void ForgetConnection(MQHCONN handle);
 /// Returns the connection that only this thread can use, or null if there is none.
 [[nodiscard]] std::shared_ptr<Connection> OwnConnectionOfThread();
-/// Closes all objects and disconnects from the store, which backs out what is uncommitted. The caller holds
+/// Closes all objects and disconnects from the store, which backs out the unit of work. The caller holds
 /// `busy`.
 void DropStore(Connection& connection);
 
@@ -84,15 +84,15 @@ void DropStore(Connection& connection);
 [[nodiscard]] Outcome CheckQueueManager(Connection& connection, bool failIfQuiescing);
 /// Checks whether the unit of work can take another message; fails with 2003 or 2024.
 [[nodiscard]] Outcome CheckUnit(const Connection& connection);
-/// Sets `object` to the open object; fails with 2019.
+/// Sets `object` to the open object of the handle; fails with 2019 if there is none.
 [[nodiscard]] Outcome FindObject(Connection& connection, MQHOBJ handle, OpenObject*& object);
 
-/// Prints on standard error what a reason code cannot say.
+/// Prints an error on standard error, because a reason code cannot say enough.
 void ReportProblem(const std::string& text);
 /// Returns the reason code of a failed status. Prints the error if the code says too little.
 [[nodiscard]] MQLONG ReasonOf(const Status& status);
 
-/// Runs one verb under the fault plan. `handle` is MQHC_UNUSABLE_HCONN for a call that has none yet.
+/// Runs one verb under the fault plan. `handle` is MQHC_UNUSABLE_HCONN for a call without a connection.
 void RunVerb(Verb verb, MQHCONN handle, MQLONG* compCode, MQLONG* reason,
              const std::function<Outcome()>& call);
 

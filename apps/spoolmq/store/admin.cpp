@@ -37,7 +37,7 @@ bool IsDirectory(const std::string& path) {
 // Creates a directory and the directories on the way to it.
 FileStatus CreateDirectories(const std::string& path) {
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        // Creating a directory that already exists may be forbidden, so only a failure with the last one
+        // Creating a directory that already exists may be forbidden, so only a failure to create the last one
         // counts.
         static_cast<void>(platform::MakeDirectory(path.substr(0, end)));
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Takes a message that was found away from all other readers.
+// Claims a message that was found: takes it away from all other readers.
 #include "platform/file.h"
 #include "spoolmq/store/crash_points.h"
 #include "spoolmq/store/store.h"
@@ -9,7 +9,8 @@ namespace spoolmq {
 
 namespace {
 
-// A unit never holds nearly as many copied-in files of one name and one clock tick.
+// The most stamps that are tried for one message. A unit never holds nearly this many copied-in files of one
+// name and one clock tick.
 constexpr int kMaxClaimNameAttempts = 1000;
 
 UnitStage StageOf(Syncpoint syncpoint) {
@@ -24,8 +25,8 @@ UnitMember MemberOf(const StoreQueue& queue, const FoundMessage& found, UnitStag
 Status MoveError(Unit& unit, const std::string& from, const std::string& to, FileStatus reason) {
     platform::FileInfo info;
     if (reason == FileStatus::kNotFound && platform::StatPath(from, info) == FileStatus::kOk) {
-        // The message still exists, so the directory does not: someone has removed it. The next attempt
-        // creates it.
+        // The message still exists, so it is the unit's directory that is missing: someone has removed it.
+        // The next attempt creates it again.
         unit.createdDirectories.erase(to.substr(0, to.rfind('/')));
         return {StatusCode::kMessageGone, {}};
     }
@@ -36,8 +37,8 @@ Status MoveError(Unit& unit, const std::string& from, const std::string& to, Fil
 }
 
 // Moves the message's file into the unit and sets `path` to its new place. `found` gets a stamp that is later
-// by some nanoseconds if the unit already holds a message of its name, which happens when two files of the same
-// name are copied in within one clock tick.
+// by some nanoseconds if the unit already holds a message of its name, which happens when two files of the
+// same name are copied in within one clock tick.
 Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std::string& path) {
     Unit& unit = queue.connection->unit;
     const std::string from = queue.state->path + '/' + found.fileName;
@@ -54,8 +55,8 @@ Status MoveIntoUnit(StoreQueue& queue, FoundMessage& found, UnitStage stage, std
     return status == FileStatus::kOk ? Status() : MoveError(unit, from, path, status);
 }
 
-// A message that is claimed is usually the first of the listing. Any other entry is marked when opening its
-// file fails.
+// Marks the file's entry as gone if it is the first in the listing, as it usually is. Any other entry is
+// marked later, when its file cannot be opened.
 void MarkFirstGone(Listing& listing, const std::string& fileName) {
     if (listing.first < listing.entries.size() && listing.entries[listing.first].fileName == fileName) {
         listing.entries[listing.first].isGone = true;
@@ -63,7 +64,7 @@ void MarkFirstGone(Listing& listing, const std::string& fileName) {
 }
 
 // Returns whether the file that was claimed is the one that was found: a copied-in file may have been
-// replaced by another of its name in between.
+// replaced by another file of the same name in between.
 bool IsFileAsFound(const std::string& path, const FoundMessage& found) {
     platform::FileInfo info;
     return platform::StatPath(path, info) == FileStatus::kOk && info.identity == found.identity &&
@@ -121,7 +122,7 @@ void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint) {
         status = ReturnMessage(unit.qmgrPath, member, path, BackoutCount::kKeep);
     }
     if (status != FileStatus::kOk) {
-        // A commit would delete a message that its reader has not received.
+        // Otherwise a commit would delete a message that its reader has not received.
         if (syncpoint == Syncpoint::kYes) {
             unit.isRollbackOnly = true;
         }

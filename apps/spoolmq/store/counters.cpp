@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::size_t kCounterFileBytes = 4096;
 
-// These structures are the content of the files. A new file is all zeros, which is the right start of every
-// counter, so nothing is constructed.
+// These structures are the content of the files. A new file is all zeros, which is the right initial value of
+// every counter, so nothing is constructed.
 struct QmgrNumbers {
     std::atomic<std::int64_t> lastStampNs;
 };
@@ -28,7 +28,7 @@ struct QueueNumbers {
 static_assert(std::atomic<std::int64_t>::is_always_lock_free &&
               std::atomic<std::uint64_t>::is_always_lock_free);
 
-// These return null while the file cannot be accessed.
+// These return the numbers in the mapped file, or null while the file cannot be accessed.
 QmgrNumbers* NumbersOf(const QmgrCounters& counters) {
     return platform::EnsureFileSize(counters.file) ? static_cast<QmgrNumbers*>(counters.file.memory)
                                                    : nullptr;

@@ -20,7 +20,7 @@ namespace spoolmq {
 ///   recovered     a dead program's messages are back, and its unit of work still exists
 using CrashPointListener = void (*)(std::string_view point);
 
-/// Sets the listener of the process. Null, as at the start, means none.
+/// Sets the listener of the process. Null, the initial value, means that there is no listener.
 void SetCrashPointListener(CrashPointListener listener);
 void ReachCrashPoint(std::string_view point);
 

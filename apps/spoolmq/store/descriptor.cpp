@@ -63,7 +63,7 @@ mqi::MQMD BlankDescriptor() {
     return descriptor;
 }
 
-// Writes control characters and percent signs, and nothing else, as %XX.
+// Returns the text with each control character and percent sign written as %XX.
 std::string EscapedText(std::string_view text) {
     std::string escaped;
     for (const char c : text) {
@@ -178,7 +178,7 @@ mqi::MQMD ParseDescriptor(std::string_view text) {
     static const mqi::MQMD defaults = BlankDescriptor();
     mqi::MQMD descriptor = defaults;
     const Field* const end = std::end(kFields);
-    // Fields are mostly in the order of the table, so each search starts after the last one found.
+    // Fields are mostly in the order of the table, so each search starts after the field that was found last.
     const Field* next = std::begin(kFields);
     while (!text.empty()) {
         const std::size_t lineEnd = std::min(text.find('\n'), text.size());

@@ -12,10 +12,12 @@
 
 namespace spoolmq {
 
-/// The text does not contain BackoutCount, because that is part of the message's file name.
+/// Returns the descriptor as text. It does not contain BackoutCount, which is part of the message's file
+/// name.
 [[nodiscard]] std::string FormatDescriptor(const mqi::MQMD& descriptor);
-/// Returns the defaults, changed by the text. A line that is not understood is skipped, so that a mistake made
-/// while editing a descriptor loses one field and not the message.
+/// Returns the descriptor that the text describes. A field that the text does not name has its default. A
+/// line that is not understood is skipped, so that a mistake made while editing a descriptor loses one field
+/// and not the message.
 [[nodiscard]] mqi::MQMD ParseDescriptor(std::string_view text);
 
 /// Copies the text into a fixed field of `size` characters, padded with blanks or truncated.

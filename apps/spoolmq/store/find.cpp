@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Finds messages.
+// Finds messages in a queue and reads them.
 #include <algorithm>
 #include <cstring>
 
@@ -18,7 +18,7 @@ namespace {
 // reports that there is no message.
 constexpr std::int64_t kRecoveryIntervalMs = 100;
 
-// Fills the message id of a copied-in file, which is unique and the same at every call.
+// Fills in the message id of a copied-in file. The id is unique, and the same at every call.
 void FillCopiedInId(const StoreConnection& connection, const MessageName& name, MQBYTE* msgId) {
     char text[16];
     FillField(text, 4, "FILE");
@@ -43,7 +43,8 @@ mqi::MQMD CopiedInDescriptor(const StoreQueue& queue, const MessageName& name) {
     return descriptor;
 }
 
-// Returns false if the message has gone in the meantime.
+// Reads the message's descriptor, or makes one for a copied-in file. Returns false if the message has gone in
+// the meantime.
 bool ReadDescriptor(const StoreQueue& queue, FoundMessage& found) {
     std::string text;
     const std::string& queuePath = queue.state->path;
@@ -52,7 +53,7 @@ bool ReadDescriptor(const StoreQueue& queue, FoundMessage& found) {
         found.descriptor = ParseDescriptor(text);
     } else {
         // A descriptor is deleted just before its message, which is then no longer in the queue. A message in
-        // the queue that has none is a copied-in file that the store has handled.
+        // the queue without a descriptor is a copied-in file that the store has handled.
         platform::FileInfo info;
         if (!found.isCopiedIn &&
             platform::StatPath(queuePath + '/' + found.fileName, info) != FileStatus::kOk) {
@@ -81,8 +82,8 @@ bool IsAfter(const MessageEntry& entry, const BrowseCursor& cursor) {
     return entry.fileName > cursor.fileName;
 }
 
-// Opens the entry's file and reads its descriptor. Returns kNotFound when it is gone, kBusy when it is still
-// being written.
+// Opens the entry's file and reads its descriptor. Returns kNotFound if the file is gone, kBusy if it is
+// still being written.
 FileStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMessage& found) {
     platform::FileInfo info;
     const FileStatus status =
@@ -104,8 +105,8 @@ FileStatus OpenEntry(const StoreQueue& queue, const MessageEntry& entry, FoundMe
     return FileStatus::kNotFound;
 }
 
-// Opens the entry's message if it is selected. Returns kNoMessage when it is not, or when its file is gone or
-// still being written.
+// Opens the entry's message if it is selected. Returns kNoMessage if it is not selected, or if its file is
+// gone or still being written.
 Status TryEntry(StoreQueue& queue, const Selection& selection, MessageEntry& entry, FoundMessage& found) {
     Status noMessage = {StatusCode::kNoMessage, {}};
     if (entry.areIdsKnown && !IsSelected(selection, entry)) {
@@ -190,7 +191,8 @@ Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCu
         return status;
     }
     Recover(*queue.connection);
-    // This looks twice, because the first listing may lack what arrived while it was being read.
+    // The queue is listed up to twice, because the first listing may lack messages that arrived while it was
+    // being made.
     for (int look = 0; look < 2 && status.code == StatusCode::kNoMessage; ++look) {
         bool hasArrivals = false;
         const FileStatus result = HasArrivals(state.path, state.counters, queue.listing, hasArrivals);

@@ -13,10 +13,11 @@ namespace spoolmq {
 
 namespace {
 
-// Two changes of a directory within one tick of the file clock leave the same time.
+// Two changes of a directory within one tick of the file clock leave the same time, so a listing that was
+// made within this time after a change may lack a later one.
 constexpr std::int64_t kClockTickNs = 20000000;
 
-// A queue with fewer messages than this is listed again whenever there is a reason to.
+// A listing of fewer messages than this is made again as soon as a message has been returned.
 constexpr std::size_t kShortListing = 1000;
 
 std::string_view RestOf(const MessageEntry& entry) {
@@ -31,7 +32,8 @@ bool ArrivedBefore(const MessageEntry& a, const MessageEntry& b) {
     return RestOf(a) < RestOf(b);
 }
 
-// Completes an entry of a message that the store has named. Returns false when it is too recent to be listed.
+// Completes an entry of a message that the store has named. Returns false if the message is too recent to be
+// listed.
 bool FillNamedEntry(const MessageName& name, std::int64_t horizonNs, const QmgrCounters& stamps,
                     MessageEntry& entry) {
     entry.stampNs = name.stampNs;
@@ -44,7 +46,7 @@ bool FillNamedEntry(const MessageName& name, std::int64_t horizonNs, const QmgrC
     return false;
 }
 
-// Completes an entry of a copied-in file. Returns false when it is not settled, nothing when it is gone.
+// Completes an entry of a copied-in file. Returns false if the file is not settled, nullopt if it is gone.
 std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowNs, std::int32_t settleMs,
                                       MessageEntry& entry) {
     platform::FileInfo info;
@@ -59,8 +61,8 @@ std::optional<bool> FillCopiedInEntry(const std::string& path, std::int64_t nowN
 }  // namespace
 
 bool IsSettled(const platform::FileInfo& file, std::int64_t nowNs, std::int32_t settleMs) {
-    // Writing sets both times. A later change is a rename into place, or the last step of a copy, which gives
-    // the file the times of the original: either way the file is complete.
+    // Writing sets both times. A change time that is later comes from a rename into place, or from the last
+    // step of a copy, which gives the file the times of the original. In both cases the file is complete.
     if (file.changeTimeNs > file.writeTimeNs) {
         return true;
     }

@@ -30,7 +30,7 @@ struct Listing {
     std::vector<MessageEntry> entries;  ///< in order of arrival
     std::size_t first = 0;              ///< all entries before this index are gone
     bool isLoaded = false;
-    bool isPartial = false;  ///< files were left out that will be messages in a moment
+    bool isPartial = false;  ///< files were left out that will soon be messages
 
     // These members describe the state just before the directory was read.
     std::uint64_t arrivals = 0;
@@ -43,8 +43,9 @@ struct Listing {
     std::int64_t loadTookMs = 0;
 };
 
-/// Reads the queue's directory. This takes time, and of two messages put meanwhile the second might be seen and
-/// the first not; therefore messages with a stamp assigned after the call began are left for the next listing.
+/// Reads the queue's directory. This takes time, and of two messages put meanwhile the second might be seen
+/// and the first not; therefore messages with a stamp assigned after the call began are left for the next
+/// listing.
 [[nodiscard]] FileStatus LoadListing(const std::string& queuePath, const QueueCounters& counters,
                                      const QmgrCounters& stamps, std::int32_t settleMs, Listing& listing);
 
@@ -54,8 +55,8 @@ struct Listing {
 /// late.
 [[nodiscard]] bool HasReturns(const Listing& listing, const QueueCounters& counters);
 
-/// Sets `hasArrivals` to whether the directory may contain a message that the listing does not. Returns
-/// kNotFound when the directory is gone.
+/// Sets `hasArrivals` to whether the directory may contain a message that is not in the listing. Returns
+/// kNotFound if the directory is gone.
 [[nodiscard]] FileStatus HasArrivals(const std::string& queuePath, const QueueCounters& counters,
                                      const Listing& listing, bool& hasArrivals);
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kStampChars = 25;  // YYYYMMDD-HHMMSS-NNNNNNNNN
 constexpr std::int64_t kNsPerSecond = 1000000000;
-// File systems allow 255 bytes, which leaves room for the stamp and a back-out count of any size.
+// File systems allow 255 bytes. This limit leaves room for the stamp and a back-out count of any size.
 constexpr std::size_t kRestCharsMax = 200;
 
 struct CalendarTime {

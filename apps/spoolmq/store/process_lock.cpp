@@ -4,7 +4,8 @@
 namespace spoolmq {
 
 FileStatus AcquireProcessLock(const std::string& path, platform::LockHandle& lock) {
-    // The directories of the stand-in are its own, so a file of that name is a lock file whatever it contains.
+    // Only the stand-in uses these directories, so a file with the name of a lock is a lock file whatever it
+    // contains.
     platform::LockOptions options;
     options.refusesContents = false;
     switch (platform::AcquireLock(path, options, lock)) {

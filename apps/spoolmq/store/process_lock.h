@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Keeps locks that show that a process lives: of a unit of work, and of a queue that is open for input.
+// Acquires the locks that show that a process is alive: one for each unit of work, and one for each open of a
+// queue for input.
 #pragma once
 
 #include <string>
@@ -10,8 +11,8 @@
 
 namespace spoolmq {
 
-/// Creates the lock file if it is missing and holds it until platform::ReleaseLock or the end of the process. kBusy if
-/// it is held. `lock` is platform::kNoLock unless the result is kOk.
+/// Creates the lock file if it is missing and holds it until platform::ReleaseLock or the end of the process.
+/// Returns kBusy if the lock is held already. `lock` is platform::kNoLock unless the result is kOk.
 [[nodiscard]] FileStatus AcquireProcessLock(const std::string& path, platform::LockHandle& lock);
 
 }  // namespace spoolmq

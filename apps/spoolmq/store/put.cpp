@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Puts messages.
+// Puts messages on a queue.
 #include <cstring>
 
 #include "platform/directory.h"
@@ -13,8 +13,8 @@ namespace spoolmq {
 
 namespace {
 
-// A name can be taken only if the counters were lost within a clock tick, and then far fewer attempts than
-// this are needed.
+// The most names that are tried for one message. A name is already in use only if the counters were lost
+// within a clock tick, and then far fewer attempts are needed.
 constexpr int kMaxNameAttempts = 1000;
 
 std::string DescriptorDirectory(const QueueState& state) {

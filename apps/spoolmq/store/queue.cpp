@@ -29,7 +29,7 @@ std::string OpensPath(const std::string& queuePath) {
     return queuePath + "/.opens";
 }
 
-// Holding this lock keeps other programs from registering an open for input.
+// Returns the path of the lock that is held while opens for input are counted or registered.
 std::string OpensLockPath(const std::string& queuePath) {
     return OpensPath(queuePath) + "/.guard";
 }
@@ -39,7 +39,7 @@ struct InputOpens {
     std::int32_t exclusive = 0;
 };
 
-// Counts the opens of living programs and removes those of dead ones.
+// Counts the opens for input of live programs and removes those of dead programs.
 InputOpens CountInputOpens(const std::string& queuePath) {
     InputOpens opens;
     std::vector<platform::DirectoryEntry> entries;
@@ -102,7 +102,7 @@ Status RegisterInput(StoreQueue& queue, InputUse use) {
     return status;
 }
 
-// Maps the counters of the queue's present directory, which may not be the one of an earlier open.
+// Maps the counters in the queue's current directory, which may not be the directory of an earlier open.
 Status RefreshCounters(QueueState& state, std::uint64_t identity) {
     if (state.counters.file.memory != nullptr && state.identity == identity) {
         return {};
@@ -118,7 +118,8 @@ Status RefreshCounters(QueueState& state, std::uint64_t identity) {
     return {};
 }
 
-// Sets `state` to what the connection knows about the queue, created or updated.
+// Sets `state` to what the connection knows about the queue. The state is created at the first call
+// and then updated.
 Status FindQueueState(StoreConnection& connection, const std::string& name, QueueState*& state) {
     const std::string directory = DirectoryOfObject(name);
     const std::string path = connection.path + '/' + directory;

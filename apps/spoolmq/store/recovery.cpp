@@ -67,7 +67,8 @@ bool SettleQueue(const DeadUnit& unit, UnitStage stage, const std::string& queue
         isSettled &= SettleMessage(unit, member, path + '/' + message.name) == FileStatus::kOk;
         ReachCrashPoint("return-step");
     }
-    // This is needed even if there was no message: an earlier recovery may have been killed before it got here.
+    // This is needed even if there was no message: an earlier recovery may have been killed before it got
+    // here.
     if (stage != UnitStage::kDone) {
         AnnounceReturn(unit.qmgrPath + '/' + queueDirectory);
     }
@@ -90,7 +91,7 @@ bool SettleStage(const DeadUnit& unit, UnitStage stage) {
     return isSettled && platform::RemoveEmptyDirectory(stagePath) == FileStatus::kOk;
 }
 
-// Settles a whole unit. Returns false when something of it has to stay.
+// Settles a whole unit and removes it. Returns false if a part of it has to stay.
 bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
     platform::FileInfo marker;
     const bool isCommitted = platform::StatPath(unitPath + "/commit", marker) == FileStatus::kOk;
@@ -109,7 +110,7 @@ bool SettleUnit(const std::string& qmgrPath, const std::string& unitPath) {
 }
 
 // Returns the id of the unit whose directory this entry is, or whose lock file it is when the directory no
-// longer exists; empty for anything else.
+// longer exists; an empty string for any other entry.
 std::string UnitOfEntry(const platform::DirectoryEntry& entry,
                         const std::vector<platform::DirectoryEntry>& entries) {
     const std::string_view name = entry.name;

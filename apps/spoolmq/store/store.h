@@ -13,8 +13,8 @@
 //           .opens/                      who has the queue open for input
 //         .units/                        units of work in progress, see unit.h
 //
-// The error of a failed Status names the thing, the reason and, where that is known, the next step.
-// A connection is used by one thread at a time. Different connections are independent.
+// The error of a failed Status says what failed, why and, if that is known, what to do. A connection is used
+// by one thread at a time. Different connections are independent.
 #pragma once
 
 #include <map>
@@ -50,7 +50,7 @@ struct StoreConnection {
     AttributeFile<QmgrAttributes> attributes;
     QmgrCounters counters;
     Unit unit;
-    std::map<std::string, std::unique_ptr<QueueState>> queues;  ///< by directory
+    std::map<std::string, std::unique_ptr<QueueState>> queues;  ///< the key is the directory
     std::int64_t lastRecoveryMs = 0;
     std::uint64_t ownReturns = 0;  ///< raised whenever this connection has returned messages to their queues
 };
@@ -65,12 +65,12 @@ struct StoreQueue {
     platform::LockHandle inputLock = platform::kNoLock;  ///< kNoLock when the queue is not open for input
 };
 
-/// Connects to a queue manager and recovers the units of work of dead processes. A blank name means the default
-/// queue manager: the only one there is, or the one whose qmgr.ini says so. `connection` is null on failure.
-/// Errors: kUnknownQueueManager, kFailed.
+/// Connects to a queue manager and recovers the units of work of dead processes. A blank name means the
+/// default queue manager: the only one there is, or the one whose qmgr.ini says so. `connection` is null on
+/// failure. Errors: kUnknownQueueManager, kFailed.
 Status ConnectStore(const std::string& root, const std::string& name,
                     std::unique_ptr<StoreConnection>& connection);
-/// Backs out what is uncommitted and releases everything. All queues must have been closed.
+/// Backs out the unit of work and releases everything. All queues must have been closed.
 void DisconnectStore(std::unique_ptr<StoreConnection> connection);
 
 /// Opens a queue, which must be closed before the connection ends. `queue` is null on failure.
@@ -79,23 +79,23 @@ Status OpenStoreQueue(StoreConnection& connection, const std::string& name, Inpu
                       std::unique_ptr<StoreQueue>& queue);
 void CloseStoreQueue(std::unique_ptr<StoreQueue> queue);
 
-/// Reads the queue's attributes again if they have changed. kFailed: the file is not valid, and the last valid
-/// values apply.
+/// Reads the queue's attributes again if they have changed. Returns kFailed if the file cannot be read or is
+/// not valid; the last valid values then apply.
 Status RefreshQueue(StoreQueue& queue);
 
 /// Says whether an operation is part of the connection's unit of work, or takes effect immediately.
 enum class Syncpoint { kNo, kYes };
 
 struct NewMessage {
-    /// Every field has its final value. This is null for a message that the queue describes, like a copied-in
-    /// file.
+    /// Every field of the descriptor has its final value. The pointer is null for a message that the queue's
+    /// attributes describe, like a copied-in file.
     const mqi::MQMD* descriptor = nullptr;
     const void* body = nullptr;
     std::size_t bytes = 0;
 };
 
 /// Puts a message, completely or not at all. Under syncpoint it becomes available with the commit, otherwise
-/// immediately. kQueueDeleted, kFailed: the queue is as it was.
+/// immediately. Errors, which leave the queue as it was: kQueueDeleted, kFailed.
 Status PutMessage(StoreQueue& queue, const NewMessage& message, Syncpoint syncpoint);
 
 /// Fills the 24 bytes of a MsgId or CorrelId: "AMQ ", the queue manager's name, and 8 bytes that are never
@@ -132,34 +132,38 @@ Status FindMessage(StoreQueue& queue, const Selection& selection, const BrowseCu
 /// Finds the message at the cursor if it still exists. After kOk, `found` must be released.
 /// Errors: kNoMessage, kFailed.
 Status FindUnderCursor(StoreQueue& queue, const BrowseCursor& cursor, FoundMessage& found);
-/// Copies up to `bytes` of the body. Error: kFailed.
+/// Copies up to `bytes` bytes of the message's body into the buffer. Error: kFailed.
 Status ReadFound(const FoundMessage& found, void* buffer, std::size_t bytes);
 void ReleaseFound(FoundMessage& found);
 
-/// Takes the message away from all other readers: into the unit of work under syncpoint, else until FinishGet
-/// or UndoClaim. Errors: kMessageGone, kFailed.
+/// Takes the message away from all other readers. Under syncpoint it becomes part of the unit of work;
+/// otherwise FinishGet or UndoClaim must follow. Errors: kMessageGone, kFailed.
 Status ClaimMessage(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint);
 /// Deletes a message that was claimed without syncpoint. Error: kFailed.
 Status FinishGet(StoreQueue& queue, FoundMessage& found);
-/// Returns the message that was claimed last, with its back-out count as it was. If that fails, the message
-/// stays in the unit, and recovery returns it; under syncpoint the unit of work becomes rollback-only.
+/// Returns the message that was claimed last to its queue, with an unchanged back-out count. If that fails,
+/// the message stays in the unit, and recovery returns it; under syncpoint the unit of work becomes
+/// rollback-only.
 void UndoClaim(StoreQueue& queue, FoundMessage& found, Syncpoint syncpoint);
 
-/// Sleeps until something may have changed in the queue, for at most this long and at most 10 ms.
+/// Sleeps until something may have changed in the queue, but no longer than `milliseconds` and no longer than
+/// 10 ms.
 void WaitForArrival(const StoreQueue& queue, std::int64_t milliseconds);
 
 [[nodiscard]] std::size_t UncommittedCount(const StoreConnection& connection);
-/// Commits. kFailed: nothing was committed and the unit of work is as it was, because the commit could not be written or
-/// the unit is rollback-only.
+/// Commits the unit of work. Returns kFailed if the commit could not be written or the unit is rollback-only;
+/// nothing is then committed, and the unit is as it was.
 Status CommitStore(StoreConnection& connection);
-/// Backs out. kFailed: some messages return to their queues only with the next recovery.
+/// Backs out the unit of work. Returns kFailed if some messages will return to their queues only with the
+/// next recovery.
 Status BackOutStore(StoreConnection& connection);
 
 /// Returns the number of messages of the queue, including those got or put in uncommitted units of work.
 [[nodiscard]] std::int64_t QueueDepth(const std::string& qmgrPath, const std::string& queueDirectory);
-/// Returns how many opens for input there are, by any process.
+/// Returns how often the queue is open for input, in all processes together.
 [[nodiscard]] std::int32_t InputOpenCount(const std::string& queuePath);
-/// Returns whether the queue has reached max_depth. It counts nothing while max_depth has its default value.
+/// Returns whether the queue has reached max_depth. The messages are not counted while max_depth has its
+/// default value.
 [[nodiscard]] bool IsQueueFull(const StoreQueue& queue);
 
 }  // namespace spoolmq

@@ -60,7 +60,7 @@ FileStatus PublishMember(const Unit& unit, const UnitMember& member) {
     return status;
 }
 
-// Commits a unit of a single get, which the rename to done decides.
+// Commits a unit that consists of a single get. The rename to the stage "done" decides the commit.
 FileStatus CommitSingleGet(Unit& unit, const UnitMember& member) {
     UnitMember done = member;
     done.stage = UnitStage::kDone;
