@@ -293,7 +293,8 @@ TEST_F(RestartableLoadRefusal, H8_ACheckpointFileThatIsMissingAlthoughAPositionI
     ExpectRefusal(
         site, {},
         site.CheckpointFile() +
-            " is missing although a position is stored: it contained the records that came after the position; restore the file at this path and run the same command again\n");
+            " is missing although a position is stored: it contained the records that came after the position; restore the file at this path and run the same command again, or add --accept-loss to continue "
+            "without the records that are lost\n");
     EXPECT_FALSE(fs::exists(site.CheckpointFile()));
     fs::rename(site.Path("aside"), site.CheckpointFile());
     site.Run();

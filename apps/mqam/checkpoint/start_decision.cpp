@@ -17,6 +17,8 @@ std::string CountRecords(std::size_t count) {
     return count == 1 ? "1 record" : std::to_string(count) + " records";
 }
 
+constexpr char kOrAcceptLoss[] = ", or add --accept-loss to continue without the records that are lost";
+
 StartDecision Refuse(const std::string& message) {
     StartDecision decision;
     decision.message = message;
@@ -60,7 +62,7 @@ StartDecision RefuseDamage(const CheckpointScan& file) {
                    DescribeLoss(loss);
     }
     return Refuse(message + "; keep a copy of the file and see what is intact with `mqam checkpoint verify " +
-                  file.path + "`; restore an undamaged copy and run the same command again");
+                  file.path + "`; restore an undamaged copy and run the same command again" + kOrAcceptLoss);
 }
 
 void CutTornTail(const CheckpointScan& file, StartDecision& decision) {
@@ -143,7 +145,8 @@ StartDecision RefuseMissing(const std::string& checkpointPath, const std::vector
         return Refuse(
             checkpointPath +
             " is missing although a position is stored: it contained the records that came after the "
-            "position; restore the file at this path and run the same command again");
+            "position; restore the file at this path and run the same command again" +
+            kOrAcceptLoss);
     }
     return Refuse(checkpointPath + " is missing and there are " + std::to_string(temporaries.size()) +
                   " temporary checkpoint files, so it cannot be known which of them replaces it; " +

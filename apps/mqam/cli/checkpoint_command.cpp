@@ -20,13 +20,13 @@
 #include "mqam/checkpoint/repair.h"
 #include "mqam/checkpoint/scan_json.h"
 #include "mqam/cli/checkpoint_export_command.h"
+#include "mqam/cli/confirmation.h"
 #include "mqam/cli/option_values.h"
 #include "mqam/load/stored_load.h"
 #include "mqam/module/position_text.h"
 #include "mqam/target/load_places.h"
 #include "mqam/target/lock_file.h"
 #include "platform/paths.h"
-#include "platform/terminal.h"
 
 namespace mqam {
 
@@ -229,22 +229,6 @@ int RunVerify(const CheckpointOptions& options) {
     return Print(text, isIntact ? kExitDone : kExitDamaged);
 }
 
-bool IsConfirmed(const CheckpointOptions& options) {
-    if (options.yes) return true;
-    constexpr int kStandardInput = 0;
-    if (!platform::IsTerminal(kStandardInput)) {
-        PrintMessage(
-            "mqam checkpoint: nothing was changed; give --yes to make the changes without being asked\n");
-        return false;
-    }
-    PrintMessage("No load may be using this file. Make these changes? [y/N] ");
-    char answer[16] = {};
-    if (std::fgets(answer, sizeof answer, stdin) != nullptr && (answer[0] == 'y' || answer[0] == 'Y'))
-        return true;
-    PrintMessage("mqam checkpoint: nothing was changed\n");
-    return false;
-}
-
 RepairPlan Plan(const CheckpointOptions& options, const Stored& stored) {
     return PlanRepair(options.path, stored.position, options.maxRecordBytes);
 }
@@ -295,7 +279,8 @@ int RunRepair(const CheckpointOptions& options) {
     }
     const int printed = Print(DescribeSteps(options, plan), kExitDone);
     if (printed != kExitDone) return printed;
-    if (!IsConfirmed(options)) return kExitNotStarted;
+    if (!IsConfirmed("mqam checkpoint", "No load may be using this file. Make these changes?", options.yes))
+        return kExitNotStarted;
     const int taken = TakeSteps(options, stored, plan);
     bool isRefused = false;
     return taken != kExitDone ? taken

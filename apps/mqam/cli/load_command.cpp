@@ -78,6 +78,7 @@ const char* FindRestartOption(const LoadOptions& options) {
     if (options.checkpointSeconds != 0) return "--checkpoint-seconds";
     if (options.restart != RestartPolicy::kAuto) return "--restart";
     if (options.retryForSeconds != 0) return "--retry-for";
+    if (options.acceptLoss) return "--accept-loss";
     return nullptr;
 }
 

@@ -5,6 +5,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Validators.hpp>
 
+#include "mqam/cli/confirmation.h"
 #include "mqam/cli/option_values.h"
 #include "mqam/explain/failure_report.h"
 #include "mqam/load/probe_process.h"
@@ -100,6 +101,17 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
     command.add_option(kProbeOption, options.probe, "")->group("");
     command.add_option(kWorkerOption, options.workerSince, "")->group("");
     command.add_flag(kCompletedBeforeOption, options.workerCompletedBefore, "")->group("");
+    auto* acceptLoss =
+        command
+            .add_flag(
+                "--accept-loss", options.acceptLoss,
+                "if the checkpoint file is damaged or missing, state what is lost, ask, and continue without it. "
+                "The file is kept, and what can be read is saved first")
+            ->group(kRestartGroup);
+    command.add_flag("--yes", options.yes, "with --accept-loss: do not ask; necessary without a terminal")
+        ->needs(acceptLoss)
+        ->group(kRestartGroup);
+    command.add_flag(kAcceptsLossOption, options.workerAcceptsLoss, "")->group("");
     command.add_flag(kFollowsEndOption, options.workerFollowsEnd, "")->group("");
 }
 
@@ -163,6 +175,12 @@ LoadObserver MakeObserver(const LoadOptions& options) {
         PrintMessage("mqam load: " + DescribeNotice(text) + "\n");
     };
     observer.repaired = [](const std::string& what) { PrintMessage("mqam load: repaired: " + what + "\n"); };
+    if (options.workerAcceptsLoss) {
+        observer.acceptLoss = [yes = options.yes](const std::string& loss) {
+            PrintMessage("mqam load: " + loss);
+            return IsConfirmed("mqam load", "Continue without what is lost?", yes);
+        };
+    }
     if (options.verbose) {
         observer.report = [](const StartupReport& report) { PrintMessage(FormatReport(report, "  ")); };
         observer.decision = [](const std::string& text) { PrintMessage("mqam load: " + text + "\n"); };

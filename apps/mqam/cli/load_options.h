@@ -42,12 +42,15 @@ struct LoadOptions {
     std::string restartFile;
     RestartPolicy restart = RestartPolicy::kAuto;
     std::uint64_t retryForSeconds = 0;
+    bool acceptLoss = false;
+    bool yes = false;
 
     // The hidden options of a worker process; see worker.h.
     std::int64_t workerSince = -1;  ///< when the command started, if this process is a worker; else negative
     bool workerCompletedBefore =
-        false;                      ///< a load found complete was already complete before the command started
-    bool workerFollowsEnd = false;  ///< the previous worker has just waited for the whole read wait interval
+        false;  ///< a load found complete was already complete before the command started
+    bool workerAcceptsLoss = false;  ///< this attempt may ask the user to accept a loss
+    bool workerFollowsEnd = false;   ///< the previous worker has just waited for the whole read wait interval
 
     int probe = 0;  ///< a ProbeKind, if this process is a probe; see probe_process.h
 

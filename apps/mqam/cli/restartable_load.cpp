@@ -108,7 +108,8 @@ int RunRestartableLoad(const LoadOptions& options) {
     settings.followsEnd = options.workerFollowsEnd;
     settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;
     if (options.workerSince < 0) {
-        return SuperviseLoad({options.restart, options.retryForSeconds, options.quiet}, *target);
+        return SuperviseLoad({options.restart, options.retryForSeconds, options.quiet, options.acceptLoss},
+                             *target);
     }
     worker.modulePath = options.module.modulePath;
     worker.commandStartedMs = options.workerSince;

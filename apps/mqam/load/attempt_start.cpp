@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/load/attempt_start.h"
 
+#include "mqam/base/progress.h"
 #include "mqam/base/utc_time.h"
 #include "mqam/checkpoint/repair.h"
+#include "mqam/load/accepted_loss.h"
 #include "mqam/load/completion.h"
 #include "mqam/target/lock_file.h"
 #include "platform/file.h"
@@ -120,6 +122,30 @@ bool IsLogFree(AttemptContext& attempt, const std::string& log) {
                              "it once that load is finished");
 }
 
+// Asks whether to continue without what is lost, and does so. Returns false if the attempt is over.
+bool ContinueWithoutLoss(AttemptContext& attempt, const CheckpointScan& scan,
+                         const std::vector<std::string>& temporaries, const RestartState& stored) {
+    AcceptedLoss loss;
+    const Status planned = PlanAcceptedLoss(scan, temporaries, stored,
+                                            attempt.settings.checkpointEveryRecords, attempt.target, loss);
+    const std::string& reason = attempt.decision.message;
+    if (!planned.IsOk()) {
+        return planned.Code() == StatusCode::kRefused
+                   ? RefuseAttempt(attempt.result, reason + "; " + planned.Error())
+                   : EndByTarget(attempt.result, planned);
+    }
+    if (!attempt.observer.acceptLoss(reason + "\n" + loss.question))
+        return RefuseAttempt(attempt.result, "the loss was not accepted: nothing was changed");
+    const Status accepted = AcceptLoss(loss);
+    if (accepted.IsOk() && attempt.observer.repaired) {
+        attempt.observer.repaired(loss.checkpointFile + " contains what can be read and is not loaded yet: " +
+                                  FormatRecords(CountRecords(loss.unloaded)));
+    }
+    return accepted.IsOk() ||
+           EndByFile(attempt.result, "could not continue without what is lost: " + accepted.Error() + "; " +
+                                         loss.checkpointFile + " is unchanged");
+}
+
 // Decides how to start, reports the decision, and makes the repairs. Nothing is changed before the decision is
 // reported, and a new load is stored before anything is touched.
 bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& stored,
@@ -132,8 +158,14 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
 
     const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
     const std::vector<std::string> temporaries = FindTemporaryFiles(path);
-    const CheckpointScan scan = ScanForStart(path, temporaries, attempt.report.maxRecordBytes);
+    CheckpointScan scan = ScanForStart(path, temporaries, attempt.report.maxRecordBytes);
     decision = DecideStart(path, position, scan, temporaries);
+    if (decision.action == StartAction::kRefuse && !decision.isTransient && position &&
+        attempt.observer.acceptLoss) {
+        if (!ContinueWithoutLoss(attempt, scan, temporaries, *stored)) return false;
+        scan = ScanForStart(path, temporaries, attempt.report.maxRecordBytes);
+        decision = DecideStart(path, position, scan, temporaries);
+    }
     if (decision.action == StartAction::kRefuse) {
         return decision.isTransient ? EndByFile(attempt.result, decision.message)
                                     : RefuseAttempt(attempt.result, decision.message);

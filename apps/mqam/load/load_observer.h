@@ -17,7 +17,9 @@ struct LoadObserver {
     std::function<void(const std::string&)> decision;     ///< how an attempt starts, and why
     std::function<void(const std::string&)> repaired;     ///< a repair made on disk, described
     std::function<void(const PositionData&)> checkpoint;  ///< a position, with the target saved for it
-    std::function<bool()> stopWanted;                     ///< asked before every Read
+    /// Shows what is lost, in complete lines, and returns whether the user accepts it. Empty if no loss is accepted.
+    std::function<bool(const std::string&)> acceptLoss;
+    std::function<bool()> stopWanted;  ///< asked before every Read
 };
 
 }  // namespace mqam

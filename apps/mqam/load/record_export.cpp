@@ -23,21 +23,12 @@ struct CloseExported {
 };
 using ExportedFile = std::unique_ptr<std::FILE, CloseExported>;
 
-// Returns the offset from which on no record is loaded yet; 0 if that cannot be known.
-std::uint64_t FindFirstUnloaded(const CheckpointScan& scan, const RestartState& stored) {
-    if (!stored.position || stored.position->CkPtMsgCount == 0) return 0;
-    const auto ahead = static_cast<std::int64_t>(scan.sequence) - stored.position->CkPtSeq;
-    // Right after a checkpoint, the file begins with the last record loaded. Before it is carried out, the position
-    // names that record in the file of the previous checkpoint.
-    const auto loadedAt =
-        ahead == 0 ? mqamod::kSequenceBytes : static_cast<std::uint64_t>(stored.position->CkPtOffset);
-    if (ahead != 0 && ahead != -1) return 0;
-    if (loadedAt == scan.intactBytes) return loadedAt;
+// Whether the record that is loaded according to the position can be the one that the state describes.
+bool FitsLastRecord(const CheckpointScan& scan, std::uint64_t unloadedFrom, const RestartState& stored) {
     for (const ScannedRecord& record : scan.records) {
-        if (record.offset < loadedAt || record.length == 0) continue;
-        return record.length == stored.lastRecordLength ? record.offset + 1 : 0;
+        if (record.offset + 1 == unloadedFrom) return record.length == stored.lastRecordLength;
     }
-    return 0;
+    return true;
 }
 
 // Copies the records that the load needs.
@@ -77,6 +68,8 @@ Status PutRecord(std::FILE* from, const std::string& path, const ScannedRecord& 
     return sink.Put(body.data(), body.size());
 }
 
+}  // namespace
+
 Status PutRecords(const std::string& path, const ExportPlan& plan, RecordSink& sink, ExportCounts& counts) {
     const ExportedFile from(std::fopen(path.c_str(), "rb"));
     if (from == nullptr) return FailOn("read", path);
@@ -90,6 +83,8 @@ Status PutRecords(const std::string& path, const ExportPlan& plan, RecordSink& s
     }
     return put;
 }
+
+namespace {
 
 // Writes the file and syncs it to disk. It is closed when this returns.
 Status WriteRecords(const std::string& checkpointFile, const ExportPlan& plan,
@@ -119,9 +114,24 @@ std::string DescribeCertainty(std::size_t records) {
 
 }  // namespace
 
+std::optional<std::uint64_t> FindFirstUnloaded(const CheckpointScan& scan, const PositionData& position) {
+    const auto ahead = static_cast<std::int64_t>(scan.sequence) - position.CkPtSeq;
+    if (position.CkPtMsgCount == 0) return ahead == 0 ? std::optional<std::uint64_t>(0) : std::nullopt;
+    // Right after a checkpoint, the file begins with the last record loaded, unless a rewrite put an empty one first.
+    if (ahead == 0) {
+        const bool hasEmpty = !scan.records.empty() && scan.records.front().length == 0;
+        return mqamod::kSequenceBytes + (hasEmpty ? mqamod::kRecordLengthBytes : 0) + 1;
+    }
+    // Before it is carried out, the position names that record in the file of the previous checkpoint.
+    if (ahead != -1 || position.CkPtOffset < 0) return std::nullopt;
+    return static_cast<std::uint64_t>(position.CkPtOffset) + 1;
+}
+
 ExportPlan PlanExport(const CheckpointScan& scan, const RestartState* stored) {
     ExportPlan plan;
-    const std::uint64_t from = stored != nullptr ? FindFirstUnloaded(scan, *stored) : 0;
+    std::uint64_t from = 0;
+    if (stored != nullptr && stored->position) from = FindFirstUnloaded(scan, *stored->position).value_or(0);
+    if (stored != nullptr && !FitsLastRecord(scan, from, *stored)) from = 0;
     plan.loss = EstimateLoss(scan);
     const bool isBroken = plan.loss.to != 0;
     TakeRecords(scan.records, from, isBroken ? plan.loss.from : scan.intactBytes, plan, plan.before);

@@ -13,6 +13,7 @@
 #include "mqam/checkpoint/damage.h"
 #include "mqam/checkpoint/scan.h"
 #include "mqam/target/record_format.h"
+#include "mqam/target/record_sink.h"
 #include "mqam/target/restart_state.h"
 
 namespace mqam {
@@ -28,6 +29,10 @@ struct ExportPlan {
     Loss loss;
     std::uint64_t tornBytes = 0;  ///< the fragment of a record at the end of the file; it was never committed
 };
+
+/// Returns the offset before which every record of the file is in the target, or none if file and position do not fit.
+[[nodiscard]] std::optional<std::uint64_t> FindFirstUnloaded(const CheckpointScan& scan,
+                                                             const PositionData& position);
 
 /// Plans the export of a file that could be read. Empty records carry nothing and do not count.
 ///   stored  the state of the load that the file belongs to, to leave out what is in its target already; null if every
@@ -45,6 +50,11 @@ struct ExportCounts {
     std::uint64_t bytes = 0;          ///< of the records, without what the format adds
     std::uint64_t withLineFeeds = 0;  ///< records that contain a line feed
 };
+
+/// Puts the records into an open sink. The error is that of the sink, or kTransient if the file cannot be read or has
+/// changed since the scan.
+Status PutRecords(const std::string& checkpointFile, const ExportPlan& plan, RecordSink& sink,
+                  ExportCounts& counts);
 
 /// Writes the records to the new file `path`. It is complete and on disk when this succeeds; on failure there is none.
 /// The error is kRefused if `path` exists, kTransient if a file cannot be read or written or has changed since the scan.

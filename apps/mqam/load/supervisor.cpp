@@ -2,6 +2,7 @@
 #include "mqam/load/supervisor.h"
 
 #include <chrono>
+#include <utility>
 
 #include "mqam/base/exit_codes.h"
 #include "mqam/base/progress.h"
@@ -163,11 +164,14 @@ int RunAttempts(const SupervisorSettings& settings, Target& target, Retries& ret
         std::chrono::system_clock::now().time_since_epoch());
     int attemptsWithoutProgress = 0;
     bool followsEnd = false;
+    bool acceptsLoss = settings.acceptsLoss;
     for (;;) {
         if (platform::InterruptForwarded()) return EndOnRequest(retries);
         std::vector<std::string> arguments = {kWorkerOption, std::to_string(begin.count())};
         if (IsEarlierCompletionMarker(retries)) arguments.push_back(kCompletedBeforeOption);
         if (followsEnd) arguments.push_back(kFollowsEndOption);
+        // What a later attempt loses is not what the user was asked about.
+        if (std::exchange(acceptsLoss, false)) arguments.push_back(kAcceptsLossOption);
         const AttemptEnd end = RunOneAttempt(target, arguments, retries);
         const AfterAttempt after = FindAttemptEnd(end).after;
         // An attempt that follows an end of the input waits only a moment; after it the whole interval counts again.

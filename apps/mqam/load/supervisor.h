@@ -20,6 +20,8 @@ struct SupervisorSettings {
     RestartPolicy restart = RestartPolicy::kAuto;
     std::uint64_t retryForSeconds = 0;  ///< 0 = do not retry
     bool quiet = false;
+    bool acceptsLoss =
+        false;  ///< the first attempt may continue without records that are lost, if the user agrees
 };
 
 /// Runs the load to its end, or as far as it gets. Reads the state of `target` between two attempts. Returns the exit

@@ -17,6 +17,7 @@ namespace mqam {
 inline constexpr char kWorkerOption[] = "--worker-since";
 inline constexpr char kCompletedBeforeOption[] = "--worker-completed-before";
 inline constexpr char kFollowsEndOption[] = "--worker-follows-end";
+inline constexpr char kAcceptsLossOption[] = "--worker-accepts-loss";
 
 struct WorkerSettings {
     std::string modulePath;             ///< empty = the module next to the program

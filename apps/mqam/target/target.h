@@ -47,6 +47,10 @@ class Target {
     /// end with the last record that the state counts.
     virtual Status RollBackTo(const RestartState& state) = 0;
 
+    /// Reads the last record that the state counts, which has at least one byte. Changes nothing. Refuses a target that
+    /// does not have it.
+    virtual Status ReadLastRecord(const RestartState& state, std::vector<char>& record) = 0;
+
     /// Puts one record; the bytes are not kept.
     virtual Status Put(const char* record, std::size_t length) = 0;
 

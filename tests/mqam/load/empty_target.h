@@ -18,6 +18,9 @@ class EmptyTarget : public Target {
     [[nodiscard]] bool IsOccupied() override { return false; }
     Status Begin(RestartState& /*state*/) override { return {}; }
     Status RollBackTo(const RestartState& /*state*/) override { return {}; }
+    Status ReadLastRecord(const RestartState& /*state*/, std::vector<char>& /*record*/) override {
+        return Status::Refused("empty");
+    }
     Status Put(const char* /*record*/, std::size_t /*length*/) override { return {}; }
     [[nodiscard]] std::uint64_t Length() const override { return 0; }
     Status Store(const RestartState& state) override { return StoreEnd(state); }

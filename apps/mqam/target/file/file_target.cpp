@@ -87,12 +87,11 @@ Status FileTarget::Begin(RestartState& state) {
     return ReplaceRestartFile(RestartFile(), state);
 }
 
-// Refuses a file that was replaced or rewritten, because it has other bytes where the last record should be.
-Status FileTarget::CheckLastRecord(const RestartState& state) const {
-    if (state.lastRecordLength == 0) return {};
+// Refuses a file that was replaced or rewritten: it has other bytes where the last record should be.
+Status FileTarget::ReadLastRecord(const RestartState& state, std::vector<char>& record) {
     const Frame frame = FrameOf(settings_.format);
     const std::uint64_t framed = frame.before + state.lastRecordLength + frame.after;
-    std::vector<char> record(static_cast<std::size_t>(state.lastRecordLength));
+    record.resize(static_cast<std::size_t>(state.lastRecordLength));
     errno = 0;
     if (framed <= state.targetLength &&
         ReadBytes(settings_.path, state.targetLength - frame.after - state.lastRecordLength, record) &&
@@ -122,7 +121,8 @@ Status FileTarget::RollBackTo(const RestartState& state) {
             " bytes to disk: something else has changed the file; restore it and run the same "
             "command again");
     }
-    Status checked = CheckLastRecord(state);
+    std::vector<char> last;
+    Status checked = state.lastRecordLength == 0 ? Status() : ReadLastRecord(state, last);
     if (!checked.IsOk()) return checked;
     std::string error;
     if (bytes > length_ && !platform::TruncateDurably(path, length_, error)) {

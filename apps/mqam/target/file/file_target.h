@@ -28,6 +28,7 @@ class FileTarget : public Target {
     [[nodiscard]] bool IsOccupied() override;
     Status Begin(RestartState& state) override;
     Status RollBackTo(const RestartState& state) override;
+    Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
     Status Put(const char* record, std::size_t length) override;
     [[nodiscard]] std::uint64_t Length() const override { return length_; }
     Status Store(const RestartState& state) override;
@@ -40,7 +41,6 @@ class FileTarget : public Target {
 
   private:
     [[nodiscard]] const std::string& RestartFile() const { return settings_.places.restartFile; }
-    Status CheckLastRecord(const RestartState& state) const;
 
     FileTargetSettings settings_;
     std::unique_ptr<FileSink> sink_;

@@ -78,6 +78,7 @@ class SqliteTarget : public Target {
     [[nodiscard]] bool IsOccupied() override;
     Status Begin(RestartState& state) override;
     Status RollBackTo(const RestartState& state) override;
+    Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
     Status Put(const char* record, std::size_t length) override;
     [[nodiscard]] std::uint64_t Length() const override { return rows_; }
     Status Store(const RestartState& state) override;
@@ -103,7 +104,6 @@ class SqliteTarget : public Target {
     Status Commit() { return Run("COMMIT", "the records cannot be committed"); }
     Status FindRows(bool& hasRows);
     Status WriteState(const RestartState& state);
-    Status CheckLastRecord(const RestartState& state);
     [[nodiscard]] std::string Table() const { return "\"" + settings_.name.table + "\""; }
     [[nodiscard]] std::string UnreadableTable() const {
         return "table " + settings_.name.table + " cannot be read";
@@ -282,17 +282,21 @@ Status SqliteTarget::Begin(RestartState& state) {
     return status.IsOk() ? Commit() : status;
 }
 
-Status SqliteTarget::CheckLastRecord(const RestartState& state) {
-    if (state.lastRecordLength == 0) return {};
+Status SqliteTarget::ReadLastRecord(const RestartState& state, std::vector<char>& record) {
+    Status opened = Open();
+    if (!opened.IsOk()) return opened;
     Statement statement;
-    Status prepared = Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(rows_),
-                              statement, UnreadableTable());
+    Status prepared =
+        Prepare("SELECT record FROM " + Table() + " WHERE id = " + std::to_string(state.targetLength),
+                statement, UnreadableTable());
     if (!prepared.IsOk()) return prepared;
     const int code = sqlite3_step(statement.get());
     if (code != SQLITE_ROW && code != SQLITE_DONE) return Fail(UnreadableTable());
-    const auto* const record = static_cast<const char*>(sqlite3_column_blob(statement.get(), 0));
+    const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement.get(), 0));
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), 0));
-    if (length == state.lastRecordLength && DigestOf(record, length) == state.lastRecordDigest) return {};
+    record.assign(bytes, bytes + length);
+    if (length == state.lastRecordLength && DigestOf(record.data(), length) == state.lastRecordDigest)
+        return {};
     return Status::Refused("the last row of table " + settings_.name.table + " in " + settings_.name.file +
                            " is not the last record loaded: something else has changed the table; undo that "
                            "and run the same command again");
@@ -309,7 +313,8 @@ Status SqliteTarget::RollBackTo(const RestartState& state) {
                                ": something else has changed the table; undo that and run the same command "
                                "again");
     }
-    status = CheckLastRecord(state);
+    std::vector<char> last;
+    if (state.lastRecordLength != 0) status = ReadLastRecord(state, last);
     return status.IsOk() ? PrepareInsertion() : status;
 }
 
