@@ -15,7 +15,7 @@ std::int64_t ReadClock(clockid_t clock) {
 
 }  // namespace
 
-// The kernel stamps files from its coarse clock: the precise one is ahead of it by up to a tick.
+// The kernel stamps files with its coarse clock. The precise clock is ahead of that by up to a tick.
 std::int64_t FileClockNs() {
     return ReadClock(CLOCK_REALTIME_COARSE);
 }

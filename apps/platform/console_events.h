@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Declares the handlers of console events, only for the Windows source of interrupts.h and its test: a test
-// has no call with which the system would send the events that end a session.
+// Declares the handlers of console events, for the Windows source of interrupts.h and for its test. The test
+// calls them directly, because no call makes the system send the events that end a session.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
@@ -9,8 +9,9 @@
 
 namespace platform {
 
-/// The handler of WatchInterrupts. The system calls handlers on a thread of its own. Returns FALSE if `event` is not an
-/// interrupt; does not return before the process ends, or the system would end it, if it ends the session.
+/// This is the handler of WatchInterrupts, which the system calls on a thread of its own. Returns TRUE if
+/// `event` is an interrupt. If the event ends the session, it returns only when the system is about to end
+/// the process.
 BOOL WINAPI CountConsoleEvent(DWORD event);
 
 /// This is the handler of ForwardInterrupts, with the same results.

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// The digest of no bytes.
+/// The digest of no bytes, with which every digest begins.
 inline constexpr std::uint64_t kDigestStart = 0xcbf29ce484222325U;
 
 /// Continues the digest of some bytes with the bytes that follow them.
@@ -20,7 +20,7 @@ constexpr std::uint64_t ContinueDigest(std::uint64_t digest, std::string_view by
     return digest;
 }
 
-/// Returns the 64-bit FNV-1a hash of the bytes: it detects an accidental change, not an intended one.
+/// Returns the 64-bit FNV-1a hash of the bytes: it detects an accidental change, but not an intentional one.
 constexpr std::uint64_t DigestOf(std::string_view bytes) {
     return ContinueDigest(kDigestStart, bytes);
 }

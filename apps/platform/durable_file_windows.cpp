@@ -34,7 +34,8 @@ bool DeleteDurably(const std::string& path, std::string& error) {
 
 namespace {
 
-// Replacing fails while another process has `to` open, as a reader has it for a moment.
+// Renames `from` to `to`, which is replaced. This fails while another process has `to` open, as a reader may
+// for a moment, so it is then repeated.
 bool MoveOver(const std::string& from, const std::string& to) {
     constexpr int kAttempts = 250;
     constexpr DWORD kPauseMilliseconds = 20;

@@ -74,9 +74,9 @@ long WriteBytes(int descriptor, const char* bytes, std::size_t length) {
     }
 }
 
-// Every fsync error on a regular file is an error. On a directory, EINVAL and ENOTSUP only mean that the file system
-// cannot sync directories. EROFS is ignored for what is neither, such as a pipe, but on files and directories it
-// means that the file system became read-only after an error of its disk.
+// Every error of fsync on a regular file is reported. On a directory, EINVAL and ENOTSUP only mean that the
+// file system cannot sync directories. On anything else, such as a pipe, EROFS is ignored as well; on files
+// and directories it means that the file system became read-only after an error of its disk.
 int SyncFile(int descriptor) {
     if (fsync(descriptor) == 0) return 0;
     const int code = errno;
@@ -205,8 +205,8 @@ FileStatus RenameNoReplace(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return StatusOfErrno();
     }
-    // The file system does not know the flag, so this looks first. Another process may create `to` in
-    // between.
+    // The file system does not know the flag, so this looks first. If another process creates `to` in
+    // between, it is replaced.
     if (access(to.c_str(), F_OK) == 0) {
         errno = EEXIST;
         return StatusOfErrno();

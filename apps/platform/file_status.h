@@ -15,8 +15,8 @@ enum class FileStatus {
     kFailed,    ///< anything else
 };
 
-/// Returns the system's error for the calling thread's last FileStatus that was not kOk, or LockResult that was not
-/// kAcquired. A success does not change it.
+/// Returns the system's error for the calling thread's last FileStatus other than kOk, or its last LockResult
+/// of kDenied, kNotFound or kFailed. No other result changes it.
 [[nodiscard]] const std::string& LastFileError();
 
 }  // namespace platform

@@ -18,7 +18,8 @@ namespace {
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kBytesAtOnce = 0x40000000;
 
-// Programs that scan files as they appear (indexers, virus scanners) have them open for some milliseconds.
+// Programs that scan files as they appear (indexers, virus scanners) have them open for some milliseconds, so
+// a file that is in use is deleted at a later attempt.
 constexpr int kSharingAttempts = 40;
 constexpr DWORD kSharingPauseMilliseconds = 5;
 
@@ -90,7 +91,7 @@ int SyncFile(int descriptor) {
     return _commit(descriptor);
 }
 
-// No one can rename or delete an open file.
+// The path is not looked at: while a file is open, no one can rename or delete it.
 bool IsFileAt(int descriptor, const std::string& /*path*/, std::uint64_t bytes) {
     errno = 0;
     return _filelengthi64(descriptor) == static_cast<long long>(bytes);
@@ -106,8 +107,8 @@ bool MoveStreamTo(std::FILE* stream, std::uint64_t offset) {
 
 FileStatus OpenForReading(const std::string& path, FileHandle& file, FileInfo& info) {
     file = kNoFile;
-    // FILE_SHARE_WRITE is not given: opening a file that someone is still writing is then a sharing
-    // violation.
+    // FILE_SHARE_WRITE is not given, so that opening a file that someone is still writing fails with a
+    // sharing violation.
     const HANDLE opened = CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {

@@ -16,10 +16,10 @@ namespace {
 
 InterruptResponse interruptResponse;
 
-// A service manager and `timeout` send a signal to every process they know, and a command forwards its own, so
-// that one interrupt arrives several times within a moment.
+// A service manager and `timeout` send a signal to all processes of a command, and a parent forwards the one
+// that it receives, so one interrupt may arrive several times within a moment.
 constexpr long long kMomentNanoseconds = 100000000;
-std::atomic<long long> firstInterruptAt{0};  // 0 = none has arrived
+std::atomic<long long> firstInterruptAt{0};  // 0 if no interrupt has arrived
 
 std::atomic<pid_t> interruptReceiver{0};
 std::atomic<bool> interruptForwarded{false};
@@ -35,7 +35,7 @@ extern "C" void CountInterrupt(int signalNumber) {
     const long long now = MonotonicNanoseconds();
     long long first = 0;
     const bool isFirst = firstInterruptAt.compare_exchange_strong(first, now);
-    // A terminal that closes sends SIGHUP more than once, by way of the shell and of the system.
+    // When a terminal closes, SIGHUP arrives more than once, from the shell and from the system.
     if (!isFirst && (signalNumber == SIGHUP || now - first < kMomentNanoseconds)) {
         errno = savedErrno;
         return;
@@ -47,7 +47,8 @@ extern "C" void CountInterrupt(int signalNumber) {
     errno = savedErrno;
 }
 
-// A terminal sends Ctrl-C to the child as well; a signal that someone sent to this process does not reach it.
+// Forwards a signal that a process has sent. A terminal sends Ctrl-C to the child as well, but a signal from
+// a process reaches only this process.
 extern "C" void ForwardInterrupt(int signalNumber, siginfo_t* information, void* /*context*/) {
     const int savedErrno = errno;
     interruptForwarded = true;

@@ -35,7 +35,7 @@ void Print(const char* text) {
     std::fflush(stderr);
 }
 
-// Gives the process the time to end by itself. The system ends it when this returns.
+// Gives the process time to end by itself. The system ends it when the handler returns.
 BOOL AwaitEndOfProcess() {
     Sleep(kEndOfProcessMs);
     return TRUE;
@@ -55,7 +55,7 @@ BOOL WINAPI CountConsoleEvent(DWORD event) {
     ExitImmediately(interruptResponse.secondExitCode);
 }
 
-// The child has the same console and sees the event by itself.
+// Forwards nothing, because the child has the same console and receives the event itself.
 BOOL WINAPI NoteConsoleEvent(DWORD event) {
     const EventKind kind = KindOf(event);
     if (kind == EventKind::kNone) return FALSE;
@@ -66,7 +66,7 @@ BOOL WINAPI NoteConsoleEvent(DWORD event) {
 namespace {
 
 void SetHandler(PHANDLER_ROUTINE handler) {
-    // A parent that started this process in a group of its own has switched Ctrl-C off for it.
+    // This switches Ctrl-C on. A parent that started this process in a group of its own has switched it off.
     SetConsoleCtrlHandler(nullptr, FALSE);
     SetConsoleCtrlHandler(handler, TRUE);
 }

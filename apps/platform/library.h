@@ -14,19 +14,19 @@ using LibraryHandle = void*;
 
 enum class LibraryScope {
     kLocal,   ///< its functions are found only through its handle
-    kGlobal,  ///< they also serve libraries that are loaded later; on Windows the same as kLocal
+    kGlobal,  ///< libraries that are loaded later find its functions, too; on Windows the same as kLocal
 };
 
-/// Loads a library with all its imports bound, or returns the handle of one that is loaded already. Returns null
+/// Loads a library with all its imports bound, or returns its handle if it is loaded already. Returns null
 /// with the system's error in `error` when it fails.
 [[nodiscard]] LibraryHandle OpenLibrary(const std::string& path, std::string& error,
                                         LibraryScope scope = LibraryScope::kLocal);
 
-/// Returns the address of an exported function, or null if the library has none of that name.
+/// Returns the address of an exported function, or null if the library has no function of that name.
 [[nodiscard]] void* FindFunction(LibraryHandle library, const char* name);
 
-/// Releases a library that was opened from `path`. Returns false if it stays loaded because something else has it
-/// open too.
+/// Releases a library that was opened from `path`. Returns false if it stays loaded because something else
+/// has it open too.
 [[nodiscard]] bool CloseLibrary(LibraryHandle library, const std::string& path);
 
 }  // namespace platform

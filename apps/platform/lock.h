@@ -23,10 +23,12 @@ enum class LockResult {
 
 struct LockOptions {
     int timeoutMs = 0;  ///< how long to wait for a process that holds the lock
-    bool refusesContents =
-        true;  ///< returns kNotEmpty for a file with contents, which the release would delete
-    /// What the holder writes into the file, so that others can read who holds it; empty = nothing. Failing to write
-    /// it is not an error. A file that begins with the first line of it, or with a part of that line, is such a file.
+    /// A file with other contents than a holder's is refused with kNotEmpty, because the release would delete
+    /// it.
+    bool refusesContents = true;
+    /// The holder writes this into the file, so that others can read who holds the lock; if it is empty,
+    /// nothing is written. A failure to write it is not an error. A file that begins with the first line of
+    /// this text, or contains only the beginning of that line, counts as a lock file.
     std::string contents;
     bool isPrivate = false;  ///< a new file is for its owner only, so that no other user can hold the lock
 };
@@ -34,20 +36,21 @@ struct LockOptions {
 using LockHandle = std::intptr_t;
 inline constexpr LockHandle kNoLock = -1;
 
-/// Acquires the lock of the file `path`, which is created if it is missing. A file without a holder is no obstacle.
-/// `lock` is kNoLock unless the result is kAcquired; LastFileError has the system's error for kDenied, kNotFound and
-/// kFailed.
+/// Acquires the lock of the file `path`, which is created if it is missing. A lock file without a holder is
+/// no obstacle. `lock` is kNoLock unless the result is kAcquired; LastFileError has the system's error for
+/// kDenied, kNotFound and kFailed.
 [[nodiscard]] LockResult AcquireLock(const std::string& path, const LockOptions& options, LockHandle& lock);
 
-/// Deletes the lock file and releases the lock. It ignores kNoLock.
+/// Deletes the lock file and releases the lock. Does nothing for kNoLock.
 void ReleaseLock(const std::string& path, LockHandle lock);
 
-/// Waits for as long as others hold the lock of `path`, for an operation that processes must not do at the
-/// same time. ReleaseLockKeepingFile releases it. Returns kNoLock when the file cannot be created.
+/// Acquires the lock of the file `path`, and waits for as long as others hold it. It serves for operations
+/// that processes must not do at the same time. ReleaseLockKeepingFile releases it. Returns kNoLock when the
+/// file cannot be created.
 [[nodiscard]] LockHandle WaitForLock(const std::string& path);
 
 /// Releases a lock. Its file stays, except that Windows deletes the file of a lock that AcquireLock acquired
-/// without contents. It ignores kNoLock.
+/// without contents. Does nothing for kNoLock.
 void ReleaseLockKeepingFile(LockHandle lock);
 
 }  // namespace platform

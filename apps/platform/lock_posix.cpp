@@ -20,8 +20,9 @@ constexpr auto kPause = std::chrono::milliseconds(20);
 
 enum class Place { kStillThere, kNotEmpty, kGone, kUnknown };
 
-// The previous holder deletes the file when it releases the lock: a lock on a file that is no longer at its path
-// keeps no one out. For Place::kUnknown errno is set.
+// Finds out whether the locked file is still at its path, and whether it is empty. The previous holder
+// deletes the file when it releases the lock, and a lock on a file that is no longer at its path keeps no one
+// out. With Place::kUnknown errno is set.
 Place FindPlace(const std::string& path, int descriptor) {
     struct stat mine = {};
     struct stat there = {};
@@ -37,7 +38,7 @@ int OpenLockFile(const std::string& path, bool isPrivate) {
     return OpenRetrying(path.c_str(), O_RDWR | O_CREAT, isPrivate ? kOwnerOnly : kEveryone);
 }
 
-// Whether a process that has died has left these contents. It may have died while it wrote them.
+// Returns whether the file's contents are those of a holder, which may have died while it wrote them.
 bool HasLockContents(int descriptor, const LockOptions& options) {
     std::string mark = options.contents.substr(0, options.contents.find('\n') + 1);
     std::string found(mark.size(), '\0');
@@ -48,7 +49,7 @@ bool HasLockContents(int descriptor, const LockOptions& options) {
 
 void WriteContents(int descriptor, const std::string& contents) {
     if (contents.empty() || ftruncate(descriptor, 0) != 0) return;
-    // Others only read who holds the lock; the lock holds without it.
+    // A failure does not matter: the contents only show others who holds the lock.
     static_cast<void>(pwrite(descriptor, contents.data(), contents.size(), 0) < 0);
 }
 

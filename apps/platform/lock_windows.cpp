@@ -17,7 +17,7 @@ bool HasContents(const std::string& path) {
            (facts.nFileSizeLow != 0 || facts.nFileSizeHigh != 0);
 }
 
-// Whether a process that has died has left these contents. It may have died while it wrote them.
+// Returns whether the file's contents are those of a holder, which may have died while it wrote them.
 bool HasLockContents(HANDLE file, const LockOptions& options) {
     const std::string mark = options.contents.substr(0, options.contents.find('\n') + 1);
     std::string found(mark.size(), '\0');
@@ -29,12 +29,12 @@ bool HasLockContents(HANDLE file, const LockOptions& options) {
 
 void WriteContents(HANDLE file, const std::string& contents) {
     DWORD written = 0;
-    // Others only read who holds the lock; the lock holds without it.
+    // A failure does not matter: the contents only show others who holds the lock.
     if (SetFilePointer(file, 0, nullptr, FILE_BEGIN) == 0 && SetEndOfFile(file) != 0)
         WriteFile(file, contents.data(), static_cast<DWORD>(contents.size()), &written, nullptr);
 }
 
-// Takes an opened lock file that others may read. Returns kNotEmpty if it is not a lock file.
+// Acquires the lock of an opened file that others may read. Returns kNotEmpty if it is not a lock file.
 LockResult TakeReadable(HANDLE file, const LockOptions& options, LockHandle& lock) {
     LARGE_INTEGER bytes = {};
     const bool isEmpty = GetFileSizeEx(file, &bytes) != 0 && bytes.QuadPart == 0;
@@ -56,9 +56,9 @@ LockResult AcquireLock(const std::string& path, const LockOptions& options, Lock
     const bool isReadable = !options.contents.empty();
     if (!isReadable && options.refusesContents && HasContents(path)) return LockResult::kNotEmpty;
     for (;;) {
-        // A file that no one else may write is locked. Without contents the system deletes it when the process ends in
-        // whatever way; with contents it stays then, like on other systems, and only the release deletes it, so that
-        // a file of someone else's is never deleted.
+        // The lock is an open file that no one else may write. A file without contents is deleted by the
+        // system when the process ends, however it ends. A file with contents then stays, as on other
+        // systems, and only the release deletes it, so that someone else's file is never deleted.
         const HANDLE file = CreateFileW(
             wide.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, isReadable ? FILE_SHARE_READ : 0, nullptr,
             OPEN_ALWAYS,

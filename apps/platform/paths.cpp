@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// No system follows as many links as this.
+// No system follows more links than this.
 constexpr int kLinksMax = 40;
 
 bool IsLink(const fs::path& path) {

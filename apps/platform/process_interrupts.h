@@ -10,11 +10,11 @@
 
 namespace platform {
 
-/// Returns the signals that are interrupts: SIGINT, SIGTERM, and SIGHUP unless this process was started with SIGHUP
-/// ignored, as by nohup.
+/// Returns the signals that are interrupts: SIGINT, SIGTERM, and SIGHUP unless this process was started with
+/// SIGHUP ignored, as by nohup.
 [[nodiscard]] std::vector<int> InterruptSignals();
 
-/// Blocks the interrupts for the life of the object.
+/// Blocks the interrupts for as long as the object exists, or until Restore.
 class BlockedInterrupts {
   public:
     BlockedInterrupts();
@@ -31,7 +31,8 @@ class BlockedInterrupts {
 /// interrupts must be blocked during the call.
 void SetInterruptReceiver(pid_t process);
 
-/// Ends that, if `process` is the receiver. It must be called once the process has been waited for.
+/// If `process` is the receiver of interrupts, there is no receiver any more. Must be called once the process
+/// has been waited for.
 void RemoveInterruptReceiver(pid_t process);
 
 }  // namespace platform

@@ -61,7 +61,7 @@ void RedirectInChild(int standardStream, const char* path, int flags) {
 
 [[noreturn]] void BecomeChild(const Image& image) {
 #ifdef __linux__
-    // The parent may have ended before this took effect.
+    // The parent may have ended before PR_SET_PDEATHSIG took effect.
     const bool outlives =
         image.options.endsWithParent && (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != image.parent);
     if (outlives) _exit(kNotExecuted);
@@ -76,7 +76,8 @@ void RedirectInChild(int standardStream, const char* path, int flags) {
     _exit(kNotExecuted);
 }
 
-// Interrupts that arrive during the start are delivered to the child once it is the receiver.
+// Forks a child that receives interrupts. Interrupts that arrive in the meantime are delivered to it once it
+// is the receiver.
 pid_t ForkReceiver(const Image& image) {
     const std::vector<int> interrupts = InterruptSignals();
     const BlockedInterrupts blocked;

@@ -45,9 +45,10 @@ std::string ComposeCommandLine(const std::vector<std::string>& arguments) {
     return line;
 }
 
-// Names of variables are the same in upper and lower case.
+// Returns whether `added` has a value for the variable. Names of variables are compared without regard to
+// case.
 bool Replaces(const std::map<std::string, std::string>& added, const std::string& variable) {
-    // A name may begin with '=', as those do that keep the current directories of drives.
+    // A name may begin with '=': such variables keep the current directories of drives.
     const std::string name = variable.substr(0, variable.find('=', 1));
     for (const auto& [addedName, value] : added) {
         if (_stricmp(addedName.c_str(), name.c_str()) == 0) return true;
@@ -69,7 +70,7 @@ std::string MergeEnvironment(const std::map<std::string, std::string>& added) {
     return merged;
 }
 
-// Opens the standard streams of a child. It has those of this process where no others are given.
+// Opens the standard streams of a child. Where none is given, the child has the stream of this process.
 class ChildStreams {
   public:
     explicit ChildStreams(const ProcessOptions& options)
@@ -106,7 +107,8 @@ class ChildStreams {
     HANDLE error_;
 };
 
-// Makes a job that ends its processes when the last handle to it is closed, which is when this process ends.
+// Returns a job that ends its processes when the last handle to it is closed, which is when this process
+// ends.
 HANDLE JobOfChildren() {
     static const HANDLE job = [] {
         const HANDLE made = CreateJobObjectA(nullptr, nullptr);
@@ -185,7 +187,7 @@ std::string ProgramName() {
     return text.substr(text.find_last_of("/\\") + 1);
 }
 
-// Mixes the counter of the processor, the process and the thread.
+// Mixes the performance counter with the numbers of the process and the thread.
 std::uint64_t RandomNumber() {
     LARGE_INTEGER counter{};
     QueryPerformanceCounter(&counter);

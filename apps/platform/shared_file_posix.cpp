@@ -14,7 +14,8 @@ namespace platform {
 
 namespace {
 
-// Extends the file and reserves disk space for it: touching a page that has no space ends the process as well.
+// Extends the file and reserves disk space for it: touching a page without disk space ends the process as
+// well.
 FileStatus Extend(int file, std::size_t bytes) {
     int failed = 0;
     do {

@@ -7,8 +7,9 @@
 
 namespace platform {
 
-/// Opens each standard stream that is closed as an empty one that cannot be written. Without this the next file
-/// that is opened would take its number and receive what is printed. Must be called before anything is opened.
+/// Opens each closed standard stream as an empty stream that cannot be written. Otherwise the next file that
+/// is opened would get the stream's number and receive what is printed. Must be called before anything is
+/// opened.
 void ReopenClosedStdStreams();
 
 /// From now on standard input and output carry bytes: line ends are not converted.
@@ -21,8 +22,8 @@ enum class ModuleOutput { kDropped, kToStandardError };
 /// called once, before the module is loaded.
 [[nodiscard]] int RedirectStdout(ModuleOutput output);
 
-/// Redirects standard output to a file, which is emptied if it exists. Returns a descriptor for RestoreStdout, or -1
-/// with errno set.
+/// Redirects standard output to a file, which is emptied if it exists. Returns a descriptor for
+/// RestoreStdout, or -1 with errno set.
 [[nodiscard]] int RedirectStdoutToFile(const std::string& path);
 
 /// Ends a redirection; `original` is what RedirectStdoutToFile returned.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Says which system this is, for what differs between systems by contract and not by a call.
+// Says which system this is, for behaviour that differs between the systems by design and that no call of
+// this directory hides.
 #pragma once
 
 namespace platform {

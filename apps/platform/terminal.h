@@ -9,7 +9,8 @@ namespace platform {
 
 [[nodiscard]] bool IsTerminal(int descriptor);
 
-/// Returns how many characters a line of the terminal has; 0 if the descriptor leads to none or it does not say.
+/// Returns the number of characters in a line of the terminal, or 0 if the descriptor is not a terminal or
+/// the system does not know the number.
 [[nodiscard]] int TerminalColumns(int descriptor);
 [[nodiscard]] int StandardErrorColumns();
 

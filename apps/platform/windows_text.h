@@ -14,14 +14,15 @@
 
 namespace platform {
 
-/// Returns UTF-8 text as UTF-16. Text that is not valid UTF-8 is taken to be in the system's code page, as the arguments
-/// of a program are.
+/// Returns UTF-8 text as UTF-16. Text that is not valid UTF-8 is taken to be in the system's code page, as
+/// the arguments of a program are.
 [[nodiscard]] std::wstring Wide(std::string_view text);
 
 /// Returns UTF-16 text as UTF-8.
 [[nodiscard]] std::string Narrow(const wchar_t* text, std::size_t count);
 
-/// Returns the system's text for an error code, without a line end or a full stop, or "system error CODE" if it has none.
+/// Returns the system's text for an error code, without a line end or a full stop, or "system error CODE" if
+/// it has none.
 [[nodiscard]] std::string DescribeSystemError(DWORD code);
 
 /// Records the error for LastFileError and returns what it means.

@@ -2,9 +2,10 @@
 
 // Defines the layout of a journal, the synced copy of a checkpoint file. docs/formats.md describes it.
 //
-// A journal is a header and frames. A frame holds a piece of the checkpoint file, in order and without gaps. The
-// frames of one commit are written together and then synced; the last of them says so. After a loss of power, the
-// frames of at most one commit are incomplete, and their digests show it.
+// A journal consists of a header and frames. Each frame holds a piece of the checkpoint file; the pieces are
+// in order and have no gaps. The frames of one commit are written together and then synced; the last of them
+// is marked. After a loss of power, the frames of at most one commit are incomplete, and their digests show
+// it.
 #pragma once
 
 #include <cstddef>
@@ -15,24 +16,25 @@ namespace mqjournal {
 
 struct JournalHeader {
     char magic[8];
-    std::uint64_t
-        salt;  ///< differs in every journal; part of every digest, so that no record can look like a frame
-    std::uint64_t digest;  ///< of the two fields above
+    /// Differs in every journal and is part of every digest, so that no record can look like a frame.
+    std::uint64_t salt;
+    std::uint64_t digest;  ///< the digest of the two fields above
 };
 static_assert(sizeof(JournalHeader) == 24);
 
 struct FrameHeader {
-    std::uint64_t offset;  ///< of the piece in the checkpoint file
+    std::uint64_t offset;  ///< the place of the piece in the checkpoint file
     std::uint64_t commit;  ///< the number of the commit, from 1
-    std::uint32_t length;  ///< of the piece, at most kPieceBytesMax
-    std::uint32_t isLast;  ///< 1 in the last frame of a commit, else 0
-    std::uint64_t digest;  ///< of the salt, the fields above and the piece
+    std::uint32_t length;  ///< the bytes of the piece, at most kPieceBytesMax
+    std::uint32_t isLast;  ///< 1 in the last frame of a commit, otherwise 0
+    std::uint64_t digest;  ///< the digest of the salt, the fields above and the piece
 };
 static_assert(sizeof(FrameHeader) == 32);
 
 inline constexpr std::uint32_t kPieceBytesMax = 1U << 20;
 
-/// The journal of a checkpoint file, and the file as which a new journal is written.
+/// These return the path of a checkpoint file's journal, and that of the file to which a new journal is first
+/// written.
 [[nodiscard]] std::string JournalPath(const std::string& checkpointPath);
 [[nodiscard]] std::string JournalScratchPath(const std::string& checkpointPath);
 

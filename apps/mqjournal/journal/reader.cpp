@@ -23,7 +23,7 @@ struct OpenJournal {
     std::vector<char> piece = {};
 };
 
-// Reads the next frame. Returns false if there is no intact one.
+// Reads the next frame. Returns false if no intact frame follows.
 bool ReadFrame(OpenJournal& journal) {
     FrameHeader& frame = journal.frame;
     if (std::fread(&frame, 1, sizeof frame, journal.stream.get()) != sizeof frame) return false;
@@ -33,12 +33,12 @@ bool ReadFrame(OpenJournal& journal) {
     return frame.digest == DigestOfFrame(journal.salt, frame, journal.piece.data());
 }
 
-// The frames that are intact and follow one another.
+// Describes the frames from the beginning of the journal that are intact and follow one another.
 struct Chain {
     std::uint64_t journalBytes = sizeof(JournalHeader);
-    std::uint64_t pieceBytes = 0;    // in all frames
-    std::uint64_t contentBytes = 0;  // in the frames of complete commits
-    std::uint64_t commit = 0;        // of the last frame
+    std::uint64_t pieceBytes = 0;    // of the checkpoint file in all frames
+    std::uint64_t contentBytes = 0;  // of the checkpoint file in complete commits
+    std::uint64_t commit = 0;        // the number of the last frame's commit
     bool isCommitComplete = true;
 };
 
@@ -60,8 +60,9 @@ Chain FollowChain(OpenJournal& journal) {
     return chain;
 }
 
-// Returns whether an intact frame of a later commit than the one that is incomplete comes after the end of the chain.
-// A loss of power leaves no such frame, because a commit begins only after the one before it has been synced.
+// Returns whether an intact frame of a later commit than the one that is incomplete comes after the end of
+// the chain. A loss of power leaves no such frame, because a commit begins only after the one before it has
+// been synced.
 bool HasLaterCommit(OpenJournal& journal, const Chain& chain) {
     const std::uint64_t incomplete = chain.commit + (chain.isCommitComplete ? 1 : 0);
     std::FILE* const stream = journal.stream.get();
@@ -73,7 +74,7 @@ bool HasLaterCommit(OpenJournal& journal, const Chain& chain) {
         for (std::size_t at = 0; at + sizeof(FrameHeader) <= got; ++at) {
             FrameHeader frame{};
             std::memcpy(&frame, window.data() + at, sizeof frame);
-            // These two comparisons leave next to no place where a digest has to be computed.
+            // These two comparisons leave almost no place for which a digest has to be computed.
             if (frame.commit <= incomplete || frame.commit - incomplete > base + at) continue;
             if (frame.offset <= chain.contentBytes || frame.offset - chain.contentBytes > base + at) continue;
             if (platform::MoveStreamTo(stream, base + at) && ReadFrame(journal)) return true;
@@ -116,7 +117,8 @@ bool OpenAt(const std::string& path, OpenJournal& journal, JournalScan& failed) 
     return true;
 }
 
-// Passes the content to `take`, piece by piece, until that returns false. Returns whether all of it was passed.
+// Passes the content to `take`, piece by piece, until `take` returns false. Returns whether all of the
+// content was passed.
 bool PassContent(const std::string& checkpointPath, std::uint64_t contentBytes,
                  const std::function<bool(const char*, std::size_t)>& take) {
     OpenJournal journal;

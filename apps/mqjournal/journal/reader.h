@@ -10,28 +10,28 @@ namespace mqjournal {
 
 enum class JournalShape {
     kMissing,
-    kUnreadable,  ///< it exists but cannot be opened, or not read to its end: see error
-    kDamaged,     ///< as no loss of power leaves it: see error
+    kUnreadable,  ///< it exists but cannot be opened or read to its end; `error` says why
+    kDamaged,     ///< a loss of power cannot have left it like this; `error` says what is damaged
     kIntact,      ///< every commit is complete, except perhaps the last one
 };
 
 struct JournalScan {
     JournalShape shape = JournalShape::kMissing;
-    std::uint64_t contentBytes =
-        0;              ///< of the checkpoint file, saved by complete commits. 0: nothing was committed
+    /// The bytes of the checkpoint file that complete commits have saved; 0 if nothing was committed.
+    std::uint64_t contentBytes = 0;
     std::string error;  ///< with kUnreadable and kDamaged, a sentence that names the journal
 };
 
 /// Scans the journal of a checkpoint file.
 [[nodiscard]] JournalScan ScanJournal(const std::string& checkpointPath);
 
-/// Returns whether the checkpoint file has exactly the content of its journal. It returns false also if either cannot
-/// be read.
+/// Returns whether the checkpoint file has exactly the content of its journal. It also returns false if one
+/// of them cannot be read.
 [[nodiscard]] bool IsContentOfJournal(const std::string& checkpointPath, const JournalScan& journal);
 
-/// Writes the content of the journal of `checkpointPath` to a new file at `path`, which is replaced if it exists. The
-/// file is not synced: while there is a journal, it can be written again. Returns false with a sentence that names the
-/// file; the new file may then be incomplete.
+/// Writes the content of the journal of `checkpointPath` to a new file at `path`, which is replaced if it
+/// exists. The file is not synced: while there is a journal, it can be written again. Returns false, with a
+/// sentence in `error` that names the new file, if it cannot be written whole.
 [[nodiscard]] bool CopyContent(const std::string& checkpointPath, const JournalScan& journal,
                                const std::string& path, std::string& error);
 

@@ -25,7 +25,8 @@ bool FailWithErrno(const std::string& path, std::string& error) {
     return Fail(path, std::strerror(errno), error);
 }
 
-// A journal under the scratch name that is to replace the journal. It is deleted if that does not happen.
+// A new journal under the scratch name, which then replaces the old one. If that does not happen, it is
+// deleted.
 class NewJournal {
   public:
     explicit NewJournal(const std::string& checkpointPath)
@@ -37,7 +38,8 @@ class NewJournal {
         if (!isInPlace_) (void)platform::RemoveFile(scratch_);
     }
 
-    // Writes the header. A process that was killed may have left the scratch file.
+    // Creates the file and writes the header. A scratch file that a killed process left behind is deleted
+    // first.
     bool Create(std::uint64_t salt, std::string& error) {
         if (platform::RemoveFile(scratch_) != platform::FileStatus::kOk) {
             return Fail(scratch_, platform::LastFileError(), error);
@@ -91,8 +93,8 @@ void JournalWriter::Release() {
     descriptor_ = -1;
 }
 
-// Returns whether the checkpoint file is the one of the last Save, which has only grown, and the journal is still in
-// its place.
+// Returns whether the checkpoint file is that of the last Save and has only grown, and the journal is still
+// in its place.
 bool JournalWriter::IsContinued(std::uint64_t identity, std::uint32_t sequence, std::uint64_t bytes) const {
     return descriptor_ >= 0 && identity == identity_ && sequence == sequence_ && bytes >= savedBytes_ &&
            platform::IsFileAt(descriptor_, journalPath_, journalBytes_);
@@ -117,7 +119,8 @@ bool JournalWriter::Save(std::string& error) {
     } else if (bytes > savedBytes_) {
         saved = AppendCommit(descriptor_, checkpoint.get(), bytes, error);
     }
-    // After a failed write or sync nothing is known about the end of the journal, so the next Save begins a new one.
+    // After a failed write or sync nothing is known about the end of the journal, so the next Save begins a
+    // new one.
     if (!saved) Release();
     identity_ = info.identity;
     sequence_ = sequence;

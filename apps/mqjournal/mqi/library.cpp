@@ -20,11 +20,11 @@ namespace {
 constexpr MQLONG kFileSystemError = 2208;  // MQRC_FILE_SYSTEM_ERROR
 
 struct Library {
-    // These are the verbs of the real library; all are null until one is bound. Nothing clears them.
+    // These are the verbs of the real library; all are null until it is bound. Nothing clears them.
     mqamod::Verbs verbs;
     // This is the journal of the connection. Each MQCONNX replaces it.
     std::unique_ptr<mqjournal::JournalWriter> writer;
-    // This is the last error. Each new one replaces it.
+    // This is the last error. Each new error replaces it.
     std::string error;
 };
 Library library;
@@ -52,7 +52,7 @@ MQLONG Prepare(const MQCNO* options) {
     return reason;
 }
 
-// Runs a function that may throw; the caller is C. Returns -1 after an exception.
+// Runs a function that may throw, for a caller in C. Returns -1 after an exception.
 template <typename Function>
 int RunGuarded(Function function) {
     try {
@@ -125,7 +125,8 @@ MQAMJOURNAL_EXPORT void MQCMIT(MQHCONN Hconn, MQLONG* CompCode, MQLONG* Reason) 
 }
 
 MQAMJOURNAL_EXPORT void MQDISC(MQHCONN* Hconn, MQLONG* CompCode, MQLONG* Reason) {
-    // A connection that is over leaves the journal to others. If it is not over, the next commit begins a new journal.
+    // Once the connection has ended, others may use the journal. If MQDISC fails and the connection
+    // continues, the next commit begins a new journal.
     if (library.writer != nullptr) library.writer->Release();
     library.verbs.disc(Hconn, CompCode, Reason);
 }

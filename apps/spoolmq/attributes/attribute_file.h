@@ -17,8 +17,8 @@ template <typename Attributes>
 struct AttributeFile {
     std::string path;
     Attributes values;
-    platform::FileInfo
-        readFile;  ///< the file that the values come from; its identity is 0 if there was no file
+    /// The file that the values come from; its identity is 0 if there was no file.
+    platform::FileInfo readFile;
     std::int64_t readAtNs = 0;  ///< the value of FileClockNs when the file was read
     bool isRead = false;
 };
