@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "tests/e2e/load_site.h"
 #include "tests/support/test_directory.h"
@@ -368,6 +369,93 @@ TEST_F(SqliteLoad, T2_AFullDiskEndsTheLifeAndTheSameCommandCompletesWhenThereIsR
     EXPECT_LT(loaded, 300U);
     site.Run();
     EXPECT_TRUE(IsDone(site));
+}
+
+// ---- files, read with SQLite's JSON functions
+
+// Messages with everything that a JSON text has to escape, and some that are not text.
+std::vector<std::string> MessagesForJson() {
+    return {"plain",
+            "\"quoted\" \\ and / slashes",
+            "two\nlines\r\n",
+            "tab\tand \x01\x1F control",
+            "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC",
+            "\xFF\xFE",
+            std::string("a\0b", 3),
+            "{\"a\":[1]}",
+            "\\n is not a line feed",
+            "\\"};
+}
+
+std::vector<std::string> LinesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream rest(text);
+    for (std::string line; std::getline(rest, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::string HexOf(const std::string& bytes) {
+    std::string text;
+    for (const char c : bytes) {
+        text += "0123456789ABCDEF"[static_cast<unsigned char>(c) >> 4];
+        text += "0123456789ABCDEF"[static_cast<unsigned char>(c) & 0x0F];
+    }
+    return text;
+}
+
+// Killed at any commit, the load resumes after the last line that is in the file.
+TEST_F(SqliteLoad, AJsonFileIsValidAndIsResumed) {
+    const std::vector<std::string> messages = MessagesForJson();
+    for (const char* fault : {"", "MQCMIT 2 kill after", "MQCMIT 5 kill after", "MQCMIT 8 kill before"}) {
+        LoadSite site(folder_.Root(),
+                      "json" + std::to_string(sites_.size() + (*fault != '\0' ? fault[7] : 0)));
+        for (const std::string& message : messages)
+            site.Put(message);
+        site.Set("--format", "json");
+        site.PlanFaults(fault);
+        const ProgramResult first = site.Run();
+        EXPECT_EQ(first.exitCode, *fault == '\0' ? 0 : 9) << first.standardError;
+        site.PlanFaults("");
+        if (*fault != '\0') {
+            EXPECT_EQ(site.Run().exitCode, 0) << site.Error();
+        }
+        const std::vector<std::string> lines = LinesOf(ReadFileIfAny(site.Target()));
+        ASSERT_EQ(lines.size(), messages.size()) << fault;
+        const Database database(":memory:");
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            const std::string json = "CAST(x'" + HexOf(lines[i]) + "' AS TEXT)";
+            EXPECT_EQ(database.Fetch("SELECT json_valid(" + json + ")"), Rows{"1"}) << lines[i];
+            EXPECT_EQ(database.Fetch("SELECT json_extract(" + json + ", '$.number')"),
+                      Rows{std::to_string(i + 1)})
+                << lines[i];
+            const bool isText = messages[i] != "\xFF\xFE";
+            // SQLite ends a text at a NUL.
+            if (messages[i].find('\0') != std::string::npos) continue;
+            EXPECT_EQ(
+                database.Fetch("SELECT json_extract(" + json + (isText ? ", '$.text')" : ", '$.base64')")),
+                Rows{isText ? messages[i] : "//4="})
+                << lines[i];
+        }
+    }
+}
+
+TEST_F(SqliteLoad, EscapedLineFeedsAreResumedAndAnotherRuleIsRefused) {
+    LoadSite site(folder_.Root(), "escaped");
+    for (const std::string& message : MessagesForJson())
+        site.Put(message);
+    site.Set("--on-newline", "escape");
+    site.PlanFaults("MQCMIT 5 kill after");
+    EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
+    site.PlanFaults("");
+    site.Set("--on-newline", "keep");
+    EXPECT_EQ(site.Run().exitCode, 1) << site.Error();
+    site.Set("--on-newline", "escape");
+    EXPECT_EQ(site.Run().exitCode, 0) << site.Error();
+    const std::vector<std::string> lines = LinesOf(ReadFileIfAny(site.Target()));
+    ASSERT_EQ(lines.size(), MessagesForJson().size());
+    EXPECT_EQ(lines[2], "two\\nlines\r\\n");
+    EXPECT_EQ(lines[8], "\\\\n is not a line feed");
 }
 
 }  // namespace

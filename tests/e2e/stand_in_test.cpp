@@ -95,6 +95,57 @@ TEST_F(SpoolLoad, LinesAreByteExact) {
     EXPECT_EQ(Depth(), 0);
 }
 
+TEST_F(SpoolLoad, LinesWarnAboutRecordsThatContainLineFeeds) {
+    for (const Arguments& protection : std::vector<Arguments>{{}, {"--unprotected"}}) {
+        Put("one\ntwo");
+        Put("three");
+        Put("four\n");
+        Arguments arguments = {"--rwait", "1", "--to", Path("out"), "--force"};
+        arguments.insert(arguments.end(), protection.begin(), protection.end());
+        const ProgramResult result = Load(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.standardError;
+        EXPECT_EQ(ReadFileIfAny(Path("out")), "one\ntwo\nthree\nfour\n\n");
+        EXPECT_TRUE(Contains(
+            result.standardError,
+            "mqam load: warning: 2 of the records just written contain line feeds and take several lines; use "))
+            << result.standardError;
+    }
+}
+
+TEST_F(SpoolLoad, ALineFeedEndsTheLoadOnRequestAndTheRecordIsNotLost) {
+    Put("one");
+    Put("two\nthree");
+    ProgramResult result = Load({"--rwait", "1", "--to", Path("out"), "--on-newline", "fail"});
+    EXPECT_EQ(result.exitCode, 3) << result.standardError;
+    EXPECT_TRUE(Contains(
+        result.standardError,
+        "mqam load: record 2 of the load contains a line feed, and --on-newline fail refuses it; use "))
+        << result.standardError;
+    result = Load({"--rwait", "1", "--to", Path("out"), "--on-newline", "keep"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\ntwo\nthree\n");
+}
+
+TEST_F(SpoolLoad, OneFileForTwoUsesIsRefused) {
+    for (const Arguments& use :
+         std::vector<Arguments>{{"--log", Path("out")}, {"--trace", "1", Path("out")}}) {
+        Arguments arguments = {"--to", Path("out"), "--unprotected"};
+        arguments.insert(arguments.end(), use.begin(), use.end());
+        const ProgramResult result = Load(arguments);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(Contains(result.standardError, "cannot be both")) << result.standardError;
+        EXPECT_FALSE(fs::exists(Path("out")));
+    }
+}
+
+TEST_F(SpoolLoad, OnNewlineIsRefusedWhereItHasNoEffect) {
+    const ProgramResult result = Load({"--to", Path("out"), "--format", "json", "--on-newline", "escape"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(
+        Contains(result.standardError, "--on-newline has an effect only with --format lines; leave it out"))
+        << result.standardError;
+}
+
 TEST_F(SpoolLoad, LengthFormatIsByteExactForBinaryMessages) {
     std::string expected;
     unsigned seed = 1;
@@ -156,6 +207,11 @@ TEST_F(SpoolLoad, MissingMqLibraryIsReason2495AndAdviceNamesTheVariable) {
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(Contains(result.standardError, "  reason    2495 ")) << result.standardError;
     EXPECT_TRUE(Contains(result.standardError, "MQAMOD_MQ_LIBRARY")) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "\n  tried     ")) << result.standardError;
+    EXPECT_TRUE(
+        Contains(result.standardError,
+                 "\n  because   the environment variable MQAMOD_MQ_LIBRARY is set to " + Path("none") + "\n"))
+        << result.standardError;
 }
 
 TEST_F(SpoolLoad, MessageLongerThanTheBufferStaysOnTheQueue) {

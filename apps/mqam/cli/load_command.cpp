@@ -20,6 +20,8 @@
 #include "mqam/load/interrupts.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/file/file_sink.h"
+#include "mqam/target/load_places.h"
+#include "mqam/target/path_conflict.h"
 #include "mqam/target/target_kind.h"
 #include "platform/file.h"
 #include "platform/process.h"
@@ -70,6 +72,17 @@ Status ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings) 
     return status;
 }
 
+// Refuses a target that is also a log or a trace.
+Status CheckFiles(const LoadOptions& options) {
+    std::vector<LoadFile> files;
+    if (options.target != "-") files.push_back({RealPath(options.target), "target"});
+    const std::string log = ValueOfKeyword(options.module, "LOG");
+    if (!log.empty()) files.push_back({RealPath(log), "message log"});
+    const std::string trace = ValueOfKeyword(options.module, "TRCL", 1);
+    if (!trace.empty()) files.push_back({RealPath(trace), "trace"});
+    return CheckPathConflicts(files);
+}
+
 // Returns the first option given that an unprotected load has no use for, or null.
 const char* FindRestartOption(const LoadOptions& options) {
     if (WasKeywordGiven(options.module, "CKFILE")) return "--ckfile";
@@ -113,6 +126,7 @@ void WarnUnprotected(const LoadOptions& options, const std::string& target) {
 // Decides how the target is opened. Refuses a file that exists unless the user said what to do with it.
 Status ChooseTarget(const LoadOptions& options, FileSinkSettings& target) {
     target.format = options.format;
+    target.newlines = options.newlines;
     if (options.target == "-") {
         target.path = "standard output";
         return {};
@@ -151,6 +165,8 @@ int FinishLoad(const LoadOptions& options, const PlainLoadResult& outcome, FileS
         PlainLoadResult written = outcome;
         written.records = sink.RecordsWritten();
         if (!options.quiet) PrintMessage("mqam load: " + DescribeSummary(written, target, seconds));
+        const std::string lineFeeds = DescribeLineFeeds(sink.RecordsWithLineFeeds());
+        if (!options.quiet && !lineFeeds.empty()) PrintMessage("mqam load: " + lineFeeds + "\n");
         const std::string cost = DescribeCost(written, sink.MostRecordsHeld(), target);
         if (!options.quiet || IsAnyLost(written)) PrintMessage(cost);
     }
@@ -163,6 +179,7 @@ int RunUnprotectedLoad(const LoadOptions& options) {
     PlainLoadSettings settings;
     FileSinkSettings target;
     Status status = CheckUnprotected(options);
+    if (status.IsOk()) status = CheckFiles(options);
     if (status.IsOk()) status = ComposeSettings(options, settings);
     if (status.IsOk()) status = ChooseTarget(options, target);
     if (!status.IsOk()) return RefuseOption(options, status.Error());
@@ -200,6 +217,8 @@ int RunLoad(const LoadOptions& options) {
     std::vector<std::string> warnings;
     const Status checked = CheckParameterFile(options.module, warnings);
     if (!checked.IsOk()) return RefuseOption(options, checked.Error());
+    const Status fits = CheckNewlineRule(options);
+    if (!fits.IsOk()) return RefuseOption(options, fits.Error());
     const bool isWorker = options.workerSince >= 0;
     if (!isWorker) PrintWarnings("mqam load", warnings);
     return IsProtected(options) ? RunRestartableLoad(options) : RunUnprotectedLoad(options);

@@ -40,10 +40,22 @@ void AddTargetOptions(CLI::App& command, LoadOptions& options) {
     command
         .add_option(
             "--format", options.format,
-            "lines: the record, then a line feed; length: 4 bytes little-endian length, then the record; raw: only the bytes. Default: lines. Records that contain line feeds need length")
-        ->type_name("lines|length|raw")
+            "lines: the record, then a line feed; length: 4 bytes little-endian length, then the record; raw: only the bytes; json: a line with an object that has the record's number and its text, or base64 if it is not UTF-8. Default: lines")
+        ->type_name("lines|length|raw|json")
         ->transform(EnumeratorIn(formats))
         ->each([&options](const std::string&) { options.formatGiven = true; })
+        ->group(kTargetGroup);
+    const std::vector<std::pair<std::string, NewlineRule>> newlines = {
+        {"keep", NewlineRule::kKeep}, {"fail", NewlineRule::kFail}, {"escape", NewlineRule::kEscape}};
+    command
+        .add_option(
+            "--on-newline", options.newlines,
+            "a line feed in a record, with --format lines. keep: it is written, and a warning says how many "
+            "records look like several; fail: it ends the load; escape: it is written as \\n, and a backslash "
+            "as two. Default: keep")
+        ->type_name("keep|fail|escape")
+        ->transform(EnumeratorIn(newlines))
+        ->each([&options](const std::string&) { options.newlinesGiven = true; })
         ->group(kTargetGroup);
     auto* force =
         command.add_flag("--force", options.force, "replace a target that exists")->group(kTargetGroup);
@@ -88,7 +100,7 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         .add_option(
             "--restart", options.restart,
             "auto: resume an unfinished load, else begin a new one; never: refuse if a load is unfinished; only: refuse if none is. Default: auto")
-        ->type_name("never|auto|only")
+        ->type_name("auto|never|only")
         ->transform(EnumeratorIn(policies))
         ->group(kRestartGroup);
     command
@@ -150,6 +162,13 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
 
 bool IsProtected(const LoadOptions& options) {
     return !options.unprotected && options.target != "-";
+}
+
+Status CheckNewlineRule(const LoadOptions& options) {
+    const bool isLines =
+        options.format == RecordFormat::kLines && !FindTargetKind(options.target).keepsRestartState;
+    if (!options.newlinesGiven || isLines) return {};
+    return Status::Refused("--on-newline has an effect only with --format lines; leave it out");
 }
 
 Status ComposeAttributes(const LoadOptions& options,

@@ -31,6 +31,8 @@ struct LoadOptions {
     std::string target;
     RecordFormat format = RecordFormat::kLines;
     bool formatGiven = false;
+    NewlineRule newlines = NewlineRule::kKeep;
+    bool newlinesGiven = false;
     bool force = false;
     bool append = false;
     bool unprotected = false;  ///< --unprotected, or implied by the target
@@ -66,6 +68,9 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options);
 
 /// Returns whether the load keeps restart information, so that it can be resumed.
 [[nodiscard]] bool IsProtected(const LoadOptions& options);
+
+/// Refuses --on-newline where it has no meaning.
+Status CheckNewlineRule(const LoadOptions& options);
 
 /// Makes name and value of each --attribute, and of the options that stand for an attribute. Refuses an
 /// --attribute that is not of the form NAME=VALUE.

@@ -9,6 +9,7 @@
 #include "mqam/cli/parameter_file.h"
 #include "mqam/explain/mq_reasons.h"
 #include "mqam/explain/text_match.h"
+#include "platform/environment.h"
 
 namespace mqam {
 
@@ -57,6 +58,15 @@ std::string DescribeLongMessage(const ProbeRequest& request, const ProbeResult& 
     return length + "  next      Run the same command with --max-record " + bytes + "\n";
 }
 
+std::string DescribeLibrary(const ProbeResult& result) {
+    if (result.libraryFailure.empty())
+        return "  tried     an MQ library can be loaded now; run the same command again\n";
+    const std::string path = platform::ReadEnvironment("MQAMOD_MQ_LIBRARY");
+    return "  tried     " + result.libraryFailure + "\n" +
+           (path.empty() ? ""
+                         : "  because   the environment variable MQAMOD_MQ_LIBRARY is set to " + path + "\n");
+}
+
 std::string DescribeEarlyEnd(const ProbeResult& result) {
     if (result.step == ProbeStep::kBrowse && result.reason == kNoMessage)
         return "  found     the queue is empty now\n";
@@ -86,6 +96,7 @@ ProbeRequest MakeProbeRequest(ProbeKind kind, const std::string& initString) {
 }
 
 std::string DescribeProbe(ProbeKind kind, const ProbeRequest& request, const ProbeResult& result) {
+    if (kind == ProbeKind::kLibrary) return DescribeLibrary(result);
     if (kind == ProbeKind::kEarlyEnd) return DescribeEarlyEnd(result);
     const bool isOpen = result.step != ProbeStep::kConnect && result.step != ProbeStep::kOpen;
     if (!isOpen) return DescribeReason(result.reason);

@@ -34,8 +34,8 @@ Status CheckOptions(const LoadOptions& options) {
 }
 
 TargetRequest RequestOf(const LoadOptions& options) {
-    return {options.target,      options.restartFile, options.format,
-            options.formatGiven, options.force,       options.append};
+    return {options.target, options.restartFile, options.format,  options.formatGiven,
+            options.force,  options.append,      options.newlines};
 }
 
 // Makes the target of the load, and refuses options that do not go with it.

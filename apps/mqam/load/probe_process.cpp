@@ -5,6 +5,7 @@
 
 #include "mqam/load/worker_process.h"
 #include "mqam/module/error_text.h"
+#include "mqi/mqi.h"
 #include "platform/process.h"
 
 namespace mqam {
@@ -21,6 +22,9 @@ ProbeKind ProbeKindOf(const ModuleFailure& failure) {
     if (!ParseErrorText(failure.text, error)) return ProbeKind::kNone;
     // This is the last text that the module had, which is not about the failure.
     if (failure.request == "Open" && error.message == "Queue Manager open") return ProbeKind::kOpen;
+    if (error.mqReason == MQRC_MODULE_NOT_FOUND || error.mqReason == MQRC_MODULE_ENTRY_NOT_FOUND) {
+        return ProbeKind::kLibrary;
+    }
     return error.messageNumber == kMessageTooLong ? ProbeKind::kLongMessage : ProbeKind::kNone;
 }
 

@@ -17,7 +17,8 @@ enum class ProbeKind : std::uint8_t {
     kNone,
     kOpen,         ///< the queue could not be opened, and the module does not say for which reason
     kLongMessage,  ///< a message is longer than the buffer, and the module does not say how long it is
-    kEarlyEnd,     ///< the input ended early, and the module does not say why
+    kLibrary,  ///< no MQ library could be loaded, and the module reports the loader's reasons only in its trace
+    kEarlyEnd,  ///< the input ended early, and the module does not say why
 };
 
 /// Returns what a probe could add to the failure.

@@ -12,6 +12,7 @@
 #include "mqam/load/probe_process.h"
 #include "mqam/load/worker_process.h"
 #include "mqam/module/module_session.h"
+#include "mqam/target/record_encoder.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 
@@ -86,6 +87,8 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& res
         RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters);
     StopProgress();
     PrintEnd(DescribeEnd(settings, result, target));
+    const std::string lineFeeds = DescribeLineFeeds(target.RecordsWithLineFeeds());
+    if (!settings.quiet && !lineFeeds.empty()) PrintMessage("mqam load: " + lineFeeds + "\n");
     RunProbeProcess(ProbeKindOf(result.moduleFailure));
     EndWorker(result.end, "");
 }

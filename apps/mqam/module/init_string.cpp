@@ -20,9 +20,10 @@ Status BuildInitString(const std::vector<GivenKeyword>& given, std::string& init
                 return Status::Refused(item.option + ": the value is empty");
             }
             if (value.find_first_of(kDelimiters) != std::string::npos) {
-                return Status::Refused(item.option + ": '" + value +
-                                       "' contains a blank; the module cannot receive such a value (its "
-                                       "keywords know no quoting), so choose a name or path without blanks");
+                return Status::Refused(
+                    item.option + ": '" + value +
+                    "' contains a blank; values cannot contain blanks, because the module's "
+                    "syntax has no quoting: choose a name or path without blanks");
             }
             built += ' ';
             built += value;

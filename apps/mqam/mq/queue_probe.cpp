@@ -52,7 +52,10 @@ bool Connect(Probe& probe) {
     }
     char failure[mqamod::kBindFailureBytes];
     const MQLONG bound = mqamod::BindVerbs(std::getenv("MQAMOD_MQ_LIBRARY"), &options, probe.verbs, failure);
-    if (bound != MQRC_NONE) return Fail(probe, ProbeStep::kConnect, bound);
+    if (bound != MQRC_NONE) {
+        probe.result.libraryFailure = failure;
+        return Fail(probe, ProbeStep::kConnect, bound);
+    }
     MQCHAR name[49];
     CopyName(probe.request.queueManager, name);
     MQLONG compCode = MQCC_OK;

@@ -37,7 +37,9 @@ enum class ProbeStep : std::uint8_t {
 
 struct ProbeResult {
     ProbeStep step = ProbeStep::kConnect;
-    MQLONG reason = 0;            ///< of the step that failed
+    MQLONG reason = 0;  ///< of the step that failed
+    std::string
+        libraryFailure;  ///< the MQ libraries that were tried, with the loader's reasons; if none was loaded
     std::int64_t firstBytes = 0;  ///< length of the first message; with kDone
     std::int64_t longBytes =
         -1;  ///< length of the first message that is longer than maxRecordBytes; -1 if there is none

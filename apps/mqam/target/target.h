@@ -66,6 +66,8 @@ class Target {
     /// These name the target, the format of its records, and the place of its state, as the user knows them.
     [[nodiscard]] virtual const std::string& Name() const = 0;
     [[nodiscard]] virtual std::string Format() const = 0;
+    /// Returns how many of the records put since the target was opened look like several in the file.
+    [[nodiscard]] virtual std::uint64_t RecordsWithLineFeeds() const { return 0; }
     [[nodiscard]] virtual const std::string& StateName() const = 0;
 
     /// The load's own directory, and where its files are unless the user named another place.

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "mqam/base/status.h"
-#include "mqam/target/record_format.h"
+#include "mqam/target/record_encoder.h"
 #include "mqam/target/target.h"
 
 namespace mqam {
@@ -23,6 +23,7 @@ struct TargetRequest {
     bool formatGiven = false;
     bool force = false;   ///< a new load replaces what the target contains
     bool append = false;  ///< a new load adds to it
+    NewlineRule newlines = NewlineRule::kKeep;
 };
 
 struct TargetKind {

@@ -26,7 +26,8 @@ Status MakeFileTarget(const TargetRequest& request, std::unique_ptr<Target>& tar
             "for a device or a pipe give --unprotected");
     }
     target = std::make_unique<FileTarget>(FileTargetSettings{path, PlacesOfFile(path, request.restartFile),
-                                                             request.format, request.force, request.append});
+                                                             request.format, request.force, request.append,
+                                                             request.newlines});
     return {};
 }
 

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 namespace mqam {
@@ -25,7 +26,8 @@ const char* NameOf(RecordFormat format) {
     return "";
 }
 
-FileSink::FileSink(FileSinkSettings target) : target_(std::move(target)) {}
+FileSink::FileSink(FileSinkSettings target)
+    : target_(std::move(target)), encoder_({target_.format, target_.newlines}, target_.recordsBefore) {}
 
 FileSink::~FileSink() {
     StopIdleWriter();
@@ -105,20 +107,19 @@ Status FileSink::Put(const char* record, std::size_t length) {
     const std::lock_guard<std::mutex> guard(lock_);
     if (!status_.IsOk()) return status_;
     hasNewRecord_ = true;
-    const std::size_t frameBytes = target_.format == RecordFormat::kLength  ? 4
-                                   : target_.format == RecordFormat::kLines ? 1
-                                                                            : 0;
-    bytesPut_ += length + frameBytes;
+    RecordEncoder::Encoded encoded;
+    const Status taken = encoder_.Encode(record, length, encoded);
+    if (!taken.IsOk()) {
+        // The records before this one belong into the file, whatever happens to the load.
+        if (WriteBuffer()) status_ = taken;
+        return status_;
+    }
+    bytesPut_ += encoded.Bytes();
     heldEnds_.push_back(bytesPut_);
     mostRecordsHeld_ = std::max<std::uint64_t>(mostRecordsHeld_, heldEnds_.size());
-    if (target_.format == RecordFormat::kLength) {
-        const auto count = static_cast<std::uint32_t>(length);
-        const char bytes[4] = {static_cast<char>(count & 0xFF), static_cast<char>(count >> 8 & 0xFF),
-                               static_cast<char>(count >> 16 & 0xFF), static_cast<char>(count >> 24 & 0xFF)};
-        if (!Buffer(bytes, sizeof bytes)) return status_;
+    for (const std::string_view part : {encoded.before, encoded.body, encoded.after}) {
+        if (!Buffer(part.data(), part.size())) return status_;
     }
-    if (!Buffer(record, length)) return status_;
-    if (target_.format == RecordFormat::kLines && !Buffer("\n", 1)) return status_;
     return {};
 }
 
@@ -135,6 +136,16 @@ Status FileSink::Save() {
 bool FileSink::HasLength(std::uint64_t bytes) {
     const std::lock_guard<std::mutex> guard(lock_);
     return platform::IsFileAt(descriptor_, target_.path, bytes);
+}
+
+std::uint64_t FileSink::BytesPut() {
+    const std::lock_guard<std::mutex> guard(lock_);
+    return bytesPut_;
+}
+
+std::uint64_t FileSink::RecordsWithLineFeeds() {
+    const std::lock_guard<std::mutex> guard(lock_);
+    return target_.newlines == NewlineRule::kKeep ? encoder_.RecordsWithLineFeeds() : 0;
 }
 
 std::uint64_t FileSink::RecordsWritten() {

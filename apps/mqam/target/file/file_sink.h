@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "mqam/target/record_format.h"
+#include "mqam/target/record_encoder.h"
 #include "mqam/target/record_sink.h"
 #include "platform/file.h"
 
@@ -26,6 +26,8 @@ struct FileSinkSettings {
     int descriptor = -1;  ///< an open file to write to instead
     platform::OpenMode mode = platform::OpenMode::kCreate;
     RecordFormat format = RecordFormat::kLines;
+    NewlineRule newlines = NewlineRule::kKeep;
+    std::uint64_t recordsBefore = 0;  ///< of the load, which are in the file already
 };
 
 class FileSink : public RecordSink {
@@ -44,6 +46,11 @@ class FileSink : public RecordSink {
     /// set as by IsFileAt. It must be called after Save; a descriptor that was given has no path.
     [[nodiscard]] bool HasLength(std::uint64_t bytes);
 
+    /// Returns how many bytes the records put so far take in the file.
+    [[nodiscard]] std::uint64_t BytesPut();
+    /// Returns how many records of the format `lines` look like several, because a line feed in them was kept.
+    [[nodiscard]] std::uint64_t RecordsWithLineFeeds();
+
     /// Returns the number of records that are in the file completely, also after a failure.
     [[nodiscard]] std::uint64_t RecordsWritten();
     /// Returns the largest number of records that were put and not yet in the file at any one time.
@@ -61,6 +68,7 @@ class FileSink : public RecordSink {
     void StopIdleWriter();
 
     FileSinkSettings target_;
+    RecordEncoder encoder_;  // guarded by lock_
     std::thread idleWriter_;
     std::mutex lock_;  // guards everything below
     std::condition_variable stop_;

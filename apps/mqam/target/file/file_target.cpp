@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/file/file_target.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -13,21 +14,6 @@
 namespace mqam {
 
 namespace {
-
-// Returns the number of bytes that a format adds before and after a record.
-struct Frame {
-    std::uint64_t before;
-    std::uint64_t after;
-};
-
-Frame FrameOf(RecordFormat format) {
-    switch (format) {
-        case RecordFormat::kLines: return {0, 1};
-        case RecordFormat::kLength: return {4, 0};
-        case RecordFormat::kRaw: break;
-    }
-    return {0, 0};
-}
 
 struct CloseStream {
     void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
@@ -89,13 +75,15 @@ Status FileTarget::Begin(RestartState& state) {
 
 // Refuses a file that was replaced or rewritten: it has other bytes where the last record should be.
 Status FileTarget::ReadLastRecord(const RestartState& state, std::vector<char>& record) {
-    const Frame frame = FrameOf(settings_.format);
-    const std::uint64_t framed = frame.before + state.lastRecordLength + frame.after;
-    record.resize(static_cast<std::size_t>(state.lastRecordLength));
+    const RecordLayout layout = {settings_.format, settings_.newlines};
+    const std::uint64_t bytes = std::min(TailBytes(layout, state.lastRecordLength), state.targetLength);
+    std::vector<char> tail(static_cast<std::size_t>(bytes));
+    std::string decoded;
     errno = 0;
-    if (framed <= state.targetLength &&
-        ReadBytes(settings_.path, state.targetLength - frame.after - state.lastRecordLength, record) &&
-        DigestOf(record.data(), record.size()) == state.lastRecordDigest) {
+    if (ReadBytes(settings_.path, state.targetLength - bytes, tail) &&
+        DecodeLastRecord(layout, {tail.data(), tail.size()}, state.lastRecordLength, decoded) &&
+        DigestOf(decoded.data(), decoded.size()) == state.lastRecordDigest) {
+        record.assign(decoded.begin(), decoded.end());
         return {};
     }
     if (errno != 0) {
@@ -129,8 +117,8 @@ Status FileTarget::RollBackTo(const RestartState& state) {
         return Status::Transient("cannot truncate " + path + " to " + std::to_string(length_) +
                                  " bytes: " + error);
     }
-    sink_ =
-        std::make_unique<FileSink>(FileSinkSettings{path, -1, platform::OpenMode::kAppend, settings_.format});
+    sink_ = std::make_unique<FileSink>(FileSinkSettings{path, -1, platform::OpenMode::kAppend,
+                                                        settings_.format, settings_.newlines, state.records});
     Status opened = sink_->Open();
     if (!opened.IsOk()) return opened;
     // An attempt that created the file may have died, or failed, before its name was on disk.
@@ -139,18 +127,14 @@ Status FileTarget::RollBackTo(const RestartState& state) {
 }
 
 Status FileTarget::Put(const char* record, std::size_t length) {
-    Status put = sink_->Put(record, length);
-    if (!put.IsOk()) return put;
-    const Frame frame = FrameOf(settings_.format);
-    length_ += frame.before + length + frame.after;
-    return put;
+    return sink_->Put(record, length);
 }
 
 Status FileTarget::Store(const RestartState& state) {
     Status saved = sink_->Save();
     if (!saved.IsOk()) return saved;
     // If a foreign byte in the middle were counted, a restart would cut off the end of a record.
-    if (!sink_->HasLength(length_)) {
+    if (!sink_->HasLength(Length())) {
         if (errno != 0) return FailExamining(settings_.path);
         return Status::Transient(
             settings_.path +

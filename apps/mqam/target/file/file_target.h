@@ -18,6 +18,7 @@ struct FileTargetSettings {
     RecordFormat format = RecordFormat::kLines;
     bool force = false;   ///< a new load replaces the contents of the file
     bool append = false;  ///< a new load adds to it
+    NewlineRule newlines = NewlineRule::kKeep;
 };
 
 class FileTarget : public Target {
@@ -30,11 +31,18 @@ class FileTarget : public Target {
     Status RollBackTo(const RestartState& state) override;
     Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
     Status Put(const char* record, std::size_t length) override;
-    [[nodiscard]] std::uint64_t Length() const override { return length_; }
+    [[nodiscard]] std::uint64_t Length() const override {
+        return sink_ == nullptr ? length_ : length_ + sink_->BytesPut();
+    }
+    [[nodiscard]] std::uint64_t RecordsWithLineFeeds() const override {
+        return sink_ == nullptr ? 0 : sink_->RecordsWithLineFeeds();
+    }
     Status Store(const RestartState& state) override;
     Status StoreEnd(const RestartState& state) override;
     [[nodiscard]] const std::string& Name() const override { return settings_.path; }
-    [[nodiscard]] std::string Format() const override { return NameOf(settings_.format); }
+    [[nodiscard]] std::string Format() const override {
+        return NameOf(RecordLayout{settings_.format, settings_.newlines});
+    }
     [[nodiscard]] const LoadPlaces& Places() const override { return settings_.places; }
     [[nodiscard]] std::vector<LoadFile> Files() const override;
     [[nodiscard]] const std::string& StateName() const override { return RestartFile(); }
@@ -44,7 +52,7 @@ class FileTarget : public Target {
 
     FileTargetSettings settings_;
     std::unique_ptr<FileSink> sink_;
-    std::uint64_t length_ = 0;
+    std::uint64_t length_ = 0;  // of the file when sink_ was opened
 };
 
 }  // namespace mqam
