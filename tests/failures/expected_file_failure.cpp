@@ -107,7 +107,9 @@ Promise ForCheckpoint(const std::string& request, const FileStrike& strike) {
         case FileCall::Tell:
             return Stream(strike, strike.gotMessage ? "PIDMMain" : "ReadFromChkPt", "checkpoint", "fgetpos",
                           "Checkpoint");
-        case FileCall::Seek: return Stream(strike, "PIDMMain", "reposition", "fsetpos", "Checkpoint");
+        case FileCall::Seek:
+            return Stream(strike, "PIDMMain", request == "Read" ? "checkpoint" : "reposition", "fsetpos",
+                          "Checkpoint");
         case FileCall::Remove:
             if (request == "Close") return {kUnaffected};
             return Plain("ResetCkptFile",
