@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Answers on standard output: a command that cannot write its answer says so and fails.
+// Prints the answer of a command on standard output. If it cannot be written, the command says so and fails.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@
 namespace mqam {
 
 /// Writes all of the text. Returns kExitDone, or kExitTargetFailed after an error message.
-///   command  in  begins the error message: "mqam queue list"
+///   command  in  the beginning of the error message, such as "mqam queue list"
 [[nodiscard]] int PrintAnswer(const std::string& command, const std::string& text);
 
-/// The same for what was written to `stdout` before.
+/// Does the same for an answer that has already been written to `stdout`.
 [[nodiscard]] int FinishAnswer(const std::string& command);
 
 }  // namespace mqam

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The program's exit codes. What they mean is in mqam/explain/code_tables.h, from which the help and the documentation are
-// generated.
+// Defines the exit codes of `mqam`. Their meanings are in mqam/explain/code_tables.h, from which the help and
+// the documentation are generated.
 #pragma once
 
 namespace mqam {

@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
-// The lead bytes of UTF-8, with the range of the second byte. The ranges exclude overlong forms, surrogates and what is
-// above U+10FFFF.
+// The lead bytes of UTF-8, with the range of the second byte. The ranges exclude overlong forms, surrogates
+// and characters above U+10FFFF.
 struct LeadBytes {
     unsigned char first;
     unsigned char last;
@@ -26,7 +26,8 @@ constexpr LeadBytes kLeadBytes[] = {
     {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
 };
 
-// Returns the length of the character at the beginning of a text that is not empty, or 0 if it is not valid UTF-8.
+// Returns the length of the character at the beginning of a text that is not empty, or 0 if it is not valid
+// UTF-8.
 std::size_t CharacterLength(std::string_view text) {
     const auto byteAt = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     for (const LeadBytes& lead : kLeadBytes) {

@@ -10,8 +10,8 @@
 
 namespace mqam {
 
-/// Returns the text as a JSON string with its quotes. A byte that is not part of valid UTF-8 becomes U+FFFD, so that
-/// the result is valid whatever a message or a path contains.
+/// Returns the text as a JSON string with its quotes. A byte that is not part of valid UTF-8 becomes U+FFFD,
+/// so that the result is valid whatever a message or a path contains.
 [[nodiscard]] std::string JsonString(std::string_view text);
 
 /// Writes members and elements in the order of the calls, with the commas between them. The caller opens and

@@ -19,7 +19,7 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kLivePause = std::chrono::milliseconds(200);
 constexpr auto kPlainPause = std::chrono::seconds(5);
 
-// The state of the printing belongs to this file; `lock` guards all of it.
+// Holds the state of the printing. While the thread runs, `lock` guards it.
 struct Printer {
     std::mutex lock;
     std::condition_variable stop;

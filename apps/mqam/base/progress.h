@@ -16,13 +16,13 @@ enum class ProgressStyle { kNone, kLiveLine, kPlainLines };
 struct ProgressCounters {
     std::atomic<std::uint64_t> records{0};
     std::atomic<std::uint64_t> bytes{0};
-    /// These members say what earlier processes have loaded. It counts in the totals, not in the rate.
+    /// These members say what earlier processes have loaded. They count in the totals, but not in the rate.
     std::atomic<std::uint64_t> recordsBefore{0};
     std::atomic<std::uint64_t> bytesBefore{0};
     double secondsBefore = 0;  ///< set before StartProgress
 };
 
-/// Starts printing. `counters` must live until StopProgress.
+/// Starts printing. `counters` must exist until StopProgress.
 void StartProgress(ProgressStyle style, const ProgressCounters& counters);
 
 /// Stops printing and wipes a live line. Does nothing if nothing is printing.
@@ -33,11 +33,11 @@ void PrintMessage(const std::string& lines);
 
 /// Formats a line such as "12,345 records, 1.21 MB, 24,690 records/s, 0:05". Numbers are grouped, sizes have
 /// decimal units, and the elapsed time has minutes and seconds, with hours before them if there are any.
-///   seconds  the time since the counters began to count
+///   seconds  in  the time since the counters began to count
 [[nodiscard]] std::string FormatProgress(const ProgressCounters& counters, double seconds);
 
 /// Cuts a line of items separated by ", " so that it fits a terminal, after an item if possible.
-///   columns  in  of the terminal; 0 if they are not known
+///   columns  in  the width of the terminal; 0 if it is not known
 [[nodiscard]] std::string FitLine(const std::string& text, int columns);
 
 [[nodiscard]] std::string FormatCount(std::uint64_t count);

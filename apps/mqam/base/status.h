@@ -16,8 +16,8 @@ enum class StatusCode : std::uint8_t {
     kPermanent,  ///< the call fails until someone changes something
 };
 
-/// A code, and for every code but kOk an error message for the user: the plain fact first, then the reason, then
-/// what to do, without a line end.
+/// A code, and for every code but kOk an error message for the user: the plain fact first, then the reason,
+/// then what to do, without a line end.
 class [[nodiscard]] Status {
   public:
     Status() = default;

@@ -8,8 +8,8 @@
 
 namespace mqam {
 
-/// Breaks text at blanks so that no line is longer than `width`, except for a single word that is longer. Line ends in the
-/// text are kept.
+/// Breaks text at blanks so that no line is longer than `width`, except for a single word that is longer.
+/// Line ends in the text are kept.
 [[nodiscard]] std::string WrapText(const std::string& text, std::size_t width);
 
 }  // namespace mqam

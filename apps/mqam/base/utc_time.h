@@ -7,7 +7,7 @@
 
 namespace mqam {
 
-/// Formats a time as "2026-11-21 05:47:48 UTC".
+/// Returns the current time in the form "2026-11-21 05:47:48 UTC", or an empty string if it is not known.
 [[nodiscard]] std::string UtcNow();
 
 }  // namespace mqam

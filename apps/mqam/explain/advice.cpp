@@ -12,7 +12,8 @@ namespace mqam {
 
 namespace {
 
-// Each of these messages is issued for a single MQ reason (2042 and 2085), so its advice also applies to that reason.
+// Each of these messages is reported for a single MQ reason (2042 and 2085), so its advice replaces that of
+// the reason.
 constexpr int kMessagesOfOneReason[] = {157, 158};
 
 bool DecidesIt(Recovery recovery) {

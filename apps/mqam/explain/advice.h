@@ -13,20 +13,21 @@
 
 namespace mqam {
 
-/// Returns kPermanent or kTransient: what the row of the message says, otherwise what that of the MQ reason
-/// says. A failure that no table decides is transient: another attempt costs little, giving up wrongly costs
-/// more.
+/// Returns kPermanent or kTransient, as the first row says that decides it: that of the return code, of the
+/// message or of the MQ reason. If none of them decides it, the failure counts as transient, because another
+/// attempt costs less than giving up wrongly.
 [[nodiscard]] Recovery RecoveryOf(const ModuleFailure& failure);
 
-/// Whether the failure means that an option or a value that the user gave is wrong: nothing was started.
+/// Returns whether the module refused an option or a value that the user gave. In that case nothing was
+/// started.
 [[nodiscard]] bool IsWrongOption(const ModuleFailure& failure);
 
 /// Returns the plain fact, as a clause that can follow "mqam load: ": the meaning of the MQ reason, otherwise
 /// the first sentence that the table has for the message, otherwise the message itself.
 [[nodiscard]] std::string FindFact(const ErrorText& error);
 
-/// Returns what to do next, a line each: what fits the message, then what fits the MQ reason. The result is
-/// empty if no table has either.
+/// Returns what to do next, one line for each piece of advice: first that for the message, then that for the
+/// MQ reason. The result is empty if no table has advice.
 [[nodiscard]] std::vector<std::string> FindAdvice(const ErrorText& error);
 
 }  // namespace mqam

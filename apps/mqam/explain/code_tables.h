@@ -15,9 +15,9 @@ struct ReturnCodeRow {
     ReturnCode code;
     /// The name in mqamod.h.
     const char* name;
-    /// A clause without a capital letter and a full stop.
+    /// A clause without a capital letter or a full stop.
     const char* meaning;
-    /// These are sentences, as is the action.
+    /// The causes and the action are sentences.
     const char* causes;
     const char* action;
     Recovery recovery;
@@ -25,9 +25,9 @@ struct ReturnCodeRow {
 
 struct ExitCodeRow {
     ExitCode code;
-    /// A clause without a capital letter and a full stop.
+    /// A clause without a capital letter or a full stop.
     const char* meaning;
-    /// These are sentences, as is the action.
+    /// The causes and the action are sentences.
     const char* causes;
     const char* action;
     /// This is false for a code that `mqam load` does not use.

@@ -24,12 +24,12 @@ namespace {
 constexpr std::size_t kTextWidth = 78;
 constexpr std::size_t kLabelWidth = 12;
 constexpr std::size_t kNearMatchesMax = 5;
-// The beginning of a message that has no number is enough, if it is not shorter.
+// A message without a number is found by its beginning, which must have at least this many characters.
 constexpr std::size_t kShortestBeginning = 6;
 
 // ---- what was asked for
 
-// The kinds of code that a number may be.
+// Says which kinds of code a number may be.
 struct Kinds {
     bool returnCode = false;
     bool exitCode = false;
@@ -195,8 +195,8 @@ void ExplainName(const std::string& name, std::vector<Explanation>& readings) {
 
 struct Candidate {
     std::size_t distance = 0;
-    // This is the distance between the numbers at the end of two codes: of the codes that differ in one
-    // character, the one with the nearest number comes first.
+    // This is the difference between the numbers at the end of the two codes. Of codes with the same
+    // distance, the one with the nearest number comes first.
     int difference = 0;
     std::string code;
 };

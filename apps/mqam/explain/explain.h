@@ -12,9 +12,9 @@ namespace mqam {
 /// One reading of a code.
 struct Explanation {
     struct Paragraph {
-        /// "meaning", "causes" ...
+        /// The label, such as "meaning" or "causes".
         const char* label;
-        /// Sentences.
+        /// One or more sentences.
         std::string text;
     };
 
@@ -25,17 +25,17 @@ struct Explanation {
     std::vector<Paragraph> paragraphs;
 };
 
-/// Returns every reading of a code. Upper and lower case are the same. A code is
+/// Returns every reading of a code. Upper and lower case are treated alike. A code is
 ///   MQA0151, 151           a message of the module; also the text of a message without a number
 ///   2085, MQRC_..., ...    an MQ reason; the name without MQRC_, too
 ///   9, pmrcEOF             a return code of the module
 ///   exit 3, 3              an exit code of `mqam`
 ///   H6, T2, G1, L5         a rule, a guarantee or a limit
-/// A number can have several readings; "exit", "return", "message" or "reason" before it selects one. Empty
-/// when there is no such code.
+/// A number can have several readings; "exit", "return", "message" or "reason" before it selects one. The
+/// result is empty if there is no such code.
 [[nodiscard]] std::vector<Explanation> Explain(std::string_view code);
 
-/// Returns the codes that look most like one that does not exist, the best first; at most five.
+/// Returns up to five codes that are most similar to a code that does not exist, the most similar first.
 [[nodiscard]] std::vector<std::string> FindNearMatches(std::string_view code);
 
 /// Selects one of the lists that `mqam explain --list` prints.

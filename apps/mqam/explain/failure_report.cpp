@@ -36,7 +36,7 @@ constexpr Activity kActivities[] = {
     {"Shut", "releasing the queue manager"},
 };
 
-// Returns the fact of a failure that came without an error text.
+// Returns the plain fact of a failure that came without an error text.
 std::string FactOfBareCode(const ModuleFailure& failure) {
     constexpr std::string_view kPutAttribute = "PutAttribute ";
     const ReturnCodeRow* row = FindReturnCode(failure.code);
@@ -62,7 +62,7 @@ std::string DescribeReason(const ErrorText& error) {
     return reason;
 }
 
-// A message of one blank says nothing.
+// Returns whether a message says nothing: the module has one that is a single blank.
 bool IsBlank(const std::string& text) {
     return text.empty() || text == " ";
 }

@@ -10,15 +10,16 @@
 
 namespace mqam {
 
-/// How much of a failure is shown.
+/// Says how much of a failure is shown.
 enum class FailureDetail : std::uint8_t {
     kForOperators,   ///< what happened and what to do
     kForDevelopers,  ///< also the request, its return code and the module's function
 };
 
-/// Returns the lines to print, each with its line end: first the plain fact, then the message with its number,
-/// the request, the module's function, the failing call, the reason, the cause and what to do next, as far as
-/// the failure has them and `detail` asks for them. A text of unknown form is shown in full.
+/// Returns the lines to print, each with its line end: first the plain fact, then the message with its
+/// number, the request, the module's function, the failing call, the kind of file, the reason, the cause and
+/// what to do next, as far as the failure has them and `detail` asks for them. A text of unknown form is
+/// shown in full.
 [[nodiscard]] std::string DescribeFailure(const ModuleFailure& failure, FailureDetail detail);
 
 /// Returns one line (no line end) for an error text that came with a request that succeeded: a warning or a

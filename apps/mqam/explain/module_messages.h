@@ -16,7 +16,7 @@ namespace mqam {
 /// Says where a message appears.
 enum class Shown : std::uint8_t {
     kErrorText,
-    /// In the trace file only.
+    /// It appears in the trace file only.
     kTrace,
     /// It is formatted, but another text is reported in its place.
     kNowhere,
@@ -30,14 +30,14 @@ struct ModuleMessage {
     /// For a numbered message this is the printf format in angle brackets; for a message without a number it
     /// is the text, up to the first '%' if it has one.
     const char* format;
-    /// For a message without a number, this is the failing call that is reported with it; null if that is any
-    /// or none.
+    /// For a message without a number: the failing call that it is recognised with, or null if the call does
+    /// not matter.
     const char* failingCall;
     Shown shown;
     Recovery recovery;
-    /// The host's requests during which it is made.
+    /// The requests of the host during which the message is made.
     const char* request;
-    /// "ROUTINE in FILE", with "; " between several.
+    /// The routines that make the message, each as "ROUTINE in FILE", with "; " between them.
     const char* emitter;
     const char* cause;
     const char* action;
@@ -52,8 +52,8 @@ struct ModuleMessage {
 /// Returns the row with this number, or null.
 [[nodiscard]] const ModuleMessage* FindModuleMessage(int number);
 
-/// Returns the row of an error text: by its number, or by text and failing call if it has none. Null if
-/// there is no such message.
+/// Returns the row of an error text, or null if there is no such message. The row is found by the number of
+/// the message or, without a number, by its text and the failing call.
 [[nodiscard]] const ModuleMessage* FindModuleMessage(const ErrorText& error);
 
 /// Returns the text of a message as the module prints it, with its placeholders: without the angle brackets

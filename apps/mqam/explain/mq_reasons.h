@@ -5,8 +5,8 @@
 //
 // The rows follow the lists of reasons in IBM's reference pages for MQCONNX (with MQCONN), MQOPEN, MQGET,
 // MQCMIT, MQBACK, MQCLOSE and MQDISC on all platforms, and the codes of the pages that those refer to: TLS,
-// channels, reconnection and exits. The texts are our own. Numbers and names are compared with IBM's header
-// cmqc.h by a test.
+// channels, reconnection and exits. The texts are our own. A test compares the numbers and names with IBM's
+// header cmqc.h.
 #pragma once
 
 #include <cstdint>
@@ -23,12 +23,12 @@ struct MqReason {
     std::uint16_t number;
     /// MQ's name, with "MQRC_".
     const char* name;
-    /// One letter for each call that returns the reason, see NameVerbs.
+    /// One letter for each call that returns the reason; NameVerbs returns their names.
     const char* verbs;
     Recovery recovery;
-    /// A clause without a capital letter and a full stop: "the queue does not exist".
+    /// A clause without a capital letter or a full stop, such as "the queue does not exist".
     const char* meaning;
-    /// Sentences.
+    /// One or more sentences.
     const char* causes;
     /// Sentences that say what to type. Words in capital letters stand for names of the user's own.
     const char* action;
@@ -40,10 +40,12 @@ struct MqReason {
 /// Returns the row of a reason code other than 0, or null.
 [[nodiscard]] const MqReason* FindMqReason(int number);
 
-/// Returns the row with this name, or null. Upper and lower case are the same, and "MQRC_" may be missing.
+/// Returns the row with this name, or null. Upper and lower case are treated alike, and "MQRC_" may be
+/// missing.
 [[nodiscard]] const MqReason* FindMqReason(std::string_view name);
 
-/// Returns the names of the calls that return the reason, such as "MQOPEN, MQGET". Empty for MQRC_NONE.
+/// Returns the names of the calls that return the reason, such as "MQOPEN, MQGET"; or an empty string for
+/// MQRC_NONE.
 [[nodiscard]] std::string NameVerbs(const MqReason& reason);
 
 }  // namespace mqam

@@ -52,7 +52,8 @@ std::string ToDo(const char* action) {
     return std::string("**What to do:** ") + action;
 }
 
-// A heading starts with the code, or for a message without a number with its text, so that links are stable.
+// Adds the section of a message. Its heading is the code or, for a message without a number, the text, so
+// that links stay valid.
 void AddMessage(std::string& page, const ModuleMessage& message) {
     const std::string code = MessageCodeOf(message);
     std::string text = MessageTextOf(message);

@@ -7,7 +7,8 @@
 
 namespace mqam {
 
-/// Returns the whole page in Markdown. Only long texts of messages have lines of more than 120 characters.
+/// Returns the whole page in Markdown. Only the long texts of some messages make lines of more than 120
+/// characters.
 [[nodiscard]] std::string FormatReferencePage();
 
 }  // namespace mqam

@@ -12,7 +12,7 @@ namespace mqam {
 struct LoadRule {
     /// The id, for example "H6", "T1", "G5" or "L12".
     const char* id;
-    /// A guarantee and a limit have a name: "identical messages". A rule has an empty one.
+    /// The name of a guarantee or a limit, such as "identical messages"; it is empty for a rule.
     const char* name;
     /// The first sentence, which can be understood alone.
     const char* statement;
@@ -25,7 +25,7 @@ struct LoadRule {
 /// Returns the items in the order H, T, G, L.
 [[nodiscard]] std::span<const LoadRule> AllLoadRules();
 
-/// Returns the item with this id, or null. Upper and lower case are the same.
+/// Returns the item with this id, or null. Upper and lower case are treated alike.
 [[nodiscard]] const LoadRule* FindLoadRule(std::string_view id);
 
 }  // namespace mqam

@@ -17,7 +17,7 @@ namespace mqam {
 /// Returns where a message appears and during which requests.
 [[nodiscard]] std::string DescribeOrigin(const ModuleMessage& message);
 
-/// Returns what kind of item it is: a rule for hosts, a guarantee ...
+/// Returns the kind of an item, such as a rule for hosts or a guarantee.
 [[nodiscard]] std::string DescribeRuleKind(const LoadRule& rule);
 
 }  // namespace mqam

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Compares what a user typed with what there is.
+// Compares a code that a user typed with the codes that exist.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@ namespace mqam {
 /// Returns the text with the letters a to z replaced by A to Z.
 [[nodiscard]] std::string ToUpper(std::string_view text);
 
-/// Returns how many characters must be inserted, deleted, replaced or swapped with their neighbour to make
-/// one text of the other.
+/// Returns the least number of insertions, deletions, replacements and swaps of neighbouring characters that
+/// turn one text into the other.
 [[nodiscard]] std::size_t EditDistance(std::string_view left, std::string_view right);
 
 }  // namespace mqam

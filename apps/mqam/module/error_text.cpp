@@ -18,7 +18,7 @@ bool IsDigit(char c) {
     return std::isdigit(static_cast<unsigned char>(c)) != 0;
 }
 
-// Reads up to nine digits, so that the number fits.
+// Reads up to nine digits, so that the number fits into an int.
 int ReadNumber(std::string_view text) {
     int number = 0;
     for (std::size_t i = 0; i < text.size() && i < 9 && IsDigit(text[i]); ++i) {
@@ -49,7 +49,7 @@ void TakeFailingCall(std::string_view& rest, ErrorText& parsed) {
     rest = rest.substr(0, at);
 }
 
-// "MQA0143: <text>" becomes the number and the text.
+// Splits "MQA0143: <text>" into the number and the text.
 void TakeMessage(std::string_view message, ErrorText& parsed) {
     parsed.message = message;
     constexpr std::string_view kPrefix = "MQA";

@@ -2,9 +2,10 @@
 
 // Splits the module's error text into its parts, so that an operator can read each on a line of its own.
 //
-// The text has no separators: "<module>/<function>(<severity>).  --ERROR: <message>--Failing function: <call>
-// --Error occured while processing <file kind>--Reason: <reason>." with the last two pairs optional. Messages
-// quote names and paths that users choose, so the labels are searched for from the end of the text.
+// The text is "<module>/<function>(<severity>).  --ERROR: <message>--Failing function: <call>--Error
+// occured while processing <file kind>--Reason: <reason>." It may lack the failing call, and it may lack the
+// file kind together with the reason. There are no other separators, and messages quote names and paths that
+// users choose, so the labels after the message are searched for from the end of the text.
 #pragma once
 
 #include <string>
@@ -18,7 +19,7 @@ struct ErrorText {
     std::string severity;     ///< "!ERROR!", "!warning!" or "info"
     std::string message;      ///< without its number and brackets
     int messageNumber = 0;    ///< 143 for "MQA0143: <...>", 0 for a message without a number
-    std::string failingCall;  ///< empty if the text names none
+    std::string failingCall;  ///< empty if the text names no call
     std::string fileKind;     ///< "Parameter", "Log", "Checkpoint", "Temp", or empty
     std::string reason;       ///< the system's message, or empty
     int mqReason = 0;         ///< the MQ reason code that the message quotes, or 0

@@ -15,8 +15,8 @@ constexpr std::size_t kTableEntries = 40;
 
 using TableEntry = int (*)(void* handle, int message, int first, int second, ...);
 
-// The module calls with these arguments: the handle, a message number, two integers, 5, a pointer to 5 bytes,
-// 5, the text and a null pointer.
+// The module passes these arguments: the handle, a message number, two integers, 5, a pointer to 5 bytes, 5,
+// the text and a null pointer.
 int ReceiveReport(void* handle, int message, int first, int second, ...);
 
 struct HostLog {

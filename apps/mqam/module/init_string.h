@@ -18,9 +18,9 @@ struct GivenKeyword {
     std::vector<std::string> values;  ///< in the order in which the module takes them; may be empty
 };
 
-/// Builds the initialization string; it is empty after a refusal. Refuses, naming the option, a value that the module
-/// could not receive as one word: an empty value, or one that contains a blank, tab, line end or form feed. The module
-/// splits the string there and knows no quoting.
+/// Builds the initialization string; it is empty after a refusal. Refuses, naming the option, a value that
+/// the module could not receive as one word: an empty value, or one that contains a blank, tab, line end or
+/// form feed. The module splits the string there and knows no quoting.
 Status BuildInitString(const std::vector<GivenKeyword>& given, std::string& initString);
 
 }  // namespace mqam

@@ -13,7 +13,7 @@ namespace mqam {
 struct ModuleFailure {
     std::string request;       ///< "Init", "Open", "PutAttribute NAME" ...
     ReturnCode code = pmrcOK;  ///< what PIDMMain returned
-    std::string text;          ///< the module's error text; empty when it gave none
+    std::string text;          ///< the module's error text; empty if there is none
 };
 
 }  // namespace mqam

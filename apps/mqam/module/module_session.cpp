@@ -122,7 +122,7 @@ ModuleFailure ModuleSession::LastFailure() const {
         outcome.request += " " + attribute_;
     }
     outcome.code = code_;
-    // A refused attribute makes no error text. The text that is attached then belongs to an earlier request.
+    // These codes come without an error text. A text that is attached belongs to an earlier request.
     const bool hasText = code_ != pmrcBadAttrName && code_ != pmrcBadAttrValue && code_ != pmrcNotSupported &&
                          code_ != pmrcBadVersion;
     if (hasText && text_ != nullptr) {

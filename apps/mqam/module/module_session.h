@@ -13,13 +13,13 @@
 
 namespace mqam {
 
-/// Returns the path of the module that belongs to a program in `programDirectory`, which ends with a delimiter:
-/// in that directory itself, where a build puts it, or else where an installation puts it. If it is in neither,
-/// the path in the program's own directory.
+/// Returns the path of the module that belongs to a program in `programDirectory`, which ends with a
+/// delimiter: in that directory itself, where a build puts it, or else where an installation puts it. If it
+/// is in neither, returns the path in the program's own directory.
 [[nodiscard]] std::string FindModule(const std::string& programDirectory);
 
 /// Loads the module.
-///   path        in   the library; empty = the one that belongs to the running program
+///   path        in   the library; if it is empty, the one that belongs to the running program
 ///   entryPoint  out  the module's entry point; unchanged on failure
 /// The error says what was tried and why it failed.
 Status LoadModule(const std::string& path, PIDMMainFunction& entryPoint);

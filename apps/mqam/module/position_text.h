@@ -10,7 +10,7 @@
 
 namespace mqam {
 
-/// Returns the position, or none unless the text consists of 32 hexadecimal digits.
+/// Returns the position, or nullopt if the text does not consist of 32 hexadecimal digits.
 [[nodiscard]] std::optional<PositionData> ParsePosition(const std::string& digits);
 
 [[nodiscard]] std::string FormatPosition(const PositionData& position);

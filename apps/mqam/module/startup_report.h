@@ -16,24 +16,24 @@
 namespace mqam {
 
 struct StartupReport {
-    /// The report as it was printed, for the user: who the module is, then name and value of each parameter. The
-    /// value is empty if a line has none.
+    /// The report as it was printed, for the user: who the module is, then name and value of each parameter.
+    /// The value is empty if a line has none.
     std::vector<std::string> identification;
     std::vector<std::pair<std::string, std::string>> parameters;
 
-    // The parameters that a load depends on.
+    // These are the parameters that a load depends on.
     std::string queueManager;
     std::string queue;
-    std::string checkpointFile;  ///< as given to the module; empty = no checkpoint file
-    std::string logFile;         ///< as given to the module; empty = no message log
+    std::string checkpointFile;  ///< as given to the module; empty if there is none
+    std::string logFile;         ///< as given to the module; empty if there is none
     bool stopsAtDuplicate = false;
     bool opensExclusively = false;
     std::uint64_t maxRecordBytes = 0;
-    /// How long a read waits for a message; none = without limit, 0 if the report does not say.
+    /// How long a read waits for a message; nullopt if there is no limit, 0 if the report does not say.
     std::optional<std::chrono::seconds> readWait = std::chrono::seconds(0);
 
-    /// The name of a parameter whose line the module cut at its limit, so that the value is not known in full;
-    /// empty if there is none. Such a report must not be used: a path in it may be another file's.
+    /// The name of a parameter whose line the module cut at its limit, so that the value is not known in
+    /// full; empty if there is none. Such a report must not be used: a path in it may be another file's.
     std::string truncatedParameter;
 };
 
@@ -48,8 +48,9 @@ inline constexpr std::size_t kLongestReportedLine = 1022;
 /// Returns the report as lines in two columns, each with its line end and `indent` before it.
 [[nodiscard]] std::string FormatReport(const StartupReport& report, const std::string& indent);
 
-/// Hands the module the host's log after Init and returns the report that the module passed to it.
-///   wantsKeywordHelp  have the module print its help on standard output first
+/// Passes the host's log to the module after Init, and sets `report` to the report that the module passes to
+/// the log.
+///   wantsKeywordHelp  whether the module first prints its help on standard output
 ///   report            unchanged unless the code is pmrcOK
 [[nodiscard]] ReturnCode FetchReport(ModuleSession& session, bool wantsKeywordHelp, StartupReport& report);
 

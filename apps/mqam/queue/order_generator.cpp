@@ -10,7 +10,8 @@ namespace mqam {
 
 namespace {
 
-// SplitMix64 by Steele, Lea and Flood: a good generator in three lines that gives the same numbers on every system.
+// Generates random numbers with SplitMix64 by Steele, Lea and Flood, which is good, short, and gives the same
+// numbers on every system.
 struct Randomness {
     std::uint64_t state;
 
@@ -90,7 +91,7 @@ std::string MakeBytes(std::uint64_t size, Randomness& random) {
         for (std::size_t k = 0; k < 8 && i + k < bytes.size(); ++k)
             bytes[i + k] = static_cast<char>(number >> (8 * k) & 0xFF);
     }
-    // A short message of random bytes may happen to lack the bytes that are hard for a reader.
+    // NUL and line end are the bytes that are hard for a reader, and random bytes may happen to lack them.
     if (bytes.size() >= 4) bytes.replace(bytes.size() / 2 - 1, 3, std::string("\0\n\0", 3));
     return bytes;
 }

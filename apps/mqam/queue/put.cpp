@@ -74,8 +74,8 @@ void ComposeDescriptor(const QueuePutOptions& options, Putting& putting) {
     md.PutApplType = spoolmq::kPlatformApplType;
 }
 
-// Returns why the queue does not take the message, with what to do; an empty string if it does. These are the checks of
-// MQPUT: what mqam puts has to be what a program could have put.
+// Returns why the message cannot be put and what to do, or an empty string if it can. All checks but the last
+// are those of MQPUT, so that mqam puts only what a program could have put.
 std::string FindObstacle(const QueuePutOptions& options, const std::string& message, Putting& putting) {
     const spoolmq::Status refreshed = RefreshQueue(*putting.queue);
     if (!refreshed.IsOk()) return refreshed.error;

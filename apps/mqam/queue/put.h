@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam queue put` puts messages from files, standard input or a generator.
+// Implements `mqam queue put`, which puts messages from files, standard input or a generator.
 #pragma once
 
 #include <cstdint>
@@ -13,17 +13,17 @@ struct QueuePutOptions {
     std::string spool;
     std::string queueManager;
     std::string queue;
-    std::vector<std::string>
-        files;                ///< "-" is standard input; if empty: standard input, unless it generates
-    bool lines = false;       ///< each line is a message
-    bool framed = false;      ///< each message follows its length, 4 bytes little-endian
-    bool generates = false;   ///< put generated messages, even if their number is 0
-    std::uint64_t count = 0;  ///< the number of generated messages
-    bool allowsEmpty = false; ///< put messages without bytes, too
+    /// "-" is standard input. If there are no files, standard input is read, unless messages are generated.
+    std::vector<std::string> files;
+    bool lines = false;        ///< each line is a message
+    bool framed = false;       ///< each message follows its length, 4 bytes little-endian
+    bool generates = false;    ///< put generated messages, even if their number is 0
+    std::uint64_t count = 0;   ///< the number of generated messages
+    bool allowsEmpty = false;  ///< put messages without bytes, too
     std::uint64_t seed = 1;
-    std::string sizes;  ///< "MIN-MAX" bytes, both in digits, checked; if empty, the length of an order
+    std::string sizes;  ///< "MIN-MAX" bytes, already checked; if empty, the lengths of orders
     unsigned binaryPercent = 0;
-    std::string recordPath;  ///< the file to which the messages put are appended, framed
+    std::string recordPath;  ///< the file to which each message is appended, framed, once it was put
     std::string format;      ///< MQMD format; if empty, the attributes of the queue describe the message
     std::int32_t ccsid = 0;
     bool quiet = false;

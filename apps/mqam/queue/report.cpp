@@ -36,7 +36,7 @@ void CloseAll(OpenedQueue& opened) {
     if (opened.connection != nullptr) DisconnectStore(std::move(opened.connection));
 }
 
-// Returns the bytes as one line, with a dot for each byte that cannot be printed.
+// Returns the beginning of the bytes as one line, with a dot for each control character.
 std::string Preview(const std::string& bytes) {
     std::string text = bytes.substr(0, kPreviewBytes);
     for (char& c : text) {
@@ -164,7 +164,7 @@ int ShowMessage(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
         cursor.stampNs = name.stampNs;
     } else if (platform::StatPath(queue.state->path + '/' + options.message, info) ==
                platform::FileStatus::kOk) {
-        // A copied-in file was put when it arrived.
+        // The stamp of a copied-in file is its change time.
         cursor.stampNs = info.changeTimeNs;
     }
     spoolmq::FoundMessage found;
@@ -204,7 +204,7 @@ int ShowQueue(const QueueShowOptions& options, spoolmq::StoreQueue& queue) {
     return FinishAnswer("mqam queue show");
 }
 
-// Writes the array of the queues of a queue manager.
+// Writes the queues of a queue manager as an array.
 void WriteQueues(JsonWriter& json, const std::string& spool, const std::string& queueManager) {
     const std::string path = spool + '/' + spoolmq::DirectoryOfObject(queueManager);
     static_cast<void>(spoolmq::RecoverDeadUnits(path, ""));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// `mqam queue list` and `mqam queue show` print the contents of the spool directory.
+// Implements `mqam queue list` and `mqam queue show`, which print the contents of the spool directory.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@ namespace mqam {
 
 struct QueueListOptions {
     std::string spool;
-    std::string queueManager;  ///< only this one; if empty, all are listed
-    bool json = false;         ///< one JSON object on one line
+    std::string queueManager;  ///< the one to list; if empty, all are listed
+    bool json = false;         ///< answer with one JSON object on one line
 };
 
 /// Lists the queue managers with their queues. Returns an ExitCode.
@@ -23,7 +23,7 @@ struct QueueShowOptions {
     std::string queue;
     std::string message;       ///< file name of one message; if empty, the queue is shown
     bool body = false;         ///< write only the bytes of the message
-    bool json = false;         ///< one JSON object on one line
+    bool json = false;         ///< answer with one JSON object on one line
     std::uint64_t limit = 20;  ///< how many messages are listed
 };
 
