@@ -25,6 +25,7 @@ struct CrashClass {
     int smokePoints;                  ///< points of each series in the short run
     int fileKibibytesMax = 0;         ///< limit on the size of a file in the killed load; 0 = none
     const char* touches = "";         ///< part of a file's name; some points must be at calls on that file
+    bool isPlainest = false;          ///< the command names no other file than the target
 };
 
 [[nodiscard]] const std::vector<CrashClass>& CrashClasses();

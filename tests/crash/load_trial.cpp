@@ -96,8 +96,14 @@ std::string CompareRecords(const CrashClass& crashClass, const std::vector<std::
 std::string CompareFiles(const CrashClass& crashClass, const std::string& folder) {
     const bool isFile = crashClass.target == TargetKind::kFile;
     std::set<std::string> expected = {"spool", isFile ? "out" : "db"};
-    if (isFile) expected.insert("restart");
+    if (isFile) expected.insert(crashClass.isPlainest ? "out.load" : "restart");
     std::string wrong;
+    if (isFile && crashClass.isPlainest) {
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder + "/load/out.load")) {
+            if (entry.path().filename() != "restart") wrong += entry.path().string() + " is left; ";
+        }
+        if (!fs::exists(folder + "/load/out.load/restart")) wrong += "out.load/restart is missing; ";
+    }
     for (const fs::directory_entry& entry : fs::directory_iterator(folder + "/load")) {
         const std::string name = entry.path().filename();
         if (expected.erase(name) == 0) wrong += name + " is left; ";
@@ -154,15 +160,15 @@ ProgramOrder ComposeLoad(const CrashClass& crashClass, const std::string& folder
                        "--rwait",
                        "1",
                        "--quiet",
-                       "--ckfile",
-                       load + "/ck",
                        "--checkpoint-every",
                        std::to_string(checkpointEvery)};
     const auto add = [&order](const std::vector<std::string>& more) {
         order.arguments.insert(order.arguments.end(), more.begin(), more.end());
     };
+    if (!crashClass.isPlainest) add({"--ckfile", load + "/ck"});
     if (crashClass.target == TargetKind::kFile) {
-        add({"--to", load + "/out", "--format", "length", "--restart-file", load + "/restart"});
+        add({"--to", load + "/out", "--format", "length"});
+        if (!crashClass.isPlainest) add({"--restart-file", load + "/restart"});
     } else {
         add({"--to", "sqlite:" + load + "/db?table=t"});
     }

@@ -26,6 +26,7 @@ namespace fs = std::filesystem;
 constexpr int kLoadsAtOnce = 12;
 constexpr int kRunSecondsMax = 100;
 constexpr int kExitRestart = 9;
+constexpr int kExitNothingToDo = 11;
 // Under load, Wine sometimes does not start a program, or a program hangs at its exit. Such a point is run
 // again.
 constexpr int kTriesMax = 3;
@@ -110,7 +111,7 @@ class PointLoad {
         if (first.exitCode == kExitRestart) {
             const ProgramResult second = RunLoad("");
             if (second.exitCode == -1) return;
-            if (second.exitCode != 0) {
+            if (second.exitCode != 0 && second.exitCode != kExitNothingToDo) {
                 point.verdict = Verdict::kFailed;
                 point.wrong = told_;
                 return;

@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr int kExitFailed = 9;  // exit code of mqam: an attempt has failed and can be repeated
+constexpr int kExitNothingToDo = 11;  // exit code of mqam: the load was complete before the command
+constexpr int kExitFailed = 9;        // exit code of mqam: an attempt has failed and can be repeated
 
 PointOutcome Fail(PointOutcome outcome, const std::string& wrong) {
     outcome.verdict = PointVerdict::kFailed;
@@ -80,7 +81,8 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
     // After a failed call this is checked even if the load was done, because the load may have left a file.
     if (end.exitCode != 0 || callFailed) {
         const int code = RunProgramToEnd(load);
-        if (code != 0) return Fail(outcome, "the same command ended with " + std::to_string(code));
+        if (code != 0 && code != kExitNothingToDo)
+            return Fail(outcome, "the same command ended with " + std::to_string(code));
     }
     const std::string wrong = CheckLoaded(crashClass, folder);
     if (!wrong.empty()) return Fail(outcome, wrong);

@@ -71,7 +71,8 @@ TEST_F(PlainestLoad, KilledAnywhereTheSameCommandCompletesIt) {
     RunAll(sites_);
     for (std::size_t i = 0; i < sites_.size(); ++i) {
         EXPECT_EQ(sites_[i]->Result().exitCode, 9) << places[i] << sites_[i]->Error();
-        if (platform::kIsWindows) continue;
+        // Before anything is stored, nothing is left.
+        if (platform::kIsWindows || !fs::exists(sites_[i]->Target() + ".load")) continue;
         for (const auto& entry : fs::directory_iterator(sites_[i]->Target() + ".load")) {
             EXPECT_EQ(entry.status().permissions() & (fs::perms::group_all | fs::perms::others_all),
                       fs::perms::none)
@@ -158,6 +159,77 @@ TEST_F(PlainestLoad, AKeywordWithoutItsValueDoesNotSwallowTheExclusiveOpen) {
     site.Set("--init", "-QMGR QM1 -QNM Q1 -RWAIT 1");
     site.Run();
     EXPECT_TRUE(IsPlainlyDone(site));
+}
+
+// The queue or the queue manager does not exist, so there is nothing to load.
+TEST_F(PlainestLoad, ATypoLeavesTheTargetAsItWasAndTheNextCommandUndisturbed) {
+    const std::pair<const char*, const char*> typos[] = {{"--queue", "TYPO"}, {"--qmgr", "TYPO"}};
+    for (const auto& [option, value] : typos) {
+        LoadSite& fresh = AddPlain(std::string("fresh") + option, 3);
+        LoadSite& forced = AddPlain(std::string("forced") + option, 3);
+        std::ofstream(forced.Target(), std::ios::binary) << "precious\n";
+        fresh.Set(option, value);
+        forced.Set(option, value);
+        EXPECT_EQ(fresh.Run().exitCode, 2) << fresh.Error();
+        EXPECT_EQ(forced.Run({"--force"}).exitCode, 2) << forced.Error();
+        EXPECT_EQ(fresh.Files(), "");
+        EXPECT_EQ(forced.Files(), "out");
+        EXPECT_EQ(ReadFileIfAny(forced.Target()), "precious\n");
+        for (LoadSite* site : {&fresh, &forced})
+            site->Set(option, std::string(option) == "--queue" ? "Q1" : "QM1");
+        fresh.Start();
+        forced.Run({"--force"});
+        fresh.Wait();
+        EXPECT_TRUE(IsPlainlyDone(fresh));
+        EXPECT_TRUE(IsPlainlyDone(forced));
+    }
+}
+
+TEST_F(PlainestLoad, ForceKeepsTheOldTargetUntilThereIsAPosition) {
+    LoadSite& before = AddPlain("before", 5, "MQOPEN 1 kill after");
+    LoadSite& after = AddPlain("after", 5, "MQGET 1 kill before");
+    for (LoadSite* site : {&before, &after}) {
+        std::ofstream(site->Target(), std::ios::binary) << "precious\n";
+        EXPECT_EQ(site->Run({"--force"}).exitCode, 9) << site->Error();
+    }
+    EXPECT_EQ(ReadFileIfAny(before.Target()), "precious\n");
+    EXPECT_EQ(ReadFileIfAny(after.Target()), "");
+    before.PlanFaults("");
+    EXPECT_EQ(before.Run().exitCode, 1) << "without --force the old target is still in the way";
+    for (LoadSite* site : {&before, &after}) {
+        site->PlanFaults("");
+        site->Run({"--force"});
+        EXPECT_TRUE(IsPlainlyDone(*site));
+    }
+}
+
+TEST_F(PlainestLoad, AfterItIsCompleteThereIsNothingToDoAndThatIsNoSuccess) {
+    LoadSite& site = AddPlain("again", 3);
+    site.Run();
+    ASSERT_TRUE(IsPlainlyDone(site));
+    site.Put(2);
+    EXPECT_EQ(site.Run().exitCode, 11) << site.Error();
+    EXPECT_EQ(site.Depth(), 2);
+    EXPECT_TRUE(Contains(site.Error(), "  next      to load more into it, give --append; ")) << site.Error();
+}
+
+// Each night messages arrive, the load is killed somewhere, and the same command completes it.
+TEST_F(PlainestLoad, TenNightsWithACrashInEachLoseAndDoubleNothing) {
+    const char* const crashes[] = {
+        "MQGET 1 kill after",    "MQCMIT 3 kill before", "MQCMIT 3 kill after",  "MQGET 8 kill before",
+        "MQCLOSE 1 kill before", "MQDISC 1 kill after",  "MQCONNX 1 kill after", "MQOPEN 1 kill after",
+        "MQCMIT 7 kill before",  "MQCMIT 1 kill after",
+    };
+    LoadSite& site = AddPlain("nights", 0);
+    for (const char* crash : crashes) {
+        site.Put(7);
+        site.PlanFaults(crash);
+        EXPECT_EQ(site.Run({"--append", "--checkpoint-every", "3"}).exitCode, 9) << crash << site.Error();
+        site.PlanFaults("");
+        site.Run({"--append", "--checkpoint-every", "3"});
+        EXPECT_TRUE(IsPlainlyDone(site)) << crash;
+    }
+    EXPECT_EQ(site.Messages().size(), 70U);
 }
 
 #if !defined(_WIN32)

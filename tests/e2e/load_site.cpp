@@ -135,12 +135,12 @@ std::string LoadSite::Files() const {
     return all;
 }
 
-testing::AssertionResult LoadSite::IsDone() const {
+testing::AssertionResult LoadSite::IsDone(int exitCode) const {
     const auto fail = [this](const std::string& what) {
         return testing::AssertionFailure() << name_ << ": " << what << "\n"
                                            << result_.standardOutput << Error();
     };
-    if (result_.exitCode != 0) return fail("exit code " + std::to_string(result_.exitCode));
+    if (result_.exitCode != exitCode) return fail("exit code " + std::to_string(result_.exitCode));
     const std::string target = ReadFileIfAny(Target());
     if (target != Lines()) return fail("the target differs:\n" + target + "expected:\n" + Lines());
     if (Depth() != 0) return fail(std::to_string(Depth()) + " messages are left");

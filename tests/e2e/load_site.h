@@ -97,8 +97,8 @@ class LoadSite {
     [[nodiscard]] std::string Files() const;
 
     /// Checks that the load is done: every message is in the target exactly once and in order, none is on the
-    /// queue, no file is left but the target and the completion marker, and the exit code is 0.
-    [[nodiscard]] testing::AssertionResult IsDone() const;
+    /// queue, no file is left but the target and the completion marker, and the exit code is `exitCode`.
+    [[nodiscard]] testing::AssertionResult IsDone(int exitCode = 0) const;
 
     [[nodiscard]] std::map<std::string, std::string> Environment() const;
 

@@ -155,7 +155,7 @@ TEST_F(RestartPromise, G6_TheSameCommandAfterALoadThatIsDoneNeitherLoadsNorDestr
     site.Run();
     ASSERT_TRUE(site.IsDone());
     site.Run({"--force"});
-    EXPECT_TRUE(site.IsDone());
+    EXPECT_TRUE(site.IsDone(11));
     EXPECT_TRUE(Contains(site.Error(), "complete")) << site.Error();
 }
 

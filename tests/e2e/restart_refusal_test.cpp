@@ -16,6 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 using Arguments = LoadSite::Arguments;
 
+constexpr int kNothingToDo = 11;
+
 class RestartableLoadRefusal : public LoadSites {
   protected:
     // The lock of a killed worker remains as an empty file that locks no one out.
@@ -118,7 +120,7 @@ TEST_F(RestartableLoadRefusal, ValuesThatTheCommandLineDoesNotKnow) {
 TEST_F(RestartableLoadRefusal, HelpShowsTheOptionsAndNotThoseOfTheWorker) {
     const ProgramResult help = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* option : {"--restart-file FILE", "--restart auto|never|only", "--retry-for SECONDS",
+    for (const char* option : {"--restart-file FILE", "--restart never|auto|only", "--retry-for SECONDS",
                                "--checkpoint-seconds S", "sqlite:FILE?table=NAME", "\n  9  "})
         EXPECT_TRUE(Contains(help.standardOutput, option)) << option;
     EXPECT_FALSE(Contains(help.standardOutput, "--worker"));
@@ -154,7 +156,7 @@ TEST_F(RestartableLoadRefusal, RestartNeverAndOnlyInEveryState) {
     // Now all loads are complete: either command finds the completion marker.
     for (const char* policy : {"only", "never", "auto"}) {
         none.Run({"--restart", policy});
-        EXPECT_TRUE(none.IsDone());
+        EXPECT_TRUE(none.IsDone(kNothingToDo));
         EXPECT_TRUE(Contains(none.Error(), "this load is already complete, so nothing was loaded now"))
             << none.Error();
     }
@@ -386,19 +388,19 @@ TEST_F(RestartableLoadRefusal, TheSameCommandAgainTellsThatTheLoadIsCompleteAndD
     const std::string receipt = ReadFileIfAny(site.RestartFile());
     for (const Arguments& more : {Arguments{}, Arguments{"--force"}, Arguments{"--quiet"}}) {
         site.Run(more);
-        EXPECT_TRUE(site.IsDone());
+        EXPECT_TRUE(site.IsDone(kNothingToDo));
         EXPECT_EQ(
             site.Error(),
             "mqam load: this load is already complete, so nothing was loaded now: it began " +
                 site.Stored("begun") + " and put 4 records into " + site.Target() +
-                "\n  next      to load more into it, give --append; to load from scratch, move it away, or delete what is kept of the load (" +
+                "\n  next      to load more into it, give --append; to load from scratch, move it away, and leave what is kept of the load (" +
                 site.RestartFile() + ")\n");
         EXPECT_EQ(ReadFileIfAny(site.RestartFile()), receipt);
     }
     // Messages that arrived in the meantime stay on the queue until someone decides.
     site.Put(2);
     site.Run();
-    EXPECT_EQ(site.Result().exitCode, 0);
+    EXPECT_EQ(site.Result().exitCode, kNothingToDo);
     EXPECT_EQ(site.Depth(), 2);
     site.Run({"--append"});
     EXPECT_EQ(site.Result().exitCode, 0) << site.Error();
@@ -453,7 +455,7 @@ TEST_F(RestartableLoadRefusal, H24_ALoadThatIsFinishedIsCleanedUpByTheNextComman
     std::ofstream(site.Path("log")) << "messages";
     site.Run();
     EXPECT_TRUE(Contains(site.Error(), "this load is already complete")) << site.Error();
-    EXPECT_TRUE(site.IsDone());
+    EXPECT_TRUE(site.IsDone(kNothingToDo));
 }
 
 }  // namespace

@@ -82,11 +82,12 @@ class SqliteLoad : public testing::Test {
         return rows.size() == 1 ? rows.front() : "(" + std::to_string(rows.size()) + " rows)";
     }
 
-    static testing::AssertionResult IsDone(const LoadSite& site) {
+    static testing::AssertionResult IsDone(const LoadSite& site, int exitCode = 0) {
         const auto fail = [&site](const std::string& what) {
             return testing::AssertionFailure() << site.Name() << ": " << what << "\n" << site.Error();
         };
-        if (site.Result().exitCode != 0) return fail("exit code " + std::to_string(site.Result().exitCode));
+        if (site.Result().exitCode != exitCode)
+            return fail("exit code " + std::to_string(site.Result().exitCode));
         if (RowsOf(site) != site.Messages()) return fail("the rows differ");
         if (site.Depth() != 0) return fail("messages are left");
         if (site.Files() != "db") return fail("files: " + site.Files());
@@ -136,7 +137,7 @@ TEST_F(SqliteLoad, InOneGoEveryMessageIsARowAndTheStateIsAReceipt) {
     EXPECT_TRUE(Contains(site.Error(), "this load is already complete")) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "(row 'orders' of table mqam_restart in " + site.Path("db") + ")\n"))
         << site.Error();
-    EXPECT_TRUE(IsDone(site));
+    EXPECT_TRUE(IsDone(site, 11));
 }
 
 TEST_F(SqliteLoad, H2_T1_AKilledWorkerCostsNoMessageAndDoublesNone) {
@@ -249,6 +250,62 @@ TEST_F(SqliteLoad, T1_ATableThatSomebodyChangedIsRefusedUntilThatIsUndone) {
     RunAll(sites_);
     for (const auto& site : sites_)
         EXPECT_TRUE(IsDone(*site));
+}
+
+// A table may ask SQLite to drop or replace rows that break a constraint.
+TEST_F(SqliteLoad, NoRowIsDroppedWhateverTheTableAsksFor) {
+    LoadSite& ignore = Add("ignore", 0);
+    LoadSite& replace = Add("replace", 0);
+    for (LoadSite* site : {&ignore, &replace}) {
+        for (const char* message : {"a", "b", "a"})
+            site->Put(message);
+        Database(site->Path("db"))
+            .Run("CREATE TABLE orders (id INTEGER PRIMARY KEY, record BLOB UNIQUE ON CONFLICT " +
+                 site->Name() + ")");
+        EXPECT_EQ(site->Run().exitCode, 3) << site->Error();
+        EXPECT_TRUE(Contains(site->Error(), "a row cannot be inserted: UNIQUE constraint failed"))
+            << site->Error();
+    }
+}
+
+TEST_F(SqliteLoad, ATableWithATriggerOnInsertionsIsRefused) {
+    LoadSite& site = Add("trigger", 3);
+    Database database(site.Path("db"));
+    database.Run("CREATE TABLE orders (id INTEGER PRIMARY KEY, record BLOB)");
+    database.Run("CREATE TRIGGER drops BEFORE INSERT ON orders BEGIN SELECT RAISE(IGNORE); END");
+    ExpectRefusal(site, {}, "has a trigger that may act on an insertion");
+    database.Run("DROP TRIGGER drops");
+    site.Run();
+    EXPECT_TRUE(IsDone(site));
+}
+
+TEST_F(SqliteLoad, ATypoLeavesTheTableAsItWasAndNoDatabaseBehind) {
+    LoadSite& fresh = Add("fresh", 3);
+    fresh.Set("--queue", "TYPO");
+    EXPECT_EQ(fresh.Run().exitCode, 2) << fresh.Error();
+    EXPECT_FALSE(fs::exists(fresh.Path("db")));
+    LoadSite& forced = Add("forced", 2);
+    Database(forced.Path("db")).Run("CREATE TABLE orders (id INTEGER PRIMARY KEY, record BLOB)");
+    Database(forced.Path("db")).Run("INSERT INTO orders VALUES (1, 'precious')");
+    const std::string before = ReadFileIfAny(forced.Path("db"));
+    forced.Set("--queue", "TYPO");
+    EXPECT_EQ(forced.Run({"--force"}).exitCode, 2) << forced.Error();
+    EXPECT_TRUE(ReadFileIfAny(forced.Path("db")) == before);
+    for (LoadSite* site : {&fresh, &forced}) {
+        site->Set("--queue", "Q1");
+        EXPECT_EQ(site->Run({"--force"}).exitCode, 0) << site->Error();
+        EXPECT_EQ(RowsOf(*site), site->Messages());
+    }
+}
+
+TEST_F(SqliteLoad, ThePlainestCommandLeavesOnlyTheDatabase) {
+    LoadSite& site = Add("plainest", 10, "MQCMIT 5 kill after");
+    site.LeaveOut("--ckfile");
+    EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
+    EXPECT_TRUE(fs::exists(site.Path("db.orders.load") + "/checkpoint"));
+    site.PlanFaults("");
+    site.Run();
+    EXPECT_TRUE(IsDone(site));
 }
 
 TEST_F(SqliteLoad, WhatIsNoDatabaseOrNoTableOfThisKindIsRefused) {

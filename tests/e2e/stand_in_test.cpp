@@ -450,7 +450,7 @@ TEST_F(SpoolLoad, LockOfACompleteLoadThatDiedIsRemovedByTheSameCommand) {
     ASSERT_EQ(Load(load).exitCode, 0);
     std::ofstream(Path("mqam-checkpoint.lock")).flush();
     const ProgramResult again = Load(load);
-    EXPECT_EQ(again.exitCode, 0) << again.standardError;
+    EXPECT_EQ(again.exitCode, 11) << again.standardError;
     EXPECT_TRUE(Contains(again.standardError, "this load is already complete")) << again.standardError;
     EXPECT_FALSE(fs::exists(Path("mqam-checkpoint.lock")));
 }

@@ -19,6 +19,7 @@ enum ExitCode : int {
     kExitRestart = 9,
     /// Only `mqam checkpoint` uses this: the file is incomplete, damaged or cannot be repaired.
     kExitDamaged = 10,
+    kExitNothingToDo = 11,
 };
 
 }  // namespace mqam

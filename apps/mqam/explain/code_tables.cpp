@@ -105,6 +105,12 @@ constexpr ExitCodeRow kExitCodes[] = {
      "`mqam checkpoint verify FILE` shows what is intact and what is not; `mqam checkpoint export FILE --to OUT` "
      "saves the records that can be read.",
      false},
+    {kExitNothingToDo,
+     "nothing to do: this load was already complete, so nothing was loaded now; the queue may hold more",
+     "The same command was run after its load was complete, without `--append`. Messages that have arrived since stay on "
+     "the queue.",
+     "For a load that is repeated give `--append`, from the first run on. To load from scratch, move the target away.",
+     true},
 };
 
 }  // namespace

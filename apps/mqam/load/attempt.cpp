@@ -77,7 +77,10 @@ bool TakeCheckpoint(Attempt& attempt) {
     state.lastEnd = LastEnd::kNone;
     state.lastEndRecords = 0;
     if (!attempt.hasCheckpoint) ++state.attempts;
-    const Status stored = attempt.context.target.Store(state);
+    const bool begins = attempt.context.isNew && !attempt.hasCheckpoint;
+    const Status stored = begins ? attempt.context.target.Begin(state) : attempt.context.target.Store(state);
+    if (begins && stored.Code() == StatusCode::kRefused)
+        return RefuseAttempt(ResultOf(attempt), stored.Error());
     if (!stored.IsOk()) return EndByTarget(ResultOf(attempt), stored);
     ResultOf(attempt).state = state;
     attempt.hasCheckpoint = true;

@@ -147,7 +147,7 @@ bool ContinueWithoutLoss(AttemptContext& attempt, const CheckpointScan& scan,
 }
 
 // Decides how to start, reports the decision, and makes the repairs. Nothing is changed before the decision is
-// reported, and a new load is stored before anything is touched.
+// reported; the target of a new load is left alone.
 bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& stored,
                   RestartState& requested) {
     const std::string& path = requested.checkpointFile;
@@ -181,10 +181,13 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
         state.target = requested.target;
         state.logFile = requested.logFile;
     } else {
+        // Nothing is stored or changed before the queue is open and there is a position: an old target stays if there is
+        // no such queue.
+        const Status checked = attempt.target.CheckNew();
+        if (!checked.IsOk()) return FailToBegin(attempt, checked);
         requested.begun = UtcNow();
-        const Status begun = attempt.target.Begin(requested);
-        if (!begun.IsOk()) return FailToBegin(attempt, begun);
         state = requested;
+        attempt.isNew = true;
     }
     for (const Repair& repair : decision.repairs) {
         const std::string what = DescribeRepair(path, repair);
@@ -192,6 +195,7 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
         if (!made.IsOk()) return EndByFile(attempt.result, "could not " + what + ": " + made.Error());
         if (attempt.observer.repaired) attempt.observer.repaired(what);
     }
+    if (attempt.isNew) return true;
     const Status rolledBack = attempt.target.RollBackTo(state);
     return rolledBack.IsOk() || FailToBegin(attempt, rolledBack);
 }

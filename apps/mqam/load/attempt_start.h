@@ -36,12 +36,13 @@ struct AttemptContext {
     const LoadObserver& observer;
     AttemptResult result = {};
     StartupReport report = {};        ///< the module's parameters in effect
+    bool isNew = false;               ///< whether the load begins, so that its target has yet to be begun
     StartDecision decision = {};      ///< how to start; its repairs have been made
     std::string checkpointLock = {};  ///< the lock of the checkpoint file, held; empty if it was not acquired
 };
 
 /// Prepares the attempt. On success the module is ready for Open, the target is rolled back to the state in the result
-/// and ready for Puts. Returns false if the attempt is over: it was refused, it failed, or there is nothing to do; the
+/// and ready for Puts, or still as it was if the load is new. Returns false if the attempt is over: it was refused, it failed, or there is nothing to do; the
 /// result says which. In both cases the target's lock of attempts may be held.
 [[nodiscard]] bool PrepareAttempt(AttemptContext& attempt);
 

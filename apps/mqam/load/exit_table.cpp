@@ -14,7 +14,7 @@ using enum NextHint;
 
 constexpr AttemptEndRow kAttemptEnds[] = {
     {kLoadDone, kExitDone, kExitDone, kEndCommand, kNone},
-    {kNothingToDo, kExitDone, kExitDone, kEndCommand, kNone},
+    {kNothingToDo, kExitNothingToDo, kExitNothingToDo, kEndCommand, kNone},
     {kInputEnded, kWorkerInputEnded, kExitEndedEarly, kContinue, kNone},
     // The command continues until this has happened too many times in a row.
     {kNoProgress, kWorkerNoProgress, kExitEndedEarly, kContinue, kNone},

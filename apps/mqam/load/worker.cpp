@@ -48,7 +48,7 @@ std::string DescribeDone(const WorkerSettings& settings, const AttemptResult& re
 std::string DescribeCompletedLoad(const RestartState& state, const Target& target) {
     return "this load is already complete, so nothing was loaded now: it began " + state.begun + " and put " +
            FormatRecords(state.records) + " into " + state.target +
-           "\n  next      to load more into it, give --append; to load from scratch, move it away, or delete what is "
+           "\n  next      to load more into it, give --append; to load from scratch, move it away, and leave what is "
            "kept of the load (" +
            target.StateName() + ")\n";
 }

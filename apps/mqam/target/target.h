@@ -3,8 +3,8 @@
 // A target that a load can be restarted into: it keeps the restart state together with the records, so that the two
 // agree after a crash.
 //
-// The order of calls in an attempt, which holds the lock of attempts: LoadState; for a new load Begin; RollBackTo;
-// Puts, with a Store after some of them; at the end StoreEnd or Store. After a Put or Store that failed, no other of
+// The order of calls in an attempt, which holds the lock of attempts: LoadState; RollBackTo, or for a new load CheckNew
+// and, once the queue is open, Begin; Puts, with a Store after some of them; at the end StoreEnd or Store. After a Put or Store that failed, no other of
 // these calls may follow. All calls come from one thread.
 //
 // Errors: kRefused means that the target does not fit the load and someone has to decide; kTransient that the system
@@ -39,8 +39,13 @@ class Target {
     /// or cannot be read, and the user did not say that the load may add to it.
     [[nodiscard]] virtual bool IsOccupied() = 0;
 
-    /// Makes the first state of a load durable, before anything in the target is touched, and sets its targetLength.
-    /// Refuses an occupied target unless the user said to replace it.
+    /// Refuses a target that a new load cannot use: above all one that is occupied, unless the user said what to do with
+    /// it. It changes nothing.
+    virtual Status CheckNew() = 0;
+
+    /// Begins a load in the target. It sets the state's targetLength, makes the state durable, which has the first
+    /// position, and makes the target ready for records. What the target contained before is removed only after the
+    /// state is durable, or in the same instant. It refuses what CheckNew refuses.
     virtual Status Begin(RestartState& state) = 0;
 
     /// Removes what the state does not count and makes the target ready for records. Refuses a target that does not

@@ -29,7 +29,7 @@ TEST(CodeTables, ExitCodesFollowEachOtherWithoutAGap) {
         EXPECT_EQ(std::string(row.causes).back(), '.');
         EXPECT_EQ(std::string(row.action).back(), '.');
     }
-    EXPECT_EQ(expected, kExitDamaged + 1);
+    EXPECT_EQ(expected, kExitNothingToDo + 1);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ class EmptyTarget : public Target {
         return {};
     }
     [[nodiscard]] bool IsOccupied() override { return false; }
+    Status CheckNew() override { return {}; }
     Status Begin(RestartState& /*state*/) override { return {}; }
     Status RollBackTo(const RestartState& /*state*/) override { return {}; }
     Status ReadLastRecord(const RestartState& /*state*/, std::vector<char>& /*record*/) override {

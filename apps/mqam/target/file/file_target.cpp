@@ -57,9 +57,9 @@ bool FileTarget::IsOccupied() {
     return kind != platform::PathKind::kFile || bytes > 0;
 }
 
-Status FileTarget::Begin(RestartState& state) {
+// Refuses a file that a new load cannot use. `bytes` is its length, 0 if it is missing.
+Status FileTarget::CheckNewFile(std::uint64_t& bytes) const {
     const std::string& path = settings_.path;
-    std::uint64_t bytes = 0;
     const platform::PathKind kind = platform::ProbePath(path, bytes);
     if (kind == platform::PathKind::kUnknown) return FailExamining(path);
     if (kind == platform::PathKind::kOther) {
@@ -69,8 +69,21 @@ Status FileTarget::Begin(RestartState& state) {
     if (bytes > 0 && !settings_.append && !settings_.force) {
         return Status::Refused(path + " is not empty; give --force to replace it, or --append to add to it");
     }
+    return {};
+}
+
+Status FileTarget::CheckNew() {
+    std::uint64_t bytes = 0;
+    return CheckNewFile(bytes);
+}
+
+Status FileTarget::Begin(RestartState& state) {
+    std::uint64_t bytes = 0;
+    Status checked = CheckNewFile(bytes);
+    if (!checked.IsOk()) return checked;
     state.targetLength = settings_.append ? bytes : 0;
-    return ReplaceRestartFile(RestartFile(), state);
+    Status stored = ReplaceRestartFile(RestartFile(), state);
+    return stored.IsOk() ? RollBackTo(state) : stored;
 }
 
 // Refuses a file that was replaced or rewritten: it has other bytes where the last record should be.

@@ -27,6 +27,7 @@ class FileTarget : public Target {
 
     Status LoadState(std::optional<RestartState>& state) override;
     [[nodiscard]] bool IsOccupied() override;
+    Status CheckNew() override;
     Status Begin(RestartState& state) override;
     Status RollBackTo(const RestartState& state) override;
     Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
@@ -49,6 +50,7 @@ class FileTarget : public Target {
 
   private:
     [[nodiscard]] const std::string& RestartFile() const { return settings_.places.restartFile; }
+    Status CheckNewFile(std::uint64_t& bytes) const;
 
     FileTargetSettings settings_;
     std::unique_ptr<FileSink> sink_;

@@ -76,6 +76,7 @@ class SqliteTarget : public Target {
 
     Status LoadState(std::optional<RestartState>& state) override;
     [[nodiscard]] bool IsOccupied() override;
+    Status CheckNew() override;
     Status Begin(RestartState& state) override;
     Status RollBackTo(const RestartState& state) override;
     Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
@@ -102,7 +103,9 @@ class SqliteTarget : public Target {
     Status FetchLastRow();
     Status FetchState(std::optional<RestartState>& state);
     Status Commit() { return Run("COMMIT", "the records cannot be committed"); }
+    Status FindTable(bool& exists);
     Status FindRows(bool& hasRows);
+    Status RefuseTriggers();
     Status WriteState(const RestartState& state);
     [[nodiscard]] std::string Table() const { return "\"" + settings_.name.table + "\""; }
     [[nodiscard]] std::string UnreadableTable() const {
@@ -194,7 +197,7 @@ Status SqliteTarget::FetchLastRow() {
 }
 
 Status SqliteTarget::PrepareInsertion() {
-    Status status = Prepare("INSERT INTO " + Table() + " (id, record) VALUES (?, ?)", insertion_,
+    Status status = Prepare("INSERT OR ABORT INTO " + Table() + " (id, record) VALUES (?, ?)", insertion_,
                             "records cannot be put into table " + settings_.name.table);
     if (status.IsOk() || sqlite3_errcode(database_.get()) != SQLITE_ERROR) return status;
     return Status::Refused(status.Error() + "; the columns id and record are needed: name another table");
@@ -241,29 +244,64 @@ bool SqliteTarget::IsOccupied() {
     return !FindRows(hasRows).IsOk() || hasRows;
 }
 
-Status SqliteTarget::FindRows(bool& hasRows) {
+Status SqliteTarget::FindTable(bool& exists) {
     std::uint64_t found = 0;
-    hasRows = false;
     Status status = Open();
     if (status.IsOk()) {
         status = FetchNumber("SELECT count(*) FROM sqlite_master WHERE name = '" + key_ + "' COLLATE NOCASE",
                              found, UnreadableTable());
     }
-    if (!status.IsOk() || found == 0) return status;
+    exists = status.IsOk() && found != 0;
+    return status;
+}
+
+Status SqliteTarget::FindRows(bool& hasRows) {
+    std::uint64_t found = 0;
+    bool exists = false;
+    hasRows = false;
+    Status status = FindTable(exists);
+    if (!exists) return status;
     status = FetchNumber("SELECT EXISTS (SELECT 1 FROM " + Table() + ")", found, UnreadableTable());
     hasRows = status.IsOk() && found != 0;
     return status;
 }
 
-Status SqliteTarget::Begin(RestartState& state) {
-    Status status = Open();
+// A trigger could drop or change a row that is inserted, and the insertion would succeed all the same. What a trigger
+// does is known only as text, so each one that mentions an insertion is refused.
+Status SqliteTarget::RefuseTriggers() {
+    std::uint64_t found = 0;
+    Status status = FetchNumber("SELECT count(*) FROM sqlite_master WHERE type = 'trigger' AND tbl_name = '" +
+                                    key_ + "' COLLATE NOCASE AND sql LIKE '%insert%'",
+                                found, UnreadableTable());
+    if (!status.IsOk() || found == 0) return status;
+    return Status::Refused(
+        "table " + settings_.name.table + " of " + settings_.name.file +
+        " has a trigger that may act on an insertion, so records could be lost in it: drop the "
+        "trigger, or name another table");
+}
+
+Status SqliteTarget::CheckNew() {
+    // A new load creates the database only when it begins.
+    if (platform::ProbePath(settings_.name.file) == platform::PathKind::kMissing) return {};
+    bool exists = false;
     bool hasRows = false;
-    if (status.IsOk() && !settings_.append && !settings_.force) status = FindRows(hasRows);
+    Status status = FindTable(exists);
+    if (!exists) return status;
+    if (!settings_.append && !settings_.force) status = FindRows(hasRows);
     if (!status.IsOk()) return status;
     if (hasRows) {
         return Status::Refused("table " + settings_.name.table + " of " + settings_.name.file +
                                " has rows; give --force to replace them, or --append to add to them");
     }
+    status = PrepareInsertion();
+    insertion_.reset();
+    return status.IsOk() ? RefuseTriggers() : status;
+}
+
+Status SqliteTarget::Begin(RestartState& state) {
+    Status status = CheckNew();
+    if (status.IsOk()) status = Open();
+    if (!status.IsOk()) return status;
     constexpr const char* kCannotCreate = "a table cannot be created";
     status =
         RunAll({{"BEGIN IMMEDIATE", "it cannot be written"},
@@ -315,6 +353,7 @@ Status SqliteTarget::RollBackTo(const RestartState& state) {
     }
     std::vector<char> last;
     if (state.lastRecordLength != 0) status = ReadLastRecord(state, last);
+    if (status.IsOk()) status = RefuseTriggers();
     return status.IsOk() ? PrepareInsertion() : status;
 }
 
@@ -328,9 +367,16 @@ Status SqliteTarget::Put(const char* record, std::size_t length) {
     const bool isBound =
         sqlite3_bind_int64(insertion, 1, static_cast<sqlite3_int64>(rows_ + 1)) == SQLITE_OK &&
         sqlite3_bind_blob64(insertion, 2, record, length, SQLITE_STATIC) == SQLITE_OK;
+    const sqlite3_int64 changesBefore = sqlite3_total_changes64(database_.get());
     const bool isInserted = isBound && sqlite3_step(insertion) == SQLITE_DONE;
     if (!isBound || sqlite3_reset(insertion) != SQLITE_OK || !isInserted)
         return Fail("a row cannot be inserted");
+    if (sqlite3_total_changes64(database_.get()) - changesBefore != 1) {
+        return Status::Refused(
+            settings_.name.file + ": an insertion into table " + settings_.name.table +
+            " did not add exactly one row: something in the table drops or changes rows; name "
+            "another table");
+    }
     ++rows_;
     return {};
 }
