@@ -14,7 +14,7 @@ namespace platform {
 
 enum class LockResult {
     kAcquired,
-    kHeld,      ///< by another process, or by this one
+    kHeld,      ///< another process, or this one, holds the lock
     kNotEmpty,  ///< the file has contents: it is not a lock file, and is left alone
     kDenied,    ///< Windows denies access, as it does for a moment while a lock file is being deleted
     kNotFound,  ///< the directory of the file does not exist

@@ -210,7 +210,7 @@ ReturnCode CheckChannel(const KeywordRow& row, const Position& at) {
 }
 
 // The token after the level is always the path, even if it looks like a keyword. If the level is out of
-// range, the path is stored all the same.
+// range, the path is nevertheless stored.
 ReturnCode CheckTrace(const KeywordRow& row, const Position& at) {
     constexpr int kMaxLevel = 4;
     const char* levelText = Value(at);

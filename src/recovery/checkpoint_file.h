@@ -20,9 +20,9 @@ namespace mqamod {
 /// Opens the file of the CKFILE setting. A file that exists is opened for recovery and keeps its contents,
 /// unless ReleaseCkPtFile has run in this process. Then, and if no file exists, an empty file is created.
 /// Clears the last-record buffer. Does nothing without checkpointing. Returns pmrcOK; or pmrcFailure, with an
-/// error text, when the file cannot be looked for or opened, when there is no last-record buffer because Init
-/// failed, or, with checkpoints by MQ, when a new file has no room for one record: the last-record buffer is
-/// then freed.
+/// error text, if the file cannot be looked for or opened, if there is no last-record buffer because Init
+/// failed, or, with checkpoints by MQ, if a new file has no room for one record. In the last case the
+/// last-record buffer is freed.
 [[nodiscard]] ReturnCode OpenCkPtFile();
 
 /// Makes a message safe before it is committed: it becomes the last record, is appended to the file at the

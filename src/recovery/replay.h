@@ -31,8 +31,8 @@ void EndReplay();
 /// Reads the next record of the replay. CkPtOffset becomes its position.
 ///   buffer  out  at least BKSZ bytes, receives the record; after a failure it may contain part of one
 ///   length  out  bytes of the record, unchanged if there is none
-/// Fails when no file is open, when the file cannot be read, when it ends within a record and when a record
-/// length is above BKSZ. The stream is then after the bytes that were read.
+/// Fails if no file is open, if the file cannot be read or ends within a record, or if a record length is
+/// above BKSZ. The stream is then after the bytes that were read.
 [[nodiscard]] ReplayRead ReadFromChkPt(void* buffer, std::uint32_t& length);
 
 }  // namespace mqamod

@@ -16,8 +16,8 @@
 namespace mqam {
 
 struct StartupReport {
-    /// The report as it was printed, for the user: who the module is, then name and value of each parameter.
-    /// The value is empty if a line has none.
+    /// The report as it was printed, for the user: the identification of the module, then the name and value
+    /// of each parameter. The value is empty if a line has none.
     std::vector<std::string> identification;
     std::vector<std::pair<std::string, std::string>> parameters;
 

@@ -36,8 +36,8 @@ bool ReadFrame(OpenJournal& journal) {
 // Describes the frames from the beginning of the journal that are intact and follow one another.
 struct Chain {
     std::uint64_t journalBytes = sizeof(JournalHeader);
-    std::uint64_t pieceBytes = 0;    // of the checkpoint file in all frames
-    std::uint64_t contentBytes = 0;  // of the checkpoint file in complete commits
+    std::uint64_t pieceBytes = 0;    // bytes of the checkpoint file in all frames
+    std::uint64_t contentBytes = 0;  // bytes of the checkpoint file in complete commits
     std::uint64_t commit = 0;        // the number of the last frame's commit
     bool isCommitComplete = true;
 };

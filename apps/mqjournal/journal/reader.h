@@ -19,7 +19,7 @@ struct JournalScan {
     JournalShape shape = JournalShape::kMissing;
     /// The bytes of the checkpoint file that complete commits have saved; 0 if nothing was committed.
     std::uint64_t contentBytes = 0;
-    std::string error;  ///< with kUnreadable and kDamaged, a sentence that names the journal
+    std::string error;  ///< a sentence that names the journal, with kUnreadable and kDamaged
 };
 
 /// Scans the journal of a checkpoint file.

@@ -27,7 +27,7 @@ struct MessageEntry {
 };
 
 struct Listing {
-    std::vector<MessageEntry> entries;  ///< in order of arrival
+    std::vector<MessageEntry> entries;  ///< the messages in order of arrival
     std::size_t first = 0;              ///< all entries before this index are gone
     bool isLoaded = false;
     bool isPartial = false;  ///< files were left out that will soon be messages

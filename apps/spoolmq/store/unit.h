@@ -52,7 +52,7 @@ struct Unit {
     platform::LockHandle processLock = platform::kNoLock;
     bool sync = false;                ///< commits are forced to the disk
     bool isRollbackOnly = false;      ///< the unit can only be backed out; a back-out resets this
-    std::vector<UnitMember> members;  ///< in the stages got and put
+    std::vector<UnitMember> members;  ///< the messages in the stages got and put
     std::unordered_set<std::string> createdDirectories;
 };
 
