@@ -72,7 +72,7 @@ std::vector<std::string> NamesThatBeginWith(const std::string& start, const std:
 
 // Returns the first part of an option's description: what it is, without limits and defaults.
 std::string BriefOf(const CLI::Option& option) {
-    const std::string description = option.get_description();
+    const std::string& description = option.get_description();
     return description.substr(
         0, std::min({description.find(". "), description.find(';'), description.find(", ")}));
 }
@@ -293,7 +293,7 @@ const CLI::App* FindCommand(const CLI::App& program, const std::vector<std::stri
 std::string DescribeParseError(const CLI::ParseError& error) {
     constexpr char kExcludes[] = " excludes ";
     constexpr char kRequires[] = " requires ";
-    const std::string text = error.what();
+    std::string text = error.what();
     if (error.get_name() == "ExcludesError" && text.find(kExcludes) != std::string::npos) {
         const auto [one, other] = SplitAt(text, kExcludes);
         return one + " and " + other + " exclude each other; use one of them";

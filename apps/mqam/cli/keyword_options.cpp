@@ -307,7 +307,7 @@ Status ComposeInitString(const ModuleOptions& options, std::string& initString) 
         } else if (line != nullptr) {
             given.push_back({row.keyword, parameterPath, line->values});
         } else {
-            const Status added = AddFromEnvironment(row, given);
+            Status added = AddFromEnvironment(row, given);
             if (!added.IsOk()) return added;
         }
     }

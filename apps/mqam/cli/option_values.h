@@ -4,7 +4,7 @@
 // a word is checked here, so that all of them understand the same and refuse in the same way.
 #pragma once
 
-#include <CLI/Validators.hpp>
+#include <CLI/App.hpp>
 #include <cstdint>
 #include <span>
 #include <string>

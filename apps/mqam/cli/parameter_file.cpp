@@ -103,7 +103,7 @@ Status ReadParameterFile(const std::string& path, ParameterFile& file) {
     std::istringstream lines(content);
     int number = 0;
     for (std::string line; std::getline(lines, line);) {
-        const Status taken = ReadLine(path, line, {++number, "", {}}, read);
+        Status taken = ReadLine(path, line, {++number, "", {}}, read);
         if (!taken.IsOk()) return taken;
     }
     file = std::move(read);
