@@ -120,7 +120,7 @@ TEST_F(RestartableLoadRefusal, ValuesThatTheCommandLineDoesNotKnow) {
 TEST_F(RestartableLoadRefusal, HelpShowsTheOptionsAndNotThoseOfTheWorker) {
     const ProgramResult help = RunProgram(MQAM_PROGRAM, {"load", "--help"}, folder_.Root());
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* option : {"--restart-file FILE", "--restart never|auto|only", "--retry-for SECONDS",
+    for (const char* option : {"--restart-file FILE", "--restart auto|never|only", "--retry-for SECONDS",
                                "--checkpoint-seconds S", "sqlite:FILE?table=NAME", "\n  9  "})
         EXPECT_TRUE(Contains(help.standardOutput, option)) << option;
     EXPECT_FALSE(Contains(help.standardOutput, "--worker"));
