@@ -156,7 +156,7 @@ TEST_F(CheckpointAppend, AHeaderLostByAnUnnoticedFailureFailsTheNextRecord) {
     PassOver();
     // The flush of all streams that writes the header fails unnoticed.
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 3, .error = ENOSPC});
-    // The reason is that of the failed flush, whatever has happened since.
+    // The reason reported is that of the failed flush, although errno has changed since.
     mq.onGet.push_back({.bytes = "second", .effect = [] { errno = EAGAIN; }});
     const ReadOutcome read = Read();
     EXPECT_EQ(faults->Struck(), 1);
@@ -318,8 +318,8 @@ TEST_F(CheckpointAppend, AnotherInitWithoutTheKeywordEndsTheSaving) {
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
 }
 
-// A C stream must be positioned between a read and a write. Without that some C libraries put the record into the buffer
-// that was read ahead, and no call reports that it never reaches the file.
+// A C stream must be positioned between a read and a write. Otherwise some C libraries put the record into
+// the buffer that was read ahead, and no call reports that it never reaches the file.
 TEST_F(CheckpointAppend, AfterARefusedPositionTheRecordIsInTheFileWhenItIsCommitted) {
     BeginWithCheckpoint();
     Deliver({"second"});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests whether Close keeps or deletes the checkpoint file, and which part of that survives Close, Shut and
-// Init.
+// Tests whether Close keeps or deletes the checkpoint file, and whether Close, Shut and Init reset what makes
+// it do so.
 #include <cerrno>
 #include <cstring>
 

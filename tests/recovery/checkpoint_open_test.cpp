@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests what Open does with the checkpoint file: it creates it, keeps it for recovery or empties it. Also
-// tests which failures end the request.
+// Tests whether Open creates the checkpoint file, keeps it for recovery or empties it, and which failures end
+// the request.
 #include <cerrno>
 #include <cstring>
 
@@ -247,7 +247,7 @@ TEST_F(CheckpointOpen, AfterAnInitThatFailedThereIsNoRoomForTheLastRecord) {
     const ExpectedError error(kOpenCkPtFile, "memory allocation failed");
     EXPECT_TRUE(FailsWith(Open(), error));
     EXPECT_THAT(CallsOn(kCkFile), ElementsAre());
-    // All other requests must work without the buffer.
+    // All later requests must return although there is no record buffer.
     EXPECT_EQ(GetPos().returnCode, pmrcOK);
     EXPECT_EQ(Read().returnCode, pmrcFailure);
     EXPECT_EQ(SetPos({1, 0, 0}).returnCode, pmrcFailure);

@@ -107,8 +107,8 @@ TEST_F(CheckpointTake, WithoutATraceTheCheckpointIsStillFlushedByTheTraceStateme
     EXPECT_EQ(atGet, CkBytes(1, {"first"}));
 }
 
-// The last flush before the queue is read belongs to the trace line "committed". If it fails, no message may
-// follow.
+// The last flush before the queue is read is the one for the trace line "committed". If it loses the
+// checkpoint's record, the next message must be backed out, not saved after the gap.
 TEST_F(CheckpointTake, ARecordThatTheLastTraceStatementCouldNotFlushIsNotFollowedByAMessage) {
     BeginWithPosition();
     faults->Add({.call = FileCall::FlushAll, .file = kCkFile, .nth = 3, .error = ENOSPC});
@@ -376,7 +376,7 @@ TEST_F(CheckpointTake, WithoutItsFileEachLaterMessageGoesBackToTheQueue) {
     PassOver();
     mq.PutMessage("second");
     const ReadOutcome read = Read();
-    // If there is no stream, there is no reason either.
+    // Without a stream no call was made that could have set a reason.
     EXPECT_TRUE(FailsWith(read, ExpectedError("PIDMMain", "checkpoint").Calling("fgetpos")));
     EXPECT_EQ(read.recordLength, 0U);
     EXPECT_EQ(mq.Sequence(), "GET BACK");

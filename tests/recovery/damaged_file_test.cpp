@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests SetPos, Read and a checkpoint during the replay on a checkpoint file with each bit damaged and cut at
-// each byte. Records are returned as the bytes say, an impossible length is refused, and a rewrite that fails
-// does not change the file. The format has no checksum, so a damaged bit inside a record is not noticed.
+// Damages each bit of a checkpoint file, or cuts the file at each byte, and tests SetPos, Read and a
+// checkpoint during the replay. Records are returned as the bytes say, an impossible length is refused, and a
+// rewrite that fails does not change the file. The format has no checksum, so a damaged bit inside a record
+// is not noticed.
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -20,7 +21,8 @@ constexpr std::size_t kBitStep = std::filesystem::path::preferred_separator == '
 
 enum class Ends { AtTheEnd, WithABadLength, InARecord };
 
-// A walk through the records from an offset on, guided by the layout alone: what it finds, and how it ends.
+// What a walk through the records from an offset on finds, and how it ends. It relies only on the layout of
+// the file.
 struct Walk {
     Lines records;
     Ends ends = Ends::AtTheEnd;
@@ -71,7 +73,8 @@ class DamagedFile : public RecoveryFixture {
             .Processing("Checkpoint", "Undefined");
     }
 
-    /// Expects the records, and then the queue or the error.
+    /// Checks that the next Reads return the records of the walk, and that the Read after them gets a message
+    /// from the queue or, if the walk ends at damage, the error for it.
     void ExpectReplay(const Walk& walk) {
         for (const std::string& record : walk.records)
             EXPECT_TRUE(Gives(Read(), record));
@@ -83,7 +86,8 @@ class DamagedFile : public RecoveryFixture {
         EXPECT_EQ(mq.Sequence(), "");
     }
 
-    /// Expects the first record, and carries a checkpoint out after it.
+    /// Reads the first record and has a checkpoint carried out after it. Checks that the file is rewritten,
+    /// or is unchanged if the rest of it is damaged.
     void ExpectRewrite(const std::string& bytes) {
         BeginWith(bytes);
         ASSERT_TRUE(Succeeds(SetPos({kSequence, 1, 0})));

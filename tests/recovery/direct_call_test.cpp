@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Tests what no host can reach through the entry point: a log record without bytes, and checkpoints by MQ,
-// which no keyword switches on. The tests call the routines in the same way as the requests would.
+// which no keyword switches on. The tests call the routines that the requests would call.
 #include <cstring>
 
 #include "diag/error_text.h"
@@ -47,7 +47,7 @@ class DirectCall : public testing::Test {
         FreeRecordBuffer();
         FreeErrorText();
     }
-    /// Sets the module up for checkpoints by MQ, with a file of that name.
+    /// Sets the module up for checkpoints by MQ, with the checkpoint file `path`.
     void CheckpointByMq(const char* path) {
         writableSettings.MqCheckpointMode = true;
         std::strcpy(writableSettings.checkpointPath, path);

@@ -25,7 +25,7 @@ class MessageLogOpen : public RecoveryFixture {
                              "MQA0141: <Log file (log.dat) open failed. Reason '" + reason + "'>")
             .Calling(" ");
     }
-    /// Checks that no log is open. Only Close shows that from outside.
+    /// Checks that no log is open. The host can see this only from what Close does.
     void ExpectNoLogIsOpen() {
         PassOver();
         EXPECT_EQ(Close().returnCode, pmrcOK);

@@ -51,13 +51,13 @@ class RecoveryFixture : public ModuleFixture {
     /// its files.
     void StartNewProcess();
 
-    /// Sends Init and Open with these keywords and a trace of that level, and skips their trace lines, file
-    /// calls and MQ calls.
+    /// Sends Init and Open with `keywords` and a trace of `traceLevel`, and skips the trace lines, file calls
+    /// and MQ calls of both.
     void Begin(const std::string& keywords, int traceLevel = 4);
     /// Calls Begin with the checkpoint file ck.dat.
     void BeginCheckpointing(const std::string& keywords = "", int traceLevel = 4);
-    /// Writes ck.dat with these records, calls Begin, and sends SetPos with that sequence, so that the next
-    /// Read returns the first record.
+    /// Writes ck.dat with `sequence` and `records`, opens it, and sends SetPos with that sequence, so that
+    /// the next Read returns the first record.
     void BeginReplay(std::int32_t sequence, const std::vector<std::string>& records,
                      const std::string& keywords = "");
 
@@ -65,7 +65,8 @@ class RecoveryFixture : public ModuleFixture {
     void Deliver(const std::vector<std::string>& records);
     /// Sends GetPos, expects it to return a position and returns that position.
     PositionData TakePosition();
-    /// Takes a position and has its checkpoint carried out by a second GetPos. Nothing is read in between.
+    /// Sends GetPos twice without a Read in between, so that the second one carries the checkpoint out.
+    /// Returns the position from the first.
     PositionData TakeCheckpoint();
     /// Skips the trace lines, file calls and MQ calls made so far.
     void PassOver();
@@ -73,7 +74,7 @@ class RecoveryFixture : public ModuleFixture {
     void PreserveRestartInfo(const std::string& yesOrNo);
     /// Makes the deletion of the file at Close fail.
     void FailDeletion(const std::string& path, int error);
-    /// Returns how many calls deleted the file at Close, which is 0 or 1.
+    /// Returns how many calls to delete the file, as Close makes them, were recorded.
     [[nodiscard]] std::size_t Deletions(const std::string& path) const;
     /// Returns the recorded calls on the file.
     [[nodiscard]] Lines CallsOn(const std::string& path) const;

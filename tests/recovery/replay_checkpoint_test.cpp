@@ -20,8 +20,8 @@ const Lines kNotCommitted = {Error("DoGetPos", "Checkpoint (GetPos) NOT committe
 
 class ReplayCheckpoint : public RecoveryFixture {
   protected:
-    /// Begins a replay of sequence 3 with the records a, bb, ccc and dddd, reads a and bb, and takes a
-    /// position.
+    /// Begins a replay of sequence 3 with the records a, bb, ccc and dddd, reads a and bb, and sends GetPos,
+    /// so that a checkpoint is pending.
     void BeginInTheMiddle() {
         BeginReplay(3, {"a", "bb", "ccc", "dddd"});
         EXPECT_TRUE(Gives(Read(), "a"));
@@ -39,8 +39,8 @@ class ReplayCheckpoint : public RecoveryFixture {
         return {kResetCkptFile,
                 "MQA0" + std::to_string(number) + ": <" + text + " Reason '" + std::strerror(error) + "'>"};
     }
-    /// Expects the Read that takes the checkpoint to fail with the error. `counts` is the trace line with the
-    /// bytes.
+    /// Checks that the Read that takes the checkpoint fails with the error. `counts` is the text of the trace
+    /// line about bytes read or written, if there is one.
     void ExpectRewriteFails(const ExpectedError& error, const std::string& counts = "") {
         mq.PutMessage("from the queue");
         const ReadOutcome read = Read();

@@ -199,10 +199,10 @@ TEST_F(Replay, AnExpiredTimeOutTakesEffectAfterTheRecordsOfTheFile) {
     EXPECT_EQ(mq.Sequence(), "");
 }
 
-// Says what a file that is cut at a byte must yield, derived from the format alone.
+// What Reads must return from a file that is cut at some byte, derived only from the format.
 struct Remains {
     std::vector<std::string> records;
-    std::int64_t bodyBytes = -1;  ///< bytes that are left of a record that was cut; -1 if none was
+    std::int64_t bodyBytes = -1;  ///< bytes that are left of the record that was cut; -1 if no record was
     std::int64_t bodyLength = 0;
 };
 

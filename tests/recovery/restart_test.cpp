@@ -38,13 +38,13 @@ Lines Begins(int length, const std::string& text) {
 
 class Restart : public RecoveryFixture {
   protected:
-    /// Sends Open while this checkpoint file exists, as after a failed run.
+    /// Sends Init and Open when a checkpoint file with these bytes exists, as after a failed run.
     void BeginWithFile(const std::string& bytes, const std::string& keywords = "") {
         WriteFile(kCkFile, bytes);
         BeginCheckpointing(keywords);
     }
-    /// Checks that the next Reads are served by the queue, with the syncpoint option that SetPos chooses
-    /// before it reads the file.
+    /// Checks that the next Reads get messages from the queue with the syncpoint option `sync`. The default
+    /// is the one that SetPos chooses before it reads the file.
     void ExpectTheQueueIsReadNext(MQLONG sync = MQGMO_SYNCPOINT) {
         PassOver();
         Deliver({"from the queue", "likewise"});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Does to the C library what tests need: sets the errors of streams, closes the streams of a process that
-// died, and ends a test program.
+// Sets the error indicators of streams, closes the streams of a process that died, and ends a test program.
+// Each C library needs its own code for this.
 #pragma once
 
 #include <cstdio>

@@ -50,8 +50,8 @@ std::uint32_t ExpectedError::Size() const {
     std::size_t size =
         Length(kModuleId) + Length(function_) + Length(severity_) + Length(kError) + Length(message_) + 11;
     if (failingCall_) size += Length(kFailingFunction) + Length(*failingCall_);
-    // The size allows for the reason twice. The part that is not used counts towards the size that the host
-    // receives.
+    // The module reserves room for the reason twice, and the length that it reports to the host includes the
+    // unused room.
     if (activity_) size += 33 + Length(*activity_) + 10 + 2 * Length(reason_);
     return static_cast<std::uint32_t>(size);
 }

@@ -29,7 +29,7 @@ class ExpectedError {
     ExpectedError& Info();
 
     [[nodiscard]] std::string Text() const;
-    /// Returns the size allocated for the text, which the host receives.
+    /// Returns the length that the module reports to the host, which can be greater than that of the text.
     [[nodiscard]] std::uint32_t Size() const;
     /// Returns the lines of the trace file, without their stamp.
     [[nodiscard]] std::vector<std::string> TraceLines() const;

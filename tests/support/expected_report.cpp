@@ -10,7 +10,7 @@ namespace {
 constexpr char kNotice[] = "Free software under the Apache License 2.0, without warranty of any kind";
 constexpr int kBannerNumbers[] = {19080, 19081, 19083, 19084, 19085, 19086};
 
-/// A line that does not fit is omitted completely.
+/// Appends the line, or nothing if the whole line does not fit.
 void AppendIfRoom(std::string& text, const std::string& line) {
     if (text.size() + line.size() <= kReportTextCharacters) text += line;
 }

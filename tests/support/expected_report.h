@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The start-up report in both its forms, written out independently of the module: the identification banner,
-// the parameters in effect and the lines that requests leave, each text bounded as the module bounds it.
+// The start-up report as the console shows it and as the host's log receives it, written out independently of
+// the module. It consists of the identification banner, the parameters in effect and, on the console, the
+// lines that requests add.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// The size of a report text, not counting its NUL.
+/// The greatest length of a report text, not counting its NUL.
 inline constexpr std::size_t kReportTextCharacters = 8191;
 
 /// The delimiter of directories in a path on the system under test.
@@ -37,8 +38,8 @@ struct ExpectedParameters {
     std::string readWait = "MQ read wait interval: 15";
 
     [[nodiscard]] std::vector<std::string> Lines() const;
-    /// Returns the lines as the trace has them, without their stamps. The queue manager is not traced, and a
-    /// text that ends with a line end leaves an empty line.
+    /// Returns the lines as the trace has them, without their stamps. The queue manager is not traced. A
+    /// parameter line that itself ends with a line end is followed by an empty line.
     [[nodiscard]] std::vector<std::string> TraceLines() const;
 };
 

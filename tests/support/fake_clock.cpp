@@ -17,7 +17,7 @@ std::int64_t FakeTime(std::int64_t* result) {
     return now;
 }
 
-// Lists the ways in which a pause reaches the system.
+// The module may call any one of the following functions to pause, depending on the system.
 void FakeSleep(std::uint32_t milliseconds) {
     currentClock->pausesMs.push_back(milliseconds);
 }

@@ -35,15 +35,16 @@ enum class FileCall {
 };
 
 /// One failure. It strikes the nth call of its kind that concerns the file, counted from when it was added.
-/// FlushAll is a flush of all streams, which no one checks: the file's stream is in error afterwards. Print
-/// is formatted text: one call on Linux, the beginning of a line on Windows; it is not logged.
+/// FlushAll is a flush of all streams. The module does not check its result, so the failure shows only as an
+/// error of the file's stream. Print is the output of text: one call on Linux, the beginning of a line on
+/// Windows. Print and FlushAll are not logged.
 struct Fault {
     FileCall call;
     std::string file{};  ///< part of the path; empty for any; Command: part of the command; Allocate: unused
     int nth = 1;
     int error = EIO;              ///< what errno says afterwards
     std::size_t transferred = 0;  ///< Read, Write: bytes that were transferred before the failure
-    bool streamError = true;      ///< Read, Write, Flush: ferror is true afterwards
+    bool streamError = true;      ///< calls with a stream, except Close: ferror is true afterwards
     bool stays = false;           ///< strikes every later call as well
     std::size_t bytes = 0;        ///< Allocate: the size that fails
     bool carriedOut = false;      ///< Remove, Rename, Command, Close: done, but reported as failed
@@ -66,28 +67,28 @@ class FaultPlan {
     /// "remove ck.dat", "rename MQAMtmp.12 ck.dat", "command del ck.dat". Files are named as the module
     /// opened them.
     std::vector<std::string> log;
-    /// The plan calls this before it carries out a call that the log gets, or a flush of all streams ("flush
-    /// all", which the log does not get).
+    /// The plan calls this before each call that is logged, with the text of the log, and before a flush of
+    /// all streams, which is not logged, with "flush all".
     std::function<void(const std::string& call)> hook;
-    /// Returns the log without the files whose name contains the text.
+    /// Returns the entries of the log that do not contain the text.
     [[nodiscard]] std::vector<std::string> LogWithout(const std::string& text) const;
 
-    /// A call so far that a fault could have struck. `points` has them in order.
+    /// A call on a file, or a command, that a fault could have struck. `points` lists all of them in order.
     struct Point {
         FileCall call;
         std::string file;
     };
     std::vector<Point> points;
 
-    /// Ends the module's process: its streams are closed, and what they buffered never reaches the files.
+    /// Closes the module's streams as the death of its process does: what they buffer never reaches a file.
     void AbandonStreams();
 
-    /// The plan calls this when a fault strikes, before the module notices it; the call has been logged.
+    /// The plan calls this when a fault strikes, before the call returns to the module.
     std::function<void(FileCall call, const std::string& file)> onStrike;
 
-    /// Opens a file for the module's fopen; std::fopen does so if this is empty.
+    /// If set, opens the files for the module's fopen instead of std::fopen.
     std::function<std::FILE*(const char* path, const char* mode)> opener;
-    /// The module is flushing all streams.
+    /// True while the module flushes all streams.
     bool flushingAll = false;
 
     /// If set, what the module prints to standard output is dropped.

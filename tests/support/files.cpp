@@ -40,7 +40,7 @@ TemporaryDirectory::TemporaryDirectory() : before_(std::filesystem::current_path
     const std::string name =
         "mqamod_test_" + std::to_string(platform::CurrentProcessId()) + "_" + std::to_string(++made);
     path_ = std::filesystem::temp_directory_path() / name;
-    std::filesystem::remove_all(path_);  // An earlier process with this number may have left it.
+    std::filesystem::remove_all(path_);  // An earlier process with the same number may have left it.
     std::filesystem::create_directory(path_);
     std::filesystem::current_path(path_);
 }

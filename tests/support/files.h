@@ -11,12 +11,12 @@ std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& bytes);
 bool FileExists(const std::string& path);
 
-/// Returns a path that CMake wrote into the test as a program on the system under test must spell it: Wine shows '/' as
-/// drive Z.
+/// Converts a path that CMake compiled into the test into the form that the system under test needs: under
+/// Wine, '/' is drive Z.
 std::string PathOnSystem(const std::string& path);
 
-/// A fresh empty directory, which is the current one while the object lives. At the end it is removed with
-/// all that is in it.
+/// A new, empty directory, which is the current directory while the object lives. The destructor removes it
+/// with everything in it.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();

@@ -16,7 +16,8 @@ class FlushRecorder {
     FlushRecorder(const FlushRecorder&) = delete;
     FlushRecorder& operator=(const FlushRecorder&) = delete;
 
-    /// Returns the flushes in order, as "one all all": "all" had no stream named.
+    /// Returns the flushes in order, as "one all all". "one" is a flush of a single stream, "all" one of all
+    /// streams.
     [[nodiscard]] const std::string& Sequence() const { return sequence_; }
 
     // The replaced function calls this.

@@ -12,9 +12,9 @@ class HostLogDouble {
     HostLogDouble(const HostLogDouble&) = delete;
     HostLogDouble& operator=(const HostLogDouble&) = delete;
 
-    /// Returns the value of the attribute: the 8 bytes of the handle.
+    /// Returns the value of the attribute with which the host passes its log: the 8 bytes of the handle.
     [[nodiscard]] std::string HandleBytes() const;
-    /// These return a handle whose object has no function table, and one whose table has no log routine.
+    /// These remove the function table from the object, and the log routine from the table.
     void DropTable() { object_.table = nullptr; }
     void DropRoutine() { table_[39] = nullptr; }
 

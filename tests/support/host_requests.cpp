@@ -8,7 +8,8 @@
 
 namespace {
 
-/// A number of bytes at an odd address, exactly as long as requested.
+/// A copy of the bytes at an odd address. The allocation ends with it, so that a sanitizer sees every access
+/// beyond it.
 class OddBlock {
   public:
     explicit OddBlock(const std::string& bytes) : bytes_(bytes.size()), memory_(new char[bytes.size() + 1]) {
@@ -38,8 +39,8 @@ T Fetch(const std::string& block, std::size_t offset) {
     return value;
 }
 
-/// Reads the error text that the request block names. All the reported bytes must exist, with zeros after the
-/// text.
+/// Reads the error text that the request block points to. Checks that only zeros follow it within the length
+/// reported.
 void FetchErrorText(const std::string& request, Outcome& outcome) {
     outcome.errorTextLength = Fetch<std::uint32_t>(request, offsetof(RequestBlock, ErrorTextLength));
     outcome.errorTextAddress = Fetch<const char*>(request, offsetof(RequestBlock, ErrorText));

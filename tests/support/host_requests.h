@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Plays the host: builds the two blocks of a request byte for byte, calls PIDMMain and checks what holds for
-// every call. Each block is at an odd address and exactly as long as the fields of its option, so that a
-// sanitizer sees every access beyond them. Bytes that the module must not write are filled with 0xA5 and
-// checked.
+// Plays the host: builds the two blocks of a request byte for byte, calls PIDMMain and makes the checks that
+// apply to every call. Each block is at an odd address and exactly as long as the fields of its option, so
+// that a sanitizer sees every access beyond them. Bytes that the module must not write are filled with 0xA5
+// before the call and checked after it.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +39,7 @@ struct PositionOutcome : Outcome {
 
 class HostRequests {
   public:
-    /// Returns the bytes of the host's record buffer, which must be no smaller than BKSZ.
+    /// The size of the host's record buffer, which must be at least BKSZ.
     std::size_t recordBufferBytes = 1048576;
 
     void UseEntryPoint(PIDMMainFunction entryPoint) { entryPoint_ = entryPoint; }
@@ -66,7 +66,7 @@ class HostRequests {
     /// Sends a value of the bytes given and no more; the name field ends with its 255 bytes.
     Outcome PutAttributeBytes(const std::string& name, const std::string& bytes,
                               std::uint32_t option = pmiPIDMOptPutAttr);
-    /// Sends a request whose data block has no byte at all.
+    /// Sends a request whose data block is empty.
     Outcome Option(std::uint32_t option);
 
   private:

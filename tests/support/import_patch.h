@@ -9,7 +9,7 @@
 
 #include "platform/library.h"
 
-/// The address of a function as ImportPatch takes it.
+/// Returns the address of a function in the form that ImportPatch takes.
 template <typename Function>
 void* AddressOf(Function* function) {
     return reinterpret_cast<void*>(function);
@@ -24,10 +24,9 @@ class ImportPatch {
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
-    /// Returns false if the library imports the function under none of the names, so that nothing is
-    /// replaced.
+    /// Returns whether the library imports the function under one of the names. If not, nothing is replaced.
     [[nodiscard]] bool Found() const { return !slots_.empty(); }
-    /// Returns what the module would have called, or null if it was not found.
+    /// Returns the function that the library would have called, or null if it imports none of the names.
     [[nodiscard]] void* Original() const { return original_; }
 
   private:

@@ -7,9 +7,9 @@
 
 #include "platform/library.h"
 
-/// Returns the pointers through which one loaded library calls an imported function; none when it does not import
-/// it.
+/// Returns the pointers through which one loaded library calls an imported function. The result is empty if
+/// the library does not import that function.
 std::vector<void**> ImportSlots(platform::LibraryHandle library, const char* name);
 
-/// Stores a pointer into a slot of ImportSlots, which may lie in memory that is read-only.
+/// Stores a pointer in a slot that ImportSlots returned, even if the slot is in read-only memory.
 void WriteImportSlot(void** slot, void* value);

@@ -13,7 +13,8 @@
 
 namespace {
 
-/// glibc relocates the pointers of the dynamic section, but not every loader does.
+/// Returns where an address of the dynamic section is in memory. glibc has already added the library's base
+/// to it, but not every loader does.
 std::uintptr_t Relocated(const link_map& map, std::uintptr_t address) {
     return address < map.l_addr ? map.l_addr + address : address;
 }
@@ -27,7 +28,7 @@ struct DynamicTables {
     std::size_t dataBytes = 0;
 };
 
-/// The loader keeps addresses as numbers.
+/// Makes a pointer of an address, which the loader keeps as a number.
 template <typename T>
 T* PointerTo(std::uintptr_t address) {
     return reinterpret_cast<T*>(address);  // NOLINT(performance-no-int-to-ptr)
@@ -76,7 +77,8 @@ std::vector<void**> ImportSlots(platform::LibraryHandle library, const char* nam
 void WriteImportSlot(void** slot, void* value) {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     const auto start = reinterpret_cast<std::uintptr_t>(slot) / page * page;
-    // The pages contain only pointers and stay writable. Nothing but the test depends on their protection.
+    // The page contains no code, so it need not be executable. It stays writable, because nothing in a test
+    // depends on its protection.
     mprotect(PointerTo<void>(start), page, PROT_READ | PROT_WRITE);
     *slot = value;
 }

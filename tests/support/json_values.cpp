@@ -53,7 +53,7 @@ class Reader {
             if (!Take('"') || !ReadString(key) || !Take(':')) return false;
             const std::size_t before = values.size();
             if (!ReadValue(Below(path, key))) return false;
-            // A key that is there twice leaves the number of values unchanged.
+            // A repeated key leaves the number of values unchanged.
             if (values.size() == before) return false;
         } while (Take(','));
         return Take('}');
@@ -68,7 +68,7 @@ class Reader {
         return Take(']');
     }
 
-    // Reads what follows the opening quote.
+    // Reads the rest of a string whose opening quote has been read.
     bool ReadString(std::string& value) {
         while (at_ < text_.size()) {
             const char c = text_[at_++];
@@ -105,7 +105,7 @@ class Reader {
 };
 
 bool IsUtf8(const std::string& text) {
-    // std::regex cannot match bytes above 7F reliably, so the forms are compared by hand.
+    // std::regex cannot match bytes above 7F reliably, so the sequences are checked byte by byte.
     for (std::size_t i = 0; i < text.size();) {
         const auto lead = static_cast<unsigned char>(text[i++]);
         const int more = lead < 0x80                   ? 0

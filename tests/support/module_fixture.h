@@ -22,7 +22,7 @@ std::string MqDoubleWithoutMqbackPath();
 
 class ModuleFixture : public testing::Test, public HostRequests {
   protected:
-    /// Unloads the module after the members of every derived fixture, which may restore its imports, are gone.
+    /// Unloads the module. By then the members of derived fixtures, which may restore its imports, are gone.
     ~ModuleFixture() override;
     void SetUp() override;
     void TearDown() override;
@@ -42,7 +42,7 @@ class ModuleFixture : public testing::Test, public HostRequests {
 
     TemporaryDirectory directory;
     MqiDouble mq;
-    TraceReader trace;  ///< of trace.txt: see InitTraced
+    TraceReader trace;  ///< reads trace.txt, which InitTraced begins
     platform::LibraryHandle module = nullptr;
 
   private:

@@ -71,7 +71,7 @@ void Get(MQHCONN Hconn, MQHOBJ Hobj, MQPTR MsgDesc, MQPTR GetMsgOpts, MQLONG Buf
         currentDouble->onGet.empty() ? currentDouble->emptyQueue : currentDouble->onGet.front();
     const auto room = static_cast<std::size_t>(std::max(BufferLength, 0));
     const bool truncated = outcome.compCode == MQCC_OK && outcome.bytes.size() > room;
-    // As with a queue manager, a message that does not fit is shown in part and stays where it is.
+    // As with a queue manager, a message that does not fit is returned in part and stays on the queue.
     if (truncated) outcome.compCode = MQCC_WARNING, outcome.reason = MQRC_TRUNCATED_MSG_FAILED;
     if (!currentDouble->onGet.empty() && !truncated) currentDouble->onGet.pop_front();
 
@@ -124,7 +124,7 @@ void Close(MQHCONN Hconn, MQHOBJ* Hobj, MQLONG Options, MQLONG* CompCode, MQLONG
     call.connection = Hconn;
     call.object = *Hobj;
     call.options = Options;
-    // As a queue manager does, this makes the handle of a closed object unusable.
+    // The handle of a closed object becomes unusable, as with a queue manager.
     if (Answer(call, currentDouble->onClose, CompCode, Reason).compCode != MQCC_FAILED) *Hobj = kUnusable;
 }
 

@@ -23,7 +23,7 @@ struct MqCall {
     MQLONG options = -1;           ///< of MQOPEN and MQCLOSE
     std::string queueManager;      ///< MQCONNX: the 48 bytes of the name
     MQCNO connectOptions{};        ///< MQCONNX
-    bool hasChannel = false;       ///< MQCONNX: ClientConnPtr was set and not ignored by the Version
+    bool hasChannel = false;       ///< MQCONNX: ClientConnPtr was set, and the Version includes it
     MQCD channel{};                ///< MQCONNX with a channel
     MQOD objectDescriptor{};       ///< MQOPEN
     MQMD descriptor{};             ///< MQGET, as passed in
@@ -50,7 +50,7 @@ struct MqGetOutcome {
     MQLONG compCode = MQCC_OK;
     MQLONG reason = MQRC_NONE;
     std::optional<MQLONG> dataLength{};  ///< by default the number of bytes
-    bool leaveDataLength = false;        ///< the output is not written at all
+    bool leaveDataLength = false;        ///< DataLength is not written
     MQLONG encoding = MQENC_NATIVE;      ///< what the descriptor returns
     MQLONG codedCharSetId = 1208;
     std::function<void()> effect{};
@@ -64,14 +64,14 @@ class MqiDouble {
     MqiDouble(const MqiDouble&) = delete;
     MqiDouble& operator=(const MqiDouble&) = delete;
 
-    /// Makes the library at `path` call the object bound. Returns the loader's reason, which is empty on
-    /// success.
+    /// Makes the library at `path` call the bound object. Returns "", or the reason if the library cannot be
+    /// loaded or does not export SetMqDouble.
     static std::string Bind(const std::string& path);
 
     std::deque<MqOutcome> onConnx, onOpen, onCmit, onBack, onClose, onDisc;
     std::deque<MqGetOutcome> onGet;
 
-    /// This is the answer once onGet is used up: no message is available.
+    /// The answer to MQGET when onGet is empty. Unless the test changes it, no message is available.
     MqGetOutcome emptyQueue{"", 0, MQCC_FAILED, MQRC_NO_MSG_AVAILABLE, 0, false, MQENC_NATIVE, 0, {}};
 
     /// The double calls this at every call, with all arguments recorded, before it plays the answer.

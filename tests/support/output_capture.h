@@ -13,8 +13,7 @@ class OutputCapture {
     OutputCapture(const OutputCapture&) = delete;
     OutputCapture& operator=(const OutputCapture&) = delete;
 
-    /// Ends the capture and returns what was written, with line ends as "
-    /// ".
+    /// Ends the capture and returns what was written, with "\n" as line end.
     std::string Finish();
 
   private:

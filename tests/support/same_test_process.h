@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Starts the running test program a second time, so that a test has two processes. The program must be run
-// for one test at a time. That test then finds out which of the two processes it is in.
+// Lets a test start its own program again, so that it runs in two processes. The new process runs only this
+// test, which calls PartToPlay to learn which of the two it is in.
 #pragma once
 
 #include <string>
@@ -13,6 +13,6 @@
 /// Makes every program that this process starts from now on play `part`.
 void GiveOutPart(const std::string& part);
 
-/// Returns the path and the arguments with which the running test is started again.
+/// These return the path and the arguments that start the running test again.
 [[nodiscard]] std::string ThisProgram();
 [[nodiscard]] std::vector<std::string> ArgumentsForThisTest();

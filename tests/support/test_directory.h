@@ -11,8 +11,8 @@
 class TestDirectory {
   public:
     TestDirectory() {
-        // Tests run in processes that start at the same time. The address of a local variable distinguishes
-        // two that start at the same moment.
+        // Tests run in several processes at once. If two of them read the same time, the address of a local
+        // variable, which differs from process to process, distinguishes them.
         const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
         const auto place = reinterpret_cast<std::uintptr_t>(&ticks);
         root_ = std::filesystem::temp_directory_path() /

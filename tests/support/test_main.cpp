@@ -23,8 +23,9 @@ void Report(const std::string& path, const std::string& text) {
     }
 }
 
-// scripts/wine-run, which runs Windows programs, needs this: the file exists once the program has started,
-// and contains the exit code once its tests are over. Programs that tests start must not write it.
+// Returns the path of the file in which scripts/wine-run follows a Windows program: the file exists once the
+// program has started, and contains the exit code once its tests are over. Removes the path from the
+// environment, because programs that tests start must not write the file.
 std::string TakeStartedFile() {
     const char* path = std::getenv(kStartedFile);
     if (path == nullptr) return {};
@@ -33,8 +34,8 @@ std::string TakeStartedFile() {
     return taken;
 }
 
-/// Hides from the programs that tests start, which may be this program again, which part of the tests this
-/// process runs and where it writes their results.
+/// Clears the variables that select some of the tests and the file for their results. A program that a test
+/// starts may be this program again, and must not obey them.
 class RunnersVariables : public testing::Environment {
   public:
     void SetUp() override {

@@ -9,8 +9,8 @@
 #include "tests/support/output_capture.h"
 
 std::string WithoutStamp(const std::string& line) {
-    // Each character is the highest digit that this place of "HH:MM:SS: " may have; any other character
-    // stands for itself.
+    // A digit is the highest one that its place in "HH:MM:SS: " may have. Every other character must be there
+    // as it is.
     constexpr std::string_view kHighest = "29:59:69: ";
     if (line.size() < kHighest.size()) return line;
     for (std::size_t i = 0; i < kHighest.size(); ++i) {
@@ -60,7 +60,7 @@ std::vector<std::string> TraceReader::NewLines() {
     if (!file.seekg(seenBytes_)) return {};
     std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     seenBytes_ += static_cast<std::streamoff>(bytes.size());
-    // The text that completes a line that was returned in part belongs to that line.
+    // If the previous call returned only the beginning of a line, its rest is not a line of its own.
     if (inLine_) {
         const std::size_t end = bytes.find('\n');
         if (end == std::string::npos) return {};

@@ -11,8 +11,7 @@
 /// error block, stays as it is.
 std::string WithoutStamp(const std::string& line);
 
-/// Splits a text at "
-/// ". A text that ends with a line end has no empty last line.
+/// Splits a text at "\n". A text that ends with a line end has no empty last line.
 std::vector<std::string> SplitLines(const std::string& text);
 
 /// Returns a trace line as the routine writes it, without the stamp: "PIDMMain(info): text".
@@ -24,8 +23,7 @@ class TraceReader {
   public:
     explicit TraceReader(std::string path = "trace.txt") : path_(std::move(path)) {}
 
-    /// Returns the whole file with "
-    /// " as line end, or an empty string if there is no file.
+    /// Returns the whole file with "\n" as line end, or an empty string if there is no file.
     [[nodiscard]] std::string Text() const;
     /// Returns all lines without their stamps.
     [[nodiscard]] std::vector<std::string> Lines() const;

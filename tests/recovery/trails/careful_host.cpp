@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Implements the host that keeps every rule of model/README.md. RestartedLoad continues with it once a trail
+// Implements the host that keeps every rule of model/README.md. Finish continues a load with it after a trail
 // was played.
 #include <filesystem>
 
@@ -35,8 +35,10 @@ std::string RestartedLoad::Finish() {
     return "one attempt after another, and none is the last";
 }
 
-/// Inspects the files before Open. Returns false and sets failure_ if nothing may be opened; goBack says
-/// whether SetPos finds a record.
+/// Repairs the files before Open: restores a missing checkpoint file from the temporary one if a position is
+/// stored, deletes temporary files, and cuts off an incomplete record. Returns false and sets failure_ if a
+/// position is stored but neither file exists. Sets `goBack` if a position is stored and the file has a
+/// record.
 bool RestartedLoad::PrepareFiles(bool& goBack) {
     RestartFiles files = LookAtRestartFiles();
     const std::vector<std::string> temporary = TemporaryFiles(files);

@@ -13,10 +13,10 @@ inline constexpr char kCheckpointFile[] = "ck.dat";
 inline constexpr char kTemporaryPrefix[] = "MQAMtmp.";
 inline constexpr char kMessageLog[] = "log.dat";
 
-/// Maps the names of the checkpoint file and the temporary ones to their contents.
+/// Maps the names of the checkpoint file and of the temporary files to their contents.
 using RestartFiles = std::map<std::string, std::string>;
 RestartFiles LookAtRestartFiles();
-/// Makes the current directory contain exactly these files of their kind.
+/// Writes these files to the current directory and deletes every other checkpoint file or temporary file.
 void PutRestartFiles(const RestartFiles& files);
 /// Returns the names of the temporary files among them.
 std::vector<std::string> TemporaryFiles(const RestartFiles& files);

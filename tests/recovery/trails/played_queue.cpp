@@ -89,7 +89,8 @@ void PlayedQueue::Move(Stands from, Stands to) {
     }
 }
 
-/// A sender commits at the latest when no other message is left.
+/// Returns the number of the first message on the queue. If the queue is empty, the message that its sender
+/// has not committed yet counts as committed. Returns 0 if there is no such message either.
 int PlayedQueue::FirstOnQueue() {
     for (const Stands wanted : {Stands::OnQueue, Stands::Unsent}) {
         for (auto& [number, message] : messages) {

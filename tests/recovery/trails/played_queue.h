@@ -11,7 +11,7 @@
 #include "tests/support/fake_clock.h"
 #include "tests/support/mqi_double.h"
 
-/// RWAIT's default, after which an input without messages ends, and a time-out that expires earlier.
+/// The default of RWAIT, after which an input without messages ends, and a shorter time-out.
 inline constexpr int kReadWaitSeconds = 15;
 inline constexpr int kTimeoutSeconds = 5;
 
@@ -26,7 +26,7 @@ enum class Stands {
 struct QueuedMessage {
     std::string bytes;
     Stands stands = Stands::OnQueue;
-    bool backedOut = false;     ///< it comes with a back-out count
+    bool backedOut = false;     ///< it was backed out, so it is delivered with a back-out count
     bool takenByOther = false;  ///< another load has it
 };
 
@@ -51,13 +51,13 @@ class PlayedQueue {
     /// Carries out what the answer does to messages; must be called at each MQ call.
     void Apply(const MqCall& call);
 
-    /// Returns the message that the last MQGET delivered; 0 for none.
+    /// Returns the number of the message that the last MQGET delivered, or 0 if it delivered no message.
     [[nodiscard]] int Delivered() const { return delivered_; }
 
     /// Ends the process that reads.
     ///   noticed  in  whether the queue manager notices it immediately and backs the unit of work out
     void LoseConnection(bool noticed);
-    /// Makes the queue manager back out what is in limbo.
+    /// Makes the queue manager notice every process that has ended, and back out the messages in limbo.
     void NoticeDeaths();
     [[nodiscard]] bool AnyInLimbo() const;
 

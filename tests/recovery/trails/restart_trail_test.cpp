@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Plays each counter-example of the model against the module. The host does what the trail says, without the
-// rule, and the damage happens. Then a host that keeps all rules finishes the load, which shows what is left
-// of it, or where it is stuck. A test's name begins with that of its trail. A target "1 1 2 3" contains
-// message 1 twice.
+// Plays each counter-example of the model, a trail, against the module. The host does what the trail says and
+// so breaks one rule, and the damage happens. Then a host that keeps all rules continues the load, which
+// shows whether the damage stays or the load is stuck. The name of a test begins with that of its trail. A
+// target "1 1 2 3" contains message 1 twice.
 #include <gmock/gmock.h>
 
 #include <set>
@@ -162,7 +162,7 @@ TEST_F(Trail, H9_log_ReadingOnSkipsARecordThatWasCommitted) {
     EXPECT_EQ(Target(), "2 3");
 }
 
-/// The message contains bytes that look like a record, which shows which bytes are read there.
+/// Message 1 contains bytes that look like a record. The Read in the middle of its record returns them.
 TEST_F(Trail, H9_read_ReadingOnInTheMiddleOfARecordReturnsItsBytes) {
     bytesOfMessage1 = std::string("\5\0\0\0\0\0\0\0", 8) + "inner";
     EXPECT_EQ(Play("H9-read"), "garbled: the replay continues in the middle of a record");
@@ -332,7 +332,7 @@ TEST_F(Trail, L4_shared_AMessageBackedOutGoesToAnotherLoadToo) {
     EXPECT_EQ(Target(), "1 2 3") << "and 1 in the other load's";
 }
 
-/// The test cuts off what a power failure takes from the file.
+/// The player cuts off the record that the power failure takes from the file.
 TEST_F(Trail, L5_power_ARecordCommittedAndNotOnTheDiskIsLost) {
     EXPECT_EQ(Play("L5-power"), "lost: message 1");
     EXPECT_EQ(Finish(), "");

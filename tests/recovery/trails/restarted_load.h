@@ -5,8 +5,8 @@
 // even what its rules forbid. Finish continues with a host that keeps all of them.
 //
 // A crash is a copy of the files and of the queue in the middle of a request. What the request does
-// afterwards is undone before the next attempt. What a stream had not flushed is not in the files then, as
-// after a real crash.
+// afterwards is undone before the next attempt. Leaves says how much of what the streams had not flushed is
+// then in the files.
 #pragma once
 
 #include <cstddef>
@@ -43,7 +43,7 @@ class RestartedLoad : public ModuleFixture {
 
     // ---- processes
 
-    /// Starts a new process with the files of the previous one, without examining them.
+    /// Starts a new process, which finds the files of the previous one as they are.
     void StartProcess();
     /// Ends the process without Close.
     void EndProcess();
@@ -62,11 +62,11 @@ class RestartedLoad : public ModuleFixture {
 
     void InitModule(const std::string& keywords, bool preserve);
     Outcome OpenModule();
-    /// Takes the position, or none if the request carried a checkpoint out or failed.
+    /// Sends GetPos and keeps the position in `given`, which does not change if no position is returned.
     void TakePosition();
     void StorePosition();
     Outcome GoBack();
-    /// Calls Read once, writes the target and measures the time.
+    /// Sends one Read, adds its record to the target, and sets lastReadSlow from the time it took.
     void ReadOne(GetMeets meets = GetMeets::Queue, bool slowly = false);
     Outcome CloseModule();
 

@@ -161,8 +161,8 @@ void Trail::PlayBlock(const std::vector<TrailLine>& block) {
     for (const Found& found : before)
         (this->*found.step)(found.numbers);
     (this->*row->before)(own);
-    // The remaining lines of a request in which the process died describe what happened before it died. The
-    // files show that.
+    // If the process died in the request, its remaining lines are not compared: they describe what happened
+    // before the death, and the files show that.
     if (DiedInRequest()) {
         if (losesLastRecord_) {
             RestartFiles files = LookAtRestartFiles();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Plays a trail of the model against the module. Every line is carried out, or compared with what the module
-// did. A line that the player does not know makes the test fail.
+// Plays a trail of the model against the module. The player carries each line out, or compares it with what
+// the module did. A line that the player does not know makes the test fail.
 #pragma once
 
 #include <string>
@@ -25,7 +25,7 @@ class Trail : public RestartedLoad {
   protected:
     /// Plays model/trails/NAME.txt. Returns the damage with which it ends, without "ERROR: ".
     std::string Play(const std::string& name);
-    /// Plays more lines.
+    /// Continues after Play with lines in the form of a trail.
     void GoOn(const std::string& lines);
 
     /// Returns whether the host of the trail keeps the rule.
@@ -111,7 +111,7 @@ class Trail : public RestartedLoad {
     std::string error_;
     bool logged_ = false;  ///< a message log is kept
 
-    // A step of the host.
+    // These variables describe the host's step that is being played.
     std::string request_;
     GetMeets meets_ = GetMeets::Queue;
     bool slowly_ = false;

@@ -111,7 +111,8 @@ void Trail::DieAfterCommit(const Numbers&) {
     DieAt("after CMIT");
 }
 
-/// The rewrite is in the stream's buffer until the request ends or a record is saved.
+/// Makes the process die after it wrote the checkpoint file again: in a Read before MQGET, in any other
+/// request before the next flush of all streams.
 void Trail::DieAfterRewrite(const Numbers&) {
     const std::string rewrite = std::string("write ") + kCheckpointFile;
     DieAt(request_ == "Read" ? "before GET" : "flush all", rewrite);
@@ -186,7 +187,7 @@ void Trail::FailTemporary(const Numbers&) {
     FailFile(FileCall::Flush, 1, kTemporaryPrefix);
 }
 
-/// A record takes two reads, first of its length, then of its bytes. This is the second.
+/// Makes the second read fail: the first one reads the length of the record, the second one its bytes.
 void Trail::FailReplay(const Numbers&) {
     FailFile(FileCall::Read, 2);
 }
@@ -195,8 +196,8 @@ void Trail::FailSetPos(const Numbers&) {
     FailFile(FileCall::Read, 1);
 }
 
-/// A failed write sets the stream's error indicator, and nothing is committed after it. An offset that could
-/// not be determined does not set it.
+/// Makes the next ftell fail. Unlike a failed write, it does not set the stream's error indicator, after
+/// which nothing would be committed.
 void Trail::FailPlace(const Numbers&) {
     faults->Add({.call = FileCall::Tell, .file = kCheckpointFile, .streamError = false});
 }
@@ -226,8 +227,8 @@ void Trail::BeSlow(const Numbers&) {
     slowly_ = true;
 }
 
-/// An end of input that is late anyway needs no preparation. One that would be quick is made late, as if the
-/// clock were wrong.
+/// Makes an end of input that would be quick late, as if the clock were wrong. One that is late anyway needs
+/// no preparation.
 void Trail::BeSlowByClock(const Numbers&) {
     if (Defined("CLOCK", 1) == 0) slowly_ = true;
 }
@@ -269,7 +270,7 @@ void Trail::CheckTimeout(const Numbers&) {
     EXPECT_EQ(lastRead.returnCode, pmrcTimeout);
 }
 
-/// This holds for a Read, and for a SetPos that is the only request in its attempt.
+/// Checks that the last Read failed, or the SetPos if that was the attempt's only request.
 void Trail::CheckFailure(const Numbers&) {
     EXPECT_EQ(lastSetPos.returnCode == pmrcFailure ? lastSetPos.returnCode : lastRead.returnCode,
               pmrcFailure);
