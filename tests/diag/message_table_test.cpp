@@ -133,7 +133,7 @@ TEST(MessageTable, EmittersUseTheNameOfTheirMessage) {
 }
 
 TEST(MessageTable, EmittersContainTheTextOfTheirMessage) {
-    // The two messages share one format.
+    // The sources make both of these messages from one format, so they contain the format and not the texts.
     const std::map<std::string, std::string> made = {{"not initialized", "%s initialized"},
                                                      {"already initialized", "%s initialized"}};
     for (const Row& row : AllRows()) {

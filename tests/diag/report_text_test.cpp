@@ -29,8 +29,8 @@ class ReportTextTest : public ModuleFixture {
         ModuleFixture::TearDown();
     }
 
-    /// Runs an Init with a log whose path has `characters` characters, and adds its report to the expected
-    /// one.
+    /// Runs Init with a log whose path has `characters` characters, and adds its report to the expected
+    /// report.
     void InitWithLog(std::size_t characters) {
         const std::string path(characters, 'p');
         ASSERT_EQ(Init(std::string(kRequired) + " -LOG " + path).returnCode, pmrcOK);

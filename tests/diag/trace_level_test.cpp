@@ -32,8 +32,8 @@ class TraceLevelTest : public ModuleFixture {
         static_cast<void>(Open());
         return capture.Finish();
     }
-    /// Requests a position and reads one record, with a log in use. Returns the trace, which contains
-    /// statements of every level.
+    /// Sends GetPos, Read and GetAttribute with a log in use. Returns their trace, which at the highest level
+    /// contains statements of every level.
     std::vector<std::string> TraceOfARecord(int level) {
         Start(level, "-LOG log.dat -CKFILE ck.dat");
         EXPECT_TRUE(Succeeds(Open()));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests what every request ends with: the record length at an end of input, and the flush of the streams.
+// Tests what every request does last: it sets the record length at an end of input and flushes the streams.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -13,7 +13,8 @@ namespace {
 
 class EpilogueTest : public ModuleFixture {
   protected:
-    /// Returns the text that was still in the buffer of the stream and that the request flushed.
+    /// Leaves a text in the buffer of standard output and sends the request. Returns what the request flushed
+    /// to the file.
     static std::string FlushedBy(const std::function<void()>& request) {
         OutputCapture capture("captured.txt");
         std::setvbuf(stdout, nullptr, _IOFBF, 4096);

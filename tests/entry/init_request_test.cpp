@@ -84,7 +84,8 @@ TEST_F(InitRequestTest, FailingParametersTraceTheStructureVersionAtTheRawLevel) 
     trace.Skip();
     const std::string version = InfoLine("PIDMMain", "MQGMO structure version: 3");
 
-    // The keyword stores its own value; the trace level becomes one higher only after a parse that succeeds.
+    // If the parse fails, the level is the value of the keyword. It becomes one higher only if the parse
+    // succeeds.
     ASSERT_EQ(Init("-TRCL 2 trace.txt -BOGUS").returnCode, pmrcFailure);
     EXPECT_THAT(trace.NewLines(), Contains(version));
     ASSERT_EQ(Shut().returnCode, pmrcOK);

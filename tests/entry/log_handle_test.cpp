@@ -29,7 +29,8 @@ class LogHandleTest : public ModuleFixture {
         return capture.Finish();
     }
 
-    /// The refusal's trace line quotes the value up to its first NUL, at most 8 bytes.
+    /// Checks that the value is refused, and that the trace line quotes it up to its first NUL, but at most 8
+    /// bytes of it.
     void ExpectRefusal(const std::string& value) {
         trace.Skip();
         const std::string before = trace.Text();

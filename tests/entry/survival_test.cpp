@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which state of the module survives Init, Open, Close and Shut. docs/architecture.md lists all of it.
+// Tests which state of the module survives Init, Open, Close and Shut. docs/architecture.md lists all of it.
 #include <gmock/gmock.h>
 
 #include "tests/support/fake_clock.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A parameter file that is cut at any byte or damaged at any bit: Init either reads what is left or names
-// what it refuses, and damage to one line never changes the setting of another.
+// Cuts a parameter file at each byte or damages its bits. Init must either accept what is left or report what
+// it refuses, and damage to one line must not change the setting of another.
 #include <algorithm>
 
 #include "tests/params/params_fixture.h"
@@ -37,8 +37,8 @@ const std::vector<ParmLine>& ParmLines() {
 // The test reads the trace, which only grows, after each Init. To save time, only the first lines are
 // damaged.
 constexpr std::size_t kDamagedLines = 6;
-// Under Wine there is time only for a sample of the bits. 7 and 8 have no common factor, so every bit of a
-// byte has its turn.
+// Under Wine there is time only for a sample of the bits. 7 and 8 have no common factor, so the sample
+// contains every bit position of a byte.
 constexpr std::size_t kBitStep = kPathDelimiter == '/' ? 1 : 7;
 
 std::string WholeFile() {

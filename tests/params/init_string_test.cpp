@@ -16,7 +16,7 @@ class InitStringTest : public ParamsFixture {
     ExpectedError empty_ = ParametersError("Empty initialization string");
     ExpectedError tooMany_ = ParametersError("Too many init string parameters");
 
-    /// Passes the whole string with its full length, although it contains a NUL.
+    /// Sends Init with the length of the whole string, although the string contains a NUL.
     Outcome InitWithNul(const std::string& bytes) {
         return InitCounted(bytes, static_cast<std::int32_t>(bytes.size()));
     }

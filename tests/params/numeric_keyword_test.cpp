@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(Row, RejectedNumberTest, testing::ValuesIn(kRejected), 
 
 class NumberTest : public ParamsFixture {
   protected:
-    /// Returns the wait interval of the next MQGET.
+    /// Reads a record and returns the wait interval of the MQGET for it.
     MQLONG WaitInterval() {
         mq.PutMessage("record");
         EXPECT_EQ(Read().record, "record");

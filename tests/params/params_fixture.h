@@ -17,7 +17,7 @@ class ParamsFixture : public ModuleFixture {
     /// Returns the trace between "Paramters in effect:" and the return, without times.
     std::vector<std::string> TraceOfInit(const std::string& keywords);
 
-    /// Runs the same Init and returns only the report lines.
+    /// Does the same as TraceOfInit, but returns only the report lines.
     std::vector<std::string> ReportOfInit(const std::string& keywords);
 
     /// Opens a trace file at level 1 and shuts the module. The file stays open, as after an earlier load in
@@ -31,11 +31,10 @@ class ParamsFixture : public ModuleFixture {
     void StartOver() { ASSERT_EQ(Shut().returnCode, pmrcOK); }
 };
 
-/// Returns the required keywords with others in front, for a value that must be the last token.
+/// Returns the required keywords followed by `keywords`, so that a value in them can be the last token.
 std::string Required(const std::string& keywords);
 
-/// These return an error of keyword validation, of the parameters as a whole, and of reading the parameter
-/// file.
+/// These return the errors for a keyword, for the parameters as a whole, and for the parameter file.
 ExpectedError KeywordError(const std::string& message);
 ExpectedError ParametersError(const std::string& message);
 ExpectedError ParameterFileError(const std::string& message);

@@ -23,7 +23,7 @@ class ParmFileTest : public ParamsFixture {
         WriteFile("parms.txt", text);
         return Init("-PARMFILE parms.txt");
     }
-    /// Expects that Init accepts this file and that the report then shows the queue Q9.
+    /// Checks that Init accepts a parameter file with this text and that the report then shows the queue Q9.
     void ExpectQueueQ9(const std::string& text) {
         EXPECT_TRUE(Succeeds(InitFromFile(text)));
         EXPECT_THAT(PrintedAtOpen(), HasSubstr("     .        Queue Name: 'Q9'\n"));

@@ -16,7 +16,7 @@ class TextTest : public ParamsFixture {
         static_cast<void>(Open());
         return mq.Calls(Verb::Connx).back();
     }
-    /// Returns a field of MQ as text. The field has no terminator if the name fills it.
+    /// Returns all characters of a field of MQ, which has no terminator if the name fills it.
     template <std::size_t size>
     static std::string Field(const MQCHAR (&field)[size]) {
         return {field, size};

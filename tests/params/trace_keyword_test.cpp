@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests TRCL, which has two values. The second is a path whatever it looks like, and an error in the first
-// does not end the check before the second is read.
+// Tests TRCL, which has two values. The second value is always taken as a path, even if it looks like a
+// keyword, and it is read even if the first one is wrong.
 #include "tests/params/params_fixture.h"
 
 using testing::Contains;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests the keywords with a word: Yes or No; CONVERT and FLUSH accept more than these two.
+// Tests the keywords whose value is Yes or No, and CONVERT and FLUSH, which also accept other words.
 #include <algorithm>
 
 #include "tests/params/params_fixture.h"

@@ -22,7 +22,7 @@ ExpectedError BindingError(int reason) {
 
 class BindingTest : public ModuleFixture {
   protected:
-    /// Returns the warnings at level 1 that were traced since the last call.
+    /// Returns the warnings that were traced since the trace was last read.
     std::vector<std::string> NewWarnings() {
         std::vector<std::string> warnings;
         for (const std::string& line : trace.NewLines()) {
@@ -62,7 +62,7 @@ TEST_F(BindingTest, LibraryWithoutAVerbIsReason2497AndOneWarningNamesBoth) {
     EXPECT_THAT(warnings[0], HasSubstr("MQBACK"));
 }
 
-// These replace the routines of the loader that the module calls.
+// The functions below replace the routines of the loader that the module calls.
 void* (*findSymbol)(void* library, const char* name);
 std::string missingVerb;
 std::string libraryThere;  // the only name or path that can be loaded
@@ -135,7 +135,7 @@ TEST_F(BindingTest, OnceBoundTheLibraryIsKept) {
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN CLOSE DISC CONNX OPEN");
 }
 
-/// The loader finds only one library, by one name or path.
+/// Replaces the loader, so that it finds only one library, under only one name or path.
 class LoaderTest : public BindingTest {
   protected:
     void TearDown() override {
@@ -220,7 +220,8 @@ TEST_F(LoaderTest, AnEmptyVariableNamesNoLibrary) {
     EXPECT_EQ(mq.Sequence(), "CONNX OPEN");
 }
 
-/// Without the variable IBM's names are tried. The warning shows them only on a machine without IBM MQ.
+/// Tests the names of IBM's libraries, which are tried if MQAMOD_MQ_LIBRARY is empty. The warning lists them
+/// only on a machine without IBM MQ.
 class IbmNamesTest : public BindingTest {
   protected:
     void SetUp() override {

@@ -28,7 +28,7 @@ ExpectedError ConnectError(int reason) {
 
 class ConnectTest : public ModuleFixture {
   protected:
-    /// Runs an Open that fails to connect, and returns its trace lines.
+    /// Returns the expected trace lines of an Open that fails to connect: `before` comes before the error.
     static std::vector<std::string> FailedOpenLines(const std::vector<std::string>& before, int reason) {
         std::vector<std::string> lines = {InfoLine("PIDMMain", "entered for option 'Open'")};
         lines.insert(lines.end(), before.begin(), before.end());

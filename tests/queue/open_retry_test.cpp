@@ -41,11 +41,11 @@ TEST_F(OpenRetryTest, PausesTheWaitAsMillisecondsBetweenAttemptsButNotAfterTheLa
     EXPECT_THAT(clock.pausesMs, ElementsAre(10, 10));
 }
 
-// These are the results of the system's pause, in order. Later pauses succeed.
+// The errno values with which the next pauses fail, in order. Later pauses succeed.
 std::vector<int> pauseAnswers;
 std::vector<std::int64_t> pausesAskedMs;
 
-/// Fails with the errno of the next result and reports that a third of the time is left.
+/// Replaces nanosleep. It fails with the next of pauseAnswers and reports that a third of the time is left.
 int AnswerPause(const timespec* asked, timespec* rest) {
     pausesAskedMs.push_back(static_cast<std::int64_t>(asked->tv_sec) * 1000 + asked->tv_nsec / 1000000);
     if (pauseAnswers.empty()) return 0;
@@ -57,7 +57,8 @@ int AnswerPause(const timespec* asked, timespec* rest) {
 
 class BrokenPauseTest : public OpenRetryTest {
   protected:
-    /// Returns the pauses between two attempts to open.
+    /// Opens the queue with one retry. Returns the pauses, in milliseconds, that the module asks for before it
+    /// if they fail with the errno values given.
     std::vector<std::int64_t> PausesOfARetry(const std::vector<int>& answers) {
         EXPECT_TRUE(Succeeds(Init(std::string(kRequired) + " -OWAIT 90 -OTENACITY 180")));
         FailOpens(1, 2042);

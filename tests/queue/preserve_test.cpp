@@ -71,7 +71,7 @@ TEST_F(PreserveTest, WhatWasKeptIsRememberedThroughShutAndInit) {
     Preserve("YES");
     ASSERT_TRUE(Succeeds(Shut()));
     ASSERT_TRUE(FileExists("ck.dat"));
-    // Shut has cleared the choice, so the next Close deletes what was kept.
+    // Shut has cleared the host's choice, so the next Close deletes the files that were kept.
     InitTraced(1);
     EXPECT_TRUE(Succeeds(Close()));
     EXPECT_THAT(trace.NewLines(), ElementsAre(kDeleteLog, kDeleteCheckpoint, kReceived));

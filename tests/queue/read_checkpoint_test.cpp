@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests that a record is saved in the checkpoint file before its message is committed, and what happens when
-// a step of that fails.
+// Tests that a record is saved in the checkpoint file before its message is committed, and what happens if
+// the record cannot be saved or the message cannot be committed.
 #include <gmock/gmock.h>
 
 #include <cstring>

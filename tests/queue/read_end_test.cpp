@@ -133,8 +133,8 @@ TEST_F(ReadEndTest, ReadWaitIsCheckedBeforeTheTimeOut) {
     EXPECT_EQ(Read().record, "record") << "the time-out was not noted";
 }
 
-// The read wait passes between the two readings of the clock, so the last MQGET is that of the previous
-// record.
+// The clock jumps by more than the read wait between its first two readings, so the module does not call
+// MQGET at all.
 TEST_F(ReadEndTest, ClockThatJumpsBeforeTheFirstGetEndsTheInputAndRepeatsNoRecord) {
     InitAndOpenTraced(1, "-RWAIT 10");
     mq.PutMessage("record");
