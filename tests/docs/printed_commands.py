@@ -132,7 +132,7 @@ def test_quickstart(root, built, work):
         # Only the programs that the quickstart builds are copied, so that it cannot use another one.
         programs = os.path.join(work, "programs")
         os.mkdir(programs)
-        for name in ("mqam", "libmqamod.so"):
+        for name in ("mqam", "libmqamod.so", "libmqamjournal.so"):
             shutil.copy(os.path.join(built, name), programs)
         shutil.copytree(os.path.join(built, "spoolmq"), os.path.join(programs, "spoolmq"))
         environment.update(PATH=tools + ":" + os.environ["PATH"], BUILT=programs)

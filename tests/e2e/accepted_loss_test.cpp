@@ -18,6 +18,7 @@ class AcceptedLoss : public LoadSites {
   protected:
     LoadSite& AddKilled(const std::string& name) {
         LoadSite& site = Add(name, 10, "MQCMIT 8 kill after");
+        site.LeaveOutJournal();
         EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
         EXPECT_EQ(site.Stored("records"), "6");
         EXPECT_EQ(ReadFileIfAny(site.CheckpointFile()), CheckpointBytes(3, Saved(site)));
@@ -175,6 +176,7 @@ TEST_F(AcceptedLoss, WithNothingLostTheLoadRunsAsEver) {
 #if !defined(_WIN32)
 TEST_F(AcceptedLoss, ASqliteTargetContinuesToo) {
     LoadSite& site = Add("sqlite", 10, "MQCMIT 8 kill after");
+    site.LeaveOutJournal();
     site.LeaveOut("--restart-file");
     site.Set("--to", "sqlite:" + site.Path("db") + "?table=t");
     EXPECT_EQ(site.Run().exitCode, 9) << site.Error();

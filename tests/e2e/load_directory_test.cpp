@@ -241,7 +241,7 @@ TEST_F(PlainestLoad, LinksAreFollowedOnceSoNeitherLockNorDiskIsBypassed) {
     fs::create_symlink("disk/ck", site.Path("ck"));
     site.Set("--ckfile", site.Path("ck"));
     EXPECT_EQ(site.Run({"--checkpoint-every", "3"}).exitCode, 9) << site.Error();
-    EXPECT_EQ(NamesIn(site.Path("disk")), "ck mqam-checkpoint.lock out out.load");
+    EXPECT_EQ(NamesIn(site.Path("disk")), "ck ck.journal mqam-checkpoint.lock out out.load");
     site.PlanFaults("");
     // The real names are those of the same load.
     site.Set("--to", site.Path("disk/out"));

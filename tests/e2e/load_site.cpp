@@ -164,8 +164,9 @@ LoadSite& LoadSites::Add(const std::string& name, int messages, const std::strin
     return *sites_.back();
 }
 
-LoadSite& LoadSites::AddUnfinished(const std::string& name) {
+LoadSite& LoadSites::AddUnfinished(const std::string& name, const std::string& durability) {
     LoadSite& site = Add(name, 10, "MQCMIT 5 kill after");
+    site.Set("--durability", durability);
     EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
     EXPECT_EQ(site.Stored("records"), "3");
     site.PlanFaults("");

@@ -37,6 +37,9 @@ class LoadSite {
     void Set(const std::string& option, const std::string& value);
     void LeaveOut(const std::string& option);
 
+    /// Lets the load do without a journal, so that it depends on what is in the checkpoint file.
+    void LeaveOutJournal() { Set("--durability", "process"); }
+
     /// Runs the command, with more arguments after its own.
     [[nodiscard]] Arguments Command(const Arguments& more = {}) const;
     /// Starts the command. It may be called again after Wait.
@@ -121,8 +124,9 @@ class LoadSites : public testing::Test {
     /// Makes a site with `count` messages.
     LoadSite& Add(const std::string& name, int messages, const std::string& faults = "");
 
-    /// Makes a load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file.
-    LoadSite& AddUnfinished(const std::string& name);
+    /// Makes a load of 10 messages that was killed: 3 are stored, 2 more are in the checkpoint file. With the
+    /// durability "process" it has no journal.
+    LoadSite& AddUnfinished(const std::string& name, const std::string& durability = "power");
 
     /// Removes all faults and runs all loads again.
     void RunAllAgain();

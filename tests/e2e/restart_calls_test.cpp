@@ -146,6 +146,7 @@ TEST_F(RestartCalls, H12_AfterTheTimeOutNothingIsRead) {
 
 TEST_F(RestartCalls, H15_ARecordOfNoBytesInTheCheckpointFileIsPassedOver) {
     LoadSite& site = Add("site", 8, "MQCMIT 5 kill after");
+    site.LeaveOutJournal();
     ASSERT_EQ(site.Run().exitCode, 9) << site.Error();
     const std::vector<std::string>& messages = site.Messages();
     ASSERT_EQ(ReadFileIfAny(site.CheckpointFile()),

@@ -303,10 +303,26 @@ TEST_F(RestartableLoadFailure, H10_AFullDiskUnderTheCheckpointFileEndsTheLifeAnd
     for (int i = 0; i < 300; ++i)
         site.Put(std::to_string(i) + std::string(100, 'x'));
     site.Set("--checkpoint-every", "1000");
+    site.LeaveOutJournal();
     site.StartWithFileLimit(16);
     site.Wait();
     EXPECT_EQ(site.Result().exitCode, 9) << site.Error();
     EXPECT_TRUE(Contains(site.Error(), "  file      Checkpoint\n")) << site.Error();
+    site.Run();
+    EXPECT_TRUE(site.IsDone());
+}
+
+TEST_F(RestartableLoadFailure, AFullDiskUnderTheJournalCommitsNothingAndTheSameCommandCompletes) {
+    LoadSite& site = Add("journal", 0);
+    for (int i = 0; i < 300; ++i)
+        site.Put(std::to_string(i) + std::string(100, 'x'));
+    site.Set("--checkpoint-every", "1000");
+    site.StartWithFileLimit(16);
+    site.Wait();
+    EXPECT_EQ(site.Result().exitCode, 3) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), "the journal of the checkpoint file cannot be written: " +
+                                           site.CheckpointFile() + ".journal: "))
+        << site.Error();
     site.Run();
     EXPECT_TRUE(site.IsDone());
 }

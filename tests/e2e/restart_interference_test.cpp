@@ -91,7 +91,7 @@ TEST_F(RestartableLoadMeddledWith, T2_ATargetThatIsRenamedWhileALifeWritesToItIs
 
 TEST_F(RestartableLoadMeddledWith, T1_AnotherFileOfTheLengthOfTheTargetIsRefused) {
     for (const char* format : {"lines", "length", "raw"}) {
-        LoadSite& site = AddUnfinished(format);
+        LoadSite& site = AddUnfinished(format, "process");
         if (std::string(format) != "lines") {
             fs::remove(site.Target());
             fs::remove(site.RestartFile());

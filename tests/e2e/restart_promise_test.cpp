@@ -37,8 +37,10 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 class RestartPromise : public testing::Test {
   protected:
     // Makes a load of `count` messages and runs it once with the faults.
-    LoadSite& Interrupted(const std::string& name, int messages, const std::string& faults) {
+    LoadSite& Interrupted(const std::string& name, int messages, const std::string& faults,
+                          const std::string& durability = "power") {
         LoadSite& site = Fresh(name, messages);
+        site.Set("--durability", durability);
         site.PlanFaults(faults);
         site.Run();
         EXPECT_EQ(site.Result().exitCode, 9) << site.Error();
@@ -116,7 +118,7 @@ TEST_F(RestartPromise, G3_NoStepByHandIsNeededBetweenADeathAndTheSameCommand) {
 }
 
 TEST_F(RestartPromise, G4_FilesThatDoNotFitAreRefusedBeforeAnythingIsChanged) {
-    LoadSite& site = Interrupted("site", 9, "MQCMIT 6 kill before");
+    LoadSite& site = Interrupted("site", 9, "MQCMIT 6 kill before", "process");
     const std::string checkpoint = ReadFileIfAny(site.CheckpointFile());
     const std::string restart = ReadFileIfAny(site.RestartFile());
     const std::string target = ReadFileIfAny(site.Target());
@@ -259,13 +261,15 @@ TEST_F(RestartPromise, L10_TheFileOfAnUnfinishedLoadIsKnownByWhatItHoldsNotByANa
 TEST_F(RestartPromise, L11_ABackupOfAllFilesTogetherCannotBeToldFromTheFilesThemselves) {
     LoadSite& site = Interrupted("site", 9, "MQCMIT 5 kill before");
     fs::create_directory(site.Path("backup"));
-    for (const std::string& file : {site.CheckpointFile(), site.RestartFile(), site.Target()})
+    for (const std::string& file :
+         {site.CheckpointFile(), site.CheckpointFile() + ".journal", site.RestartFile(), site.Target()})
         fs::copy_file(file, fs::path(site.Path("backup")) / fs::path(file).filename());
     site.PlanFaults("MQCMIT 3 kill after");
     ASSERT_EQ(site.Run().exitCode, 9) << site.Error();
     site.PlanFaults("");
     const int depth = site.Depth();
-    for (const std::string& file : {site.CheckpointFile(), site.RestartFile(), site.Target()}) {
+    for (const std::string& file :
+         {site.CheckpointFile(), site.CheckpointFile() + ".journal", site.RestartFile(), site.Target()}) {
         WriteFile(file, ReadFileIfAny((fs::path(site.Path("backup")) / fs::path(file).filename()).string()));
     }
     EXPECT_EQ(site.Run().exitCode, 0) << site.Error();
@@ -280,6 +284,7 @@ TEST_F(RestartPromise, G4_RecordsThatTurnedToZerosAreMissedByVerifyAndByTheLoad)
     site.Put(10);
     site.PlanFaults("MQCMIT 7 kill after");
     site.Set("--checkpoint-every", "100");
+    site.LeaveOutJournal();
     EXPECT_EQ(site.Run().exitCode, 9) << site.Error();
     site.PlanFaults("");
     const std::string whole = ReadFileIfAny(site.CheckpointFile());
@@ -328,7 +333,7 @@ TEST_F(RestartPromise, TargetAndExportOfALoadThatWasKilledHaveEveryMessageOnce) 
 }
 
 TEST_F(RestartPromise, L12_AFlippedBitIsNoticedInTheFirstRecordAndInALengthAlone) {
-    LoadSite& site = Interrupted("site", 9, "MQCMIT 6 kill before");
+    LoadSite& site = Interrupted("site", 9, "MQCMIT 6 kill before", "process");
     const std::string checkpoint = ReadFileIfAny(site.CheckpointFile());
     const std::vector<std::string> records = RecordsOf(site.CheckpointFile());
     ASSERT_GE(records.size(), 2U);

@@ -239,9 +239,9 @@ TEST_F(RestartableLoadRefusal, H18_TheRestartFileOfAnotherLoad) {
 }
 
 TEST_F(RestartableLoadRefusal, H18_TheCheckpointFileOfAnotherLoad) {
-    LoadSite& foreign = AddUnfinished("foreign");
-    LoadSite& backup = AddUnfinished("backup");
-    LoadSite& newer = AddUnfinished("newer");
+    LoadSite& foreign = AddUnfinished("foreign", "process");
+    LoadSite& backup = AddUnfinished("backup", "process");
+    LoadSite& newer = AddUnfinished("newer", "process");
     const std::string good = ReadFileIfAny(foreign.CheckpointFile());
 
     // The checkpoint is the same, but the record is another one.
@@ -290,7 +290,7 @@ TEST_F(RestartableLoadRefusal, RecordsInACheckpointFileWithoutRestartInformation
 }
 
 TEST_F(RestartableLoadRefusal, H8_ACheckpointFileThatIsMissingAlthoughAPositionIsStored) {
-    LoadSite& site = AddUnfinished("missing");
+    LoadSite& site = AddUnfinished("missing", "process");
     fs::rename(site.CheckpointFile(), site.Path("aside"));
     ExpectRefusal(
         site, {},
@@ -304,7 +304,7 @@ TEST_F(RestartableLoadRefusal, H8_ACheckpointFileThatIsMissingAlthoughAPositionI
 }
 
 TEST_F(RestartableLoadRefusal, ADamagedRestartFileOrCheckpointFile) {
-    LoadSite& site = AddUnfinished("damaged");
+    LoadSite& site = AddUnfinished("damaged", "process");
     const std::string restart = ReadFileIfAny(site.RestartFile());
     const std::string checkpoint = ReadFileIfAny(site.CheckpointFile());
     for (const std::size_t bytes : {std::size_t{0}, std::size_t{1}, restart.size() / 2, restart.size() - 1}) {

@@ -92,6 +92,7 @@ const char* FindRestartOption(const LoadOptions& options) {
     if (options.restart != RestartPolicy::kAuto) return "--restart";
     if (options.retryForSeconds != 0) return "--retry-for";
     if (options.acceptLoss) return "--accept-loss";
+    if (options.durabilityGiven) return "--durability";
     return nullptr;
 }
 

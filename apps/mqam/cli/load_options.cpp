@@ -96,6 +96,16 @@ void AddRestartOptions(CLI::App& command, LoadOptions& options) {
         ->type_name("SECONDS")
         ->transform(NumberIn({NumberUnit::kSeconds, 1, kLargestSeconds}))
         ->group(kRestartGroup);
+    const std::vector<std::pair<std::string, Durability>> durabilities = {{"power", Durability::kPower},
+                                                                          {"process", Durability::kProcess}};
+    command
+        .add_option(
+            "--durability", options.durability,
+            "what no record is lost by. power: a power failure too, because each record is on the disk before its message is committed; process: a crash of the program, with fewer writes to the disk. Default: power")
+        ->type_name("power|process")
+        ->transform(EnumeratorIn(durabilities))
+        ->each([&options](const std::string&) { options.durabilityGiven = true; })
+        ->group(kRestartGroup);
     command
         .add_option(
             "--restart", options.restart,

@@ -46,6 +46,8 @@ struct LoadOptions {
     std::uint64_t retryForSeconds = 0;
     bool acceptLoss = false;
     bool yes = false;
+    Durability durability = Durability::kPower;
+    bool durabilityGiven = false;
 
     // The hidden options of a worker process; see worker.h.
     std::int64_t workerSince = -1;  ///< when the command started, if this process is a worker; else negative

@@ -104,6 +104,8 @@ int RunRestartableLoad(const LoadOptions& options) {
     if (options.checkpointEvery == 0 && options.checkpointSeconds == 0) {
         settings.checkpointEveryRecords = kCheckpointEveryByDefault;
     }
+    settings.durability = options.durability;
+    settings.journalLibrary = FindJournalLibrary();
     settings.completedBefore = options.workerCompletedBefore;
     settings.followsEnd = options.workerFollowsEnd;
     settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;

@@ -183,13 +183,13 @@ constexpr LoadRule kRules[] = {
      "`MQEX` keeps them out only during an attempt.",
      "Let no other program read the queue until the load is done. `DISPLAY QSTATUS(QUEUE) TYPE(HANDLE)` "
      "lists the programs that have it open."},
-    {"L5", "power failure", "The module calls `fflush`, not `fsync`.",
+    {"L5", "power failure", "Without a journal (`--durability process`), records are flushed, not synced.",
      "After a power failure or a crash of the operating system, records that were saved and committed "
      "but not yet loaded may be missing from the checkpoint file. At most the records since the last "
-     "checkpoint are affected: a small `--checkpoint-every` keeps them few. The journal library removes "
-     "this limit (docs/hosts.md, \"Surviving a power failure\").",
-     "Give a small `--checkpoint-every`, and keep the checkpoint file on a disk whose cache survives a "
-     "power failure."},
+     "checkpoint are affected: a small `--checkpoint-every` keeps them few. With the journal, which is the "
+     "default of `mqam`, this limit does not exist.",
+     "Leave `--durability` at its default, `power`. Otherwise give a small `--checkpoint-every`, and keep the "
+     "checkpoint file on a disk whose cache survives a power failure."},
     {"L6", "slow failures",
      "If MQGET fails without data in two consecutive attempts, the second time after more than `RWAIT`, "
      "and both connections close without error, the load is declared done too early.",

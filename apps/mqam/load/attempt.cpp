@@ -3,7 +3,9 @@
 
 #include <chrono>
 
+#include "mqam/load/attempt_journal.h"
 #include "mqam/load/completion.h"
+#include "mqam/module/error_text.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/lock_file.h"
 
@@ -12,6 +14,8 @@ namespace mqam {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr int kFileSystemError = 2208;  // MQRC_FILE_SYSTEM_ERROR
 
 // An attempt once it is prepared.
 struct Attempt {
@@ -39,7 +43,18 @@ AttemptResult& ResultOf(Attempt& attempt) {
     return attempt.context.result;
 }
 
+// The module reports only MQRC_FILE_SYSTEM_ERROR when the journal library could not write the journal.
 bool FailByModule(Attempt& attempt) {
+    const AttemptSettings& settings = attempt.context.settings;
+    ErrorText error;
+    if (settings.durability == Durability::kPower &&
+        ParseErrorText(SessionOf(attempt).LastFailure().text, error) && error.mqReason == kFileSystemError) {
+        return EndByFile(ResultOf(attempt),
+                         "the journal of the checkpoint file cannot be written: " +
+                             LastJournalError(settings.journalLibrary) +
+                             "; no record is lost. Make that possible and run the same command "
+                             "again");
+    }
     return EndByModule(ResultOf(attempt), SessionOf(attempt));
 }
 
@@ -132,6 +147,11 @@ bool OpenInput(Attempt& attempt) {
     }
     ReportNotice(attempt);
     attempt.buffer.resize(maxRecordBytes);
+    // A load whose queue cannot be opened leaves no journal.
+    const Status prepared =
+        PrepareJournal(ResultOf(attempt).state.checkpointFile, attempt.context.journal,
+                       attempt.context.decision.action, attempt.context.settings.durability);
+    if (!prepared.IsOk()) return EndByFile(ResultOf(attempt), prepared.Error());
     if (attempt.context.decision.action == StartAction::kReplay) {
         attempt.replayLeft = attempt.context.decision.replayedRecords;
         attempt.firstIsAwaited = true;

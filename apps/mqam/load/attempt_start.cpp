@@ -105,6 +105,8 @@ bool RefuseOtherLoad(AttemptContext& attempt, const Identity& difference, const 
 bool HasNoPathConflict(AttemptContext& attempt, const RestartState& requested) {
     std::vector<LoadFile> files = attempt.target.Files();
     files.push_back({requested.checkpointFile, "checkpoint file"});
+    for (const std::string& path : FilesOfJournal(requested.checkpointFile))
+        files.push_back({path, "journal of the checkpoint file"});
     files.push_back({CheckpointLockPath(requested.checkpointFile), "lock of the checkpoint file"});
     if (!requested.logFile.empty()) files.push_back({requested.logFile, "log"});
     const Status checked = CheckPathConflicts(files);
@@ -146,31 +148,89 @@ bool ContinueWithoutLoss(AttemptContext& attempt, const CheckpointScan& scan,
                                          loss.checkpointFile + " is unchanged");
 }
 
+// Ends the attempt because of a file next to the checkpoint file.
+bool FailByStatus(AttemptContext& attempt, const Status& failed) {
+    return failed.Code() == StatusCode::kRefused ? RefuseAttempt(attempt.result, failed.Error())
+                                                 : EndByFile(attempt.result, failed.Error());
+}
+
+bool HasJournalLibrary(AttemptContext& attempt) {
+    const AttemptSettings& settings = attempt.settings;
+    if (settings.durability == Durability::kProcess ||
+        platform::ProbePath(settings.journalLibrary) != platform::PathKind::kMissing) {
+        return true;
+    }
+    return RefuseAttempt(
+        attempt.result,
+        "the journal library " + settings.journalLibrary +
+            " is missing: install it again, or give --durability process, with which records can "
+            "be lost if the power fails");
+}
+
+// Decides how to start from the checkpoint file. If that is refused, the user may accept the loss of records.
+bool DecideByFile(AttemptContext& attempt, const std::string& path,
+                  const std::optional<RestartState>& stored) {
+    const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
+    const std::vector<std::string> temporaries = FindTemporaryFiles(path);
+    const auto scanFiles = [&] { return ScanForStart(path, temporaries, attempt.report.maxRecordBytes); };
+    CheckpointScan scan = scanFiles();
+    attempt.decision = DecideStart(path, position, scan, temporaries);
+    if (attempt.decision.action != StartAction::kRefuse || attempt.decision.isTransient || !position ||
+        !attempt.observer.acceptLoss) {
+        return true;
+    }
+    if (!ContinueWithoutLoss(attempt, scan, temporaries, *stored)) return false;
+    scan = scanFiles();
+    attempt.decision = DecideStart(path, position, scan, temporaries);
+    return true;
+}
+
+// Decides how to start, from the journal if there is one, otherwise from the checkpoint file.
+bool Decide(AttemptContext& attempt, const std::string& path, const std::optional<RestartState>& stored) {
+    StoredJournal& journal = attempt.journal;
+    const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
+    const Status read = ReadStoredJournal(path, position.has_value(), attempt.report.maxRecordBytes, journal);
+    if (!read.IsOk()) return FailByStatus(attempt, read);
+    if (journal.content) {
+        attempt.decision = DecideStart(path, position, *journal.content, {});
+    } else if (!DecideByFile(attempt, path, stored)) {
+        return false;
+    }
+    if (attempt.decision.action == StartAction::kBegin && journal.journal.contentBytes > 0) {
+        return FailByStatus(attempt, RefuseStrayContent(path));
+    }
+    if (attempt.decision.action != StartAction::kRefuse) return true;
+    return attempt.decision.isTransient ? EndByFile(attempt.result, attempt.decision.message)
+                                        : RefuseAttempt(attempt.result, attempt.decision.message);
+}
+
+// Makes the repairs of the decision.
+bool RepairFiles(AttemptContext& attempt, const std::string& path) {
+    const StartDecision& decision = attempt.decision;
+    const Status restored = RestoreFromJournal(path, attempt.journal, attempt.observer.repaired);
+    if (!restored.IsOk()) return FailByStatus(attempt, restored);
+    for (const Repair& repair : decision.repairs) {
+        const std::string what = DescribeRepair(path, repair);
+        const Status made = MakeRepair(path, repair);
+        if (!made.IsOk()) return EndByFile(attempt.result, "could not " + what + ": " + made.Error());
+        if (attempt.observer.repaired) attempt.observer.repaired(what);
+    }
+    if (attempt.settings.durability == Durability::kPower)
+        UseJournalLibrary(attempt.settings.journalLibrary, path);
+    return true;
+}
+
 // Decides how to start, reports the decision, and makes the repairs. Nothing is changed before the decision is
 // reported; the target of a new load is left alone.
 bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& stored,
                   RestartState& requested) {
     const std::string& path = requested.checkpointFile;
-    StartDecision& decision = attempt.decision;
     attempt.checkpointLock = CheckpointLockPath(path);
     if (!CheckLocked(attempt, AcquireLockFile(attempt.checkpointLock, kAttemptLockTimeoutSeconds)))
         return false;
 
-    const std::optional<PositionData> position = stored ? stored->position : std::nullopt;
-    const std::vector<std::string> temporaries = FindTemporaryFiles(path);
-    CheckpointScan scan = ScanForStart(path, temporaries, attempt.report.maxRecordBytes);
-    decision = DecideStart(path, position, scan, temporaries);
-    if (decision.action == StartAction::kRefuse && !decision.isTransient && position &&
-        attempt.observer.acceptLoss) {
-        if (!ContinueWithoutLoss(attempt, scan, temporaries, *stored)) return false;
-        scan = ScanForStart(path, temporaries, attempt.report.maxRecordBytes);
-        decision = DecideStart(path, position, scan, temporaries);
-    }
-    if (decision.action == StartAction::kRefuse) {
-        return decision.isTransient ? EndByFile(attempt.result, decision.message)
-                                    : RefuseAttempt(attempt.result, decision.message);
-    }
-    if (attempt.observer.decision) attempt.observer.decision(decision.message);
+    if (!Decide(attempt, path, stored)) return false;
+    if (attempt.observer.decision) attempt.observer.decision(attempt.decision.message);
 
     RestartState& state = attempt.result.state;
     const bool isOwnLog = stored && stored->logFile == requested.logFile;
@@ -189,12 +249,7 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
         state = requested;
         attempt.isNew = true;
     }
-    for (const Repair& repair : decision.repairs) {
-        const std::string what = DescribeRepair(path, repair);
-        const Status made = MakeRepair(path, repair);
-        if (!made.IsOk()) return EndByFile(attempt.result, "could not " + what + ": " + made.Error());
-        if (attempt.observer.repaired) attempt.observer.repaired(what);
-    }
+    if (!RepairFiles(attempt, path)) return false;
     if (attempt.isNew) return true;
     const Status rolledBack = attempt.target.RollBackTo(state);
     return rolledBack.IsOk() || FailToBegin(attempt, rolledBack);
@@ -264,7 +319,7 @@ bool PrepareAttempt(AttemptContext& attempt) {
     if (isOver && !CompleteStoredLoad(attempt, *stored)) return false;
     RestartState requested;
     if (!InitModule(attempt, stored) || !ReadReport(attempt, requested) ||
-        !HasNoPathConflict(attempt, requested)) {
+        !HasNoPathConflict(attempt, requested) || !HasJournalLibrary(attempt)) {
         return false;
     }
     if (isOver && !HandleCompletionMarker(attempt, stored, requested)) return false;

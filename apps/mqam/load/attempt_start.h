@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "mqam/checkpoint/start_decision.h"
+#include "mqam/load/attempt_journal.h"
 #include "mqam/load/attempt_result.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/module/module_session.h"
@@ -22,6 +23,8 @@ struct AttemptSettings {
     std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = not by count
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
+    Durability durability = Durability::kPower;
+    std::string journalLibrary;  ///< with kPower
     bool completedBefore =
         false;                    ///< the load found complete was already complete before the command started
     bool followsEnd = false;      ///< the previous attempt has just ended after the whole read wait interval
@@ -38,6 +41,7 @@ struct AttemptContext {
     StartupReport report = {};        ///< the module's parameters in effect
     bool isNew = false;               ///< whether the load begins, so that its target has yet to be begun
     StartDecision decision = {};      ///< how to start; its repairs have been made
+    StoredJournal journal = {};       ///< what the journal said; it has yet to be prepared (PrepareJournal)
     std::string checkpointLock = {};  ///< the lock of the checkpoint file, held; empty if it was not acquired
 };
 

@@ -13,15 +13,18 @@
 
 namespace mqam {
 
-std::string FindModule(const std::string& programDirectory) {
+std::string FindLibraryOfProgram(const std::string& programDirectory, const std::string& name) {
     using platform::PathKind;
     using platform::ProbePath;
-    std::string nextToProgram = programDirectory + platform::LibraryFileName("mqamod");
-    std::string installed =
-        programDirectory + kInstalledModuleDirectory + platform::LibraryFileName("mqamod");
+    std::string nextToProgram = programDirectory + platform::LibraryFileName(name);
+    std::string installed = programDirectory + kInstalledModuleDirectory + platform::LibraryFileName(name);
     const bool isInstalled =
         ProbePath(nextToProgram) == PathKind::kMissing && ProbePath(installed) != PathKind::kMissing;
     return isInstalled ? installed : nextToProgram;
+}
+
+std::string FindModule(const std::string& programDirectory) {
+    return FindLibraryOfProgram(programDirectory, "mqamod");
 }
 
 Status LoadModule(const std::string& path, PIDMMainFunction& entryPoint) {

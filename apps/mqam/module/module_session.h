@@ -13,9 +13,13 @@
 
 namespace mqam {
 
-/// Returns the path of the module that belongs to a program in `programDirectory`, which ends with a
-/// delimiter: in that directory itself, where a build puts it, or else where an installation puts it. If it
-/// is in neither, returns the path in the program's own directory.
+/// Returns the path of a library that belongs to a program in `programDirectory`, which ends with a delimiter:
+/// in that directory itself, where a build puts it, or else where an installation puts it. If it is in neither,
+/// returns the path in the program's own directory.
+///   name  of the library, without what the system adds to it
+[[nodiscard]] std::string FindLibraryOfProgram(const std::string& programDirectory, const std::string& name);
+
+/// FindLibraryOfProgram for the module.
 [[nodiscard]] std::string FindModule(const std::string& programDirectory);
 
 /// Loads the module.
