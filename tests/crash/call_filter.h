@@ -2,8 +2,8 @@
 
 // Finds the system calls that change what is on disk: the filter stops a traced process at these calls, and
 // the other routines say which file each of them concerns. The filter also stops at calls that it does not
-// know, so every other call is known to change nothing. On request it stops at calls that only look at a
-// file, too.
+// know, so every other call is known to change nothing. On request it also stops at calls that only look at
+// a file.
 #pragma once
 
 #include <sys/types.h>
@@ -12,9 +12,9 @@
 #include <string>
 
 /// Makes the kernel stop this process, its threads and every process it starts, for a tracer, at the calls
-/// that change state and at those that are not known. To be called in the traced process itself, before exec.
+/// that change state and at those that are not known. The traced process itself must call it, before exec.
 ///   alsoLooks   in   also stop at the calls that read, examine, lock or close a file
-/// Returns false with errno.
+/// Returns false, with the reason in errno, if the kernel refuses.
 [[nodiscard]] bool StopAtStateCalls(bool alsoLooks);
 
 struct StateCall {

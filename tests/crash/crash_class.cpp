@@ -18,8 +18,8 @@ const SeriesNames kPairs = {"own-before+own-before", "own-cut-to-half+own-before
                             "own-before+own-cut-to-half"};
 // In these series nothing is killed: a call fails once, or all later calls on the same file fail, too.
 const SeriesNames kFailedCalls = {"own-eio", "own-eio-on", "own-enospc", "own-enospc-on"};
-// These series do the same to calls that only look, which cannot run out of space. The last one loses the
-// file completely.
+// These series do the same to calls that only look at files, which cannot fail for lack of space. In the last
+// series every later call on the file fails.
 const SeriesNames kFailedLooks = {"look-eio", "look-eio-on", "look-eio-all"};
 // In an undisturbed load, the second attempt finds the queue empty, so it has nothing to commit. The module
 // does not call MQINQ.
@@ -31,8 +31,8 @@ const SeriesNames kMqiCalls = {
     "life2-MQGET-before",   "life2-MQGET-after",   "life2-MQCLOSE-before", "life2-MQCLOSE-after",
     "life2-MQDISC-before",  "life2-MQDISC-after",
 };
-// A message that is saved and not committed ends the first attempt of the restart. The second one reads the
-// rest.
+// A message that is saved but not committed ends the first attempt of the restart as a duplicate. The second
+// attempt reads the rest.
 const SeriesNames kMqiPairs = {"life1-MQCMIT-before+life1-MQGET-after",
                                "life1-MQCMIT-before+life2-MQCMIT-before",
                                "life1-MQCMIT-after+life1-MQCMIT-before", "life1-MQCMIT-before+own-before",

@@ -24,8 +24,8 @@ enum class DeathMoment {
     kCutByOne,  ///< a write that lacks its last byte
     kEio,       ///< nothing is killed: the call fails with EIO
     kEioOn,     ///< the same, and every later call of the scope on the same file fails
-    kEioAll,    ///< kLook: the same, and every later call on the same file fails
-    kNoSpace,   ///< kEio and kEioOn with ENOSPC
+    kEioAll,    ///< kLook: the same, and every later call of any scope on the same file fails
+    kNoSpace,   ///< like kEio, but with ENOSPC; kNoSpaceOn is like kEioOn
     kNoSpaceOn,
 };
 
@@ -39,7 +39,7 @@ struct Death {
 };
 
 [[nodiscard]] bool IsCut(DeathMoment moment);
-/// The error with which the call fails; 0 if the process is killed.
+/// Returns the error with which the call fails, or 0 if the process is killed.
 [[nodiscard]] int ErrorAt(DeathMoment moment);
 [[nodiscard]] bool GoesOnFailing(DeathMoment moment);
 [[nodiscard]] bool FailsEveryScope(DeathMoment moment);

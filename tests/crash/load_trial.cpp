@@ -92,7 +92,8 @@ std::string CompareRecords(const CrashClass& crashClass, const std::vector<std::
     return std::to_string(records.size()) + " records of " + std::to_string(crashClass.messages);
 }
 
-// Returns the names in the load's directory, without those of the queue manager.
+// Compares the names in the load's directory with those that a complete load leaves. Returns what is wrong,
+// or an empty string. The queue manager's own files are not examined.
 std::string CompareFiles(const CrashClass& crashClass, const std::string& folder) {
     const bool isFile = crashClass.target == TargetKind::kFile;
     std::set<std::string> expected = {"spool", isFile ? "out" : "db"};

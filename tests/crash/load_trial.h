@@ -14,21 +14,21 @@ struct Programs {
     std::string mqLibrary;
 };
 
-/// Makes `folder` with a queue that holds the class's messages. Returns false with errno.
+/// Creates `folder` with a queue that contains the messages of the class. Returns false, with the reason in
+/// errno, if that fails.
 [[nodiscard]] bool MakeTrial(const CrashClass& crashClass, const std::string& folder);
 
 /// Returns the load's command.
-///   checkpointEvery   in   records
-///   goesOn            in   retries by itself after its worker was killed
+///   checkpointEvery   in   the number of records between two checkpoints
+///   goesOn            in   whether the command itself retries after its worker was killed
 [[nodiscard]] ProgramOrder ComposeLoad(const CrashClass& crashClass, const std::string& folder,
                                        const Programs& programs, int checkpointEvery, bool goesOn);
 
-/// Checks the target and the queue of a load that reported to be done. Returns an empty string if every
+/// Checks the target and the queue of a load that reported that it was done. Returns an empty string if every
 /// message is in the target exactly once, in order and byte for byte, and the queue is empty. Otherwise
 /// returns what is wrong.
 [[nodiscard]] std::string CheckTarget(const CrashClass& crashClass, const std::string& folder);
 
-/// Checks everything that a load that reported to be done has left. Returns an empty string if every message
-/// is in the target exactly once, in order and byte for byte, the queue is empty and no other file is left.
-/// Otherwise returns what is wrong.
+/// Makes the same checks as CheckTarget, and also checks that no file is missing and no other file is left.
+/// Returns an empty string, or what is wrong.
 [[nodiscard]] std::string CheckLoaded(const CrashClass& crashClass, const std::string& folder);

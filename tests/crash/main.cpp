@@ -85,7 +85,7 @@ Options ReadOptions(int count, char** arguments) {
 }
 
 std::string MakeWorkDirectory() {
-    // In shared memory, syncing costs nothing. No test here simulates a power failure, so nothing is lost.
+    // In shared memory, syncing takes no time. No test here simulates a power failure, so none needs a disk.
     std::string folder =
         access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path().string();
     folder += "/mqamod-crash.XXXXXX";

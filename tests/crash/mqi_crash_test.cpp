@@ -131,7 +131,7 @@ class PointLoad {
         std::ofstream(folder_.Path("faults")) << plan;
     }
 
-    // Looks only at names, not into files.
+    // Returns whether no message is on the queue. Opens no file of it, because the load may need it.
     [[nodiscard]] bool IsQueueEmpty() const {
         std::error_code error;
         const fs::directory_iterator names(Queue(), error);
@@ -140,7 +140,8 @@ class PointLoad {
         });
     }
 
-    // A directory that a load is just deleting cannot be read. It counts as containing such a file.
+    // Returns whether a message is left anywhere in the queue manager's directory. If that cannot be read,
+    // because a load is just deleting part of it, a message counts as left.
     [[nodiscard]] bool IsMessageLeft() const {
         std::error_code error;
         fs::recursive_directory_iterator name(folder_.Path("spool"), error);
@@ -150,8 +151,8 @@ class PointLoad {
         return static_cast<bool>(error);
     }
 
-    // An attempt reads the plan when it connects. Once the queue is empty, the first attempt waits for at
-    // least a second, and then the second one begins.
+    // Runs the load to its end and writes the plan for its second attempt in time. An attempt reads the plan
+    // when it connects, and the first attempt waits for at least a second after the queue has become empty.
     [[nodiscard]] ProgramResult RunLoad(const std::string& planOfSecondLife) {
         RunningProgram load = Start();
         if (!planOfSecondLife.empty()) {
@@ -230,8 +231,8 @@ struct VerbCalls {
     int calls;  // the least number of such calls that the attempt makes
 };
 
-// Every call is a point. The test tries a few more calls than expected, because a wait that is split takes
-// another MQGET.
+// Kills the load before and after each call of the verbs. For a verb with several calls the test tries a few
+// more than expected, because a wait that is split takes another MQGET.
 void KillAroundEach(const std::vector<VerbCalls>& verbs, bool inSecondLife) {
     constexpr int kMoreCalls = 2;
     std::vector<Point> points;

@@ -24,7 +24,7 @@ struct RunningPoint {
     int outcomePipe = -1;
 };
 
-// A point's process writes this to its pipe, followed by the text of `where`.
+// A point's process writes this to its pipe, followed by the texts of the outcome.
 struct OutcomeHead {
     PointVerdict verdict;
     CallCounts counts;

@@ -78,7 +78,7 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
         const std::string wrong = JudgeFailedCall(crashClass, folder, told, end.exitCode);
         if (!wrong.empty()) return Fail(outcome, wrong);
     }
-    // After a failed call this is checked even if the load was done, because the load may have left a file.
+    // After a failed call the command runs again even if the load was done, because it may have left a file.
     if (end.exitCode != 0 || callFailed) {
         const int code = RunProgramToEnd(load);
         if (code != 0 && code != kExitNothingToDo)

@@ -24,6 +24,7 @@ struct PointOutcome {
 
 /// Creates `folder`, which must not exist, and runs a load of the class in it: the prelude, the kills one
 /// after another, then the same command until the load is done. Then checks what the load left.
-///   deaths     in   at least one; a last one with number 0 is never reached and only counts
+///   deaths     in   the kills, at least one; if the last one has the number 0, it never happens, and the run
+///                   only counts the calls
 [[nodiscard]] PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& deaths,
                                     const std::string& folder, const Programs& programs);

@@ -9,8 +9,8 @@
 
 namespace {
 
-// A series continues this far beyond the counted end, because the target's idle writer may make a call or
-// not.
+// A series continues this far beyond the counted end, because the thread that writes the target's buffer when
+// no record arrives does not make the same number of calls in each run.
 constexpr std::uint64_t kBeyondCount = 2;
 
 enum class Stage { kToCount, kCounting, kRunning, kOver };

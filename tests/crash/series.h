@@ -28,6 +28,6 @@ void PlanSeries(const std::vector<const CrashClass*>& classes, bool sampleOnly);
 void NoteOutcome(const PointJob& job, const PointOutcome& outcome);
 
 [[nodiscard]] const std::map<std::string, ClassTally>& Tallies();
-/// Names each series in which no kill happened; empty if there is none. A kill that never happens proves
-/// nothing.
+/// Returns a text for each series in which no load died and, after a run of all points, for each file in
+/// `touches` at which no load died. Such a series proves nothing.
 [[nodiscard]] std::vector<std::string> DescribeGaps();

@@ -111,7 +111,8 @@ bool IsInside(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
 }
 
-// Returns false if the thread must not be resumed.
+// Makes the call fail. Returns false if the thread must not be resumed, because the call fails only after it
+// has taken effect.
 bool MakeFail(Trace& trace, pid_t thread, const StateCall& call) {
     const DeathMoment moment = trace.death->moment;
     trace.end.came = true;

@@ -29,7 +29,7 @@ struct ProgramOrder {
     int fileKibibytesMax = 0;   ///< a write that would make a file longer fails; 0 = no limit
 };
 
-/// Counts the calls up to the end or the kill. These are the numbers that a Death of the scope can have.
+/// The numbers of calls up to the end or the kill. A Death of the scope can have each number up to these.
 struct CallCounts {
     std::uint64_t calls[3] = {};   ///< by DeathScope: own, store, look
     std::uint64_t writes[3] = {};  ///< the writes among them that can be cut short

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A disk below the C library. The module's streams are real ones with real buffers, and everything that they
-// finally read and write goes through this double, where it can fail. So the C library itself decides what a
-// failed flush drops, keeps or reports.
+// Replaces the disk below the C library. The module has real streams with real buffers, and everything that
+// they read from and write to the disk goes through this double, where it can fail. So the C library itself
+// decides what a failed flush drops, keeps or reports.
 #pragma once
 
 #include <cstddef>
@@ -30,9 +30,9 @@ class DiskDouble {
     /// Opens a stream as std::fopen does.
     std::FILE* Open(const char* path, const char* mode);
     void Add(const DiskFault& fault) { faults_.push_back(fault); }
-    /// Restarts the counts and removes the fault.
+    /// Removes the faults and the points, and counts the calls from 1 again.
     void BeginProcess();
-    /// From now on, drops what the streams that are open write.
+    /// Drops everything that the streams opened so far write from now on.
     void EndProcess() { *alive_ = false; }
 
     std::function<void(const DiskFault& fault, const std::string& path)> onStrike;
@@ -51,7 +51,7 @@ class DiskDouble {
         std::shared_ptr<bool> alive;
     };
 
-    // These are called by the streams.
+    // The streams call this for each of their reads and writes.
     const DiskFault* Strike(DiskCall call, const std::string& path);
 
   private:

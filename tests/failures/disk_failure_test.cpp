@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every read and write of a restarted load that reaches the disk fails there, once or until the next attempt
-// is over. The C library's buffers are between the disk and the module. The request that notices the failure
-// returns what it promises, and the load ends with every message in the target exactly once.
+// Makes each read and write of a restarted load that reaches the disk fail there, once or until the next
+// attempt is over. The C library's buffers are between the disk and the module. The request that notices the
+// failure must return what it promises, and the load must end with every message in the target exactly once.
 #include <cerrno>
 
 #include "tests/failures/disk_double.h"
@@ -53,7 +53,7 @@ void AddPoint(int attempt, const DiskDouble::Point& point, std::vector<DiskFailu
         entry.tlf = tlf;
         entry.attempt = attempt;
         entry.fault = {point.call, point.file, point.nth, way.error, way.takesHalf, way.stays};
-        // A full disk is first noticed with this file, then with all others.
+        // The disk is full for this file first, and then for all files. "*" marks such a fault.
         if (way.anyFile) entry.fault.file += "*";
         cases.push_back(entry);
     };
@@ -77,8 +77,8 @@ std::vector<DiskFailureCase> DiskFailureCases(const std::string& file) {
     load.host.atEnd = [&](ModuleProcess&) {
         disk.EndProcess();
         for (const DiskDouble::Point& point : disk.points) {
-            // Only a sample of the calls on the trace is taken: it is written at every step, and nothing
-            // depends on it.
+            // The trace is written at every step and nothing depends on it, so a sample of its calls is
+            // enough.
             const bool sampled = point.file != kTraceFile || point.nth % 16 == 1;
             if (point.file.find(file) == 0 && sampled) AddPoint(load.host.Attempts(), point, cases);
         }
@@ -117,7 +117,7 @@ class DiskFailure : public testing::TestWithParam<DiskFailureCase> {
         disk.Add({DiskCall::Write, "", 1, fault.error, fault.takesHalf, true});
     }
 
-    /// Says which call of the module reads or writes.
+    /// Returns the kind of the module's call that is now reading or writing the file.
     FileCall CallUnderWay(const std::string& path) const {
         const FaultPlan& files = watched.Files();
         if (files.flushingAll || path == kTraceFile) return FileCall::FlushAll;

@@ -48,7 +48,7 @@ struct Promise {
     std::optional<ExpectedError> error{};
 };
 
-// This stands in for a return code if the failure has no consequence.
+// Takes the place of the return code if the failure has no consequence.
 constexpr ReturnCode kUnaffected = -1;
 
 std::string Numbered(int number, const std::string& text) {
@@ -167,7 +167,8 @@ Promise ForTrace(const FileStrike& strike) {
 
 Promise PromiseOf(const std::string& request, const FileStrike& strike) {
     const std::string& file = strike.fault.file;
-    // A stream that cannot be closed has no consequence, because everything important was flushed before.
+    // A close or a command that fails has no consequence, because everything important was flushed before.
+    // The module does not check a flush of all streams.
     if (strike.call == FileCall::Close || strike.call == FileCall::Command ||
         strike.call == FileCall::FlushAll)
         return {kUnaffected};

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A load of a few messages, attempt after attempt, in a directory of its own. After each attempt every
-// message must be safe in some place, and at the end each must be in the target exactly once.
+// Runs a load of a few messages, attempt after attempt, in a directory of its own. After each attempt every
+// message must be stored in the target, saved in the checkpoint file or on the queue. At the end each must be
+// in the target exactly once.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -68,7 +68,8 @@ std::vector<Way> WaysOf(FileCall call) {
     return ways;
 }
 
-// All streams are flushed, and the trace is written, at every step. A sample of these calls is enough.
+// Returns whether the call is tested. All streams are flushed, and the trace is written, at every step, so a
+// sample of these calls is enough.
 bool IsSampled(const CallPoint& point) {
     const bool trace = point.file == kTraceFile;
     if (point.call == FileCall::FlushAll) return !trace && point.nth % 4 == 1;

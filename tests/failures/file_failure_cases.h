@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Lists every file call of a restarted load, as a load without failures makes them, with every way in which
-// each can fail.
+// Lists the file calls that a restarted load makes, with every way in which each of them can fail. Of the
+// calls on the trace and of the flushes of all streams, it lists a sample.
 #pragma once
 
 #include <ostream>
@@ -26,8 +26,7 @@ inline void PrintTo(const FileFailureCase& failure, std::ostream* stream) {
 
 /// Returns the load of all cases, which keeps a log and a trace.
 LoadPlan FileFailurePlan(bool tlf);
-/// Returns the fault that makes one attempt of that load end in such a way that the next one begins with a
-/// replay.
+/// Returns a commit that fails and breaks the connection, so that the next attempt begins with a replay.
 MqiFault LostCommit();
 
 /// Returns the cases for the files whose name contains the text.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every call on a file of a restarted load fails, once or until the next attempt is over. The request returns
-// what it promises, and the load ends with every message in the target exactly once.
+// Makes each listed call on a file of a restarted load fail, once or until the next attempt is over. The
+// request must return what it promises, and the load must end with every message in the target exactly once.
 #include "tests/failures/file_failure_cases.h"
 #include "tests/failures/watched_load.h"
 

@@ -75,7 +75,7 @@ bool LoadHost::Start(bool restart) {
     return TakePosition();  // H5
 }
 
-// H2: the target is durable, then the position.
+// H2: the position is stored only after the target is durable.
 bool LoadHost::TakePosition() {
     const PositionOutcome outcome = process_->GetPos();
     if (!Send("GetPos", outcome)) return false;
@@ -84,7 +84,7 @@ bool LoadHost::TakePosition() {
     return true;
 }
 
-// Returns whether the load may continue: a record came, or an empty one.
+// Returns whether the load may continue. It may not after an end of input, a failure or too many records.
 bool LoadHost::ReadOne() {
     const std::int64_t before = waitedMs_;
     const ReadOutcome outcome = process_->Read();
@@ -124,7 +124,7 @@ bool LoadHost::Close() {
     return closed;
 }
 
-// H24: the load is stored as done.
+// H24: the load is stored as done before its files are deleted.
 void LoadHost::DeleteFiles() {
     (void)Send("Preserve", process_->PutAttribute("PRESERVE_RESTART_INFO", "NO"));
     (void)Send("Close", process_->Close());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// One process of a load: the module freshly loaded, with its state at zero. Its file calls can fail, and its
-// clock is the test's. When the object ends, the process is dead: what its streams buffered is lost, and the
-// module is unloaded.
+// One process of a load. The module is loaded with the state that it has in a new process; its file calls can
+// fail, and the test controls its clock. The destructor ends the process as a crash does: what its streams
+// buffered is lost. It also unloads the module.
 #pragma once
 
 #include <memory>

@@ -71,7 +71,7 @@ const Codes kDiscFailures = {2009, 2018, 2058, 2059, 2071, 2101, 2102, 2109, 212
                              2131, 2138, 2157, 2162, 2183, 2195, 2203, 2204, 2217, 2219,
                              2279, 2298, 2374, 2375, 2376, 2546, 2547, 2548, 2549, 2556};
 
-// With these reasons the connection is gone.
+// Returns whether the connection no longer exists after a failure with this reason.
 bool BreaksConnection(MQLONG reason) {
     constexpr std::array kReasons = {2009, 2018, 2059, 2162, 2203, 2217, 2279, 2546, 2548, 2556};
     return std::find(kReasons.begin(), kReasons.end(), reason) != kReasons.end();

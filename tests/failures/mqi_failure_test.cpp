@@ -11,9 +11,9 @@
 
 namespace {
 
-// Defines the load of all cases. The operator stops it. A commit of the second attempt is lost with the
-// connection, so the third one begins with a replay and ends with the duplicate. The fourth loads the rest,
-// and the fifth finds nothing more.
+// Defines the load of all cases. The operator stops its first attempt. A commit of the second attempt is lost
+// with the connection, so the third attempt begins with a replay and ends with the duplicate. The fourth
+// attempt loads the rest, and the fifth finds nothing more.
 const LoadPlan kPlan{.keywords = "", .stopAfter = 4};
 const MqiFault kLostCommit{Verb::Cmit, 6, MQCC_FAILED, 2009, Effect::BackedOut, true};
 constexpr int kAttemptsWithoutFailure = 5;
@@ -29,8 +29,8 @@ const std::vector<QueueManagerDouble::Call>& CallsWithoutFailure() {
     return calls;
 }
 
-/// Says which call of the verb is meant, counted over all attempts. For MQGET only calls that return a
-/// message count.
+/// Returns the number of the call of the verb that must fail, counted over all attempts. For MQGET it is a
+/// call that returns a message, except with EmptyQueue.
 int Nth(Verb verb, When when) {
     const bool message = verb == Verb::Get && when != When::EmptyQueue;
     std::vector<int> candidates;
@@ -47,7 +47,7 @@ int Nth(Verb verb, When when) {
     return 0;
 }
 
-/// This is the number of the message that cannot be saved.
+/// Returns the number of the message that cannot be saved.
 int NthMessage(When when) {
     int messages = 0;
     for (const QueueManagerDouble::Call& call : CallsWithoutFailure())
@@ -129,7 +129,8 @@ Expected ExpectedOf(const MqiFailureCase& failure, MQLONG lengthFound) {
 
 class MqiFailure : public testing::TestWithParam<MqiFailureCase> {
   protected:
-    /// Runs the load without failures before there is any other, because one queue manager answers at a time.
+    /// Runs the load without failures before a test creates its own load, because only one
+    /// QueueManagerDouble can exist at a time.
     static void SetUpTestSuite() { (void)CallsWithoutFailure(); }
 
     void CheckReturn(const std::string& request, const Outcome& outcome) const {
@@ -166,7 +167,7 @@ TEST_P(MqiFailure, ReturnsWhatItPromisesAndLosesAndDoublesNothing) {
     load.queueManager.Add(fault);
     load.queueManager.Add(kLostCommit);
 
-    // Apart from the fault of the case, only the lost commit can strike.
+    // Besides the fault of the case, only the lost commit can strike.
     bool checked = false;
     load.host.afterRequest = [&](const std::string& request, const Outcome& outcome) {
         if (checked || !load.queueManager.HasStruck(fault.verb, fault.nth)) return;

@@ -44,7 +44,7 @@ class QueueManagerDouble {
     void Put(const std::string& bytes) { messages_.push_back({bytes, 0, Place::Queue}); }
     /// Adds a fault. Each call consumes the first fault that fits it.
     void Add(const MqiFault& fault) { faults_.push_back(fault); }
-    /// Ends the connected process.
+    /// Ends the process that is connected, so that its unit of work is backed out.
     void EndProcess();
 
     /// Returns whether a fault has struck the call.

@@ -27,7 +27,7 @@ class WatchedLoad {
 
     bool tlf_;
     FaultPlan* files_ = nullptr;
-    std::optional<FileStrike> struck_;  // the first strike during the running request
+    std::optional<FileStrike> struck_;  // the strike during the running request that decides its outcome
     Fault lastFault_{};
     std::size_t requestBegins_ = 0;  // index in the log of file calls
     std::size_t callsBefore_ = 0;    // number of MQ calls before the request

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The events of a console. The tests call the handlers as the system does, on a thread of its own.
+// Tests the events of a console. The tests call each handler as the system does, on a thread of its own.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -20,7 +20,8 @@ constexpr int kOrderlyExitCode = 43;
 
 constexpr DWORD kEndsOfSession[] = {CTRL_CLOSE_EVENT, CTRL_LOGOFF_EVENT, CTRL_SHUTDOWN_EVENT};
 
-// Delivers `event` to `handler`, waits until `isTaken`, and then ends the process unless the handler has returned.
+// Delivers `event` to `handler` and waits until `isTaken` returns true. Then ends the process, with another
+// exit code if the handler has returned.
 template <typename IsTaken>
 [[noreturn]] void EndUnlessHandled(PHANDLER_ROUTINE handler, DWORD event, IsTaken isTaken) {
     std::thread([=] {

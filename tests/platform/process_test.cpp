@@ -17,7 +17,7 @@ namespace {
 constexpr char kPartVariable[] = "MQAM_TEST_PART";
 constexpr int kExitCode = 42;
 
-// Starts this very test as a child that plays `part`.
+// Starts this test again in a child process that plays `part`.
 platform::ProcessHandle StartChild(const std::string& part, platform::ProcessOptions options = {}) {
     std::vector<std::string> arguments = ArgumentsForThisTest();
     arguments.insert(arguments.begin(), ThisProgram());

@@ -57,8 +57,8 @@ int AnswerPause(const timespec* asked, timespec* rest) {
 
 class BrokenPauseTest : public OpenRetryTest {
   protected:
-    /// Opens the queue with one retry. Returns the pauses, in milliseconds, that the module asks for before it
-    /// if they fail with the errno values given.
+    /// Opens the queue with one retry. Returns the pauses, in milliseconds, that the module asks for before
+    /// the retry if they fail with the errno values given.
     std::vector<std::int64_t> PausesOfARetry(const std::vector<int>& answers) {
         EXPECT_TRUE(Succeeds(Init(std::string(kRequired) + " -OWAIT 90 -OTENACITY 180")));
         FailOpens(1, 2042);

@@ -89,7 +89,7 @@ TEST_F(ConvertTest, EveryByteOfEverySingleByteSetSurvivesARoundTrip) {
 }
 
 TEST_F(ConvertTest, CharacterSet1200HasTheByteOrderOfTheEncoding) {
-    const std::string clef = "\xF0\x9D\x84\x9E";  // a character beyond 16 bits
+    const std::string clef = "\xF0\x9D\x84\x9E";  // a character that needs two units of 16 bits
     PutText(clef, 1208);
     EXPECT_EQ("\xD8\x34\xDD\x1E", GetAs(1200, 1000, 273).body);
     PutText("\xD8\x34\xDD\x1E", 1200, "MQSTR   ", 273);

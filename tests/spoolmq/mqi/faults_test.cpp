@@ -9,7 +9,7 @@ namespace {
 
 class FaultsTest : public SpoolTest {
   protected:
-    /// Returns what an actor logs while a fault plan is in effect.
+    /// Runs an actor under the fault plan and returns the lines that it logs.
     std::vector<std::string> LogUnder(const std::string& plan, const std::vector<std::string>& steps) {
         RemoveLogs();
         platform::SetEnvironment("SPOOLMQ_FAULTS", plan);

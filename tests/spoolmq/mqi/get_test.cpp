@@ -22,7 +22,7 @@ class GetTest : public SpoolTest {
     }
 };
 
-/// Runs the action on another thread after a moment.
+/// Runs the action on another thread after 150 ms.
 std::thread Later(const std::function<void()>& action) {
     return std::thread([action] {
         std::this_thread::sleep_for(std::chrono::milliseconds(150));

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Lists the verbs that IBM's Node.js binding looks up, and the remaining ones.
+// Lists the verbs that the libraries must export, among them all that IBM's Node.js binding looks up.
 const char* const kVerbs[] = {"MQCONN",  "MQCONNX", "MQDISC",  "MQOPEN",  "MQCLOSE", "MQPUT1",  "MQPUT",
                               "MQGET",   "MQINQ",   "MQSET",   "MQBEGIN", "MQCMIT",  "MQBACK",  "MQSTAT",
                               "MQCB",    "MQCTL",   "MQSUB",   "MQSUBRQ", "MQCRTMH", "MQDLTMH", "MQSETMP",

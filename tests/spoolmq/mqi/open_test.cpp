@@ -18,7 +18,7 @@ class OpenTest : public SpoolTest {
     }
     Codes OpenQ(MQLONG options) { return Open(connection_, "Q", options, &object_); }
 
-    /// Opens the queue from another program and returns what that logs.
+    /// Opens the queue from another program and returns what that program logs.
     std::vector<std::string> OpenElsewhere(const std::string& options) {
         RemoveLogs();
         RunActor({"connect", "QM1", "open", "Q", options, "disc"});

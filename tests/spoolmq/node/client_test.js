@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A client from outside this project, IBM's Node.js binding, uses the stand-in queue manager: it connects, puts, gets with a
-// wait, backs out, commits, inquires and disconnects. It loads libmqm_r.so from LD_LIBRARY_PATH. SPOOLMQ_DIR contains the
-// queue manager QM1 with the empty queue Q1.
+// Uses the stand-in queue manager through a client from outside this project, IBM's Node.js binding. It
+// connects, puts, gets with a wait, backs out, commits, inquires and disconnects. The binding loads libmqm_r.so
+// from LD_LIBRARY_PATH. SPOOLMQ_DIR must contain the queue manager QM1 with the empty queue Q1.
 //
-// The module is to read the messages that this client leaves on the queue. The client writes their bytes to
-// the file named by the argument, each after its length (4 bytes, little-endian).
+// The messages that this client leaves on the queue are for the module to read. The client writes their bytes
+// to the file named by the argument, each after its length (4 bytes, little-endian).
 "use strict";
 
 const assert = require("node:assert/strict");

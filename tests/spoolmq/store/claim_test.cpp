@@ -27,8 +27,8 @@ class ClaimTest : public testing::Test {
         DisconnectStore(std::move(connection_));
     }
 
-    // Claims the message under syncpoint and undoes the claim while the queue's directory is in another
-    // place.
+    // Claims the message under syncpoint, and tries to undo the claim while the queue's directory has another
+    // name.
     void FailToUndoAClaim() {
         FoundMessage found;
         ASSERT_TRUE(FindMessage(*queue_, {}, {}, found).IsOk());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Kills programs at every crash point of the store, before and after every call, and at random moments. What
-// they had committed must stay committed. Everything else must be as if they had never started, except for
-// the back-out count.
+// Kills programs at every crash point of the store, before and after calls, and at random moments. What they
+// had committed must stay committed. Everything else must be as if they had never started, except for the
+// back-out counts.
 #include <algorithm>
 #include <map>
 #include <random>
@@ -210,7 +210,7 @@ TEST_F(RecoveryTest, AKillDuringTheRecoveryOfACommitIsRecovered) {
     ExpectNoLeftovers();
 }
 
-/// Returns how often the log of the consumers mentions a message.
+/// Counts the lines about one message in the logs of the consumers.
 struct LogCounts {
     int tries = 0;
     int oks = 0;
@@ -259,8 +259,8 @@ TEST_F(RecoveryTest, ConsumersKilledAtAnyMomentLoseAndRepeatNothing) {
         const LogCounts counts = logged[message];
         EXPECT_LE(left[message], 1) << message;
         EXPECT_LE(counts.oks, 1) << message;
-        // A message whose commit was reported must be gone. One whose commit was never tried must still
-        // exist. For the others, either is right.
+        // A message whose commit was reported must be gone. A message whose commit was never tried must still
+        // exist. Any other message may be gone or exist.
         if (counts.oks == 1) {
             EXPECT_EQ(0, left[message]) << message;
         }

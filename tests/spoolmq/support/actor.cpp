@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A program that the tests start as another client. It carries out the steps on its command line, one after the
-// other, and ends without disconnecting.
+// A program that the tests start as another client. It carries out the steps on its command line, one after
+// the other, and does not disconnect at its end.
 //
 //     spoolmq_actor LOGFILE STEP...
 //

@@ -12,7 +12,7 @@ struct ChildProcess {
     platform::ProcessHandle process = platform::kNoProcess;
 };
 
-/// WaitForChild returns this for a program that was killed, by the test or by itself.
+/// WaitForChild returns this for a program that was killed by the test or killed itself.
 inline constexpr int kKilled = platform::kKilledExitCode;
 
 /// Starts a program with the environment of the test. Aborts the test program if that is not possible.
@@ -22,5 +22,6 @@ int WaitForChild(ChildProcess* child);
 /// Kills the program as kill -9 does. WaitForChild must follow.
 void KillChild(const ChildProcess& child);
 
-/// Returns whether the system starts every program that it is asked to start. Wine under load does not.
+/// Returns whether the system starts every program that it is asked to start. Under load, Wine sometimes
+/// fails to start one.
 [[nodiscard]] bool ProcessesStartReliably();

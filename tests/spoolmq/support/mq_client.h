@@ -57,8 +57,8 @@ struct Got {
     mqi::MQMD md{};
     mqi::MQGMO gmo{};
 };
-/// Gets with a buffer of this many bytes. The descriptor contains the identifiers to select and the character set and
-/// encoding to convert to.
+/// Calls MQGET with a buffer of `bufferBytes`. The descriptor contains the identifiers to select, and the
+/// character set and encoding to convert to.
 [[nodiscard]] Got GetWith(MQHCONN connection, MQHOBJ object, mqi::MQMD md, mqi::MQGMO gmo,
                           std::size_t bufferBytes = 100000);
 [[nodiscard]] Got Get(MQHCONN connection, MQHOBJ object, MQLONG options, std::size_t bufferBytes = 100000);

@@ -21,9 +21,9 @@ struct MqLibrary {
     void (*Inq)(MQHCONN, MQHOBJ, MQLONG, const MQLONG*, MQLONG, MQLONG*, MQLONG, MQCHAR*, MQLONG*, MQLONG*);
 };
 
-/// Returns the path of the library under the name of IBM's mqic (client) or mqm.
+/// Returns the path of the stand-in under the name of IBM's client library (mqic) or server library (mqm).
 [[nodiscard]] std::string MqLibraryPath(bool isClient);
-/// Returns an exported verb, or null if there is none of that name. Aborts if the library cannot be loaded.
+/// Returns the verb, or null if the library does not export it. Aborts if the library cannot be loaded.
 [[nodiscard]] void* FindVerb(const std::string& libraryPath, const char* name);
 /// Returns the verbs of mqm, loaded on first use.
 [[nodiscard]] const MqLibrary& Mq();

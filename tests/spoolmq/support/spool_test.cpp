@@ -26,8 +26,8 @@ void WriteAll(const fs::path& path, const std::string& content) {
 
 namespace {
 
-// Writes the content next to the file and renames it into place, so that a reader never sees half of it.
-// Windows does not replace a file that a reader has open, so this is repeated until the reader is done.
+// Writes the content to `aside` and renames that to `path`, so that a reader never sees half of it. Windows
+// does not replace a file that a reader has open, so the rename is repeated until the reader is done.
 void ReplaceFile(const fs::path& path, const fs::path& aside, const std::string& content) {
     WriteAll(aside, content);
     std::error_code failure;
