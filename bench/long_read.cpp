@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Reads many records in one process and prints every so often how long that took and how much memory the process
-// uses, as lines "records seconds kilobytes". A module whose cost per record or whose memory grows shows it here.
+// Reads many records in one process. After every EVERY records it prints a line "records seconds kilobytes":
+// the records read, the time they took and the memory that the process uses. It shows whether the module's
+// time for a record or its memory grows.
 //
 //   long_read RECORDS EVERY RECORDS_PER_CHECKPOINT [KEYWORDS]
 //

@@ -17,9 +17,9 @@ namespace {
 
 std::size_t messageBytes = 100;
 std::array<char, kLargestMessage> message;
-// How many messages are left; -1 = the queue is never empty.
+// The number of messages that are left, or -1 if the queue is never empty.
 std::int64_t messagesLeft = -1;
-// Null, or a file that exists once the queue is empty.
+// The path of a file that exists once the queue is empty, or null if no file shows that.
 const char* emptyMark = nullptr;
 
 void ReadEnvironment() {

@@ -10,7 +10,8 @@
 
 #include "mqamod.h"
 
-/// Loads the module, which will bind the given MQ library. Ends the process with a message if that fails.
+/// Loads the module and makes it use the MQ library given. Ends the process with a message if the module
+/// cannot be loaded.
 void LoadModule(const char* modulePath, const char* mqLibraryPath);
 
 /// Calls Init with the keywords, then Open. Ends the process with the module's error text if one fails.

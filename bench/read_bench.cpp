@@ -11,7 +11,8 @@
 //   FloorReplay        fgetpos, and an fread of the length and of the record
 //   Replay             the module's Read after SetPos
 //
-// The files are in the current directory. They are rewritten every 64 MB so that they stay in the page cache.
+// The files are in the current directory. They are rewritten after every 64 MB, so that they stay in the page
+// cache.
 //   read_bench [--benchmark_...]
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
@@ -41,7 +42,7 @@ constexpr char kKeywords[] = "-QMGR QM1 -QNM Q1 -TLF NO -BKSZ 1048576";
 void* library;
 // A length and a record, as the checkpoint file contains them.
 std::vector<char> recordImage(kLengthBytes + kLargestMessage);
-// The buffer that the module gives its checkpoint file has the same size.
+// The buffer of the floor file's stream, as large as the one that the module gives its checkpoint file.
 char streamBuffer[65536];
 
 template <typename Function>
@@ -81,7 +82,7 @@ bool WriteFloorFile(std::int64_t records, std::int64_t recordBytes) {
     return std::fclose(file) == 0 && written;
 }
 
-/// The MQ calls of the floors.
+/// Makes the MQ calls of the Floor benchmarks, without the module.
 class Floor {
   public:
     /// Gets a message into the place of the record in recordImage. Returns its length.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The input is the 16 bytes of a position, two bytes that say how the host continues, and a checkpoint file.
-// A load is restarted with them. What it returns is compared with a simple walk through the file: the records
-// in order and no others, and a failure exactly where the file is damaged.
+// Restarts a load with an input that consists of the 16 bytes of a position, two bytes that say how the host
+// continues, and a checkpoint file. Compares what the load returns with a simple walk through the file: it
+// must return the records in order and no others, and fail exactly where the file is damaged.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -22,7 +22,7 @@ constexpr int kQueueMessages = 2;
 // Above this offset the file system may refuse a seek.
 constexpr std::int64_t kFarOffset = std::int64_t{1} << 40;
 
-// The two bytes select these.
+// How the host continues, as the two bytes of the input say.
 struct Plan {
     std::uint64_t blockSize;
     bool traced;
@@ -66,7 +66,7 @@ struct Replay {
 
 enum class Step { Record, End, Damage };
 
-// Says what is at the replay's offset.
+// Returns what is at the offset, and the record if it is one.
 Step StepAt(const Replay& replay, std::uint64_t at, std::string& record) {
     if (at >= replay.file.size()) return Step::End;
     const std::uint64_t left = replay.file.size() - at;
@@ -77,7 +77,8 @@ Step StepAt(const Replay& replay, std::uint64_t at, std::string& record) {
     return Step::Record;
 }
 
-// Collects the records from the offset on. Returns false if one of them is damaged.
+// Copies the records that were not replayed yet from the file to `remaining`. Returns false if one of them is
+// damaged.
 bool TakeRemaining(const Replay& replay, std::string& remaining) {
     std::string record;
     std::uint64_t at = replay.at;
@@ -88,7 +89,7 @@ bool TakeRemaining(const Replay& replay, std::string& remaining) {
     return step == Step::End;
 }
 
-// Finds where the restart begins. Returns false if it must be refused.
+// Finds the offset at which the replay begins. Returns false if SetPos must refuse the position.
 bool FindBeginning(const PositionData& position, Replay& replay) {
     if (replay.file.size() < kHeaderBytes) return false;
     const auto sequence = NumberAt<std::int32_t>(replay.file, 0);
@@ -119,8 +120,8 @@ bool ReadOn(Replay& replay) {
     return true;
 }
 
-// Calls GetPos and the Read that carries it out. The file then contains the header, the last record and those
-// that were not replayed yet.
+// Calls GetPos and the Read that carries the checkpoint out. The file then contains the header, the last
+// record and the records that were not replayed yet.
 bool TakeCheckpointAndRead(Replay& replay) {
     const Position position = HostGetPos();
     Require(position.code == pmrcOK && position.data.has_value(), "a position is given");

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Declares what each harness defines. It is called once for every input, with the module as freshly loaded.
+// Declares RunInput, which each harness defines, and the routines with which a harness reports a finding.
 #pragma once
 
 #include "fuzz/byte_reader.h"
 
-/// Runs the module on one input.
+/// Runs one input. A harness of the module finds the module in the state that it has when it is loaded.
 void RunInput(ByteReader input);
 
-/// Reports a finding: ends the process with the sentence that is not true.
+/// Reports a finding: prints `sentence`, which should be true and is not, and ends the process.
 [[noreturn]] void ReportFinding(const char* sentence);
 
 inline void Require(bool holds, const char* sentence) {

@@ -14,7 +14,8 @@ namespace {
 constexpr char kHostByte = '\xA5';  // the content of fields that do not belong to the request
 constexpr std::size_t kMostRecordBytes = 16777216;
 
-// Bytes on the heap at an odd address, exactly as many as requested.
+// Memory on the heap at an odd address. The allocation ends with it, so that the sanitizer sees every access
+// beyond it.
 class ExactBlock {
   public:
     explicit ExactBlock(std::size_t bytes)

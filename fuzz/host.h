@@ -2,8 +2,8 @@
 
 // Plays the fuzzer's host, which makes requests of the module through PIDMMain. Its blocks are at odd
 // addresses and end exactly after the last field of the request, so that the sanitizer sees every access
-// beyond it. After each request it checks the module's contract: the code exists, the error text ends within
-// its length, and only the request's outputs were written.
+// beyond it. After each request the host checks that the return code exists, that the error text ends within
+// its length, and that only the request's outputs were written.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 ReturnCode HostInit(const std::string& initString,
                     std::uint16_t firstVersion = MQAMOD_FIRST_INTERFACE_VERSION);
 
-/// Calls Init with a null pointer and this length, which must not be above 0.
+/// Calls Init with a null pointer instead of a string. `length` must not be above 0.
 ReturnCode HostInitNowhere(std::int32_t length);
 
 /// Calls Open and remembers the record length that the module asks for.
@@ -30,7 +30,7 @@ Record HostRead();
 
 struct Position {
     ReturnCode code;
-    std::optional<PositionData> data;  ///< none if the module returned none
+    std::optional<PositionData> data;  ///< empty if the module returned no position
 };
 Position HostGetPos();
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The input is the initialization string. Its files are in the work directory, which is empty, so a parameter
-// file that it names can only be a file that the same string made the module write.
+// Calls Init with the input as initialization string. The files that it names are in the work directory,
+// which is empty, so a parameter file can only be a file that the same string made the module write.
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"

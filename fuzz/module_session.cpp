@@ -58,8 +58,8 @@ void PrepareModule() {
     Require(std::freopen("/dev/null", "w", stdout) != nullptr, "standard output can be redirected");
 }
 
-// A module that was never initialized, or was already shut, refuses Shut but may hold an error text. After an
-// Init, whatever it returns, it accepts Shut.
+// Calls Init before Shut, because a module that is not initialized refuses Shut, although it may still own an
+// error text. After an Init, whatever it returns, it accepts Shut.
 void EndModuleSession() {
     PlayCalmQueue(0);
     (void)HostInit("");

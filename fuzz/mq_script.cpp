@@ -41,7 +41,8 @@ constexpr std::uint8_t kFirstFailure = 200;
 constexpr std::uint8_t kFirstWarning = 230;
 constexpr std::uint8_t kFirstAnything = 250;
 
-// For MQGET, below the first of these it is the length of a message whose bytes follow.
+// For MQGET the first byte has these meanings. Below kFirstRepeated it is the length of a message whose bytes
+// follow.
 constexpr std::uint8_t kFirstRepeated = 140;    // the previous message, redelivered after a back-out
 constexpr std::uint8_t kFirstEmptyQueue = 160;  // no message, after a number of seconds
 constexpr std::uint8_t kFirstAroundRoom = 190;  // a message as long as the buffer, or one byte more or less

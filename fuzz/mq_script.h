@@ -11,8 +11,8 @@
 /// Makes the module find the double. It must be called once per process.
 void BindMqScript();
 
-/// Takes the outcome of each call from the input, at least one byte per call. After the input's end every
-/// MQGET fails and everything else succeeds.
+/// Makes each call take its outcome, at least one byte, from the input. After the end of the input every
+/// MQGET fails and every other call succeeds.
 void PlayOutcomes(ByteReader* input);
 
 /// Makes every call succeed. The queue delivers `messages` messages and is then empty; a host that continues
@@ -22,5 +22,6 @@ void PlayCalmQueue(int messages);
 /// Returns the bytes of a message of the calm queue. The first one has number 1.
 std::string CalmMessage(int number);
 
-/// Sets the size of the host's record buffer: no more is written there, whatever length MQGET reports.
+/// Sets the size of the host's record buffer. MQGET writes no more bytes than that, whatever length it
+/// reports.
 void SetRecordBufferRoom(std::size_t bytes);

@@ -51,7 +51,7 @@ class MqiBlock {
     }
     /// Fills the block from the offset to its end.
     void SetBytes(std::size_t offset, const char* bytes) { SetSome(offset, {bytes, bytes_ - offset}); }
-    /// Copies as many of the bytes as there is room for.
+    /// Copies as many of the bytes as fit between the offset and the end of the block.
     void SetSome(std::size_t offset, std::string_view bytes) {
         if (offset >= bytes_) return;
         std::memcpy(memory_ + offset, bytes.data(), std::min(bytes.size(), bytes_ - offset));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The input is the parameter file. It contains no slash, because the file is read in pieces of 511 characters
-// and a slash anywhere could become the first character of a path.
+// Calls Init with the input as parameter file. Slashes are removed, because the module reads the file in
+// pieces of 511 characters, and a slash anywhere could become the first character of a path.
 #include "fuzz/harness.h"
 #include "fuzz/host.h"
 #include "fuzz/mq_script.h"

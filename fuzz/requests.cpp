@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The input is a list of requests with their data and, between them, the outcomes of the MQ calls that they
-// cause. Files change while the module uses them, the clock jumps, and several processes in turn use the same
-// files.
+// Sends the requests that the input lists, with their data. The outcomes of the MQ calls that they cause are
+// in the input, too. Files change while the module uses them, the clock jumps, and several processes use the
+// same files, one after the other.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,7 +23,7 @@ namespace {
 
 constexpr int kMostRequests = 200;
 
-// Keeps the positions that the host has received and may return to.
+// The positions that the host has received and may send with SetPos.
 std::array<PositionData, 4> given;
 std::size_t givenCount;
 
@@ -178,7 +178,7 @@ void BreakOrMendClock(ByteReader& input) {
     BreakClock((input.Byte() & 1U) != 0);
 }
 
-// The process ends and another one begins. It finds only the files that the host made the module keep.
+// Ends the process and begins another one, which finds only the files that the host made the module keep.
 void NextLife(ByteReader& input) {
     EndModuleSession();
     PlayOutcomes(&input);
@@ -206,7 +206,8 @@ constexpr void (*kRequests[])(ByteReader&) = {InitFromParts, InitFromBytes,
 }  // namespace
 
 void RunInput(ByteReader input) {
-    // Paths come from initialization strings, and a log of messages may be read as a parameter file.
+    // A slash would lead paths out of the work directory. It could come from an initialization string, or
+    // from a log of messages that is read as a parameter file.
     std::string bytes = input.Rest();
     DropSlashes(bytes);
     ByteReader safe{reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()};

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The input is the content of the stand-in's directory and what a program does with it: files of any name and
-// content where queue managers, queues, descriptors and units of work are expected, and MQI calls in any
-// order, between which the directory changes as if other programs used it.
+// Tests the stand-in with files of any name and content where queue managers, queues, descriptors and units
+// of work are expected, and with MQI calls in any order. Between the calls the directory changes as if other
+// programs used it. The input describes all of this.
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -211,7 +211,8 @@ constexpr void (*kSteps[])(ByteReader&) = {MakeSpoolFile,
                                            Close,
                                            Disconnect};
 
-// Calls added after the corpus have numbers of their own, so that the inputs of the corpus keep their meaning.
+// These steps were added after the corpus was made. They have numbers of their own, so that the inputs of the
+// corpus keep their meaning.
 constexpr std::uint8_t kRareStep = 255;
 constexpr void (*kRareSteps[])(ByteReader&) = {MakeSpoolPipe, CutSpoolFile};
 

@@ -21,7 +21,8 @@ namespace fs = std::filesystem;
 constexpr char kUnits[] = "root/QM/.units";
 constexpr char kDeadUnit[] = "9-1";  // of a process that has ended
 
-// Names the unit of work of an open connection, or that of a process that has ended.
+// Returns the name of a unit of work that has a directory or, if there is no such unit, the name of one that
+// belongs to a process that has ended.
 std::string SomeUnit() {
     std::string unit = kDeadUnit;
     DIR* entries = opendir(kUnits);
@@ -94,7 +95,7 @@ std::string Path(ByteReader& input) {
     return directory + '/' + Name(input);
 }
 
-// Also makes the directories on the path, if they can be made.
+// Makes the directories that the path needs, if they can be made.
 void MakeParent(const std::string& path) {
     std::error_code error;
     fs::create_directories(fs::path(path).parent_path(), error);
@@ -105,7 +106,8 @@ void Remove(const std::string& path) {
     fs::remove_all(path, error);
 }
 
-// Files that someone copied in become messages once they no longer change.
+// Makes the file look as if it had not changed for a long time. Only then does a file that someone copied in
+// become a message.
 void LetRest(const std::string& path) {
     const timespec longAgo[] = {{1000000000, 0}, {1000000000, 0}};
     (void)utimensat(AT_FDCWD, path.c_str(), longAgo, 0);

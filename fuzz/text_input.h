@@ -8,7 +8,8 @@
 
 #include "fuzz/byte_reader.h"
 
-/// A run ends when the text has mostCharacters characters, because longer ones only cost time.
+/// Returns the text. A run ends when the text has `mostCharacters` characters, because a longer text only
+/// costs time.
 inline std::string TakeText(ByteReader input, std::size_t mostCharacters) {
     constexpr std::uint8_t kRun = 1;
     std::string text;

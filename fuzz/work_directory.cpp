@@ -32,7 +32,7 @@ bool IsDots(const char* name) {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
-// Takes ownership of the directory's descriptor.
+// Deletes everything in the directory and closes its descriptor.
 void Empty(int directory) {
     DIR* entries = fdopendir(directory);
     if (entries == nullptr) ReportFinding("the work directory can be listed");
