@@ -33,13 +33,13 @@
 #define F_IO 1                  /* a file call of the module fails */
 #endif
 #ifndef F_RESET
-#define F_RESET F_IO            /* ... one that rewrites the file */
+#define F_RESET F_IO            /* a file call that rewrites the checkpoint file fails */
 #endif
 #ifndef F_READ
-#define F_READ F_IO             /* ... one that reads a record in a replay */
+#define F_READ F_IO             /* a file call that reads a record in a replay fails */
 #endif
 #ifndef F_LOG
-#define F_LOG F_IO              /* ... one that writes the message log */
+#define F_LOG F_IO              /* a file call that writes the message log fails */
 #endif
 #ifndef F_TORN
 #define F_TORN 1                /* an interrupted write can leave part of the bytes */
@@ -104,16 +104,16 @@
 #define RULE_H6_END 1           /* an end of input ends the attempt */
 #endif
 #ifndef RULE_H6_CLOSE
-#define RULE_H6_CLOSE 1         /* ... by Close, whose MQDISC takes the duplicate off the queue */
+#define RULE_H6_CLOSE 1         /* after an end of input comes Close, whose MQDISC takes the duplicate off the queue */
 #endif
 #ifndef RULE_H6_LIFE
 #define RULE_H6_LIFE 1          /* done only when another attempt found nothing more */
 #endif
 #ifndef RULE_H6_CLEAN
-#define RULE_H6_CLEAN 1         /* ... and that attempt followed one that was closed without error at its end of input */
+#define RULE_H6_CLEAN 1         /* done only when the attempt before the last had a Close without error at its end of input */
 #endif
 #ifndef RULE_H6_WAIT
-#define RULE_H6_WAIT 1          /* ... and its last Read took RWAIT */
+#define RULE_H6_WAIT 1          /* done only when the last Read of the last attempt took RWAIT */
 #endif
 #ifndef RULE_H7
 #define RULE_H7 1               /* a file without a complete record: no SetPos, no repeat */
@@ -128,10 +128,10 @@
 #define RULE_H9 1               /* a failed Read ends the process */
 #endif
 #ifndef RULE_H10
-#define RULE_H10 1              /* ... also when only the save failed */
+#define RULE_H10 1              /* a Read in which only the save failed ends the process, too */
 #endif
 #ifndef RULE_H11
-#define RULE_H11 1              /* ... without Close */
+#define RULE_H11 1              /* after a failed Read the process ends without Close */
 #endif
 #ifndef RULE_H12
 #define RULE_H12 1              /* no Read after pmrcTimeout */
@@ -239,8 +239,9 @@ byte tempHeader[2];
 byte tempRecord[2 * FMAX];
 byte tempRecords[2];
 
-/* The module's variables are lost with the process. An offset is the number of a record, from 1; 0 is the start of the file. The
-   ...Valid bits are not in the module: they follow whether an offset was measured in the file as it is now. */
+/* The module's variables are lost with the process. An offset is the number of a record, from 1; 0 is the start
+   of the file. The bits whose names end in Valid are not in the module: they record whether an offset was
+   measured in the file as it is now. */
 byte CkPtSeq;
 byte CkPtOffset;
 bit offsetValid;
