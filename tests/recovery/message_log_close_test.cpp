@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests whether Close keeps or deletes the message log, and whether Close, Shut and Init reset what makes it
-// do so.
+// Tests whether Close keeps or deletes the message log, and whether the reasons for its choice survive
+// Close, Shut and Init.
 #include <cerrno>
 #include <cstring>
 
