@@ -10,6 +10,7 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/file.h"
 #include "platform/process.h"
 #include "tests/support/program_runner.h"
 #include "tests/support/same_test_process.h"
@@ -149,7 +150,8 @@ TEST_F(LockFileTest, ASecondProcessIsRefusedWhileTheFirstHoldsIt) {
     const Status refused = AcquireLockFile(Path(), 0);
     EXPECT_EQ(refused.Code(), StatusCode::kRefused);
     // The file says which process holds it.
-    const std::string text = ReadFileIfAny(Path());
+    std::string text;
+    ASSERT_EQ(platform::ReadWholeFile(Path(), text), platform::FileStatus::kOk);
     const auto valueOf = [&text](const std::string& key) {
         const std::size_t from = text.find("\n" + key) + 1 + key.size();
         return text.substr(from, text.find('\n', from) - from);
