@@ -17,6 +17,7 @@
 #include "mqam/cli/help_command.h"
 #include "mqam/cli/load_command.h"
 #include "mqam/cli/queue_command.h"
+#include "mqam/cli/restart_command.h"
 #include "product_version.h"
 
 namespace mqam {
@@ -30,6 +31,7 @@ int RunProgram(int argc, char** argv) {
     AddLoadCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
     AddCheckpointCommand(app, exitCode);
+    AddRestartCommand(app, exitCode);
     AddExplainCommand(app, exitCode);
     AddQueueCommand(app, exitCode);
     AddHelpCommand(app, exitCode);

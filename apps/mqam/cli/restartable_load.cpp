@@ -7,6 +7,7 @@
 #include "mqam/base/progress.h"
 #include "mqam/load/supervisor.h"
 #include "mqam/load/worker.h"
+#include "mqam/load/worker_process.h"
 #include "mqam/target/target_kind.h"
 #include "platform/paths.h"
 
@@ -106,6 +107,8 @@ int RunRestartableLoad(const LoadOptions& options) {
     }
     settings.durability = options.durability;
     settings.journalLibrary = FindJournalLibrary();
+    settings.directory = platform::AbsolutePath(".");
+    settings.command = ComposeResumeArguments(KeptArguments());
     settings.completedBefore = options.workerCompletedBefore;
     settings.followsEnd = options.workerFollowsEnd;
     settings.unfinishedOnly = options.restart == RestartPolicy::kOnly;

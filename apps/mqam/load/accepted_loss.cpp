@@ -10,6 +10,14 @@
 
 namespace mqam {
 
+std::string DatedSuffix(const char* suffix) {
+    std::string digits;
+    for (const char c : UtcNow()) {
+        if (c >= '0' && c <= '9') digits += c;
+    }
+    return std::string(suffix) + "-" + digits.substr(0, 8) + "-" + digits.substr(8);
+}
+
 namespace {
 
 // Collects records in the layout of the checkpoint file.
@@ -33,15 +41,6 @@ class CheckpointBytesSink : public RecordSink {
 
     std::string bytes_;
 };
-
-// ".kept-20261122-021503": the time makes the names of several losses distinguishable.
-std::string DatedSuffix(const char* suffix) {
-    std::string digits;
-    for (const char c : UtcNow()) {
-        if (c >= '0' && c <= '9') digits += c;
-    }
-    return std::string(suffix) + "-" + digits.substr(0, 8) + "-" + digits.substr(8);
-}
 
 // How many records a file that is missing, or that lost all of its records, contained.
 std::string DescribeUnknownLoss(const RestartState& state, std::uint64_t checkpointEveryRecords) {

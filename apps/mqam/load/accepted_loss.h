@@ -20,6 +20,9 @@
 
 namespace mqam {
 
+/// Returns the suffix with the time, which distinguishes the names of several losses: ".kept-20261122-021503".
+[[nodiscard]] std::string DatedSuffix(const char* suffix);
+
 struct AcceptedLoss {
     std::string checkpointFile;
     std::int32_t sequence = 0;     ///< of the stored checkpoint

@@ -63,6 +63,8 @@ bool ReadReport(AttemptContext& attempt, RestartState& requested) {
     }
     requested.target = attempt.target.Name();
     requested.format = attempt.target.Format();
+    requested.directory = attempt.settings.directory;
+    requested.command = attempt.settings.command;
     if (!report.logFile.empty()) requested.logFile = platform::AbsolutePath(report.logFile);
     return true;
 }
@@ -240,6 +242,8 @@ bool PrepareFiles(AttemptContext& attempt, const std::optional<RestartState>& st
         state.checkpointFile = path;
         state.target = requested.target;
         state.logFile = requested.logFile;
+        state.directory = requested.directory;
+        state.command = requested.command;
     } else {
         // Nothing is stored or changed before the queue is open and there is a position: an old target stays if there is
         // no such queue.

@@ -25,6 +25,8 @@ struct AttemptSettings {
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
     Durability durability = Durability::kPower;
     std::string journalLibrary;  ///< with kPower
+    std::string directory;             ///< stored with the load: where its command was run
+    std::vector<std::string> command;  ///< stored with the load: the command, without the program's name
     bool completedBefore =
         false;                    ///< the load found complete was already complete before the command started
     bool followsEnd = false;      ///< the previous attempt has just ended after the whole read wait interval

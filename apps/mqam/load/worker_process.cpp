@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "mqam/load/worker.h"
 #include "platform/process.h"
 
 namespace mqam {
@@ -19,6 +20,19 @@ void KeepArguments(int count, char** arguments) {
 
 const std::vector<std::string>& KeptArguments() {
     return keptArguments;
+}
+
+std::vector<std::string> ComposeResumeArguments(const std::vector<std::string>& ofWorker) {
+    std::vector<std::string> arguments;
+    for (std::size_t i = 1; i < ofWorker.size(); ++i) {
+        const std::string& argument = ofWorker[i];
+        if (argument == kWorkerOption) {
+            ++i;
+        } else if (!argument.starts_with("--worker-") && argument != "--accept-loss" && argument != "--yes") {
+            arguments.push_back(argument);
+        }
+    }
+    return arguments;
 }
 
 std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& ofCommand,

@@ -15,6 +15,10 @@ void KeepArguments(int count, char** arguments);
 /// Returns the arguments that were kept.
 [[nodiscard]] const std::vector<std::string>& KeptArguments();
 
+/// Returns the arguments that resume the load of a command, after the program's name: those of the user without the
+/// worker's, and without what allows only this command to accept a loss.
+[[nodiscard]] std::vector<std::string> ComposeResumeArguments(const std::vector<std::string>& ofWorker);
+
 /// Returns a worker's arguments: `more` after the program and its subcommand and before everything else, where nothing
 /// that the user typed can change their meaning.
 [[nodiscard]] std::vector<std::string> ComposeWorkerArguments(const std::vector<std::string>& ofCommand,

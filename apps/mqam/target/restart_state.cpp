@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/target/restart_state.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -15,6 +16,12 @@ namespace {
 
 constexpr std::string_view kFirstLine = "mqam restart information 1\n";
 constexpr std::string_view kChecksumKey = "checksum=";
+
+// From this key on, a state that an earlier version stored has no lines.
+constexpr char kFirstAddedKey[] = "directory";
+
+// Stands for an empty word; a percent sign inside a word is always escaped.
+constexpr std::string_view kEmptyWord = "%";
 
 constexpr std::array<const char*, 3> kPhases = {"loading", "finished", "complete"};
 constexpr std::array<const char*, 3> kEnds = {"none", "early", "after-wait"};
@@ -74,6 +81,31 @@ bool ReadWord(const std::string& value, const std::array<const char*, 3>& words,
     return false;
 }
 
+// Separated by blanks; a blank inside a word is escaped as well.
+std::string FormatWords(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        if (!text.empty()) text += ' ';
+        for (const char c : Escape(word))
+            text += c == ' ' ? "%20" : std::string(1, c);
+        if (word.empty()) text += kEmptyWord;
+    }
+    return text;
+}
+
+bool ReadWords(const std::string& value, std::vector<std::string>& words) {
+    words.clear();
+    std::string_view rest = value;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(' '), rest.size());
+        const std::string escaped(rest.substr(0, end));
+        words.emplace_back();
+        if (escaped.empty() || (escaped != kEmptyWord && !ReadText(escaped, words.back()))) return false;
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return true;
+}
+
 struct Field {
     const char* key;
     std::string (*format)(const RestartState& state);
@@ -123,6 +155,9 @@ constexpr Field kFields[] = {
     {"last-end", [](const State& s) { return std::string(kEnds[static_cast<std::size_t>(s.lastEnd)]); },
      [](const std::string& value, State& s) { return ReadWord(value, kEnds, s.lastEnd); }},
     NumberField<&State::lastEndRecords>("last-end-records"),
+    TextField<&State::directory>(kFirstAddedKey),
+    {"command", [](const State& s) { return FormatWords(s.command); },
+     [](const std::string& value, State& s) { return ReadWords(value, s.command); }},
 };
 
 // Removes the first line. Returns false if there is no line end left.
@@ -170,6 +205,7 @@ Status ParseRestartState(const std::string& text, RestartState& state) {
     std::string_view rest = std::string_view(text).substr(0, checksumAt);
     rest.remove_prefix(kFirstLine.size());
     for (const Field& field : kFields) {
+        if (rest.empty() && field.key == std::string_view(kFirstAddedKey)) break;
         std::string_view line;
         const std::string key = std::string(field.key) + "=";
         if (!TakeLine(rest, line) || !line.starts_with(key) ||

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "mqam/base/status.h"
 #include "mqamod.h"
@@ -53,6 +54,11 @@ struct RestartState {
     LastEnd lastEnd = LastEnd::kNone;
     /// The number of records read up to that end, including those after the position.
     std::uint64_t lastEndRecords = 0;
+
+    /// The command that ran the load last, for whoever resumes it: the current directory, and the arguments after the
+    /// program's name. Empty if an earlier version stored the state.
+    std::string directory;
+    std::vector<std::string> command;
 };
 
 /// Returns whether a load has begun and is not over. Without a stored position nothing has been read, so the

@@ -65,6 +65,9 @@ class Target {
     /// Makes everything put so far durable, and after that, or in the same instant, the state that counts it.
     virtual Status Store(const RestartState& state) = 0;
 
+    /// Deletes the stored state, durably. What is in the target stays.
+    virtual Status ForgetState() = 0;
+
     /// Makes a state durable that does not count the records put since the last Store. No Put may follow.
     virtual Status StoreEnd(const RestartState& state) = 0;
 

@@ -19,6 +19,7 @@ class EmptyTarget : public Target {
     Status CheckNew() override { return {}; }
     Status Begin(RestartState& /*state*/) override { return {}; }
     Status RollBackTo(const RestartState& /*state*/) override { return {}; }
+    Status ForgetState() override { return {}; }
     Status ReadLastRecord(const RestartState& /*state*/, std::vector<char>& /*record*/) override {
         return Status::Refused("empty");
     }

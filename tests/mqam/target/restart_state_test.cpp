@@ -32,6 +32,8 @@ RestartState EveryFieldFilled() {
     state.position = PositionData{12, 4000, 517017};
     state.lastEnd = LastEnd::kEarly;
     state.lastEndRecords = 4012;
+    state.directory = "/data/a load";
+    state.command = {"load", "--to", "orders %1.txt", "", "--qmgr", "%", "\x01"};
     return state;
 }
 
@@ -61,24 +63,27 @@ std::string Complaint(const std::string& text) {
 }
 
 TEST(RestartStateTest, TheTextIsLinesThatAnOperatorCanRead) {
-    EXPECT_EQ(FormatRestartState(EveryFieldFilled()), Sealed("mqam restart information 1\n"
-                                                             "phase=finished\n"
-                                                             "queue-manager=QM1\n"
-                                                             "queue=ORDERS.IN\n"
-                                                             "checkpoint-file=/data/a load/orders.ckpt\n"
-                                                             "log-file=/data/a load/orders.log\n"
-                                                             "target=/data/a load/orders.txt\n"
-                                                             "format=length\n"
-                                                             "begun=2026-01-31 23:59:59 UTC\n"
-                                                             "lives=3\n"
-                                                             "records=4000\n"
-                                                             "bytes=123456789012\n"
-                                                             "target-length=123456805012\n"
-                                                             "last-record-length=517\n"
-                                                             "last-record-digest=fedcba9876543210\n"
-                                                             "position=0c000000a00f000099e3070000000000\n"
-                                                             "last-end=early\n"
-                                                             "last-end-records=4012\n"));
+    EXPECT_EQ(FormatRestartState(EveryFieldFilled()),
+              Sealed("mqam restart information 1\n"
+                     "phase=finished\n"
+                     "queue-manager=QM1\n"
+                     "queue=ORDERS.IN\n"
+                     "checkpoint-file=/data/a load/orders.ckpt\n"
+                     "log-file=/data/a load/orders.log\n"
+                     "target=/data/a load/orders.txt\n"
+                     "format=length\n"
+                     "begun=2026-01-31 23:59:59 UTC\n"
+                     "lives=3\n"
+                     "records=4000\n"
+                     "bytes=123456789012\n"
+                     "target-length=123456805012\n"
+                     "last-record-length=517\n"
+                     "last-record-digest=fedcba9876543210\n"
+                     "position=0c000000a00f000099e3070000000000\n"
+                     "last-end=early\n"
+                     "last-end-records=4012\n"
+                     "directory=/data/a load\n"
+                     "command=load --to orders%20%251.txt % --qmgr %25 %01\n"));
 }
 
 TEST(RestartStateTest, EveryFieldComesBack) {
@@ -142,7 +147,7 @@ TEST(RestartStateTest, NamesOfAnyBytesStayOnOneLineAndComeBack) {
         state.target = name;
         state.queue = name;
         const std::string text = FormatRestartState(state);
-        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 19);
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 21);
         RestartState back;
         ASSERT_EQ(ParseRestartState(text, back).Error(), "");
         EXPECT_EQ(back.target, name);
@@ -245,6 +250,28 @@ TEST(RestartStateTest, TheDigestIsFnv1aOf64Bits) {
     EXPECT_EQ(DigestOf("a", 1), 0xaf63dc4c8601ec8cU);
     EXPECT_EQ(DigestOf("foobar", 6), 0x85944171f73967e8U);
     EXPECT_EQ(DigestOf("\xFF\0", 2), (((0xcbf29ce484222325U ^ 0xFF) * 0x100000001b3U) * 0x100000001b3U));
+}
+
+TEST(RestartStateTest, TheCommandIsKeptWordByWordAndAnOlderStateHasNone) {
+    const RestartState state = EveryFieldFilled();
+    RestartState parsed;
+    ASSERT_EQ(ParseRestartState(FormatRestartState(state), parsed).Error(), "");
+    EXPECT_EQ(parsed.command, state.command);
+    EXPECT_EQ(parsed.directory, state.directory);
+    EXPECT_THAT(FormatRestartState(state),
+                HasSubstr("\ncommand=load --to orders%20%251.txt % --qmgr %25 %01\n"));
+
+    std::string lines = Lines(state);
+    lines.resize(lines.find("directory="));
+    parsed = state;
+    EXPECT_EQ(ParseRestartState(Sealed(lines), parsed).Error(), "");
+    EXPECT_EQ(parsed.lastEndRecords, state.lastEndRecords);
+    EXPECT_TRUE(parsed.command.empty());
+    EXPECT_EQ(parsed.directory, "");
+    // One of the two lines alone is not what any version wrote.
+    EXPECT_NE(ParseRestartState(Sealed(lines + "directory=/data\n"), parsed).Error(), "");
+    EXPECT_NE(ParseRestartState(Sealed(lines + "command=load\n"), parsed).Error(), "");
+    EXPECT_NE(ParseRestartState(Sealed(lines + "directory=/data\ncommand=load  --to\n"), parsed).Error(), "");
 }
 
 }  // namespace

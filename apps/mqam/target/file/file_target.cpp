@@ -157,6 +157,13 @@ Status FileTarget::Store(const RestartState& state) {
     return ReplaceRestartFile(RestartFile(), state);
 }
 
+Status FileTarget::ForgetState() {
+    std::string error;
+    if (platform::ProbePath(RestartFile()) == platform::PathKind::kMissing) return {};
+    if (platform::DeleteDurably(RestartFile(), error)) return {};
+    return Status::Transient("cannot delete restart file " + RestartFile() + ": " + error);
+}
+
 Status FileTarget::StoreEnd(const RestartState& state) {
     return ReplaceRestartFile(RestartFile(), state);
 }

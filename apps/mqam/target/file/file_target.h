@@ -30,6 +30,7 @@ class FileTarget : public Target {
     Status CheckNew() override;
     Status Begin(RestartState& state) override;
     Status RollBackTo(const RestartState& state) override;
+    Status ForgetState() override;
     Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
     Status Put(const char* record, std::size_t length) override;
     [[nodiscard]] std::uint64_t Length() const override {

@@ -79,6 +79,7 @@ class SqliteTarget : public Target {
     Status CheckNew() override;
     Status Begin(RestartState& state) override;
     Status RollBackTo(const RestartState& state) override;
+    Status ForgetState() override;
     Status ReadLastRecord(const RestartState& state, std::vector<char>& record) override;
     Status Put(const char* record, std::size_t length) override;
     [[nodiscard]] std::uint64_t Length() const override { return rows_; }
@@ -318,6 +319,19 @@ Status SqliteTarget::Begin(RestartState& state) {
     state.targetLength = rows_;
     status = WriteState(state);
     return status.IsOk() ? Commit() : status;
+}
+
+Status SqliteTarget::ForgetState() {
+    Status opened = Open();
+    if (!opened.IsOk()) return opened;
+    const std::string fact = "the restart information cannot be deleted";
+    Statement statement;
+    Status prepared = Prepare("DELETE FROM mqam_restart WHERE target = ?", statement, fact);
+    if (!prepared.IsOk()) return prepared;
+    const bool isDeleted =
+        sqlite3_bind_text(statement.get(), 1, key_.c_str(), -1, SQLITE_STATIC) == SQLITE_OK &&
+        sqlite3_step(statement.get()) == SQLITE_DONE;
+    return isDeleted ? Status() : Fail(fact);
 }
 
 Status SqliteTarget::ReadLastRecord(const RestartState& state, std::vector<char>& record) {
