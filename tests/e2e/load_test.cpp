@@ -260,9 +260,10 @@ TEST_F(FakeLoad, AttributesArePutAfterInitInOrder) {
     const ProgramResult result = Load("", {"--to", "-", "--attribute", "CHARSET_NAME=UTF=8", "--attribute",
                                            "GEN=", "--timeout", "7", "--preserve"});
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    EXPECT_EQ(Calls(),
-              "Init PutAttribute ZBQ_HL_LOG_HANDLE PutAttribute CHARSET_NAME=UTF=8 PutAttribute GEN= "
-              "PutAttribute TIMEOUT_SECONDS=7 PutAttribute PRESERVE_RESTART_INFO=YES Open 1 Read Close Shut");
+    EXPECT_EQ(
+        Calls(),
+        "Init PutAttribute ZBQ_HL_LOG_HANDLE PutAttribute TIMEOUT_SECONDS=7 "
+        "PutAttribute CHARSET_NAME=UTF=8 PutAttribute GEN= PutAttribute PRESERVE_RESTART_INFO=YES Open 1 Read Close Shut");
 }
 
 TEST_F(FakeLoad, UnknownAttributeEndsTheLoadBeforeOpen) {
@@ -289,7 +290,7 @@ TEST_F(FakeLoad, EndBeforeTheReadWaitIsTold) {
     EXPECT_EQ(result.exitCode, 8);
     EXPECT_TRUE(Contains(result.standardError, "before the read wait interval")) << result.standardError;
     result =
-        Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1 -FAKE_LAST_PAUSE 1100", {"--to", Path("out"), "--force"});
+        Load("-FAKE_RECORDS 1 -FAKE_REPORT_WAIT 1 -FAKE_LAST_PAUSE 2000", {"--to", Path("out"), "--force"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(Contains(result.standardError, "mqam load: end of the queue\n")) << result.standardError;
 }

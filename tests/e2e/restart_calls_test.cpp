@@ -15,7 +15,8 @@ namespace {
 
 using Attempts = std::vector<std::string>;
 
-constexpr char kBegin[] = "Init Preserve Attribute Open ";
+// The attributes are the handle of the host's log and TIMEOUT_SECONDS.
+constexpr char kBegin[] = "Init Preserve Attribute Attribute Open ";
 
 // Returns the text between two others in a line, or "" if the line does not contain them.
 std::string Between(const std::string& line, const std::string& before, const std::string& after) {
@@ -136,12 +137,24 @@ TEST_F(RestartCalls, H12_AfterTheTimeOutNothingIsRead) {
     LoadSite& site = Add("site", 2);
     site.Set("--rwait", "-1");
     LoadSite::Arguments more = Traced(site);
-    more.insert(more.end(), {"--timeout", "2"});
+    more.insert(more.end(), {"--attribute", "TIMEOUT_SECONDS=2"});
     site.Run(more);
     EXPECT_EQ(site.Result().exitCode, 6) << site.Error();
     const Attempts attempts = AttemptsOf(site);
     ASSERT_EQ(attempts.size(), 1U);
     EXPECT_TRUE(attempts[0].ends_with("Open GetPos Read Read Read:55 Close")) << attempts[0];
+}
+
+// The module is not asked to watch the time: the process ends in the Read.
+TEST_F(RestartCalls, TheTimeOutOfTheCommandEndsTheProcess) {
+    LoadSite& site = Add("site", 2);
+    site.Set("--rwait", "600");
+    LoadSite::Arguments more = Traced(site);
+    more.insert(more.end(), {"--timeout", "1"});
+    site.Run(more);
+    EXPECT_EQ(site.Result().exitCode, 6) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), "mqam load: the time-out (--timeout) expired\n")) << site.Error();
+    EXPECT_EQ(AttemptsOf(site), Expected({"GetPos Read Read Read!"}));
 }
 
 TEST_F(RestartCalls, H15_ARecordOfNoBytesInTheCheckpointFileIsPassedOver) {

@@ -254,6 +254,26 @@ TEST_F(RestartableLoad, AnInterruptEndsItWithEverythingReadStoredAndTheSameComma
     EXPECT_TRUE(site.IsDone());
 }
 
+TEST_F(RestartableLoad, AnInterruptEndsAnUnlimitedWaitWithWhatIsStoredAndTheSameCommandGoesOn) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
+    LoadSite& site = Add("waiting", 10);
+    site.Set("--rwait", "-1");
+    site.Start({"--verbose"});
+    // The last record is written to the target while the next Read waits.
+    ASSERT_TRUE(WaitForText(site.Target(), site.Lines()));
+    ASSERT_TRUE(site.Program().Interrupt());
+    site.Wait();
+    EXPECT_EQ(site.Result().exitCode, 5) << site.Error();
+    EXPECT_EQ(CountOf(site.Error(), "mqam load: ended on request\n"), 1) << site.Error();
+    EXPECT_TRUE(Contains(site.Error(), "  safe      9 records are in " + site.Target() +
+                                           "; what was read after them is in " + site.CheckpointFile()))
+        << site.Error();
+    EXPECT_EQ(site.Stored("records"), "9");
+    site.Set("--rwait", "1");
+    site.Run();
+    EXPECT_TRUE(site.IsDone());
+}
+
 #if !defined(_WIN32)
 
 TEST_F(RestartableLoad, SigtermToTheCommandReachesTheWorkerAndCountsOnceHoweverManyAreSent) {

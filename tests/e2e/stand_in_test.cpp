@@ -369,18 +369,68 @@ TEST_F(SpoolLoad, TimeoutEndsAnUnlimitedWait) {
     EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
 }
 
-TEST_F(SpoolLoad, InterruptWhileTheLastReadWaitsLeavesAnOrdinaryEnd) {
+TEST_F(SpoolLoad, AnInterruptEndsAnUnlimitedWait) {
     ASSERT_TRUE(RunningProgram::PrepareInterrupts());
     Put("one");
-    RunningProgram program(MQAM_PROGRAM,
-                           LoadArguments({"--rwait", "2", "--to", Path("out"), "--unprotected"}),
-                           Environment(), folder_.Root());
+    RunningProgram program(
+        MQAM_PROGRAM,
+        LoadArguments({"--rwait", "-1", "--to", Path("out"), "--unprotected", "--trace", "1", Path("trace")}),
+        Environment(), folder_.Root());
     EXPECT_TRUE(WaitForText(Path("out"), "one\n"));
     EXPECT_TRUE(program.Interrupt());
     EXPECT_TRUE(program.WaitForError("finishing"));
     const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 5) << result.standardError;
+    EXPECT_TRUE(Contains(result.standardError, "on request")) << result.standardError;
+    // No Read was cut off: the last one returned an end of the input as it was asked to.
+    EXPECT_TRUE(Contains(ReadFileIfAny(Path("trace")), "returning EOF as requested via attribute 'GEN_EOF'"));
+}
+
+TEST_F(SpoolLoad, AMessageThatArrivesAfterAShortReadIsLoaded) {
+    RunningProgram program(
+        MQAM_PROGRAM,
+        LoadArguments({"--rwait", "5", "--unprotected", "--to", Path("out"), "--trace", "1", Path("trace")}),
+        Environment(), folder_.Root());
+    ASSERT_TRUE(WaitForText(Path("trace"), "EOF from MQGET"));
+    Put("late");
+    const ProgramResult result = program.Wait();
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    EXPECT_TRUE(Contains(result.standardError, "end of the queue")) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "late\n");
+}
+
+TEST_F(SpoolLoad, TheTimeOutEndsALoadWithWhatItHasRead) {
+    Put("one");
+    for (const char* readWait : {"-1", "600"}) {
+        const ProgramResult result =
+            Load({"--rwait", readWait, "--timeout", "2", "--unprotected", "--append", "--to", Path("out")});
+        EXPECT_EQ(result.exitCode, 6) << result.standardError;
+        EXPECT_TRUE(Contains(result.standardError, "the time-out expired")) << result.standardError;
+    }
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
+}
+
+TEST_F(SpoolLoad, AnInterruptEndsAnUnlimitedWaitThatAParameterFileSets) {
+    ASSERT_TRUE(RunningProgram::PrepareInterrupts());
+    Put("one");
+    std::ofstream(Path("parm")) << "RWAIT -1\n";
+    RunningProgram program(MQAM_PROGRAM,
+                           LoadArguments({"--parmfile", Path("parm"), "--to", Path("out"), "--unprotected"}),
+                           Environment(), folder_.Root());
+    EXPECT_TRUE(WaitForText(Path("out"), "one\n"));
+    EXPECT_TRUE(program.Interrupt());
+    const ProgramResult result = program.Wait();
+    EXPECT_EQ(result.exitCode, 5) << result.standardError;
+}
+
+// The module itself reads this file, and it counts more than the keyword with which the load shortens its Reads.
+TEST_F(SpoolLoad, AReadWaitFromAFileThatTheModuleReadsIsKept) {
+    Put("one");
+    std::ofstream(Path("parm")) << "RWAIT 2\n";
+    const Arguments arguments = {"load", "--init",    "-QMGR QM1 -QNM Q1 -PARMFILE " + Path("parm"),
+                                 "--to", Path("out"), "--unprotected"};
+    const ProgramResult result = RunProgram(MQAM_PROGRAM, arguments, folder_.Root(), Environment());
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_EQ(ReadFileIfAny(Path("out")), "one\n");
 }
 
 TEST_F(SpoolLoad, InterruptBetweenMessagesLeavesTheRestOnTheQueue) {

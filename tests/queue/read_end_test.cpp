@@ -91,6 +91,17 @@ TEST_F(ReadEndTest, TimeOutExpiresOnceItsSecondsAreExceeded) {
     EXPECT_THAT(trace.NewLines(), ElementsAre(kExpired));
 }
 
+// A host that wants the module to look at the clock more often gives it a time-out that cannot expire.
+TEST_F(ReadEndTest, ATimeOutLongerThanTheReadWaitOnlyShortensTheSlices) {
+    InitAndOpen("-RWAIT 15");
+    PutAttribute("TIMEOUT_SECONDS", "60");
+    for (int i = 0; i < 2; ++i) {
+        mq.Forget();
+        ExpectEnd(Read(), pmrcEOF);
+        EXPECT_EQ(mq.Count(Verb::Get), 64U) << "slices of 250 ms until 16 seconds have passed";
+    }
+}
+
 TEST_F(ReadEndTest, TimeOutExpiresThoughTheReadWaitIsUnlimited) {
     InitAndOpenTraced(1, "-RWAIT -1");
     PutAttribute("TIMEOUT_SECONDS", "40");

@@ -56,7 +56,7 @@ constexpr KeywordOption kTable[] = {
      "with --otenacity sets the number of attempts to open the queue, 1..600; the pause between attempts is OWAIT milliseconds, not seconds. Default: 5",
      "5", kOpenWait},
     {"RWAIT", "--rwait", 1, "SECONDS", kReadGroup,
-     "the input ends when the queue has been empty for this long: 1..600 s, -1 = wait forever (Ctrl-C then takes effect at the next message). Default: 15",
+     "the input ends when the queue has been empty for this long, and at most 1 s later: 1..600 s, -1 = wait without end. A load that can be restarted then looks once more, which takes up to 2 s. Default: 15",
      "5", kReadWait},
     {"BKSZ", "--max-record,--bksz", 1, "BYTES", kReadGroup,
      "largest message, 1..16777216 bytes; a longer one stays on the queue and ends the load. Default: "
@@ -294,7 +294,9 @@ Status ComposeInitString(const ModuleOptions& options, std::string& initString) 
     ParameterFile file;
     // A file that cannot be read is left to the module; CheckParameterFile has refused it if the command asked.
     const bool isRead = !parameterPath.empty() && ReadParameterFile(parameterPath, file).IsOk();
-    const bool isInlined = isRead && file.isUnderstood && HasOverriddenKeyword(options, file);
+    // A load shortens RWAIT with a keyword after all others, which would not count against a file.
+    const bool isOverridden = HasOverriddenKeyword(options, file) || FindParameter(file, "RWAIT") != nullptr;
+    const bool isInlined = isRead && file.isUnderstood && isOverridden;
     std::vector<GivenKeyword> given;
     bool namesQueue = false;
     for (std::size_t i = 0; i < AllKeywordOptions().size(); ++i) {

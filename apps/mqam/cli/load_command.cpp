@@ -68,6 +68,7 @@ int RefuseOption(const LoadOptions& options, const std::string& error) {
 Status ComposeSettings(const LoadOptions& options, PlainLoadSettings& settings) {
     Status status = ComposeInitString(options.module, settings.initString);
     if (status.IsOk()) status = ComposeAttributes(options, settings.attributes);
+    settings.timeout = std::chrono::seconds(options.timeoutSeconds);
     settings.wantsKeywordHelp = WasKeywordGiven(options.module, "HELP");
     return status;
 }

@@ -160,8 +160,9 @@ void AddLoadOptions(CLI::App& command, LoadOptions& options) {
     AddTargetOptions(command, options);
     AddModuleOptions(command, options.module);
     command
-        .add_option("--timeout", options.timeoutSeconds,
-                    "end the load when a read has waited for more than SECONDS. Default: none")
+        .add_option(
+            "--timeout", options.timeoutSeconds,
+            "end the load with exit code 6 when no message has come for SECONDS, and at most 1 s later. It has an effect only if it is shorter than --rwait, or with --rwait -1. Default: none")
         ->type_name("SECONDS")
         ->transform(NumberIn({NumberUnit::kSeconds, 1, kLargestSeconds}))
         ->group(kReadGroup);
@@ -189,9 +190,6 @@ Status ComposeAttributes(const LoadOptions& options,
             return Status::Refused("--attribute: '" + item + "' is not of the form NAME=VALUE");
         }
         attributes.emplace_back(item.substr(0, equals), item.substr(equals + 1));
-    }
-    if (options.timeoutSeconds > 0) {
-        attributes.emplace_back("TIMEOUT_SECONDS", std::to_string(options.timeoutSeconds));
     }
     if (options.preserve) attributes.emplace_back("PRESERVE_RESTART_INFO", "YES");
     return {};

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/cli/restartable_load.h"
 
+#include <chrono>
 #include <memory>
 
 #include "mqam/base/exit_codes.h"
@@ -102,6 +103,7 @@ int RunRestartableLoad(const LoadOptions& options) {
     }
     settings.checkpointEveryRecords = options.checkpointEvery;
     settings.checkpointEverySeconds = options.checkpointSeconds;
+    settings.timeout = std::chrono::seconds(options.timeoutSeconds);
     if (options.checkpointEvery == 0 && options.checkpointSeconds == 0) {
         settings.checkpointEveryRecords = kCheckpointEveryByDefault;
     }

@@ -5,6 +5,7 @@
 
 #include "mqam/load/attempt_journal.h"
 #include "mqam/load/completion.h"
+#include "mqam/load/read_wait.h"
 #include "mqam/module/error_text.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/lock_file.h"
@@ -21,6 +22,7 @@ constexpr int kFileSystemError = 2208;  // MQRC_FILE_SYSTEM_ERROR
 struct Attempt {
     AttemptContext context;
     ProgressCounters& counters;
+    AttemptWatch& watch;
     bool inputMayBeOpen = false;  // from the call of Open to a Close without error
     std::vector<char> buffer = {};
     std::uint32_t lastLength = 0;  // of the record in the buffer
@@ -73,6 +75,8 @@ bool Begin(Attempt& attempt) {
     attempt.previousEndRecords = state.lastEndRecords;
     attempt.counters.recordsBefore = state.records;
     attempt.counters.bytesBefore = state.bytes;
+    const AttemptContext& context = attempt.context;
+    attempt.watch.LimitReads(ReadLimit(context.report.readWait, context.settings.timeout));
     return true;
 }
 
@@ -218,7 +222,10 @@ bool ReadInput(Attempt& attempt, LastEnd& inputEnd) {
         }
         const Clock::time_point start = Clock::now();
         std::uint32_t length = 0;
-        switch (SessionOf(attempt).Read(attempt.buffer.data(), length)) {
+        attempt.watch.EnterRead(start);
+        const ReturnCode code = SessionOf(attempt).Read(attempt.buffer.data(), length);
+        attempt.watch.LeaveRead();
+        switch (code) {
             case pmrcOK:
                 if (!TakeRecord(attempt, length)) return false;
                 continue;
@@ -278,8 +285,8 @@ void FinishAttempt(Attempt& attempt, LastEnd inputEnd) {
 }  // namespace
 
 AttemptResult RunAttempt(PIDMMainFunction entryPoint, const AttemptSettings& settings, Target& target,
-                         const LoadObserver& observer, ProgressCounters& counters) {
-    Attempt attempt{{ModuleSession(entryPoint), settings, target, observer}, counters};
+                         const LoadObserver& observer, ProgressCounters& counters, AttemptWatch& watch) {
+    Attempt attempt{{ModuleSession(entryPoint), settings, target, observer}, counters, watch};
     LastEnd inputEnd = LastEnd::kNone;
     if (Begin(attempt) && OpenInput(attempt) && ReadInput(attempt, inputEnd)) {
         // PRESERVE_RESTART_INFO is YES, so the files stay; and the disconnect commits the duplicate or empty message

@@ -12,6 +12,7 @@
 #include "mqam/base/progress.h"
 #include "mqam/load/attempt_result.h"
 #include "mqam/load/attempt_start.h"
+#include "mqam/load/attempt_watch.h"
 #include "mqam/load/load_observer.h"
 #include "mqam/target/target.h"
 #include "mqamod.h"
@@ -22,8 +23,9 @@ namespace mqam {
 ///   entryPoint  in      the loaded module
 ///   target      in/out  not locked yet; its lock is released again unless the module may still have the input open
 ///   counters    out     counted while the attempt runs
+///   watch       out     learns of each Read
 [[nodiscard]] AttemptResult RunAttempt(PIDMMainFunction entryPoint, const AttemptSettings& settings,
                                        Target& target, const LoadObserver& observer,
-                                       ProgressCounters& counters);
+                                       ProgressCounters& counters, AttemptWatch& watch);
 
 }  // namespace mqam

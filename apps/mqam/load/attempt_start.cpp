@@ -6,6 +6,7 @@
 #include "mqam/checkpoint/repair.h"
 #include "mqam/load/accepted_loss.h"
 #include "mqam/load/completion.h"
+#include "mqam/load/read_wait.h"
 #include "mqam/target/lock_file.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -311,6 +312,20 @@ bool CheckStoredLoad(AttemptContext& attempt, std::optional<RestartState>& store
     return true;
 }
 
+// Puts the attributes: those of the load first, so that one that the user gave replaces them.
+bool PutAttributes(AttemptContext& attempt) {
+    std::vector<std::pair<std::string, std::string>> attributes;
+    if (const auto timeout = TimeoutForSlices(attempt.report.readWait))
+        attributes.emplace_back("TIMEOUT_SECONDS", std::to_string(*timeout));
+    attributes.insert(attributes.end(), attempt.settings.attributes.begin(),
+                      attempt.settings.attributes.end());
+    for (const auto& [name, value] : attributes) {
+        if (attempt.session.PutAttribute(name, value) != pmrcOK)
+            return EndByModule(attempt.result, attempt.session);
+    }
+    return true;
+}
+
 }  // namespace
 
 bool PrepareAttempt(AttemptContext& attempt) {
@@ -327,14 +342,8 @@ bool PrepareAttempt(AttemptContext& attempt) {
         return false;
     }
     if (isOver && !HandleCompletionMarker(attempt, stored, requested)) return false;
-    if (!CheckStoredLoad(attempt, stored, requested) || !PrepareFiles(attempt, stored, requested))
-        return false;
-    for (const auto& [name, value] : attempt.settings.attributes) {
-        if (attempt.session.PutAttribute(name, value) != pmrcOK) {
-            return EndByModule(attempt.result, attempt.session);
-        }
-    }
-    return true;
+    return CheckStoredLoad(attempt, stored, requested) && PrepareFiles(attempt, stored, requested) &&
+           PutAttributes(attempt);
 }
 
 }  // namespace mqam

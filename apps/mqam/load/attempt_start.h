@@ -4,6 +4,7 @@
 // load this is and how far it has come, and brings the files into a state from which the module can resume.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -23,6 +24,7 @@ struct AttemptSettings {
     std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
     std::uint64_t checkpointEveryRecords = 0;                     ///< 0 = not by count
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
+    std::chrono::seconds timeout{0};                              ///< --timeout; 0 = none
     Durability durability = Durability::kPower;
     std::string journalLibrary;  ///< with kPower
     std::string directory;             ///< stored with the load: where its command was run

@@ -10,9 +10,8 @@ namespace mqam {
 /// From now on the first interrupt asks the load to finish, and the second one ends the process with
 /// `secondExitCode`.
 inline void WatchInterrupts(int secondExitCode) {
-    platform::WatchInterrupts(
-        {"\nmqam: finishing (a read that waits for messages ends first); press again to stop immediately\n",
-         "\nmqam: stopped immediately\n", secondExitCode});
+    platform::WatchInterrupts({"\nmqam: finishing; press again to stop immediately\n",
+                               "\nmqam: stopped immediately\n", secondExitCode});
 }
 
 }  // namespace mqam

@@ -8,8 +8,13 @@
 // - After an Open or Read that failed, or a failure of the target, neither Close nor Shut is called: they
 //   disconnect, which commits messages that were never delivered, and they delete the files that contain the rest. The
 //   process has to end immediately instead; MQ then backs out.
+//
+// A message that MQGET has returned is in no other place, so nothing may end the process during a Read. The load
+// therefore waits by Reads that return within two seconds (read_wait.h), and looks between them whether it is to
+// stop. A Read after an end of the input gets from the queue again.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -28,6 +33,7 @@ namespace mqam {
 struct PlainLoadSettings {
     std::string initString;
     std::vector<std::pair<std::string, std::string>> attributes;  ///< put after Init, in this order
+    std::chrono::seconds timeout{0};                              ///< --timeout; 0 = none
     bool wantsKeywordHelp = false;  ///< have the module print its help on standard output first
 };
 

@@ -1,19 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/load/probe_process.h"
 
+#include <chrono>
 #include <string>
 
 #include "mqam/load/worker_process.h"
 #include "mqam/module/error_text.h"
 #include "mqi/mqi.h"
+#include "platform/interrupts.h"
 #include "platform/process.h"
 
 namespace mqam {
 
 namespace {
 
-constexpr int kProbeMs = 10000;
+constexpr std::chrono::seconds kProbeTime{10};
 constexpr int kMessageTooLong = 161;
+
+// Returns false if the probe is still running after its time, or the user asks the load to stop.
+bool WaitForProbe(platform::ProcessHandle probe) {
+    constexpr std::int64_t kStepMs = 50;
+    const auto end = std::chrono::steady_clock::now() + kProbeTime;
+    while (std::chrono::steady_clock::now() < end && !platform::InterruptRequested()) {
+        if (platform::WaitForProcess(probe, kStepMs)) return true;
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -38,7 +50,7 @@ void RunProbeProcess(ProbeKind kind) {
         ComposeWorkerArguments(KeptArguments(), {kProbeOption, std::to_string(static_cast<int>(kind))}),
         options, error);
     // Without a probe the failure is reported as the module reports it.
-    if (probe == platform::kNoProcess || platform::WaitForProcess(probe, kProbeMs)) return;
+    if (probe == platform::kNoProcess || WaitForProbe(probe)) return;
     platform::KillProcess(probe);
     platform::WaitForProcess(probe);
 }

@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/load/worker.h"
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <exception>
 
 #include "mqam/explain/failure_report.h"
+#include "mqam/load/attempt_watch.h"
 #include "mqam/load/exit_table.h"
 #include "mqam/load/interrupts.h"
 #include "mqam/load/probe_process.h"
 #include "mqam/load/worker_process.h"
 #include "mqam/module/module_session.h"
 #include "mqam/target/record_encoder.h"
+#include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 
@@ -20,13 +23,27 @@ namespace mqam {
 
 namespace {
 
+// Makes the calling thread the one that ends the process. If the thread of the attempt and that of the watch both want
+// to, the first one does, and the other one waits for it.
+void ClaimEnd() {
+    static std::atomic_flag isClaimed;
+    while (isClaimed.test_and_set())
+        platform::SleepMs(1000);
+    StopProgress();
+}
+
 void PrintEnd(const std::string& message) {
     if (!message.empty()) PrintMessage("mqam load: " + message);
 }
 
-[[noreturn]] void EndWorker(AttemptEnd end, const std::string& message) {
-    PrintEnd(message);
+[[noreturn]] void ExitWorker(AttemptEnd end) {
     platform::ExitImmediately(platform::MarkExitCode(FindAttemptEnd(end).workerCode));
+}
+
+[[noreturn]] void EndWorker(AttemptEnd end, const std::string& message) {
+    ClaimEnd();
+    PrintEnd(message);
+    ExitWorker(end);
 }
 
 double SecondsSince(std::int64_t epochMs) {
@@ -53,14 +70,19 @@ std::string DescribeCompletedLoad(const RestartState& state, const Target& targe
            target.StateName() + ")\n";
 }
 
+// Describes an end that needs no result of the attempt.
+std::string DescribeEndFromOutside(AttemptEnd end) {
+    return end == AttemptEnd::kTimeout ? "the time-out (--timeout) expired\n" : "ended on request\n";
+}
+
 // Returns the lines that the user sees, each with its line end, or an empty string if there is nothing to
 // report.
 std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& result, const Target& target) {
     switch (result.end) {
         case AttemptEnd::kLoadDone: return DescribeDone(settings, result, target);
         case AttemptEnd::kNothingToDo: return DescribeCompletedLoad(result.state, target);
-        case AttemptEnd::kInterrupted: return "ended on request\n";
-        case AttemptEnd::kTimeout: return "the time-out (--timeout) expired\n";
+        case AttemptEnd::kInterrupted:
+        case AttemptEnd::kTimeout: return DescribeEndFromOutside(result.end);
         case AttemptEnd::kRefused:
             if (!result.error.IsOk()) return result.error.Error() + "\n";
             return DescribeFailure(result.moduleFailure, settings.detail) + settings.usage;
@@ -80,17 +102,21 @@ std::string DescribeEnd(const WorkerSettings& settings, const AttemptResult& res
     const Status loaded = LoadModule(settings.modulePath, entryPoint);
     if (!loaded.IsOk()) EndWorker(AttemptEnd::kModuleMissing, loaded.Error() + "\n");
     WatchInterrupts(platform::MarkExitCode(FindAttemptEnd(AttemptEnd::kStoppedImmediately).workerCode));
-    ProgressCounters counters;
+    // Other threads use these until the process ends, after an exception as well.
+    static ProgressCounters counters;
+    static AttemptWatch watch;
     counters.secondsBefore = SecondsSince(settings.commandStartedMs);
     StartProgress(settings.progress, counters);
+    watch.Start(settings.observer.stopWanted,
+                [](AttemptEnd end) { EndWorker(end, DescribeEndFromOutside(end)); });
     const AttemptResult result =
-        RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters);
-    StopProgress();
+        RunAttempt(entryPoint, settings.attempt, target, settings.observer, counters, watch);
+    ClaimEnd();
     PrintEnd(DescribeEnd(settings, result, target));
     const std::string lineFeeds = DescribeLineFeeds(target.RecordsWithLineFeeds());
     if (!settings.quiet && !lineFeeds.empty()) PrintMessage("mqam load: " + lineFeeds + "\n");
     RunProbeProcess(ProbeKindOf(result.moduleFailure));
-    EndWorker(result.end, "");
+    ExitWorker(result.end);
 }
 
 }  // namespace

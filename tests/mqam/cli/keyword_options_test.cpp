@@ -95,9 +95,12 @@ TEST(KeywordOptions, PathsOfFilesThatTheModuleWritesHaveTheSystemsDelimiter) {
 TEST(KeywordOptions, AnOptionOverridesTheParameterFile) {
     const TestDirectory folder;
     const std::string path = folder.Path("parm");
-    std::ofstream(path) << "QMGR QM1\nQNM Q1\nRWAIT 5\nRWAIT 6\nMQEX\n";
     // Without a conflict the module reads the file.
+    std::ofstream(path) << "QMGR QM1\nQNM Q1\nOWAIT 6\nMQEX\n";
     EXPECT_EQ(Compose({"--parmfile", path, "--tdm", "no"}), "-TDM no -PARMFILE " + path);
+    // A load adds an RWAIT of its own, which would not count against one in a file.
+    std::ofstream(path) << "QMGR QM1\nQNM Q1\nRWAIT 5\nRWAIT 6\nMQEX\n";
+    EXPECT_EQ(Compose({"--parmfile", path, "--tdm", "no"}), "-QMGR QM1 -QNM Q1 -MQEX -RWAIT 6 -TDM no");
     EXPECT_EQ(Compose({"--parmfile", path, "--rwait", "77"}), "-QMGR QM1 -QNM Q1 -MQEX -RWAIT 77");
     std::ofstream(path) << "QMGR QM1\nRWAIT 5\n";
     EXPECT_EQ(Compose({"--parmfile", path, "--qmgr", "QM2", "--queue", "Q"}), "-QMGR QM2 -QNM Q -RWAIT 5");
