@@ -56,10 +56,10 @@ StartDecision RefuseDamage(const CheckpointScan& file) {
     const Loss loss = EstimateLoss(file);
     if (loss.to != 0) {
         const auto isIntact = [&loss](const ScannedRecord& record) { return record.offset < loss.from; };
-        const auto intact = std::count_if(file.records.begin(), file.records.end(), isIntact);
-        message += "; " + CountRecords(static_cast<std::size_t>(intact) + file.recordsAfter.size()) +
-                   (intact + file.recordsAfter.size() == 1 ? " is" : " are") + " intact, " +
-                   DescribeLoss(loss);
+        const auto before = std::count_if(file.records.begin(), file.records.end(), isIntact);
+        const std::size_t intact = static_cast<std::size_t>(before) + file.recordsAfter.size();
+        message +=
+            "; " + CountRecords(intact) + (intact == 1 ? " is" : " are") + " intact, " + DescribeLoss(loss);
     }
     return Refuse(message + "; keep a copy of the file and see what is intact with `mqam checkpoint verify " +
                   file.path + "`; restore an undamaged copy and run the same command again" + kOrAcceptLoss);

@@ -75,7 +75,7 @@ Status ComposeInitString(const LoadOptions& options, const LoadPlaces& places, s
         }
         beginning += "-CKFILE " + path + " ";
     }
-    const Status composed = ComposeInitString(module, initString);
+    Status composed = ComposeInitString(module, initString);
     initString = beginning + initString;
     return composed;
 }

@@ -134,7 +134,7 @@ Status PrepareJournal(const std::string& checkpointPath, const StoredJournal& st
     if (durability == Durability::kProcess) {
         if (!exists) return {};
         // Only now does the content of the journal exist nowhere else.
-        const Status synced = stored.content ? SyncCheckpointFile(checkpointPath) : Status();
+        Status synced = stored.content ? SyncCheckpointFile(checkpointPath) : Status();
         if (!synced.IsOk() || mqjournal::RemoveJournal(checkpointPath, error)) return synced;
         return FailJournal(error);
     }

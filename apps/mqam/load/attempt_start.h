@@ -26,7 +26,7 @@ struct AttemptSettings {
     std::uint64_t checkpointEverySeconds = 0;                     ///< 0 = not by time
     std::chrono::seconds timeout{0};                              ///< --timeout; 0 = none
     Durability durability = Durability::kPower;
-    std::string journalLibrary;  ///< with kPower
+    std::string journalLibrary;        ///< with kPower
     std::string directory;             ///< stored with the load: where its command was run
     std::vector<std::string> command;  ///< stored with the load: the command, without the program's name
     bool completedBefore =

@@ -70,16 +70,18 @@ Status PutRecord(std::FILE* from, const std::string& path, const ScannedRecord& 
 
 }  // namespace
 
-Status PutRecords(const std::string& path, const ExportPlan& plan, RecordSink& sink, ExportCounts& counts) {
-    const ExportedFile from(std::fopen(path.c_str(), "rb"));
-    if (from == nullptr) return FailOn("read", path);
+Status PutRecords(const std::string& checkpointFile, const ExportPlan& plan, RecordSink& sink,
+                  ExportCounts& counts) {
+    const ExportedFile from(std::fopen(checkpointFile.c_str(), "rb"));
+    if (from == nullptr) return FailOn("read", checkpointFile);
     Status put;
     for (const ScannedRecord& record : plan.before) {
-        if (put.IsOk()) put = PutRecord(from.get(), path, record, false, sink, counts);
+        if (put.IsOk()) put = PutRecord(from.get(), checkpointFile, record, false, sink, counts);
     }
-    if (plan.corrected && put.IsOk()) put = PutRecord(from.get(), path, *plan.corrected, true, sink, counts);
+    if (plan.corrected && put.IsOk())
+        put = PutRecord(from.get(), checkpointFile, *plan.corrected, true, sink, counts);
     for (const ScannedRecord& record : plan.after) {
-        if (put.IsOk()) put = PutRecord(from.get(), path, record, false, sink, counts);
+        if (put.IsOk()) put = PutRecord(from.get(), checkpointFile, record, false, sink, counts);
     }
     return put;
 }

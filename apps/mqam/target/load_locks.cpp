@@ -55,7 +55,7 @@ Status MakeLoadDirectory(const LoadPlaces& places) {
 Status AcquireAll(const LoadPlaces& places, TargetLock lock, int timeoutSeconds) {
     const std::vector<std::string> paths = LockPaths(places, lock);
     for (std::size_t i = 0; i < paths.size(); ++i) {
-        const Status locked = AcquireLockFile(paths[i], timeoutSeconds);
+        Status locked = AcquireLockFile(paths[i], timeoutSeconds);
         if (locked.IsOk()) continue;
         for (std::size_t held = 0; held < i; ++held)
             ReleaseLockFile(paths[held]);
