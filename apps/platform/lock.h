@@ -28,7 +28,8 @@ struct LockOptions {
     bool refusesContents = true;
     /// The holder writes this into the file, so that others can read who holds the lock; if it is empty,
     /// nothing is written. A failure to write it is not an error. A file that begins with the first line of
-    /// this text, or contains only the beginning of that line, counts as a lock file.
+    /// this text, or contains only the beginning of that line or only zeros, which a loss of power can leave,
+    /// counts as a lock file.
     std::string contents;
     bool isPrivate = false;  ///< a new file is for its owner only, so that no other user can hold the lock
 };

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/lock_contents.h"
 #include "platform/posix_status.h"
 
 namespace platform {
@@ -38,13 +39,12 @@ int OpenLockFile(const std::string& path, bool isPrivate) {
     return OpenRetrying(path.c_str(), O_RDWR | O_CREAT, isPrivate ? kOwnerOnly : kEveryone);
 }
 
-// Returns whether the file's contents are those of a holder, which may have died while it wrote them.
 bool HasLockContents(int descriptor, const LockOptions& options) {
-    std::string mark = options.contents.substr(0, options.contents.find('\n') + 1);
-    std::string found(mark.size(), '\0');
+    std::string found(kLockBytesRead, '\0');
     const ssize_t count = pread(descriptor, found.data(), found.size(), 0);
-    return !mark.empty() && count >= 0 &&
-           mark.compare(0, static_cast<std::size_t>(count), found, 0, static_cast<std::size_t>(count)) == 0;
+    if (count < 0) return false;
+    found.resize(static_cast<std::size_t>(count));
+    return IsLockContents(found, options.contents);
 }
 
 void WriteContents(int descriptor, const std::string& contents) {

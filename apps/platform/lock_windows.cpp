@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "platform/lock_contents.h"
 #include "platform/windows_text.h"
 
 namespace platform {
@@ -17,14 +18,12 @@ bool HasContents(const std::string& path) {
            (facts.nFileSizeLow != 0 || facts.nFileSizeHigh != 0);
 }
 
-// Returns whether the file's contents are those of a holder, which may have died while it wrote them.
 bool HasLockContents(HANDLE file, const LockOptions& options) {
-    const std::string mark = options.contents.substr(0, options.contents.find('\n') + 1);
-    std::string found(mark.size(), '\0');
+    std::string found(kLockBytesRead, '\0');
     DWORD count = 0;
-    return !mark.empty() &&
-           ReadFile(file, found.data(), static_cast<DWORD>(found.size()), &count, nullptr) != 0 &&
-           mark.compare(0, count, found, 0, count) == 0;
+    if (ReadFile(file, found.data(), static_cast<DWORD>(found.size()), &count, nullptr) == 0) return false;
+    found.resize(count);
+    return IsLockContents(found, options.contents);
 }
 
 void WriteContents(HANDLE file, const std::string& contents) {

@@ -42,6 +42,14 @@ const SeriesNames kMqiPairs = {"life1-MQCMIT-before+life1-MQGET-after",
 const SeriesNames kFullDisk = {"own-before",   "own-after",           "own-cut-to-3",      "own-cut-to-half",
                                "own-cut-by-1", "life1-MQBACK-before", "life1-MQBACK-after"};
 
+// With every kill the power fails. The calls on the queue manager's files are the commits among others.
+const SeriesNames kPowerCuts = {"own-before", "own-after", "store-before", "store-after"};
+
+CrashClass PowerClass(const char* name, const char* what, TargetKind target, PowerCut cut,
+                      bool isPlainest = true) {
+    return {name, what, target, false, 40, 5, kCommand, "", 0, kPowerCuts, 3, 0, "", isPlainest, cut};
+}
+
 }  // namespace
 
 const std::vector<CrashClass>& CrashClasses() {
@@ -114,6 +122,38 @@ const std::vector<CrashClass>& CrashClasses() {
          20,
          0,
          "MQAMtmp."},
+        PowerClass("power-data", "the power fails: of each file only what was synced", kFile,
+                   PowerCut::kData),
+        PowerClass("power-zeros", "the power fails: zeros where bytes were not synced", kFile,
+                   PowerCut::kZeros),
+        PowerClass("power-short", "the power fails: half of the bytes that were not synced", kFile,
+                   PowerCut::kShort),
+        PowerClass("power-names", "the power fails: only names that were synced", kFile, PowerCut::kNames),
+        PowerClass("power-names-data", "the power fails: only what was synced", kFile, PowerCut::kNamesData),
+        PowerClass("power-mixed", "the power fails: any of these for each file", kFile, PowerCut::kMixed),
+        PowerClass("power-ckfile", "the same with a checkpoint file next to the target", kFile,
+                   PowerCut::kMixed, false),
+        PowerClass("power-sqlite-data", "into SQLite, of each file only what was synced", kSqlite,
+                   PowerCut::kData),
+        PowerClass("power-sqlite-mixed", "into SQLite, any of these for each file", kSqlite,
+                   PowerCut::kMixed),
+        {"power-replay", "the power fails in a restart with a replay", kFile, false, 40, 5, kCommand,
+         "life1-MQGET-before-30", 1000, kPowerCuts, 3, 0, "MQAMtmp.", true, PowerCut::kMixed},
+        {"power-pairs",
+         "the power fails twice",
+         kFile,
+         false,
+         12,
+         4,
+         kCommand,
+         "",
+         0,
+         {"own-before+own-before"},
+         12,
+         0,
+         "",
+         true,
+         PowerCut::kMixed},
     };
     return classes;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/crash/death.h"
+#include "tests/crash/power_cut.h"
 #include "tests/crash/traced_program.h"
 
 enum class TargetKind { kFile, kSqlite };
@@ -26,6 +27,7 @@ struct CrashClass {
     int fileKibibytesMax = 0;         ///< limit on the size of a file in the killed load; 0 = none
     const char* touches = "";         ///< part of a file's name; some points must be at calls on that file
     bool isPlainest = false;          ///< the command names no other file than the target
+    PowerCut cut = PowerCut::kNone;   ///< with each kill, the power fails
 };
 
 [[nodiscard]] const std::vector<CrashClass>& CrashClasses();

@@ -60,7 +60,11 @@ PointOutcome RunPoint(const CrashClass& crashClass, const std::vector<Death>& de
     std::size_t toldBefore = 0;
     for (const Death& death : deaths) {
         toldBefore = ReadConsole(load).size();
+        std::optional<SyncedTree> synced;
+        if (crashClass.cut != PowerCut::kNone) synced.emplace(load.ownFolder, load.storeFolder);
+        mortal.synced = synced ? &*synced : nullptr;
         end = RunProgramToDeath(mortal, death, crashClass.victim);
+        if (synced && end.died) synced->Cut(crashClass.cut, death.number);
         outcome.counts = end.counts;
         if (!outcome.where.empty()) outcome.where += ", then ";
         outcome.where += end.where;

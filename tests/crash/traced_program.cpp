@@ -135,6 +135,18 @@ std::string DescribeCall(const Trace& trace, const StateCall& call) {
     return text;
 }
 
+// Notes a sync when the handling of its entry ends, unless the process is killed before the call.
+struct SyncNote {
+    SyncedTree* tree = nullptr;
+    std::string path = {};
+    SyncNote() = default;
+    SyncNote(const SyncNote&) = delete;
+    SyncNote& operator=(const SyncNote&) = delete;
+    ~SyncNote() {
+        if (tree != nullptr) tree->NoteSync(path);
+    }
+};
+
 // Handles the entry of a call that changes a file or looks at one. Returns false if the thread must not be
 // resumed.
 bool CountCall(Trace& trace, pid_t thread) {
@@ -149,6 +161,11 @@ bool CountCall(Trace& trace, pid_t thread) {
     }
     if (!call.isKnown || !isOurs) return true;
     if (isStore && call.looks) return true;
+    SyncNote note;
+    if (!isStore && (call.name == "fsync" || call.name == "fdatasync")) {
+        note.tree = trace.order.synced;
+        note.path = call.path;
+    }
     const auto scope = isStore ? DeathScope::kStore : call.looks ? DeathScope::kLook : DeathScope::kOwn;
     if (call.path == trace.failingPath &&
         (scope == trace.death->scope || FailsEveryScope(trace.death->moment))) {
@@ -166,7 +183,10 @@ bool CountCall(Trace& trace, pid_t thread) {
     if (ErrorAt(trace.death->moment) != 0) return MakeFail(trace, thread, call);
     std::uint64_t length = call.length;
     switch (trace.death->moment) {
-        case DeathMoment::kBefore: Kill(trace, thread); return false;
+        case DeathMoment::kBefore:
+            note.tree = nullptr;
+            Kill(trace, thread);
+            return false;
         case DeathMoment::kAfter: break;
         case DeathMoment::kCutToThree: length = 3; break;
         case DeathMoment::kCutToHalf: length /= 2; break;

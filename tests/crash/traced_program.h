@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/crash/death.h"
+#include "tests/crash/power_cut.h"
 
 /// Says which processes the planned kill ends.
 enum class Victim {
@@ -22,11 +23,12 @@ enum class Victim {
 struct ProgramOrder {
     std::vector<std::string> arguments;  ///< the program first, by its path
     std::map<std::string, std::string> environment;
-    std::string console;        ///< file for both standard output and standard error, appended
-    std::string ownFolder;      ///< calls on files in it are the load's own, except in storeFolder
-    std::string storeFolder;    ///< the directory of the queue manager's files
-    std::string faultPlanFile;  ///< where the stand-in looks for its fault plan in each process
-    int fileKibibytesMax = 0;   ///< a write that would make a file longer fails; 0 = no limit
+    std::string console;           ///< file for both standard output and standard error, appended
+    std::string ownFolder;         ///< calls on files in it are the load's own, except in storeFolder
+    std::string storeFolder;       ///< the directory of the queue manager's files
+    std::string faultPlanFile;     ///< where the stand-in looks for its fault plan in each process
+    SyncedTree* synced = nullptr;  ///< notes every sync of the load's own files; may be null
+    int fileKibibytesMax = 0;      ///< a write that would make a file longer fails; 0 = no limit
 };
 
 /// The numbers of calls up to the end or the kill. A Death of the scope can have each number up to these.

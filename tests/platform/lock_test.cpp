@@ -60,6 +60,18 @@ TEST_F(LockTest, AFileWithContentsIsALockFileIfTheCallerSaysSo) {
     EXPECT_FALSE(FileExists(Path()));
 }
 
+TEST_F(LockTest, AFileOfZerosIsALockFileThatALossOfPowerLeft) {
+    platform::LockOptions options;
+    options.contents = "mark\nmore\n";
+    WriteFile(Path(), std::string(80, '\0'));
+    ASSERT_EQ(Acquire(lock_, options), LockResult::kAcquired) << platform::LastFileError();
+    platform::ReleaseLock(Path(), lock_);
+    WriteFile(Path(), std::string(80, '\0') + "more");
+    EXPECT_EQ(Acquire(lock_, options), LockResult::kNotEmpty);
+    WriteFile(Path(), std::string(5000, '\0'));
+    EXPECT_EQ(Acquire(lock_, options), LockResult::kNotEmpty);
+}
+
 TEST_F(LockTest, ADirectoryThatIsMissingIsAnError) {
     EXPECT_EQ(platform::AcquireLock(directory_.Path("missing") + "/lock", {}, lock_), LockResult::kNotFound);
     EXPECT_EQ(lock_, platform::kNoLock);
