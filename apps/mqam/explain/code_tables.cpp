@@ -32,10 +32,11 @@ constexpr ReturnCodeRow kReturnCodes[] = {
      "Look up the message: `mqam explain MQA0143`, or the reason: `mqam explain 2009`.", Recovery::kByReason},
     {pmrcBadAttrValue, "pmrcBadAttrValue", "the module refuses this value of the attribute",
      "PutAttribute was called with a value that the attribute does not accept.",
-     "Correct the value. For the time-out give `--timeout` a number of seconds.", Recovery::kPermanent},
+     "Correct the value. For the time-out give a number of seconds.", Recovery::kPermanent},
     {pmrcTimeout, "pmrcTimeout", "the read time-out expired",
-     "A Read waited longer for messages than the attribute TIMEOUT_SECONDS (`--timeout`) allows.",
-     "Run the same command again when there are messages, or give a longer `--timeout`. The host must not "
+     "A Read waited longer for messages than the attribute TIMEOUT_SECONDS allows, which someone gave with "
+     "`--attribute`. `mqam` measures `--timeout` itself.",
+     "Run the same command again when there are messages, or give a longer time-out. The host must not "
      "call Read again in the same process (H12).",
      Recovery::kTransient},
 };
