@@ -14,7 +14,9 @@ bool IsStandardErrorTerminal() {
 }
 
 bool IsTerminal(int descriptor) {
-    return _isatty(descriptor) != 0;
+    // _isatty is true for every character device, the null device included.
+    DWORD mode = 0;
+    return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
 }
 
 int TerminalColumns(int descriptor) {

@@ -536,6 +536,7 @@ TEST_F(FakeLoad, HelpHasSeveralNamesAndTheWidthOfTheTerminal) {
                 RunProgram(MQAM_PROGRAM, command, folder_.Root(), {{"COLUMNS", columns}}).standardOutput);
             std::size_t longest = 0;
             for (std::string line; std::getline(lines, line);) {
+                if (line.ends_with('\r')) line.pop_back();  // on Windows
                 // A single word may be longer than a line.
                 const std::string text = line.substr(std::min(line.find_first_not_of(' '), line.size()));
                 if (text.find(' ') != std::string::npos) longest = std::max(longest, line.size());

@@ -706,7 +706,7 @@ TEST_F(SpoolQueue, ShowSaysWhenACopiedInFileArrived) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     const ProgramResult result = Queue({"show", "QM1", "Q1", "order.xml"});
     EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    EXPECT_TRUE(Contains(result.standardOutput, "order.xml, 8 bytes, backed out 0 times\n"))
+    EXPECT_TRUE(Contains(result.standardOutput, "order.xml, 8 bytes, backed out 0 times"))
         << result.standardOutput;
     EXPECT_TRUE(Contains(result.standardOutput, "PutDate=20")) << result.standardOutput;
     EXPECT_FALSE(Contains(result.standardOutput, "PutDate=1970")) << result.standardOutput;

@@ -65,9 +65,11 @@ Status ReadLine(const std::string& path, const std::string& text, ParameterLine 
     if (line.values.size() < static_cast<std::size_t>(row->values)) file.isUnderstood = false;
     std::string rest;
     if (std::getline(words >> std::ws, rest) && !rest.empty()) {
+        // A file from Windows has a carriage return before each line feed.
+        rest.erase(rest.find_last_not_of(" \t\r") + 1);
         const std::string used = line.values.empty() ? line.keyword : "'" + line.values.back() + "'";
         file.warnings.push_back(Place(path, line) + "the module ignores '" + rest +
-                                "'; a value ends at the first " + "blank, so only " + used + " is used");
+                                "'; a value ends at the first blank, so only " + used + " is used");
     }
     if (FindParameter(file, line.keyword) != nullptr) {
         file.warnings.push_back(Place(path, line) +

@@ -32,6 +32,12 @@ class ParameterFiles : public ::testing::Test {
     ParameterFile file_;
 };
 
+TEST_F(ParameterFiles, AWarningDoesNotQuoteTheEndOfTheLine) {
+    EXPECT_EQ(Read("CKFILE my file.ckpt \r\n"), "1 CKFILE my;");
+    ASSERT_EQ(file_.warnings.size(), 1U);
+    EXPECT_NE(file_.warnings[0].find("ignores 'file.ckpt'; "), std::string::npos) << file_.warnings[0];
+}
+
 TEST_F(ParameterFiles, LinesAreReadAsTheModuleReadsThem) {
     EXPECT_EQ(Read("# comment\nqmgr QM1\n\n -Rwait\t7\r\nTRCL 2 t.trc\nMQEX\n"),
               "2 QMGR QM1;4 RWAIT 7;5 TRCL 2 t.trc;6 MQEX;");
