@@ -23,19 +23,6 @@ bool Fail(std::string& error) {
     return false;
 }
 
-bool WriteWhole(int descriptor, const std::string& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const long written = WriteBytes(descriptor, bytes.data() + done, bytes.size() - done);
-        if (written <= 0) {
-            if (written == 0) errno = ENOSPC;
-            return false;
-        }
-        done += static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 bool SyncPath(const std::string& path, std::string& error) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return Fail(error);
@@ -77,7 +64,7 @@ bool ReplaceDurably(const std::string& path, const std::string& scratch, const s
                     std::string& error) {
     const int descriptor = open(scratch.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor < 0) return Fail(error);
-    const bool written = WriteWhole(descriptor, bytes) && SyncFile(descriptor) == 0;
+    const bool written = WriteWhole(descriptor, bytes.data(), bytes.size()) && SyncFile(descriptor) == 0;
     if (!written) (void)Fail(error);
     if (close(descriptor) != 0 && written) return Fail(error);
     if (!written) return false;

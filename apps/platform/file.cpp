@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/file.h"
 
+#include <cerrno>
+
 namespace platform {
 
 PathKind ProbePath(const std::string& path, std::uint64_t& bytes) {
@@ -23,6 +25,18 @@ PathKind ProbePath(const std::string& path, std::uint64_t& bytes) {
 PathKind ProbePath(const std::string& path) {
     std::uint64_t bytes = 0;
     return ProbePath(path, bytes);
+}
+
+bool WriteWhole(int descriptor, const void* bytes, std::size_t length) {
+    const char* at = static_cast<const char*>(bytes);
+    while (length > 0) {
+        const long written = WriteBytes(descriptor, at, length);
+        if (written == 0) errno = ENOSPC;
+        if (written <= 0) return false;
+        at += written;
+        length -= static_cast<std::size_t>(written);
+    }
+    return true;
 }
 
 }  // namespace platform

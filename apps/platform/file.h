@@ -56,6 +56,10 @@ void RestrictNewFiles();
 /// `length` is 0.
 [[nodiscard]] long WriteBytes(int descriptor, const char* bytes, std::size_t length);
 
+/// Writes all of the bytes. Returns false with errno set, which is ENOSPC if the disk is full; then part of them
+/// may be written.
+[[nodiscard]] bool WriteWhole(int descriptor, const void* bytes, std::size_t length);
+
 /// Waits until what was written is on the disk. Succeeds for what has no disk (a pipe, a terminal).
 [[nodiscard]] int SyncFile(int descriptor);
 

@@ -29,18 +29,6 @@ FileInfo InfoOf(const struct stat& status) {
     return info;
 }
 
-FileStatus WriteAll(int file, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const long written = WriteBytes(file, bytes, count);
-        if (written < 0) {
-            return StatusOfErrno();
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return FileStatus::kOk;
-}
-
 }  // namespace
 
 FileStatus StatPath(const std::string& path, FileInfo& info) {
@@ -180,7 +168,7 @@ FileStatus WriteNewFile(const std::string& path, const void* content, std::size_
     if (file < 0) {
         return StatusOfErrno();
     }
-    FileStatus status = WriteAll(file, static_cast<const char*>(content), bytes);
+    FileStatus status = WriteWhole(file, content, bytes) ? FileStatus::kOk : StatusOfErrno();
     if (status == FileStatus::kOk && sync && fdatasync(file) != 0) {
         status = StatusOfErrno();
     }

@@ -122,11 +122,7 @@ Status FailBySystem() {
 Status CopyStream(std::FILE* from, int to) {
     char piece[65536];
     while (const std::size_t got = std::fread(piece, 1, sizeof piece, from)) {
-        for (std::size_t done = 0; done < got;) {
-            const long written = platform::WriteBytes(to, piece + done, got - done);
-            if (written <= 0) return FailBySystem();
-            done += static_cast<std::size_t>(written);
-        }
+        if (!platform::WriteWhole(to, piece, got)) return FailBySystem();
     }
     if (std::ferror(from) != 0 || platform::SyncFile(to) != 0) return FailBySystem();
     return {};

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "mqam/checkpoint/damage.h"
 #include "platform/directory.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "platform/stream.h"
 #include "recovery/checkpoint_records.h"
 
 namespace mqam {
@@ -24,10 +24,7 @@ using mqamod::ReadRecordBody;
 using mqamod::ReadRecordLength;
 using mqamod::ReadSequence;
 
-struct CloseStream {
-    void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
+using platform::Stream;
 
 // Scans what comes after the complete records; `tailBytes` of it have been read already.
 void ScanTail(std::FILE* stream, std::uint64_t tailBytes, std::uint64_t maxRecordBytes,

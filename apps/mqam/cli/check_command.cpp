@@ -39,16 +39,9 @@ constexpr const char* kCheckExamples =
     "written, 4 the module cannot be loaded.\n";
 
 int WriteAnswer(int descriptor, const std::string& text) {
-    for (std::size_t done = 0; done < text.size();) {
-        const long written = platform::WriteBytes(descriptor, text.data() + done, text.size() - done);
-        if (written <= 0) {
-            PrintMessage(std::string("mqam check: cannot write to standard output: ") + std::strerror(errno) +
-                         "\n");
-            return kExitTargetFailed;
-        }
-        done += static_cast<std::size_t>(written);
-    }
-    return kExitDone;
+    if (platform::WriteWhole(descriptor, text.data(), text.size())) return kExitDone;
+    PrintMessage(std::string("mqam check: cannot write to standard output: ") + std::strerror(errno) + "\n");
+    return kExitTargetFailed;
 }
 
 int RunCheck(const CLI::App& command, const ModuleOptions& options, FailureDetail detail) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mqam/load/abandoned_load.h"
 
+#include <cstring>
 #include <memory>
 
 #include "mqam/base/progress.h"
@@ -8,6 +9,7 @@
 #include "mqam/load/accepted_loss.h"
 #include "mqam/load/attempt_journal.h"
 #include "mqam/load/record_export.h"
+#include "mqam/target/load_places.h"
 #include "mqam/target/lock_file.h"
 #include "mqam/target/target_kind.h"
 #include "platform/durable_file.h"
@@ -56,10 +58,9 @@ Status PlanAbandon(const AbandonRequest& request, const Target& target, AbandonP
     if (CountRecords(plan.unloaded) == 0) return {};
     plan.exportPath = request.exportPath;
     if (plan.exportPath.empty()) {
-        constexpr std::size_t kSuffixBytes = 5;  // ".load"
-        const std::string& directory = target.Places().directory;
-        plan.exportPath =
-            FreeName(directory.substr(0, directory.size() - kSuffixBytes), DatedSuffix(".unloaded"));
+        std::string besideTarget = target.Places().directory;
+        besideTarget.erase(besideTarget.size() - std::strlen(kLoadDirectorySuffix));
+        plan.exportPath = FreeName(besideTarget, DatedSuffix(".unloaded"));
     }
     return {};
 }

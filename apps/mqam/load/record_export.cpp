@@ -5,23 +5,18 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "mqam/base/progress.h"
 #include "mqam/checkpoint/repair.h"
 #include "mqam/target/file/file_sink.h"
 #include "platform/durable_file.h"
 #include "platform/file.h"
+#include "platform/stream.h"
 #include "recovery/checkpoint_records.h"
 
 namespace mqam {
 
 namespace {
-
-struct CloseExported {
-    void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
-};
-using ExportedFile = std::unique_ptr<std::FILE, CloseExported>;
 
 // Whether the record that is loaded according to the position can be the one that the state describes.
 bool FitsLastRecord(const CheckpointScan& scan, std::uint64_t unloadedFrom, const RestartState& stored) {
@@ -72,7 +67,7 @@ Status PutRecord(std::FILE* from, const std::string& path, const ScannedRecord& 
 
 Status PutRecords(const std::string& checkpointFile, const ExportPlan& plan, RecordSink& sink,
                   ExportCounts& counts) {
-    const ExportedFile from(std::fopen(checkpointFile.c_str(), "rb"));
+    const platform::Stream from(std::fopen(checkpointFile.c_str(), "rb"));
     if (from == nullptr) return FailOn("read", checkpointFile);
     Status put;
     for (const ScannedRecord& record : plan.before) {

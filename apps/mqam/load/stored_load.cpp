@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <vector>
 
 #include "mqam/checkpoint/scan.h"
@@ -12,18 +11,15 @@
 #include "mqam/target/target_kind.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "platform/stream.h"
 #include "recovery/checkpoint_records.h"
 
 namespace mqam {
 
 namespace {
 
-struct CloseStream {
-    void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
-};
-
 bool ReadBody(const std::string& path, const ScannedRecord& record, std::vector<char>& body) {
-    const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
+    const platform::Stream stream(std::fopen(path.c_str(), "rb"));
     body.resize(static_cast<std::size_t>(record.length));
     return stream != nullptr &&
            platform::MoveStreamTo(stream.get(), record.offset + mqamod::kRecordLengthBytes) &&

@@ -19,7 +19,7 @@ std::string RealPath(const std::string& path) {
 
 LoadPlaces PlacesOfDatabase(const std::string& target) {
     LoadPlaces places;
-    places.directory = target + ".load";
+    places.directory = target + kLoadDirectorySuffix;
     places.checkpointFile = InDirectory(places.directory, "checkpoint");
     return places;
 }

@@ -8,6 +8,9 @@
 
 namespace mqam {
 
+/// The name of the directory of a load is what its files are named after, followed by this.
+inline constexpr const char* kLoadDirectorySuffix = ".load";
+
 struct LoadPlaces {
     /// The load's own directory, next to its target: locks, and the files for which the user named no other place.
     std::string directory;

@@ -10,18 +10,15 @@
 #include "mqam/target/file/restart_file.h"
 #include "platform/durable_file.h"
 #include "platform/file.h"
+#include "platform/stream.h"
 
 namespace mqam {
 
 namespace {
 
-struct CloseStream {
-    void operator()(std::FILE* stream) const { (void)std::fclose(stream); }
-};
-
 // Fills `bytes` from the file. Returns false with errno set, which is 0 if the file is too short.
 bool ReadBytes(const std::string& path, std::uint64_t offset, std::vector<char>& bytes) {
-    const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
+    const platform::Stream stream(std::fopen(path.c_str(), "rb"));
     errno = stream == nullptr ? errno : 0;
     return stream != nullptr && platform::MoveStreamTo(stream.get(), offset) &&
            std::fread(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size();
